@@ -1,0 +1,4 @@
+#pragma once
+
+// Thread body, from start to shutdown.
+void PlaybackThreadMain();

@@ -1,0 +1,30 @@
+// The one record of which macros are made. Standard library only: may be included from anywhere.
+#pragma once
+
+#include <cstdint>
+
+enum EventType : uint32_t {
+    EvAbsMove = 0,      // x, y: pointer moved to a screen pixel
+    EvRelMove = 1,      // x, y: raw device counts
+    EvMouseButton = 2,  // x, y, flags: one button press or release
+    EvKey = 3,          // vk, down
+    EvScroll = 4,       // wheel
+    EvToolState = 5,    // vk: kToolAutoclicker or kToolKeySpammer; down: switched on
+};
+
+constexpr uint32_t kToolAutoclicker = 1;
+constexpr uint32_t kToolKeySpammer = 2;
+
+struct UnifiedEvent {
+    uint32_t type = 0;   // EventType; other codes are carried along and do nothing
+    double time = 0.0;   // seconds from the start of the recording
+    int32_t x = 0;
+    int32_t y = 0;
+    uint32_t flags = 0;  // a MOUSEEVENTF_* button value; 128 stands for both side buttons and has no release
+    uint32_t vk = 0;     // virtual-key code, or a tool
+    bool down = false;
+    int32_t wheel = 0;   // 120 a notch
+
+    // All eight fields; a time that is not a number is equal to nothing.
+    bool operator==(const UnifiedEvent&) const = default;
+};

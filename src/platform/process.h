@@ -1,0 +1,43 @@
+// This process, its program file and its surroundings.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+constexpr char kPathSeparator =
+#ifdef VARNELLE_BACKSLASH_PATHS
+    '\\';
+#else
+    '/';
+#endif
+
+// The command line in the two forms that the entry point examines.
+struct ProcessArguments {
+    bool wideViewValid = false;          // the line could be split into arguments
+    std::vector<std::string> arguments;  // from index 1 on, each narrowed to 8 bits a character
+    std::string line;                    // everything behind the program's name, as one text
+};
+
+// Settings of the whole process, made before anything is read: library search, the web view's environment, the
+// UI thread's COM apartment, DPI awareness. EndProcess undoes what needs undoing.
+void PrepareProcess();
+void EndProcess();
+
+// Lets printed lines reach the console that started us, if standard output leads nowhere.
+void EnsureConsole();
+
+std::string ProgramPath();       // full path of the running program file
+std::string ProgramDirectory();  // the same up to its last separator, which is left out
+
+uint32_t OwnProcessId();
+// Any thread. Whether another process runs from this same program file; false on any failure.
+bool IsOwnImage(uint32_t processId);
+
+enum class InstanceResult { First, AlreadyRunning };
+// Claims the name for this process's life. A failure of the system counts as First.
+InstanceResult ClaimSingleInstance(const char* name);
+void ReleaseSingleInstance();
+
+// `save` runs once when the process is about to die of an unhandled fault; the process then ends in the usual way.
+void SetCrashHandler(void (*save)());

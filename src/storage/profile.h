@@ -1,0 +1,15 @@
+// A named macro with its tool setup, and the list of them. Standard library and records only.
+#pragma once
+
+#include "engines/unified_event.h"
+
+#include <string>
+#include <vector>
+
+constexpr const char* DefaultProfileName = "Default Tracking Profile";
+
+struct Profile {
+    std::string name;                  // bytes of any encoding; not unique by rule
+    std::string settings;              // profile settings text, or empty: the defaults
+    std::vector<UnifiedEvent> events;  // the macro, in list order
+};

@@ -1,0 +1,11 @@
+// The session file: all profiles and the live settings between runs.
+#pragma once
+
+// Any thread. Gives up at once if macroMutex is held; holds it only for a copy of the store.
+void SaveSession();
+// Before the threads start. False: no session was read and the store is untouched.
+bool LoadSession();
+// A profile named DefaultProfileName exists afterwards.
+void EnsureDefaultProfile();
+// Thread body: every 5 seconds, until running is false.
+void AutosaveThreadMain();
