@@ -1,0 +1,101 @@
+# shellcheck shell=bash
+# Builds, formatting, static checks, packages. Sourced by ./dev.
+
+# Configures a preset once and builds the named targets of it.
+BuildPreset() {
+    local preset=$1
+    shift
+    mkdir -p build
+    if [ ! -f "build/$preset/build.ninja" ]; then
+        cmake --preset "$preset" >"build/$preset-configure.log" 2>&1 || {
+            tail -n 30 "build/$preset-configure.log" >&2
+            return 1
+        }
+    fi
+    # The whole output matters only when it fails.
+    if ! ninja -C "build/$preset" "$@" >"build/$preset-build.log" 2>&1; then
+        grep -aE 'error|FAILED|undefined' "build/$preset-build.log" | head -n 40 >&2
+        tail -n 20 "build/$preset-build.log" >&2
+        return 1
+    fi
+}
+
+BuildLinux() {
+    BuildPreset linux dist
+    echo "Built: build/linux/dist"
+}
+
+BuildWindows() {
+    BuildPreset windows dist
+    echo "Built: build/windows/dist"
+}
+
+OwnCppFiles() {
+    git ls-files -co --exclude-standard 'src/*.cpp' 'src/*.h' 'tests/*.cpp' 'tests/*.h' 'bench/*.cpp' 'bench/*.h'
+}
+
+OwnPageFiles() {
+    git ls-files -co --exclude-standard 'ui/*.ts' 'ui/*.tsx' 'ui/*.css' 'ui/*.mjs' 'tests/*.mjs' 'tests/*.ts' 'tools/*.mjs'
+}
+
+Format() {
+    OwnCppFiles | xargs -r clang-format -i
+    OwnPageFiles | xargs -r npx prettier --log-level warn --write
+}
+
+# One line a check; fails at the end if any failed, so that one run shows everything.
+Check() {
+    local failed=0
+    CheckStep() {
+        local name=$1
+        shift
+        mkdir -p build/check
+        if "$@" >"build/check/$name.log" 2>&1; then
+            echo "check $name: ok"
+        else
+            echo "check $name: FAILED"
+            tail -n 30 "build/check/$name.log"
+            failed=$((failed + 1))
+        fi
+        checks=$((checks + 1))
+    }
+    checks=0
+    CheckStep layers node tools/check_layers.mjs
+    CheckStep clang-format bash -c "$(declare -f OwnCppFiles); OwnCppFiles | xargs -r clang-format --dry-run -Werror"
+    CheckStep prettier bash -c "$(declare -f OwnPageFiles); OwnPageFiles | xargs -r npx prettier --check"
+    CheckStep tsc npx tsc --noEmit -p ui
+    CheckStep eslint npx eslint ui
+    CheckStep shellcheck bash -c 'git ls-files -co --exclude-standard "*.sh" dev .ci/run | xargs -r shellcheck -x -e SC1091'
+    CheckStep clang-tidy ClangTidy
+    echo "check: $((checks - failed)) passed, $failed failed"
+    [ "$failed" = 0 ]
+}
+
+# Static analysis of what changed is quick; of everything it takes minutes. The stamp of a file that passed with the
+# same content and the same headers is kept.
+ClangTidy() {
+    BuildPreset linux-asan build.ninja || cmake --preset linux-asan
+    mkdir -p build/check/tidy
+    local headers stamp file failed=0 list=()
+    headers=$(git ls-files -co --exclude-standard .clang-tidy 'src/*.h' | xargs cat | sha256sum | cut -c1-16)
+    for file in $(git ls-files -co --exclude-standard 'src/base/*.cpp' 'src/storage/*.cpp' 'src/engines/*.cpp' \
+        'src/windows/*.cpp' 'src/frame/*.cpp' 'src/platform/linux/*.cpp' 'src/platform/shared/*.cpp'); do
+        stamp=build/check/tidy/$(cat "$file" <(echo "$headers $file") | sha256sum | cut -c1-32)
+        [ -f "$stamp" ] || list+=("$file:$stamp")
+    done
+    # shellcheck disable=SC2016
+    printf '%s\n' "${list[@]}" | xargs -r -P 2 -I{} bash -c '
+        entry={}; file=${entry%%:*}; stamp=${entry#*:}
+        if clang-tidy --quiet -p build/linux-asan "$file" 2>/dev/null; then touch "$stamp"; else echo "tidy: $file"; exit 1; fi' || failed=1
+    return $failed
+}
+
+Package() {
+    BuildLinux
+    BuildWindows
+    rm -rf build/packages
+    mkdir -p build/packages
+    tar -C build/linux -czf build/packages/varnelle-linux-x64.tar.gz --transform 's,^dist,varnelle,' dist
+    (cd build/windows && cmake -E tar cf ../packages/varnelle-windows-x64.zip --format=zip dist)
+    ls -l build/packages
+}
