@@ -1,0 +1,121 @@
+// What the unit tests share: scratch folders, environment variables, whole files, fixtures and a clean engine state.
+#pragma once
+
+#include "engines/engine_state.h"
+#include "storage/data_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <random>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <thread>
+
+// A new, empty folder that goes away with everything in it.
+class TempFolder {
+  public:
+    TempFolder() {
+        std::random_device random;
+        do {
+            path_ = std::filesystem::temp_directory_path() / ("varnelle-test-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(path_));
+    }
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    std::string Path() const { return path_.string(); }
+    std::string File(std::string_view name) const { return (path_ / name).string(); }
+
+  private:
+    std::filesystem::path path_;
+};
+
+// Sets (or, with null, removes) an environment variable and puts it back at the end.
+class ScopedEnv {
+  public:
+    ScopedEnv(const char* name, const char* value) : name_(name) {
+        if (const char* before = std::getenv(name)) {
+            hadValue_ = true;
+            before_ = before;
+        }
+        Put(value);
+    }
+    ~ScopedEnv() { Put(hadValue_ ? before_.c_str() : nullptr); }
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+    void Put(const char* value) const {
+#ifdef _WIN32
+        _putenv_s(name_.c_str(), value ? value : "");
+#else
+        if (value) {
+            setenv(name_.c_str(), value, 1);
+        } else {
+            unsetenv(name_.c_str());
+        }
+#endif
+    }
+
+  private:
+    std::string name_;
+    std::string before_;
+    bool hadValue_ = false;
+};
+
+// The whole file, byte for byte; empty if there is none.
+inline std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline void WriteFile(const std::string& path, std::string_view bytes) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    out.close();
+    ASSERT_TRUE(out.good()) << path;
+}
+
+// Tests run with the project's root as their working directory.
+inline std::string FixturePath(std::string_view name) {
+    return std::string(VARNELLE_FIXTURES) + "/" + std::string(name);
+}
+
+// Looks again every millisecond until `condition` holds; false if it never does within a generous limit.
+inline bool WaitUntil(const std::function<bool()>& condition, int limitSeconds = 30) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limitSeconds);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+// The engines' state at its defaults, before and after each test.
+class EngineStateTest : public ::testing::Test {
+  protected:
+    EngineStateTest() { ResetEngineState(); }
+    ~EngineStateTest() override { ResetEngineState(); }
+};
+
+// The same with a data folder of its own, which does not exist yet.
+class DataFolderTest : public EngineStateTest {
+  protected:
+    DataFolderTest() { SetSessionPath(""); }
+    ~DataFolderTest() override { SetSessionPath(""); }
+
+    TempFolder root_;
+    ScopedEnv localAppData_{"LOCALAPPDATA", root_.Path().c_str()};
+};
