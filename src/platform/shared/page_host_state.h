@@ -1,0 +1,38 @@
+// The part of the page host that is the same for every home with the web-view library: queue, bindings, loop. A home
+// adds loading the library, the native window and the browser settings.
+#pragma once
+
+#include "base/mutex.h"
+#include "platform/page_host.h"
+#include "platform/shared/web_view_library.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+struct PageBinding {
+    PageHost* host;
+    PageFunction function;
+};
+
+struct PageHost {
+    // Constant after CreatePageHost.
+    WebViewLibrary library;
+    WebView view = nullptr;
+    void* module = nullptr;  // the loaded library; never unloaded, its threads may outlive the view
+
+    // UI thread only. Bindings stay where they are: the library keeps their addresses.
+    std::vector<std::unique_ptr<PageBinding>> bindings;
+
+    // Any thread.
+    Mutex mutex;
+    std::vector<std::function<void()>> work GUARDED_BY(mutex);
+    bool workScheduled GUARDED_BY(mutex) = false;  // the library was asked to run the queue and has not yet
+    bool terminating GUARDED_BY(mutex) = false;
+    bool ended GUARDED_BY(mutex) =
+        false;  // the loop is over: later work is dropped, page calls are not answered
+};
+
+// Whether the native window still exists. A window that was closed before the loop began would leave it without an
+// end.
+bool PageWindowIsOpen(PageHost* host);

@@ -1,0 +1,162 @@
+// The web view on Windows: the library drives the WebView2 runtime. Its few COM interfaces that we use are called by
+// their place in the function table, as published; every object's table begins with the three of IUnknown.
+#include "platform/page_host.h"
+
+#include "platform/process.h"
+#include "platform/shared/page_host_state.h"
+
+#include <windows.h>
+
+#include <memory>
+
+namespace {
+
+constexpr int kQueryInterface = 0;
+constexpr int kRelease = 2;
+constexpr int kControllerGetCoreWebView2 = 25;
+constexpr int kWebViewGetSettings = 3;
+constexpr int kSettingsPutDefaultContextMenus = 14;
+constexpr int kSettingsPutZoomControl = 18;
+constexpr int kSettings3PutBrowserAcceleratorKeys = 24;
+constexpr GUID kSettings3Id = {0xfdb5ab74, 0xaf33, 0x4854, {0x84, 0xf0, 0x0a, 0x63, 0x1d, 0xeb, 0x5e, 0xba}};
+
+template <typename... Arguments> HRESULT CallSlot(void* object, int slot, Arguments... arguments) {
+    using Method = HRESULT(STDMETHODCALLTYPE*)(void*, Arguments...);
+    void** table = *static_cast<void***>(object);
+    return reinterpret_cast<Method>(table[slot])(object, arguments...);
+}
+
+// A counted reference that we own.
+struct ComReference {
+    void* object = nullptr;
+    ComReference() = default;
+    ComReference(const ComReference&) = delete;
+    ComReference& operator=(const ComReference&) = delete;
+    ~ComReference() {
+        if (object) {
+            using Method = ULONG(STDMETHODCALLTYPE*)(void*);
+            void** table = *static_cast<void***>(object);
+            reinterpret_cast<Method>(table[kRelease])(object);
+        }
+    }
+};
+
+void* FindExport(void* module, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name));
+}
+
+bool IsFile(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+// Loads the library from the program's own folder and nowhere else. Empty on success.
+std::string LoadLibraryOfPage(PageHost* host) {
+    const std::string path = ProgramDirectory() + "\\libwebview.dll";
+    if (!IsFile(path)) {
+        return "Varnelle cannot show its window because " + path +
+               " is missing; put it back beside the program, or install Varnelle again.";
+    }
+    HMODULE module = LoadLibraryExA(path.c_str(), nullptr,
+                                    LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    if (!module) {
+        const DWORD error = GetLastError();
+        if (error == ERROR_MOD_NOT_FOUND) {
+            return "Varnelle cannot show its window because the Microsoft Visual C++ runtime (x64) is "
+                   "missing; install "
+                   "it from https://aka.ms/vs/17/release/vc_redist.x64.exe and start Varnelle again.";
+        }
+        return "Varnelle cannot show its window because " + path + " does not load (error " +
+               std::to_string(error) + "); install Varnelle again.";
+    }
+    host->module = module;
+    if (const char* missing = ResolveWebViewLibrary(&host->library, FindExport, host->module)) {
+        return "Varnelle cannot show its window because " + path + " lacks " + missing +
+               "; install Varnelle again to get the matching file.";
+    }
+    return "";
+}
+
+// The folder of the installed WebView2 runtime as the registry names it, empty if it names none.
+std::string RegisteredRuntimeFolder() {
+    constexpr const char* kKey =
+        "SOFTWARE\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}";
+    for (HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+        HKEY key = nullptr;
+        if (RegOpenKeyExA(root, kKey, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key) != ERROR_SUCCESS) {
+            continue;
+        }
+        char folder[1024] = {};
+        DWORD size = sizeof folder;
+        const LSTATUS status = RegGetValueA(key, nullptr, "EBWebView", RRF_RT_REG_SZ, nullptr, folder, &size);
+        RegCloseKey(key);
+        if (status == ERROR_SUCCESS && folder[0] != '\0') {
+            return folder;
+        }
+    }
+    return "";
+}
+
+std::string NoRuntimeMessage() {
+    return "Varnelle cannot show its window because the Microsoft Edge WebView2 runtime is missing or "
+           "damaged; install "
+           "it from https://developer.microsoft.com/microsoft-edge/webview2 and start Varnelle again.";
+}
+
+}  // namespace
+
+std::string CreatePageHost(PageHost** host) {
+    *host = nullptr;
+    auto created = std::make_unique<PageHost>();
+    const std::string failure = LoadLibraryOfPage(created.get());
+    if (!failure.empty()) {
+        return failure;
+    }
+    // NOTE: the library waits for ever for a runtime that is registered but not there.
+    // HACK: look for the one file that it would load.
+    const std::string runtime = RegisteredRuntimeFolder();
+    if (!runtime.empty() && !IsFile(runtime + "\\EBWebView\\x64\\EmbeddedBrowserWebView.dll")) {
+        return NoRuntimeMessage();
+    }
+    created->view = created->library.create(0, nullptr);
+    if (!created->view) {
+        return NoRuntimeMessage();
+    }
+    *host = created.release();
+    return "";
+}
+
+void DisableBrowserFeatures(PageHost* host) {
+    // Not ours to release: the library hands out its own reference.
+    void* controller = host->library.getNativeHandle(host->view, kWebViewHandleBrowserController);
+    if (!controller) {
+        return;
+    }
+    ComReference webView;
+    if (FAILED(CallSlot(controller, kControllerGetCoreWebView2, &webView.object)) || !webView.object) {
+        return;
+    }
+    ComReference settings;
+    if (FAILED(CallSlot(webView.object, kWebViewGetSettings, &settings.object)) || !settings.object) {
+        return;
+    }
+    if (FAILED(CallSlot(settings.object, kSettingsPutDefaultContextMenus, FALSE)) ||
+        FAILED(CallSlot(settings.object, kSettingsPutZoomControl, FALSE))) {
+        return;
+    }
+    ComReference settings3;
+    if (FAILED(CallSlot(settings.object, kQueryInterface, &kSettings3Id, &settings3.object)) ||
+        !settings3.object) {
+        return;
+    }
+    CallSlot(settings3.object, kSettings3PutBrowserAcceleratorKeys, FALSE);
+}
+
+WindowRef PageHostWindow(PageHost* host) {
+    return reinterpret_cast<WindowRef>(host->library.getWindow(host->view));
+}
+
+bool PageWindowIsOpen(PageHost* host) {
+    // The library turns its message loop inside every bind, and a close that arrives there is not seen by the loop.
+    return IsWindow(reinterpret_cast<HWND>(PageHostWindow(host))) != FALSE;
+}
