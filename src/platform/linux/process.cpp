@@ -1,0 +1,169 @@
+#include "platform/process.h"
+
+#include "platform/files.h"
+#include "platform/linux/thread_setup.h"
+
+#include <X11/Xlib.h>
+#include <atomic>
+#include <cctype>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <mutex>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// Variables through which somebody outside could redirect or inspect the web view: those of the Windows runtime, for
+// the sake of one rule on both homes, and those of the one here.
+constexpr const char* kRedirectingVariables[] = {
+    "WEBVIEW2_BROWSER_EXECUTABLE_FOLDER",
+    "WEBVIEW2_ADDITIONAL_BROWSER_ARGUMENTS",
+    "WEBVIEW2_USER_DATA_FOLDER",
+    "WEBVIEW2_RELEASE_CHANNEL_PREFERENCE",
+    "WEBVIEW2_PIPE_FOR_SCRIPT_DEBUGGER",
+    "WEBVIEW2_WAIT_FOR_SCRIPT_DEBUGGER",
+    "WEBKIT_EXEC_PATH",
+    "WEBKIT_INJECTED_BUNDLE_PATH",
+};
+
+// The claimed lock file. Guarded by its mutex; the lock itself ends with the descriptor, also when the process is
+// killed.
+std::mutex instanceMutex;
+int instanceLock = -1;
+
+// Where the lock files are: the folder of the log-on session, else the data folder.
+std::string LockFolder() {
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    struct stat status {};
+    if (runtime != nullptr && runtime[0] == '/' && stat(runtime, &status) == 0 && S_ISDIR(status.st_mode) &&
+        access(runtime, W_OK | X_OK) == 0) {
+        return runtime;
+    }
+    std::string folder = DataFolderRoot() + "/Varnelle";
+    CreateFolder(folder);
+    return folder;
+}
+
+std::string LockFileName(const char* name) {
+    std::string file = "varnelle-";
+    for (const char* each = name; *each != '\0'; ++each) {
+        const bool plain =
+            std::isalnum(static_cast<unsigned char>(*each)) != 0 || *each == '-' || *each == '_';
+        file += plain ? *each : '_';
+    }
+    return file + ".lock";
+}
+
+// The crash handler. Set once at the start, read by the signal handler.
+std::atomic<void (*)()> crashSave{nullptr};
+std::atomic<pid_t> crashingThread{0};
+
+constexpr unsigned kSaveSeconds =
+    5;  // a save that hangs on a lock of the crashed thread must not hang for ever
+
+void OnFatalSignal(int signalNumber) {
+    const pid_t self = gettid();
+    pid_t nobody = 0;
+    if (crashingThread.compare_exchange_strong(nobody, self)) {
+        std::signal(SIGALRM, SIG_DFL);
+        alarm(kSaveSeconds);
+        if (void (*save)() = crashSave.load()) {
+            save();
+        }
+    } else if (nobody != self) {
+        // Another thread is at it: the process ends when that save is done.
+        for (;;) {
+            pause();
+        }
+    }
+    std::signal(signalNumber, SIG_DFL);
+    raise(signalNumber);
+}
+
+}  // namespace
+
+void PrepareProcess() {
+    for (const char* name : kRedirectingVariables) {
+        unsetenv(name);
+    }
+    // A display or a reader of our output that goes away is an ordinary failure of that write.
+    std::signal(SIGPIPE, SIG_IGN);
+    XInitThreads();
+    SetUpThread();
+}
+
+void EndProcess() {}
+
+void EnsureConsole() {}
+
+std::string ProgramPath() {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
+    return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
+}
+
+std::string ProgramDirectory() {
+    const std::string path = ProgramPath();
+    const size_t separator = path.rfind('/');
+    return separator == std::string::npos ? std::string(".") : path.substr(0, separator);
+}
+
+uint32_t OwnProcessId() {
+    return static_cast<uint32_t>(getpid());
+}
+
+bool IsOwnImage(uint32_t processId) {
+    struct stat own {};
+    struct stat other {};
+    const std::string link = "/proc/" + std::to_string(processId) + "/exe";
+    return stat("/proc/self/exe", &own) == 0 && stat(link.c_str(), &other) == 0 &&
+           own.st_dev == other.st_dev && own.st_ino == other.st_ino;
+}
+
+InstanceResult ClaimSingleInstance(const char* name) {
+    const std::lock_guard lock(instanceMutex);
+    if (instanceLock >= 0) {
+        return InstanceResult::First;
+    }
+    const std::string path = LockFolder() + "/" + LockFileName(name);
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (file < 0) {
+        return InstanceResult::First;
+    }
+    int result = 0;
+    do {
+        result = flock(file, LOCK_EX | LOCK_NB);
+    } while (result != 0 && errno == EINTR);
+    if (result != 0 && errno == EWOULDBLOCK) {
+        close(file);
+        return InstanceResult::AlreadyRunning;
+    }
+    // The file stays when the claim ends: removing it would let two processes lock two files of one name.
+    instanceLock = file;
+    return InstanceResult::First;
+}
+
+void ReleaseSingleInstance() {
+    const std::lock_guard lock(instanceMutex);
+    if (instanceLock >= 0) {
+        close(instanceLock);
+        instanceLock = -1;
+    }
+}
+
+void SetCrashHandler(void (*save)()) {
+    crashSave.store(save);
+    SetUpThread();
+    struct sigaction action {};
+    action.sa_handler = OnFatalSignal;
+    action.sa_flags = SA_ONSTACK | SA_NODEFER;  // a fault inside the save ends the process at once
+    sigemptyset(&action.sa_mask);
+    for (const int signalNumber : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) {
+        sigaction(signalNumber, &action, nullptr);
+    }
+}
