@@ -1,0 +1,35 @@
+# The folder as shipped, ${DIST}: the program, the web-view library, the pages, the licence texts. Node.js is needed for
+# this target only.
+if(WIN32)
+  set(DIST_HOME windows)
+  set(DIST_LIBRARY ${DIST}/libwebview.dll)
+else()
+  set(DIST_HOME linux)
+  set(DIST_LIBRARY ${DIST}/libwebview.so)
+endif()
+
+add_custom_command(
+  OUTPUT ${DIST_LIBRARY}
+  COMMAND node ${CMAKE_SOURCE_DIR}/tools/build_dist.mjs libraries ${DIST_HOME} ${DIST}
+  COMMAND ${CMAKE_COMMAND} -E touch ${DIST_LIBRARY}
+  DEPENDS ${CMAKE_SOURCE_DIR}/tools/build_dist.mjs ${CMAKE_SOURCE_DIR}/package-lock.json
+  COMMENT "Web-view library and licence texts"
+  VERBATIM)
+
+file(GLOB_RECURSE DIST_PAGE_SOURCES CONFIGURE_DEPENDS ui/*)
+list(FILTER DIST_PAGE_SOURCES EXCLUDE REGEX "/node_modules/")
+set(DIST_PAGES_STAMP ${CMAKE_BINARY_DIR}/pages.stamp)
+add_custom_command(
+  OUTPUT ${DIST_PAGES_STAMP}
+  BYPRODUCTS ${DIST}/ui/index.html
+  COMMAND node ${CMAKE_SOURCE_DIR}/tools/build_dist.mjs pages ${DIST}
+  COMMAND ${CMAKE_COMMAND} -E touch ${DIST_PAGES_STAMP}
+  DEPENDS ${DIST_PAGE_SOURCES} ${CMAKE_SOURCE_DIR}/tools/build_dist.mjs ${CMAKE_SOURCE_DIR}/package-lock.json
+  WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
+  COMMENT "Pages"
+  VERBATIM)
+
+add_custom_target(dist DEPENDS ${DIST_LIBRARY} ${DIST_PAGES_STAMP})
+if(TARGET varnelle)
+  add_dependencies(dist varnelle)
+endif()
