@@ -1,7 +1,11 @@
-// Finding and raising the master's window.
+// Finding the master's window. Any process.
 #pragma once
 
 #include "platform/desktop.h"
 
-// The master's window of this or another version, 0 if none.
+#include <string_view>
+
+// Whether a window of this title is a master's, of this or another version.
+bool IsMainWindowTitle(std::string_view title);
+// The topmost window with such a title, 0 if none.
 WindowRef FindMainWindow();

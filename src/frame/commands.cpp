@@ -1,0 +1,109 @@
+#include "frame/commands.h"
+
+#include "base/text.h"
+#include "engines/engine_state.h"
+#include "engines/hotkeys.h"
+#include "engines/key_spammer.h"
+#include "engines/macro_edits.h"
+#include "engines/requests.h"
+#include "engines/tool_settings.h"
+#include "frame/reports.h"
+#include "platform/hooks.h"
+#include "storage/profiles.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+// An empty answer resolves the page's promise with undefined.
+
+// A command that only raises a request: the dispatcher decides what becomes of it.
+template <std::atomic<bool> EngineState::*Flag> std::string Raise(const std::string&) {
+    RaiseRequest(engineState.*Flag);
+    return {};
+}
+
+// A command that hands its arguments to one function.
+template <void (*Function)(std::string_view)> std::string Call(const std::string& request) {
+    Function(ArgText(request));
+    return {};
+}
+
+// A command without arguments.
+template <void (*Function)()> std::string Call(const std::string&) {
+    Function();
+    return {};
+}
+
+template <std::string (*Function)()> std::string Report(const std::string&) {
+    return Function();
+}
+
+void RemoveTarget(std::string_view indexText) {
+    int32_t index = 0;
+    if (ParseInt(indexText, &index)) {
+        RemoveKeySpamTarget(index);
+    }
+}
+
+void PickLocation() {
+    engineState.pickingLocation = true;
+    HookInterestChanged();
+}
+
+// In binding order. A command of a later room goes where its subject stands, and the order of the rest stays.
+constexpr PageCommand kMasterCommands[] = {
+    {"updateSpammer", "9 comma fields", "store the autoclicker's settings", Call<UpdateSpammer>},
+    {"startSpammer", "", "ask for the autoclicker", Raise<&EngineState::reqStartAuto>},
+    {"stopSpammer", "", "ask for its end", Raise<&EngineState::reqStopAuto>},
+    {"updateKeySpam", "6 comma fields", "store the key spammer's settings", Call<UpdateKeySpam>},
+    {"startKeySpam", "", "ask for the key spammer", Raise<&EngineState::reqStartKeySpam>},
+    {"stopKeySpam", "", "ask for its end", Raise<&EngineState::reqStopKeySpam>},
+    {"removeKeySpamTarget", "index", "remove that target; a bad number does nothing", Call<RemoveTarget>},
+    {"setKeySpamChordMode", "1 or other", "targets together, or in turn", Call<SetKeySpamChordMode>},
+    {"pickLocation", "", "the next left press anywhere becomes the click location", Call<PickLocation>},
+    {"setHoldMode", "auto,0|1 or keyspam,0|1", "a hotkey runs its tool while held", Call<SetHoldMode>},
+    {"resetHotkeys", "", "F8, F7, F6, F9, F10", Call<ResetHotkeys>},
+    {"updateTracker", "8 comma fields", "store what is recorded and how it is played", Call<UpdateTracker>},
+    {"startRecording", "", "ask for a fresh recording", Raise<&EngineState::reqStartRecord>},
+    {"stopRecording", "", "ask for its end", Raise<&EngineState::reqStopRecord>},
+    {"continueRecording", "", "ask to record on behind the macro", Raise<&EngineState::reqContinueRecord>},
+    {"undoContinueRecording", "", "ask for the macro of before", Raise<&EngineState::reqUndoContinue>},
+    {"startPlayback", "", "ask for playback", Raise<&EngineState::reqStartPlay>},
+    {"stopPlayback", "", "ask for its end", Raise<&EngineState::reqStopPlay>},
+    {"optimizeMacro", "", "thin out pointer paths", Call<OptimizeMacro>},
+    {"getTrackerStatus", "", "one status poll", Report<PollTrackerStatus>},
+    {"getMacroEvents", "", "the event list", Report<ReportMacroEvents>},
+    {"deleteEvent", "index", "remove that event", Call<DeleteEvent>},
+    {"updateEventTime", "index,seconds", "set that event's time", Call<UpdateEventTime>},
+    {"clearProfile", "", "empty the current profile", Call<ClearProfile>},
+    {"addProfile", "name", "add a profile and make it current", Call<AddProfile>},
+    {"deleteProfile", "", "delete the current profile", Call<DeleteProfile>},
+    {"switchProfile", "index", "make that profile current", Call<SwitchProfile>},
+    {"getProfiles", "", "the list of profiles", Report<GetProfiles>},
+    {"getSettings", "", "the settings report", Report<SettingsReport>},
+    {"reassignKey", "rec, play, auto, keyspamhotkey, keyspamtarget or unlock",
+     "the next key or button becomes that binding", Call<ReassignKey>},
+};
+
+}  // namespace
+
+std::string ArgText(std::string_view request) {
+    std::string text;
+    text.reserve(request.size());
+    std::copy_if(request.begin(), request.end(), std::back_inserter(text),
+                 [](char c) { return c != '[' && c != ']' && c != '"'; });
+    return text;
+}
+
+const PageCommand* MasterCommands(int* count) {
+    *count = static_cast<int>(std::size(kMasterCommands));
+    return kMasterCommands;
+}
+
+void BindMasterCommands(PageHost* host) {
+    for (const PageCommand& command : kMasterCommands) {
+        BindPageFunction(host, command.name, command.function);
+    }
+}

@@ -1,0 +1,94 @@
+#include "frame/launch_options.h"
+
+#include "base/text.h"
+
+#include <string_view>
+
+namespace {
+
+struct ValueOption {
+    std::string_view prefix;
+    std::string LaunchOptions::*value;
+    bool LaunchOptions::*given;  // null for a modifier, which selects no mode
+};
+
+constexpr ValueOption kValueOptions[] = {
+    {"--selftest-update=", &LaunchOptions::selftestUpdateArg, &LaunchOptions::selftestUpdate},
+    {"--update-manifest=", &LaunchOptions::updateManifestOverride, nullptr},
+    {"--validate-theme=", &LaunchOptions::validateThemePath, &LaunchOptions::validateTheme},
+    {"--validate-macro=", &LaunchOptions::validateMacroPath, &LaunchOptions::validateMacro},
+    {"--scan-macro=", &LaunchOptions::scanMacroPath, &LaunchOptions::scanMacro},
+};
+
+void ReadValueOptions(const ProcessArguments& arguments, LaunchOptions* options) {
+    if (!arguments.wideViewValid) {
+        return;
+    }
+    for (const std::string& argument : arguments.arguments) {
+        for (const ValueOption& option : kValueOptions) {
+            if (StartsWith(argument, option.prefix)) {
+                options->*option.value = argument.substr(option.prefix.size());
+                if (option.given != nullptr) {
+                    options->*option.given = true;
+                }
+                break;
+            }
+        }
+    }
+}
+
+// The first of these that is given runs, wherever it stands on the line.
+bool ChooseConsoleMode(LaunchOptions* options) {
+    if (options->selftestUpdate) {
+        options->mode = LaunchMode::SelfTestUpdate;
+    } else if (options->validateTheme) {
+        options->mode = LaunchMode::ValidateTheme;
+    } else if (options->validateMacro) {
+        options->mode = LaunchMode::ValidateMacro;
+    } else if (options->scanMacro) {
+        options->mode = LaunchMode::ScanMacro;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+// The whole line is one path, blanks included.
+void ReadOpenPath(std::string_view line, LaunchOptions* options) {
+    std::string_view path = TrimBlanks(line);
+    if (path.size() >= 2 && path.front() == '"' && path.back() == '"') {
+        path = path.substr(1, path.size() - 2);
+    }
+    if (EndsWithNoCase(path, ".vrltheme")) {
+        options->openThemePath = path;
+    } else if (EndsWithNoCase(path, ".vrlmacro")) {
+        options->openMacroPath = path;
+    }
+}
+
+}  // namespace
+
+LaunchOptions ParseCommandLine(const ProcessArguments& arguments) {
+    LaunchOptions options;
+    ReadValueOptions(arguments, &options);
+    if (ChooseConsoleMode(&options)) {
+        return options;
+    }
+
+    // From here on the line counts as one text: a path that holds a role's word selects that role.
+    const std::string& line = arguments.line;
+    if (line.find("--selftest") != std::string::npos) {
+        options.mode = LaunchMode::SelfTest;
+        return options;
+    }
+    if (line.find("--child") != std::string::npos) {
+        options.mode = LaunchMode::Child;
+        options.childLine = line;
+        return options;
+    }
+    if (TrimBlanks(line) == "--timeline") {
+        options.mode = LaunchMode::Timeline;
+    }
+    ReadOpenPath(line, &options);
+    return options;
+}

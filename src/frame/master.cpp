@@ -1,0 +1,256 @@
+#include "frame/master.h"
+
+#include "base/mutex.h"
+#include "engines/autoclicker.h"
+#include "engines/dispatcher.h"
+#include "engines/engine_state.h"
+#include "engines/key_spammer.h"
+#include "engines/playback.h"
+#include "engines/recorder.h"
+#include "frame/commands.h"
+#include "platform/clock.h"
+#include "platform/desktop.h"
+#include "platform/end_request.h"
+#include "platform/files.h"
+#include "platform/hooks.h"
+#include "platform/page_host.h"
+#include "platform/process.h"
+#include "platform/threads.h"
+#include "platform/wake.h"
+#include "storage/data_folder.h"
+#include "storage/session.h"
+#include "windows/main_window.h"
+#include "windows/page_loading.h"
+
+#include <array>
+#include <exception>
+#include <thread>
+
+namespace {
+
+constexpr int kWindowWidth = 420;
+constexpr int kWindowHeight = 560;
+
+// ---- The page, as other threads reach it ------------------------------------------------------------------------
+
+// The host may be destroyed only while nobody hands it work.
+Mutex pageMutex;
+PageHost* mainPage GUARDED_BY(pageMutex) = nullptr;  // null before the web view exists and after it is gone
+bool endRequested GUARDED_BY(pageMutex) = false;     // somebody outside wants the program to end
+
+void SetMainPage(PageHost* host) {
+    MutexLock lock(pageMutex);
+    mainPage = host;
+}
+
+// A request from outside to end: the same as closing the window.
+void EndMaster() {
+    MutexLock lock(pageMutex);
+    endRequested = true;
+    if (mainPage != nullptr) {
+        TerminatePage(mainPage);
+    }
+}
+
+void ListenForEndRequests() {
+    {
+        MutexLock lock(pageMutex);
+        endRequested = false;
+    }
+    SetEndRequestHandler(EndMaster);
+}
+
+bool IsEndRequested() {
+    MutexLock lock(pageMutex);
+    return endRequested;
+}
+
+// ---- Threads ----------------------------------------------------------------------------------------------------
+
+std::atomic<bool> rawInputEnded{false};
+
+void RawInputThreadMain() {
+    HookThreadMain();
+    rawInputEnded = true;
+}
+
+enum ThreadIndex { kAutoclick, kKeySpam, kRawInput, kPlayback, kAutosave, kDispatcher, kThreadCount };
+
+struct ThreadRow {
+    const char* name;
+    void (*body)();
+};
+
+// In the order of starting, by ThreadIndex.
+constexpr std::array<ThreadRow, kThreadCount> kThreads = {{
+    {"autoclick", AutoclickThreadMain},
+    {"key spam", KeySpamThreadMain},
+    {"raw input", RawInputThreadMain},
+    {"playback", PlaybackThreadMain},
+    {"autosave", AutosaveThreadMain},
+    {"dispatcher", DispatcherThreadMain},
+}};
+
+constexpr std::array<ThreadIndex, kThreadCount> kJoinOrder = {
+    kAutoclick, kKeySpam, kRawInput, kPlayback, kDispatcher, kAutosave,
+};
+
+using MasterThreads = std::array<std::thread, kThreadCount>;
+
+void StartThreads(MasterThreads* threads) {
+    rawInputEnded = false;
+    for (size_t i = 0; i < kThreads.size(); ++i) {
+        (*threads)[i] = StartThread(kThreads[i].name, kThreads[i].body);
+    }
+}
+
+void JoinThreads(MasterThreads* threads) {
+    for (const ThreadIndex index : kJoinOrder) {
+        std::thread& thread = (*threads)[index];
+        if (index == kRawInput && thread.joinable()) {
+            // A stop has no effect on a thread that has not begun to listen yet, so it is said until it was heard.
+            while (!rawInputEnded) {
+                StopHookThread();
+                SleepMilliseconds(1);
+            }
+        }
+        JoinThread(thread);
+    }
+}
+
+// ---- Start-up ---------------------------------------------------------------------------------------------------
+
+// The instance that runs already comes to the front; this one has nothing else to do.
+int RunSecondInstance() {
+    if (const WindowRef window = FindMainWindow()) {
+        if (IsWindowMinimised(window)) {
+            RestoreWindow(window);
+        }
+        ForceForeground(window);
+    }
+    ReleaseSingleInstance();
+    return 0;
+}
+
+// What earlier runs have left, in the order in which the parts depend on each other: files of older versions are
+// brought in before anything is read; a crash from here on saves; settings come after the session, themes after the
+// settings, files given on the command line last.
+void BringInState() {
+    MigrateSessionFile();
+    MigrateStateFile(DataFilePath("theme.txt"), "theme.txt");
+    MigrateStateFile(DataFilePath("appsettings.txt"), "appsettings.txt");
+    DeleteFromProgramFolder("status.txt");
+    DeleteFromProgramFolder("macroevents.txt");
+    SetCrashHandler(SaveSession);
+    if (!LoadSession()) {
+        MutexLock lock(macroMutex);
+        macroState.profiles.push_back(Profile{DefaultProfileName, {}, {}});
+        MarkMacroChanged();
+    }
+    EnsureDefaultProfile();
+    BeginTimerPeriod();
+    engineState.qpcFrequency = ReadPerformanceFrequency();
+}
+
+void CreateEvents() {
+    engineState.quitEvent = CreateWakeEvent(WakeReset::Manual);
+    engineState.dispatchEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.autoWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.keySpamWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.playWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.timelineAckEvent = CreateWakeEvent(WakeReset::Automatic);
+}
+
+void LoadMainPage(PageHost* host) {
+    const std::string programDirectory = ProgramDirectory();
+    std::string page;
+    std::string path;
+    if (!ReadPage(programDirectory, "index.html", &page, &path)) {
+        ShowErrorMessage("UI Error", "Failed to read:\n" + path);
+        return;  // the window stays empty; engines and hotkeys serve on
+    }
+    SetPageHtml(host, InlineScripts(std::move(page), programDirectory));
+}
+
+// From the web view's making to the end of the main loop. Empty, or the sentence for the person why there is no page.
+std::string ServePage(PageHost** host) {
+    if (std::string missing = CreatePageHost(host); !missing.empty()) {
+        return missing;
+    }
+    SetMainPage(*host);
+    SetPageTitle(*host, kMainWindowTitle);
+    SetWindowIcons(PageHostWindow(*host));
+    DisableBrowserFeatures(*host);
+    SetPageSize(*host, kWindowWidth, kWindowHeight);
+    BindMasterCommands(*host);
+    LoadMainPage(*host);
+    ForceForeground(PageHostWindow(*host));
+    if (!IsEndRequested()) {
+        RunPage(*host);
+    }
+    return {};
+}
+
+// ---- Shutdown ---------------------------------------------------------------------------------------------------
+
+void CloseEvent(std::atomic<WakeEvent*>& event) {
+    CloseWakeEvent(event.exchange(nullptr));
+}
+
+void CloseEvents() {
+    CloseEvent(engineState.quitEvent);
+    CloseEvent(engineState.timelineAckEvent);
+    CloseEvent(engineState.dispatchEvent);
+    CloseEvent(engineState.autoWakeEvent);
+    CloseEvent(engineState.keySpamWakeEvent);
+    CloseEvent(engineState.playWakeEvent);
+}
+
+void Shutdown(MasterThreads* threads, PageHost* host) {
+    SaveSession();
+    engineState.running = false;
+    StopHookThread();
+    SignalWake(engineState.quitEvent);
+    JoinThreads(threads);
+    CloseEvents();
+    EndTimerPeriod();
+    SetEndRequestHandler(nullptr);
+    SetMainPage(nullptr);
+    DestroyPageHost(host);
+}
+
+}  // namespace
+
+int RunMaster(const LaunchOptions&) {
+    if (ClaimSingleInstance(kSingleInstanceName) == InstanceResult::AlreadyRunning) {
+        return RunSecondInstance();
+    }
+    BringInState();
+    BeginTimerPeriod();  // the second of two; one End at shutdown, and the process's end takes the other
+    KeepTimerResolutionWhenHidden();
+    CreateEvents();
+
+    // The engines start before the window, so that the hotkeys work from the first moment.
+    MasterThreads threads;
+    PageHost* host = nullptr;
+    std::string failure;
+    try {
+        ListenForEndRequests();
+        StartThreads(&threads);
+        failure = ServePage(&host);
+    } catch (const std::exception& error) {
+        failure = std::string("Varnelle has to end: ") + error.what() + ". Your session is saved.";
+    }
+    if (!failure.empty()) {
+        ShowErrorMessage("Varnelle", failure);
+    }
+    Shutdown(&threads, host);
+    return failure.empty() ? 0 : 1;
+}
+
+void PageEval(const std::string& script) {
+    MutexLock lock(pageMutex);
+    if (PageHost* host = mainPage) {
+        DispatchToPage(host, [host, script] { EvalInPage(host, script); });
+    }
+}

@@ -1,0 +1,57 @@
+#include "frame/program.h"
+
+#include "frame/launch_options.h"
+#include "frame/master.h"
+#include "storage/macro_file.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+int ValidateMacro(const LaunchOptions& options) {
+    EnsureConsole();
+    ParsedMacro macro;
+    const std::string error = ReadMacroFile(options.validateMacroPath, &macro);
+    if (!error.empty()) {
+        std::printf("REJECT %s\n", error.c_str());
+        return 1;
+    }
+    std::printf("OK %d events\n", static_cast<int>(macro.events.size()));
+    return 0;
+}
+
+struct ModeRow {
+    LaunchMode mode;
+    int (*run)(const LaunchOptions& options);  // gives the exit code
+};
+
+// What this program file can be. A mode of the command line that has no row here ends with a word about it.
+constexpr ModeRow kModes[] = {
+    {LaunchMode::ValidateMacro, ValidateMacro},
+    {LaunchMode::Master, RunMaster},
+};
+
+int RunMode(const LaunchOptions& options) {
+    for (const ModeRow& row : kModes) {
+        if (row.mode == options.mode) {
+            return row.run(options);
+        }
+    }
+    EnsureConsole();
+    std::fprintf(stderr, "Varnelle: this version does not have what the command line asks for.\n");
+    return 1;
+}
+
+}  // namespace
+
+int RunProgram(const ProcessArguments& arguments) {
+    int exitCode = 1;
+    try {
+        exitCode = RunMode(ParseCommandLine(arguments));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "Varnelle: %s\n", error.what());
+    }
+    std::fflush(stdout);
+    return exitCode;
+}
