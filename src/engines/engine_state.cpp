@@ -39,5 +39,7 @@ void ResetEngineState() {
     MakeAnew(hotkeyTable);
     MakeAnew(engineState);
     MutexLock lock(macroMutex);
+    const uint64_t revision = macroState.revision;
     macroState = MacroState{};
+    macroState.revision = revision + 1;  // a report of the old macro is not one of the new
 }
