@@ -1,0 +1,123 @@
+#include "platform/process.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <atomic>
+#include <cstdio>
+
+// Process-wide state, UI thread unless said otherwise.
+static HRESULT comResult = E_FAIL;                   // of the UI thread's CoInitializeEx
+static HANDLE instanceMutex = nullptr;               // held from ClaimSingleInstance on
+static std::atomic<void (*)()> crashSave = nullptr;  // taken by the first thread that crashes
+
+void PrepareProcess() {
+    SetDefaultDllDirectories(0x1000);  // LOAD_LIBRARY_SEARCH_DEFAULT_DIRS
+    // Nothing outside may redirect the web view.
+    static const wchar_t* const kWebViewVariables[] = {
+        L"WEBVIEW2_BROWSER_EXECUTABLE_FOLDER", L"WEBVIEW2_ADDITIONAL_BROWSER_ARGUMENTS",
+        L"WEBVIEW2_USER_DATA_FOLDER",          L"WEBVIEW2_RELEASE_CHANNEL_PREFERENCE",
+        L"WEBVIEW2_PIPE_FOR_SCRIPT_DEBUGGER",  L"WEBVIEW2_WAIT_FOR_SCRIPT_DEBUGGER",
+    };
+    for (const wchar_t* name : kWebViewVariables) {
+        SetEnvironmentVariableW(name, nullptr);
+    }
+    comResult = CoInitializeEx(nullptr, 6);  // COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE
+    SetProcessDPIAware();
+}
+
+void EndProcess() {
+    if (FAILED(comResult) && comResult != RPC_E_CHANGED_MODE) {
+        return;
+    }
+    CoUninitialize();
+}
+
+void EnsureConsole() {
+    HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    if (output != nullptr && output != INVALID_HANDLE_VALUE) {
+        return;
+    }
+    if (AttachConsole(ATTACH_PARENT_PROCESS)) {
+        FILE* reopened = nullptr;
+        freopen_s(&reopened, "CONOUT$", "w", stdout);
+    }
+}
+
+std::string ProgramPath() {
+    char path[MAX_PATH];
+    DWORD length = GetModuleFileNameA(nullptr, path, sizeof path);
+    return std::string(path, length);
+}
+
+std::string ProgramDirectory() {
+    std::string path = ProgramPath();
+    size_t separator = path.find_last_of("\\/");
+    return separator == std::string::npos ? std::string() : path.substr(0, separator);
+}
+
+uint32_t OwnProcessId() {
+    return GetCurrentProcessId();
+}
+
+namespace {
+struct ImagePath {
+    wchar_t text[MAX_PATH] = {};
+    DWORD length = 0;  // 0 where it cannot be told
+};
+}  // namespace
+
+static ImagePath ReadOwnImagePath() {
+    ImagePath path;
+    path.length = GetModuleFileNameW(nullptr, path.text, MAX_PATH);
+    if (path.length >= MAX_PATH) {
+        path.length = 0;  // cut short, so equal to nothing
+    }
+    return path;
+}
+
+bool IsOwnImage(uint32_t processId) {
+    static const ImagePath ownImagePath = ReadOwnImagePath();
+    HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId);
+    if (!process) {
+        return false;
+    }
+    ImagePath other;
+    other.length = MAX_PATH;
+    BOOL known = QueryFullProcessImageNameW(process, 0, other.text, &other.length);
+    CloseHandle(process);
+    if (!known || ownImagePath.length == 0) {
+        return false;
+    }
+    return CompareStringOrdinal(ownImagePath.text, static_cast<int>(ownImagePath.length), other.text,
+                                static_cast<int>(other.length), TRUE) == CSTR_EQUAL;
+}
+
+InstanceResult ClaimSingleInstance(const char* name) {
+    instanceMutex = CreateMutexA(nullptr, TRUE, name);
+    return GetLastError() == ERROR_ALREADY_EXISTS ? InstanceResult::AlreadyRunning : InstanceResult::First;
+}
+
+void ReleaseSingleInstance() {
+    if (instanceMutex) {
+        CloseHandle(instanceMutex);
+        instanceMutex = nullptr;
+    }
+}
+
+static LONG WINAPI CrashSaveFilter(EXCEPTION_POINTERS*) {
+    if (auto save = crashSave.exchange(nullptr)) {
+        try {
+            save();
+        } catch (...) {
+            // The process is dying; nobody is left to tell.
+        }
+    }
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+void SetCrashHandler(void (*save)()) {
+    crashSave = save;
+    SetUnhandledExceptionFilter(CrashSaveFilter);
+}
