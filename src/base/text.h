@@ -4,6 +4,10 @@
 // Windows on every platform: int and long have 32 bits. Leading white space and a sign are allowed, conversion stops
 // at the first character that does not fit, and the rest is ignored. No leading number or a value out of range is a
 // failure: the Parse* forms return false and leave *value alone, the Read* forms throw.
+//
+// The real number forms take what the C library's strtod takes: decimal and hexadecimal digits, "inf", "infinity" and
+// "nan" in any case. Out of range is what overflows, and what is not zero and would become zero; a subnormal result is
+// a number like any other, as the Windows library has it.
 #pragma once
 
 #include <cstdint>
@@ -32,9 +36,23 @@ bool IsWholeInt(std::string_view text);
 // none. The views point into `text`.
 std::vector<std::string_view> SplitParts(std::string_view text, char separator);
 
+// Walks the lines of a text. A line ends at LF and loses one CR before it; a last line without LF counts.
+class TextLines {
+  public:
+    explicit TextLines(std::string_view text) : rest_(text) {}
+    // False behind the last line. The view points into the text.
+    bool Next(std::string_view* line);
+
+  private:
+    std::string_view rest_;
+};
+
 // The default text form of an output stream: six significant digits, shortest of plain and exponent form ("0.5",
 // "1234.57", "1.23457e+06", "inf", "nan"). Appends; never depends on the locale.
 void AppendStreamDouble(std::string& out, double value);
+// The same at `out`, which has room for kStreamDoubleLength bytes; gives the end. No closing zero.
+constexpr int kStreamDoubleLength = 16;
+char* FormatStreamDouble(char* out, double value);
 void AppendInt(std::string& out, int64_t value);
 void AppendUnsigned(std::string& out, uint64_t value);
 

@@ -24,6 +24,8 @@ void WriteMacroFile(const std::string& path, const Profile& profile);
 
 // One event as its eight comma-separated fields, without a line end. Appends.
 void AppendEventLine(std::string& out, const UnifiedEvent& event);
+// All of them, each with this home's line end. Appends.
+void AppendEventLines(std::string& out, const std::vector<UnifiedEvent>& events);
 // A line of a macro file: missing positions repeat the last field present; a missing eighth is 0. False drops it.
 bool ParseEventLine(std::string_view line, UnifiedEvent* event);
 // A line of a session file: all eight positions are converted from what is there.

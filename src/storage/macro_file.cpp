@@ -1,0 +1,172 @@
+#include "storage/macro_file.h"
+
+#include "base/number_scan.h"
+#include "base/text.h"
+#include "platform/files.h"
+#include "storage/settings_text.h"
+
+#include <charconv>
+#include <ios>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view kSettingsPrefix = "SETTINGS:";
+
+// The longest event line: seven integers of at most 11 characters, a time, seven commas.
+constexpr size_t kEventLineLength = 7 * 11 + kStreamDoubleLength + 7;
+
+template <typename Integer> char* PutInteger(char* out, char* limit, Integer value) {
+    return std::to_chars(out, limit, value).ptr;
+}
+
+// Gives the comma-separated fields of one line, first to last. Once they have run out the last one is given again.
+class FieldWalk {
+  public:
+    explicit FieldWalk(std::string_view line) : next_(line.data()), end_(line.data() + line.size()) {}
+
+    // Each call reads the next field by the scan given; false where its text is no such number.
+    template <typename Number>
+    bool Read(const char* (*scan)(const char*, const char*, Number*), Number* value) {
+        if (next_ != end_) {
+            field_ = next_;
+            const char* after = scan(field_, end_, value);
+            if (after == nullptr) {
+                return false;
+            }
+            // What follows the number within the field is ignored. No number form runs over a comma.
+            while (after != end_ && *after != ',') {
+                ++after;
+            }
+            next_ = after == end_ ? end_ : after + 1;
+            return true;
+        }
+        return field_ != nullptr && scan(field_, end_, value) != nullptr;
+    }
+    // Whether a further field stands in the line. A comma at the very end begins none.
+    bool More() const { return next_ != end_; }
+
+  private:
+    const char* field_ = nullptr;  // the last field that was there
+    const char* next_;
+    const char* end_;
+};
+
+// The seven positions that every line has, present or repeated.
+bool ReadSevenFields(FieldWalk& fields, UnifiedEvent* event) {
+    int32_t type = 0;
+    int32_t vk = 0;
+    int32_t down = 0;
+    if (!fields.Read(ScanInt, &type) || !fields.Read(ScanDouble, &event->time) ||
+        !fields.Read(ScanInt, &event->x) || !fields.Read(ScanInt, &event->y) ||
+        !fields.Read(ScanUnsignedLong, &event->flags) || !fields.Read(ScanInt, &vk) ||
+        !fields.Read(ScanInt, &down)) {
+        return false;
+    }
+    event->type = static_cast<uint32_t>(type);
+    event->vk = static_cast<uint32_t>(vk);
+    event->down = down != 0;
+    return true;
+}
+
+}  // namespace
+
+void AppendEventLine(std::string& out, const UnifiedEvent& event) {
+    char line[kEventLineLength];
+    char* const limit = line + sizeof(line);
+    char* at = PutInteger(line, limit, static_cast<int32_t>(event.type));
+    *at++ = ',';
+    at = FormatStreamDouble(at, event.time);
+    *at++ = ',';
+    at = PutInteger(at, limit, event.x);
+    *at++ = ',';
+    at = PutInteger(at, limit, event.y);
+    *at++ = ',';
+    at = PutInteger(at, limit, event.flags);
+    *at++ = ',';
+    at = PutInteger(at, limit, static_cast<int32_t>(event.vk));
+    *at++ = ',';
+    *at++ = event.down ? '1' : '0';
+    *at++ = ',';
+    at = PutInteger(at, limit, event.wheel);
+    out.append(line, at);
+}
+
+void AppendEventLines(std::string& out, const std::vector<UnifiedEvent>& events) {
+    constexpr size_t kUsualLineLength = 32;
+    const std::string_view lineEnd = TextLineEnd();
+    out.reserve(out.size() + events.size() * kUsualLineLength);
+    for (const UnifiedEvent& event : events) {
+        AppendEventLine(out, event);
+        out += lineEnd;
+    }
+}
+
+bool ParseEventLine(std::string_view line, UnifiedEvent* event) {
+    FieldWalk fields(line);
+    UnifiedEvent read;
+    if (!ReadSevenFields(fields, &read) || (fields.More() && !fields.Read(ScanInt, &read.wheel))) {
+        return false;
+    }
+    *event = read;
+    return true;
+}
+
+bool ParseSessionEventLine(std::string_view line, UnifiedEvent* event) {
+    FieldWalk fields(line);
+    UnifiedEvent read;
+    if (!ReadSevenFields(fields, &read) || !fields.Read(ScanInt, &read.wheel)) {
+        return false;
+    }
+    *event = read;
+    return true;
+}
+
+std::string ParseMacroText(std::string_view bytes, ParsedMacro* out) {
+    TextLines lines(bytes);
+    std::string_view line;
+    if (!lines.Next(&line) || line.empty()) {
+        return "That macro file is missing its profile name.";
+    }
+    ParsedMacro macro;
+    macro.name = line;
+    // A usual line has 16 bytes or more. A file of short ones grows the list as it goes.
+    constexpr size_t kUsualLineLength = 16;
+    macro.events.reserve(bytes.size() / kUsualLineLength);
+    bool secondLine = true;
+    while (lines.Next(&line)) {
+        if (secondLine && StartsWith(line, kSettingsPrefix)) {
+            macro.settings = ProfileSettingsFromLine(line.substr(kSettingsPrefix.size()));
+        } else if (UnifiedEvent event; ParseEventLine(line, &event)) {
+            macro.events.push_back(event);
+        }
+        secondLine = false;
+    }
+    *out = std::move(macro);
+    return {};
+}
+
+std::string ReadMacroFile(const std::string& path, ParsedMacro* out) {
+    std::string bytes;
+    if (!ReadFileBytes(path, &bytes)) {
+        return "Couldn't open that macro file.";
+    }
+    return ParseMacroText(bytes, out);
+}
+
+void WriteMacroFile(const std::string& path, const Profile& profile) {
+    const std::string_view lineEnd = TextLineEnd();
+    std::string text = profile.name;
+    text += lineEnd;
+    text += kSettingsPrefix;
+    text += BuildSettingsLine();
+    text += lineEnd;
+    AppendEventLines(text, profile.events);
+    // An empty write first: a file that cannot be opened is passed over in silence, a full disk is not.
+    if (!WriteFileBytes(path, {})) {
+        return;
+    }
+    if (!WriteFileBytes(path, text)) {
+        throw std::ios_base::failure("the macro file could not be written");
+    }
+}

@@ -1,0 +1,127 @@
+#include "storage/profiles.h"
+
+#include "base/text.h"
+#include "engines/engine_state.h"
+#include "storage/settings_text.h"
+
+#include <utility>
+
+namespace {
+
+// A profile that never stored a setup stands for the defaults.
+void ApplyStoredSettings(const std::string& settings) {
+    if (settings.empty()) {
+        ResetToolSettings();
+    } else {
+        ApplyProfileSettings(settings);
+    }
+}
+
+// True if the live setup is now to be that of another profile: its settings are in *settings.
+bool RemoveCurrentProfile(std::string* settings) {
+    MutexLock lock(macroMutex);
+    Profile* current = CurrentProfile();
+    if (current == nullptr) {
+        return false;
+    }
+    if (current->name == DefaultProfileName) {
+        ResetToolSettings();
+        current->events.clear();
+        current->settings = BuildProfileSettings();
+        MarkMacroChanged();
+        return false;
+    }
+    if (macroState.profiles.size() < 2) {
+        return false;
+    }
+    macroState.profiles.erase(macroState.profiles.begin() + macroState.currentProfile);
+    const auto last = static_cast<int32_t>(macroState.profiles.size()) - 1;
+    if (macroState.currentProfile > last) {
+        macroState.currentProfile = last;
+    }
+    MarkMacroChanged();
+    *settings = macroState.profiles[static_cast<size_t>(macroState.currentProfile)].settings;
+    return true;
+}
+
+}  // namespace
+
+void AddProfile(std::string_view name) {
+    if (name.empty() || engineState.recording) {
+        return;
+    }
+    Profile profile{std::string(name), BuildProfileSettings(), {}};
+    MutexLock lock(macroMutex);
+    macroState.profiles.push_back(std::move(profile));
+    macroState.currentProfile = static_cast<int32_t>(macroState.profiles.size()) - 1;
+    MarkMacroChanged();
+}
+
+void DeleteProfile() {
+    if (engineState.recording) {
+        return;
+    }
+    std::string settings;
+    if (RemoveCurrentProfile(&settings)) {
+        ApplyStoredSettings(settings);
+    }
+}
+
+void SwitchProfile(std::string_view index) {
+    int32_t wanted = 0;
+    if (engineState.recording || !ParseInt(index, &wanted)) {
+        return;
+    }
+    std::string settings;
+    {
+        MutexLock lock(macroMutex);
+        if (wanted < 0 || static_cast<size_t>(wanted) >= macroState.profiles.size()) {
+            return;
+        }
+        macroState.currentProfile = wanted;
+        MarkMacroChanged();
+        settings = macroState.profiles[static_cast<size_t>(wanted)].settings;
+    }
+    ApplyStoredSettings(settings);
+}
+
+void ClearProfile() {
+    if (engineState.recording) {
+        return;
+    }
+    ResetToolSettings();
+    std::string settings = BuildProfileSettings();
+    MutexLock lock(macroMutex);
+    if (Profile* current = CurrentProfile()) {
+        current->events.clear();
+        current->settings = std::move(settings);
+        MarkMacroChanged();
+    }
+}
+
+std::string GetProfiles() {
+    MutexLock lock(macroMutex);
+    std::string json = R"({"current":)";
+    AppendInt(json, macroState.currentProfile);
+    json += R"(,"names":[)";
+    bool first = true;
+    for (const Profile& profile : macroState.profiles) {
+        if (!first) {
+            json += ',';
+        }
+        first = false;
+        json += JsonText(profile.name);
+    }
+    json += R"(],"cap":-1,"defaultName":)";
+    json += JsonText(DefaultProfileName);
+    json += '}';
+    return json;
+}
+
+void SyncProfileSettings() {
+    std::string settings = BuildProfileSettings();
+    MutexLock lock(macroMutex);
+    if (Profile* current = CurrentProfile()) {
+        current->settings = std::move(settings);
+    }
+}

@@ -1,0 +1,179 @@
+#include "storage/session.h"
+
+#include "base/text.h"
+#include "engines/engine_state.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "storage/data_folder.h"
+#include "storage/macro_file.h"
+#include "storage/settings_text.h"
+
+#include <atomic>
+#include <new>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view kSettingsPrefix = "SETTINGS:";
+constexpr std::string_view kCurrentPrefix = "CURRENT:";
+constexpr std::string_view kProfilePrefix = "PROFILE:";
+constexpr std::string_view kProfileSettingsPrefix = "PROFILESETTINGS:";
+
+// Saves come from the autosave thread, from the UI thread at shutdown and from the crash handler, at any moment, and
+// only one of them may write the file. A save that finds another one under way leaves word and returns; the one under
+// way then saves once more, so that the newest state is what stays. No save waits for another: one that crashed in
+// the middle of its own save must still get through the crash handler.
+enum class SaveStage { Idle, Saving, SavingAndWantedAgain };
+std::atomic<SaveStage> saveStage{SaveStage::Idle};
+
+struct StoreCopy {
+    std::vector<Profile> profiles;
+    int32_t currentProfile = 0;
+};
+
+// False: the lock is held, or memory has run out; nothing was copied.
+bool CopyStore(StoreCopy* copy) {
+    if (!macroMutex.TryLock()) {
+        return false;
+    }
+    bool copied = true;
+    try {
+        copy->profiles = macroState.profiles;
+        copy->currentProfile = macroState.currentProfile;
+    } catch (const std::bad_alloc&) {
+        copied = false;
+    }
+    macroMutex.Unlock();
+    return copied;
+}
+
+std::string SessionText(std::string settingsLine, const StoreCopy& store) {
+    const std::string_view lineEnd = TextLineEnd();
+    std::string text = std::move(settingsLine);
+    text += lineEnd;
+    text += kCurrentPrefix;
+    AppendInt(text, store.currentProfile);
+    text += lineEnd;
+    for (const Profile& profile : store.profiles) {
+        text += kProfilePrefix;
+        text += profile.name;
+        text += lineEnd;
+        if (!profile.settings.empty()) {
+            text += kProfileSettingsPrefix;
+            text += profile.settings;
+            text += lineEnd;
+        }
+        AppendEventLines(text, profile.events);
+    }
+    return text;
+}
+
+void SaveOnce() {
+    try {
+        std::string settingsLine = std::string(kSettingsPrefix) + BuildSettingsLine();
+        StoreCopy store;
+        if (CopyStore(&store)) {
+            const std::string text = SessionText(std::move(settingsLine), store);
+            CreateDataFolder();
+            WriteFileBytes(SessionPath(), text);
+        }
+    } catch (const std::bad_alloc&) {
+        // The file keeps the last good state.
+    }
+}
+
+// What stands behind the second line.
+std::vector<Profile> ReadProfiles(TextLines& lines) {
+    std::vector<Profile> profiles;
+    std::string_view line;
+    while (lines.Next(&line)) {
+        if (StartsWith(line, kProfilePrefix)) {
+            profiles.emplace_back().name = line.substr(kProfilePrefix.size());
+        } else if (profiles.empty()) {
+            continue;
+        } else if (StartsWith(line, kProfileSettingsPrefix)) {
+            profiles.back().settings = line.substr(kProfileSettingsPrefix.size());
+        } else if (UnifiedEvent event; ParseSessionEventLine(line, &event)) {
+            profiles.back().events.push_back(event);
+        }
+    }
+    return profiles;
+}
+
+}  // namespace
+
+void SaveSession() {
+    SaveStage before = SaveStage::Idle;
+    while (!saveStage.compare_exchange_weak(
+        before, before == SaveStage::Idle ? SaveStage::Saving : SaveStage::SavingAndWantedAgain)) {
+    }
+    if (before != SaveStage::Idle) {
+        return;
+    }
+    SaveStage stage = SaveStage::Saving;
+    do {
+        saveStage = SaveStage::Saving;
+        SaveOnce();
+        stage = SaveStage::Saving;
+    } while (!saveStage.compare_exchange_strong(stage, SaveStage::Idle));
+}
+
+bool LoadSession() {
+    std::string bytes;
+    if (!ReadFileBytes(SessionPath(), &bytes)) {
+        return false;
+    }
+    TextLines lines(bytes);
+    std::string_view line;
+    if (!lines.Next(&line) || !StartsWith(line, kSettingsPrefix)) {
+        return false;
+    }
+    ApplySettingsLine(line.substr(kSettingsPrefix.size()));
+    int32_t wanted = 0;
+    if (lines.Next(&line) && StartsWith(line, kCurrentPrefix)) {
+        ParseInt(line.substr(kCurrentPrefix.size()), &wanted);
+    }
+    std::vector<Profile> profiles = ReadProfiles(lines);
+    if (profiles.empty()) {
+        return false;
+    }
+    const std::string settings = BuildProfileSettings();
+    MutexLock lock(macroMutex);
+    macroState.profiles = std::move(profiles);
+    const bool inRange = wanted >= 0 && static_cast<size_t>(wanted) < macroState.profiles.size();
+    macroState.currentProfile = inRange ? wanted : 0;
+    Profile& current = macroState.profiles[static_cast<size_t>(macroState.currentProfile)];
+    if (current.settings.empty()) {
+        current.settings = settings;
+    }
+    MarkMacroChanged();
+    return true;
+}
+
+void EnsureDefaultProfile() {
+    MutexLock lock(macroMutex);
+    for (const Profile& profile : macroState.profiles) {
+        if (profile.name == DefaultProfileName) {
+            return;
+        }
+    }
+    const bool wasEmpty = macroState.profiles.empty();
+    macroState.profiles.insert(macroState.profiles.begin(), Profile{DefaultProfileName, {}, {}});
+    if (!wasEmpty) {
+        ++macroState.currentProfile;
+    }
+    MarkMacroChanged();
+}
+
+void AutosaveThreadMain() {
+    constexpr int kRounds = 50;
+    constexpr uint32_t kRoundMilliseconds = 100;
+    while (engineState.running) {
+        for (int round = 0; round < kRounds && engineState.running; ++round) {
+            SleepMilliseconds(kRoundMilliseconds);
+        }
+        if (engineState.running) {
+            SaveSession();
+        }
+    }
+}
