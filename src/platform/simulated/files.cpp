@@ -1,0 +1,122 @@
+// Real files of the machine, with failures on demand.
+#include "platform/files.h"
+
+#include "platform/simulated/scheduler.h"
+
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <set>
+#include <system_error>
+
+namespace {
+
+struct FileState {
+    std::string localAppData;
+    std::string_view lineEnd = "\n";
+    std::set<std::string> failingPaths;
+};
+
+FileState state;
+// Counted apart from the rest: a bench may read files from threads of its own.
+std::atomic<int> operations{0};
+std::atomic<int> failingOperation{0};
+
+bool Fails(const std::string& path) {
+    const int number = ++operations;
+    return number == failingOperation || state.failingPaths.count(path) != 0;
+}
+
+bool Exists(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, error));
+}
+
+}  // namespace
+
+std::string_view TextLineEnd() {
+    return state.lineEnd;
+}
+
+std::string DataFolderRoot() {
+    return state.localAppData.empty() || state.localAppData.size() >= 260 ? "." : state.localAppData;
+}
+
+bool FileExists(const std::string& path) {
+    return !Fails(path) && Exists(path);
+}
+
+bool CreateFolder(const std::string& path) {
+    std::error_code error;
+    return !Fails(path) && std::filesystem::create_directory(path, error);
+}
+
+bool RemoveFile(const std::string& path) {
+    return !Fails(path) && std::remove(path.c_str()) == 0;
+}
+
+bool MoveFileNoReplace(const std::string& from, const std::string& to) {
+    if (Fails(from) || state.failingPaths.count(to) != 0 || Exists(to)) {
+        return false;
+    }
+    std::error_code error;
+    std::filesystem::rename(from, to, error);
+    return !error;
+}
+
+bool ReadFileBytes(const std::string& path, std::string* bytes) {
+    if (Fails(path)) {
+        return false;
+    }
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) {
+        return false;
+    }
+    bytes->clear();
+    char buffer[65536];
+    size_t count = 0;
+    while ((count = std::fread(buffer, 1, sizeof buffer, file)) != 0) {
+        bytes->append(buffer, count);
+    }
+    const bool complete = std::ferror(file) == 0;  // a folder opens, but does not read
+    std::fclose(file);
+    return complete;
+}
+
+bool WriteFileBytes(const std::string& path, std::string_view bytes) {
+    if (Fails(path)) {
+        return false;
+    }
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) {
+        return false;
+    }
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    return std::fclose(file) == 0 && written;
+}
+
+void SimFailFileOperation(int number) {
+    failingOperation = number == 0 ? 0 : operations + number;
+}
+
+void SimFailPath(const std::string& path) {
+    state.failingPaths.insert(path);
+}
+
+int SimFileOperations() {
+    return operations;
+}
+
+void SimSetDataFolderRoot(const std::string& value) {
+    state.localAppData = value;
+}
+
+void SimSetTextLineEnd(std::string_view lineEnd) {
+    state.lineEnd = lineEnd;
+}
+
+void SimResetFiles() {
+    state = FileState();
+    operations = 0;
+    failingOperation = 0;
+}

@@ -1,0 +1,297 @@
+#include "platform/hooks.h"
+
+#include "platform/clock.h"
+#include "platform/simulated/input_state.h"
+#include "platform/simulated/scheduler.h"
+#include "platform/wake.h"
+
+#include <deque>
+
+namespace {
+
+enum class HookEventKind { Input, Raw, Session };
+
+struct HookEvent {
+    HookEventKind kind = HookEventKind::Input;
+    SimArrival arrival;
+    RawMouseRecord raw;
+    uint32_t sessionChange = 0;
+};
+
+struct HookState {
+    bool refused = false;
+    const HookSinks* sinks = nullptr;  // while RunHookThread runs
+    WakeEvent* wake = nullptr;
+    bool stop = false;
+    bool inSink = false;  // another thread may have been let in at a signal that a sink gave
+    bool interestChanged = false;
+    HookInterest interest;
+    std::deque<HookEvent> queue;
+    std::vector<std::string> complaints;
+};
+
+HookState state;
+
+uint32_t ButtonMessage(uint32_t code, bool down) {
+    switch (code) {
+    case 1:
+        return down ? kLeftDownMessage : kLeftUpMessage;
+    case 2:
+        return down ? kRightDownMessage : kRightUpMessage;
+    case 4:
+        return down ? kMiddleDownMessage : kMiddleUpMessage;
+    default:
+        return down ? kSideDownMessage : kSideUpMessage;
+    }
+}
+
+HookAnswer AskKeySink(const SimArrival& arrival) {
+    KeyHookRecord record;
+    if (arrival.system) {
+        record.message = arrival.down ? kSysKeyDownMessage : kSysKeyUpMessage;
+    } else {
+        record.message = arrival.down ? kKeyDownMessage : kKeyUpMessage;
+    }
+    record.virtualKey = arrival.code;
+    record.injected = arrival.injected;
+    record.counter = arrival.counter;
+    return state.sinks->onKey(record);
+}
+
+HookAnswer AskMouseSink(const SimArrival& arrival) {
+    MouseHookRecord record;
+    SimPointer(&record.x, &record.y);
+    record.injected = arrival.injected;
+    record.counter = arrival.counter;
+    switch (arrival.kind) {
+    case SimSeenKind::Move:
+        record.message = kMouseMoveMessage;
+        record.x = arrival.x;
+        record.y = arrival.y;
+        break;
+    case SimSeenKind::Wheel:
+    case SimSeenKind::HorizontalWheel:
+        record.message = arrival.kind == SimSeenKind::Wheel ? kWheelMessage : kHorizontalWheelMessage;
+        record.mouseData = static_cast<uint32_t>(arrival.wheel) << 16;
+        break;
+    default:
+        record.message = ButtonMessage(arrival.code, arrival.down);
+        if (arrival.code >= 5) {
+            record.mouseData = (arrival.code - 4) << 16;
+        }
+        break;
+    }
+    return state.sinks->onMouse(record);
+}
+
+bool InterestCovers(const SimArrival& arrival) {
+    const HookInterest& interest = state.interest;
+    if (arrival.kind == SimSeenKind::Key && interest.anyKey) {
+        return true;
+    }
+    if (arrival.kind == SimSeenKind::Button && (interest.buttons & (1U << arrival.code)) != 0) {
+        return true;
+    }
+    for (int index = 0; index < interest.codeCount; ++index) {
+        if (interest.codes[index] == arrival.code) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void ReadInterest() {
+    state.interestChanged = false;
+    state.interest = HookInterest();
+    state.sinks->readInterest(&state.interest);
+}
+
+void Deliver(const SimArrival& arrival) {
+    const bool press = arrival.down && !arrival.injected &&
+                       (arrival.kind == SimSeenKind::Key || arrival.kind == SimSeenKind::Button);
+    const bool covered = press && InterestCovers(arrival);
+    state.inSink = true;
+    const HookAnswer answer = arrival.kind == SimSeenKind::Key ? AskKeySink(arrival) : AskMouseSink(arrival);
+    state.inSink = false;
+    if (answer == HookAnswer::Pass) {
+        SimArrive(arrival);
+    } else if (press && !covered) {
+        state.complaints.push_back("consumed without announced interest: code " +
+                                   std::to_string(arrival.code));
+    }
+}
+
+void Post(const HookEvent& event) {
+    state.queue.push_back(event);
+    SignalWake(state.wake);
+}
+
+void DeliverEvent(const HookEvent& event) {
+    switch (event.kind) {
+    case HookEventKind::Input:
+        Deliver(event.arrival);
+        break;
+    case HookEventKind::Raw:
+        state.inSink = true;
+        state.sinks->onRawMouse(event.raw);
+        state.inSink = false;
+        break;
+    case HookEventKind::Session:
+        state.inSink = true;
+        state.sinks->onSessionChange(event.sessionChange);
+        state.inSink = false;
+        break;
+    }
+}
+
+SimArrival ButtonArrival(uint32_t code, bool down, bool injected) {
+    SimArrival arrival;
+    arrival.kind = SimSeenKind::Button;
+    arrival.code = code;
+    arrival.down = down;
+    arrival.injected = injected;
+    return arrival;
+}
+
+}  // namespace
+
+// NOTE: the system calls low-level hooks on the thread that installed them, also for input that a program makes.
+// HACK: input from SendInputRecord is given to the sinks on the sender's thread. Only one thread runs at a time, so it
+// is as if the input thread had its turn at that moment, without the cost of two hand-overs for every click. If the
+// input thread is inside a sink or has input waiting, the new input goes behind it.
+void SimHandOver(const SimArrival& arrival, bool queued) {
+    SimArrival stamped = arrival;
+    stamped.counter = ReadPerformanceCounter();
+    if (state.sinks == nullptr) {
+        SimArrive(stamped);
+        return;
+    }
+    if (queued || state.inSink || !state.queue.empty()) {
+        HookEvent event;
+        event.arrival = stamped;
+        Post(event);
+        return;
+    }
+    Deliver(stamped);
+}
+
+void RunHookThread(const HookSinks& sinks) {
+    if (state.refused) {
+        return;
+    }
+    state.sinks = &sinks;
+    state.wake = CreateWakeEvent(WakeReset::Automatic);
+    state.stop = false;
+    ReadInterest();
+    while (!state.stop) {
+        if (state.interestChanged) {
+            ReadInterest();
+        }
+        if (state.queue.empty()) {
+            WaitForAny(&state.wake, 1, kNoLimit);
+            continue;
+        }
+        const HookEvent event = state.queue.front();
+        state.queue.pop_front();
+        DeliverEvent(event);
+        SimMaybePreempt();
+    }
+    state.sinks = nullptr;
+    state.queue.clear();
+    CloseWakeEvent(state.wake);
+    state.wake = nullptr;
+}
+
+void StopHookThread() {
+    if (state.sinks != nullptr) {
+        state.stop = true;
+        SignalWake(state.wake);
+    }
+}
+
+void HookInterestChanged() {
+    if (state.sinks != nullptr) {
+        state.interestChanged = true;
+        SignalWake(state.wake);
+    }
+}
+
+void SimKey(uint32_t virtualKey, bool down, bool injected) {
+    SimArrival arrival;
+    arrival.code = virtualKey;
+    arrival.down = down;
+    arrival.injected = injected;
+    SimHandOver(arrival, true);
+}
+
+void SimSysKey(uint32_t virtualKey, bool down) {
+    SimArrival arrival;
+    arrival.code = virtualKey;
+    arrival.down = down;
+    arrival.system = true;
+    SimHandOver(arrival, true);
+}
+
+void SimButton(uint32_t code, bool down, bool injected) {
+    SimHandOver(ButtonArrival(code, down, injected), true);
+}
+
+void SimMove(int32_t x, int32_t y, bool injected) {
+    SimArrival arrival;
+    arrival.kind = SimSeenKind::Move;
+    arrival.x = x;
+    arrival.y = y;
+    arrival.injected = injected;
+    SimHandOver(arrival, true);
+}
+
+void SimWheel(int32_t delta, bool injected) {
+    SimArrival arrival;
+    arrival.kind = SimSeenKind::Wheel;
+    arrival.wheel = delta;
+    arrival.injected = injected;
+    SimHandOver(arrival, true);
+}
+
+void SimHorizontalWheel(int32_t delta) {
+    SimArrival arrival;
+    arrival.kind = SimSeenKind::HorizontalWheel;
+    arrival.wheel = delta;
+    SimHandOver(arrival, true);
+}
+
+void SimRawMove(int32_t dx, int32_t dy) {
+    if (state.sinks == nullptr) {
+        return;
+    }
+    HookEvent event;
+    event.kind = HookEventKind::Raw;
+    event.raw = RawMouseRecord{dx, dy, ReadPerformanceCounter()};
+    Post(event);
+}
+
+void SimSessionChange(uint32_t change) {
+    if (state.sinks == nullptr) {
+        return;
+    }
+    HookEvent event;
+    event.kind = HookEventKind::Session;
+    event.sessionChange = change;
+    Post(event);
+}
+
+void SimRefuseHooks(bool refuse) {
+    state.refused = refuse;
+}
+
+bool SimHooksInstalled() {
+    return state.sinks != nullptr;
+}
+
+const std::vector<std::string>& SimHookComplaints() {
+    return state.complaints;
+}
+
+void SimResetHooks() {
+    state = HookState();
+}

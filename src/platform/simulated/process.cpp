@@ -1,0 +1,101 @@
+#include "platform/process.h"
+
+#include "platform/simulated/scheduler.h"
+
+#include <set>
+
+namespace {
+
+constexpr uint32_t kOwnProcessId = 1000;
+
+struct ProcessState {
+    bool prepared = false;
+    bool consoleEnsured = false;
+    std::string programPath = "/program/varnelle";
+    std::set<uint32_t> ownImageProcesses{kOwnProcessId};
+    std::set<std::string> namesOfOthers;
+    std::set<std::string> ownNames;
+    void (*crashHandler)() = nullptr;
+};
+
+ProcessState state;
+
+}  // namespace
+
+void PrepareProcess() {
+    state.prepared = true;
+}
+
+void EndProcess() {
+    state.prepared = false;
+}
+
+void EnsureConsole() {
+    state.consoleEnsured = true;
+}
+
+std::string ProgramPath() {
+    return state.programPath;
+}
+
+std::string ProgramDirectory() {
+    return state.programPath.substr(0, state.programPath.rfind(kPathSeparator));
+}
+
+uint32_t OwnProcessId() {
+    return kOwnProcessId;
+}
+
+bool IsOwnImage(uint32_t processId) {
+    return state.ownImageProcesses.count(processId) != 0;
+}
+
+InstanceResult ClaimSingleInstance(const char* name) {
+    if (state.namesOfOthers.count(name) != 0) {
+        return InstanceResult::AlreadyRunning;
+    }
+    state.ownNames.insert(name);
+    return InstanceResult::First;
+}
+
+void ReleaseSingleInstance() {
+    state.ownNames.clear();
+}
+
+void SetCrashHandler(void (*save)()) {
+    state.crashHandler = save;
+}
+
+void SimSetProgramPath(const std::string& path) {
+    state.programPath = path;
+}
+
+void SimAddOwnImageProcess(uint32_t processId) {
+    state.ownImageProcesses.insert(processId);
+}
+
+void SimTakeInstanceName(const std::string& name) {
+    state.namesOfOthers.insert(name);
+}
+
+bool SimOwnsInstanceName(const std::string& name) {
+    return state.ownNames.count(name) != 0;
+}
+
+void SimCrash() {
+    if (state.crashHandler != nullptr) {
+        state.crashHandler();
+    }
+}
+
+bool SimConsoleEnsured() {
+    return state.consoleEnsured;
+}
+
+bool SimProcessPrepared() {
+    return state.prepared;
+}
+
+void SimResetProcess() {
+    state = ProcessState();
+}
