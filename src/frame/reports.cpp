@@ -26,6 +26,25 @@ struct EventListReport {
 };
 EventListReport eventList;
 
+// Whether the last take can be undone takes a comparison of two whole macros, so the answer is kept for a revision too.
+// Nothing of it changes without a new revision, but for a recording or playback under way, which rules it out.
+// UI thread only.
+struct UndoReport {
+    uint64_t revision = 0;
+    bool canUndo = false;
+};
+UndoReport undoReport;
+
+bool CanUndoNow() REQUIRES(macroMutex) {
+    if (engineState.recording || engineState.playing) {
+        return false;
+    }
+    if (undoReport.revision != macroState.revision) {
+        undoReport = {macroState.revision, CanUndoContinue()};
+    }
+    return undoReport.canUndo;
+}
+
 // Builds the text anew if the macro has changed.
 void RefreshEventList() {
     std::vector<UnifiedEvent> events;
@@ -102,7 +121,7 @@ std::string StatusReport() {
         if (const Profile* profile = CurrentProfile()) {
             count = profile->events.size();
         }
-        canUndoContinue = CanUndoContinue();
+        canUndoContinue = CanUndoNow();
     }
 
     std::string report = "{";

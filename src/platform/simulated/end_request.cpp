@@ -1,0 +1,19 @@
+#include "platform/end_request.h"
+
+#include "platform/simulated/simulation.h"
+
+namespace {
+
+void (*endHandler)() = nullptr;  // driver only
+
+}  // namespace
+
+void SetEndRequestHandler(void (*handler)()) {
+    endHandler = handler;
+}
+
+void SimRequestEnd() {
+    if (endHandler != nullptr) {
+        endHandler();
+    }
+}

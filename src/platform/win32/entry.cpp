@@ -1,0 +1,13 @@
+// The program's entry on Windows.
+#include "frame/program.h"
+#include "platform/process.h"
+#include "platform/win32/arguments.h"
+
+#include <windows.h>
+
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR narrowLine, int) {
+    PrepareProcess();
+    const int exitCode = RunProgram(ReadProcessArguments(narrowLine));
+    EndProcess();
+    return exitCode;
+}

@@ -1,0 +1,231 @@
+#include "frame/commands.h"
+
+#include "base/text.h"
+#include "engines/engine_state.h"
+#include "test_support.h"
+
+#include <cstring>
+
+namespace {
+
+class CommandsTest : public DataFolderTest {
+  protected:
+    CommandsTest() {
+        MutexLock lock(macroMutex);
+        macroState.profiles.push_back(Profile{DefaultProfileName, {}, {}});
+        MarkMacroChanged();
+    }
+
+    // As the page calls: a JSON array text in, a JSON text or an empty one out.
+    static std::string Call(const char* name, const std::string& request = "[]") {
+        int count = 0;
+        const PageCommand* commands = MasterCommands(&count);
+        for (int i = 0; i < count; ++i) {
+            if (std::strcmp(commands[i].name, name) == 0) {
+                return commands[i].function(request);
+            }
+        }
+        ADD_FAILURE() << "no command " << name;
+        return {};
+    }
+
+    static void SetMacro(std::vector<UnifiedEvent> events) {
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events = std::move(events);
+        MarkMacroChanged();
+    }
+
+    static std::vector<UnifiedEvent> Macro() {
+        MutexLock lock(macroMutex);
+        return macroState.profiles[0].events;
+    }
+
+    static UnifiedEvent KeyDown(double time, uint32_t vk) {
+        UnifiedEvent event;
+        event.type = EvKey;
+        event.time = time;
+        event.vk = vk;
+        event.down = true;
+        return event;
+    }
+
+    static std::string Mirror() { return ReadFile(DataFilePath("macroevents.txt")); }
+};
+
+}  // namespace
+
+TEST_F(CommandsTest, AreBoundInTheirSettledOrder) {
+    const char* const expected[] = {
+        "updateSpammer",  "startSpammer",  "stopSpammer",         "updateKeySpam",
+        "startKeySpam",   "stopKeySpam",   "removeKeySpamTarget", "setKeySpamChordMode",
+        "pickLocation",   "setHoldMode",   "resetHotkeys",        "updateTracker",
+        "startRecording", "stopRecording", "continueRecording",   "undoContinueRecording",
+        "startPlayback",  "stopPlayback",  "optimizeMacro",       "getTrackerStatus",
+        "getMacroEvents", "deleteEvent",   "updateEventTime",     "clearProfile",
+        "addProfile",     "deleteProfile", "switchProfile",       "getProfiles",
+        "getSettings",    "reassignKey",
+    };
+    int count = 0;
+    const PageCommand* commands = MasterCommands(&count);
+    ASSERT_EQ(count, static_cast<int>(std::size(expected)));
+    for (int i = 0; i < count; ++i) {
+        EXPECT_STREQ(commands[i].name, expected[i]) << i;
+        EXPECT_NE(commands[i].function, nullptr) << expected[i];
+        EXPECT_NE(commands[i].action[0], '\0') << expected[i];
+    }
+}
+
+TEST_F(CommandsTest, StartsAndStopsOnlyRaiseTheirRequest) {
+    const struct {
+        const char* name;
+        std::atomic<bool> EngineState::*flag;
+    } rows[] = {
+        {"startSpammer", &EngineState::reqStartAuto},
+        {"stopSpammer", &EngineState::reqStopAuto},
+        {"startKeySpam", &EngineState::reqStartKeySpam},
+        {"stopKeySpam", &EngineState::reqStopKeySpam},
+        {"startRecording", &EngineState::reqStartRecord},
+        {"stopRecording", &EngineState::reqStopRecord},
+        {"continueRecording", &EngineState::reqContinueRecord},
+        {"undoContinueRecording", &EngineState::reqUndoContinue},
+        {"startPlayback", &EngineState::reqStartPlay},
+        {"stopPlayback", &EngineState::reqStopPlay},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Call(row.name), "");
+        for (const auto& other : rows) {
+            EXPECT_EQ((engineState.*other.flag).exchange(false), other.flag == row.flag)
+                << row.name << " and " << other.name;
+        }
+    }
+    EXPECT_FALSE(engineState.autoClicking);
+    EXPECT_FALSE(engineState.recording);
+    EXPECT_FALSE(engineState.playing);
+    EXPECT_FALSE(engineState.keySpamming);
+}
+
+TEST_F(CommandsTest, ArgumentsAsOneTextOrOneByOneAreTheSame) {
+    for (const char* request : {"[1,2,3,4,1,1,0,10,0]", "[\"1,2,3,4,1,1,0,10,0\"]"}) {
+        spammerSettings.sh = 0;
+        spammerSettings.rptMode = 1;
+        EXPECT_EQ(Call("updateSpammer", request), "");
+        EXPECT_EQ(spammerSettings.sh, 1);
+        EXPECT_EQ(spammerSettings.sms, 4);
+        EXPECT_EQ(spammerSettings.rptMode, 0);
+        EXPECT_EQ(spammerSettings.rptTimes, 10);
+    }
+}
+
+TEST_F(CommandsTest, AMalformedNumberEndsTheUpdateAndKeepsTheEarlierFields) {
+    EXPECT_THROW(Call("updateSpammer", "[7,8,x,4,1,1,0,10,0]"), NumberError);
+    EXPECT_EQ(spammerSettings.sh, 7);
+    EXPECT_EQ(spammerSettings.sm, 8);
+    EXPECT_EQ(spammerSettings.ss, 0);
+    EXPECT_EQ(spammerSettings.sms, 5);
+    EXPECT_THROW(Call("updateKeySpam", "[3,x,0,0,0,0]"), NumberError);
+    EXPECT_EQ(keySpamSettings.ksh, 3);
+    EXPECT_THROW(Call("updateTracker", "[0,1,1,1,0,x,0,500]"), NumberError);
+    EXPECT_FALSE(trackerSettings.tmv);
+}
+
+TEST_F(CommandsTest, RemovingATargetForgivesABadNumber) {
+    EXPECT_EQ(Call("removeKeySpamTarget", "[\"x\"]"), "");
+    EXPECT_EQ(Call("removeKeySpamTarget", "[]"), "");
+    EXPECT_EQ(Call("removeKeySpamTarget", "[99999999999]"), "");
+    EXPECT_EQ(Call("removeKeySpamTarget", "[5]"), "");
+    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 1);
+    EXPECT_EQ(Call("removeKeySpamTarget", "[0]"), "");
+    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 0);
+}
+
+TEST_F(CommandsTest, ChordAndHoldModes) {
+    EXPECT_EQ(Call("setKeySpamChordMode", "[\"1\"]"), "");
+    EXPECT_TRUE(keySpamSettings.keySpamChord);
+    EXPECT_EQ(Call("setKeySpamChordMode", "[true]"), "");
+    EXPECT_FALSE(keySpamSettings.keySpamChord);
+    EXPECT_EQ(Call("setHoldMode", "[\"auto\",1]"), "");
+    EXPECT_EQ(Call("setHoldMode", "[\"keyspam,1\"]"), "");
+    EXPECT_TRUE(hotkeyTable.holdAuto);
+    EXPECT_TRUE(hotkeyTable.holdKeySpam);
+}
+
+TEST_F(CommandsTest, PickingIsArmedForTheHook) {
+    EXPECT_EQ(Call("pickLocation"), "");
+    EXPECT_TRUE(engineState.pickingLocation);
+}
+
+TEST_F(CommandsTest, ReassigningKnowsSixWords) {
+    const char* const words[] = {"rec", "play", "auto", "keyspamhotkey", "keyspamtarget", "unlock"};
+    uint32_t target = 0;
+    for (const char* word : words) {
+        EXPECT_EQ(Call("reassignKey", "[\"" + std::string(word) + "\"]"), "");
+        EXPECT_EQ(engineState.reassignTarget, ++target) << word;
+    }
+    EXPECT_EQ(Call("reassignKey", "[\"other\"]"), "");
+    EXPECT_EQ(engineState.reassignTarget, target);
+}
+
+TEST_F(CommandsTest, ResettingBringsTheFiveBindingsBack) {
+    hotkeyTable.rec = 65;
+    hotkeyTable.play = 66;
+    hotkeyTable.autoKey = 67;
+    hotkeyTable.keyspam = 68;
+    hotkeyTable.unlock = 69;
+    EXPECT_EQ(Call("resetHotkeys"), "");
+    EXPECT_EQ(hotkeyTable.rec, 119U);
+    EXPECT_EQ(hotkeyTable.play, 118U);
+    EXPECT_EQ(hotkeyTable.autoKey, 117U);
+    EXPECT_EQ(hotkeyTable.keyspam, 120U);
+    EXPECT_EQ(hotkeyTable.unlock, 121U);
+}
+
+TEST_F(CommandsTest, TheEventListIsGivenAndMirrored) {
+    EXPECT_EQ(Call("getMacroEvents"), "[]");
+    EXPECT_EQ(Mirror(), "[]");
+    SetMacro({KeyDown(0.5, 65)});
+    EXPECT_EQ(Call("getMacroEvents"), "[{\"id\":0,\"time\":0.500000,\"desc\":\"Keyboard VK: 65 (DOWN)\"}]");
+    EXPECT_EQ(Mirror(), "[{\"id\":0,\"time\":0.500000,\"desc\":\"Keyboard VK: 65 (DOWN)\"}]");
+}
+
+TEST_F(CommandsTest, EditsRewriteTheMirror) {
+    SetMacro({KeyDown(0.0, 65), KeyDown(1.0, 66), KeyDown(2.0, 67)});
+    EXPECT_EQ(Call("deleteEvent", "[1]"), "");
+    EXPECT_EQ(Macro(), (std::vector<UnifiedEvent>{KeyDown(0.0, 65), KeyDown(2.0, 67)}));
+    EXPECT_EQ(Mirror(), Call("getMacroEvents"));
+    EXPECT_EQ(Call("updateEventTime", "[1,2.5]"), "");
+    EXPECT_EQ(Macro()[1], KeyDown(2.5, 67));
+    EXPECT_NE(Mirror().find("2.500000"), std::string::npos);
+
+    std::filesystem::remove(DataFilePath("macroevents.txt"));
+    EXPECT_EQ(Call("deleteEvent", "[-1]"), "");
+    EXPECT_EQ(Macro().size(), 2U);
+    EXPECT_EQ(Mirror(), Call("getMacroEvents"));
+    std::filesystem::remove(DataFilePath("macroevents.txt"));
+    EXPECT_EQ(Call("optimizeMacro"), "");
+    EXPECT_EQ(Mirror(), Call("getMacroEvents"));
+}
+
+TEST_F(CommandsTest, EditsWithoutANumberAreErrors) {
+    SetMacro({KeyDown(0.0, 65)});
+    EXPECT_THROW(Call("deleteEvent", "[\"x\"]"), NumberError);
+    EXPECT_THROW(Call("updateEventTime", "[0,\"abc\"]"), NumberError);
+    EXPECT_EQ(Call("updateEventTime", "[0]"), "");
+    EXPECT_EQ(Call("updateEventTime", "[0,1.5,9]"), "");
+    EXPECT_EQ(Macro(), std::vector<UnifiedEvent>{KeyDown(0.0, 65)});
+}
+
+TEST_F(CommandsTest, ProfilesAreAddedSwitchedClearedAndDeleted) {
+    EXPECT_EQ(Call("addProfile", "[\"Farm [1]\"]"), "");
+    EXPECT_EQ(Call("getProfiles"),
+              "{\"current\":1,\"names\":[\"Default Tracking Profile\",\"Farm 1\"],\"cap\":-1,"
+              "\"defaultName\":\"Default Tracking Profile\"}");
+    EXPECT_EQ(Call("addProfile", "[\"[]\"]"), "");
+    EXPECT_EQ(Call("switchProfile", "[0]"), "");
+    SetMacro({KeyDown(0.0, 65)});
+    EXPECT_EQ(Call("clearProfile"), "");
+    EXPECT_TRUE(Macro().empty());
+    EXPECT_EQ(Call("switchProfile", "[\"1\"]"), "");
+    EXPECT_EQ(Call("deleteProfile"), "");
+    EXPECT_EQ(Call("getProfiles"), "{\"current\":0,\"names\":[\"Default Tracking Profile\"],\"cap\":-1,"
+                                   "\"defaultName\":\"Default Tracking Profile\"}");
+}

@@ -1,0 +1,54 @@
+#include "frame/program.h"
+
+#include "test_support.h"
+
+namespace {
+
+struct Outcome {
+    int exitCode;
+    std::string printed;
+};
+
+Outcome Run(const std::string& argument) {
+    ProcessArguments arguments;
+    arguments.wideViewValid = true;
+    arguments.arguments = {argument};
+    arguments.line = argument;
+    ::testing::internal::CaptureStdout();
+    const int exitCode = RunProgram(arguments);
+    return {exitCode, ::testing::internal::GetCapturedStdout()};
+}
+
+}  // namespace
+
+TEST(Program, ValidatesAMacro) {
+    TempFolder folder;
+    const std::string path = folder.File("a macro.vrlmacro");
+    WriteFile(path, "Farm\n0,0,1,2,0,0,0,0\n3,0.5,0,0,0,65,1,0\nbroken\n");
+    const Outcome outcome = Run("--validate-macro=" + path);
+    EXPECT_EQ(outcome.printed, "OK 2 events\n");
+    EXPECT_EQ(outcome.exitCode, 0);
+}
+
+TEST(Program, RejectsWhatIsNoMacro) {
+    TempFolder folder;
+    const Outcome missing = Run("--validate-macro=" + folder.File("none.vrlmacro"));
+    EXPECT_EQ(missing.printed.substr(0, 7), "REJECT ");
+    EXPECT_EQ(missing.printed.find('\n'), missing.printed.size() - 1);
+    EXPECT_EQ(missing.exitCode, 1);
+    const Outcome empty = Run("--validate-macro=");
+    EXPECT_EQ(empty.printed, missing.printed);
+    EXPECT_EQ(empty.exitCode, 1);
+}
+
+TEST(Program, AModeItDoesNotHaveSaysNothingOnStandardOutput) {
+    for (const char* argument : {"--selftest-update=x", "--validate-theme=x", "--scan-macro=x", "--selftest",
+                                 "--child a|b|1|2", "--timeline"}) {
+        ::testing::internal::CaptureStderr();
+        const Outcome outcome = Run(argument);
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+                  "Varnelle: this version does not have what the command line asks for.\n");
+        EXPECT_EQ(outcome.printed, "") << argument;
+        EXPECT_EQ(outcome.exitCode, 1) << argument;
+    }
+}

@@ -1,0 +1,218 @@
+#include "frame/reports.h"
+
+#include "base/text.h"
+#include "engines/engine_state.h"
+#include "engines/hotkeys.h"
+#include "test_support.h"
+
+namespace {
+
+class ReportsTest : public DataFolderTest {
+  protected:
+    ReportsTest() { SetMacro({}); }
+
+    static void SetMacro(std::vector<UnifiedEvent> events) {
+        MutexLock lock(macroMutex);
+        macroState.profiles = {Profile{DefaultProfileName, {}, std::move(events)}};
+        MarkMacroChanged();
+    }
+
+    static UnifiedEvent MoveTo(int32_t x, int32_t y) {
+        UnifiedEvent event;
+        event.x = x;
+        event.y = y;
+        return event;
+    }
+
+    static std::string Name(uint32_t code) { return JsonText(KeyNameText(code)); }
+
+    std::string EventsFile() const { return DataFilePath("macroevents.txt"); }
+};
+
+bool Contains(const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+}
+
+}  // namespace
+
+TEST_F(ReportsTest, StatusOfAFreshProgram) {
+    EXPECT_EQ(PollTrackerStatus(),
+              "{\"state\":\"Idle\",\"count\":0,\"restore\":[],\"hkRec\":" + Name(119) +
+                  ",\"hkPlay\":" + Name(118) + ",\"hkAuto\":" + Name(117) + ",\"hkKeySpam\":" + Name(120) +
+                  ",\"hkUnlock\":" + Name(121) + ",\"lockOn\":true,\"unlocked\":true,\"keySpamTargets\":[" +
+                  Name(32) +
+                  "],\"keySpamChord\":false,\"ksCap\":-1,\"reassigning\":\"\",\"panelHover\":false,"
+                  "\"autoClicking\":false,\"keySpamming\":false,\"canUndoContinue\":false}");
+}
+
+TEST_F(ReportsTest, StatusOfABusyProgram) {
+    SetMacro({MoveTo(1, 2), MoveTo(3, 4)});
+    engineState.autoClicking = true;
+    engineState.keySpamming = true;
+    engineState.panelHover = true;
+    engineState.playing = true;
+    engineState.unlocked = false;
+    engineState.lockOn = false;
+    engineState.reassignTarget = kReassignKeySpamTarget;
+    keySpamSettings.keySpamTargets[0] = 65;
+    keySpamSettings.keySpamTargets[1] = 66;
+    keySpamSettings.keySpamTargetCount = 2;
+    keySpamSettings.keySpamChord = true;
+    hotkeyTable.rec = 1;
+    EXPECT_EQ(
+        PollTrackerStatus(),
+        "{\"state\":\"Playing\",\"count\":2,\"restore\":[],\"hkRec\":" + Name(1) +
+            ",\"hkPlay\":" + Name(118) + ",\"hkAuto\":" + Name(117) + ",\"hkKeySpam\":" + Name(120) +
+            ",\"hkUnlock\":" + Name(121) + ",\"lockOn\":false,\"unlocked\":false,\"keySpamTargets\":[" +
+            Name(65) + "," + Name(66) +
+            "],\"keySpamChord\":true,\"ksCap\":-1,\"reassigning\":\"keyspamtarget\",\"panelHover\":true,"
+            "\"autoClicking\":true,\"keySpamming\":true,\"canUndoContinue\":false}");
+}
+
+TEST_F(ReportsTest, RecordingWinsOverPlaying) {
+    engineState.recording = true;
+    engineState.playing = true;
+    EXPECT_TRUE(Contains(PollTrackerStatus(), "{\"state\":\"Recording\","));
+}
+
+TEST_F(ReportsTest, NoTargetsIsAnEmptyList) {
+    keySpamSettings.keySpamTargetCount = 0;
+    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"keySpamTargets\":[],"));
+}
+
+TEST_F(ReportsTest, ATakeThatCanBeUndoneIsReported) {
+    const std::vector<UnifiedEvent> before = {MoveTo(1, 1)};
+    const std::vector<UnifiedEvent> after = {MoveTo(1, 1), MoveTo(2, 2)};
+    SetMacro(after);
+    {
+        MutexLock lock(macroMutex);
+        macroState.continueProfile = 0;
+        macroState.continueBaseline = before;
+        macroState.continueResult = after;
+    }
+    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"canUndoContinue\":true}"));
+    SetMacro(before);
+    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"canUndoContinue\":false}"));
+}
+
+TEST_F(ReportsTest, APollWritesBothMirrors) {
+    SetMacro({MoveTo(100, 200)});
+    const std::string report = PollTrackerStatus();
+    EXPECT_EQ(ReadFile(DataFilePath("status.txt")), report);
+    EXPECT_EQ(ReadFile(EventsFile()), "[{\"id\":0,\"time\":0.000000,\"desc\":\"Abs Move to X:100 Y:200\"}]");
+}
+
+TEST_F(ReportsTest, APollWithoutAPlaceToWriteStillReports) {
+    WriteFile(root_.File("Varnelle"), "a file where the folder should be");
+    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"state\":\"Idle\""));
+    EXPECT_EQ(ReportMacroEvents(), "[]");
+}
+
+TEST_F(ReportsTest, AShortEventMirrorIsPutRightByTheNextPoll) {
+    PollTrackerStatus();
+    WriteFile(EventsFile(), "scribble");
+    PollTrackerStatus();
+    EXPECT_EQ(ReadFile(EventsFile()), "[]");
+}
+
+TEST_F(ReportsTest, EveryChangeOfTheMacroReachesTheNextPoll) {
+    SetMacro({MoveTo(1, 2)});
+    PollTrackerStatus();
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events[0].x = 7;
+        MarkMacroChanged();
+    }
+    PollTrackerStatus();
+    EXPECT_TRUE(Contains(ReadFile(EventsFile()), "X:7 Y:2"));
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles.push_back(Profile{"other", {}, {MoveTo(8, 9)}});
+        macroState.currentProfile = 1;
+        MarkMacroChanged();
+    }
+    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"count\":1,"));
+    EXPECT_TRUE(Contains(ReadFile(EventsFile()), "X:8 Y:9"));
+    EXPECT_TRUE(Contains(ReportMacroEvents(), "X:8 Y:9"));
+}
+
+TEST_F(ReportsTest, AHugeEventMirrorIsWrittenOncePerChange) {
+    std::vector<UnifiedEvent> events(20000, MoveTo(1, 2));
+    SetMacro(events);
+    PollTrackerStatus();
+    const std::string whole = ReadFile(EventsFile());
+    ASSERT_GT(whole.size(), 500000U);
+
+    WriteFile(EventsFile(), "left alone");
+    PollTrackerStatus();
+    EXPECT_EQ(ReadFile(EventsFile()), "left alone");
+
+    std::filesystem::remove(EventsFile());
+    PollTrackerStatus();
+    EXPECT_EQ(ReadFile(EventsFile()), whole);
+
+    WriteFile(EventsFile(), "asked for");
+    EXPECT_EQ(ReportMacroEvents(), whole);
+    EXPECT_EQ(ReadFile(EventsFile()), whole);
+
+    events[0].x = 5;
+    SetMacro(events);
+    PollTrackerStatus();
+    EXPECT_TRUE(Contains(ReadFile(EventsFile()), "X:5 Y:2"));
+}
+
+TEST_F(ReportsTest, SettingsOfAFreshProgram) {
+    EXPECT_EQ(
+        SettingsReport(),
+        "{\"sh\":0,\"sm\":0,\"ss\":0,\"sms\":5,\"sbtn\":0,\"stype\":0,\"rptMode\":1,\"rptTimes\":10,"
+        "\"locMode\":0,\"fixedX\":0,\"fixedY\":0,\"tmv\":true,\"tclk\":true,\"tscr\":true,\"tkey\":true,"
+        "\"trel\":false,\"tspd\":1,\"tloop\":false,\"tloopMs\":500,\"ksh\":0,\"ksm\":0,\"kss\":0,\"ksms\":5,"
+        "\"ksRptMode\":1,\"ksRptTimes\":10,\"holdAuto\":false,\"holdKeySpam\":false}");
+}
+
+TEST_F(ReportsTest, EverySettingHasItsOwnPlace) {
+    spammerSettings.sh = 1;
+    spammerSettings.sm = 2;
+    spammerSettings.ss = 3;
+    spammerSettings.sms = 4;
+    spammerSettings.sbtn = 5;
+    spammerSettings.stype = 6;
+    spammerSettings.rptMode = 7;
+    spammerSettings.rptTimes = 8;
+    spammerSettings.locMode = 9;
+    spammerSettings.fixedX = -10;
+    spammerSettings.fixedY = 2147483647;
+    trackerSettings.tmv = false;
+    trackerSettings.tclk = true;
+    trackerSettings.tscr = false;
+    trackerSettings.tkey = true;
+    trackerSettings.trel = true;
+    trackerSettings.tspd = 1.5F;
+    trackerSettings.tloop = true;
+    trackerSettings.tloopMs = 12;
+    keySpamSettings.ksh = 13;
+    keySpamSettings.ksm = 14;
+    keySpamSettings.kss = 15;
+    keySpamSettings.ksms = 16;
+    keySpamSettings.ksRptMode = 17;
+    keySpamSettings.ksRptTimes = 18;
+    hotkeyTable.holdAuto = true;
+    EXPECT_EQ(
+        SettingsReport(),
+        "{\"sh\":1,\"sm\":2,\"ss\":3,\"sms\":4,\"sbtn\":5,\"stype\":6,\"rptMode\":7,\"rptTimes\":8,"
+        "\"locMode\":9,\"fixedX\":-10,\"fixedY\":2147483647,\"tmv\":false,\"tclk\":true,\"tscr\":false,"
+        "\"tkey\":true,\"trel\":true,\"tspd\":1.5,\"tloop\":true,\"tloopMs\":12,\"ksh\":13,\"ksm\":14,"
+        "\"kss\":15,\"ksms\":16,\"ksRptMode\":17,\"ksRptTimes\":18,\"holdAuto\":true,\"holdKeySpam\":false}");
+    hotkeyTable.holdAuto = false;
+    hotkeyTable.holdKeySpam = true;
+    EXPECT_TRUE(Contains(SettingsReport(), "\"holdAuto\":false,\"holdKeySpam\":true}"));
+}
+
+TEST_F(ReportsTest, SpeedHasSixSignificantDigits) {
+    trackerSettings.tspd = 0.1F;
+    EXPECT_TRUE(Contains(SettingsReport(), "\"tspd\":0.1,"));
+    trackerSettings.tspd = 1.2345678F;
+    EXPECT_TRUE(Contains(SettingsReport(), "\"tspd\":1.23457,"));
+    trackerSettings.tspd = 1234567.0F;
+    EXPECT_TRUE(Contains(SettingsReport(), "\"tspd\":1.23457e+06,"));
+}
