@@ -172,3 +172,4 @@ int SimTimerPeriods();  // Begin calls without their End
 bool SimTimerKeptWhenHidden();
 bool SimConsoleEnsured();
 bool SimProcessPrepared();
+void SimRequestEnd();  // somebody outside asks the program to end, as by SIGTERM
