@@ -9,7 +9,7 @@ struct Outcome {
     std::string printed;
 };
 
-Outcome Run(const std::string& argument) {
+Outcome RunWith(const std::string& argument) {
     ProcessArguments arguments;
     arguments.wideViewValid = true;
     arguments.arguments = {argument};
@@ -25,18 +25,18 @@ TEST(Program, ValidatesAMacro) {
     TempFolder folder;
     const std::string path = folder.File("a macro.vrlmacro");
     WriteFile(path, "Farm\n0,0,1,2,0,0,0,0\n3,0.5,0,0,0,65,1,0\nbroken\n");
-    const Outcome outcome = Run("--validate-macro=" + path);
+    const Outcome outcome = RunWith("--validate-macro=" + path);
     EXPECT_EQ(outcome.printed, "OK 2 events\n");
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
 TEST(Program, RejectsWhatIsNoMacro) {
     TempFolder folder;
-    const Outcome missing = Run("--validate-macro=" + folder.File("none.vrlmacro"));
+    const Outcome missing = RunWith("--validate-macro=" + folder.File("none.vrlmacro"));
     EXPECT_EQ(missing.printed.substr(0, 7), "REJECT ");
     EXPECT_EQ(missing.printed.find('\n'), missing.printed.size() - 1);
     EXPECT_EQ(missing.exitCode, 1);
-    const Outcome empty = Run("--validate-macro=");
+    const Outcome empty = RunWith("--validate-macro=");
     EXPECT_EQ(empty.printed, missing.printed);
     EXPECT_EQ(empty.exitCode, 1);
 }
@@ -45,7 +45,7 @@ TEST(Program, AModeItDoesNotHaveSaysNothingOnStandardOutput) {
     for (const char* argument : {"--selftest-update=x", "--validate-theme=x", "--scan-macro=x", "--selftest",
                                  "--child a|b|1|2", "--timeline"}) {
         ::testing::internal::CaptureStderr();
-        const Outcome outcome = Run(argument);
+        const Outcome outcome = RunWith(argument);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(),
                   "Varnelle: this version does not have what the command line asks for.\n");
         EXPECT_EQ(outcome.printed, "") << argument;
