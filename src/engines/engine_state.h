@@ -16,16 +16,16 @@ struct WakeEvent;
 // The autoclicker's settings. Written by page commands, profile switches and (location) the hook thread; read by the
 // autoclick thread. A reader may see one update half done.
 struct SpammerSettings {
-    Relaxed<int32_t> sh{0};         // interval: hours
-    Relaxed<int32_t> sm{0};         // minutes
-    Relaxed<int32_t> ss{0};         // seconds
-    Relaxed<int32_t> sms{5};        // milliseconds
-    Relaxed<int32_t> sbtn{0};       // 0 left, 1 right, 2 middle
-    Relaxed<int32_t> stype{0};      // 1 double click, else single
-    Relaxed<int32_t> rptMode{1};    // 0 stop after rptTimes clicks, else until stopped
+    Relaxed<int32_t> sh{0};       // interval: hours
+    Relaxed<int32_t> sm{0};       // minutes
+    Relaxed<int32_t> ss{0};       // seconds
+    Relaxed<int32_t> sms{5};      // milliseconds
+    Relaxed<int32_t> sbtn{0};     // 0 left, 1 right, 2 middle
+    Relaxed<int32_t> stype{0};    // 1 double click, else single
+    Relaxed<int32_t> rptMode{1};  // 0 stop after rptTimes clicks, else until stopped
     Relaxed<int32_t> rptTimes{10};
-    Relaxed<int32_t> locMode{0};    // 1 click at fixedX, fixedY; else where the pointer is
-    Relaxed<int32_t> fixedX{0};     // screen pixels
+    Relaxed<int32_t> locMode{0};  // 1 click at fixedX, fixedY; else where the pointer is
+    Relaxed<int32_t> fixedX{0};   // screen pixels
     Relaxed<int32_t> fixedY{0};
 };
 
@@ -41,23 +41,25 @@ struct KeySpamSettings {
     Relaxed<int32_t> ksms{5};
     Relaxed<int32_t> ksRptMode{1};  // 0 stop after ksRptTimes rounds, else until stopped
     Relaxed<int32_t> ksRptTimes{10};
-    std::atomic<uint32_t> keySpamTargets[kMaxKeySpamTargets] = {kSpaceKey};  // virtual-key codes, in order of adding
-    std::atomic<int32_t> keySpamTargetCount{1};                              // 0 to kMaxKeySpamTargets
-    std::atomic<uint32_t> ksKey{kSpaceKey};  // copy of the first target, for the single-key field of older forms
-    Relaxed<bool> keySpamChord{false};       // true presses all targets together, false takes them in turn
+    // Virtual-key codes, in order of adding; the first keySpamTargetCount (0 to kMaxKeySpamTargets) are in use.
+    std::atomic<uint32_t> keySpamTargets[kMaxKeySpamTargets] = {kSpaceKey};
+    std::atomic<int32_t> keySpamTargetCount{1};
+    // Copy of the first target, for the single-key field of older forms.
+    std::atomic<uint32_t> ksKey{kSpaceKey};
+    Relaxed<bool> keySpamChord{false};  // true presses all targets together, false takes them in turn
 };
 
 // What is recorded and how it is played. Written by page commands and the session reader; read by the hook thread and
 // the playback thread at each use.
 struct TrackerSettings {
-    Relaxed<bool> tmv{true};       // record pointer moves
-    Relaxed<bool> tclk{true};      // record buttons
-    Relaxed<bool> tscr{true};      // record the wheel
-    Relaxed<bool> tkey{true};      // record keys
-    Relaxed<bool> trel{false};     // record moves as raw relative counts
-    Relaxed<float> tspd{1.0F};     // speed: schedule times are divided by it; not checked
-    Relaxed<bool> tloop{false};    // repeat until stopped
-    Relaxed<int32_t> tloopMs{500}; // pause between rounds, milliseconds
+    Relaxed<bool> tmv{true};        // record pointer moves
+    Relaxed<bool> tclk{true};       // record buttons
+    Relaxed<bool> tscr{true};       // record the wheel
+    Relaxed<bool> tkey{true};       // record keys
+    Relaxed<bool> trel{false};      // record moves as raw relative counts
+    Relaxed<float> tspd{1.0F};      // speed: schedule times are divided by it; not checked
+    Relaxed<bool> tloop{false};     // repeat until stopped
+    Relaxed<int32_t> tloopMs{500};  // pause between rounds, milliseconds
 };
 
 // Virtual-key codes, or mouse buttons: 1 left, 2 right, 4 middle, 5 and 6 side.
@@ -73,7 +75,8 @@ struct HotkeyTable {
 
 struct EngineState {
     // State flags. Only DispatchRequests starts and stops engines; a worker clears its own flag at its normal end.
-    std::atomic<bool> running{true};           // the only stop condition of loops; cleared at shutdown before quitEvent
+    std::atomic<bool> running{
+        true};  // the only stop condition of loops; cleared at shutdown before quitEvent
     std::atomic<bool> recording{false};
     std::atomic<bool> playing{false};
     std::atomic<bool> autoClicking{false};
@@ -102,16 +105,17 @@ struct EngineState {
     std::atomic<bool> reqStopKeySpam{false};
 
     // Wake events: created before the threads start, closed and cleared after they are joined. Null is no event.
-    std::atomic<WakeEvent*> dispatchEvent{nullptr};      // automatic: a request or a captured key waits
-    std::atomic<WakeEvent*> autoWakeEvent{nullptr};      // automatic: autoClicking changed
-    std::atomic<WakeEvent*> keySpamWakeEvent{nullptr};   // automatic: keySpamming changed
-    std::atomic<WakeEvent*> playWakeEvent{nullptr};      // automatic: playing changed
-    std::atomic<WakeEvent*> quitEvent{nullptr};          // manual: shutdown
-    std::atomic<WakeEvent*> timelineAckEvent{nullptr};   // automatic: the editor has acknowledged
+    std::atomic<WakeEvent*> dispatchEvent{nullptr};     // automatic: a request or a captured key waits
+    std::atomic<WakeEvent*> autoWakeEvent{nullptr};     // automatic: autoClicking changed
+    std::atomic<WakeEvent*> keySpamWakeEvent{nullptr};  // automatic: keySpamming changed
+    std::atomic<WakeEvent*> playWakeEvent{nullptr};     // automatic: playing changed
+    std::atomic<WakeEvent*> quitEvent{nullptr};         // manual: shutdown
+    std::atomic<WakeEvent*> timelineAckEvent{nullptr};  // automatic: the editor has acknowledged
 
     // Counters and capture.
-    std::atomic<int64_t> qpcFrequency{1};     // ticks a second; set once at start
-    std::atomic<int64_t> recordStartQpc{0};   // counter at the start of the recording; dispatcher writes, hook reads
+    std::atomic<int64_t> qpcFrequency{1};  // ticks a second; set once at start
+    std::atomic<int64_t> recordStartQpc{
+        0};  // counter at the start of the recording; dispatcher writes, hook reads
     std::atomic<int32_t> autoClickCount{0};   // clicks of this run
     std::atomic<int32_t> keySpamCount{0};     // rounds of this run
     std::atomic<uint32_t> reassignTarget{0};  // ReassignTarget: which binding is being captured

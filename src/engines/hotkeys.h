@@ -7,13 +7,28 @@
 #include <string>
 #include <string_view>
 
+// Mouse buttons as hotkey codes (the mouse's virtual keys). 3 is no button.
+constexpr uint32_t kLeftButton = 1;
+constexpr uint32_t kRightButton = 2;
+constexpr uint32_t kMiddleButton = 4;
+constexpr uint32_t kFirstSideButton = 5;
+constexpr uint32_t kSecondSideButton = 6;
+
+// Hook thread. What a real key event or mouse button does to a capture and to the hotkeys; Consume hides it from the
+// recorder and the applications.
+HookAnswer DecideKey(uint32_t virtualKey, bool down);
+HookAnswer DecideButton(uint32_t button, bool press);
+
 // Hook thread. True if the press is consumed.
 bool HotkeyPressed(uint32_t code);
 // Hook thread; only for a press that HotkeyPressed consumed.
 void HotkeyReleased(uint32_t code);
 // Hook thread: WTS_* session change.
 void SessionChanged(uint32_t change);
-// Any thread: what the hooks may consume now.
+// Hook thread, and tests: forgets what is held and swallowed.
+void ClearHeldInput();
+// Any thread: what the hooks may consume now. A swallowed press that is still held is not in it: whoever reserved the
+// press with the system keeps it until its release.
 void ReadHookInterest(HookInterest* interest);
 
 // Any thread. Display text of a key or button code.

@@ -14,7 +14,9 @@ std::string MacroEventsJson(const std::vector<UnifiedEvent>& events);
 std::string CurrentMacroEventsJson();
 std::string EventDescription(const UnifiedEvent& event);
 
-void DeleteEvent(std::string_view indexText);      // throws NumberError where there is no leading number
+// Each of the three rewrites the mirror of the event list, also where nothing changed, and with no lock held. A
+// malformed number throws NumberError before that.
+void DeleteEvent(std::string_view indexText);
 void UpdateEventTime(std::string_view arguments);  // "index,seconds"; exactly two fields or nothing changes
 void OptimizeMacro();
 // The thinning itself, one pass. Gives the events that stay.

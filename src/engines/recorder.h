@@ -3,12 +3,13 @@
 
 #include "base/mutex.h"
 #include "engines/engine_state.h"
+#include "engines/hotkeys.h"
 #include "platform/hooks.h"
 
 #include <cstddef>
 #include <vector>
 
-// The input thread's body: runs the platform's hook thread with the hook procedures below.
+// The input thread's body: runs the platform's hook thread with the hook procedures below. Starts with nothing held.
 void HookThreadMain();
 
 // Hook thread. Hotkeys first, then the recorder; the answer says whether the applications may see the event.
@@ -16,18 +17,26 @@ HookAnswer KeyboardHook(const KeyHookRecord& record);
 HookAnswer MouseHook(const MouseHookRecord& record);
 void RawMouseReport(const RawMouseRecord& record);
 
+// Hook thread, and tests: forgets the pointer's last place, the presses on own windows, and what is held.
+void ResetHookState();
+
+// Any thread. Appends to the running recording; an event that comes too late for it, or does not fit into memory, is
+// lost.
+void AppendRecordedEvent(const UnifiedEvent& event) EXCLUDES(macroMutex);
+// Seconds from the start of the recording to a counter value.
+double RecordingSeconds(int64_t counter);
+
 // Dispatcher thread, after `recording` was cleared. Takes macroMutex.
-void FinishRecording();
+void FinishRecording() EXCLUDES(macroMutex);
 // Both begin under macroMutex and end with `recording` set.
-void BeginFreshRecording();
-void BeginContinuedRecording();
+void BeginFreshRecording() EXCLUDES(macroMutex);
+void BeginContinuedRecording() EXCLUDES(macroMutex);
 bool CanUndoContinue() REQUIRES(macroMutex);
 // Puts the macro back if CanUndoContinue; otherwise does nothing.
-void UndoContinuedRecording();
+void UndoContinuedRecording() EXCLUDES(macroMutex);
 
 // Shifts the events from keepCount on: to 0 for a fresh take, else minGap seconds behind the kept ones, or later so
-// that two presses of one button across the seam are at least clickGap seconds apart. Linear.
-void JoinContinuedRecording(std::vector<UnifiedEvent>& events, size_t keepCount, double minGap, double clickGap);
-
-// Hook thread, and tests: forgets what is held and swallowed.
-void ClearHeldInput();
+// that two presses of one button across the seam are at least clickGap seconds apart. Linear. A time that is not a
+// number counts for nothing here.
+void JoinContinuedRecording(std::vector<UnifiedEvent>& events, size_t keepCount, double minGap,
+                            double clickGap);

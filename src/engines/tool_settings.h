@@ -4,8 +4,8 @@
 
 #include <string_view>
 
-void UpdateSpammer(std::string_view payload);       // 9 comma fields; fewer change nothing
-void UpdateKeySpam(std::string_view payload);       // 6
-void UpdateTracker(std::string_view payload);       // 8; does not sync the session
-void SetHoldMode(std::string_view payload);         // "auto,1", "keyspam,0"
-void SetKeySpamChordMode(std::string_view payload); // exactly "1" is true
+void UpdateSpammer(std::string_view payload);        // 9 comma fields; fewer change nothing
+void UpdateKeySpam(std::string_view payload);        // 6
+void UpdateTracker(std::string_view payload);        // 8; does not sync the session
+void SetHoldMode(std::string_view payload);          // "auto,1", "keyspam,0"
+void SetKeySpamChordMode(std::string_view payload);  // exactly "1" is true

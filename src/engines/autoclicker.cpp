@@ -1,0 +1,93 @@
+#include "engines/autoclicker.h"
+
+#include "engines/engine_state.h"
+#include "engines/injection.h"
+#include "platform/clock.h"
+#include "platform/wake.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+struct ButtonFlags {
+    uint32_t press = 0;
+    uint32_t release = 0;
+};
+
+// An unknown button is clicked with records that carry no action, so that the count goes on.
+ButtonFlags FlagsOfButton(int32_t button) {
+    switch (button) {
+    case 0:
+        return {kMouseLeftDown, kMouseLeftUp};
+    case 1:
+        return {kMouseRightDown, kMouseRightUp};
+    case 2:
+        return {kMouseMiddleDown, kMouseMiddleUp};
+    default:
+        return {};
+    }
+}
+
+// 15 milliseconds by the counter. The deadline comes first, so that an overlong sleep is made up for.
+void WaitDoubleClickGap() {
+    const auto ticks = static_cast<int64_t>(static_cast<double>(engineState.qpcFrequency.load()) * 0.015);
+    const int64_t deadline = ReadPerformanceCounter() + ticks;
+    SleepMilliseconds(13);
+    while (ReadPerformanceCounter() < deadline) {
+        SpinOnce();
+    }
+}
+
+void ClickOnce() {
+    if (spammerSettings.locMode == 1) {
+        MoveMouseAbsolute(spammerSettings.fixedX, spammerSettings.fixedY);
+    }
+    const ButtonFlags button = FlagsOfButton(spammerSettings.sbtn);
+    const bool isDouble = spammerSettings.stype == 1;
+    SendMouseFlags(button.press);
+    SendMouseFlags(button.release);
+    if (isDouble) {
+        WaitDoubleClickGap();
+        SendMouseFlags(button.press);
+        SendMouseFlags(button.release);
+    }
+}
+
+}  // namespace
+
+double ToolIntervalMilliseconds(int32_t hours, int32_t minutes, int32_t seconds, int32_t milliseconds) {
+    const double sum = hours * 3600000.0 + minutes * 60000.0 + seconds * 1000.0 + milliseconds;
+    return std::ceil(std::max(1.0, sum));
+}
+
+uint32_t ToolIntervalLimit(double intervalMilliseconds) {
+    return static_cast<uint32_t>(static_cast<int64_t>(intervalMilliseconds));
+}
+
+bool AutoclickRound(uint32_t* limitMilliseconds) {
+    if (!engineState.autoClicking) {
+        engineState.autoClickCount = 0;
+        *limitMilliseconds = kNoLimit;
+        return true;
+    }
+    if (spammerSettings.rptMode == 0 && engineState.autoClickCount >= spammerSettings.rptTimes) {
+        engineState.autoClicking = false;
+        return false;
+    }
+    ClickOnce();
+    engineState.autoClickCount.fetch_add(1);
+    *limitMilliseconds = ToolIntervalLimit(ToolIntervalMilliseconds(spammerSettings.sh, spammerSettings.sm,
+                                                                    spammerSettings.ss, spammerSettings.sms));
+    return true;
+}
+
+void AutoclickThreadMain() {
+    WakeEvent* const events[] = {engineState.autoWakeEvent, engineState.quitEvent};
+    while (engineState.running) {
+        uint32_t limit = kNoLimit;
+        if (AutoclickRound(&limit)) {
+            WaitForAny(events, 2, limit);
+        }
+    }
+}

@@ -1,0 +1,275 @@
+#include "engines/hotkeys.h"
+
+#include "engines/engine_state.h"
+#include "engines/injection.h"
+#include "engines/key_spammer.h"
+#include "engines/requests.h"
+#include "platform/input.h"
+#include "platform/wake.h"
+
+#include <iterator>
+
+namespace {
+
+constexpr uint32_t kEscapeKey = 27;
+
+// What is physically held, and whose press was consumed so that its release must be too. By the low 8 bits of a code.
+// Hook thread only.
+struct HeldInput {
+    bool keyDown[256] = {};
+    bool keySwallowed[256] = {};
+    bool buttonDown[256] = {};
+    bool buttonSwallowed[256] = {};
+};
+HeldInput held;
+
+void WakeDispatcher() {
+    SignalWake(engineState.dispatchEvent);
+}
+
+void Capture(uint32_t code) {
+    engineState.capturedKey = code;
+    WakeDispatcher();
+}
+
+// A left click must stay free for the page while the unlock key is chosen, and no button can be a key spam target.
+bool CapturesButton(uint32_t target, uint32_t button) {
+    switch (target) {
+    case kReassignNone:
+    case kReassignKeySpamTarget:
+        return false;
+    case kReassignUnlock:
+        return button != kLeftButton;
+    default:
+        return true;
+    }
+}
+
+void ToggleLock() {
+    const bool unlockedNow = !engineState.unlocked;
+    engineState.unlocked = unlockedNow;
+    if (!unlockedNow) {
+        engineState.reqStopAuto = true;
+        engineState.reqStopKeySpam = true;
+        engineState.reqStopPlay = true;
+    }
+    HookInterestChanged();
+}
+
+// Raises what a binding asks for; false if no binding has this code. The first match ends the comparison.
+bool RaiseForBinding(uint32_t code) {
+    if (code == hotkeyTable.rec) {
+        engineState.reqToggleRecord = true;
+    } else if (code == hotkeyTable.play) {
+        engineState.reqTogglePlay = true;
+    } else if (code == hotkeyTable.autoKey) {
+        (hotkeyTable.holdAuto ? engineState.reqStartAuto : engineState.reqToggleAuto) = true;
+    } else if (code == hotkeyTable.keyspam) {
+        (hotkeyTable.holdKeySpam ? engineState.reqStartKeySpam : engineState.reqToggleKeySpam) = true;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool ConsumesFirstPress(bool& swallowed, uint32_t code) {
+    swallowed = engineState.hotkeysEnabled && HotkeyPressed(code);
+    return swallowed;
+}
+
+HookAnswer DecideRelease(bool& down, bool& swallowed, uint32_t code) {
+    down = false;
+    if (!swallowed) {
+        return HookAnswer::Pass;
+    }
+    swallowed = false;
+    HotkeyReleased(code);
+    return HookAnswer::Consume;
+}
+
+// Indexed by ReassignTarget.
+constexpr const char* kReassignTexts[] = {"",      "rec", "play", "auto", "keyspamhotkey", "keyspamtarget",
+                                          "unlock"};
+
+}  // namespace
+
+HookAnswer DecideKey(uint32_t virtualKey, bool down) {
+    const uint32_t key = virtualKey & 0xFF;
+    if (!down) {
+        return DecideRelease(held.keyDown[key], held.keySwallowed[key], key);
+    }
+    if (engineState.reassignTarget != kReassignNone) {
+        Capture(virtualKey);
+        return HookAnswer::Consume;
+    }
+    if (held.keyDown[key]) {
+        // A held key repeats. It never triggers again, and a hotkey stays hidden for as long as it is held.
+        return held.keySwallowed[key] ? HookAnswer::Consume : HookAnswer::Pass;
+    }
+    held.keyDown[key] = true;
+    return ConsumesFirstPress(held.keySwallowed[key], key) ? HookAnswer::Consume : HookAnswer::Pass;
+}
+
+HookAnswer DecideButton(uint32_t button, bool press) {
+    const uint32_t index = button & 0xFF;
+    if (!press) {
+        return DecideRelease(held.buttonDown[index], held.buttonSwallowed[index], button);
+    }
+    if (CapturesButton(engineState.reassignTarget, button)) {
+        Capture(button);
+        return HookAnswer::Consume;
+    }
+    if (held.buttonDown[index]) {
+        return HookAnswer::Pass;
+    }
+    held.buttonDown[index] = true;
+    return ConsumesFirstPress(held.buttonSwallowed[index], button) ? HookAnswer::Consume : HookAnswer::Pass;
+}
+
+bool HotkeyPressed(uint32_t code) {
+    if (code == hotkeyTable.unlock && engineState.lockOn) {
+        ToggleLock();
+    } else if ((engineState.lockOn && !engineState.unlocked) || !RaiseForBinding(code)) {
+        return false;
+    }
+    WakeDispatcher();
+    return true;
+}
+
+void HotkeyReleased(uint32_t code) {
+    if (code == hotkeyTable.autoKey && hotkeyTable.holdAuto) {
+        RaiseRequest(engineState.reqStopAuto);
+    }
+    if (code == hotkeyTable.keyspam && hotkeyTable.holdKeySpam) {
+        RaiseRequest(engineState.reqStopKeySpam);
+    }
+}
+
+void SessionChanged(uint32_t change) {
+    if (change != kSessionConsoleDisconnect && change != kSessionRemoteDisconnect && change != kSessionLock) {
+        return;
+    }
+    // A release that goes to the other desktop must not leave a key marked as held, nor a tool running for it.
+    ClearHeldInput();
+    if (hotkeyTable.holdAuto) {
+        engineState.reqStopAuto = true;
+    }
+    if (hotkeyTable.holdKeySpam) {
+        engineState.reqStopKeySpam = true;
+    }
+    WakeDispatcher();
+}
+
+void ClearHeldInput() {
+    held = HeldInput{};
+}
+
+void ReadHookInterest(HookInterest* interest) {
+    *interest = HookInterest{};
+    const auto addCode = [interest](uint32_t code) { interest->codes[interest->codeCount++] = code; };
+    const bool lockOn = engineState.lockOn;
+    if (engineState.hotkeysEnabled) {
+        if (lockOn) {
+            addCode(hotkeyTable.unlock);
+        }
+        if (!lockOn || engineState.unlocked) {
+            addCode(hotkeyTable.rec);
+            addCode(hotkeyTable.play);
+            addCode(hotkeyTable.autoKey);
+            addCode(hotkeyTable.keyspam);
+        }
+    }
+    const auto addButtons = [interest](auto wanted) {
+        for (uint32_t button :
+             {kLeftButton, kRightButton, kMiddleButton, kFirstSideButton, kSecondSideButton}) {
+            if (wanted(button)) {
+                interest->buttons |= 1U << button;
+            }
+        }
+    };
+    const uint32_t target = engineState.reassignTarget;
+    interest->anyKey = target != kReassignNone;
+    addButtons([target](uint32_t button) { return CapturesButton(target, button); });
+    if (engineState.pickingLocation) {
+        addButtons([](uint32_t button) { return button <= kMiddleButton; });
+    }
+    interest->everyEvent = engineState.recording;
+    interest->rawMotion = engineState.recording && trackerSettings.tmv && trackerSettings.trel;
+}
+
+std::string KeyNameText(uint32_t code) {
+    switch (code) {
+    case 192:
+        return "`";
+    case kLeftButton:
+        return "Left Mouse";
+    case kRightButton:
+        return "Right Mouse";
+    case kMiddleButton:
+        return "Middle Mouse";
+    case kFirstSideButton:
+        return "Mouse 4 (Side)";
+    case kSecondSideButton:
+        return "Mouse 5 (Side)";
+    default:
+        break;
+    }
+    const uint32_t parameter = (ScanCodeOfKey(code) << 16) | (IsExtendedKey(code) ? 1U << 24 : 0U);
+    std::string name = SystemKeyName(static_cast<int32_t>(parameter));
+    return name.empty() ? "Key[" + std::to_string(code) + "]" : name;
+}
+
+void ReassignKey(std::string_view target) {
+    for (uint32_t code = kReassignRec; code < std::size(kReassignTexts); ++code) {
+        if (target == kReassignTexts[code]) {
+            engineState.reassignTarget = code;
+            HookInterestChanged();
+        }
+    }
+}
+
+const char* ReassignTargetText() {
+    const uint32_t target = engineState.reassignTarget;
+    return target < std::size(kReassignTexts) ? kReassignTexts[target] : "";
+}
+
+void ApplyCapturedKey() {
+    const uint32_t key = engineState.capturedKey;
+    if (key != kEscapeKey) {
+        switch (engineState.reassignTarget) {
+        case kReassignRec:
+            hotkeyTable.rec = key;
+            break;
+        case kReassignPlay:
+            hotkeyTable.play = key;
+            break;
+        case kReassignAuto:
+            hotkeyTable.autoKey = key;
+            break;
+        case kReassignKeySpamHotkey:
+            hotkeyTable.keyspam = key;
+            break;
+        case kReassignKeySpamTarget:
+            AddKeySpamTarget(key);
+            break;
+        case kReassignUnlock:
+            hotkeyTable.unlock = key;
+            break;
+        default:
+            break;
+        }
+    }
+    // The target first: a key that the hook catches in between must not wait for the next capture.
+    engineState.reassignTarget = kReassignNone;
+    engineState.capturedKey = 0;
+    HookInterestChanged();
+}
+
+void ResetHotkeys() {
+    hotkeyTable.rec = 119;
+    hotkeyTable.play = 118;
+    hotkeyTable.autoKey = 117;
+    hotkeyTable.keyspam = 120;
+    hotkeyTable.unlock = 121;
+    HookInterestChanged();
+}

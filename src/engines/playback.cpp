@@ -1,0 +1,182 @@
+#include "engines/playback.h"
+
+#include "engines/autoclicker.h"
+#include "engines/editor_notice.h"
+#include "engines/engine_state.h"
+#include "engines/injection.h"
+#include "engines/requests.h"
+#include "platform/clock.h"
+#include "platform/wake.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace {
+
+// The last stretch before an event is spun away, because a sleep may be this much too long.
+constexpr double kSpinSeconds = 0.002;
+
+// Empty for a macro too big to be copied: it then plays like an empty one.
+std::vector<UnifiedEvent> CopyOfMacro() {
+    MutexLock lock(macroMutex);
+    const Profile* profile = CurrentProfile();
+    if (profile == nullptr) {
+        return {};
+    }
+    try {
+        return profile->events;
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
+double SecondsInto(const PlaybackRound& round) {
+    const int64_t ticks = ReadPerformanceCounter() - round.roundStart;
+    return static_cast<double>(ticks) / static_cast<double>(engineState.qpcFrequency.load());
+}
+
+int32_t PointBetween(int32_t from, int32_t to, double fraction) {
+    const double distance = static_cast<double>(to) - static_cast<double>(from);
+    return static_cast<int32_t>(from + static_cast<int64_t>(distance * fraction));
+}
+
+void WaitForEvent(PlaybackRound& round, const UnifiedEvent& event, double target) {
+    while (engineState.playing && engineState.running) {
+        const double elapsed = SecondsInto(round);
+        if (elapsed >= target) {
+            return;
+        }
+        if (event.type == EvAbsMove && target > round.lastTarget) {
+            GlideTowards(round, event, target, elapsed);
+        }
+        if (target - elapsed > kSpinSeconds) {
+            SleepMilliseconds(1);
+        } else {
+            SpinOnce();
+        }
+    }
+}
+
+void PlayEvents(PlaybackRound& round, const std::vector<UnifiedEvent>& events) {
+    for (const UnifiedEvent& event : events) {
+        if (!engineState.playing || !engineState.running) {
+            return;
+        }
+        // The speed is read for every event, and always counts from the round's start.
+        const double target = event.time / static_cast<double>(trackerSettings.tspd.Get());
+        WaitForEvent(round, event, target);
+        if (!engineState.playing || !engineState.running) {
+            return;
+        }
+        PerformEvent(round, event);
+        round.lastTarget = target;
+    }
+}
+
+void PerformToolEvent(const UnifiedEvent& event) {
+    if (event.vk == kToolAutoclicker) {
+        RaiseRequest(event.down ? engineState.reqStartAuto : engineState.reqStopAuto);
+    } else if (event.vk == kToolKeySpammer) {
+        RaiseRequest(event.down ? engineState.reqStartKeySpam : engineState.reqStopKeySpam);
+    }
+}
+
+void EndRun() {
+    engineState.playing = false;
+    if (engineState.stopToolsWithMacro) {
+        engineState.reqStopAuto = true;
+        engineState.reqStopKeySpam = true;
+        SignalWake(engineState.dispatchEvent);
+    }
+}
+
+}  // namespace
+
+void PositionForRound(PlaybackRound& round, const std::vector<UnifiedEvent>& events) {
+    const auto first = std::find_if(events.begin(), events.end(), [](const UnifiedEvent& event) {
+        return event.type == EvAbsMove || event.type == EvMouseButton;
+    });
+    if (first != events.end()) {
+        MoveMouseAbsolute(first->x, first->y);
+        round.fromX = round.sentX = first->x;
+        round.fromY = round.sentY = first->y;
+        return;
+    }
+    int32_t x = 0;
+    int32_t y = 0;
+    const bool known = ReadPointerPosition(&x, &y);
+    round.fromX = known ? x : 0;
+    round.fromY = known ? y : 0;
+    round.sentX = -1;
+    round.sentY = -1;
+}
+
+void GlideTowards(PlaybackRound& round, const UnifiedEvent& event, double target, double elapsed) {
+    double fraction = (elapsed - round.lastTarget) / (target - round.lastTarget);
+    // Written so that a fraction that is not a number, as infinite times can give, counts as 0.
+    fraction = fraction > 0.0 ? std::min(fraction, 1.0) : 0.0;
+    const int32_t x = PointBetween(round.fromX, event.x, fraction);
+    const int32_t y = PointBetween(round.fromY, event.y, fraction);
+    if (x != round.sentX || y != round.sentY) {
+        MoveMouseAbsolute(x, y);
+        round.sentX = x;
+        round.sentY = y;
+    }
+}
+
+void PerformEvent(PlaybackRound& round, const UnifiedEvent& event) {
+    switch (event.type) {
+    case EvAbsMove:
+        MoveMouseAbsolute(event.x, event.y);
+        round.fromX = round.sentX = event.x;
+        round.fromY = round.sentY = event.y;
+        break;
+    case EvRelMove:
+        MoveMouseRelative(event.x, event.y);
+        break;
+    case EvMouseButton:
+        MoveMouseAbsolute(event.x, event.y);
+        SendMouseFlags(event.flags);
+        round.fromX = event.x;
+        round.fromY = event.y;
+        break;
+    case EvKey:
+        SendKey(event.vk, event.down);
+        break;
+    case EvScroll:
+        SendWheel(event.wheel);
+        break;
+    case EvToolState:
+        PerformToolEvent(event);
+        break;
+    default:
+        break;
+    }
+}
+
+void PlaybackThreadMain() {
+    WakeEvent* const events[] = {engineState.playWakeEvent, engineState.quitEvent};
+    while (engineState.running) {
+        if (!engineState.playing) {
+            WaitForAny(events, 2, kNoLimit);
+            continue;
+        }
+        const std::vector<UnifiedEvent> macro = CopyOfMacro();
+        if (macro.empty()) {
+            engineState.playing = false;
+            continue;
+        }
+        NotifyEditorBusy(true);
+        PlaybackRound round;
+        PositionForRound(round, macro);
+        round.roundStart = ReadPerformanceCounter();
+        PlayEvents(round, macro);
+        if (trackerSettings.tloop && engineState.playing) {
+            const double pause = std::ceil(trackerSettings.tloopMs / 1000.0 * 1000.0);
+            WaitForAny(events, 2, ToolIntervalLimit(pause));
+        } else {
+            EndRun();
+        }
+    }
+}

@@ -1,0 +1,372 @@
+#include "engines/recorder.h"
+
+#include "platform/clock.h"
+#include "platform/desktop.h"
+#include "platform/input.h"
+#include "platform/process.h"
+#include "storage/profiles.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace {
+
+// Between the last kept event and the first of a continued take.
+constexpr double kMinGapSeconds = 0.1;
+// On top of the double-click time, so that two clicks across the seam never read as a double click.
+constexpr double kClickMarginSeconds = 0.05;
+
+// Hook thread only.
+struct HookState {
+    int32_t lastX = 0;  // where the pointer was last seen
+    int32_t lastY = 0;
+    bool pressOnOwnWindow[8] =
+        {};  // by button code: this press, and so its release, fell on one of our windows
+};
+HookState hookState;
+
+struct ButtonChange {
+    uint32_t button = 0;  // 0: the message is not about a button
+    bool press = false;
+    uint32_t flags = 0;  // how it is recorded; 0: not at all
+};
+
+ButtonChange ButtonOfMessage(const MouseHookRecord& record) {
+    const uint32_t side = (record.mouseData >> 16) == 1 ? kFirstSideButton : kSecondSideButton;
+    switch (record.message) {
+    case kLeftDownMessage:
+        return {kLeftButton, true, kMouseLeftDown};
+    case kLeftUpMessage:
+        return {kLeftButton, false, kMouseLeftUp};
+    case kRightDownMessage:
+        return {kRightButton, true, kMouseRightDown};
+    case kRightUpMessage:
+        return {kRightButton, false, kMouseRightUp};
+    case kMiddleDownMessage:
+        return {kMiddleButton, true, kMouseMiddleDown};
+    case kMiddleUpMessage:
+        return {kMiddleButton, false, kMouseMiddleUp};
+    case kSideDownMessage:
+        return {side, true, kMouseSideDown};
+    case kSideUpMessage:
+        return {side, false, 0};
+    default:
+        return {};
+    }
+}
+
+void RememberPoint(const MouseHookRecord& record) {
+    hookState.lastX = record.x;
+    hookState.lastY = record.y;
+}
+
+// The press that decides a location pick, or cancels it. True: it was for the pick, and nothing else may see it.
+bool PickLocation(const MouseHookRecord& record, const ButtonChange& change) {
+    if (!engineState.pickingLocation || !change.press || change.button > kMiddleButton) {
+        return false;
+    }
+    if (change.button == kLeftButton) {
+        spammerSettings.fixedX = record.x;
+        spammerSettings.fixedY = record.y;
+        spammerSettings.locMode = 1;
+    }
+    engineState.pickingLocation = false;
+    HookInterestChanged();
+    if (change.button == kLeftButton) {
+        try {
+            SyncProfileSettings();
+        } catch (const std::bad_alloc&) {
+            // The location holds. Its copy in the profile waits for the next change of a setting.
+            return true;
+        }
+    }
+    return true;
+}
+
+bool IsOwnWindowAt(int32_t x, int32_t y) {
+    uint32_t process = 0;
+    return ProcessAtPoint(x, y, &process) && (process == OwnProcessId() || IsOwnImage(process));
+}
+
+// Keeps clicks on our own interface out of the macro. A release goes with its press, wherever the pointer is by then.
+bool IsOwnClick(const MouseHookRecord& record, const ButtonChange& change) {
+    bool& pressedOnOwn = hookState.pressOnOwnWindow[change.button];
+    if (change.press) {
+        pressedOnOwn = IsOwnWindowAt(record.x, record.y);
+        return pressedOnOwn;
+    }
+    const bool own = pressedOnOwn;
+    pressedOnOwn = false;
+    return own;
+}
+
+void RecordMove(const MouseHookRecord& record, double time) {
+    if (trackerSettings.trel) {
+        RememberPoint(record);
+        return;
+    }
+    if (record.x == hookState.lastX && record.y == hookState.lastY) {
+        return;
+    }
+    AppendRecordedEvent({.type = EvAbsMove, .time = time, .x = record.x, .y = record.y});
+    RememberPoint(record);
+}
+
+void RecordButton(const MouseHookRecord& record, const ButtonChange& change, double time) {
+    // The test comes first, also when buttons are not recorded, so that its table stays right.
+    const bool own = IsOwnClick(record, change);
+    if (trackerSettings.tclk && !own && change.flags != 0) {
+        AppendRecordedEvent(
+            {.type = EvMouseButton, .time = time, .x = record.x, .y = record.y, .flags = change.flags});
+    }
+}
+
+void RecordMouse(const MouseHookRecord& record, const ButtonChange& change) {
+    const double time = RecordingSeconds(record.counter);
+    if (change.button != 0) {
+        RecordButton(record, change, time);
+    } else if (record.message == kMouseMoveMessage && trackerSettings.tmv) {
+        RecordMove(record, time);
+    } else if (record.message == kWheelMessage && trackerSettings.tscr) {
+        const auto delta = static_cast<int16_t>(record.mouseData >> 16);
+        AppendRecordedEvent({.type = EvScroll, .time = time, .wheel = delta});
+    }
+}
+
+bool IsPress(const UnifiedEvent& event) {
+    return event.type == EvMouseButton && (event.flags == kMouseLeftDown || event.flags == kMouseRightDown ||
+                                           event.flags == kMouseMiddleDown || event.flags == kMouseSideDown);
+}
+
+std::optional<double> LargestTime(std::span<const UnifiedEvent> events) {
+    std::optional<double> largest;
+    for (const UnifiedEvent& event : events) {
+        if (!std::isnan(event.time) && (!largest || event.time > *largest)) {
+            largest = event.time;
+        }
+    }
+    return largest;
+}
+
+std::optional<double> SmallestTime(std::span<const UnifiedEvent> events) {
+    std::optional<double> smallest;
+    for (const UnifiedEvent& event : events) {
+        if (!std::isnan(event.time) && (!smallest || event.time < *smallest)) {
+            smallest = event.time;
+        }
+    }
+    return smallest;
+}
+
+// The press of largest time, the later in the list on a tie; null if there is none.
+const UnifiedEvent* LastPress(std::span<const UnifiedEvent> events) {
+    const UnifiedEvent* last = nullptr;
+    for (const UnifiedEvent& event : events) {
+        if (IsPress(event) && !std::isnan(event.time) && (last == nullptr || event.time >= last->time)) {
+            last = &event;
+        }
+    }
+    return last;
+}
+
+// The press of smallest time, the earlier in the list on a tie; null if there is none.
+const UnifiedEvent* FirstPress(std::span<const UnifiedEvent> events) {
+    const UnifiedEvent* first = nullptr;
+    for (const UnifiedEvent& event : events) {
+        if (IsPress(event) && !std::isnan(event.time) && (first == nullptr || event.time < first->time)) {
+            first = &event;
+        }
+    }
+    return first;
+}
+
+void ForgetContinue() REQUIRES(macroMutex) {
+    macroState.continueProfile = -1;
+    macroState.continueBaseline = {};
+    macroState.continueResult = {};
+}
+
+void StartRecordingClock() {
+    engineState.recordStartQpc = ReadPerformanceCounter();
+    engineState.recording = true;
+}
+
+}  // namespace
+
+void HookThreadMain() {
+    ResetHookState();
+    RunHookThread({.onKey = KeyboardHook,
+                   .onMouse = MouseHook,
+                   .onRawMouse = RawMouseReport,
+                   .onSessionChange = SessionChanged,
+                   .readInterest = ReadHookInterest});
+}
+
+HookAnswer KeyboardHook(const KeyHookRecord& record) {
+    if (record.injected) {
+        return HookAnswer::Pass;
+    }
+    const bool down = record.message == kKeyDownMessage || record.message == kSysKeyDownMessage;
+    if (DecideKey(record.virtualKey, down) == HookAnswer::Consume) {
+        return HookAnswer::Consume;
+    }
+    if (engineState.recording && trackerSettings.tkey) {
+        AppendRecordedEvent(
+            {.type = EvKey, .time = RecordingSeconds(record.counter), .vk = record.virtualKey, .down = down});
+    }
+    return HookAnswer::Pass;
+}
+
+HookAnswer MouseHook(const MouseHookRecord& record) {
+    const ButtonChange change = ButtonOfMessage(record);
+    const bool isMove = record.message == kMouseMoveMessage;
+    if (record.injected) {
+        if (isMove) {
+            RememberPoint(record);
+        }
+        return HookAnswer::Pass;
+    }
+    if (change.button != 0) {
+        if (PickLocation(record, change)) {
+            return HookAnswer::Consume;
+        }
+        if (DecideButton(change.button, change.press) == HookAnswer::Consume) {
+            return HookAnswer::Consume;
+        }
+    }
+    if (engineState.recording) {
+        RecordMouse(record, change);
+    } else if (isMove) {
+        RememberPoint(record);
+    }
+    return HookAnswer::Pass;
+}
+
+void RawMouseReport(const RawMouseRecord& record) {
+    if (!engineState.recording || !trackerSettings.tmv || !trackerSettings.trel) {
+        return;
+    }
+    if (record.dx == 0 && record.dy == 0) {
+        return;
+    }
+    AppendRecordedEvent(
+        {.type = EvRelMove, .time = RecordingSeconds(record.counter), .x = record.dx, .y = record.dy});
+}
+
+void ResetHookState() {
+    hookState = HookState{};
+    ClearHeldInput();
+}
+
+void AppendRecordedEvent(const UnifiedEvent& event) {
+    MutexLock lock(macroMutex);
+    // Once more under the lock: a take that was joined meanwhile must not grow.
+    if (!engineState.recording) {
+        return;
+    }
+    if (Profile* profile = CurrentProfile()) {
+        try {
+            profile->events.push_back(event);
+            MarkMacroChanged();
+        } catch (const std::bad_alloc&) {
+            return;
+        }
+    }
+}
+
+double RecordingSeconds(int64_t counter) {
+    const int64_t ticks = counter - engineState.recordStartQpc;
+    return static_cast<double>(ticks) / static_cast<double>(engineState.qpcFrequency.load());
+}
+
+void FinishRecording() {
+    const double clickGap = DoubleClickMilliseconds() / 1000.0 + kClickMarginSeconds;
+    MutexLock lock(macroMutex);
+    if (Profile* profile = CurrentProfile()) {
+        JoinContinuedRecording(profile->events, macroState.continueKeepCount, kMinGapSeconds, clickGap);
+        MarkMacroChanged();
+        if (macroState.continueProfile >= 0) {
+            macroState.continueResult = profile->events;
+        }
+    }
+    macroState.continueKeepCount = 0;
+}
+
+void BeginFreshRecording() {
+    {
+        MutexLock lock(macroMutex);
+        ForgetContinue();
+        if (Profile* profile = CurrentProfile()) {
+            profile->events.clear();
+        }
+        macroState.continueKeepCount = 0;
+        MarkMacroChanged();
+        StartRecordingClock();
+    }
+    HookInterestChanged();
+}
+
+void BeginContinuedRecording() {
+    {
+        MutexLock lock(macroMutex);
+        ForgetContinue();
+        if (const Profile* profile = CurrentProfile()) {
+            macroState.continueBaseline = profile->events;
+        }
+        macroState.continueKeepCount = macroState.continueBaseline.size();
+        macroState.continueProfile = macroState.currentProfile;
+        StartRecordingClock();
+    }
+    HookInterestChanged();
+}
+
+bool CanUndoContinue() {
+    if (macroState.continueProfile != macroState.currentProfile || engineState.recording ||
+        engineState.playing) {
+        return false;
+    }
+    const Profile* profile = CurrentProfile();
+    return profile != nullptr && profile->events == macroState.continueResult;
+}
+
+void UndoContinuedRecording() {
+    MutexLock lock(macroMutex);
+    if (!CanUndoContinue()) {
+        return;
+    }
+    CurrentProfile()->events = std::move(macroState.continueBaseline);
+    ForgetContinue();
+    MarkMacroChanged();
+}
+
+void JoinContinuedRecording(std::vector<UnifiedEvent>& events, size_t keepCount, double minGap,
+                            double clickGap) {
+    const size_t keep = std::min(keepCount, events.size());
+    const std::span<UnifiedEvent> all(events);
+    const std::span<UnifiedEvent> kept = all.first(keep);
+    const std::span<UnifiedEvent> take = all.subspan(keep);
+    const std::optional<double> firstTime = SmallestTime(take);
+    if (!firstTime) {
+        return;
+    }
+    const std::optional<double> lastTime = LargestTime(kept);
+    const double start = lastTime ? *lastTime + minGap : 0.0;
+    double shift = *firstTime - start;
+    if (keep > 0 && clickGap > 0.0) {
+        const UnifiedEvent* lastPress = LastPress(kept);
+        const UnifiedEvent* firstPress = FirstPress(take);
+        if (lastPress != nullptr && firstPress != nullptr && lastPress->flags == firstPress->flags) {
+            const double gap = firstPress->time - shift - lastPress->time;
+            if (gap < clickGap) {
+                shift -= clickGap - gap;
+            }
+        }
+    }
+    for (UnifiedEvent& event : take) {
+        event.time -= shift;
+    }
+}
