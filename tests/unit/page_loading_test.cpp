@@ -92,11 +92,10 @@ TEST_F(PageLoadingTest, AnEmptyScriptIsFoldedInToo) {
     EXPECT_EQ(Inlined(kTimelineTag), "<script></script>");
 }
 
-TEST_F(PageLoadingTest, TheFirstScriptMayBringTheTagOfTheSecond) {
+TEST_F(PageLoadingTest, TheSecondTagIsLookedForInWhatTheFirstScriptLeft) {
     PutUiFile("vendor/Sortable.min.js", "// <script src=\"timeline.js\">");
     PutUiFile("timeline.js", "var b;");
-    // Not the exact tag: its end would have kept the first script out.
-    EXPECT_EQ(Inlined(kSortableTag), "<script>// <script src=\"timeline.js\"></script>");
+    EXPECT_EQ(Inlined(kSortableTag + kTimelineTag), "<script>// <script>var b;</script>" + kTimelineTag);
 }
 
 TEST_F(PageLoadingTest, APageOfExactlyTheLimitIsTheLargest) {
