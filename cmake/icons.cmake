@@ -54,5 +54,6 @@ else()
     DEPENDS ${MARK_PICTURE}
     COMMENT "Icon varnelle.png"
     VERBATIM)
-  add_custom_target(varnelle_icon ALL DEPENDS ${DIST}/varnelle.png)
+  add_custom_target(varnelle_icon DEPENDS ${DIST}/varnelle.png)
+  add_dependencies(dist varnelle_icon)
 endif()
