@@ -1,0 +1,62 @@
+// Makes the page files that stand beside the program: node ui/build.mjs OUTDIR [--no-check]
+//
+// The program hands the page to the web view as one text, so the page has no base location and nothing can be fetched:
+// its CSS and its script are folded into index.html here. Type errors end the build.
+import { execFileSync } from 'node:child_process';
+import { copyFileSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { createRequire } from 'node:module';
+import { dirname, join } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { build } from 'esbuild';
+
+const kPageSizeLimit = 0x200000; // what the web view takes as one text
+const here = dirname(fileURLToPath(import.meta.url));
+const require = createRequire(import.meta.url);
+
+const [outDir, ...options] = process.argv.slice(2);
+if (!outDir) {
+  console.error('usage: node ui/build.mjs OUTDIR [--no-check]');
+  process.exit(2);
+}
+
+if (!options.includes('--no-check')) {
+  try {
+    execFileSync(process.execPath, [require.resolve('typescript/bin/tsc'), '-p', here], { stdio: 'inherit' });
+  } catch {
+    process.exit(1);
+  }
+}
+
+const bundle = await build({
+  entryPoints: [join(here, 'src/main.tsx')],
+  bundle: true,
+  minify: true,
+  write: false,
+  outdir: 'out',
+  format: 'iife',
+  target: ['chrome109', 'safari16'],
+  charset: 'ascii',
+  legalComments: 'none',
+});
+const textOf = (suffix) => bundle.outputFiles.find((file) => file.path.endsWith(suffix)).text.trim();
+
+// Replaces by a function, because a plain replacement text would give `$` in the script a meaning.
+const fold = (page, mark, text) => {
+  if (page.split(mark).length !== 2) throw new Error(`index.html must hold ${mark} exactly once`);
+  return page.replace(mark, () => text);
+};
+let page = readFileSync(join(here, 'index.html'), 'utf8');
+page = fold(page, '<!-- style -->', `<style>${textOf('.css')}</style>`);
+page = fold(page, '<!-- script -->', `<script>${textOf('.js')}</script>`);
+
+// The program puts a panel's script before the last </body>, so the page's own script must not hold another.
+if (page.split('</body>').length !== 2) throw new Error('the page must hold </body> exactly once');
+if (Buffer.byteLength(page) > kPageSizeLimit)
+  throw new Error(`the page has ${Buffer.byteLength(page)} bytes`);
+
+mkdirSync(join(outDir, 'vendor'), { recursive: true });
+writeFileSync(join(outDir, 'index.html'), page);
+copyFileSync(
+  join(dirname(require.resolve('sortablejs/package.json')), 'Sortable.min.js'),
+  join(outDir, 'vendor/Sortable.min.js'),
+);

@@ -1,0 +1,100 @@
+// The commands of the program, with the exact argument texts it expects. Each resolves to whether it worked; a failure
+// is shown as a sentence and never thrown.
+import { call } from './bridge';
+import { fetchEvents, fetchProfiles, fetchSettings, noteSettingsEdit, showFailure } from './fetch';
+import { pollSoon } from './poll';
+import type { Capture, Settings } from './reports';
+import { events, eventsLoading, failure, picking, settings } from './store';
+
+async function run(name: string, ...args: string[]): Promise<boolean> {
+  try {
+    await call(name, ...args);
+    failure.value = '';
+    return true;
+  } catch (reason) {
+    showFailure(reason);
+    return false;
+  } finally {
+    pollSoon();
+  }
+}
+
+// Engines.
+export const startClicking = () => run('startSpammer');
+export const stopClicking = () => run('stopSpammer');
+export const startPressing = () => run('startKeySpam');
+export const stopPressing = () => run('stopKeySpam');
+export const startRecording = () => run('startRecording');
+export const stopRecording = () => run('stopRecording');
+export const continueRecording = () => run('continueRecording');
+// The list follows from the status, which tells when the undo is used up.
+export const undoContinue = () => run('undoContinueRecording');
+export const startPlayback = () => run('startPlayback');
+export const stopPlayback = () => run('stopPlayback');
+export const captureKey = (capture: Exclude<Capture, ''>) => run('reassignKey', capture);
+export const resetHotkeys = () => run('resetHotkeys');
+export const removeTarget = (index: number) => run('removeKeySpamTarget', String(index));
+export const setChordMode = (chord: boolean) => run('setKeySpamChordMode', chord ? '1' : '0');
+
+export async function pickLocation(): Promise<void> {
+  picking.value = await run('pickLocation');
+}
+
+// Settings.
+async function change(changes: Partial<Settings>, name: string, argument: (s: Settings) => string) {
+  noteSettingsEdit();
+  settings.value = { ...settings.value, ...changes };
+  // A refused change leaves the program with part of it, so ask what it holds now.
+  if (!(await run(name, argument(settings.value)))) await fetchSettings();
+}
+
+export const changeClicker = (changes: Partial<Settings>) =>
+  change(changes, 'updateSpammer', (s) =>
+    [s.sh, s.sm, s.ss, s.sms, s.sbtn, s.stype, s.rptMode, s.rptTimes, s.locMode].join(','),
+  );
+export const changePresser = (changes: Partial<Settings>) =>
+  change(changes, 'updateKeySpam', (s) => [s.ksh, s.ksm, s.kss, s.ksms, s.ksRptMode, s.ksRptTimes].join(','));
+export const changeTracker = (changes: Partial<Settings>) =>
+  change(changes, 'updateTracker', (s) =>
+    [s.tmv, s.tclk, s.tscr, s.tkey, s.trel, s.tspd, s.tloop, s.tloopMs].join(','),
+  );
+export const changeHoldAuto = (hold: boolean) =>
+  change({ holdAuto: hold }, 'setHoldMode', () => `auto,${hold ? '1' : '0'}`);
+export const changeHoldKeySpam = (hold: boolean) =>
+  change({ holdKeySpam: hold }, 'setHoldMode', () => `keyspam,${hold ? '1' : '0'}`);
+
+// Edits of the macro. A macro may hold a million events, so a small edit is made in the page's copy as well, instead of
+// fetching everything again.
+export async function deleteEvent(index: number): Promise<void> {
+  if (!(await run('deleteEvent', String(index))) || eventsLoading.value) return fetchEvents();
+  const left = events.value.slice();
+  left.splice(index, 1);
+  events.value = left;
+}
+
+export async function retimeEvent(index: number, seconds: number): Promise<void> {
+  const time = seconds.toFixed(6);
+  const worked = await run('updateEventTime', `${index},${time}`);
+  const event = events.value[index];
+  if (!worked || !event || eventsLoading.value) return fetchEvents();
+  const list = events.value.slice();
+  list[index] = { ...event, time: Number(time) };
+  events.value = list;
+}
+
+export async function optimiseMacro(): Promise<void> {
+  await run('optimizeMacro');
+  await fetchEvents();
+}
+
+// Profiles. Each of these changes the settings, the macro and the list together.
+async function runOnProfiles(name: string, ...args: string[]): Promise<void> {
+  noteSettingsEdit();
+  await run(name, ...args);
+  await Promise.all([fetchProfiles(), fetchSettings(), fetchEvents()]);
+}
+
+export const addProfile = (name: string) => runOnProfiles('addProfile', name);
+export const switchProfile = (index: number) => runOnProfiles('switchProfile', String(index));
+export const clearProfile = () => runOnProfiles('clearProfile');
+export const deleteProfile = () => runOnProfiles('deleteProfile');

@@ -1,0 +1,33 @@
+import type { ComponentChildren, Ref } from 'preact';
+import { Icon, type IconName } from './icon';
+import './button.css';
+
+export interface ButtonProps {
+  children: ComponentChildren;
+  onPress: () => void;
+  icon?: IconName;
+  kind?: 'plain' | 'primary' | 'stop' | 'quiet';
+  label?: string; // the accessible name, where the visible words are not enough; it must contain them
+  disabled?: boolean;
+  large?: boolean;
+  describedBy?: string;
+  buttonRef?: Ref<HTMLButtonElement>;
+}
+
+export function Button(props: ButtonProps) {
+  const { kind = 'plain', large = false } = props;
+  return (
+    <button
+      type="button"
+      ref={props.buttonRef ?? null}
+      class={`button button--${kind}${large ? ' button--large' : ''}`}
+      aria-label={props.label}
+      aria-describedby={props.describedBy}
+      disabled={props.disabled}
+      onClick={props.onPress}
+    >
+      {props.icon && <Icon name={props.icon} />}
+      <span class="button__text">{props.children}</span>
+    </button>
+  );
+}

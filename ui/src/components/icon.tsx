@@ -1,0 +1,24 @@
+// Small pictures drawn with the text's colour. They repeat what the words beside them say, so readers skip them.
+const paths = {
+  play: 'M5 3.5v9l7.5-4.5z',
+  stop: 'M4 4h8v8H4z',
+  record: 'M8 3.5a4.5 4.5 0 1 0 0 9 4.5 4.5 0 0 0 0-9z',
+  plus: 'M7.25 3h1.5v4.25H13v1.5H8.75V13h-1.5V8.75H3v-1.5h4.25z',
+  minus: 'M3 7.25h10v1.5H3z',
+  cross:
+    'M4.1 3.05 8 6.94l3.9-3.89 1.05 1.06L9.06 8l3.89 3.9-1.05 1.05L8 9.06l-3.9 3.89-1.05-1.05L6.94 8 3.05 4.1z',
+  undo: 'M6.5 2.7v2.6H9a4 4 0 0 1 0 8H5v-1.5h4a2.5 2.5 0 0 0 0-5H6.5v2.6L2.6 6.05z',
+  target:
+    'M7.25 1.5h1.5v2.1a4.5 4.5 0 0 1 3.65 3.65h2.1v1.5h-2.1a4.5 4.5 0 0 1-3.65 3.65v2.1h-1.5v-2.1A4.5 4.5 0 0 1 3.6 8.75H1.5v-1.5h2.1A4.5 4.5 0 0 1 7.25 3.6zM8 5a3 3 0 1 0 0 6 3 3 0 0 0 0-6z',
+  thin: 'M2 4h12v1.5H2zm2.5 3.25h7v1.5h-7zM7 10.5h2V12H7z',
+} as const;
+
+export type IconName = keyof typeof paths;
+
+export function Icon({ name }: { name: IconName }) {
+  return (
+    <svg class="icon" viewBox="0 0 16 16" width="16" height="16" aria-hidden="true" focusable="false">
+      <path d={paths[name]} fill="currentColor" fill-rule="evenodd" />
+    </svg>
+  );
+}

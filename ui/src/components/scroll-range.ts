@@ -1,0 +1,40 @@
+// Which rows of a long list are in sight. Browsers lose precision above 2^24 pixels, so a list that would be taller
+// scrolls through a shorter range, and the position in it is stretched to the rows.
+export const kMaxRange = 16_000_000; // px
+
+export interface ScrollRange {
+  rows: number;
+  rowHeight: number; // px
+  viewHeight: number; // px
+}
+
+export const fullHeight = (range: ScrollRange) => range.rows * range.rowHeight;
+export const scrolledHeight = (range: ScrollRange) => Math.min(fullHeight(range), kMaxRange);
+
+// How many pixels of rows one pixel of scrolling stands for; 1 unless the list is too tall.
+function stretch(range: ScrollRange): number {
+  const travel = scrolledHeight(range) - range.viewHeight;
+  return travel > 0 ? (fullHeight(range) - range.viewHeight) / travel : 1;
+}
+
+// The pixel offset into all rows that is at the top of the view.
+export const offsetAt = (scrollTop: number, range: ScrollRange) =>
+  Math.max(0, Math.min(scrollTop * stretch(range), fullHeight(range) - range.viewHeight));
+
+// The first row in sight and the row after the last.
+export function rowsInSight(scrollTop: number, range: ScrollRange): { first: number; end: number } {
+  const offset = offsetAt(scrollTop, range);
+  const first = Math.floor(offset / range.rowHeight);
+  const end = Math.min(range.rows, Math.ceil((offset + range.viewHeight) / range.rowHeight));
+  return { first, end };
+}
+
+// The scroll position nearest to the present one that shows the whole row.
+export function scrollTopFor(row: number, scrollTop: number, range: ScrollRange): number {
+  const top = row * range.rowHeight;
+  const bottom = top + range.rowHeight;
+  const offset = offsetAt(scrollTop, range);
+  if (top < offset) return top / stretch(range);
+  if (bottom > offset + range.viewHeight) return (bottom - range.viewHeight) / stretch(range);
+  return scrollTop;
+}

@@ -1,0 +1,31 @@
+import { useId } from 'preact/hooks';
+import './segmented.css';
+
+export interface SegmentedProps<T> {
+  label: string;
+  value: T;
+  options: readonly { value: T; label: string }[];
+  onChange: (value: T) => void;
+  disabled?: boolean;
+}
+
+// One choice of a few, all in sight. A value that is none of the options shows none of them chosen.
+export function Segmented<T>({ label, value, options, onChange, disabled = false }: SegmentedProps<T>) {
+  const name = useId();
+  return (
+    <div class="segmented" role="radiogroup" aria-label={label}>
+      {options.map((option) => (
+        <label key={option.label} class="segmented__option">
+          <input
+            type="radio"
+            name={name}
+            checked={option.value === value}
+            disabled={disabled}
+            onChange={() => onChange(option.value)}
+          />
+          <span>{option.label}</span>
+        </label>
+      ))}
+    </div>
+  );
+}

@@ -1,0 +1,57 @@
+// Asks the program for what the status poll does not carry: settings, events, profiles.
+import { call, has } from './bridge';
+import { readEvents, readProfiles, readSettings } from './reports';
+import { events, eventsFailedAt, eventsLoading, failure, profiles, settings, status } from './store';
+
+export function showFailure(reason: unknown): void {
+  const text = reason instanceof Error ? reason.message : typeof reason === 'string' ? reason : '';
+  failure.value = text ? `That did not work: ${text}` : 'That did not work. Please try again.';
+}
+
+// The page's own changes stand at once; an answer to a question asked before them must not undo them.
+let settingsEdits = 0;
+export function noteSettingsEdit(): void {
+  settingsEdits++;
+}
+
+export async function fetchSettings(): Promise<void> {
+  if (!has('getSettings')) return;
+  const asked = settingsEdits;
+  try {
+    const report = readSettings(await call('getSettings'));
+    if (asked !== settingsEdits) return;
+    if (JSON.stringify(report) !== JSON.stringify(settings.value)) settings.value = report;
+  } catch (reason) {
+    showFailure(reason);
+  }
+}
+
+export async function fetchProfiles(): Promise<void> {
+  if (!has('getProfiles')) return;
+  try {
+    profiles.value = readProfiles(await call('getProfiles'));
+  } catch (reason) {
+    showFailure(reason);
+  }
+}
+
+// Only the answer to the last question counts.
+let eventQuestions = 0;
+
+export async function fetchEvents(): Promise<void> {
+  if (!has('getMacroEvents')) return;
+  const asked = ++eventQuestions;
+  eventsLoading.value = true;
+  try {
+    const list = readEvents(await call('getMacroEvents'));
+    if (asked !== eventQuestions) return;
+    events.value = list;
+    eventsFailedAt.value = -1;
+  } catch (reason) {
+    if (asked !== eventQuestions) return;
+    eventsFailedAt.value = status.value.count;
+    showFailure(reason);
+  } finally {
+    if (asked === eventQuestions) eventsLoading.value = false;
+  }
+}

@@ -1,0 +1,141 @@
+import { has } from '../bridge';
+import {
+  changeTracker,
+  continueRecording,
+  optimiseMacro,
+  startPlayback,
+  startRecording,
+  stopPlayback,
+  stopRecording,
+  undoContinue,
+} from '../commands';
+import { Button } from '../components/button';
+import { NumberField } from '../components/number-field';
+import { groupedNumber } from '../components/numbers';
+import { Group, Panel } from '../components/panel';
+import { Toggle } from '../components/toggle';
+import { eventCount, macroLength, playing, recording, settings, status } from '../store';
+import { EventList } from './events';
+import { useState } from 'preact/hooks';
+import './macro.css';
+
+export function MacroPanel() {
+  const count = eventCount.value;
+  const busy = recording.value || playing.value;
+  const counted = `${groupedNumber(count)} ${count === 1 ? 'event' : 'events'}`;
+  const length =
+    recording.value || count === 0 ? '' : `, ${groupedNumber(Number(macroLength.value.toFixed(3)))} s`;
+  return (
+    <Panel id="panel-tracker" title="Macro" summary={counted + length}>
+      <div class="macro__transport" role="group" aria-label="Recording and playback">
+        <Button icon="record" disabled={busy} onPress={() => void startRecording()}>
+          Record
+        </Button>
+        <Button icon="plus" disabled={busy} onPress={() => void continueRecording()}>
+          Continue
+        </Button>
+        <Button
+          icon="undo"
+          disabled={busy || !status.value.canUndoContinue}
+          onPress={() => void undoContinue()}
+        >
+          Undo
+        </Button>
+        <Button
+          kind="primary"
+          icon="play"
+          disabled={busy || count === 0}
+          onPress={() => void startPlayback()}
+        >
+          Play
+        </Button>
+        <Button
+          kind="stop"
+          icon="stop"
+          disabled={!busy}
+          onPress={() => void (recording.value ? stopRecording() : stopPlayback())}
+        >
+          Stop
+        </Button>
+        {has('optimizeMacro') && (
+          <Button icon="thin" disabled={recording.value || count === 0} onPress={() => void optimiseMacro()}>
+            Optimise
+          </Button>
+        )}
+      </div>
+      <p class="group__hint">
+        {count === 0
+          ? 'Record keeps what you do until you stop it.'
+          : 'Record starts over and replaces these events. Continue adds to them.'}
+      </p>
+      <PlaybackGroup />
+      <RecordGroup />
+      <EventList />
+    </Panel>
+  );
+}
+
+function PlaybackGroup() {
+  const { tspd, tloop, tloopMs } = settings.value;
+  const [speedError, setSpeedError] = useState('');
+  const [pauseError, setPauseError] = useState('');
+  const hintId = 'playback-hint';
+  return (
+    <Group title="Playback" hint="" hintId={hintId} error={speedError || pauseError}>
+      <div class="macro__playback">
+        <NumberField
+          label="Playback speed"
+          name="Speed"
+          unit={'\u00d7'}
+          value={tspd}
+          min={0.01}
+          max={1000}
+          decimals={2}
+          step={0.25}
+          hintId={hintId}
+          onChange={(speed) => void changeTracker({ tspd: speed })}
+          onError={setSpeedError}
+        />
+        <Toggle label="Loop" checked={tloop} onChange={(loop) => void changeTracker({ tloop: loop })} />
+        <NumberField
+          label="Pause between rounds"
+          name="Pause between rounds"
+          unit="ms"
+          value={tloopMs}
+          min={0}
+          max={0x7fffffff}
+          decimals={0}
+          step={100}
+          disabled={!tloop}
+          hintId={hintId}
+          onChange={(pause) => void changeTracker({ tloopMs: pause })}
+          onError={setPauseError}
+        />
+      </div>
+    </Group>
+  );
+}
+
+function RecordGroup() {
+  const { tmv, tclk, tscr, tkey, trel } = settings.value;
+  return (
+    <Group
+      title="What is recorded"
+      hint={trel ? 'Raw movement suits games that hide the pointer.' : ''}
+      hintId="record-hint"
+    >
+      <div class="macro__kinds">
+        <Toggle label="Moves" checked={tmv} onChange={(on) => void changeTracker({ tmv: on })} />
+        <Toggle label="Buttons" checked={tclk} onChange={(on) => void changeTracker({ tclk: on })} />
+        <Toggle label="Wheel" checked={tscr} onChange={(on) => void changeTracker({ tscr: on })} />
+        <Toggle label="Keys" checked={tkey} onChange={(on) => void changeTracker({ tkey: on })} />
+        <Toggle
+          label="Raw movement"
+          checked={trel}
+          disabled={!tmv}
+          onChange={(on) => void changeTracker({ trel: on })}
+        />
+      </div>
+    </Group>
+  );
+}

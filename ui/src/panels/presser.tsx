@@ -1,0 +1,121 @@
+import {
+  captureKey,
+  changeHoldKeySpam,
+  changePresser,
+  removeTarget,
+  setChordMode,
+  startPressing,
+  stopPressing,
+} from '../commands';
+import { Button } from '../components/button';
+import { CaptureNote } from '../components/capture-note';
+import { Icon } from '../components/icon';
+import { KeyCap } from '../components/key-cap';
+import { Group, Panel } from '../components/panel';
+import { Segmented } from '../components/segmented';
+import { pressing, reassigning, settings, status } from '../store';
+import { HotkeyModeGroup } from './hotkey-mode';
+import { IntervalGroup, rateText } from './interval';
+import { RepeatGroup } from './repeat';
+import './presser.css';
+
+const kMostTargets = 256;
+
+export function PresserPanel() {
+  const { ksh, ksm, kss, ksms, ksRptMode, ksRptTimes, holdKeySpam } = settings.value;
+  const { keySpamTargets, keySpamChord } = status.value;
+  const interval = { hours: ksh, minutes: ksm, seconds: kss, milliseconds: ksms };
+  const rate = rateText(interval, keySpamChord ? 'rounds' : 'keys');
+  const empty = keySpamTargets.length === 0;
+  return (
+    <Panel
+      id="panel-keyspam"
+      title="Key presser"
+      summary={empty ? 'Add a key first' : rate}
+      action={
+        pressing.value ? (
+          <Button kind="stop" icon="stop" onPress={() => void stopPressing()}>
+            Stop pressing
+          </Button>
+        ) : (
+          <Button kind="primary" icon="play" disabled={empty} onPress={() => void startPressing()}>
+            Start pressing
+          </Button>
+        )
+      }
+    >
+      <TargetsGroup />
+      <IntervalGroup
+        id="press-interval"
+        title="Press interval"
+        interval={interval}
+        hint={`${rate}. ${keySpamChord ? 'A round presses every key.' : 'A round presses one key.'}`}
+        onChange={(i) =>
+          void changePresser({ ksh: i.hours, ksm: i.minutes, kss: i.seconds, ksms: i.milliseconds })
+        }
+      />
+      <RepeatGroup
+        id="press-repeat"
+        what="rounds"
+        mode={ksRptMode}
+        times={ksRptTimes}
+        hint=""
+        onMode={(mode) => void changePresser({ ksRptMode: mode })}
+        onTimes={(times) => void changePresser({ ksRptTimes: times })}
+      />
+      <HotkeyModeGroup
+        label="Key presser hotkey"
+        hold={holdKeySpam}
+        onChange={(hold) => void changeHoldKeySpam(hold)}
+      />
+    </Panel>
+  );
+}
+
+function TargetsGroup() {
+  const { keySpamTargets, keySpamChord } = status.value;
+  const waiting = reassigning.value === 'keyspamtarget';
+  const full = keySpamTargets.length >= kMostTargets;
+  return (
+    <Group title="Keys">
+      <ul class="targets" aria-label="Keys to press">
+        {keySpamTargets.map((name, index) => (
+          <li key={index} class="targets__item">
+            <KeyCap name={name} />
+            <button
+              type="button"
+              class="targets__remove"
+              aria-label={`Remove ${name}, key ${index + 1}`}
+              onClick={() => void removeTarget(index)}
+            >
+              <Icon name="cross" />
+            </button>
+          </li>
+        ))}
+        {keySpamTargets.length === 0 && <li class="targets__empty">No keys yet.</li>}
+      </ul>
+      <div class="pair">
+        {waiting ? (
+          <CaptureNote what="Press a key..." />
+        ) : (
+          <Button
+            icon="plus"
+            disabled={full || reassigning.value !== ''}
+            onPress={() => void captureKey('keyspamtarget')}
+          >
+            Add key
+          </Button>
+        )}
+        <Segmented
+          label="Key order"
+          value={keySpamChord}
+          options={[
+            { value: false, label: 'In turn' },
+            { value: true, label: 'Together' },
+          ]}
+          onChange={(chord) => void setChordMode(chord)}
+        />
+      </div>
+    </Group>
+  );
+}

@@ -1,0 +1,95 @@
+// The one status poll, and what follows from it. There is never more than one in flight.
+import { effect } from '@preact/signals';
+import { call } from './bridge';
+import { fetchEvents, fetchSettings, showFailure } from './fetch';
+import { readStatus, type Status } from './reports';
+import {
+  answering,
+  events,
+  eventsFailedAt,
+  eventsLoading,
+  failure,
+  picking,
+  settings,
+  status,
+} from './store';
+
+const kInterval = 125; // ms between the starts of two polls
+const kHiddenInterval = 1000; // ms, while nobody can see the page
+const kSilence = 3000; // ms without an answer after which the page says so
+
+let timer = 0;
+let inFlight = false;
+let askAgain = false;
+let shown = '';
+let eventsOwed = true;
+
+// Polls now, or right after the poll that is in flight, whose answer may be older than the command just sent.
+export function pollSoon(): void {
+  if (inFlight) askAgain = true;
+  else void poll();
+}
+
+async function poll(): Promise<void> {
+  window.clearTimeout(timer);
+  inFlight = true;
+  askAgain = false;
+  const started = performance.now();
+  const silence = window.setTimeout(() => (answering.value = false), kSilence);
+  try {
+    accept(await call('getTrackerStatus'));
+    if (picking.value) await followPick();
+  } catch (reason) {
+    if (!failure.value) showFailure(reason);
+  } finally {
+    window.clearTimeout(silence);
+    answering.value = true;
+    inFlight = false;
+  }
+  // A poll that takes long must not fill all the program's time: leave it at least as long a pause.
+  const took = performance.now() - started;
+  const interval = document.hidden ? kHiddenInterval : kInterval;
+  const pause = Math.max(interval - took, Math.min(took, kHiddenInterval));
+  timer = window.setTimeout(() => void poll(), askAgain ? 0 : pause);
+}
+
+function accept(report: unknown): void {
+  const text = JSON.stringify(report);
+  const before = status.value;
+  if (text !== shown) {
+    shown = text;
+    status.value = readStatus(report);
+  }
+  if (eventsAreStale(before, status.value)) void fetchEvents();
+}
+
+// The program does not report a pick; that the fixed place has changed tells that it is over.
+async function followPick(): Promise<void> {
+  const { locMode, fixedX, fixedY } = settings.value;
+  await fetchSettings();
+  const now = settings.value;
+  if (now.locMode !== locMode || now.fixedX !== fixedX || now.fixedY !== fixedY) picking.value = false;
+}
+
+// While a recording runs the list grows with every poll, so it is fetched when the recording has ended, and then one
+// poll later: the state turns idle a moment before the take's times are moved to their place.
+function eventsAreStale(before: Status, now: Status): boolean {
+  if (now.state === 'Recording' || before.state === 'Recording') {
+    eventsOwed = true;
+    return false;
+  }
+  const owed = eventsOwed;
+  eventsOwed = false;
+  if (owed || before.canUndoContinue !== now.canUndoContinue) return true;
+  return now.count !== events.value.length && now.count !== eventsFailedAt.value && !eventsLoading.value;
+}
+
+export function startPolling(): void {
+  document.addEventListener('visibilitychange', () => {
+    if (!document.hidden) pollSoon();
+  });
+  effect(() => {
+    if (picking.value) pollSoon();
+  });
+  void poll();
+}

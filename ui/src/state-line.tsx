@@ -1,0 +1,100 @@
+import type { ComponentChildren } from 'preact';
+import { stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
+import { Button } from './components/button';
+import { KeyCap } from './components/key-cap';
+import { answering, clicking, locked, playing, pressing, recording, settings, status } from './store';
+import './state-line.css';
+
+interface Running {
+  word: string;
+  kind: 'recording' | 'playing' | 'tool';
+  key: string;
+  held: boolean; // the key runs the tool only while it is held
+  stop: () => Promise<boolean>;
+}
+
+function whatRuns(): Running[] {
+  const { hkRec, hkPlay, hkAuto, hkKeySpam } = status.value;
+  const { holdAuto, holdKeySpam } = settings.value;
+  const all: (Running | false)[] = [
+    recording.value && {
+      word: 'Recording',
+      kind: 'recording',
+      key: hkRec,
+      held: false,
+      stop: stopRecording,
+    },
+    playing.value && { word: 'Playing', kind: 'playing', key: hkPlay, held: false, stop: stopPlayback },
+    clicking.value && { word: 'Clicking', kind: 'tool', key: hkAuto, held: holdAuto, stop: stopClicking },
+    pressing.value && {
+      word: 'Pressing',
+      kind: 'tool',
+      key: hkKeySpam,
+      held: holdKeySpam,
+      stop: stopPressing,
+    },
+  ];
+  return all.filter((entry) => entry !== false);
+}
+
+// What runs, and which key stops it. It stays in sight and keeps its height.
+export function StateLine() {
+  const running = whatRuns();
+  const first = running[0];
+  const kind = first ? first.kind : locked.value ? 'locked' : 'idle';
+  const title = first
+    ? running.map((entry, i) => (i ? entry.word.toLowerCase() : entry.word)).join(', ')
+    : locked.value
+      ? 'Hotkeys locked'
+      : 'Idle';
+  return (
+    <header class={`state-line state-line--${kind}`}>
+      <div class="state-line__text" role="status" aria-label="State">
+        <div class="state-line__title">
+          <span class="state-line__lamp" aria-hidden="true" />
+          {answering.value ? title : 'Waiting for Varnelle to answer'}
+        </div>
+        <div class="state-line__detail">{detail(running)}</div>
+      </div>
+      {first && (
+        <Button
+          kind="stop"
+          large
+          icon="stop"
+          label="Stop everything"
+          onPress={() => running.forEach((entry) => void entry.stop())}
+        >
+          Stop
+        </Button>
+      )}
+    </header>
+  );
+}
+
+function detail(running: Running[]): ComponentChildren {
+  if (locked.value) {
+    return (
+      <>
+        {running.length > 0 && 'Hotkeys are locked: '}
+        <KeyCap name={status.value.hkUnlock} /> unlocks them
+      </>
+    );
+  }
+  if (running.length === 0) {
+    const { hkAuto, hkKeySpam, hkRec, hkPlay } = status.value;
+    return (
+      <>
+        <KeyCap name={hkAuto} /> click <KeyCap name={hkKeySpam} /> press <KeyCap name={hkRec} /> record{' '}
+        <KeyCap name={hkPlay} /> play
+      </>
+    );
+  }
+  return running.map((entry, i) => (
+    <span key={entry.word}>
+      {i > 0 && ' '}
+      {entry.held ? 'Release ' : ''}
+      <KeyCap name={entry.key} /> {entry.held ? 'to stop' : 'stops'}
+      {running.length > 1 ? ` ${entry.word.toLowerCase()}` : entry.held ? '' : ' it'}
+    </span>
+  ));
+}

@@ -1,0 +1,39 @@
+// What the page knows, all of it told by the program. The panels are a view of these signals.
+import { computed, signal } from '@preact/signals';
+import {
+  firstSettings,
+  idleStatus,
+  type MacroEvent,
+  type ProfileList,
+  type Settings,
+  type Status,
+} from './reports';
+
+export const status = signal<Status>(idleStatus);
+export const settings = signal<Settings>(firstSettings);
+export const profiles = signal<ProfileList>({ current: 0, names: [], defaultName: '' });
+export const events = signal<readonly MacroEvent[]>([]);
+export const eventsLoading = signal(false);
+// The event count at which fetching the list failed, so that it is not tried again at every poll; -1 if it did not.
+export const eventsFailedAt = signal(-1);
+
+// True while a location pick is under way as far as the page can know; the program does not report it.
+export const picking = signal(false);
+// The sentence of the last command that failed, until it is dismissed or a command works.
+export const failure = signal('');
+// True once a poll has been answered, and false again while the program does not answer for seconds.
+export const answering = signal(true);
+
+export const recording = computed(() => status.value.state === 'Recording');
+export const playing = computed(() => status.value.state === 'Playing');
+export const clicking = computed(() => status.value.autoClicking);
+export const pressing = computed(() => status.value.keySpamming);
+export const locked = computed(() => status.value.lockOn && !status.value.unlocked);
+export const reassigning = computed(() => status.value.reassigning);
+export const eventCount = computed(() => status.value.count);
+// The time of the latest event. The list may be out of order after a change of time.
+export const macroLength = computed(() => {
+  let longest = 0;
+  for (const event of events.value) if (event.time > longest) longest = event.time;
+  return longest;
+});
