@@ -216,7 +216,9 @@ void Shutdown(MasterThreads* threads, PageHost* host) {
     EndTimerPeriod();
     SetEndRequestHandler(nullptr);
     SetMainPage(nullptr);
-    DestroyPageHost(host);
+    if (host != nullptr) {
+        DestroyPageHost(host);
+    }
 }
 
 }  // namespace

@@ -83,6 +83,9 @@ void SetWindowIcons(WindowRef window) {
 
 void ShowErrorMessage(const std::string& title, const std::string& text) {
     desktop.messages.push_back({title, text});
+    if (desktop.onMessage) {
+        desktop.onMessage();
+    }
 }
 
 bool ProcessAtPoint(int32_t x, int32_t y, uint32_t* processId) {

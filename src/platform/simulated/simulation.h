@@ -122,7 +122,8 @@ struct SimDesktop {
         std::string title;
         std::string text;
     };
-    std::vector<Message> messages;  // ShowErrorMessage, in order
+    std::vector<Message> messages;    // ShowErrorMessage, in order
+    std::function<void()> onMessage;  // called by it, while the person reads
 };
 SimDesktop& SimGetDesktop();
 WindowRef SimAddWindow(const std::string& title, uint32_t processId, int32_t left, int32_t top, int32_t right,

@@ -1,0 +1,373 @@
+// The master's whole life on the simulated platform: what is there when the page appears, and what is left when it has
+// gone.
+#include "frame/master.h"
+
+#include "engines/engine_state.h"
+#include "frame/commands.h"
+#include "platform/simulated/simulation.h"
+#include "storage/data_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+namespace {
+
+constexpr uint32_t kF6 = 117;
+constexpr uint32_t kF8 = 119;
+
+class FrameMasterTest : public ::testing::Test {
+  protected:
+    FrameMasterTest() {
+        std::random_device random;
+        root_ = std::filesystem::temp_directory_path() / ("varnelle-frame-" + std::to_string(random()));
+        std::filesystem::create_directories(root_ / "program" / "ui");
+        Begin({});
+    }
+
+    ~FrameMasterTest() override {
+        SimEnd();
+        ResetEngineState();
+        SetSessionPath("");
+        std::error_code ignored;
+        std::filesystem::remove_all(root_, ignored);
+    }
+
+    void Begin(const SimOptions& options) {
+        ResetEngineState();
+        SetSessionPath("");
+        SimBegin(options);
+        SimSetDataFolderRoot(root_.string());
+        SimSetProgramPath((root_ / "program" / "varnelle").string());
+    }
+
+    std::string DataFile(const char* name) const { return (root_ / "Varnelle" / name).string(); }
+
+    static std::string Read(const std::string& path) {
+        std::ifstream in(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+
+    static void Write(const std::string& path, const std::string& text) {
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        std::ofstream(path, std::ios::binary) << text;
+    }
+
+    // Everything that a master takes is given back. One of its two timer periods ends with the process.
+    static void ExpectNothingIsLeft() {
+        EXPECT_EQ(SimLiveThreads(), 0);
+        EXPECT_FALSE(SimHooksInstalled());
+        EXPECT_FALSE(SimGetPage().alive);
+        EXPECT_EQ(SimTimerPeriods(), 1);
+        EXPECT_FALSE(engineState.running);
+        for (const std::atomic<WakeEvent*>* event :
+             {&engineState.quitEvent, &engineState.dispatchEvent, &engineState.autoWakeEvent,
+              &engineState.keySpamWakeEvent, &engineState.playWakeEvent, &engineState.timelineAckEvent}) {
+            EXPECT_EQ(event->load(), nullptr);
+        }
+    }
+
+    std::filesystem::path root_;
+};
+
+}  // namespace
+
+TEST_F(FrameMasterTest, ServesAPageAndEndsInOrder) {
+    Write((root_ / "program" / "ui" / "index.html").string(), "<p>page</p>");
+    bool served = false;
+    SimOnPageRun([&] {
+        served = true;
+        const SimPage& page = SimGetPage();
+        EXPECT_EQ(page.title, "Varnelle (Plus Version 1.0.1)");
+        EXPECT_EQ(page.width, 420);
+        EXPECT_EQ(page.height, 560);
+        EXPECT_EQ(page.html, "<p>page</p>");
+        EXPECT_TRUE(page.browserFeaturesOff);
+        int count = 0;
+        const PageCommand* commands = MasterCommands(&count);
+        ASSERT_EQ(page.bound.size(), static_cast<size_t>(count));
+        for (int i = 0; i < count; ++i) {
+            EXPECT_EQ(page.bound[static_cast<size_t>(i)], commands[i].name);
+        }
+        SimSettle();
+        EXPECT_EQ(SimLiveThreads(), 6);
+        EXPECT_TRUE(SimHooksInstalled());
+        EXPECT_EQ(SimTimerPeriods(), 2);
+        EXPECT_TRUE(SimTimerKeptWhenHidden());
+        EXPECT_EQ(engineState.qpcFrequency, kSimTicksPerMillisecond * 1000);
+        EXPECT_NE(SimGetDesktop().foreground, 0U);
+        EXPECT_FALSE(SimGetDesktop().icons.empty());
+        EXPECT_TRUE(SimOwnsInstanceName("Local\\VarnelleUI_SingleInstance"));
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_TRUE(served);
+    EXPECT_TRUE(SimGetDesktop().messages.empty());
+    EXPECT_TRUE(SimOwnsInstanceName("Local\\VarnelleUI_SingleInstance"));  // until the process ends
+    ExpectNothingIsLeft();
+}
+
+TEST_F(FrameMasterTest, AFreshStartHasTheDefaultProfile) {
+    SimOnPageRun([] {
+        EXPECT_EQ(SimPageCall("getProfiles", "[]").text,
+                  "{\"current\":0,\"names\":[\"Default Tracking Profile\"],\"cap\":-1,"
+                  "\"defaultName\":\"Default Tracking Profile\"}");
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_NE(Read(DataFile("session.dat")).find("PROFILE:Default Tracking Profile\n"), std::string::npos);
+}
+
+TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWas) {
+    SimOnPageRun([] {
+        SimPageCall("addProfile", "[\"Farm\"]");
+        SimPageCall("switchProfile", "[0]");
+        SimPageCall("updateSpammer", "[0,0,0,77,0,0,1,10,0]");
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+    std::string session = Read(DataFile("session.dat"));
+    const std::string name = "PROFILE:Default Tracking Profile\n";
+    ASSERT_NE(session.find(name), std::string::npos);
+    session.replace(session.find(name), name.size(), "PROFILE:Another\n");
+    Write(DataFile("session.dat"), session);
+
+    Begin({});
+    SimOnPageRun([] {
+        EXPECT_EQ(SimPageCall("getProfiles", "[]").text,
+                  "{\"current\":1,\"names\":[\"Default Tracking Profile\",\"Another\",\"Farm\"],\"cap\":-1,"
+                  "\"defaultName\":\"Default Tracking Profile\"}");
+        EXPECT_EQ(spammerSettings.sms, 77);
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+}
+
+TEST_F(FrameMasterTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
+    const std::string program = (root_ / "program").string();
+    Write(program + "/session.mcr", "SETTINGS:\nCURRENT:0\nPROFILE:Old\n");
+    Write(program + "/theme.txt", "dark");
+    Write(program + "/appsettings.txt", "launchOnStartup=0\n");
+    Write(program + "/status.txt", "{}");
+    Write(program + "/macroevents.txt", "[]");
+    SimOnPageRun([] { EXPECT_NE(SimPageCall("getProfiles", "[]").text.find("\"Old\""), std::string::npos); });
+    EXPECT_EQ(RunMaster({}), 0);
+    for (const char* name :
+         {"session.mcr", "theme.txt", "appsettings.txt", "status.txt", "macroevents.txt"}) {
+        EXPECT_FALSE(std::filesystem::exists(program + "/" + name)) << name;
+    }
+    EXPECT_EQ(Read(DataFile("theme.txt")), "dark");
+    EXPECT_EQ(Read(DataFile("appsettings.txt")), "launchOnStartup=0\n");
+}
+
+TEST_F(FrameMasterTest, AMissingPageIsSaidAndTheHotkeysServeOn) {
+    SimOnPageRun([&] {
+        ASSERT_EQ(SimGetDesktop().messages.size(), 1U);
+        EXPECT_EQ(SimGetDesktop().messages[0].title, "UI Error");
+        EXPECT_EQ(SimGetDesktop().messages[0].text,
+                  "Failed to read:\n" + (root_ / "program" / "ui" / "index.html").string());
+        EXPECT_EQ(SimGetPage().html, "");
+        SimSettle();
+        SimKey(kF6, true);
+        SimKey(kF6, false);
+        SimRunFor(50);
+        EXPECT_TRUE(engineState.autoClicking);
+        EXPECT_GT(SimSentCount(kInputMouse, kMouseLeftDown), 5U);
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+    ExpectNothingIsLeft();
+}
+
+TEST_F(FrameMasterTest, ASecondInstanceOnlyRaisesTheFirst) {
+    SimTakeInstanceName("Local\\VarnelleUI_SingleInstance");
+    const WindowRef first = SimAddWindow("Varnelle (Plus Version 1.0.0)", 7, 0, 0, 420, 560);
+    SimAddWindow("Something else", 8, 0, 0, 800, 600);
+    SimGetDesktop().windows.front().minimised = true;
+    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(SimGetDesktop().foreground, first);
+    for (const SimWindow& window : SimGetDesktop().windows) {
+        EXPECT_FALSE(window.minimised) << window.title;
+    }
+    EXPECT_EQ(SimGetPage().created, 0);
+    EXPECT_EQ(SimLiveThreads(), 0);
+    EXPECT_EQ(SimTimerPeriods(), 0);
+    EXPECT_FALSE(std::filesystem::exists(root_ / "Varnelle"));
+}
+
+TEST_F(FrameMasterTest, ASecondInstanceWithoutAWindowToRaiseJustEnds) {
+    SimTakeInstanceName("Local\\VarnelleUI_SingleInstance");
+    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(SimGetPage().created, 0);
+    EXPECT_FALSE(SimOwnsInstanceName("Local\\VarnelleUI_SingleInstance"));
+}
+
+TEST_F(FrameMasterTest, WithoutAWebViewItSaysSoSavesAndEnds) {
+    // A seed an order in which the threads get to run: some have hardly begun when the end comes.
+    for (uint64_t seed = 1; seed <= 40; ++seed) {
+        SCOPED_TRACE(seed);
+        Begin({.seed = seed, .preemptPercent = 50});
+        std::filesystem::remove_all(root_ / "Varnelle");
+        SimFailPageHost("Install the web view.");
+        EXPECT_EQ(RunMaster({}), 1);
+        ASSERT_EQ(SimGetDesktop().messages.size(), 1U);
+        EXPECT_EQ(SimGetDesktop().messages[0].title, "Varnelle");
+        EXPECT_EQ(SimGetDesktop().messages[0].text, "Install the web view.");
+        EXPECT_TRUE(std::filesystem::exists(DataFile("session.dat")));
+        ExpectNothingIsLeft();
+        EXPECT_EQ(SimEnd(), "");
+    }
+}
+
+TEST_F(FrameMasterTest, RefusedHooksDoNotKeepItFromEnding) {
+    SimRefuseHooks(true);
+    SimOnPageRun([] { SimRunFor(1000); });
+    EXPECT_EQ(RunMaster({}), 0);
+    ExpectNothingIsLeft();
+}
+
+TEST_F(FrameMasterTest, EndsWithinASecondWhateverRuns) {
+    for (uint64_t seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE(seed);
+        Begin({.seed = seed});
+        std::filesystem::remove_all(root_ / "Varnelle");
+        double closed = 0;
+        SimOnPageRun([&] {
+            SimSettle();
+            SimPageCall("updateKeySpam", "[1,0,0,0,1,10]");
+            SimPageCall("updateSpammer", "[0,0,0,1,0,0,1,10,0]");
+            SimPageCall("startSpammer", "[]");
+            SimPageCall("startKeySpam", "[]");
+            SimKey(kF8, true);
+            SimKey(kF8, false);
+            SimRunFor(20);
+            SimKey(65, true);
+            SimRunFor(200);
+            SimKey(65, false);
+            if (seed % 2 == 0) {
+                SimPageCall("stopRecording", "[]");
+                SimRunFor(5);
+                SimPageCall("updateTracker", "[true,true,true,true,false,1,true,60000]");
+                SimPageCall("startPlayback", "[]");
+                SimPageCall("startSpammer", "[]");
+                SimPageCall("startKeySpam", "[]");
+                SimRunFor(1000);
+                EXPECT_TRUE(engineState.playing);
+            } else {
+                EXPECT_TRUE(engineState.recording);
+            }
+            EXPECT_TRUE(engineState.autoClicking);
+            EXPECT_TRUE(engineState.keySpamming);
+            closed = SimMilliseconds();
+        });
+        EXPECT_EQ(RunMaster({}), 0);
+        EXPECT_LE(SimMilliseconds() - closed, 1000);
+        ExpectNothingIsLeft();
+        const uint64_t sent = SimSentCount();
+        EXPECT_EQ(SimEnd(), "");
+        EXPECT_EQ(SimSentCount(), sent);
+        EXPECT_NE(Read(DataFile("session.dat")).find("\n3,"), std::string::npos);  // the recorded key
+    }
+}
+
+TEST_F(FrameMasterTest, ARequestToEndFromOutsideIsAClosedWindow) {
+    double asked = 0;
+    SimOnPageRun([&] {
+        SimPageCall("updateSpammer", "[0,0,0,88,0,0,1,10,0]");
+        asked = SimMilliseconds();
+        SimRequestEnd();
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+    ExpectNothingIsLeft();
+    EXPECT_NE(Read(DataFile("session.dat")).find("88"), std::string::npos);
+    SimRequestEnd();  // nobody listens any more
+}
+
+TEST_F(FrameMasterTest, ARequestToEndBeforeTheMainLoopIsNotLost) {
+    // Saying that the page is missing is a moment in which a person may well lose patience.
+    bool served = false;
+    SimOnPageRun([&] { served = true; });
+    SimGetDesktop().onMessage = [] { SimRequestEnd(); };
+    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_FALSE(served);
+    ExpectNothingIsLeft();
+}
+
+TEST_F(FrameMasterTest, ACrashSavesTheSession) {
+    SimOnPageRun([&] {
+        SimPageCall("addProfile", "[\"Before the crash\"]");
+        EXPECT_FALSE(std::filesystem::exists(DataFile("session.dat")));
+        SimCrash();
+        EXPECT_NE(Read(DataFile("session.dat")).find("PROFILE:Before the crash\n"), std::string::npos);
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+}
+
+TEST_F(FrameMasterTest, AutosaveNeedsNoShutdown) {
+    SimOnPageRun([&] {
+        SimPageCall("addProfile", "[\"Kept\"]");
+        SimRunFor(4900);
+        EXPECT_FALSE(std::filesystem::exists(DataFile("session.dat")));
+        SimRunFor(200);
+        EXPECT_NE(Read(DataFile("session.dat")).find("PROFILE:Kept\n"), std::string::npos);
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+}
+
+TEST_F(FrameMasterTest, AMalformedNumberRejectsItsCallAndNothingElse) {
+    SimOnPageRun([] {
+        EXPECT_FALSE(SimPageCall("updateSpammer", "[1,x,0,0,0,0,0,0,0]").resolved);
+        EXPECT_EQ(spammerSettings.sh, 1);
+        const SimPageAnswer answer = SimPageCall("getSettings", "[]");
+        EXPECT_TRUE(answer.resolved);
+        EXPECT_EQ(answer.text.substr(0, 7), "{\"sh\":1");
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+}
+
+TEST_F(FrameMasterTest, ScriptsReachThePageWhileItLives) {
+    PageEval("before()");
+    SimOnPageRun([] {
+        PageEval("first()");
+        PageEval("second()");
+        EXPECT_TRUE(SimGetPage().evals.empty());  // not before the UI thread gets to it
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+    PageEval("after()");
+    EXPECT_EQ(SimGetPage().evals, (std::vector<std::string>{"first()", "second()"}));
+}
+
+TEST_F(FrameMasterTest, TheNextStartFindsEverything) {
+    SimOnPageRun([] {
+        SimSettle();
+        SimPageCall("updateSpammer", "[1,2,3,4,1,1,0,7,0]");
+        SimPageCall("updateTracker", "[true,true,true,true,false,1.5,true,250]");
+        SimPageCall("reassignKey", "[\"rec\"]");
+        SimKey(82, true);
+        SimKey(82, false);
+        SimRunFor(5);
+        SimPageCall("startRecording", "[]");
+        SimRunFor(5);
+        SimKey(65, true);
+        SimRunFor(30);
+        SimKey(65, false);
+        SimSettle();
+        SimPageCall("stopRecording", "[]");
+        SimRunFor(5);
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+    std::string settings;
+    std::string events;
+    {
+        Begin({.seed = 2});
+        SimOnPageRun([&] {
+            settings = SimPageCall("getSettings", "[]").text;
+            events = SimPageCall("getMacroEvents", "[]").text;
+            EXPECT_EQ(hotkeyTable.rec, 82U);
+        });
+        EXPECT_EQ(RunMaster({}), 0);
+    }
+    EXPECT_EQ(settings.substr(0, settings.find(",\"locMode\"")),
+              "{\"sh\":1,\"sm\":2,\"ss\":3,\"sms\":4,\"sbtn\":1,\"stype\":1,\"rptMode\":0,\"rptTimes\":7");
+    EXPECT_NE(settings.find("\"tspd\":1.5,\"tloop\":true,\"tloopMs\":250"), std::string::npos);
+    EXPECT_EQ(events, "[{\"id\":0,\"time\":0.000000,\"desc\":\"Keyboard VK: 65 (DOWN)\"},"
+                      "{\"id\":1,\"time\":0.030000,\"desc\":\"Keyboard VK: 65 (UP)\"}]");
+}
