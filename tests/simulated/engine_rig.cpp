@@ -1,0 +1,169 @@
+#include "simulated/engine_rig.h"
+
+#include "base/text.h"
+#include "engines/autoclicker.h"
+#include "engines/dispatcher.h"
+#include "engines/editor_notice.h"
+#include "engines/key_spammer.h"
+#include "engines/playback.h"
+#include "engines/recorder.h"
+#include "frame/commands.h"
+#include "platform/clock.h"
+#include "platform/threads.h"
+#include "platform/wake.h"
+
+#include <unistd.h>
+
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <future>
+#include <thread>
+
+namespace {
+
+std::vector<std::thread> threads;
+
+struct TemporaryFolder {
+    std::string path;
+    TemporaryFolder() {
+        path = (std::filesystem::temp_directory_path() / ("varnelle-simulated-" + std::to_string(getpid())))
+                   .string();
+        std::filesystem::create_directories(path);
+    }
+    ~TemporaryFolder() {
+        std::error_code error;
+        std::filesystem::remove_all(path, error);
+    }
+};
+
+void CloseEvent(std::atomic<WakeEvent*>& event) {
+    CloseWakeEvent(event.exchange(nullptr));
+}
+
+}  // namespace
+
+std::string RigFolder() {
+    static const TemporaryFolder folder;
+    return folder.path;
+}
+
+void BeginRig(const SimOptions& options) {
+    ResetEngineState();
+    SimBegin(options);
+    SimSetDataFolderRoot(RigFolder());
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles.push_back(Profile{DefaultProfileName, "", {}});
+    }
+    engineState.qpcFrequency = ReadPerformanceFrequency();
+    engineState.quitEvent = CreateWakeEvent(WakeReset::Manual);
+    engineState.dispatchEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.autoWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.keySpamWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.playWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    threads.clear();
+    threads.push_back(StartThread("autoclick", AutoclickThreadMain));
+    threads.push_back(StartThread("key spam", KeySpamThreadMain));
+    threads.push_back(StartThread("hooks", HookThreadMain));
+    threads.push_back(StartThread("playback", PlaybackThreadMain));
+    threads.push_back(StartThread("dispatcher", DispatcherThreadMain));
+    SimSettle();
+}
+
+std::string EndRig() {
+    engineState.running = false;
+    StopHookThread();
+    SignalWake(engineState.quitEvent);
+    std::string waiting = SimEnd();
+    if (!waiting.empty()) {
+        std::fprintf(stderr, "the engines do not end: %s\n", waiting.c_str());
+        std::abort();
+    }
+    for (std::thread& thread : threads) {
+        JoinThread(thread);
+    }
+    threads.clear();
+    for (std::atomic<WakeEvent*>* event :
+         {&engineState.quitEvent, &engineState.dispatchEvent, &engineState.autoWakeEvent,
+          &engineState.keySpamWakeEvent, &engineState.playWakeEvent}) {
+        CloseEvent(*event);
+    }
+    editorBusyNotice = nullptr;
+    return waiting;
+}
+
+std::vector<UnifiedEvent> RigMacro() {
+    MutexLock lock(macroMutex);
+    return CurrentProfile()->events;
+}
+
+void SetRigMacro(const std::vector<UnifiedEvent>& events) {
+    MutexLock lock(macroMutex);
+    CurrentProfile()->events = events;
+    MarkMacroChanged();
+}
+
+bool RigCanUndo() {
+    MutexLock lock(macroMutex);
+    return CanUndoContinue();
+}
+
+std::string RigPage(const std::string& name, const std::string& argument) {
+    int count = 0;
+    const PageCommand* commands = MasterCommands(&count);
+    for (int index = 0; index < count; ++index) {
+        if (name != commands[index].name) {
+            continue;
+        }
+        try {
+            return commands[index].function(argument.empty() ? "[]" : "[" + JsonText(argument) + "]");
+        } catch (const std::exception& error) {
+            return std::string("!") + error.what();
+        }
+    }
+    return "!no such command: " + name;
+}
+
+void RigRequest(const std::vector<std::atomic<bool>*>& requests) {
+    for (std::atomic<bool>* request : requests) {
+        *request = true;
+    }
+    SignalWake(engineState.dispatchEvent);
+}
+
+void SetRigTargets(const std::vector<uint32_t>& targets) {
+    for (size_t index = 0; index < targets.size(); ++index) {
+        keySpamSettings.keySpamTargets[index] = targets[index];
+    }
+    keySpamSettings.keySpamTargetCount = static_cast<int32_t>(targets.size());
+    if (!targets.empty()) {
+        keySpamSettings.ksKey = targets[0];
+    }
+}
+
+void WithMacroMutexHeld(const std::function<void()>& call) {
+    std::promise<void> held;
+    std::promise<void> release;
+    std::thread holder([&] {
+        MutexLock lock(macroMutex);
+        held.set_value();
+        release.get_future().wait();
+    });
+    held.get_future().wait();
+    call();
+    release.set_value();
+    holder.join();
+}
+
+UnifiedEvent KeyEvent(double time, uint32_t virtualKey, bool down) {
+    return {.type = EvKey, .time = time, .vk = virtualKey, .down = down};
+}
+
+UnifiedEvent ButtonEvent(double time, uint32_t flags, int32_t x, int32_t y) {
+    return {.type = EvMouseButton, .time = time, .x = x, .y = y, .flags = flags};
+}
+
+UnifiedEvent MoveEvent(double time, int32_t x, int32_t y) {
+    return {.type = EvAbsMove, .time = time, .x = x, .y = y};
+}
