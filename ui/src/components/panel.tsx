@@ -1,4 +1,6 @@
 import type { ComponentChildren } from 'preact';
+import { useState } from 'preact/hooks';
+import { Icon } from './icon';
 import './panel.css';
 
 export interface PanelProps {
@@ -10,23 +12,36 @@ export interface PanelProps {
 }
 
 export function Panel({ id, title, summary, action, children }: PanelProps) {
+  const [open, setOpen] = useState(true);
   return (
-    <section class="panel" id={id} aria-labelledby={`${id}-title`}>
+    <section class={`panel${open ? '' : ' panel--collapsed'}`} id={id} aria-labelledby={`${id}-title`}>
       <header class="panel-header">
+        <button
+          type="button"
+          class="panel-btn"
+          aria-label={`${title}: show settings`}
+          aria-expanded={open}
+          aria-controls={`${id}-body`}
+          onClick={() => setOpen(!open)}
+        >
+          <Icon name="open" />
+        </button>
         <div class="panel__titles">
           <h2 id={`${id}-title`}>{title}</h2>
           {summary !== undefined && <div class="panel__summary">{summary}</div>}
         </div>
         {action}
       </header>
-      <div class="panel__body">{children}</div>
+      <div class="panel__body" id={`${id}-body`} hidden={!open}>
+        {children}
+      </div>
     </section>
   );
 }
 
 // Controls that belong together, under one name. The line below them is kept free for the hint, and for what is wrong.
 export function Group(props: {
-  title: string;
+  title: ComponentChildren;
   children: ComponentChildren;
   hint?: ComponentChildren;
   hintId?: string;

@@ -1,9 +1,10 @@
 import { changeClicker, changeHoldAuto, pickLocation, startClicking, stopClicking } from '../commands';
 import { has } from '../bridge';
 import { Button } from '../components/button';
+import { groupedNumber } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
 import { Segmented } from '../components/segmented';
-import { clicking, picking, settings } from '../store';
+import { clicking, picking, settings, status } from '../store';
 import { HotkeyModeGroup } from './hotkey-mode';
 import { IntervalGroup, rateText } from './interval';
 import { RepeatGroup } from './repeat';
@@ -34,13 +35,13 @@ export function ClickerPanel() {
         id="click-interval"
         title="Click interval"
         interval={interval}
-        hint={`${rate}. The interval is the pause after each click.`}
+        hint="The pause after each click, at least 1 ms."
         onChange={(i) =>
           void changeClicker({ sh: i.hours, sm: i.minutes, ss: i.seconds, sms: i.milliseconds })
         }
       />
       <Group title="Button">
-        <div class="pair clicker__click">
+        <div class="pair pair--wide-left">
           <Segmented
             label="Mouse button"
             value={sbtn}
@@ -67,18 +68,25 @@ export function ClickerPanel() {
         what="clicks"
         mode={rptMode}
         times={rptTimes}
-        hint={stype === 1 ? 'A double click counts as one.' : ''}
+        hint={repeatHint(rptMode, rptTimes, stype === 1)}
         onMode={(mode) => void changeClicker({ rptMode: mode })}
         onTimes={(times) => void changeClicker({ rptTimes: times })}
       />
       <PlaceGroup />
       <HotkeyModeGroup
         label="Clicker hotkey"
+        hotkey={status.value.hkAuto}
         hold={holdAuto}
         onChange={(hold) => void changeHoldAuto(hold)}
       />
     </Panel>
   );
+}
+
+function repeatHint(mode: number, times: number, double: boolean): string {
+  if (mode !== 0) return 'Clicks until you stop it.';
+  const ending = `Stops by itself after ${groupedNumber(times)} ${times === 1 ? 'click' : 'clicks'}.`;
+  return double ? `${ending} A double click counts as one.` : ending;
 }
 
 function PlaceGroup() {

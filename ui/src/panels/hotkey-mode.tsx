@@ -1,15 +1,22 @@
+import { KeyCap } from '../components/key-cap';
 import { Group } from '../components/panel';
 import { Segmented } from '../components/segmented';
 
 export function HotkeyModeGroup(props: { label: string; hold: boolean; onChange: (hold: boolean) => void }) {
   return (
-    <Group title="Its hotkey">
+    <Group
+      title={
+        <>
+          Hotkey <KeyCap name={props.hotkey} />
+        </>
+      }
+    >
       <Segmented
         label={props.label}
         value={props.hold}
         options={[
-          { value: false, label: 'Starts and stops' },
-          { value: true, label: 'Runs while held' },
+          { value: false, label: 'Press to start and stop' },
+          { value: true, label: 'Hold to run' },
         ]}
         onChange={props.onChange}
       />

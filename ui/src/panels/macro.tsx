@@ -1,3 +1,4 @@
+import { useState } from 'preact/hooks';
 import { has } from '../bridge';
 import {
   changeTracker,
@@ -13,10 +14,10 @@ import { Button } from '../components/button';
 import { NumberField } from '../components/number-field';
 import { groupedNumber } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
+import type { Settings } from '../reports';
 import { Toggle } from '../components/toggle';
 import { eventCount, macroLength, playing, recording, settings, status } from '../store';
 import { EventList } from './events';
-import { useState } from 'preact/hooks';
 import './macro.css';
 
 export function MacroPanel() {
@@ -81,7 +82,7 @@ function PlaybackGroup() {
   const [pauseError, setPauseError] = useState('');
   const hintId = 'playback-hint';
   return (
-    <Group title="Playback" hint="" hintId={hintId} error={speedError || pauseError}>
+    <Group title="Playback" hint={playbackHint()} hintId={hintId} error={speedError || pauseError}>
       <div class="macro__playback">
         <NumberField
           label="Playback speed"
@@ -116,14 +117,22 @@ function PlaybackGroup() {
   );
 }
 
+function playbackHint(): string {
+  if (recording.value || eventCount.value === 0) return 'A round ends with its last event.';
+  const seconds = macroLength.value / settings.value.tspd;
+  return `One round takes ${groupedNumber(Number(seconds.toFixed(2)))} s.`;
+}
+
+function recordHint({ tmv, tclk, tscr, tkey, trel }: Settings): string {
+  if (!tmv && !tclk && !tscr && !tkey) return 'Nothing would be recorded.';
+  if (tmv && trel) return 'Raw movement suits games that hide the pointer.';
+  return 'Clicks in this window and the hotkeys are left out.';
+}
+
 function RecordGroup() {
   const { tmv, tclk, tscr, tkey, trel } = settings.value;
   return (
-    <Group
-      title="What is recorded"
-      hint={trel ? 'Raw movement suits games that hide the pointer.' : ''}
-      hintId="record-hint"
-    >
+    <Group title="What is recorded" hint={recordHint(settings.value)} hintId="record-hint">
       <div class="macro__kinds">
         <Toggle label="Moves" checked={tmv} onChange={(on) => void changeTracker({ tmv: on })} />
         <Toggle label="Buttons" checked={tclk} onChange={(on) => void changeTracker({ tclk: on })} />

@@ -11,6 +11,7 @@ import { Button } from '../components/button';
 import { CaptureNote } from '../components/capture-note';
 import { Icon } from '../components/icon';
 import { KeyCap } from '../components/key-cap';
+import { groupedNumber } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
 import { Segmented } from '../components/segmented';
 import { pressing, reassigning, settings, status } from '../store';
@@ -49,7 +50,7 @@ export function PresserPanel() {
         id="press-interval"
         title="Press interval"
         interval={interval}
-        hint={`${rate}. ${keySpamChord ? 'A round presses every key.' : 'A round presses one key.'}`}
+        hint="The pause after each round, at least 1 ms."
         onChange={(i) =>
           void changePresser({ ksh: i.hours, ksm: i.minutes, kss: i.seconds, ksms: i.milliseconds })
         }
@@ -59,17 +60,24 @@ export function PresserPanel() {
         what="rounds"
         mode={ksRptMode}
         times={ksRptTimes}
-        hint=""
+        hint={repeatHint(ksRptMode, ksRptTimes, keySpamChord)}
         onMode={(mode) => void changePresser({ ksRptMode: mode })}
         onTimes={(times) => void changePresser({ ksRptTimes: times })}
       />
       <HotkeyModeGroup
         label="Key presser hotkey"
+        hotkey={status.value.hkKeySpam}
         hold={holdKeySpam}
         onChange={(hold) => void changeHoldKeySpam(hold)}
       />
     </Panel>
   );
+}
+
+function repeatHint(mode: number, times: number, chord: boolean): string {
+  const round = chord ? 'A round presses every key.' : 'A round presses one key.';
+  if (mode !== 0) return `Presses until you stop it. ${round}`;
+  return `Stops by itself after ${groupedNumber(times)} ${times === 1 ? 'round' : 'rounds'}. ${round}`;
 }
 
 function TargetsGroup() {

@@ -48,14 +48,18 @@ export function ProfilePanel() {
       <div class="profile__step">
         {step === 'choose' && (
           <div class="row">
-            <Button icon="plus" disabled={recording.value} onPress={() => setStep('add')}>
-              New profile
+            <Button icon="plus" label="New profile" disabled={recording.value} onPress={() => setStep('add')}>
+              New
             </Button>
-            <Button disabled={recording.value} onPress={() => setStep('clear')}>
-              Clear profile
+            <Button label="Clear profile" disabled={recording.value} onPress={() => setStep('clear')}>
+              Clear
             </Button>
-            <Button disabled={recording.value || isDefault} onPress={() => setStep('delete')}>
-              Delete profile
+            <Button
+              label="Delete profile"
+              disabled={recording.value || isDefault}
+              onPress={() => setStep('delete')}
+            >
+              Delete
             </Button>
           </div>
         )}

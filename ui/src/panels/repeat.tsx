@@ -18,7 +18,7 @@ export function RepeatGroup(props: {
   const hintId = `${id}-hint`;
   return (
     <Group title="Repeat" hint={hint} hintId={hintId} error={error}>
-      <div class="pair">
+      <div class="pair pair--wide-left">
         <Segmented
           label="Repeat"
           value={mode === 0}
