@@ -2,7 +2,12 @@ import { KeyCap } from '../components/key-cap';
 import { Group } from '../components/panel';
 import { Segmented } from '../components/segmented';
 
-export function HotkeyModeGroup(props: { label: string; hold: boolean; onChange: (hold: boolean) => void }) {
+export function HotkeyModeGroup(props: {
+  label: string;
+  hotkey: string;
+  hold: boolean;
+  onChange: (hold: boolean) => void;
+}) {
   return (
     <Group
       title={
