@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "platform/shared/page_host_state.h"
+#include "platform/shared/valid_utf8.h"
 
 #include <exception>
 #include <utility>
@@ -60,7 +61,8 @@ void AnswerPageCall(const char* id, const char* request, void* context) noexcept
             status = 1;
             answer = JsonText("The command failed.");
         }
-        host->library.answer(host->view, id, status, answer.c_str());
+        // NOTE: an answer that is no UTF-8 never arrives, and the page waits for ever.
+        host->library.answer(host->view, id, status, ValidUtf8(answer).c_str());
     } catch (...) {
         host->library.answer(host->view, id, 1, "\"Out of memory.\"");
     }
@@ -87,7 +89,7 @@ void SetPageSize(PageHost* host, int width, int height) {
 }
 
 void SetPageHtml(PageHost* host, const std::string& html) {
-    host->library.setHtml(host->view, html.c_str());
+    host->library.setHtml(host->view, ValidUtf8(html).c_str());
 }
 
 void BindPageFunction(PageHost* host, const char* name, PageFunction function) {
@@ -96,7 +98,7 @@ void BindPageFunction(PageHost* host, const char* name, PageFunction function) {
 }
 
 void EvalInPage(PageHost* host, const std::string& script) {
-    host->library.eval(host->view, script.c_str());
+    host->library.eval(host->view, ValidUtf8(script).c_str());
 }
 
 void DispatchToPage(PageHost* host, std::function<void()> work) {

@@ -69,10 +69,10 @@ std::string Count(const std::string& /*request*/) {
 }
 
 constexpr const char* kPage = R"(<!doctype html><title>probe</title><body style="background:#fff"><script>
-window.counted = (text) => print('counted ' + text);
+window.counted = (text) => tellTest('counted ' + text);
 const tell = (name, promise) => promise.then(
-    (value) => print(name + ' resolved ' + JSON.stringify(value)),
-    (reason) => print(name + ' rejected ' + (reason instanceof Error ? 'error' : JSON.stringify(reason))));
+    (value) => tellTest(name + ' resolved ' + JSON.stringify(value)),
+    (reason) => tellTest(name + ' rejected ' + (reason instanceof Error ? 'error' : JSON.stringify(reason))));
 (async () => {
   await tell('echo', echo('a "quoted" \u00e9', 5));
   await tell('nothing', nothing());
@@ -101,7 +101,7 @@ int main() {
     BindPageFunction(host, "fail", Fail);
     BindPageFunction(host, "failOddly", FailOddly);
     BindPageFunction(host, "foreign", Foreign);
-    BindPageFunction(host, "print", Print);
+    BindPageFunction(host, "tellTest", Print);
     BindPageFunction(host, "count", Count);
     BindPageFunction(host, "leave", Leave);
     DisableBrowserFeatures(host);
