@@ -1,0 +1,230 @@
+#include "storage/profiles.h"
+
+#include "storage/settings_text.h"
+#include "unit/test_support.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr const char* kDefaults = "0,0,0,5,0,0,1,10,0,0,0,0,0,0,5,1,10,32,32,0";
+constexpr const char* kFast = "0,0,0,1,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1";
+constexpr const char* kSlow = "0,0,9,0,2,0,1,10,0,0,0,0,0,8,0,1,10,67,67,0";
+
+const UnifiedEvent kEvent{EvAbsMove, 0.5, 1, 2, 0, 0, false, 0};
+
+class ProfilesTest : public EngineStateTest {
+  protected:
+    ProfilesTest() {
+        SetStore({{DefaultProfileName, "", {kEvent}},
+                  {"Fast", kFast, {kEvent, kEvent}},
+                  {"Slow", kSlow, {kEvent}}},
+                 0);
+    }
+
+    static void SetStore(std::vector<Profile> profiles, int32_t current) {
+        MutexLock lock(macroMutex);
+        macroState.profiles = std::move(profiles);
+        macroState.currentProfile = current;
+    }
+    static std::vector<std::string> Names() {
+        MutexLock lock(macroMutex);
+        std::vector<std::string> names;
+        for (const Profile& profile : macroState.profiles) {
+            names.push_back(profile.name);
+        }
+        return names;
+    }
+    static int32_t Current() {
+        MutexLock lock(macroMutex);
+        return macroState.currentProfile;
+    }
+    static Profile At(size_t index) {
+        MutexLock lock(macroMutex);
+        return macroState.profiles.at(index);
+    }
+    static uint64_t Revision() {
+        MutexLock lock(macroMutex);
+        return macroState.revision;
+    }
+    // Runs `command` and says whether names, order, current profile, contents or live setup are now other ones.
+    static bool Changes(const std::function<void()>& command) {
+        const auto state = [] {
+            std::string all = GetProfiles() + BuildSettingsLine();
+            for (size_t i = 0; i < Names().size(); ++i) {
+                all += "|" + At(i).settings + "#" + std::to_string(At(i).events.size());
+            }
+            return all;
+        };
+        const std::string before = state();
+        command();
+        return state() != before;
+    }
+};
+
+using NameList = std::vector<std::string>;
+
+TEST_F(ProfilesTest, AddStartsWithTheLiveSetupAndAnEmptyMacro) {
+    ApplyProfileSettings(kFast);
+    const uint64_t before = Revision();
+    AddProfile("New");
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Fast", "Slow", "New"}));
+    EXPECT_EQ(Current(), 3);
+    EXPECT_EQ(At(3).settings, kFast);
+    EXPECT_TRUE(At(3).events.empty());
+    EXPECT_EQ(BuildProfileSettings(), kFast) << "the live setup is not touched";
+    EXPECT_NE(Revision(), before);
+}
+
+TEST_F(ProfilesTest, AddAllowsANameTwiceAndRefusesAnEmptyOne) {
+    AddProfile("Fast");
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Fast", "Slow", "Fast"}));
+    EXPECT_FALSE(Changes([] { AddProfile(""); }));
+}
+
+TEST_F(ProfilesTest, SwitchAppliesTheStoredSetup) {
+    const uint64_t before = Revision();
+    SwitchProfile("1");
+    EXPECT_EQ(Current(), 1);
+    EXPECT_EQ(BuildProfileSettings(), kFast);
+    EXPECT_NE(Revision(), before);
+    SwitchProfile(" 2x");
+    EXPECT_EQ(Current(), 2);
+    EXPECT_EQ(BuildProfileSettings(), kSlow);
+}
+
+TEST_F(ProfilesTest, SwitchToAnEmptySetupGivesTheDefaults) {
+    SwitchProfile("1");
+    SwitchProfile("0");
+    EXPECT_EQ(BuildProfileSettings(), kDefaults);
+    EXPECT_EQ(At(0).settings, "") << "it is not stored";
+}
+
+TEST_F(ProfilesTest, SwitchToAShortSetupLeavesTheLiveOne) {
+    SetStore({{"A", "", {}}, {"B", "1,2,3", {}}}, 0);
+    ApplyProfileSettings(kSlow);
+    SwitchProfile("1");
+    EXPECT_EQ(Current(), 1);
+    EXPECT_EQ(BuildProfileSettings(), kSlow);
+}
+
+TEST_F(ProfilesTest, SwitchToWhatIsNoProfileChangesNothing) {
+    ApplyProfileSettings(kSlow);
+    for (const char* index : {"abc", "", "99", "3", "-1", "99999999999", "4294967297"}) {
+        EXPECT_FALSE(Changes([index] { SwitchProfile(index); })) << index;
+    }
+}
+
+TEST_F(ProfilesTest, DeletingTheDefaultEmptiesIt) {
+    ApplyProfileSettings(kSlow);
+    const uint64_t before = Revision();
+    DeleteProfile();
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Fast", "Slow"}));
+    EXPECT_EQ(Current(), 0);
+    EXPECT_TRUE(At(0).events.empty());
+    EXPECT_EQ(At(0).settings, kDefaults);
+    EXPECT_EQ(BuildProfileSettings(), kDefaults);
+    EXPECT_NE(Revision(), before);
+}
+
+TEST_F(ProfilesTest, DeletingASecondDefaultEmptiesThatOne) {
+    SetStore({{DefaultProfileName, kFast, {kEvent}}, {DefaultProfileName, kSlow, {kEvent}}}, 1);
+    DeleteProfile();
+    EXPECT_EQ(Names().size(), 2U);
+    EXPECT_EQ(At(0).events.size(), 1U);
+    EXPECT_TRUE(At(1).events.empty());
+}
+
+TEST_F(ProfilesTest, TheOnlyProfileIsNotDeleted) {
+    SetStore({{"Lonely", kFast, {kEvent}}}, 0);
+    EXPECT_FALSE(Changes(DeleteProfile));
+}
+
+TEST_F(ProfilesTest, DeletingTheLastOfThreeMakesTheNewLastCurrent) {
+    SetStore({{"A", kSlow, {}}, {"B", kFast, {}}, {"C", kSlow, {}}}, 2);
+    const uint64_t before = Revision();
+    DeleteProfile();
+    EXPECT_EQ(Names(), (NameList{"A", "B"}));
+    EXPECT_EQ(Current(), 1);
+    EXPECT_EQ(BuildProfileSettings(), kFast);
+    EXPECT_NE(Revision(), before);
+}
+
+TEST_F(ProfilesTest, DeletingTheFirstOfThreeMakesTheSecondCurrent) {
+    SetStore({{"A", kSlow, {}}, {"B", kFast, {}}, {"C", kSlow, {}}}, 0);
+    DeleteProfile();
+    EXPECT_EQ(Names(), (NameList{"B", "C"}));
+    EXPECT_EQ(Current(), 0);
+    EXPECT_EQ(BuildProfileSettings(), kFast);
+}
+
+TEST_F(ProfilesTest, DeletingBeforeAProfileWithoutASetupGivesTheDefaults) {
+    SetStore({{"A", kSlow, {}}, {"B", "", {}}}, 0);
+    ApplyProfileSettings(kSlow);
+    DeleteProfile();
+    EXPECT_EQ(BuildProfileSettings(), kDefaults);
+}
+
+TEST_F(ProfilesTest, ClearEmptiesTheCurrentProfileInItsPlace) {
+    SwitchProfile("1");
+    const uint64_t before = Revision();
+    ClearProfile();
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Fast", "Slow"}));
+    EXPECT_EQ(Current(), 1);
+    EXPECT_TRUE(At(1).events.empty());
+    EXPECT_EQ(At(1).settings, kDefaults);
+    EXPECT_EQ(BuildProfileSettings(), kDefaults);
+    EXPECT_EQ(At(0).events.size(), 1U);
+    EXPECT_NE(Revision(), before);
+}
+
+TEST_F(ProfilesTest, NothingChangesWhileARecordingRuns) {
+    SwitchProfile("1");
+    engineState.recording = true;
+    EXPECT_FALSE(Changes([] { AddProfile("New"); }));
+    EXPECT_FALSE(Changes([] { SwitchProfile("2"); }));
+    EXPECT_FALSE(Changes(DeleteProfile));
+    EXPECT_FALSE(Changes(ClearProfile));
+    SwitchProfile("0");
+    EXPECT_EQ(Current(), 1);
+    engineState.recording = false;
+    engineState.playing = true;
+    EXPECT_TRUE(Changes([] { SwitchProfile("2"); })) << "a playback does not stand in the way";
+}
+
+TEST_F(ProfilesTest, AnEmptyStoreIsLeftAlone) {
+    SetStore({}, 0);
+    EXPECT_FALSE(Changes([] {
+        DeleteProfile();
+        SwitchProfile("0");
+        SyncProfileSettings();
+        ClearProfile();
+    }));
+}
+
+TEST_F(ProfilesTest, TheListIsJson) {
+    EXPECT_EQ(
+        GetProfiles(),
+        R"({"current":0,"names":["Default Tracking Profile","Fast","Slow"],"cap":-1,"defaultName":"Default Tracking Profile"})");
+    SetStore({{"a\"b\\c\n\x01\xE4", "", {}}}, 0);
+    EXPECT_EQ(GetProfiles(), "{\"current\":0,\"names\":[\"a\\\"b\\\\c\\n\\u0001\xE4\"],\"cap\":-1,"
+                             "\"defaultName\":\"Default Tracking "
+                             "Profile\"}");
+    SetStore({}, 0);
+    EXPECT_EQ(GetProfiles(), R"({"current":0,"names":[],"cap":-1,"defaultName":"Default Tracking Profile"})");
+}
+
+TEST_F(ProfilesTest, SyncStoresTheLiveSetupInTheCurrentProfile) {
+    SwitchProfile("2");
+    spammerSettings.sms = 123;
+    SyncProfileSettings();
+    EXPECT_EQ(At(2).settings, "0,0,9,123,2,0,1,10,0,0,0,0,0,8,0,1,10,67,67,0");
+    EXPECT_EQ(At(1).settings, kFast);
+    SetStore({{"A", "kept", {}}}, 7);
+    SyncProfileSettings();
+    EXPECT_EQ(At(0).settings, "kept") << "an index out of range";
+}
+
+}  // namespace
