@@ -1,3 +1,4 @@
+import { has } from './bridge';
 import { Button } from './components/button';
 import { HotkeysPanel } from './panels/hotkeys';
 import { ClickerPanel } from './panels/clicker';
@@ -12,7 +13,7 @@ export function App() {
     <>
       <StateLine />
       <main id="dashboard">
-        <ProfilePanel />
+        {has('getProfiles') && <ProfilePanel />}
         <ClickerPanel />
         <PresserPanel />
         <MacroPanel />

@@ -4,15 +4,18 @@ import { call } from './bridge';
 import { fetchEvents, fetchProfiles, fetchSettings, noteSettingsEdit, showFailure } from './fetch';
 import { pollSoon } from './poll';
 import type { Capture, Settings } from './reports';
-import { events, eventsLoading, failure, picking, settings } from './store';
+import { events, eventsLoading, failure, picking, settings, status } from './store';
 
-async function run(name: string, ...args: string[]): Promise<boolean> {
+// `what` completes "Varnelle could not ..." where the command fails.
+async function run(what: string, name: string, ...args: string[]): Promise<boolean> {
   try {
     await call(name, ...args);
     failure.value = '';
     return true;
   } catch (reason) {
-    showFailure(reason);
+    showFailure(what, reason);
+    // The controls follow the program again, which may not have changed.
+    status.value = { ...status.value };
     return false;
   } finally {
     pollSoon();
@@ -20,24 +23,25 @@ async function run(name: string, ...args: string[]): Promise<boolean> {
 }
 
 // Engines.
-export const startClicking = () => run('startSpammer');
-export const stopClicking = () => run('stopSpammer');
-export const startPressing = () => run('startKeySpam');
-export const stopPressing = () => run('stopKeySpam');
-export const startRecording = () => run('startRecording');
-export const stopRecording = () => run('stopRecording');
-export const continueRecording = () => run('continueRecording');
+export const startClicking = () => run('start clicking', 'startSpammer');
+export const stopClicking = () => run('stop clicking', 'stopSpammer');
+export const startPressing = () => run('start pressing', 'startKeySpam');
+export const stopPressing = () => run('stop pressing', 'stopKeySpam');
+export const startRecording = () => run('start the recording', 'startRecording');
+export const stopRecording = () => run('stop the recording', 'stopRecording');
+export const continueRecording = () => run('continue the recording', 'continueRecording');
 // The list follows from the status, which tells when the undo is used up.
-export const undoContinue = () => run('undoContinueRecording');
-export const startPlayback = () => run('startPlayback');
-export const stopPlayback = () => run('stopPlayback');
-export const captureKey = (capture: Exclude<Capture, ''>) => run('reassignKey', capture);
-export const resetHotkeys = () => run('resetHotkeys');
-export const removeTarget = (index: number) => run('removeKeySpamTarget', String(index));
-export const setChordMode = (chord: boolean) => run('setKeySpamChordMode', chord ? '1' : '0');
+export const undoContinue = () => run('undo the recording', 'undoContinueRecording');
+export const startPlayback = () => run('start the playback', 'startPlayback');
+export const stopPlayback = () => run('stop the playback', 'stopPlayback');
+export const captureKey = (capture: Exclude<Capture, ''>) => run('wait for a key', 'reassignKey', capture);
+export const resetHotkeys = () => run('reset the hotkeys', 'resetHotkeys');
+export const removeTarget = (index: number) => run('remove the key', 'removeKeySpamTarget', String(index));
+export const setChordMode = (chord: boolean) =>
+  run('change the key order', 'setKeySpamChordMode', chord ? '1' : '0');
 
 export async function pickLocation(): Promise<void> {
-  picking.value = await run('pickLocation');
+  picking.value = await run('wait for a place', 'pickLocation');
 }
 
 // Settings.
@@ -45,7 +49,7 @@ async function change(changes: Partial<Settings>, name: string, argument: (s: Se
   noteSettingsEdit();
   settings.value = { ...settings.value, ...changes };
   // A refused change leaves the program with part of it, so ask what it holds now.
-  if (!(await run(name, argument(settings.value)))) await fetchSettings();
+  if (!(await run('change the setting', name, argument(settings.value)))) await fetchSettings();
 }
 
 export const changeClicker = (changes: Partial<Settings>) =>
@@ -66,7 +70,8 @@ export const changeHoldKeySpam = (hold: boolean) =>
 // Edits of the macro. A macro may hold a million events, so a small edit is made in the page's copy as well, instead of
 // fetching everything again.
 export async function deleteEvent(index: number): Promise<void> {
-  if (!(await run('deleteEvent', String(index))) || eventsLoading.value) return fetchEvents();
+  if (!(await run('delete the event', 'deleteEvent', String(index))) || eventsLoading.value)
+    return fetchEvents();
   const left = events.value.slice();
   left.splice(index, 1);
   events.value = left;
@@ -74,7 +79,7 @@ export async function deleteEvent(index: number): Promise<void> {
 
 export async function retimeEvent(index: number, seconds: number): Promise<void> {
   const time = seconds.toFixed(6);
-  const worked = await run('updateEventTime', `${index},${time}`);
+  const worked = await run('change the time', 'updateEventTime', `${index},${time}`);
   const event = events.value[index];
   if (!worked || !event || eventsLoading.value) return fetchEvents();
   const list = events.value.slice();
@@ -83,18 +88,19 @@ export async function retimeEvent(index: number, seconds: number): Promise<void>
 }
 
 export async function optimiseMacro(): Promise<void> {
-  await run('optimizeMacro');
+  await run('optimise the macro', 'optimizeMacro');
   await fetchEvents();
 }
 
 // Profiles. Each of these changes the settings, the macro and the list together.
-async function runOnProfiles(name: string, ...args: string[]): Promise<void> {
+async function runOnProfiles(what: string, name: string, ...args: string[]): Promise<void> {
   noteSettingsEdit();
-  await run(name, ...args);
+  await run(what, name, ...args);
   await Promise.all([fetchProfiles(), fetchSettings(), fetchEvents()]);
 }
 
-export const addProfile = (name: string) => runOnProfiles('addProfile', name);
-export const switchProfile = (index: number) => runOnProfiles('switchProfile', String(index));
-export const clearProfile = () => runOnProfiles('clearProfile');
-export const deleteProfile = () => runOnProfiles('deleteProfile');
+export const addProfile = (name: string) => runOnProfiles('add the profile', 'addProfile', name);
+export const switchProfile = (index: number) =>
+  runOnProfiles('switch the profile', 'switchProfile', String(index));
+export const clearProfile = () => runOnProfiles('clear the profile', 'clearProfile');
+export const deleteProfile = () => runOnProfiles('delete the profile', 'deleteProfile');

@@ -3,9 +3,10 @@ import { call, has } from './bridge';
 import { readEvents, readProfiles, readSettings } from './reports';
 import { events, eventsFailedAt, eventsLoading, failure, profiles, settings, status } from './store';
 
-export function showFailure(reason: unknown): void {
-  const text = reason instanceof Error ? reason.message : typeof reason === 'string' ? reason : '';
-  failure.value = text ? `That did not work: ${text}` : 'That did not work. Please try again.';
+// `what` completes "Varnelle could not ...".
+export function showFailure(what: string, reason: unknown): void {
+  const cause = reason instanceof Error ? reason.message : typeof reason === 'string' ? reason : '';
+  failure.value = `Varnelle could not ${what}${cause ? ` (${cause})` : ''}. Please try again.`;
 }
 
 // The page's own changes stand at once; an answer to a question asked before them must not undo them.
@@ -22,7 +23,7 @@ export async function fetchSettings(): Promise<void> {
     if (asked !== settingsEdits) return;
     if (JSON.stringify(report) !== JSON.stringify(settings.value)) settings.value = report;
   } catch (reason) {
-    showFailure(reason);
+    showFailure('read the settings', reason);
   }
 }
 
@@ -31,7 +32,7 @@ export async function fetchProfiles(): Promise<void> {
   try {
     profiles.value = readProfiles(await call('getProfiles'));
   } catch (reason) {
-    showFailure(reason);
+    showFailure('read the profiles', reason);
   }
 }
 
@@ -50,7 +51,7 @@ export async function fetchEvents(): Promise<void> {
   } catch (reason) {
     if (asked !== eventQuestions) return;
     eventsFailedAt.value = status.value.count;
-    showFailure(reason);
+    showFailure('read the events', reason);
   } finally {
     if (asked === eventQuestions) eventsLoading.value = false;
   }

@@ -1,18 +1,9 @@
 // The one status poll, and what follows from it. There is never more than one in flight.
 import { effect } from '@preact/signals';
 import { call } from './bridge';
-import { fetchEvents, fetchSettings, showFailure } from './fetch';
+import { fetchEvents, fetchSettings } from './fetch';
 import { readStatus, type Status } from './reports';
-import {
-  answering,
-  events,
-  eventsFailedAt,
-  eventsLoading,
-  failure,
-  picking,
-  settings,
-  status,
-} from './store';
+import { answering, events, eventsFailedAt, eventsLoading, picking, settings, status } from './store';
 
 const kInterval = 125; // ms between the starts of two polls
 const kHiddenInterval = 1000; // ms, while nobody can see the page
@@ -39,13 +30,12 @@ async function poll(): Promise<void> {
   try {
     accept(await call('getTrackerStatus'));
     if (picking.value) await followPick();
-  } catch (reason) {
-    if (!failure.value) showFailure(reason);
-  } finally {
-    window.clearTimeout(silence);
     answering.value = true;
-    inFlight = false;
+  } catch {
+    answering.value = false;
   }
+  window.clearTimeout(silence);
+  inFlight = false;
   // A poll that takes long must not fill all the program's time: leave it at least as long a pause.
   const took = performance.now() - started;
   const interval = document.hidden ? kHiddenInterval : kInterval;

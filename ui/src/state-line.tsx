@@ -2,7 +2,19 @@ import type { ComponentChildren } from 'preact';
 import { stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
 import { Button } from './components/button';
 import { KeyCap } from './components/key-cap';
-import { answering, clicking, locked, playing, pressing, recording, settings, status } from './store';
+import type { Capture } from './reports';
+import {
+  answering,
+  clicking,
+  locked,
+  picking,
+  playing,
+  pressing,
+  reassigning,
+  recording,
+  settings,
+  status,
+} from './store';
 import './state-line.css';
 
 interface Running {
@@ -71,7 +83,19 @@ export function StateLine() {
   );
 }
 
+const kCaptures: Record<Capture, string> = {
+  '': '',
+  auto: 'the new clicker hotkey',
+  keyspamhotkey: 'the new key presser hotkey',
+  rec: 'the new record hotkey',
+  play: 'the new play hotkey',
+  unlock: 'the new unlock hotkey',
+  keyspamtarget: 'the key to add',
+};
+
 function detail(running: Running[]): ComponentChildren {
+  if (reassigning.value) return `Press ${kCaptures[reassigning.value]}. Esc cancels.`;
+  if (picking.value) return 'Click the place on the screen. Right-click cancels.';
   if (locked.value) {
     return (
       <>

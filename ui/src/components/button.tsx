@@ -9,6 +9,7 @@ export interface ButtonProps {
   kind?: 'plain' | 'primary' | 'stop' | 'quiet';
   label?: string; // the accessible name, where the visible words are not enough; it must contain them
   disabled?: boolean;
+  waiting?: boolean; // not to be pressed now, but keeps the focus
   large?: boolean;
   describedBy?: string;
   buttonRef?: Ref<HTMLButtonElement>;
@@ -24,7 +25,8 @@ export function Button(props: ButtonProps) {
       aria-label={props.label}
       aria-describedby={props.describedBy}
       disabled={props.disabled}
-      onClick={props.onPress}
+      aria-disabled={props.waiting || undefined}
+      onClick={() => !props.waiting && props.onPress()}
     >
       {props.icon && <Icon name={props.icon} />}
       <span class="button__text">{props.children}</span>

@@ -13,14 +13,14 @@ const grouped = new Intl.NumberFormat('en', { maximumFractionDigits: 6 });
 export const groupedNumber = (value: number) => grouped.format(value);
 
 export function readNumber(text: string, rule: NumberRule): Reading {
-  const range = `from ${groupedNumber(rule.min)} to ${groupedNumber(rule.max)}`;
+  const range = `${groupedNumber(rule.min)} to ${groupedNumber(rule.max)}`;
   const refuse = (error: string): Reading => ({ value: undefined, error });
   const typed = text.trim();
-  if (typed === '') return refuse(`${rule.name}: enter a number ${range}.`);
+  if (typed === '') return refuse(`${rule.name}: enter a number, ${range}.`);
   if (rule.decimals > 0 && typed.includes(',')) return refuse(`${rule.name}: use a point for decimals.`);
   const form = rule.decimals > 0 ? /^[+-]?(\d+\.?\d*|\.\d+)$/ : /^[+-]?\d+$/;
   if (!form.test(typed)) {
-    return refuse(`${rule.name}: ${rule.decimals > 0 ? 'a number' : 'a whole number'} ${range}.`);
+    return refuse(`${rule.name}: ${rule.decimals > 0 ? 'a number' : 'a whole number'}, ${range}.`);
   }
   const value = Number(Number(typed).toFixed(rule.decimals));
   if (value < rule.min || value > rule.max) return refuse(`${rule.name}: ${range}.`);

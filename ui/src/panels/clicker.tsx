@@ -10,10 +10,12 @@ import { IntervalGroup, rateText } from './interval';
 import { RepeatGroup } from './repeat';
 import './clicker.css';
 
+const kDoubleGap = 15; // ms between the two clicks of a double
+
 export function ClickerPanel() {
   const { sh, sm, ss, sms, sbtn, stype, rptMode, rptTimes, holdAuto } = settings.value;
   const interval = { hours: sh, minutes: sm, seconds: ss, milliseconds: sms };
-  const rate = rateText(interval, stype === 1 ? 'double clicks' : 'clicks');
+  const rate = stype === 1 ? rateText(interval, 'double clicks', kDoubleGap) : rateText(interval, 'clicks');
   return (
     <Panel
       id="panel-spammer"

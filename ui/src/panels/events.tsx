@@ -5,6 +5,7 @@ import { List } from '../components/list';
 import { NumberField } from '../components/number-field';
 import { Group } from '../components/panel';
 import { events, eventsLoading, recording } from '../store';
+import { eventText } from './event-text';
 import './events.css';
 
 const kLongestTime = 1_000_000; // seconds
@@ -31,10 +32,10 @@ export function EventList() {
           const entry = list[row];
           return (
             entry && (
-              <div class="event">
+              <div class="event" title={entry.desc}>
                 <span class="event__number">{row + 1}</span>
                 <span class="event__time">{entry.time.toFixed(3)}</span>
-                <span class="event__text">{entry.desc}</span>
+                <span class="event__text">{eventText(entry.desc)}</span>
               </div>
             )
           );

@@ -32,10 +32,10 @@ export function HotkeysPanel() {
     <Panel
       id="panel-ui"
       title="Hotkeys"
-      summary="They work in every window"
+      summary="Work in every window"
       action={
         has('resetHotkeys') && (
-          <Button kind="quiet" onPress={() => void resetHotkeys()}>
+          <Button kind="quiet" waiting={reassigning.value !== ''} onPress={() => void resetHotkeys()}>
             Reset hotkeys
           </Button>
         )
@@ -61,7 +61,7 @@ function Hotkey({ capture, field, what, name }: (typeof kHotkeys)[number]) {
       {waiting ? <CaptureNote what="Press a key..." /> : <KeyCap name={status.value[field]} />}
       <Button
         label={`Change the ${name} hotkey`}
-        disabled={reassigning.value !== ''}
+        waiting={reassigning.value !== ''}
         onPress={() => void captureKey(capture)}
       >
         Change

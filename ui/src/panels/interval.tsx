@@ -23,13 +23,14 @@ const kParts = [
 export const milliseconds = (interval: Interval) =>
   kParts.reduce((sum, part) => sum + interval[part.key] * part.length, 0);
 
-// What an interval means, as the engines take it: never less than a millisecond, and the action itself comes on top.
-export function rateText(interval: Interval, per: string): string {
-  const wait = Math.max(1, milliseconds(interval));
+// What an interval means, as the engines take it: never less than a millisecond, with `extra` milliseconds that the
+// action itself takes. Sending the input comes on top, so it is the most that can be reached.
+export function rateText(interval: Interval, per: string, extra = 0): string {
+  const wait = Math.max(1, milliseconds(interval)) + extra;
   const rate = 1000 / wait;
-  if (rate >= 1) return `Up to ${groupedNumber(Number(rate.toPrecision(4)))} ${per} a second`;
-  if (wait < 120000) return `One every ${groupedNumber(Number((wait / 1000).toFixed(3)))} seconds`;
-  return `One every ${groupedNumber(Number((wait / 60000).toFixed(2)))} minutes`;
+  if (rate >= 1) return `Up to ${groupedNumber(Number(rate.toPrecision(4)))} ${per}/s`;
+  if (wait < 120000) return `One every ${groupedNumber(Number((wait / 1000).toFixed(3)))} s`;
+  return `One every ${groupedNumber(Number((wait / 60000).toFixed(2)))} min`;
 }
 
 export function IntervalGroup(props: {

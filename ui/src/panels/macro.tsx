@@ -67,7 +67,7 @@ export function MacroPanel() {
       <p class="group__hint">
         {count === 0
           ? 'Record keeps what you do until you stop it.'
-          : 'Record starts over and replaces these events. Continue adds to them.'}
+          : 'Record starts over. Continue adds to these events.'}
       </p>
       <PlaybackGroup />
       <RecordGroup />
@@ -125,7 +125,7 @@ function playbackHint(): string {
 
 function recordHint({ tmv, tclk, tscr, tkey, trel }: Settings): string {
   if (!tmv && !tclk && !tscr && !tkey) return 'Nothing would be recorded.';
-  if (tmv && trel) return 'Raw movement suits games that hide the pointer.';
+  if (tmv && trel) return 'Raw moves suit games that hide the pointer.';
   return 'Clicks in this window and the hotkeys are left out.';
 }
 
@@ -139,7 +139,7 @@ function RecordGroup() {
         <Toggle label="Wheel" checked={tscr} onChange={(on) => void changeTracker({ tscr: on })} />
         <Toggle label="Keys" checked={tkey} onChange={(on) => void changeTracker({ tkey: on })} />
         <Toggle
-          label="Raw movement"
+          label="Raw moves"
           checked={trel}
           disabled={!tmv}
           onChange={(on) => void changeTracker({ trel: on })}

@@ -100,20 +100,23 @@ function TargetsGroup() {
             </button>
           </li>
         ))}
-        {keySpamTargets.length === 0 && <li class="targets__empty">No keys yet.</li>}
+        {waiting ? (
+          <li class="targets__item">
+            <CaptureNote what="Press a key..." />
+          </li>
+        ) : (
+          keySpamTargets.length === 0 && <li class="targets__empty">No keys yet.</li>
+        )}
       </ul>
       <div class="pair">
-        {waiting ? (
-          <CaptureNote what="Press a key..." />
-        ) : (
-          <Button
-            icon="plus"
-            disabled={full || reassigning.value !== ''}
-            onPress={() => void captureKey('keyspamtarget')}
-          >
-            Add key
-          </Button>
-        )}
+        <Button
+          icon="plus"
+          disabled={full}
+          waiting={reassigning.value !== ''}
+          onPress={() => void captureKey('keyspamtarget')}
+        >
+          Add key
+        </Button>
         <Segmented
           label="Key order"
           value={keySpamChord}

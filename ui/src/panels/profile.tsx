@@ -1,5 +1,4 @@
 import { useEffect, useRef, useState } from 'preact/hooks';
-import { has } from '../bridge';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
 import { Button } from '../components/button';
 import { groupedNumber } from '../components/numbers';
@@ -20,19 +19,19 @@ type Step = 'choose' | 'add' | 'clear' | 'delete';
 
 export function ProfilePanel() {
   const [step, setStep] = useState<Step>('choose');
-  if (!has('getProfiles')) return null;
   const { names, current, defaultName } = profiles.value;
   const name = names[current] ?? '';
   const isDefault = name === defaultName;
-  const done = () => setStep('choose');
+  const select = useRef<HTMLSelectElement>(null);
+  const done = () => {
+    setStep('choose');
+    select.current?.focus();
+  };
   const events = `${groupedNumber(eventCount.value)} ${eventCount.value === 1 ? 'event' : 'events'}`;
   return (
-    <Panel
-      id="panel-profile"
-      title="Profile"
-      summary={recording.value ? 'Cannot be changed while recording' : 'A macro with its tool settings'}
-    >
+    <Panel id="panel-profile" title="Profile" summary={name}>
       <select
+        ref={select}
         class="profile__select"
         aria-label="Profile"
         value={String(current)}
@@ -47,21 +46,35 @@ export function ProfilePanel() {
       </select>
       <div class="profile__step">
         {step === 'choose' && (
-          <div class="row">
-            <Button icon="plus" label="New profile" disabled={recording.value} onPress={() => setStep('add')}>
-              New
-            </Button>
-            <Button label="Clear profile" disabled={recording.value} onPress={() => setStep('clear')}>
-              Clear
-            </Button>
-            <Button
-              label="Delete profile"
-              disabled={recording.value || isDefault}
-              onPress={() => setStep('delete')}
-            >
-              Delete
-            </Button>
-          </div>
+          <>
+            <div class="row">
+              <Button
+                icon="plus"
+                label="New profile"
+                disabled={recording.value}
+                onPress={() => setStep('add')}
+              >
+                New
+              </Button>
+              <Button label="Clear profile" disabled={recording.value} onPress={() => setStep('clear')}>
+                Clear
+              </Button>
+              <Button
+                label="Delete profile"
+                disabled={recording.value || isDefault}
+                onPress={() => setStep('delete')}
+              >
+                Delete
+              </Button>
+            </div>
+            <p class="group__hint">
+              {recording.value
+                ? 'The profile stays as it is while a recording runs.'
+                : isDefault
+                  ? 'This profile can be cleared, not deleted.'
+                  : 'A macro with its tool settings.'}
+            </p>
+          </>
         )}
         {step === 'add' && <AddProfile names={names} onDone={done} />}
         {step === 'clear' && (

@@ -31,7 +31,7 @@ export function RepeatGroup(props: {
         <NumberField
           label={`Number of ${what}`}
           name={`Number of ${what}`}
-          unit={what}
+          unit={'\u00d7'}
           value={times}
           min={1}
           max={0x7fffffff}
