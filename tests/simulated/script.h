@@ -1,0 +1,17 @@
+// Scripts: what a person does and the program is asked, line by line, and below the line `expect` what comes of it.
+// tests/simulated/scripts/README.md lists the words.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct Script {
+    std::vector<std::string> steps;
+    std::vector<std::string> expected;
+    std::string head;  // everything up to and including the line `expect`, byte for byte
+};
+
+Script ReadScript(const std::string& path);
+// Runs the steps on fresh engines and gives the lines that came of them. An unknown word gives a line that says so.
+std::vector<std::string> RunScript(const std::vector<std::string>& steps);
+std::string JoinLines(const std::vector<std::string>& lines);
