@@ -82,7 +82,9 @@ class RealHand {
 
   ask(request) {
     return new Promise((resolve, reject) => {
-      this.replies.push((reply) => (reply ? resolve(reply) : reject(new Error('the outer X server is gone'))));
+      this.replies.push((reply) =>
+        reply ? resolve(reply) : reject(new Error('the outer X server is gone')),
+      );
       this.socket.write(request);
     });
   }

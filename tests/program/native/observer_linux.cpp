@@ -1,6 +1,10 @@
 // A window that tells what reaches it: observer TITLE X Y WIDTH HEIGHT. One JSON object a line on standard output, with
-// `t` in microseconds of the monotonic clock; keys by the kernel's code. A line "focus" on standard input asks for the
-// keyboard; the end of standard input ends it.
+// `t` in microseconds of the monotonic clock; keys by the kernel's code. Lines on standard input:
+//   focus            ask for the keyboard
+//   window TITLE     tell about another program's window: found, place, whether it is minimised or has the keyboard
+//   close TITLE      ask it to close, as its frame's button does
+//   minimise TITLE
+// The end of standard input ends it.
 #ifndef _WIN32
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
@@ -14,6 +18,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -23,16 +29,97 @@ int64_t Microseconds() {
     return int64_t{now.tv_sec} * 1000000 + now.tv_nsec / 1000;
 }
 
-void AskForFocus(Display* display, Window window) {
+void SendToRoot(Display* display, Window window, const char* message, long first) {
     XEvent event = {};
     event.xclient.type = ClientMessage;
     event.xclient.window = window;
-    event.xclient.message_type = XInternAtom(display, "_NET_ACTIVE_WINDOW", False);
+    event.xclient.message_type = XInternAtom(display, message, False);
     event.xclient.format = 32;
-    event.xclient.data.l[0] = 2;  // as a pager, which may
+    event.xclient.data.l[0] = first;
+    event.xclient.data.l[1] = message == std::string("_NET_CLOSE_WINDOW") ? 2 : 0;
     XSendEvent(display, DefaultRootWindow(display), False, SubstructureRedirectMask | SubstructureNotifyMask,
                &event);
     XFlush(display);
+}
+
+void AskForFocus(Display* display, Window window) {
+    SendToRoot(display, window, "_NET_ACTIVE_WINDOW", 2);  // as a pager, which may
+}
+
+// A property of any length, as raw bytes; longs for 32-bit items.
+std::vector<unsigned char> Property(Display* display, Window window, const char* name) {
+    Atom type = 0;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long rest = 0;
+    unsigned char* data = nullptr;
+    if (XGetWindowProperty(display, window, XInternAtom(display, name, False), 0, 4096, False,
+                           AnyPropertyType, &type, &format, &count, &rest, &data) != Success ||
+        !data) {
+        return {};
+    }
+    const size_t size = count * (format == 32 ? sizeof(long) : static_cast<size_t>(format) / 8);
+    std::vector<unsigned char> bytes(data, data + size);
+    XFree(data);
+    return bytes;
+}
+
+std::vector<long> LongProperty(Display* display, Window window, const char* name) {
+    const std::vector<unsigned char> bytes = Property(display, window, name);
+    std::vector<long> items(bytes.size() / sizeof(long));
+    if (!items.empty()) {
+        memcpy(items.data(), bytes.data(), items.size() * sizeof(long));
+    }
+    return items;
+}
+
+Window FindByTitle(Display* display, const std::string& title) {
+    for (const long window : LongProperty(display, DefaultRootWindow(display), "_NET_CLIENT_LIST")) {
+        const std::vector<unsigned char> name =
+            Property(display, static_cast<Window>(window), "_NET_WM_NAME");
+        if (title == std::string(name.begin(), name.end())) {
+            return static_cast<Window>(window);
+        }
+    }
+    return 0;
+}
+
+void PrintWindow(Display* display, const std::string& title) {
+    const Window window = FindByTitle(display, title);
+    XWindowAttributes attributes = {};
+    int x = 0;
+    int y = 0;
+    Window child = 0;
+    if (!window || !XGetWindowAttributes(display, window, &attributes)) {
+        printf("{\"type\":\"window\",\"found\":false}\n");
+        return;
+    }
+    XTranslateCoordinates(display, window, attributes.root, 0, 0, &x, &y, &child);
+    const std::vector<long> state = LongProperty(display, window, "WM_STATE");
+    const std::vector<long> active = LongProperty(display, DefaultRootWindow(display), "_NET_ACTIVE_WINDOW");
+    printf("{\"type\":\"window\",\"found\":true,\"x\":%d,\"y\":%d,\"width\":%d,\"height\":%d,\"minimised\":%"
+           "s,\"active\":%s}\n",
+           x, y, attributes.width, attributes.height,
+           !state.empty() && state[0] == IconicState ? "true" : "false",
+           !active.empty() && static_cast<Window>(active[0]) == window ? "true" : "false");
+}
+
+void Obey(Display* display, Window own, const std::string& line) {
+    const size_t blank = line.find(' ');
+    const std::string verb = line.substr(0, blank);
+    const std::string title = blank == std::string::npos ? "" : line.substr(blank + 1);
+    if (verb == "focus") {
+        AskForFocus(display, own);
+    } else if (verb == "window") {
+        PrintWindow(display, title);
+    } else if (const Window window = FindByTitle(display, title)) {
+        if (verb == "close") {
+            SendToRoot(display, window, "_NET_CLOSE_WINDOW", CurrentTime);
+        } else if (verb == "minimise") {
+            XIconifyWindow(display, window, DefaultScreen(display));
+            XFlush(display);
+        }
+    }
 }
 
 void PrintPlace(Display* display, Window window) {
@@ -94,6 +181,8 @@ int main(int argumentCount, char** arguments) {
         return 2;
     }
     setvbuf(stdout, nullptr, _IOLBF, 0);
+    // Other programs' windows come and go while we ask about them.
+    XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
     XkbSetDetectableAutoRepeat(display, True, nullptr);
     const int x = atoi(arguments[2]);
     const int y = atoi(arguments[3]);
@@ -114,6 +203,7 @@ int main(int argumentCount, char** arguments) {
                  KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask |
                      FocusChangeMask | StructureNotifyMask);
     XMapWindow(display, window);
+    std::string commands;
     for (;;) {
         while (XPending(display) > 0) {
             XEvent event;
@@ -127,12 +217,15 @@ int main(int argumentCount, char** arguments) {
         pollfd entries[] = {{ConnectionNumber(display), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
         poll(entries, 2, -1);
         if (entries[1].revents != 0) {
-            char line[64] = {};
-            if (read(STDIN_FILENO, line, sizeof line - 1) <= 0) {
+            char bytes[1024];
+            const ssize_t count = read(STDIN_FILENO, bytes, sizeof bytes);
+            if (count <= 0) {
                 break;
             }
-            if (strncmp(line, "focus", 5) == 0) {
-                AskForFocus(display, window);
+            commands.append(bytes, static_cast<size_t>(count));
+            for (size_t end = commands.find('\n'); end != std::string::npos; end = commands.find('\n')) {
+                Obey(display, window, commands.substr(0, end));
+                commands.erase(0, end + 1);
             }
         }
     }

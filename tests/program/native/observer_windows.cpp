@@ -1,7 +1,11 @@
 // A window that tells what reaches it: observer TITLE X Y WIDTH HEIGHT. One JSON object a line on standard output, with
 // `t` in microseconds of the performance counter; keys by the kernel's code, buttons by X11's numbers, so that a test
-// reads the same on every home. A line "focus" on standard input asks for the keyboard; the end of standard input ends
-// it.
+// reads the same on every home. Lines on standard input:
+//   focus            ask for the keyboard
+//   window TITLE     tell about another program's window: found, place, whether it is minimised or has the keyboard
+//   close TITLE      ask it to close, as its frame's button does
+//   minimise TITLE
+// The end of standard input ends it.
 #ifdef _WIN32
 #include <windows.h>
 #include <windowsx.h>
@@ -9,7 +13,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <string>
 
 namespace {
 
@@ -141,15 +145,47 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
     }
 }
 
+void PrintOtherWindow(HWND window) {
+    if (!window) {
+        PrintLine(R"({"type":"window","found":false})");
+        return;
+    }
+    RECT client = {};
+    POINT origin = {};
+    GetClientRect(window, &client);
+    ClientToScreen(window, &origin);
+    char line[240];
+    snprintf(line, sizeof line,
+             "{\"type\":\"window\",\"found\":true,\"x\":%ld,\"y\":%ld,\"width\":%ld,\"height\":%ld,"
+             "\"minimised\":%s,\"active\":%s}",
+             origin.x, origin.y, client.right, client.bottom, IsIconic(window) ? "true" : "false",
+             GetForegroundWindow() == window ? "true" : "false");
+    PrintLine(line);
+}
+
 DWORD WINAPI ReadCommands(void* context) {
-    auto* window = static_cast<HWND>(context);
-    char line[64];
-    while (fgets(line, sizeof line, stdin)) {
-        if (strncmp(line, "focus", 5) == 0) {
-            PostMessageW(window, kFocusMessage, 0, 0);
+    auto* own = static_cast<HWND>(context);
+    char bytes[1024];
+    while (fgets(bytes, sizeof bytes, stdin)) {
+        std::string line = bytes;
+        line.erase(line.find_last_not_of("\r\n") + 1);
+        const size_t blank = line.find(' ');
+        const std::string verb = line.substr(0, blank);
+        const std::string title = blank == std::string::npos ? "" : line.substr(blank + 1);
+        if (verb == "focus") {
+            PostMessageW(own, kFocusMessage, 0, 0);
+            continue;
+        }
+        HWND window = FindWindowA(nullptr, title.c_str());
+        if (verb == "window") {
+            PrintOtherWindow(window);
+        } else if (window && verb == "close") {
+            PostMessageW(window, WM_CLOSE, 0, 0);
+        } else if (window && verb == "minimise") {
+            PostMessageW(window, WM_SYSCOMMAND, SC_MINIMIZE, 0);
         }
     }
-    PostMessageW(window, kEndMessage, 0, 0);
+    PostMessageW(own, kEndMessage, 0, 0);
     return 0;
 }
 

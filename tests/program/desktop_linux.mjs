@@ -1,0 +1,77 @@
+// A desktop to test on: an X server, in it a second one as a window, in that a window manager. What XTEST does on the
+// outer server is real input for everything on the inner one.
+import { spawnSync } from 'node:child_process';
+import { mkdirSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
+import { start, stop, waitUntil } from './processes.mjs';
+import { openRealHand } from './real_hand.mjs';
+
+export const kScreen = { width: 1024, height: 768 };
+
+// Nothing of the person who runs the tests may matter.
+const kWindowManagerSettings = `<?xml version="1.0"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <focus><focusNew>yes</focusNew><followMouse>no</followMouse><raiseOnFocus>yes</raiseOnFocus></focus>
+  <placement><policy>Smart</policy></placement>
+  <desktops><number>1</number></desktops>
+  <keyboard></keyboard>
+  <mouse>
+    <context name="Client">
+      <mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
+    </context>
+  </mouse>
+</openbox_config>
+`;
+
+async function startServer(program, args, env) {
+  const child = start(program, [...args, '-nolisten', 'tcp', '-noreset', '-ac', '-displayfd', '3'], {
+    stdio: ['ignore', 'ignore', 'ignore', 'pipe'],
+    env,
+  });
+  let text = '';
+  child.stdio[3].on('data', (data) => (text += data));
+  await waitUntil(() => text.includes('\n') || child.result, `${program} starts`);
+  if (!text.includes('\n')) throw new Error(`${program} did not start`);
+  child.display = text.trim();
+  return child;
+}
+
+export async function openDesktop(folder) {
+  const children = [];
+  const base = { ...process.env, WAYLAND_DISPLAY: '', DISPLAY: '' };
+  const size = `${kScreen.width}x${kScreen.height}`;
+  try {
+    const outer = await startServer('Xvfb', ['-screen', '0', `${size}x24`], base);
+    children.push(outer);
+    const inner = await startServer('Xephyr', ['-screen', size, '-no-host-grab'], {
+      ...base,
+      DISPLAY: `:${outer.display}`,
+    });
+    children.push(inner);
+    const env = { ...base, DISPLAY: `:${inner.display}` };
+    mkdirSync(folder, { recursive: true });
+    writeFileSync(join(folder, 'rc.xml'), kWindowManagerSettings);
+    children.push(
+      start('openbox', ['--sm-disable', '--config-file', join(folder, 'rc.xml')], {
+        env: { ...env, HOME: folder, XDG_CONFIG_HOME: folder, XDG_CACHE_HOME: folder },
+        stdio: 'ignore',
+      }),
+    );
+    await waitUntil(() => spawnSync('wmctrl', ['-m'], { env }).status === 0, 'the window manager answers');
+    const hand = await openRealHand(outer.display);
+    await hand.moveTo(kScreen.width - 30, kScreen.height - 30);
+    return {
+      home: 'linux',
+      env,
+      hand,
+      screenshot: (file) => spawnSync('import', ['-window', 'root', file], { env, timeout: 10000 }),
+      close: async () => {
+        hand.close();
+        for (const child of children.reverse()) await stop(child);
+      },
+    };
+  } catch (error) {
+    for (const child of children.reverse()) await stop(child);
+    throw error;
+  }
+}

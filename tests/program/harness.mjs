@@ -1,0 +1,323 @@
+// Whole programs on a desktop with real input: the built program with the test web-view library in place of the real
+// one, its page in Chromium, and windows that tell what reaches them.
+//
+// VARNELLE_HOME is linux or windows, VARNELLE_BUILD the build folder; tests/program/run.sh sets both.
+import { spawnSync } from 'node:child_process';
+import {
+  copyFileSync,
+  cpSync,
+  existsSync,
+  mkdirSync,
+  mkdtempSync,
+  readFileSync,
+  readdirSync,
+  rmSync,
+} from 'node:fs';
+import { tmpdir } from 'node:os';
+import { dirname, join, resolve } from 'node:path';
+import { createInterface } from 'node:readline';
+import { fileURLToPath } from 'node:url';
+import { pause } from './real_hand.mjs';
+import { kQuietMilliseconds, start, stop, waitUntil } from './processes.mjs';
+import { launchBrowser, startWebViewServer } from './web_view_server.mjs';
+
+export const home = process.env.VARNELLE_HOME ?? 'linux';
+export const onWindows = home === 'windows';
+export const root = join(dirname(fileURLToPath(import.meta.url)), '../..');
+export const buildFolder = resolve(process.env.VARNELLE_BUILD ?? join(root, 'build', home));
+export const kMainTitle = 'Varnelle (Plus Version 1.0.1)';
+export const kScreenshots = join(buildFolder, 'tests/program');
+
+const exe = onWindows ? '.exe' : '';
+const programName = onWindows ? 'Varnelle.exe' : 'varnelle';
+const libraryName = onWindows ? 'libwebview.dll' : 'libwebview.so';
+export const testPrograms = join(buildFolder, 'tests/program');
+
+// A path as the programs of this home read it.
+export const nativePath = (path) => (onWindows ? `Z:${path.replaceAll('/', '\\')}` : path);
+
+// How a program of this home is started.
+export function startNative(program, args, options) {
+  return onWindows ? start('wine', [program, ...args], options) : start(program, args, options);
+}
+
+// Runs to its end; gives { code, output }.
+export function runNative(program, args, options = {}) {
+  const [command, list] = onWindows ? ['wine', [program, ...args]] : [program, args];
+  const result = spawnSync(command, list, { encoding: 'utf8', timeout: 60000, ...options });
+  return { code: result.status, output: result.stdout, errors: result.stderr };
+}
+
+// A folder with the program as shipped, but for its web-view library, and everything it reads and writes.
+export function makeInstallation({ library = join(buildFolder, 'tests/webview', libraryName) } = {}) {
+  const folder = mkdtempSync(join(tmpdir(), 'varnelle-program-'));
+  const dist = join(folder, 'program');
+  mkdirSync(dist);
+  copyFileSync(join(buildFolder, 'dist', programName), join(dist, programName));
+  cpSync(join(buildFolder, 'dist/ui'), join(dist, 'ui'), { recursive: true });
+  if (library) copyFileSync(library, join(dist, libraryName));
+  for (const name of ['data', 'run', 'home']) mkdirSync(join(folder, name), { mode: 0o700 });
+  return {
+    folder,
+    program: join(dist, programName),
+    data: join(folder, 'data/Varnelle'),
+    env: {
+      LOCALAPPDATA: nativePath(join(folder, 'data')),
+      XDG_RUNTIME_DIR: join(folder, 'run'),
+      HOME: join(folder, 'home'),
+    },
+    remove: () => rmSync(folder, { recursive: true, force: true, maxRetries: 5 }),
+  };
+}
+
+// Everything that a test file needs, in one place. Close it at the end.
+export async function openWorld() {
+  const { openDesktop, kScreen } = await import(`./desktop_${home}.mjs`);
+  const scratch = mkdtempSync(join(tmpdir(), 'varnelle-desktop-'));
+  const desktop = await openDesktop(scratch);
+  const browser = await launchBrowser();
+  const server = await startWebViewServer(browser);
+  const world = new World();
+  Object.assign(world, { desktop, browser, server, scratch, screen: kScreen, hand: desktop.hand });
+  return world;
+}
+
+class World {
+  opened = [];
+
+  // Starts the program and gives it with its page ready to press. `installation` keeps its data for a later start.
+  async startProgram({ installation = makeInstallation(), args = [] } = {}) {
+    const child = startNative(installation.program, args, {
+      env: {
+        ...this.desktop.env,
+        ...this.wineEnvironment(),
+        ...installation.env,
+        ...(onWindows ? { HOME: this.desktop.env.HOME } : {}),
+        VARNELLE_TEST_WEBVIEW_PORT: String(this.server.port),
+      },
+      cwd: installation.folder,
+    });
+    const program = new Program(this, child, installation);
+    this.opened.push(program);
+    const view = await Promise.race([
+      this.server.next(),
+      child.ended.then((result) => {
+        throw new Error(`the program ended before its window: ${JSON.stringify(result)}`);
+      }),
+    ]);
+    program.view = view;
+    program.page = await view.ready;
+    // The page is alive once its first poll was answered.
+    await waitUntil(() => existsSync(join(installation.data, 'status.txt')), 'the first poll');
+    return program;
+  }
+
+  // Starts the program without waiting for a page: a second instance, a console mode.
+  startBare(installation, args = []) {
+    return startNative(installation.program, args, {
+      env: {
+        ...this.desktop.env,
+        ...this.wineEnvironment(),
+        ...installation.env,
+        ...(onWindows ? { HOME: this.desktop.env.HOME } : {}),
+        VARNELLE_TEST_WEBVIEW_PORT: String(this.server.port),
+      },
+      cwd: installation.folder,
+    });
+  }
+
+  wineEnvironment() {
+    return onWindows ? { WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree=;mshtml=;winemenubuilder.exe=' } : {};
+  }
+
+  async openObserver(title, place = { x: 560, y: 120, width: 420, height: 420 }) {
+    const child = startNative(
+      join(testPrograms, `observer${exe}`),
+      [title, place.x, place.y, place.width, place.height].map(String),
+      { env: { ...this.desktop.env, ...this.wineEnvironment() }, stdio: ['pipe', 'pipe', 'inherit'] },
+    );
+    const observer = new Observer(child, this.hand);
+    this.opened.push(observer);
+    await waitUntil(() => observer.place, 'the observer shows its window');
+    await observer.takeFocus();
+    return observer;
+  }
+
+  async closeOpened() {
+    for (const entry of this.opened.splice(0).reverse()) await entry.kill();
+  }
+
+  async close() {
+    await this.closeOpened();
+    await this.server.close();
+    await this.browser.close();
+    await this.desktop.close();
+    rmSync(this.scratch, { recursive: true, force: true });
+  }
+}
+
+// A window that tells what reaches it.
+export class Observer {
+  events = []; // keys, buttons, wheel, moves, in the order of their arrival
+  focused = false;
+  place = null;
+
+  constructor(child, hand) {
+    this.child = child;
+    this.hand = hand;
+    this.windowReaders = [];
+    createInterface({ input: child.stdout }).on('line', (line) => this.receive(JSON.parse(line)));
+    child.stdin.on('error', () => {});
+  }
+
+  receive(message) {
+    if (message.type === 'place') this.place = message;
+    else if (message.type === 'focus') this.focused = message.in;
+    else if (message.type === 'window') this.windowReaders.shift()?.(message);
+    else this.events.push(message);
+  }
+
+  say(line) {
+    this.child.stdin.write(`${line}\n`);
+  }
+  async takeFocus() {
+    if (!this.focused) this.say('focus');
+    await waitUntil(() => this.focused, 'the observer gets the keyboard');
+  }
+  clear() {
+    this.events = [];
+  }
+  keys() {
+    return this.events.filter((event) => event.type === 'key');
+  }
+  buttons() {
+    return this.events.filter((event) => event.type === 'button');
+  }
+  presses() {
+    return this.buttons().filter((event) => event.down);
+  }
+  center() {
+    return { x: this.place.x + this.place.width / 2, y: this.place.y + this.place.height / 2 };
+  }
+  async pointAt(dx = 0, dy = 0) {
+    const { x, y } = this.center();
+    await this.hand.moveTo(Math.round(x + dx), Math.round(y + dy));
+  }
+
+  // About another program's window.
+  window(title) {
+    return new Promise((resolve, reject) => {
+      this.windowReaders.push(resolve);
+      this.child.ended.then(() => reject(new Error('the observer has ended')));
+      this.say(`window ${title}`);
+    });
+  }
+  closeWindow(title) {
+    this.say(`close ${title}`);
+  }
+  minimiseWindow(title) {
+    this.say(`minimise ${title}`);
+  }
+
+  // Waits until nothing has come for a while.
+  async settle() {
+    for (let count = -1; count !== this.events.length; ) {
+      count = this.events.length;
+      await pause(kQuietMilliseconds);
+    }
+  }
+
+  async kill() {
+    await stop(this.child);
+  }
+}
+
+export class Program {
+  constructor(world, child, installation) {
+    this.world = world;
+    this.child = child;
+    this.installation = installation;
+  }
+
+  // The mirror of the last poll, as other programs see it; null while it is being replaced.
+  status() {
+    try {
+      return JSON.parse(readFileSync(join(this.installation.data, 'status.txt'), 'utf8'));
+    } catch {
+      return null;
+    }
+  }
+  waitForStatus(condition, what) {
+    return waitUntil(() => {
+      const status = this.status();
+      return status && condition(status) ? status : null;
+    }, what);
+  }
+  readData(name) {
+    return readFileSync(join(this.installation.data, name), 'latin1').replaceAll('\r\n', '\n');
+  }
+  dataFiles() {
+    return readdirSync(this.installation.data);
+  }
+
+  // What the page knows, by the page's own commands.
+  call(name, ...args) {
+    return this.page.evaluate(([command, list]) => window[command](...list), [name, args]);
+  }
+
+  // Pressing the page, as a person would.
+  panel(name) {
+    return this.page.getByRole('region', { name, exact: true });
+  }
+  async press(name, within = this.page) {
+    await within.getByRole('button', { name, exact: true }).click();
+  }
+  async choose(group, option, within = this.page) {
+    // The label is what a person clicks; the radio button in it is what a reader finds.
+    const radio = within.getByRole('radiogroup', { name: group, exact: true }).getByRole('radio', {
+      name: option,
+      exact: true,
+    });
+    await radio.check({ force: true });
+  }
+  async enter(label, value, within = this.page) {
+    const field = within.getByLabel(label, { exact: true });
+    await field.fill(String(value));
+    await field.press('Enter');
+  }
+  async toggle(label, on, within = this.page) {
+    await within.getByRole('switch', { name: label, exact: true }).setChecked(on, { force: true });
+  }
+  stateText() {
+    return this.page.getByRole('status', { name: 'State' }).innerText();
+  }
+  waitForStateText(pattern) {
+    return waitUntil(async () => pattern.test(await this.stateText()), `the page says ${pattern}`);
+  }
+  // The settings have arrived in the program.
+  waitForSettings(condition, what) {
+    return waitUntil(async () => condition(await this.call('getSettings')), what);
+  }
+
+  // Threads of the process; 0 when it is gone.
+  threadCount() {
+    try {
+      return readdirSync(`/proc/${this.child.pid}/task`).length;
+    } catch {
+      return 0;
+    }
+  }
+
+  // As a person closes a window; gives the exit code.
+  async closeWindow(observer) {
+    observer.closeWindow(kMainTitle);
+    const result = await Promise.race([this.child.ended, pause(20000).then(() => null)]);
+    if (!result) throw new Error('the program did not end after its window was closed');
+    return result.code;
+  }
+
+  async kill() {
+    await stop(this.child);
+    if (this.view?.failure) throw this.view.failure;
+  }
+}

@@ -1,0 +1,208 @@
+// The page host on its own: what it says when something is missing, how it answers the page, how it ends.
+import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
+import { copyFileSync, mkdirSync, mkdtempSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { createInterface } from 'node:readline';
+import { after, before, test } from 'node:test';
+import { buildFolder, onWindows, openWorld, startNative, testPrograms } from './harness.mjs';
+import { stop, waitUntil } from './processes.mjs';
+
+const exe = onWindows ? '.exe' : '';
+const libraryName = onWindows ? 'libwebview.dll' : 'libwebview.so';
+const testLibrary = join(buildFolder, 'tests/webview', libraryName);
+const realLibrary = join(buildFolder, 'dist', libraryName);
+const limit = { timeout: 60000 };
+
+let world;
+let folder;
+let probe;
+
+before(async () => {
+  world = await openWorld();
+  folder = mkdtempSync(join(tmpdir(), 'varnelle-probe-'));
+}, limit);
+after(async () => {
+  await world?.close();
+  rmSync(folder, { recursive: true, force: true });
+}, limit);
+
+// The probe with its own folder, and in it only what the test puts there.
+function startProbe(name, { library, env = {}, cwd } = {}) {
+  const own = join(folder, name);
+  mkdirSync(own);
+  copyFileSync(join(testPrograms, `page_host_probe${exe}`), join(own, `page_host_probe${exe}`));
+  if (library) copyFileSync(library, join(own, libraryName));
+  probe = startNative(join(own, `page_host_probe${exe}`), [], {
+    cwd: cwd ?? own,
+    stdio: ['ignore', 'pipe', 'inherit'],
+    env: {
+      ...world.desktop.env,
+      ...world.wineEnvironment(),
+      VARNELLE_TEST_WEBVIEW_PORT: String(world.server.port),
+      ...env,
+    },
+  });
+  probe.lines = [];
+  createInterface({ input: probe.stdout }).on('line', (line) => probe.lines.push(line.replace('\r', '')));
+  return probe;
+}
+
+// What the person is told: one sentence that ends with what to do.
+async function failureOf(name, options) {
+  const child = startProbe(name, options);
+  try {
+    const result = await waitUntil(() => child.result, 'the probe ends', 30000);
+    assert.equal(result.code, 1);
+    assert.equal(child.lines.length, 1);
+    const sentence = child.lines[0].replace(/^failed /, '');
+    assert.match(sentence, /^Varnelle cannot show its window because .*; .*\.$/);
+    return sentence;
+  } finally {
+    await stop(child);
+  }
+}
+
+test('a missing library is named with its place', limit, async () => {
+  assert.match(await failureOf('missing'), /missing.libwebview\.(so|dll) is missing; put it back/);
+});
+
+test('a library in the current directory is not taken', limit, async () => {
+  const elsewhere = join(folder, 'elsewhere');
+  mkdirSync(elsewhere);
+  copyFileSync(testLibrary, join(elsewhere, libraryName));
+  assert.match(await failureOf('planted', { cwd: elsewhere }), /is missing; put it back/);
+});
+
+test('a damaged library is said to be one', limit, async () => {
+  const damaged = join(folder, 'damaged.bin');
+  writeFileSync(damaged, 'not a library');
+  assert.match(await failureOf('damaged', { library: damaged }), /does not load/);
+});
+
+test('a library without our functions is said to be a wrong one', limit, async () => {
+  const other = onWindows
+    ? join(process.env.WINEPREFIX, 'drive_c/windows/system32/version.dll')
+    : spawnSync('sh', ['-c', "ldconfig -p | awk '/libXtst.so.6 .*x86-64/ { print $NF; exit }'"], {
+        encoding: 'utf8',
+      }).stdout.trim();
+  assert.match(await failureOf('other', { library: other }), /lacks webview_create; install Varnelle again/);
+});
+
+test('a library whose own libraries are missing says what to install', limit, async () => {
+  if (onWindows) {
+    const env = { WINEDLLOVERRIDES: 'mscoree=;mshtml=;msvcp140=;vcruntime140=;vcruntime140_1=' };
+    assert.match(
+      await failureOf('runtime', { library: realLibrary, env }),
+      /Visual C\+\+ runtime \(x64\) is missing; install it from/,
+    );
+    return;
+  }
+  const needy = join(folder, 'needy.so');
+  copyFileSync(testLibrary, needy);
+  assert.equal(spawnSync('patchelf', ['--add-needed', 'libnowhere.so.1', needy]).status, 0);
+  assert.match(
+    await failureOf('needy', { library: needy }),
+    /libnowhere\.so\.1.*; install the packages libwebkitgtk-6\.0-4/,
+  );
+});
+
+test('no display', { ...limit, skip: onWindows && 'Windows always has one' }, async () => {
+  assert.match(
+    await failureOf('unset', { library: testLibrary, env: { DISPLAY: '' } }),
+    /DISPLAY names no X11 display/,
+  );
+  assert.match(
+    await failureOf('dead', { library: testLibrary, env: { DISPLAY: ':65000' } }),
+    /the X11 display :65000 does not answer/,
+  );
+});
+
+test('a view that does not start', limit, async () => {
+  const sentence = await failureOf('silent', {
+    library: testLibrary,
+    env: { VARNELLE_TEST_WEBVIEW_PORT: '1' },
+  });
+  assert.match(sentence, onWindows ? /WebView2 runtime is missing or damaged; install it/ : /did not start/);
+});
+
+test(
+  'a registered browser runtime that is not there',
+  { ...limit, skip: !onWindows && 'a matter of the Windows registry' },
+  async () => {
+    const key =
+      'HKLM\\Software\\WOW6432Node\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}';
+    const reg = (...args) => spawnSync('wine', ['reg', ...args], { stdio: 'ignore', timeout: 30000 });
+    reg('add', key, '/v', 'EBWebView', '/d', 'C:\\nowhere', '/f');
+    try {
+      assert.match(
+        await failureOf('registered', { library: testLibrary }),
+        /WebView2 runtime is missing or damaged/,
+      );
+    } finally {
+      reg('delete', key, '/f');
+    }
+  },
+);
+
+test('the page is answered, work keeps its order, and leaving from another thread works', limit, async () => {
+  const child = startProbe('working', { library: testLibrary });
+  try {
+    const view = await world.server.next();
+    const page = await view.ready;
+    await waitUntil(() => child.lines.some((line) => line.includes('counted')), 'the page has told all');
+    assert.deepEqual(child.lines, [
+      'window 1',
+      'page ["echo resolved [\\"a \\\\\\"quoted\\\\\\" é\\",5]"]',
+      'page ["nothing resolved undefined"]',
+      'page ["fail rejected \\"a \\\\\\"bad\\\\\\" number\\""]',
+      'page ["failOddly rejected \\"The command failed.\\""]',
+      'page ["foreign resolved \\"caf\ufffd \u{1f600}\\""]',
+      'page ["counted in order"]',
+    ]);
+    await page.mouse.click(50, 50);
+    assert.equal((await child.ended).code, 0);
+    assert.deepEqual(child.lines.slice(-1), ['ended']);
+    assert.equal(view.closed, true);
+    assert.equal(view.failure, null);
+  } finally {
+    await stop(child);
+  }
+});
+
+test('closing the window ends the loop, and what comes later is dropped', limit, async () => {
+  const child = startProbe('closing', { library: testLibrary });
+  const observer = await world.openObserver('Beside the probe');
+  try {
+    const view = await world.server.next();
+    await view.ready;
+    await waitUntil(async () => (await observer.window('Page host probe')).found, 'the window is there');
+    const place = await observer.window('Page host probe');
+    assert.equal(place.width, 500);
+    assert.equal(place.height, 300);
+    observer.closeWindow('Page host probe');
+    assert.equal((await child.ended).code, 0);
+    assert.ok(!child.lines.includes('ran after the end'));
+    assert.equal(child.lines.at(-1), 'ended');
+  } finally {
+    await observer.kill();
+    await stop(child);
+  }
+});
+
+test(
+  'the shipped library has no search path of its own',
+  { ...limit, skip: onWindows && 'an ELF matter' },
+  () => {
+    const dynamic = spawnSync('readelf', ['-d', realLibrary], { encoding: 'utf8' }).stdout;
+    assert.match(dynamic, /libwebkitgtk-6\.0\.so\.4/);
+    assert.doesNotMatch(dynamic, /RPATH|RUNPATH/);
+  },
+);
+
+test('the program folder has everything that is shipped', () => {
+  for (const file of ['ui/index.html', 'ui/vendor/Sortable.min.js', 'licenses/webview.txt', libraryName]) {
+    assert.ok(spawnSync('test', ['-s', join(buildFolder, 'dist', file)]).status === 0, `${file} is missing`);
+  }
+});

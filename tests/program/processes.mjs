@@ -1,0 +1,45 @@
+// Starting and ending other programs, waiting for things. Whatever was started here ends with this process.
+import { spawn } from 'node:child_process';
+import { pause } from './real_hand.mjs';
+
+const running = new Set();
+
+process.on('exit', () => {
+  for (const child of running) child.kill('SIGKILL');
+});
+for (const signal of ['SIGINT', 'SIGTERM']) process.on(signal, () => process.exit(1));
+
+export function start(program, args, options = {}) {
+  const child = spawn(program, args, { stdio: ['ignore', 'ignore', 'inherit'], ...options });
+  running.add(child);
+  child.ended = new Promise((resolve) => {
+    child.on('error', (error) => resolve({ error }));
+    child.on('exit', (code, signal) => resolve({ code, signal }));
+  }).then((result) => {
+    running.delete(child);
+    child.result = result;
+    return result;
+  });
+  return child;
+}
+
+export async function stop(child) {
+  if (child && !child.result) {
+    child.kill('SIGKILL');
+    await child.ended;
+  }
+}
+
+// Looks again every few milliseconds until `condition` gives something; gives that.
+export async function waitUntil(condition, what, limitMilliseconds = 20000) {
+  const deadline = Date.now() + limitMilliseconds;
+  for (;;) {
+    const value = await condition();
+    if (value) return value;
+    if (Date.now() > deadline) throw new Error(`waited ${limitMilliseconds} ms in vain: ${what}`);
+    await pause(5);
+  }
+}
+
+// What must not happen has had this long to happen.
+export const kQuietMilliseconds = 300;
