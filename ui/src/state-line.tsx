@@ -113,12 +113,13 @@ function detail(running: Running[]): ComponentChildren {
       </>
     );
   }
+  const many = running.length > 1;
   return running.map((entry, i) => (
     <span key={entry.word}>
-      {i > 0 && ' '}
-      {entry.held ? 'Release ' : ''}
-      <KeyCap name={entry.key} /> {entry.held ? 'to stop' : 'stops'}
-      {running.length > 1 ? ` ${entry.word.toLowerCase()}` : entry.held ? '' : ' it'}
+      {i > 0 && ', '}
+      {entry.held && (i > 0 ? 'releasing ' : 'Releasing ')}
+      <KeyCap name={entry.key} /> {i === 0 && 'stops '}
+      {many ? entry.word.toLowerCase() : 'it'}
     </span>
   ));
 }
