@@ -1,0 +1,137 @@
+// NOTE: a held device hands every event to the input thread, also those that this program sends, and the way through it
+// leaves a moment in which the release of the held key may slip past to the application.
+// HACK: while a device is held, fake input for it is handed to the input thread, which lets go, sends, and takes hold
+// again in one go on its own connection. The sender waits, so that its input keeps its order.
+#include "platform/linux/hook_injection.h"
+
+#include "platform/linux/hook_thread.h"
+#include "platform/linux/hook_wake.h"
+
+#include <X11/extensions/XTest.h>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+namespace {
+
+enum class FakeKind { Key, Button, Position, Motion };
+
+struct FakeInput {
+    FakeKind kind = FakeKind::Key;
+    uint32_t code = 0;
+    bool press = false;
+    int32_t x = 0;
+    int32_t y = 0;
+    bool sent = false;  // guarded by the list's mutex
+};
+
+// A sender gives up waiting after this and sends by itself: the input thread may be busy in a sink.
+constexpr auto kHandOverLimit = std::chrono::milliseconds(50);
+
+// Written by the input thread, read by the senders.
+std::atomic<bool> keyboardHeld{false};
+std::atomic<bool> pointerHeld{false};
+
+std::mutex handOverMutex;
+std::condition_variable handOverDone;
+std::vector<FakeInput*> handedOver;  // guarded by handOverMutex; each lives on its sender's stack
+thread_local bool isInputThread = false;
+
+void SendNow(Display* display, const FakeInput& input) {
+    switch (input.kind) {
+    case FakeKind::Key:
+        XTestFakeKeyEvent(display, input.code, input.press ? True : False, CurrentTime);
+        break;
+    case FakeKind::Button:
+        XTestFakeButtonEvent(display, input.code, input.press ? True : False, CurrentTime);
+        break;
+    case FakeKind::Position:
+        XTestFakeMotionEvent(display, -1, input.x, input.y, CurrentTime);
+        break;
+    case FakeKind::Motion:
+        XTestFakeRelativeMotionEvent(display, input.x, input.y, CurrentTime);
+        break;
+    }
+}
+
+bool SendThroughInputThread(FakeInput& input) {
+    std::unique_lock lock(handOverMutex);
+    handedOver.push_back(&input);
+    WakeHookThread();
+    handOverDone.wait_for(lock, kHandOverLimit, [&] { return input.sent; });
+    if (!input.sent) {
+        std::erase(handedOver, &input);
+    }
+    return input.sent;
+}
+
+void Send(Display* display, FakeInput& input) {
+    const std::atomic<bool>& held = input.kind == FakeKind::Key ? keyboardHeld : pointerHeld;
+    if (held.load() && !isInputThread && SendThroughInputThread(input)) {
+        return;
+    }
+    SendNow(display, input);
+    XFlush(display);
+}
+
+}  // namespace
+
+void SendFakeKey(Display* display, uint32_t keycode, bool press) {
+    FakeInput input;
+    input.kind = FakeKind::Key;
+    input.code = keycode;
+    input.press = press;
+    Send(display, input);
+}
+
+void SendFakeButton(Display* display, uint32_t button, bool press) {
+    FakeInput input;
+    input.kind = FakeKind::Button;
+    input.code = button;
+    input.press = press;
+    Send(display, input);
+}
+
+void SendFakePosition(Display* display, int32_t rootX, int32_t rootY) {
+    FakeInput input;
+    input.kind = FakeKind::Position;
+    input.x = rootX;
+    input.y = rootY;
+    Send(display, input);
+}
+
+void SendFakeMotion(Display* display, int32_t dx, int32_t dy) {
+    FakeInput input;
+    input.kind = FakeKind::Motion;
+    input.x = dx;
+    input.y = dy;
+    Send(display, input);
+}
+
+void PublishHolds(const HookThread& thread) {
+    isInputThread = true;
+    keyboardHeld.store(thread.keyboard.held);
+    pointerHeld.store(thread.pointer.held);
+}
+
+bool HandOverWaits() {
+    const std::lock_guard lock(handOverMutex);
+    return !handedOver.empty();
+}
+
+void SendHandedOver(HookThread& thread) {
+    const std::lock_guard lock(handOverMutex);
+    for (FakeInput* input : handedOver) {
+        Gate& gate = input->kind == FakeKind::Key ? thread.keyboard : thread.pointer;
+        PauseHold(thread, gate);
+        SendNow(thread.display, *input);
+        AdjustHold(thread, gate);
+        input->sent = true;
+    }
+    handedOver.clear();
+    XFlush(thread.display);
+    handOverDone.notify_all();
+}

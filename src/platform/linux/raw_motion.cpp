@@ -1,0 +1,85 @@
+#include "platform/linux/raw_motion.h"
+
+#include <cmath>
+
+namespace {
+
+constexpr size_t kMostWaiting = 4096;  // reports of a device that cannot be told apart; the oldest go first
+constexpr double kSamePlace = 1.0;     // pixels: positions are rounded on the way
+constexpr double kClearlyApart = 3.0;  // pixels
+
+void AppendCounts(RawMotion& motion, double dx, double dy, int64_t counter, std::vector<RawCounts>& counts) {
+    // Some drivers report parts of a count; what is left over belongs to the next report.
+    const double x = motion.restX + dx;
+    const double y = motion.restY + dy;
+    const double wholeX = std::trunc(x);
+    const double wholeY = std::trunc(y);
+    motion.restX = x - wholeX;
+    motion.restY = y - wholeY;
+    if (wholeX != 0 || wholeY != 0) {
+        counts.push_back(RawCounts{static_cast<int32_t>(wholeX), static_cast<int32_t>(wholeY), counter});
+    }
+}
+
+void AppendReport(RawMotion& motion, const RawReport& report, std::vector<RawCounts>& counts) {
+    if (motion.kind == RawKind::Relative) {
+        AppendCounts(motion, report.movedX ? report.x : 0, report.movedY ? report.y : 0, report.counter,
+                     counts);
+        return;
+    }
+    const double x = report.movedX ? report.x : motion.lastX;
+    const double y = report.movedY ? report.y : motion.lastY;
+    if (motion.lastKnown) {
+        AppendCounts(motion, x - motion.lastX, y - motion.lastY, report.counter, counts);
+    }
+    motion.lastX = x;
+    motion.lastY = y;
+    motion.lastKnown = true;
+}
+
+bool Near(double left, double right, double distance) {
+    return std::abs(left - right) <= distance;
+}
+
+}  // namespace
+
+void TakeRawReport(RawMotion& motion, const RawReport& report, std::vector<RawCounts>& counts) {
+    if (motion.kind == RawKind::Relative || motion.kind == RawKind::Hidden) {
+        AppendReport(motion, report, counts);
+    } else if (motion.kind == RawKind::Unknown) {
+        if (motion.waiting.size() == kMostWaiting) {
+            motion.waiting.erase(motion.waiting.begin());
+        }
+        motion.waiting.push_back(report);
+    }
+}
+
+// A position of the device is where the pointer is afterwards; a count is not, except near the corner, where both
+// may be: there the judgement waits for a report that only one of them explains.
+void JudgeRawMotion(RawMotion& motion, double beforeX, double beforeY, double afterX, double afterY,
+                    std::vector<RawCounts>& counts) {
+    if (motion.kind != RawKind::Unknown || motion.waiting.empty()) {
+        return;
+    }
+    const RawReport& last = motion.waiting.back();
+    const bool couldBePosition = (!last.movedX || Near(last.x, afterX, kSamePlace)) &&
+                                 (!last.movedY || Near(last.y, afterY, kSamePlace));
+    if (couldBePosition) {
+        const bool positionOnly = (last.movedX && !Near(last.x, afterX - beforeX, kClearlyApart)) ||
+                                  (last.movedY && !Near(last.y, afterY - beforeY, kClearlyApart));
+        if (!positionOnly) {
+            return;
+        }
+        motion.kind = RawKind::Hidden;
+        motion.lastX = beforeX;
+        motion.lastY = beforeY;
+        motion.lastKnown = true;
+    } else {
+        motion.kind = RawKind::Relative;
+    }
+    std::vector<RawReport> waiting;
+    waiting.swap(motion.waiting);
+    for (const RawReport& report : waiting) {
+        AppendReport(motion, report, counts);
+    }
+}

@@ -1,0 +1,168 @@
+#include "platform/linux/x11_display.h"
+
+#include "platform/clock.h"
+
+#include <X11/Xresource.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/Xrandr.h>
+#include <atomic>
+
+namespace {
+
+std::atomic<XErrorHandler> olderErrorHandler{nullptr};
+
+// Which connections are ours cannot be asked in the handler, so ours carry a mark in a property that Xlib leaves to the
+// program.
+XContext OwnDisplayMark() {
+    static const XContext mark = XUniqueContext();
+    return mark;
+}
+
+int OnProtocolError(Display* display, XErrorEvent* event) {
+    XPointer found = nullptr;
+    if (XFindContext(display, None, OwnDisplayMark(), &found) == 0) {
+        return 0;
+    }
+    const XErrorHandler older = olderErrorHandler.load();
+    return older == nullptr ? 0 : older(display, event);
+}
+
+void OnConnectionLost(Display* /*display*/, void* lost) {
+    *static_cast<bool*>(lost) = true;
+}
+
+// One thread's connection. `screen` is right until the server tells of a change.
+class OwnConnection {
+  public:
+    OwnConnection() = default;
+    ~OwnConnection() { Close(); }
+    OwnConnection(const OwnConnection&) = delete;
+    OwnConnection& operator=(const OwnConnection&) = delete;
+
+    Display* Get() {
+        if (lost_) {
+            return nullptr;
+        }
+        if (display_ == nullptr) {
+            const int64_t now = ReadPerformanceCounter();
+            if (now < nextTry_) {
+                return nullptr;
+            }
+            nextTry_ = now + ReadPerformanceFrequency();
+            display_ = OpenDisplay(&lost_);
+            if (display_ != nullptr) {
+                WatchScreen();
+            }
+        }
+        return display_;
+    }
+
+    ScreenArea Screen() {
+        Display* display = Get();
+        if (display == nullptr) {
+            return ScreenArea{};
+        }
+        while (XPending(display) > 0) {
+            XEvent event;
+            XNextEvent(display, &event);
+            XRRUpdateConfiguration(&event);
+            screenKnown_ = false;
+        }
+        if (!screenKnown_) {
+            screen_ = QueryPrimaryScreen(display);
+            screenKnown_ = watching_;
+        }
+        return screen_;
+    }
+
+  private:
+    void WatchScreen() {
+        int errorBase = 0;
+        int eventBase = 0;
+        watching_ = XRRQueryExtension(display_, &eventBase, &errorBase) != 0;
+        if (watching_) {
+            XRRSelectInput(display_, DefaultRootWindow(display_),
+                           RRScreenChangeNotifyMask | RRCrtcChangeNotifyMask | RROutputChangeNotifyMask);
+        }
+    }
+
+    void Close() {
+        if (display_ != nullptr) {
+            CloseDisplay(display_);
+            display_ = nullptr;
+        }
+    }
+
+    Display* display_ = nullptr;
+    bool lost_ = false;
+    int64_t nextTry_ = INT64_MIN;
+    bool watching_ = false;
+    bool screenKnown_ = false;
+    ScreenArea screen_;
+};
+
+OwnConnection& ThreadConnection() {
+    thread_local OwnConnection connection;
+    return connection;
+}
+
+}  // namespace
+
+Display* OpenDisplay(bool* lost) {
+    // Another library may have set its own handler since; ours goes in front of it, once.
+    const XErrorHandler previous = XSetErrorHandler(OnProtocolError);
+    if (previous != OnProtocolError) {
+        olderErrorHandler.store(previous);
+    }
+    Display* display = XOpenDisplay(nullptr);
+    if (display == nullptr) {
+        return nullptr;
+    }
+    static char mark = 0;
+    XSaveContext(display, None, OwnDisplayMark(), &mark);
+    XSetIOErrorExitHandler(display, OnConnectionLost, lost);
+    return display;
+}
+
+void CloseDisplay(Display* display) {
+    XDeleteContext(display, None, OwnDisplayMark());
+    XCloseDisplay(display);
+}
+
+Display* ThreadDisplay() {
+    return ThreadConnection().Get();
+}
+
+ScreenArea QueryPrimaryScreen(Display* display) {
+    ScreenArea area;
+    const int screen = DefaultScreen(display);
+    area.width = DisplayWidth(display, screen);
+    area.height = DisplayHeight(display, screen);
+    int major = 0;
+    int minor = 0;
+    if (XRRQueryVersion(display, &major, &minor) == 0 || (major == 1 && minor < 5)) {
+        return area;
+    }
+    int count = 0;
+    XRRMonitorInfo* monitors = XRRGetMonitors(display, RootWindow(display, screen), True, &count);
+    if (monitors == nullptr) {
+        return area;
+    }
+    const XRRMonitorInfo* chosen = nullptr;
+    for (int index = 0; index < count; ++index) {
+        const XRRMonitorInfo& monitor = monitors[index];
+        if (monitor.width > 0 && monitor.height > 0 &&
+            (chosen == nullptr || (monitor.primary && !chosen->primary))) {
+            chosen = &monitor;
+        }
+    }
+    if (chosen != nullptr) {
+        area = ScreenArea{chosen->x, chosen->y, chosen->width, chosen->height};
+    }
+    XRRFreeMonitors(monitors);
+    return area;
+}
+
+ScreenArea PrimaryScreen() {
+    return ThreadConnection().Screen();
+}
