@@ -1,0 +1,456 @@
+#include "engines/hotkeys.h"
+
+#include "engines/engine_state.h"
+#include "engines/recorder.h"
+#include "platform/wake.h"
+#include "test_support.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace {
+
+constexpr uint32_t kF6 = 117;
+constexpr uint32_t kF7 = 118;
+constexpr uint32_t kF8 = 119;
+constexpr uint32_t kF9 = 120;
+constexpr uint32_t kF10 = 121;
+constexpr uint32_t kKeyA = 65;
+constexpr uint32_t kEscape = 27;
+
+using Names = std::set<std::string>;
+
+class HotkeysTest : public EngineStateTest {
+  protected:
+    HotkeysTest() {
+        ResetHookState();
+        engineState.dispatchEvent = CreateWakeEvent(WakeReset::Automatic);
+        MutexLock lock(macroMutex);
+        macroState.profiles = {Profile{DefaultProfileName, {}, {}}};
+    }
+    ~HotkeysTest() override {
+        CloseWakeEvent(engineState.dispatchEvent);
+        engineState.dispatchEvent = nullptr;
+        ResetHookState();
+    }
+
+    // The requests raised since the last call.
+    static Names TakeRaised() {
+        Names raised;
+        const std::map<std::string, std::atomic<bool>*> requests = {
+            {"toggleRecord", &engineState.reqToggleRecord},
+            {"startRecord", &engineState.reqStartRecord},
+            {"stopRecord", &engineState.reqStopRecord},
+            {"continueRecord", &engineState.reqContinueRecord},
+            {"undoContinue", &engineState.reqUndoContinue},
+            {"togglePlay", &engineState.reqTogglePlay},
+            {"startPlay", &engineState.reqStartPlay},
+            {"stopPlay", &engineState.reqStopPlay},
+            {"toggleAuto", &engineState.reqToggleAuto},
+            {"startAuto", &engineState.reqStartAuto},
+            {"stopAuto", &engineState.reqStopAuto},
+            {"toggleKeySpam", &engineState.reqToggleKeySpam},
+            {"startKeySpam", &engineState.reqStartKeySpam},
+            {"stopKeySpam", &engineState.reqStopKeySpam},
+        };
+        for (const auto& [name, flag] : requests) {
+            if (flag->exchange(false)) {
+                raised.insert(name);
+            }
+        }
+        return raised;
+    }
+    // Whether the dispatcher was woken since the last call.
+    static bool TakeWake() {
+        WakeEvent* const events[] = {engineState.dispatchEvent};
+        return WaitForAny(events, 1, 0) == 0;
+    }
+    static bool PressConsumed(uint32_t key) { return DecideKey(key, true) == HookAnswer::Consume; }
+    static bool ReleaseConsumed(uint32_t key) { return DecideKey(key, false) == HookAnswer::Consume; }
+    static bool ClickConsumed(uint32_t button) { return DecideButton(button, true) == HookAnswer::Consume; }
+    static bool UnclickConsumed(uint32_t button) {
+        return DecideButton(button, false) == HookAnswer::Consume;
+    }
+    static std::set<uint32_t> InterestingCodes() {
+        HookInterest interest;
+        ReadHookInterest(&interest);
+        return {interest.codes, interest.codes + interest.codeCount};
+    }
+    static uint32_t InterestingButtons() {
+        HookInterest interest;
+        ReadHookInterest(&interest);
+        return interest.buttons;
+    }
+};
+
+}  // namespace
+
+TEST_F(HotkeysTest, EachBindingRaisesItsRequestAndWakesTheDispatcher) {
+    const std::map<uint32_t, std::string> expected = {
+        {kF8, "toggleRecord"}, {kF7, "togglePlay"}, {kF6, "toggleAuto"}, {kF9, "toggleKeySpam"}};
+    for (const auto& [key, request] : expected) {
+        EXPECT_TRUE(PressConsumed(key));
+        EXPECT_EQ(TakeRaised(), Names{request});
+        EXPECT_TRUE(TakeWake());
+        EXPECT_TRUE(ReleaseConsumed(key));
+        EXPECT_EQ(TakeRaised(), Names{});
+        EXPECT_FALSE(TakeWake());
+    }
+}
+
+TEST_F(HotkeysTest, OtherKeysPassAndWakeNobody) {
+    EXPECT_FALSE(PressConsumed(kKeyA));
+    EXPECT_FALSE(PressConsumed(kKeyA));
+    EXPECT_FALSE(ReleaseConsumed(kKeyA));
+    EXPECT_EQ(TakeRaised(), Names{});
+    EXPECT_FALSE(TakeWake());
+}
+
+TEST_F(HotkeysTest, AHeldHotkeyFiresOnceAndStaysHidden) {
+    EXPECT_TRUE(PressConsumed(kF6));
+    EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
+    EXPECT_TRUE(PressConsumed(kF6));
+    EXPECT_TRUE(PressConsumed(kF6));
+    EXPECT_EQ(TakeRaised(), Names{});
+    EXPECT_TRUE(ReleaseConsumed(kF6));
+    EXPECT_FALSE(ReleaseConsumed(kF6));
+    EXPECT_TRUE(PressConsumed(kF6));
+    EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
+}
+
+TEST_F(HotkeysTest, CodesAreTakenTo8Bits) {
+    EXPECT_TRUE(PressConsumed(0x100 | kF6));
+    EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
+    EXPECT_TRUE(ReleaseConsumed(kF6));
+}
+
+TEST_F(HotkeysTest, HoldModeStartsAtThePressAndStopsAtTheRelease) {
+    hotkeyTable.holdAuto = true;
+    hotkeyTable.holdKeySpam = true;
+    PressConsumed(kF6);
+    PressConsumed(kF6);
+    EXPECT_EQ(TakeRaised(), Names{"startAuto"});
+    ReleaseConsumed(kF6);
+    EXPECT_EQ(TakeRaised(), Names{"stopAuto"});
+    PressConsumed(kF9);
+    EXPECT_EQ(TakeRaised(), Names{"startKeySpam"});
+    TakeWake();
+    ReleaseConsumed(kF9);
+    EXPECT_EQ(TakeRaised(), Names{"stopKeySpam"});
+    EXPECT_TRUE(TakeWake());
+}
+
+TEST_F(HotkeysTest, TheReleaseFollowsTheHoldModeOfItsMoment) {
+    hotkeyTable.holdAuto = true;
+    PressConsumed(kF6);
+    TakeRaised();
+    hotkeyTable.holdAuto = false;
+    EXPECT_TRUE(ReleaseConsumed(kF6));
+    EXPECT_EQ(TakeRaised(), Names{});
+    PressConsumed(kF6);
+    EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
+    hotkeyTable.holdAuto = true;
+    ReleaseConsumed(kF6);
+    EXPECT_EQ(TakeRaised(), Names{"stopAuto"});
+}
+
+TEST_F(HotkeysTest, BothToolsOnOneHeldKeyStopTogether) {
+    hotkeyTable.holdAuto = true;
+    hotkeyTable.holdKeySpam = true;
+    hotkeyTable.keyspam = kF6;
+    PressConsumed(kF6);
+    EXPECT_EQ(TakeRaised(), Names{"startAuto"});  // the first match ends the comparison
+    ReleaseConsumed(kF6);
+    EXPECT_EQ(TakeRaised(), (Names{"stopAuto", "stopKeySpam"}));  // the release tests both
+}
+
+TEST_F(HotkeysTest, TheFirstBindingOfAKeyWins) {
+    hotkeyTable.play = kF8;
+    PressConsumed(kF8);
+    EXPECT_EQ(TakeRaised(), Names{"toggleRecord"});
+    hotkeyTable.unlock = kF7;
+    hotkeyTable.rec = kF7;
+    PressConsumed(kF7);
+    EXPECT_EQ(TakeRaised(), (Names{"stopAuto", "stopKeySpam", "stopPlay"}));
+    EXPECT_FALSE(engineState.unlocked);
+}
+
+TEST_F(HotkeysTest, TheLockStopsTheToolsAndPlaybackAndDeafensTheRest) {
+    EXPECT_TRUE(PressConsumed(kF10));
+    EXPECT_FALSE(engineState.unlocked);
+    EXPECT_EQ(TakeRaised(), (Names{"stopAuto", "stopKeySpam", "stopPlay"}));
+    EXPECT_TRUE(TakeWake());
+    EXPECT_TRUE(ReleaseConsumed(kF10));
+    for (const uint32_t key : {kF6, kF7, kF8, kF9}) {
+        EXPECT_FALSE(PressConsumed(key));
+        EXPECT_FALSE(ReleaseConsumed(key));
+    }
+    EXPECT_EQ(TakeRaised(), Names{});
+    EXPECT_FALSE(TakeWake());
+    EXPECT_TRUE(PressConsumed(kF10));
+    EXPECT_TRUE(engineState.unlocked);
+    EXPECT_EQ(TakeRaised(), Names{});
+    EXPECT_TRUE(TakeWake());
+    EXPECT_TRUE(PressConsumed(kF6));
+}
+
+TEST_F(HotkeysTest, TheLockDoesNotReachTheReleaseOfAHeldTool) {
+    hotkeyTable.holdAuto = true;
+    PressConsumed(kF6);
+    PressConsumed(kF10);
+    TakeRaised();
+    EXPECT_TRUE(ReleaseConsumed(kF6));
+    EXPECT_EQ(TakeRaised(), Names{"stopAuto"});
+}
+
+TEST_F(HotkeysTest, WithoutTheLockItsKeyIsOrdinary) {
+    engineState.lockOn = false;
+    engineState.unlocked = false;  // has no meaning then
+    EXPECT_FALSE(PressConsumed(kF10));
+    EXPECT_FALSE(engineState.unlocked);
+    EXPECT_TRUE(PressConsumed(kF6));
+    hotkeyTable.unlock = kF7;
+    EXPECT_TRUE(PressConsumed(kF7));
+    EXPECT_EQ(TakeRaised(), (Names{"toggleAuto", "togglePlay"}));
+}
+
+TEST_F(HotkeysTest, SwitchedOffHotkeysPassButTheTablesFollow) {
+    engineState.hotkeysEnabled = false;
+    EXPECT_FALSE(PressConsumed(kF6));
+    engineState.hotkeysEnabled = true;
+    EXPECT_FALSE(PressConsumed(kF6));  // a repeat of a press that passed
+    EXPECT_FALSE(ReleaseConsumed(kF6));
+    EXPECT_TRUE(PressConsumed(kF6));
+    engineState.hotkeysEnabled = false;
+    EXPECT_TRUE(PressConsumed(kF6));  // its repeat stays hidden
+    EXPECT_TRUE(ReleaseConsumed(kF6));
+}
+
+TEST_F(HotkeysTest, AButtonCanBeAHotkey) {
+    hotkeyTable.autoKey = kFirstSideButton;
+    EXPECT_TRUE(ClickConsumed(kFirstSideButton));
+    EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
+    EXPECT_TRUE(UnclickConsumed(kFirstSideButton));
+    EXPECT_FALSE(UnclickConsumed(kFirstSideButton));
+    EXPECT_FALSE(ClickConsumed(kSecondSideButton));
+    EXPECT_FALSE(UnclickConsumed(kSecondSideButton));
+    // Buttons and keys of one code are told apart only by the bindings, not by the tables.
+    hotkeyTable.autoKey = kF6;
+    EXPECT_FALSE(ClickConsumed(kFirstSideButton));
+}
+
+TEST_F(HotkeysTest, CaptureTakesTheNextKeyWhateverItIsBoundTo) {
+    ReassignKey("rec");
+    TakeWake();
+    EXPECT_TRUE(PressConsumed(kF6));
+    EXPECT_EQ(engineState.capturedKey, kF6);
+    EXPECT_EQ(TakeRaised(), Names{});
+    EXPECT_TRUE(TakeWake());
+    EXPECT_FALSE(ReleaseConsumed(kF6));  // no swallow mark: the release passes
+    ApplyCapturedKey();
+    EXPECT_EQ(hotkeyTable.rec, kF6);
+    EXPECT_EQ(engineState.reassignTarget, 0U);
+    EXPECT_EQ(engineState.capturedKey, 0U);
+    EXPECT_TRUE(PressConsumed(kF6));
+    EXPECT_EQ(TakeRaised(), Names{"toggleRecord"});
+}
+
+TEST_F(HotkeysTest, CaptureByEachWord) {
+    const std::map<std::string, uint32_t> codes = {{"rec", 1},           {"play", 2},          {"auto", 3},
+                                                   {"keyspamhotkey", 4}, {"keyspamtarget", 5}, {"unlock", 6}};
+    for (const auto& [word, code] : codes) {
+        ReassignKey(word);
+        EXPECT_EQ(engineState.reassignTarget, code) << word;
+        EXPECT_EQ(ReassignTargetText(), word);
+        for (const char* other : {"", "Rec", "rec ", "keyspam", "play2"}) {
+            ReassignKey(other);
+            EXPECT_EQ(engineState.reassignTarget, code) << other;
+        }
+        EXPECT_FALSE(TakeWake());
+        engineState.capturedKey = 200 + code;
+        ApplyCapturedKey();
+        EXPECT_STREQ(ReassignTargetText(), "");
+    }
+    EXPECT_EQ(hotkeyTable.rec, 201U);
+    EXPECT_EQ(hotkeyTable.play, 202U);
+    EXPECT_EQ(hotkeyTable.autoKey, 203U);
+    EXPECT_EQ(hotkeyTable.keyspam, 204U);
+    EXPECT_EQ(hotkeyTable.unlock, 206U);
+    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 2);
+    EXPECT_EQ(keySpamSettings.keySpamTargets[1], 205U);
+}
+
+TEST_F(HotkeysTest, EscapeCancelsACapture) {
+    for (const char* word : {"rec", "play", "auto", "keyspamhotkey", "keyspamtarget", "unlock"}) {
+        ReassignKey(word);
+        EXPECT_TRUE(PressConsumed(kEscape));
+        ApplyCapturedKey();
+        EXPECT_EQ(engineState.reassignTarget, 0U);
+        EXPECT_EQ(engineState.capturedKey, 0U);
+    }
+    EXPECT_EQ(hotkeyTable.rec, kF8);
+    EXPECT_EQ(hotkeyTable.play, kF7);
+    EXPECT_EQ(hotkeyTable.autoKey, kF6);
+    EXPECT_EQ(hotkeyTable.keyspam, kF9);
+    EXPECT_EQ(hotkeyTable.unlock, kF10);
+    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 1);
+}
+
+TEST_F(HotkeysTest, CaptureWorksWithHotkeysOffAndLocked) {
+    engineState.hotkeysEnabled = false;
+    engineState.unlocked = false;
+    ReassignKey("play");
+    EXPECT_TRUE(PressConsumed(kKeyA));
+    ApplyCapturedKey();
+    EXPECT_EQ(hotkeyTable.play, kKeyA);
+}
+
+TEST_F(HotkeysTest, ButtonsThatACaptureTakes) {
+    const uint32_t buttons[] = {kLeftButton, kRightButton, kMiddleButton, kFirstSideButton,
+                                kSecondSideButton};
+    for (const char* word : {"rec", "play", "auto", "keyspamhotkey", "keyspamtarget", "unlock"}) {
+        for (const uint32_t button : buttons) {
+            ReassignKey(word);
+            const bool isTarget = std::string(word) == "keyspamtarget";
+            const bool isUnlockByLeft = std::string(word) == "unlock" && button == kLeftButton;
+            const bool captured = !isTarget && !isUnlockByLeft;
+            EXPECT_EQ(ClickConsumed(button), captured) << word << " " << button;
+            EXPECT_EQ(engineState.capturedKey, captured ? button : 0) << word << " " << button;
+            EXPECT_EQ(TakeWake(), captured);
+            EXPECT_FALSE(UnclickConsumed(button));
+            EXPECT_STREQ(ReassignTargetText(), word);  // the capture ends in the dispatcher only
+            engineState.reassignTarget = 0;
+            engineState.capturedKey = 0;
+        }
+    }
+}
+
+TEST_F(HotkeysTest, AButtonThatACaptureLetsThroughIsStillAHotkey) {
+    hotkeyTable.autoKey = kLeftButton;
+    ReassignKey("unlock");
+    EXPECT_TRUE(ClickConsumed(kLeftButton));
+    EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
+    EXPECT_EQ(engineState.capturedKey, 0U);
+    EXPECT_TRUE(UnclickConsumed(kLeftButton));
+}
+
+TEST_F(HotkeysTest, ResetPutsTheFiveBindingsBackAndNothingElse) {
+    for (std::atomic<uint32_t>* binding : {&hotkeyTable.rec, &hotkeyTable.play, &hotkeyTable.autoKey,
+                                           &hotkeyTable.keyspam, &hotkeyTable.unlock}) {
+        *binding = 1;
+    }
+    hotkeyTable.holdAuto = true;
+    hotkeyTable.holdKeySpam = true;
+    engineState.unlocked = false;
+    ReassignKey("auto");
+    ResetHotkeys();
+    EXPECT_EQ(hotkeyTable.rec, 119U);
+    EXPECT_EQ(hotkeyTable.play, 118U);
+    EXPECT_EQ(hotkeyTable.autoKey, 117U);
+    EXPECT_EQ(hotkeyTable.keyspam, 120U);
+    EXPECT_EQ(hotkeyTable.unlock, 121U);
+    EXPECT_TRUE(hotkeyTable.holdAuto);
+    EXPECT_TRUE(hotkeyTable.holdKeySpam);
+    EXPECT_FALSE(engineState.unlocked);
+    EXPECT_STREQ(ReassignTargetText(), "auto");
+}
+
+TEST_F(HotkeysTest, SessionChangesForgetWhatIsHeld) {
+    for (const uint32_t change : {2U, 4U, 7U}) {
+        hotkeyTable.autoKey = kF6;
+        PressConsumed(kF6);
+        hotkeyTable.play = kFirstSideButton;
+        ClickConsumed(kFirstSideButton);
+        TakeRaised();
+        TakeWake();
+        SessionChanged(change);
+        EXPECT_TRUE(TakeWake());
+        EXPECT_EQ(TakeRaised(), Names{});
+        EXPECT_FALSE(ReleaseConsumed(kF6)) << change;
+        EXPECT_FALSE(UnclickConsumed(kFirstSideButton)) << change;
+        EXPECT_TRUE(PressConsumed(kF6));
+        EXPECT_TRUE(ReleaseConsumed(kF6));
+    }
+}
+
+TEST_F(HotkeysTest, SessionChangesStopHeldTools) {
+    hotkeyTable.holdAuto = true;
+    SessionChanged(kSessionLock);
+    EXPECT_EQ(TakeRaised(), Names{"stopAuto"});
+    hotkeyTable.holdKeySpam = true;
+    SessionChanged(kSessionRemoteDisconnect);
+    EXPECT_EQ(TakeRaised(), (Names{"stopAuto", "stopKeySpam"}));
+}
+
+TEST_F(HotkeysTest, OtherSessionChangesDoNothing) {
+    hotkeyTable.holdAuto = true;
+    PressConsumed(kF6);
+    TakeRaised();
+    TakeWake();
+    for (const uint32_t change : {0U, 1U, 3U, 5U, 6U, 8U, 9U}) {
+        SessionChanged(change);
+    }
+    EXPECT_EQ(TakeRaised(), Names{});
+    EXPECT_FALSE(TakeWake());
+    EXPECT_TRUE(ReleaseConsumed(kF6));
+}
+
+TEST_F(HotkeysTest, InterestIsWhatCouldBeConsumedNow) {
+    EXPECT_EQ(InterestingCodes(), (std::set<uint32_t>{kF6, kF7, kF8, kF9, kF10}));
+    EXPECT_EQ(InterestingButtons(), 0U);
+    engineState.unlocked = false;
+    EXPECT_EQ(InterestingCodes(), std::set<uint32_t>{kF10});
+    engineState.lockOn = false;
+    EXPECT_EQ(InterestingCodes(), (std::set<uint32_t>{kF6, kF7, kF8, kF9}));
+    engineState.hotkeysEnabled = false;
+    EXPECT_EQ(InterestingCodes(), std::set<uint32_t>{});
+}
+
+TEST_F(HotkeysTest, InterestOfACapture) {
+    constexpr uint32_t kAllButtons = 1U << 1 | 1U << 2 | 1U << 4 | 1U << 5 | 1U << 6;
+    const std::map<std::string, uint32_t> expected = {
+        {"rec", kAllButtons},           {"play", kAllButtons}, {"auto", kAllButtons},
+        {"keyspamhotkey", kAllButtons}, {"keyspamtarget", 0},  {"unlock", kAllButtons & ~(1U << 1)}};
+    for (const auto& [word, buttons] : expected) {
+        ReassignKey(word);
+        HookInterest interest;
+        ReadHookInterest(&interest);
+        EXPECT_TRUE(interest.anyKey);
+        EXPECT_EQ(interest.buttons, buttons) << word;
+    }
+    engineState.reassignTarget = 0;
+    HookInterest interest;
+    ReadHookInterest(&interest);
+    EXPECT_FALSE(interest.anyKey);
+}
+
+TEST_F(HotkeysTest, InterestOfPickingAndRecording) {
+    engineState.pickingLocation = true;
+    EXPECT_EQ(InterestingButtons(), 1U << 1 | 1U << 2 | 1U << 4);
+    engineState.pickingLocation = false;
+    HookInterest interest;
+    trackerSettings.trel = true;
+    ReadHookInterest(&interest);
+    EXPECT_FALSE(interest.everyEvent);
+    EXPECT_FALSE(interest.rawMotion);
+    engineState.recording = true;
+    ReadHookInterest(&interest);
+    EXPECT_TRUE(interest.everyEvent);
+    EXPECT_TRUE(interest.rawMotion);
+    trackerSettings.tmv = false;
+    ReadHookInterest(&interest);
+    EXPECT_FALSE(interest.rawMotion);
+}
+
+TEST_F(HotkeysTest, NamesThatAreOurs) {
+    EXPECT_EQ(KeyNameText(192), "`");
+    EXPECT_EQ(KeyNameText(1), "Left Mouse");
+    EXPECT_EQ(KeyNameText(2), "Right Mouse");
+    EXPECT_EQ(KeyNameText(4), "Middle Mouse");
+    EXPECT_EQ(KeyNameText(5), "Mouse 4 (Side)");
+    EXPECT_EQ(KeyNameText(6), "Mouse 5 (Side)");
+    EXPECT_EQ(KeyNameText(255), "Key[255]");
+    EXPECT_EQ(KeyNameText(3000000000), "Key[3000000000]");
+    EXPECT_FALSE(KeyNameText(kF8).empty());
+}

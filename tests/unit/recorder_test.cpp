@@ -1,0 +1,427 @@
+#include "engines/recorder.h"
+
+#include "storage/settings_text.h"
+#include "test_support.h"
+
+#include <thread>
+
+namespace {
+
+constexpr int64_t kFrequency = 1000;  // so that counter values read as milliseconds
+constexpr int64_t kStart = 50000;
+
+class RecorderTest : public EngineStateTest {
+  protected:
+    RecorderTest() {
+        ResetHookState();
+        engineState.qpcFrequency = kFrequency;
+        SetMacro({});
+        // The pointer comes from somewhere that no test uses.
+        MouseHook(Mouse(kMouseMoveMessage, -500, -500, 0));
+    }
+    ~RecorderTest() override { ResetHookState(); }
+
+    static void SetMacro(std::vector<UnifiedEvent> events) {
+        MutexLock lock(macroMutex);
+        macroState.profiles = {Profile{DefaultProfileName, "untouched", std::move(events)}};
+    }
+    static std::vector<UnifiedEvent> Macro() {
+        MutexLock lock(macroMutex);
+        return macroState.profiles[0].events;
+    }
+    static bool UndoPossible() {
+        MutexLock lock(macroMutex);
+        return CanUndoContinue();
+    }
+    static void StartAt(int64_t counter) {
+        engineState.recordStartQpc = counter;
+        engineState.recording = true;
+    }
+    static KeyHookRecord Key(uint32_t message, uint32_t key, int64_t counter = kStart) {
+        return {.message = message, .virtualKey = key, .counter = counter};
+    }
+    static MouseHookRecord Mouse(uint32_t message, int32_t x, int32_t y, int64_t counter,
+                                 uint32_t highWord = 0) {
+        return {.message = message, .x = x, .y = y, .mouseData = highWord << 16, .counter = counter};
+    }
+};
+
+using Events = std::vector<UnifiedEvent>;
+
+}  // namespace
+
+TEST_F(RecorderTest, NothingIsRecordedWhileIdle) {
+    KeyboardHook(Key(kKeyDownMessage, 65));
+    MouseHook(Mouse(kMouseMoveMessage, 1, 2, kStart));
+    MouseHook(Mouse(kLeftDownMessage, 1, 2, kStart));
+    MouseHook(Mouse(kWheelMessage, 1, 2, kStart, 120));
+    trackerSettings.trel = true;
+    RawMouseReport({.dx = 1, .dy = 2, .counter = kStart});
+    EXPECT_EQ(Macro(), Events{});
+}
+
+TEST_F(RecorderTest, KeysWithTheirCaptureTime) {
+    StartAt(kStart);
+    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 65, kStart + 250)), HookAnswer::Pass);
+    KeyboardHook(Key(kKeyDownMessage, 65, kStart + 280));  // each repeat is an event
+    KeyboardHook(Key(kKeyUpMessage, 65, kStart + 300));
+    KeyboardHook(Key(kSysKeyDownMessage, 164, kStart + 400));
+    KeyboardHook(Key(kSysKeyUpMessage, 164, kStart + 1500));
+    EXPECT_EQ(Macro(), (Events{{.type = EvKey, .time = 0.25, .vk = 65, .down = true},
+                               {.type = EvKey, .time = 0.28, .vk = 65, .down = true},
+                               {.type = EvKey, .time = 0.3, .vk = 65},
+                               {.type = EvKey, .time = 0.4, .vk = 164, .down = true},
+                               {.type = EvKey, .time = 1.5, .vk = 164}}));
+}
+
+TEST_F(RecorderTest, InjectedInputIsNeitherRecordedNorAHotkey) {
+    StartAt(kStart);
+    KeyHookRecord key = Key(kKeyDownMessage, 118);
+    key.injected = true;
+    EXPECT_EQ(KeyboardHook(key), HookAnswer::Pass);
+    key.virtualKey = 65;
+    EXPECT_EQ(KeyboardHook(key), HookAnswer::Pass);
+    engineState.pickingLocation = true;
+    hotkeyTable.autoKey = kRightButton;
+    for (const uint32_t message : {kLeftDownMessage, kLeftUpMessage, kRightDownMessage, kWheelMessage}) {
+        MouseHookRecord click = Mouse(message, 5, 5, kStart, 120);
+        click.injected = true;
+        EXPECT_EQ(MouseHook(click), HookAnswer::Pass);
+    }
+    EXPECT_EQ(Macro(), Events{});
+    EXPECT_FALSE(engineState.reqTogglePlay);
+    EXPECT_FALSE(engineState.reqToggleAuto);
+    EXPECT_TRUE(engineState.pickingLocation);
+}
+
+TEST_F(RecorderTest, AnInjectedMoveOnlyMovesTheLastPoint) {
+    StartAt(kStart);
+    MouseHookRecord move = Mouse(kMouseMoveMessage, 40, 50, kStart);
+    move.injected = true;
+    MouseHook(move);
+    MouseHook(Mouse(kMouseMoveMessage, 40, 50, kStart + 10));  // the pointer is there already
+    EXPECT_EQ(Macro(), Events{});
+    MouseHook(Mouse(kMouseMoveMessage, 41, 50, kStart + 20));
+    EXPECT_EQ(Macro(), (Events{{.type = EvAbsMove, .time = 0.02, .x = 41, .y = 50}}));
+}
+
+TEST_F(RecorderTest, EveryChangeOfPixelIsOneMove) {
+    MouseHook(Mouse(kMouseMoveMessage, 7, 8, kStart - 5));
+    StartAt(kStart);
+    MouseHook(Mouse(kMouseMoveMessage, 7, 8, kStart + 1));
+    MouseHook(Mouse(kMouseMoveMessage, 7, 9, kStart + 2));
+    MouseHook(Mouse(kMouseMoveMessage, 7, 9, kStart + 3));
+    MouseHook(Mouse(kMouseMoveMessage, 8, 9, kStart + 4));
+    EXPECT_EQ(Macro(), (Events{{.type = EvAbsMove, .time = 0.002, .x = 7, .y = 9},
+                               {.type = EvAbsMove, .time = 0.004, .x = 8, .y = 9}}));
+}
+
+TEST_F(RecorderTest, ButtonsByMessage) {
+    StartAt(kStart);
+    const std::pair<uint32_t, uint32_t> recorded[] = {{kLeftDownMessage, 2},    {kLeftUpMessage, 4},
+                                                      {kRightDownMessage, 8},   {kRightUpMessage, 16},
+                                                      {kMiddleDownMessage, 32}, {kMiddleUpMessage, 64}};
+    Events expected;
+    for (const auto& [message, flags] : recorded) {
+        EXPECT_EQ(MouseHook(Mouse(message, 11, 12, kStart + 500)), HookAnswer::Pass);
+        expected.push_back({.type = EvMouseButton, .time = 0.5, .x = 11, .y = 12, .flags = flags});
+    }
+    EXPECT_EQ(Macro(), expected);
+}
+
+TEST_F(RecorderTest, SideButtonsAreOnePressWithoutARelease) {
+    StartAt(kStart);
+    MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 1));
+    MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 1));
+    MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 2));
+    MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 2));
+    const UnifiedEvent press = {.type = EvMouseButton, .x = 1, .y = 2, .flags = 128};
+    EXPECT_EQ(Macro(), (Events{press, press}));
+}
+
+TEST_F(RecorderTest, SideButtonsAreToldApartForHotkeys) {
+    hotkeyTable.autoKey = kSecondSideButton;
+    EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 1)), HookAnswer::Pass);
+    EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 2)), HookAnswer::Consume);
+    EXPECT_EQ(MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 1)), HookAnswer::Pass);
+    EXPECT_EQ(MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 2)), HookAnswer::Consume);
+}
+
+TEST_F(RecorderTest, TheWheelIsASignedDeltaWithoutAPlace) {
+    StartAt(kStart);
+    MouseHook(Mouse(kWheelMessage, 300, 400, kStart + 10, 120));
+    MouseHook(Mouse(kWheelMessage, 300, 400, kStart + 20, 0xFF88));
+    MouseHook(Mouse(kHorizontalWheelMessage, 300, 400, kStart + 30, 120));
+    EXPECT_EQ(Macro(), (Events{{.type = EvScroll, .time = 0.01, .wheel = 120},
+                               {.type = EvScroll, .time = 0.02, .wheel = -120}}));
+}
+
+TEST_F(RecorderTest, EachFilterDropsItsKind) {
+    StartAt(kStart);
+    trackerSettings.tmv = false;
+    trackerSettings.tclk = false;
+    trackerSettings.tscr = false;
+    trackerSettings.tkey = false;
+    MouseHook(Mouse(kMouseMoveMessage, 1, 1, kStart));
+    MouseHook(Mouse(kLeftDownMessage, 1, 1, kStart));
+    MouseHook(Mouse(kLeftUpMessage, 1, 1, kStart));
+    MouseHook(Mouse(kWheelMessage, 1, 1, kStart, 120));
+    KeyboardHook(Key(kKeyDownMessage, 65));
+    trackerSettings.trel = true;
+    RawMouseReport({.dx = 1, .dy = 1, .counter = kStart});
+    EXPECT_EQ(Macro(), Events{});
+}
+
+TEST_F(RecorderTest, RelativeMovesComeFromRawReports) {
+    StartAt(kStart);
+    RawMouseReport({.dx = 9, .dy = 9, .counter = kStart});  // not asked for
+    trackerSettings.trel = true;
+    MouseHook(Mouse(kMouseMoveMessage, 60, 70, kStart + 100));
+    RawMouseReport({.dx = -3, .dy = 0, .counter = kStart + 100});
+    RawMouseReport({.dx = 0, .dy = 0, .counter = kStart + 150});  // a report about buttons only
+    RawMouseReport({.dx = 0, .dy = 4, .counter = kStart + 200});
+    MouseHook(Mouse(kLeftDownMessage, 60, 70, kStart + 300));
+    trackerSettings.trel = false;
+    MouseHook(Mouse(kMouseMoveMessage, 60, 70, kStart + 400));  // where it was seen last
+    EXPECT_EQ(Macro(), (Events{{.type = EvRelMove, .time = 0.1, .x = -3},
+                               {.type = EvRelMove, .time = 0.2, .y = 4},
+                               {.type = EvMouseButton, .time = 0.3, .x = 60, .y = 70, .flags = 2}}));
+}
+
+TEST_F(RecorderTest, HotkeysStayOutOfTheMacro) {
+    StartAt(kStart);
+    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 119)), HookAnswer::Consume);
+    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 119)), HookAnswer::Consume);
+    EXPECT_EQ(KeyboardHook(Key(kKeyUpMessage, 119)), HookAnswer::Consume);
+    hotkeyTable.play = kMiddleButton;
+    EXPECT_EQ(MouseHook(Mouse(kMiddleDownMessage, 1, 1, kStart)), HookAnswer::Consume);
+    EXPECT_EQ(MouseHook(Mouse(kMiddleUpMessage, 1, 1, kStart)), HookAnswer::Consume);
+    EXPECT_EQ(Macro(), Events{});
+    engineState.hotkeysEnabled = false;
+    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 119)), HookAnswer::Pass);
+    EXPECT_EQ(KeyboardHook(Key(kKeyUpMessage, 119)), HookAnswer::Pass);
+    EXPECT_EQ(Macro().size(), 2U);
+}
+
+TEST_F(RecorderTest, ACapturedKeyIsNotRecordedButItsReleaseIs) {
+    StartAt(kStart);
+    ReassignKey("play");
+    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 65)), HookAnswer::Consume);
+    EXPECT_EQ(KeyboardHook(Key(kKeyUpMessage, 65)), HookAnswer::Pass);
+    EXPECT_EQ(Macro(), (Events{{.type = EvKey, .vk = 65}}));
+}
+
+TEST_F(RecorderTest, ALeftPressPicksTheLocationAndReachesNothing) {
+    engineState.pickingLocation = true;
+    ReassignKey("play");
+    StartAt(kStart);
+    EXPECT_EQ(MouseHook(Mouse(kLeftDownMessage, 123, -45, kStart)), HookAnswer::Consume);
+    EXPECT_EQ(spammerSettings.fixedX, 123);
+    EXPECT_EQ(spammerSettings.fixedY, -45);
+    EXPECT_EQ(spammerSettings.locMode, 1);
+    EXPECT_FALSE(engineState.pickingLocation);
+    EXPECT_EQ(engineState.capturedKey, 0U);  // the pick comes before a capture
+    EXPECT_EQ(Macro(), Events{});
+    {
+        MutexLock lock(macroMutex);
+        EXPECT_EQ(macroState.profiles[0].settings, BuildProfileSettings());
+    }
+    EXPECT_EQ(MouseHook(Mouse(kLeftUpMessage, 123, -45, kStart)), HookAnswer::Pass);
+    EXPECT_EQ(Macro(), (Events{{.type = EvMouseButton, .x = 123, .y = -45, .flags = 4}}));
+}
+
+TEST_F(RecorderTest, ARightOrMiddlePressCancelsThePick) {
+    for (const uint32_t message : {kRightDownMessage, kMiddleDownMessage}) {
+        engineState.pickingLocation = true;
+        EXPECT_EQ(MouseHook(Mouse(message, 9, 9, kStart)), HookAnswer::Consume);
+        EXPECT_FALSE(engineState.pickingLocation);
+        EXPECT_EQ(spammerSettings.fixedX, 0);
+        EXPECT_EQ(spammerSettings.locMode, 0);
+    }
+    MutexLock lock(macroMutex);
+    EXPECT_EQ(macroState.profiles[0].settings, "untouched");
+}
+
+TEST_F(RecorderTest, SideButtonsKeysAndReleasesDoNotEndThePick) {
+    engineState.pickingLocation = true;
+    hotkeyTable.autoKey = kFirstSideButton;
+    EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 1, kStart, 1)), HookAnswer::Consume);  // as a hotkey
+    EXPECT_TRUE(engineState.reqToggleAuto);
+    EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 1, kStart, 2)), HookAnswer::Pass);
+    EXPECT_EQ(MouseHook(Mouse(kLeftUpMessage, 1, 1, kStart)), HookAnswer::Pass);
+    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 65)), HookAnswer::Pass);
+    MouseHook(Mouse(kMouseMoveMessage, 2, 2, kStart));
+    EXPECT_TRUE(engineState.pickingLocation);
+}
+
+TEST_F(RecorderTest, AFreshRecordingEmptiesTheMacroAndEndsTheUndo) {
+    SetMacro({{.type = EvKey, .time = 1.0}});
+    {
+        MutexLock lock(macroMutex);
+        macroState.continueProfile = 0;
+        macroState.continueBaseline = {{.type = EvKey}};
+        macroState.continueResult = {{.type = EvKey}};
+        macroState.continueKeepCount = 4;
+    }
+    BeginFreshRecording();
+    EXPECT_TRUE(engineState.recording);
+    EXPECT_NE(engineState.recordStartQpc, 0);
+    EXPECT_EQ(Macro(), Events{});
+    MutexLock lock(macroMutex);
+    EXPECT_EQ(macroState.continueProfile, -1);
+    EXPECT_TRUE(macroState.continueBaseline.empty());
+    EXPECT_TRUE(macroState.continueResult.empty());
+    EXPECT_EQ(macroState.continueKeepCount, 0U);
+}
+
+TEST_F(RecorderTest, AFreshTakeIsCutToItsFirstEvent) {
+    BeginFreshRecording();
+    engineState.recordStartQpc = kStart;
+    KeyboardHook(Key(kKeyDownMessage, 65, kStart + 4000));
+    KeyboardHook(Key(kKeyUpMessage, 65, kStart + 4250));
+    engineState.recording = false;
+    FinishRecording();
+    EXPECT_EQ(Macro()[0].time, 0.0);
+    EXPECT_EQ(Macro()[1].time, 0.25);
+    EXPECT_FALSE(UndoPossible());
+}
+
+TEST_F(RecorderTest, AContinuedTakeGoesBehindTheMacroAndCanBeUndone) {
+    const Events before = {{.type = EvKey, .time = 10.0, .vk = 65, .down = true}};
+    SetMacro(before);
+    BeginContinuedRecording();
+    engineState.recordStartQpc = kStart;
+    EXPECT_FALSE(UndoPossible());  // not while it runs
+    KeyboardHook(Key(kKeyDownMessage, 66, kStart + 3000));
+    engineState.recording = false;
+    FinishRecording();
+    ASSERT_EQ(Macro().size(), 2U);
+    EXPECT_EQ(Macro()[0], before[0]);
+    EXPECT_DOUBLE_EQ(Macro()[1].time, 10.1);
+    EXPECT_TRUE(UndoPossible());
+    engineState.playing = true;
+    EXPECT_FALSE(UndoPossible());
+    UndoContinuedRecording();
+    EXPECT_EQ(Macro().size(), 2U);
+    engineState.playing = false;
+    UndoContinuedRecording();
+    EXPECT_EQ(Macro(), before);
+    EXPECT_FALSE(UndoPossible());
+    UndoContinuedRecording();
+    EXPECT_EQ(Macro(), before);
+}
+
+TEST_F(RecorderTest, AContinuedTakeWithNothingInItCanBeUndone) {
+    const Events before = {{.type = EvKey, .time = 10.0}};
+    SetMacro(before);
+    BeginContinuedRecording();
+    engineState.recording = false;
+    FinishRecording();
+    EXPECT_EQ(Macro(), before);
+    EXPECT_TRUE(UndoPossible());
+    UndoContinuedRecording();
+    EXPECT_EQ(Macro(), before);
+}
+
+TEST_F(RecorderTest, ContinuingAnEmptyMacroIsAFreshTakeWithAnUndo) {
+    BeginContinuedRecording();
+    engineState.recordStartQpc = kStart;
+    KeyboardHook(Key(kKeyDownMessage, 66, kStart + 3000));
+    engineState.recording = false;
+    FinishRecording();
+    EXPECT_EQ(Macro()[0].time, 0.0);
+    EXPECT_TRUE(UndoPossible());
+    UndoContinuedRecording();
+    EXPECT_EQ(Macro(), Events{});
+}
+
+TEST_F(RecorderTest, EveryFieldOfAnEditLosesTheUndo) {
+    BeginContinuedRecording();
+    engineState.recordStartQpc = kStart;
+    KeyboardHook(Key(kKeyDownMessage, 66, kStart));
+    engineState.recording = false;
+    FinishRecording();
+    const UnifiedEvent recorded = Macro()[0];
+    const auto possibleWith = [&](auto change) {
+        UnifiedEvent edited = recorded;
+        change(edited);
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events = {edited};
+        return CanUndoContinue();
+    };
+    EXPECT_TRUE(possibleWith([](UnifiedEvent&) {}));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.type = 9; }));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.time = 1e-9; }));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.x = 1; }));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.y = 1; }));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.flags = 1; }));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.vk = 1; }));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.down = false; }));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.wheel = 1; }));
+    EXPECT_TRUE(possibleWith([](UnifiedEvent&) {}));
+}
+
+TEST_F(RecorderTest, TheUndoBelongsToItsProfile) {
+    BeginContinuedRecording();
+    engineState.recording = false;
+    FinishRecording();
+    EXPECT_TRUE(UndoPossible());
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles.push_back(Profile{"other", {}, {}});
+        macroState.currentProfile = 1;
+    }
+    EXPECT_FALSE(UndoPossible());
+    {
+        MutexLock lock(macroMutex);
+        macroState.currentProfile = 0;
+    }
+    EXPECT_TRUE(UndoPossible());
+}
+
+TEST_F(RecorderTest, WithoutAProfileEventsAreLost) {
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles.clear();
+    }
+    BeginContinuedRecording();
+    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 66)), HookAnswer::Pass);
+    engineState.recording = false;
+    FinishRecording();
+    UndoContinuedRecording();
+    EXPECT_FALSE(UndoPossible());
+}
+
+TEST_F(RecorderTest, AnEventThatComesTooLateIsLost) {
+    StartAt(kStart);
+    engineState.recording = false;
+    AppendRecordedEvent({.type = EvKey, .vk = 65});
+    EXPECT_EQ(Macro(), Events{});
+}
+
+TEST_F(RecorderTest, EventsOfTwoThreadsAllArrive) {
+    constexpr int kEach = 5000;
+    StartAt(kStart);
+    std::thread tools([] {
+        for (int i = 0; i < kEach; ++i) {
+            AppendRecordedEvent({.type = EvToolState, .vk = 1});
+        }
+    });
+    for (int i = 0; i < kEach; ++i) {
+        KeyboardHook(Key(kKeyDownMessage, 65, kStart + i));
+    }
+    tools.join();
+    EXPECT_EQ(Macro().size(), 2U * kEach);
+}
+
+TEST_F(RecorderTest, AppendingRaisesTheRevision) {
+    StartAt(kStart);
+    uint64_t before = 0;
+    {
+        MutexLock lock(macroMutex);
+        before = macroState.revision;
+    }
+    KeyboardHook(Key(kKeyDownMessage, 65));
+    MutexLock lock(macroMutex);
+    EXPECT_GT(macroState.revision, before);
+}
