@@ -573,9 +573,9 @@ bool RunStep(Words words) {
 
 }  // namespace
 
-std::vector<std::string> RunScript(const std::vector<std::string>& steps) {
+std::vector<std::string> RunScript(const std::vector<std::string>& steps, uint64_t seed) {
     output = Output();
-    BeginRig();
+    BeginRig({.seed = seed});
     SimOnSent([](const SimSent& sent) {
         if (output.sent) {
             output.lines.push_back(TimeText(sent.ticks) + " " + SentText(sent.record));

@@ -2,6 +2,7 @@
 // tests/simulated/scripts/README.md lists the words.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,5 +14,5 @@ struct Script {
 
 Script ReadScript(const std::string& path);
 // Runs the steps on fresh engines and gives the lines that came of them. An unknown word gives a line that says so.
-std::vector<std::string> RunScript(const std::vector<std::string>& steps);
+std::vector<std::string> RunScript(const std::vector<std::string>& steps, uint64_t seed = 1);
 std::string JoinLines(const std::vector<std::string>& lines);

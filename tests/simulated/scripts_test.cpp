@@ -44,6 +44,10 @@ TEST_P(Scripts, GivesWhatIsExpected) {
     }
     ASSERT_FALSE(script.expected.empty()) << path << " expects nothing";
     EXPECT_EQ(JoinLines(lines), JoinLines(script.expected)) << path;
+    for (uint64_t seed = 2; seed <= 6; ++seed) {
+        EXPECT_EQ(JoinLines(RunScript(script.steps, seed)), JoinLines(script.expected))
+            << path << ", seed " << seed;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Scripts, testing::ValuesIn(ScriptNames()), [](const auto& script) {
@@ -55,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(All, Scripts, testing::ValuesIn(ScriptNames()), [](cons
 });
 
 TEST(ScriptFolder, HoldsScripts) {
-    EXPECT_GT(ScriptNames().size(), 50U);
+    EXPECT_GT(ScriptNames().size(), 150U);
 }
 
 TEST(ScriptRunner, SaysWhatItDoesNotUnderstand) {
