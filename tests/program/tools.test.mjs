@@ -1,0 +1,240 @@
+// The clicker and the key presser, started by hand and by the page, as another application feels them.
+import assert from 'node:assert/strict';
+import { after, afterEach, before, test } from 'node:test';
+import { onWindows, openWorld } from './harness.mjs';
+import { waitUntil } from './processes.mjs';
+import { Button, Key } from './real_hand.mjs';
+
+const limit = { timeout: 120000 };
+// Wine turns an absolute move into a pixel one too low on an axis whose size is no power of two.
+const kPlaceTolerance = onWindows ? 1 : 0;
+
+let world;
+let hand;
+let program;
+let observer;
+
+before(async () => {
+  world = await openWorld();
+  hand = world.hand;
+}, limit);
+afterEach(() => world.closeOpened(), limit);
+after(() => world?.close(), limit);
+
+async function begin() {
+  program = await world.startProgram();
+  observer = await world.openObserver('Another application');
+  await observer.pointAt();
+  await observer.settle();
+  observer.clear();
+}
+
+const clicker = () => program.panel('Clicker');
+const presser = () => program.panel('Key presser');
+
+async function setInterval(panel, prefix, milliseconds) {
+  await program.enter(`${prefix}: milliseconds`, milliseconds, panel);
+  const field = prefix === 'Click interval' ? 'sms' : 'ksms';
+  await program.waitForSettings((s) => s[field] === milliseconds, 'the interval');
+}
+
+async function setCount(panel, what, count) {
+  await program.choose('Repeat', 'Count', panel);
+  await program.enter(`Number of ${what}`, count, panel);
+  const [mode, times] = what === 'clicks' ? ['rptMode', 'rptTimes'] : ['ksRptMode', 'ksRptTimes'];
+  await program.waitForSettings((s) => s[mode] === 0 && s[times] === count, 'the count');
+}
+
+// Presses and releases of one button take turns, beginning with a press and ending with a release.
+function assertPairs(buttons, button = Button.Left) {
+  assert.equal(buttons.length % 2, 0, 'every press has its release');
+  buttons.forEach((event, index) => {
+    assert.equal(event.button, button);
+    assert.equal(event.down, index % 2 === 0, `event ${index} of ${buttons.length}`);
+  });
+}
+
+// The autoclicker's stop releases all three buttons, also those that are not down; the target of a press never sees
+// more than the pairs and at most one such release of each.
+function withoutStopReleases(events) {
+  const down = new Set();
+  return events.filter((event) => {
+    if (event.down) {
+      down.add(event.button);
+      return true;
+    }
+    return down.delete(event.button);
+  });
+}
+
+test('F6 starts and stops clicking, and never reaches the application', limit, async () => {
+  await begin();
+  await setInterval(clicker(), 'Click interval', 20);
+  await hand.tap(Key.F6);
+  await waitUntil(() => observer.presses().length >= 10, 'clicks arrive');
+  await program.waitForStatus((status) => status.autoClicking === true, 'status.txt says it clicks');
+  await program.waitForStateText(/Clicking[\s\S]*F6[\s\S]*stops/);
+  await hand.tap(Key.F6);
+  await program.waitForStatus((status) => status.autoClicking === false, 'status.txt says it stopped');
+  await program.waitForStateText(/^Idle/);
+  await observer.settle();
+  assertPairs(withoutStopReleases(observer.buttons()));
+  assert.deepEqual(observer.keys(), []);
+  const count = observer.presses().length;
+  await observer.settle();
+  assert.equal(observer.presses().length, count, 'nothing more comes');
+
+  // An ordinary key does reach it.
+  await hand.tap(Key.K);
+  await waitUntil(() => observer.keys().length === 2, 'an ordinary key passes');
+});
+
+test('the page starts and stops clicking', limit, async () => {
+  await begin();
+  await setInterval(clicker(), 'Click interval', 20);
+  await program.choose('Mouse button', 'Right', clicker());
+  await program.waitForSettings((s) => s.sbtn === 1, 'the button');
+  await program.press('Start clicking');
+  await waitUntil(() => observer.presses().length >= 3, 'clicks arrive');
+  await program.press('Stop clicking');
+  await program.waitForStatus((status) => !status.autoClicking, 'it stops');
+  await observer.settle();
+  assertPairs(withoutStopReleases(observer.buttons()), Button.Right);
+});
+
+test('a place is picked by a real click, which the application does not get, and kept', limit, async () => {
+  await begin();
+  await setCount(clicker(), 'clicks', 3);
+  await program.press('Pick location');
+  await observer.pointAt(-60, 40);
+  const place = await hand.position();
+  await hand.click(Button.Left);
+  const picked = await program.waitForSettings((s) => s.locMode === 1 && s, 'the place is picked');
+  assert.deepEqual({ x: picked.fixedX, y: picked.fixedY }, place);
+  await observer.settle();
+  assert.deepEqual(observer.presses(), [], 'the pick does not reach the application');
+
+  await observer.pointAt(90, -70);
+  await hand.tap(Key.F6);
+  await waitUntil(() => observer.presses().length === 3, 'three clicks');
+  await observer.settle();
+  assert.equal(observer.presses().length, 3);
+  for (const press of observer.presses()) {
+    assert.ok(Math.abs(press.x - place.x) <= kPlaceTolerance, `x ${press.x}, picked ${place.x}`);
+    assert.ok(Math.abs(press.y - place.y) <= kPlaceTolerance, `y ${press.y}, picked ${place.y}`);
+  }
+});
+
+test('a right press cancels a pick', limit, async () => {
+  await begin();
+  const before = await program.call('getSettings');
+  await program.press('Pick location');
+  await hand.click(Button.Right);
+  await observer.settle();
+  assert.deepEqual(observer.presses(), [], 'the cancelling press does not reach the application');
+  await hand.click(Button.Left);
+  await waitUntil(() => observer.presses().length === 1, 'the next press is an ordinary one');
+  assert.deepEqual(await program.call('getSettings'), before);
+});
+
+test('a count of three gives exactly three clicks', limit, async () => {
+  await begin();
+  await setInterval(clicker(), 'Click interval', 5);
+  await setCount(clicker(), 'clicks', 3);
+  await hand.tap(Key.F6);
+  await waitUntil(() => observer.presses().length >= 3, 'three clicks');
+  await program.waitForStatus((status) => !status.autoClicking, 'it ends by itself');
+  await observer.settle();
+  assertPairs(observer.buttons());
+  assert.equal(observer.presses().length, 3);
+});
+
+test('a count of three double clicks gives three pairs', limit, async () => {
+  await begin();
+  await setInterval(clicker(), 'Click interval', 200);
+  await program.choose('Click type', 'Double', clicker());
+  await setCount(clicker(), 'clicks', 3);
+  await hand.tap(Key.F6);
+  await waitUntil(() => observer.presses().length >= 6, 'six clicks');
+  await program.waitForStatus((status) => !status.autoClicking, 'it ends by itself');
+  await observer.settle();
+  assertPairs(observer.buttons());
+  assert.equal(observer.presses().length, 6);
+  const gaps = observer.presses().map((press, index, all) => (index ? press.t - all[index - 1].t : 0));
+  // 15 ms within a double click, the interval between two: whatever the machine does, these are far apart in order.
+  for (const pair of [1, 3]) assert.ok(gaps[pair] < gaps[pair + 1], `gaps ${gaps}`);
+});
+
+// Targets A, B, C, each captured by a real key press that nothing else gets.
+async function chooseTargets(letters) {
+  await program.press('Remove Space, key 1', presser());
+  for (const [index, letter] of [...letters].entries()) {
+    await program.press('Add key', presser());
+    await program.waitForStatus((s) => s.reassigning === 'keyspamtarget', 'the capture waits');
+    await hand.tap(Key[letter]);
+    await program.waitForStatus((s) => s.keySpamTargets.length === index + 1 && s.reassigning === '', letter);
+  }
+  assert.deepEqual(program.status().keySpamTargets, [...letters]);
+  await observer.settle();
+  assert.deepEqual(
+    observer.keys().filter((key) => key.down),
+    [],
+    'captured presses reach nothing',
+  );
+  observer.clear();
+}
+
+const keyTexts = () => observer.keys().map((key) => `${key.code}${key.down ? ' down' : ' up'}`);
+
+test('A, B, C in turn four times gives A, B, C, A', limit, async () => {
+  await begin();
+  await chooseTargets('ABC');
+  await setInterval(presser(), 'Press interval', 20);
+  await setCount(presser(), 'rounds', 4);
+  await hand.tap(Key.F9);
+  await waitUntil(() => observer.keys().length >= 8, 'four keys');
+  await program.waitForStatus((s) => !s.keySpamming, 'it ends by itself');
+  await observer.settle();
+  const expected = [Key.A, Key.B, Key.C, Key.A].flatMap((code) => [`${code} down`, `${code} up`]);
+  // Three releases of keys that are up already follow; X11 delivers none of them, Windows each.
+  const ups = [Key.A, Key.B, Key.C].map((code) => `${code} up`);
+  const texts = keyTexts();
+  assert.deepEqual(texts.slice(0, 8), expected);
+  assert.deepEqual(texts.slice(8), texts.length > 8 ? ups : []);
+});
+
+test('together, all are pressed before any is released, in list order', limit, async () => {
+  await begin();
+  await chooseTargets('ABC');
+  await program.choose('Key order', 'Together', presser());
+  await program.waitForStatus((s) => s.keySpamChord, 'the order');
+  await setCount(presser(), 'rounds', 1);
+  await program.press('Start pressing');
+  await waitUntil(() => observer.keys().length >= 6, 'one round');
+  await program.waitForStatus((s) => !s.keySpamming, 'it ends by itself');
+  await observer.settle();
+  assert.deepEqual(
+    keyTexts().slice(0, 6),
+    [' down', ' up'].flatMap((what) => [Key.A, Key.B, Key.C].map((code) => code + what)),
+  );
+  assert.deepEqual(
+    keyTexts()
+      .slice(6)
+      .filter((text) => text.endsWith('down')),
+    [],
+  );
+});
+
+test('both tools run beside each other and stop by the page', limit, async () => {
+  await begin();
+  await setInterval(clicker(), 'Click interval', 30);
+  await setInterval(presser(), 'Press interval', 30);
+  await hand.tap(Key.F6);
+  await hand.tap(Key.F9);
+  await waitUntil(() => observer.presses().length > 5 && observer.keys().length > 10, 'both work');
+  await program.waitForStateText(/Clicking, pressing/);
+  await program.press('Stop everything');
+  await program.waitForStatus((s) => !s.autoClicking && !s.keySpamming, 'both stop');
+  await observer.settle();
+  assertPairs(withoutStopReleases(observer.buttons()));
+});
