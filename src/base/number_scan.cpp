@@ -2,8 +2,10 @@
 
 #include "base/text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <system_error>
 
@@ -39,17 +41,22 @@ bool TakeSign(const char** at, const char* end) {
     return negative;
 }
 
-// A run of digits of any length. A value past 64 bits stays at a value that is out of every range here.
+// A run of digits of any length. A value past 2^40 stays there: it is out of every range here.
 const char* ScanDigits(const char* at, const char* end, uint64_t* value) {
+    constexpr ptrdiff_t kNeverTooLarge = 19;
     constexpr uint64_t kFarOutOfRange = uint64_t{1} << 40;
+    const char* const first = at;
     uint64_t total = 0;
     for (; at != end && IsDigit(*at); ++at) {
         total = total * 10 + static_cast<uint64_t>(*at - '0');
-        if (total > kFarOutOfRange) {
-            total = kFarOutOfRange;
+    }
+    if (at - first > kNeverTooLarge) {
+        total = 0;
+        for (const char* digit = first; digit != at && total < kFarOutOfRange; ++digit) {
+            total = total * 10 + static_cast<uint64_t>(*digit - '0');
         }
     }
-    *value = total;
+    *value = total < kFarOutOfRange ? total : kFarOutOfRange;
     return at;
 }
 
@@ -68,53 +75,52 @@ constexpr double kExactPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,
                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr int kMostExactPower = 22;
 
-// A decimal number taken apart, as far as 64 bits go.
+// A decimal number taken apart.
 struct DecimalShape {
     const char* end = nullptr;  // behind the number
-    uint64_t digits = 0;        // all digits as one integer, if `exact`
-    int exponent = 0;           // the value is digits * 10^exponent, if `exact`
-    bool exact = false;
     bool nonZero = false;
+    bool exact = false;   // the two below are right: the digits fit 64 bits
+    uint64_t digits = 0;  // all digits as one integer
+    int exponent = 0;     // the value is digits * 10^exponent
 };
 
 // `at` stands on a digit, or on a point with a digit behind it.
 DecimalShape ScanDecimal(const char* at, const char* end) {
-    constexpr int kMostDigits = 18;
     DecimalShape shape;
-    int count = 0;  // significant digits
-    int64_t fraction = 0;
-    bool pointSeen = false;
-    for (; at != end; ++at) {
-        if (*at == '.' && !pointSeen) {
-            pointSeen = true;
-            continue;
-        }
-        if (!IsDigit(*at)) {
-            break;
-        }
-        shape.nonZero |= *at != '0';
-        count += shape.nonZero ? 1 : 0;
-        if (count <= kMostDigits) {
-            shape.digits = shape.digits * 10 + static_cast<uint64_t>(*at - '0');
-            fraction += pointSeen ? 1 : 0;
-        }
+    const char* const first = at;
+    uint64_t digits = 0;  // wraps where there are too many
+    for (; at != end && IsDigit(*at); ++at) {
+        digits = digits * 10 + static_cast<uint64_t>(*at - '0');
     }
-    uint64_t written = 0;
+    ptrdiff_t count = at - first;
+    ptrdiff_t fraction = 0;
+    if (at != end && *at == '.') {
+        const char* const point = at;
+        for (++at; at != end && IsDigit(*at); ++at) {
+            digits = digits * 10 + static_cast<uint64_t>(*at - '0');
+        }
+        fraction = at - point - 1;
+        count += fraction;
+    }
+    constexpr ptrdiff_t kMostDigits = 19;
+    const bool fits = count <= kMostDigits;
+    shape.nonZero = fits ? digits != 0 : std::any_of(first, at, [](char c) { return c > '0'; });
+    uint64_t power = 0;
     bool negative = false;
     if (at != end && (*at == 'e' || *at == 'E')) {
-        const char* power = at + 1;
-        negative = TakeSign(&power, end);
-        if (power != end && IsDigit(*power)) {
-            at = ScanDigits(power, end, &written);
+        const char* behind = at + 1;
+        negative = TakeSign(&behind, end);
+        if (behind != end && IsDigit(*behind)) {
+            at = ScanDigits(behind, end, &power);
         }
     }
     shape.end = at;
-    constexpr int kPlainExponent = 100;
-    constexpr int kPlainFraction = 100;
-    shape.exact = count <= kMostDigits && written <= kPlainExponent && fraction <= kPlainFraction;
-    if (shape.exact) {
+    constexpr uint64_t kPlainPower = 100;
+    if (fits && power <= kPlainPower) {
+        shape.exact = true;
+        shape.digits = digits;
         shape.exponent =
-            (negative ? -static_cast<int>(written) : static_cast<int>(written)) - static_cast<int>(fraction);
+            (negative ? -static_cast<int>(power) : static_cast<int>(power)) - static_cast<int>(fraction);
     }
     return shape;
 }

@@ -42,6 +42,7 @@ class TextLines {
     explicit TextLines(std::string_view text) : rest_(text) {}
     // False behind the last line. The view points into the text.
     bool Next(std::string_view* line);
+    std::string_view Rest() const { return rest_; }  // what has not been walked yet
 
   private:
     std::string_view rest_;

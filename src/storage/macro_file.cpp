@@ -5,6 +5,7 @@
 #include "platform/files.h"
 #include "storage/settings_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <ios>
 #include <utility>
@@ -15,9 +16,34 @@ constexpr std::string_view kSettingsPrefix = "SETTINGS:";
 
 // The longest event line: seven integers of at most 11 characters, a time, seven commas.
 constexpr size_t kEventLineLength = 7 * 11 + kStreamDoubleLength + 7;
+constexpr size_t kLongestLineEnd = 2;
 
-template <typename Integer> char* PutInteger(char* out, char* limit, Integer value) {
-    return std::to_chars(out, limit, value).ptr;
+// Most integers of a macro have one digit, most others at most four.
+template <typename Integer> char* PutInteger(char* out, Integer value) {
+    if (value >= 0 && value <= 9) {
+        *out = static_cast<char>('0' + value);
+        return out + 1;
+    }
+    return std::to_chars(out, out + 11, value).ptr;
+}
+
+// One event at `out`, which has room for kEventLineLength bytes; gives the end.
+char* PutEventLine(char* out, const UnifiedEvent& event) {
+    out = PutInteger(out, static_cast<int32_t>(event.type));
+    *out++ = ',';
+    out = FormatStreamDouble(out, event.time);
+    *out++ = ',';
+    out = PutInteger(out, event.x);
+    *out++ = ',';
+    out = PutInteger(out, event.y);
+    *out++ = ',';
+    out = PutInteger(out, event.flags);
+    *out++ = ',';
+    out = PutInteger(out, static_cast<int32_t>(event.vk));
+    *out++ = ',';
+    *out++ = event.down ? '1' : '0';
+    *out++ = ',';
+    return PutInteger(out, event.wheel);
 }
 
 // Gives the comma-separated fields of one line, first to last. Once they have run out the last one is given again.
@@ -73,33 +99,26 @@ bool ReadSevenFields(FieldWalk& fields, UnifiedEvent* event) {
 
 void AppendEventLine(std::string& out, const UnifiedEvent& event) {
     char line[kEventLineLength];
-    char* const limit = line + sizeof(line);
-    char* at = PutInteger(line, limit, static_cast<int32_t>(event.type));
-    *at++ = ',';
-    at = FormatStreamDouble(at, event.time);
-    *at++ = ',';
-    at = PutInteger(at, limit, event.x);
-    *at++ = ',';
-    at = PutInteger(at, limit, event.y);
-    *at++ = ',';
-    at = PutInteger(at, limit, event.flags);
-    *at++ = ',';
-    at = PutInteger(at, limit, static_cast<int32_t>(event.vk));
-    *at++ = ',';
-    *at++ = event.down ? '1' : '0';
-    *at++ = ',';
-    at = PutInteger(at, limit, event.wheel);
-    out.append(line, at);
+    out.append(line, PutEventLine(line, event));
 }
 
 void AppendEventLines(std::string& out, const std::vector<UnifiedEvent>& events) {
     constexpr size_t kUsualLineLength = 32;
     const std::string_view lineEnd = TextLineEnd();
     out.reserve(out.size() + events.size() * kUsualLineLength);
+    // Lines are gathered in a buffer that stays in the processor's cache.
+    char buffer[8192];
+    const char* const full = buffer + sizeof(buffer) - kEventLineLength - kLongestLineEnd;
+    char* at = buffer;
     for (const UnifiedEvent& event : events) {
-        AppendEventLine(out, event);
-        out += lineEnd;
+        at = PutEventLine(at, event);
+        at = std::copy(lineEnd.begin(), lineEnd.end(), at);
+        if (at > full) {
+            out.append(buffer, at);
+            at = buffer;
+        }
     }
+    out.append(buffer, at);
 }
 
 bool ParseEventLine(std::string_view line, UnifiedEvent* event) {

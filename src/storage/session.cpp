@@ -10,7 +10,10 @@
 
 #include <atomic>
 #include <new>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -31,9 +34,33 @@ struct StoreCopy {
     int32_t currentProfile = 0;
 };
 
-// False: the lock is held, or memory has run out; nothing was copied.
-bool CopyStore(StoreCopy* copy) {
+// Makes room for a copy of the store, so that the copy itself is no more than moving bytes: new memory costs the
+// system several times as much, and the hook thread would wait for it. False if the lock is held.
+bool PrepareCopy(StoreCopy* copy) {
+    std::vector<size_t> eventCounts;
     if (!macroMutex.TryLock()) {
+        return false;
+    }
+    try {
+        for (const Profile& profile : macroState.profiles) {
+            eventCounts.push_back(profile.events.size());
+        }
+    } catch (const std::bad_alloc&) {
+        eventCounts.clear();
+    }
+    macroMutex.Unlock();
+    for (const size_t count : eventCounts) {
+        constexpr size_t kGrowth = 64;  // a recording may go on meanwhile
+        std::vector<UnifiedEvent>& events = copy->profiles.emplace_back().events;
+        events.reserve(count + kGrowth);
+        events.resize(count);
+    }
+    return true;
+}
+
+// False: the lock is held, or memory has run out.
+bool CopyStore(StoreCopy* copy) {
+    if (!PrepareCopy(copy) || !macroMutex.TryLock()) {
         return false;
     }
     bool copied = true;
@@ -82,13 +109,28 @@ void SaveOnce() {
     }
 }
 
+// How many bytes stand before the next profile line, so that a macro's list can be made in one piece. Event lines hold
+// no capital letter, which makes this a search for one byte.
+size_t BytesToNextProfile(std::string_view text) {
+    for (size_t at = text.find('P'); at != std::string_view::npos; at = text.find('P', at + 1)) {
+        if (StartsWith(text.substr(at), kProfilePrefix) && (at == 0 || text[at - 1] == '\n')) {
+            return at;
+        }
+    }
+    return text.size();
+}
+
 // What stands behind the second line.
 std::vector<Profile> ReadProfiles(TextLines& lines) {
+    // A usual line has 16 bytes or more. A macro of short ones grows its list as it goes.
+    constexpr size_t kUsualLineLength = 16;
     std::vector<Profile> profiles;
     std::string_view line;
     while (lines.Next(&line)) {
         if (StartsWith(line, kProfilePrefix)) {
-            profiles.emplace_back().name = line.substr(kProfilePrefix.size());
+            Profile& profile = profiles.emplace_back();
+            profile.name = line.substr(kProfilePrefix.size());
+            profile.events.reserve(BytesToNextProfile(lines.Rest()) / kUsualLineLength);
         } else if (profiles.empty()) {
             continue;
         } else if (StartsWith(line, kProfileSettingsPrefix)) {
@@ -120,9 +162,10 @@ void SaveSession() {
 
 bool LoadSession() {
     std::string bytes;
-    if (!ReadFileBytes(SessionPath(), &bytes)) {
-        return false;
-    }
+    return ReadFileBytes(SessionPath(), &bytes) && LoadSessionText(bytes);
+}
+
+bool LoadSessionText(std::string_view bytes) {
     TextLines lines(bytes);
     std::string_view line;
     if (!lines.Next(&line) || !StartsWith(line, kSettingsPrefix)) {

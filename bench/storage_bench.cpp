@@ -1,0 +1,292 @@
+// How fast a large macro is read, written, saved and listed, beside the plain iostream way of doing the same, which is
+// kept here as the yardstick. Prints one table of `name | ours | yardstick | ratio`, all measured in this one run.
+// Usage: storage_bench
+#include "engines/engine_state.h"
+#include "engines/macro_edits.h"
+#include "platform/files.h"
+#include "storage/data_folder.h"
+#include "storage/macro_file.h"
+#include "storage/session.h"
+#include "storage/settings_text.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr size_t kSmall = 10000;
+constexpr size_t kLarge = 1000000;
+
+// What a person's recording looks like: mostly pointer moves a few milliseconds apart, some keys, clicks and wheel.
+std::vector<UnifiedEvent> Recording(size_t count) {
+    std::mt19937 random(1);
+    std::vector<UnifiedEvent> events(count);
+    double time = 0;
+    for (UnifiedEvent& event : events) {
+        time += 0.0005 + 0.008 * static_cast<double>(random() % 1000) / 1000;
+        event.time = time;
+        switch (random() % 16) {
+        case 0:
+            event.type = EvKey;
+            event.vk = static_cast<uint32_t>(65 + random() % 26);
+            event.down = random() % 2 == 0;
+            break;
+        case 1:
+            event.type = EvMouseButton;
+            event.x = static_cast<int32_t>(random() % 1920);
+            event.y = static_cast<int32_t>(random() % 1080);
+            event.flags = random() % 2 == 0 ? 2 : 4;
+            break;
+        case 2:
+            event.type = EvScroll;
+            event.wheel = random() % 2 == 0 ? 120 : -120;
+            break;
+        default:
+            event.type = EvAbsMove;
+            event.x = static_cast<int32_t>(random() % 1920);
+            event.y = static_cast<int32_t>(random() % 1080);
+        }
+    }
+    return events;
+}
+
+double Milliseconds(const std::function<void()>& body) {
+    const auto begin = std::chrono::steady_clock::now();
+    body();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+}
+
+struct Row {
+    const char* name;
+    double ours = 0;
+    double yardstick = 0;
+};
+
+// Times both in turn, so that a busy machine is busy for both. The shortest run of each counts: whatever else the
+// machine does only ever adds.
+Row Measure(const char* name, const std::function<void()>& ours, const std::function<void()>& yardstick) {
+    constexpr int kRounds = 4;
+    constexpr int kOurRunsARound = 3;
+    Row row{name, 1e12, yardstick ? 1e12 : 0};
+    for (int round = 0; round < kRounds; ++round) {
+        for (int run = 0; run < kOurRunsARound; ++run) {
+            row.ours = std::min(row.ours, Milliseconds(ours));
+        }
+        if (yardstick) {
+            row.yardstick = std::min(row.yardstick, Milliseconds(yardstick));
+        }
+    }
+    return row;
+}
+
+// A result that did not come out as it should makes the table worthless.
+void Require(bool good, const char* what) {
+    if (!good) {
+        std::fprintf(stderr, "storage_bench: %s went wrong\n", what);
+        std::exit(1);
+    }
+}
+
+// The yardstick: the same formats by getline, string streams, the sto functions and operator<<.
+
+void PlainWriteEvents(std::ostream& out, const std::vector<UnifiedEvent>& events) {
+    for (const UnifiedEvent& event : events) {
+        out << static_cast<int>(event.type) << ',' << event.time << ',' << event.x << ',' << event.y << ','
+            << event.flags << ',' << static_cast<int>(event.vk) << ',' << (event.down ? 1 : 0) << ','
+            << event.wheel << '\n';
+    }
+}
+
+void PlainWriteMacro(const std::string& path, const Profile& profile) {
+    std::ofstream out(path);
+    out << profile.name << '\n' << "SETTINGS:" << BuildSettingsLine() << '\n';
+    PlainWriteEvents(out, profile.events);
+}
+
+void PlainSaveSession(const std::string& path) {
+    std::ostringstream text;
+    text << "SETTINGS:" << BuildSettingsLine() << '\n';
+    MutexLock lock(macroMutex);
+    text << "CURRENT:" << macroState.currentProfile << '\n';
+    for (const Profile& profile : macroState.profiles) {
+        text << "PROFILE:" << profile.name << '\n';
+        if (!profile.settings.empty()) {
+            text << "PROFILESETTINGS:" << profile.settings << '\n';
+        }
+        PlainWriteEvents(text, profile.events);
+    }
+    std::ofstream out(path);
+    out << text.str();
+}
+
+bool PlainReadEvent(const std::string& line, UnifiedEvent* event) {
+    std::stringstream fields(line);
+    std::string field;
+    const auto next = [&] { return static_cast<bool>(std::getline(fields, field, ',')); };
+    try {
+        next();
+        event->type = static_cast<uint32_t>(std::stoi(field));
+        next();
+        event->time = std::stod(field);
+        next();
+        event->x = static_cast<int32_t>(std::stol(field));
+        next();
+        event->y = static_cast<int32_t>(std::stol(field));
+        next();
+        event->flags = static_cast<uint32_t>(std::stoul(field));
+        next();
+        event->vk = static_cast<uint32_t>(std::stoi(field));
+        next();
+        event->down = std::stoi(field) != 0;
+        if (next()) {
+            event->wheel = std::stoi(field);
+        }
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+// Both files: the head lines are few and not what is measured.
+std::vector<UnifiedEvent> PlainRead(const std::string& path, int headLines) {
+    std::ifstream in(path);
+    std::string line;
+    std::vector<UnifiedEvent> events;
+    for (int i = 0; i < headLines; ++i) {
+        std::getline(in, line);
+    }
+    while (std::getline(in, line)) {
+        if (UnifiedEvent event; PlainReadEvent(line, &event)) {
+            events.push_back(event);
+        }
+    }
+    return events;
+}
+
+std::string PlainEventsJson(const std::vector<UnifiedEvent>& events) {
+    std::ostringstream json;
+    json << '[';
+    for (size_t i = 0; i < events.size(); ++i) {
+        json << (i > 0 ? "," : "") << "{\"id\":" << i << ",\"time\":" << std::to_string(events[i].time)
+             << ",\"desc\":\"" << EventDescription(events[i]) << "\"}";
+    }
+    json << ']';
+    return json.str();
+}
+
+void SetStore(const std::vector<UnifiedEvent>& events) {
+    MutexLock lock(macroMutex);
+    macroState.profiles = {{DefaultProfileName, BuildProfileSettings(), events}};
+    macroState.currentProfile = 0;
+}
+
+// One size: a row each. The yardstick is left out where only the growth is wanted.
+std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYardstick) {
+    const Profile profile{"Bench", "", Recording(count)};
+    const std::string ours = (folder / "ours.vrlmacro").string();
+    const std::string plain = (folder / "plain.vrlmacro").string();
+    const std::string plainSession = (folder / "plain.dat").string();
+    const auto yardstick = [withYardstick](const std::function<void()>& body) {
+        return withYardstick ? body : std::function<void()>();
+    };
+    const auto requireSameFiles = [withYardstick](const std::string& a, const std::string& b,
+                                                  const char* what) {
+        std::string bytesOfA;
+        std::string bytesOfB;
+        Require(!withYardstick ||
+                    (ReadFileBytes(a, &bytesOfA) && ReadFileBytes(b, &bytesOfB) && bytesOfA == bytesOfB),
+                what);
+    };
+    std::vector<Row> rows;
+
+    rows.push_back(Measure(
+        "macro file write", [&] { WriteMacroFile(ours, profile); },
+        yardstick([&] { PlainWriteMacro(plain, profile); })));
+    requireSameFiles(ours, plain, "writing");
+
+    std::vector<UnifiedEvent> events;
+    std::vector<UnifiedEvent> plainEvents;
+    rows.push_back(Measure(
+        "macro file read",
+        [&] {
+            ParsedMacro parsed;
+            Require(ReadMacroFile(ours, &parsed).empty(), "reading");
+            events = std::move(parsed.events);
+        },
+        yardstick([&] { plainEvents = PlainRead(ours, 2); })));
+    Require(events.size() == count && (!withYardstick || events == plainEvents), "reading");
+
+    SetStore(profile.events);
+    rows.push_back(Measure("session save", SaveSession, yardstick([&] { PlainSaveSession(plainSession); })));
+    requireSameFiles(SessionPath(), plainSession, "saving");
+
+    rows.push_back(Measure(
+        "session load", [] { Require(LoadSession(), "loading"); },
+        yardstick([&] { plainEvents = PlainRead(SessionPath(), 4); })));
+
+    std::string json;
+    std::string plainJson;
+    rows.push_back(Measure(
+        "event list JSON", [&] { json = MacroEventsJson(profile.events); },
+        yardstick([&] { plainJson = PlainEventsJson(profile.events); })));
+    Require(!withYardstick || json == plainJson, "listing");
+    return rows;
+}
+
+// What a save does while it holds macroMutex, by itself: a copy of the store into memory that is already there.
+double MeasureLockHeld() {
+    constexpr int kRuns = 10;
+    double shortest = 1e12;
+    for (int run = 0; run < kRuns; ++run) {
+        std::vector<Profile> copy(1);
+        copy[0].events.resize(kLarge);
+        shortest = std::min(shortest, Milliseconds([&copy] {
+                                MutexLock lock(macroMutex);
+                                copy = macroState.profiles;
+                            }));
+    }
+    return shortest;
+}
+
+}  // namespace
+
+int main() {
+    const fs::path folder =
+        fs::temp_directory_path() / ("varnelle-bench-" + std::to_string(std::random_device()()));
+    fs::create_directory(folder);
+    setenv("LOCALAPPDATA", folder.c_str(), 1);  // nothing of the person's own is touched
+    CreateDataFolder();
+
+    const std::vector<Row> small = MeasureSize(folder, kSmall, false);
+    const std::vector<Row> large = MeasureSize(folder, kLarge, true);
+    const double held = MeasureLockHeld();
+
+    std::printf("A macro of a million events, shortest run, milliseconds | ours | yardstick | ratio\n");
+    double save = 0;
+    for (const Row& row : large) {
+        std::printf("%s | %.1f | %.1f | %.1f\n", row.name, row.ours, row.yardstick, row.yardstick / row.ours);
+        if (std::string_view(row.name) == "session save") {
+            save = row.ours;
+        }
+    }
+    std::printf("\nNanoseconds an event | of 10,000 | of 1,000,000 | growth (1 is linear)\n");
+    for (size_t i = 0; i < large.size(); ++i) {
+        const double each = small[i].ours * 1e6 / kSmall;
+        const double eachOfMany = large[i].ours * 1e6 / kLarge;
+        std::printf("%s | %.0f | %.0f | %.2f\n", large[i].name, each, eachOfMany, eachOfMany / each);
+    }
+    std::printf("\nLock held during a session save | %.1f ms | of %.1f ms | %.2f\n", held, save, held / save);
+    fs::remove_all(folder);
+    return 0;
+}
