@@ -15,4 +15,6 @@ struct Script {
 Script ReadScript(const std::string& path);
 // Runs the steps on fresh engines and gives the lines that came of them. An unknown word gives a line that says so.
 std::vector<std::string> RunScript(const std::vector<std::string>& steps, uint64_t seed = 1);
+// One step on engines that run already. False: not understood.
+bool RunScriptStep(const std::string& step);
 std::string JoinLines(const std::vector<std::string>& lines);
