@@ -8,7 +8,9 @@
 #
 # Everything that was started ends when the shell exits. One run a build folder: a second one waits.
 
-export WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe="
+export WINEARCH=win64 WINEDEBUG=-all
+# Nothing that wants to be installed, and no debugger that opens a dialog on a program that is meant to crash.
+export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe="
 # The Windows programs read the environment of the shell: nothing personal may reach them.
 unset LOCALAPPDATA
 

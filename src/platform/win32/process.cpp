@@ -6,6 +6,8 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
 
 // Process-wide state, UI thread unless said otherwise.
 static HRESULT comResult = E_FAIL;                   // of the UI thread's CoInitializeEx
@@ -106,7 +108,7 @@ void ReleaseSingleInstance() {
     }
 }
 
-static LONG WINAPI CrashSaveFilter(EXCEPTION_POINTERS*) {
+static void SaveOnce() {
     if (auto save = crashSave.exchange(nullptr)) {
         try {
             save();
@@ -114,10 +116,22 @@ static LONG WINAPI CrashSaveFilter(EXCEPTION_POINTERS*) {
             // The process is dying; nobody is left to tell.
         }
     }
+}
+
+static LONG WINAPI CrashSaveFilter(EXCEPTION_POINTERS*) {
+    SaveOnce();
     return EXCEPTION_CONTINUE_SEARCH;
+}
+
+[[noreturn]] static void SaveAndAbort() {
+    SaveOnce();
+    std::abort();
 }
 
 void SetCrashHandler(void (*save)()) {
     crashSave = save;
     SetUnhandledExceptionFilter(CrashSaveFilter);
+    // NOTE: a C++ exception that leaves a thread's function ends in std::terminate and never reaches the filter.
+    // HACK: the same save from there.
+    std::set_terminate(SaveAndAbort);
 }

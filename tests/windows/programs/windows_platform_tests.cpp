@@ -1,0 +1,409 @@
+// The Windows home of the seam against the system itself: clock, events, threads, files, processes.
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "platform/threads.h"
+#include "platform/wake.h"
+#include "platform/win32/arguments.h"
+#include "test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <objbase.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+
+// ---- clock ----
+
+TEST(Clock, CounterRunsAtItsFrequency) {
+    const int64_t frequency = ReadPerformanceFrequency();
+    ASSERT_GT(frequency, 0);
+    EXPECT_EQ(ReadPerformanceFrequency(), frequency);
+    BeginTimerPeriod();
+    const int64_t begin = ReadPerformanceCounter();
+    SleepMilliseconds(20);
+    const double seconds =
+        static_cast<double>(ReadPerformanceCounter() - begin) / static_cast<double>(frequency);
+    EndTimerPeriod();
+    EXPECT_GE(seconds, 0.018);
+    int64_t last = ReadPerformanceCounter();
+    for (int i = 0; i < 1000; ++i) {
+        SpinOnce();
+        const int64_t now = ReadPerformanceCounter();
+        ASSERT_GE(now, last);
+        last = now;
+    }
+}
+
+TEST(Clock, KeepingTheTimerResolutionEndsNothing) {
+    KeepTimerResolutionWhenHidden();  // refused by systems that do not know the throttle
+    SUCCEED();
+}
+
+// ---- wake ----
+
+TEST(Wake, AutomaticEventIsTakenByOneWait) {
+    WakeEvent* event = CreateWakeEvent(WakeReset::Automatic);
+    EXPECT_EQ(WaitForAny(&event, 1, 0), -1);
+    SignalWake(event);
+    SignalWake(event);
+    EXPECT_EQ(WaitForAny(&event, 1, 1000), 0);
+    EXPECT_EQ(WaitForAny(&event, 1, 0), -1);
+    CloseWakeEvent(event);
+}
+
+TEST(Wake, ManualEventStaysSet) {
+    WakeEvent* event = CreateWakeEvent(WakeReset::Manual);
+    SignalWake(event);
+    EXPECT_EQ(WaitForAny(&event, 1, 1000), 0);
+    EXPECT_EQ(WaitForAny(&event, 1, kNoLimit), 0);
+    CloseWakeEvent(event);
+}
+
+TEST(Wake, LowestSetEventWinsAndOnlyItIsTaken) {
+    WakeEvent* events[4] = {};
+    for (WakeEvent*& event : events) {
+        event = CreateWakeEvent(WakeReset::Automatic);
+    }
+    SignalWake(events[3]);
+    SignalWake(events[1]);
+    EXPECT_EQ(WaitForAny(events, 4, 1000), 1);
+    EXPECT_EQ(WaitForAny(events, 4, 1000), 3);
+    EXPECT_EQ(WaitForAny(events, 4, 0), -1);
+    for (WakeEvent* event : events) {
+        CloseWakeEvent(event);
+    }
+}
+
+TEST(Wake, NullEventsAreNeverSet) {
+    SignalWake(nullptr);
+    CloseWakeEvent(nullptr);
+    WakeEvent* events[2] = {nullptr, CreateWakeEvent(WakeReset::Automatic)};
+    SignalWake(events[1]);
+    EXPECT_EQ(WaitForAny(events, 2, 1000), 1);
+    EXPECT_EQ(WaitForAny(events, 2, 10), -1);
+    EXPECT_EQ(WaitForAny(events, 1, 10), -1);
+    CloseWakeEvent(events[1]);
+}
+
+// ---- threads ----
+
+std::atomic<bool> threadRan = false;
+std::wstring threadName;
+
+void NamedBody() {
+    using GetDescription = HRESULT(WINAPI*)(HANDLE, PWSTR*);
+    auto getDescription = reinterpret_cast<GetDescription>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "GetThreadDescription")));
+    PWSTR name = nullptr;
+    if (getDescription && SUCCEEDED(getDescription(GetCurrentThread(), &name))) {
+        threadName = name;
+        LocalFree(name);
+    }
+    threadRan = true;
+}
+
+TEST(Threads, BodyRunsUnderItsName) {
+    std::thread thread = StartThread("autoclick", NamedBody);
+    JoinThread(thread);
+    EXPECT_TRUE(threadRan);
+    EXPECT_FALSE(thread.joinable());
+    if (!threadName.empty()) {  // Wine 8 keeps no names
+        EXPECT_EQ(threadName, L"autoclick");
+    }
+    JoinThread(thread);
+}
+
+// ---- files ----
+
+TEST(Files, LinesEndInCarriageReturnAndLineFeed) {
+    EXPECT_EQ(TextLineEnd(), "\r\n");
+}
+
+TEST(Files, DataFolderRootNeedsAUsableVariable) {
+    SetEnvironmentVariableA("LOCALAPPDATA", "C:\\users\\somebody");
+    EXPECT_EQ(DataFolderRoot(), "C:\\users\\somebody");
+    SetEnvironmentVariableA("LOCALAPPDATA", std::string(259, 'x').c_str());
+    EXPECT_EQ(DataFolderRoot(), std::string(259, 'x'));
+    SetEnvironmentVariableA("LOCALAPPDATA", std::string(260, 'x').c_str());
+    EXPECT_EQ(DataFolderRoot(), ".");
+    SetEnvironmentVariableA("LOCALAPPDATA", std::string(2000, 'x').c_str());
+    EXPECT_EQ(DataFolderRoot(), ".");
+    SetEnvironmentVariableA("LOCALAPPDATA", nullptr);
+    EXPECT_EQ(DataFolderRoot(), ".");
+}
+
+TEST(Files, BytesComeBackAsWritten) {
+    ScratchFolder scratch;
+    std::string bytes;
+    for (int i = 0; i < 70000; ++i) {
+        bytes.push_back(static_cast<char>(i % 256));
+    }
+    const std::string path = scratch.File("bytes");
+    EXPECT_FALSE(FileExists(path));
+    ASSERT_TRUE(WriteFileBytes(path, bytes));
+    EXPECT_TRUE(FileExists(path));
+    std::string back = "before";
+    ASSERT_TRUE(ReadFileBytes(path, &back));
+    EXPECT_EQ(back, bytes);
+    ASSERT_TRUE(WriteFileBytes(path, "short"));
+    ASSERT_TRUE(ReadFileBytes(path, &back));
+    EXPECT_EQ(back, "short");
+    ASSERT_TRUE(WriteFileBytes(path, ""));
+    ASSERT_TRUE(ReadFileBytes(path, &back));
+    EXPECT_EQ(back, "");
+}
+
+TEST(Files, FailuresAreFalse) {
+    ScratchFolder scratch;
+    std::string bytes;
+    EXPECT_FALSE(ReadFileBytes(scratch.File("missing"), &bytes));
+    EXPECT_FALSE(WriteFileBytes(scratch.File("missing\\file"), "x"));
+    EXPECT_FALSE(RemoveFile(scratch.File("missing")));
+    EXPECT_FALSE(MoveFileNoReplace(scratch.File("missing"), scratch.File("other")));
+    EXPECT_FALSE(ReadFileBytes("", &bytes));
+    EXPECT_FALSE(WriteFileBytes("", "x"));
+    EXPECT_FALSE(FileExists(""));
+}
+
+TEST(Files, AReadOnlyFileIsNotRemoved) {
+    ScratchFolder scratch;
+    const std::string path = scratch.File("fixed");
+    ASSERT_TRUE(WriteFileBytes(path, "x"));
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_FALSE(RemoveFile(path));
+    std::string bytes;
+    ASSERT_TRUE(ReadFileBytes(path, &bytes));
+    EXPECT_EQ(bytes, "x");
+}
+
+TEST(Files, MoveReplacesNothing) {
+    ScratchFolder scratch;
+    ASSERT_TRUE(WriteFileBytes(scratch.File("a"), "a"));
+    ASSERT_TRUE(WriteFileBytes(scratch.File("b"), "b"));
+    EXPECT_FALSE(MoveFileNoReplace(scratch.File("a"), scratch.File("b")));
+    EXPECT_TRUE(FileExists(scratch.File("a")));
+    EXPECT_TRUE(MoveFileNoReplace(scratch.File("a"), scratch.File("c")));
+    EXPECT_FALSE(FileExists(scratch.File("a")));
+    std::string bytes;
+    ASSERT_TRUE(ReadFileBytes(scratch.File("b"), &bytes));
+    EXPECT_EQ(bytes, "b");
+    ASSERT_TRUE(ReadFileBytes(scratch.File("c"), &bytes));
+    EXPECT_EQ(bytes, "a");
+}
+
+TEST(Files, AFileIsReadWhileAnotherWritesIt) {
+    ScratchFolder scratch;
+    const std::string path = scratch.File("mirror");
+    HANDLE writer = CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    DWORD written = 0;
+    WriteFile(writer, "half", 4, &written, nullptr);
+    std::string bytes;
+    EXPECT_TRUE(ReadFileBytes(path, &bytes));
+    EXPECT_EQ(bytes, "half");
+    CloseHandle(writer);
+}
+
+TEST(Files, AFolderIsMadeOnce) {
+    ScratchFolder scratch;
+    EXPECT_TRUE(CreateFolder(scratch.File("folder")));
+    EXPECT_TRUE(FileExists(scratch.File("folder")));
+    EXPECT_FALSE(CreateFolder(scratch.File("folder")));
+    std::string bytes;
+    EXPECT_FALSE(ReadFileBytes(scratch.File("folder"), &bytes));
+    RemoveDirectoryA(scratch.File("folder").c_str());
+}
+
+// ---- process ----
+
+TEST(Process, PathsNameThisProgram) {
+    const std::string path = ProgramPath();
+    EXPECT_EQ(Widen(path), OwnProgram());
+    EXPECT_EQ(ProgramDirectory() + "\\windows_platform_tests.exe", path);
+}
+
+TEST(Process, OwnImageKnowsOtherProcessesOfThisProgram) {
+    EXPECT_TRUE(IsOwnImage(OwnProcessId()));
+    ChildProcess same(OwnRole(L"wait"), nullptr);
+    ASSERT_TRUE(same.Started());
+    EXPECT_TRUE(IsOwnImage(same.Id()));
+    EXPECT_FALSE(IsOwnImage(0));
+    EXPECT_FALSE(IsOwnImage(0xFFFFFFF0));
+}
+
+TEST(Process, OwnImageComparesWithoutCase) {
+    std::wstring shouted = OwnRole(L"wait");
+    const size_t name = shouted.find(L"windows_platform_tests");
+    ASSERT_NE(name, std::wstring::npos);
+    shouted.replace(name, 7, L"WINDOWS");
+    ChildProcess same(shouted, nullptr);
+    ASSERT_TRUE(same.Started());
+    EXPECT_TRUE(IsOwnImage(same.Id()));
+}
+
+TEST(Process, TheNameIsClaimedOnce) {
+    std::string output;
+    ASSERT_EQ(ClaimSingleInstance("Local\\VarnelleTestInstance"), InstanceResult::First);
+    EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleTestInstance"), &output), 11u);
+    EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleOtherInstance"), &output), 10u);
+    ReleaseSingleInstance();
+    EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleTestInstance"), &output), 10u);
+    ReleaseSingleInstance();
+}
+
+TEST(Process, AFailedClaimCountsAsFirst) {
+    HANDLE event =
+        CreateEventA(nullptr, TRUE, FALSE, "Local\\VarnelleNoMutex");  // the name is of another kind
+    EXPECT_EQ(ClaimSingleInstance("Local\\VarnelleNoMutex"), InstanceResult::First);
+    ReleaseSingleInstance();
+    CloseHandle(event);
+}
+
+TEST(Process, ACrashSavesOnceAndStillEndsTheProcess) {
+    for (const wchar_t* role : {L"crash", L"crash-thread", L"throw"}) {
+        ScratchFolder scratch;
+        const std::string saved = scratch.File("saved");
+        std::string output;
+        const DWORD code = RunToEnd(OwnRole(role, Widen(saved)), &output);
+        EXPECT_NE(code, 0u);
+        EXPECT_NE(code, static_cast<DWORD>(STILL_ACTIVE));
+        if (wcscmp(role, L"throw") != 0) {
+            EXPECT_EQ(code, static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION));
+        }
+        std::string bytes;
+        ReadFileBytes(saved, &bytes);
+        EXPECT_EQ(bytes, "1") << "role " << std::string(role, role + wcslen(role));
+    }
+}
+
+TEST(Process, ACrashInTheSaveItselfEndsTheProcessToo) {
+    std::string output;
+    EXPECT_NE(RunToEnd(OwnRole(L"crash-twice"), &output), static_cast<DWORD>(STILL_ACTIVE));
+}
+
+TEST(Process, RedirectedOutputStaysWhereItIs) {
+    std::string output;
+    EXPECT_EQ(RunToEnd(OwnRole(L"console"), &output), 3u);
+    EXPECT_EQ(output, "a line\r\n");
+}
+
+TEST(Process, WithoutAConsoleTheOutputIsLostAndTheCodeStands) {
+    ChildProcess detached(OwnRole(L"console"), nullptr);
+    EXPECT_EQ(detached.ExitCode(), 3u);
+}
+
+TEST(Process, PreparationClearsTheWebViewVariables) {
+    for (const char* name : {"WEBVIEW2_BROWSER_EXECUTABLE_FOLDER", "WEBVIEW2_ADDITIONAL_BROWSER_ARGUMENTS",
+                             "WEBVIEW2_USER_DATA_FOLDER", "WEBVIEW2_RELEASE_CHANNEL_PREFERENCE",
+                             "WEBVIEW2_PIPE_FOR_SCRIPT_DEBUGGER", "WEBVIEW2_WAIT_FOR_SCRIPT_DEBUGGER"}) {
+        SetEnvironmentVariableA(name, "set");
+    }
+    SetEnvironmentVariableA("WEBVIEW2_SOMETHING_ELSE", "set");
+    std::string output;
+    EXPECT_EQ(RunToEnd(OwnRole(L"prepare"), &output), 0u);
+    EXPECT_EQ(output, "WEBVIEW2_SOMETHING_ELSE=set\r\napartment 0\r\n");
+}
+
+TEST(Process, WideArgumentsAreCutToTheirLowBytes) {
+    std::string output;
+    RunToEnd(OwnRole(L"arguments", L"--x=\"C:\\two words\" \x0141\x20ACz \"\""), &output);
+    EXPECT_EQ(output, "valid 1\r\nline rest of the line\r\n[--role=arguments]\r\n[--x=C:\\two words]\r\n"
+                      "[\x41\xACz]\r\n[]\r\n");
+}
+
+// ---- this program in its other roles ----
+
+std::string savePath;
+
+void CountSave() {
+    std::string before;
+    ReadFileBytes(savePath, &before);
+    WriteFileBytes(savePath, before + "1");
+}
+
+[[noreturn]] void Crash() {
+    volatile int* nowhere = nullptr;
+    *nowhere = 1;
+    abort();
+}
+
+int RunPrepareRole() {
+    PrepareProcess();
+    wchar_t* block = GetEnvironmentStringsW();
+    for (const wchar_t* entry = block; *entry; entry += wcslen(entry) + 1) {
+        if (wcsncmp(entry, L"WEBVIEW2_", 9) == 0) {
+            printf("%ls\n", entry);
+        }
+    }
+    FreeEnvironmentStringsW(block);
+    APTTYPE apartment = APTTYPE_MTA;
+    APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
+    CoGetApartmentType(&apartment, &qualifier);
+    // The first single-threaded apartment of a process is its main one.
+    printf("apartment %d\n", apartment == APTTYPE_STA || apartment == APTTYPE_MAINSTA ? 0 : 1);
+    EndProcess();
+    return 0;
+}
+
+int RunArgumentsRole() {
+    const ProcessArguments arguments = ReadProcessArguments("rest of the line");
+    printf("valid %d\nline %s\n", arguments.wideViewValid, arguments.line.c_str());
+    for (const std::string& argument : arguments.arguments) {
+        printf("[%s]\n", argument.c_str());
+    }
+    return 0;
+}
+
+int RunCrashRole(const std::string& role) {
+    SetErrorMode(SEM_NOGPFAULTERRORBOX);
+    SetCrashHandler(role == "crash-twice" ? [] { Crash(); } : CountSave);
+    if (role == "crash-thread") {
+        std::thread thread([] { Crash(); });
+        thread.join();
+    }
+    if (role == "throw") {
+        std::thread thread([] { throw std::runtime_error("not caught"); });
+        thread.join();
+    }
+    Crash();
+}
+
+int RunRole(const std::string& role, const char* argument) {
+    if (role == "claim") {
+        return ClaimSingleInstance(argument) == InstanceResult::First ? 10 : 11;
+    }
+    if (role == "console") {
+        EnsureConsole();
+        printf("a line\n");
+        return 3;
+    }
+    if (role == "prepare") {
+        return RunPrepareRole();
+    }
+    if (role == "arguments") {
+        return RunArgumentsRole();
+    }
+    if (role == "wait") {
+        Sleep(60000);
+        return 0;
+    }
+    savePath = argument;
+    return RunCrashRole(role);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const char kRole[] = "--role=";
+    if (argc > 1 && strncmp(argv[1], kRole, strlen(kRole)) == 0) {
+        return RunRole(argv[1] + strlen(kRole), argc > 2 ? argv[2] : "");
+    }
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
