@@ -1,0 +1,391 @@
+#!/usr/bin/env bash
+# The Windows home on real input: tests/windows/run.sh BUILD_DIR
+#
+# An X server of its own holds a Wine desktop; xdotool is the person, hook_probe.exe the program with the hooks,
+# target.exe the application in front. Ends with the line "windows: N passed, N failed".
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+. tests/windows/wine_env.sh
+
+build=${1:?usage: run.sh BUILD_DIR}
+work=$(mktemp -d)
+passed=0
+failed=0
+
+# ---- waiting and comparing ----
+
+# WaitUntil COMMAND...: until it succeeds, at most 20 seconds.
+WaitUntil() {
+    local deadline=$((SECONDS + 20))
+    until "$@" 2>/dev/null; do
+        if [ $SECONDS -ge $deadline ]; then
+            return 1
+        fi
+        sleep 0.02
+    done
+}
+
+# New lines of a log since the last Mark, without the times of the target.
+Mark() {
+    probeMark=$(wc -l <"$work/probe.log")
+    targetMark=$(wc -l <"$work/target.log")
+}
+NewProbe() { tail -n "+$((probeMark + 1))" "$work/probe.log"; }
+NewTarget() { tail -n "+$((targetMark + 1))" "$work/target.log" | cut -d' ' -f2-; }
+
+ProbeSaw() { NewProbe | grep -q "^$1"; }
+TargetSaw() { NewTarget | grep -q "^$1"; }
+ProbeCount() { [ "$(NewProbe | grep -c "^$1")" -ge "$2" ]; }
+
+# Expect WHAT COMMAND...: the condition holds now or soon.
+Expect() {
+    local what=$1
+    shift
+    if ! WaitUntil "$@"; then
+        echo "    not seen: $what ($*)"
+        ok=no
+    fi
+}
+
+# Refuse WHAT COMMAND...: the condition does not hold.
+Refuse() {
+    local what=$1
+    shift
+    if "$@"; then
+        echo "    seen: $what ($*)"
+        ok=no
+    fi
+}
+
+# Same WHAT EXPECTED ACTUAL
+Same() {
+    if [ "$2" != "$3" ]; then
+        printf '    %s\n      expected: %s\n      actual:   %s\n' "$1" "$2" "$3"
+        ok=no
+    fi
+}
+
+# One test: a function with a readable name.
+Test() {
+    ok=yes
+    Mark
+    "$1"
+    if [ "$ok" = yes ]; then
+        passed=$((passed + 1))
+        echo "ok $1"
+    else
+        failed=$((failed + 1))
+        echo "FAILED $1"
+        NewProbe | tail -n 12 | sed 's/^/    probe:  /'
+        NewTarget | tail -n 12 | sed 's/^/    target: /'
+    fi
+}
+
+# ---- the three on the stage ----
+
+StartTarget() {
+    : >"$work/target.log"
+    Wine 300 "$build/tests/target.exe" "$work/target.log" Target 200 150 400 300 </dev/null >/dev/null 2>&1 &
+    WaitUntil grep -q '^ready' "$work/target.log"
+}
+
+StartProbe() {
+    : >"$work/probe.log"
+    rm -f "$work/commands"
+    mkfifo "$work/commands"
+    # Without a limit around it, so that its process can be ended from here.
+    wine "$build/tests/hook_probe.exe" "$work/probe.log" <"$work/commands" >/dev/null 2>&1 9>&- &
+    probePid=$!
+    exec 8>"$work/commands"
+    WaitUntil grep -q '^ready' "$work/probe.log"
+}
+
+# Tells the probe something and waits until it has done so.
+Tell() {
+    local before
+    before=$(grep -c "^done $1\$" "$work/probe.log" || true)
+    echo "$1" >&8
+    WaitUntil eval "[ \$(grep -c '^done $1\$' '$work/probe.log') -gt $before ]"
+}
+
+# Everything sent before has arrived everywhere once the key after it has. The key is F2, which no test uses.
+Settle() {
+    local before
+    before=$(grep -c ' key up 113 ' "$work/target.log" || true)
+    xdotool key F2
+    Expect "the settling key" eval "[ \$(grep -c ' key up 113 ' '$work/target.log') -gt $before ]"
+}
+
+# ---- tests of the hooks ----
+
+RealKeysAreNotInjectedAndReachTheTarget() {
+    xdotool key a
+    Expect "press at the hook" ProbeSaw "key 256 65 0 pass"
+    Expect "release at the hook" ProbeSaw "key 257 65 0 pass"
+    Expect "press at the target" TargetSaw "key down 65 30 0 0"
+    Expect "release at the target" TargetSaw "key up 65 30 0 1"
+}
+
+LeftAndRightModifiersAreToldApart() {
+    xdotool key Shift_L Shift_R Control_L Control_R
+    Expect "left Shift" ProbeSaw "key 256 160 0 pass"
+    Expect "right Shift" ProbeSaw "key 256 161 0 pass"
+    Expect "left Ctrl" ProbeSaw "key 256 162 0 pass"
+    Expect "right Ctrl" ProbeSaw "key 257 163 0 pass"
+}
+
+AltGivesSystemKeys() {
+    xdotool keydown Alt_L key b keyup Alt_L
+    Expect "Alt itself" ProbeSaw "key 260 164 0 pass"
+    Expect "key under Alt" ProbeSaw "key 260 66 0 pass"
+    Expect "at the target" TargetSaw "key down 66 48 0 0"
+}
+
+# Wine gives a key sent by scan code no virtual key at the hook; Windows gives its own.
+SentKeysAreInjectedAndReachTheTarget() {
+    Tell "send 1 0 0 0 30 8"
+    Tell "send 1 0 0 0 30 10"
+    Expect "press at the hook" ProbeSaw "key 256 [0-9]* 1 pass"
+    Expect "release at the hook" ProbeSaw "key 257 [0-9]* 1 pass"
+    Expect "press at the target" TargetSaw "key down [0-9]* 30 0"
+    Expect "release at the target" TargetSaw "key up [0-9]* 30 0"
+}
+
+AConsumedKeyIsHiddenPressAndRelease() {
+    Tell "consume key 117"
+    xdotool key F6
+    Expect "press at the hook" ProbeSaw "key 256 117 0 consume"
+    Expect "release at the hook" ProbeSaw "key 257 117 0 consume"
+    Settle
+    Refuse "F6 at the target" TargetSaw "key [a-z]* 117"
+    Tell pass
+    xdotool key F6
+    Expect "F6 at the target again" TargetSaw "key up 117"
+}
+
+AHeldConsumedKeyRepeatsAtTheHookOnly() {
+    Tell "consume key 117"
+    xdotool keydown F6
+    Expect "repeats at the hook" ProbeCount "key 256 117 0 consume" 3
+    xdotool keyup F6
+    Expect "release at the hook" ProbeSaw "key 257 117 0 consume"
+    Tell pass
+    Settle
+    Refuse "F6 at the target" TargetSaw "key [a-z]* 117"
+}
+
+AKeyWhoseSinkThrowsPasses() {
+    Tell "throw key 67"
+    xdotool key c
+    Expect "press at the hook" ProbeSaw "key 256 67 0 throw"
+    Expect "press at the target" TargetSaw "key down 67"
+    Tell pass
+    xdotool key c
+    Expect "the hook still works" ProbeSaw "key 257 67 0 pass"
+}
+
+MovesAreReportedWhereThePointerIs() {
+    xdotool mousemove 333 222
+    Expect "at the hook" ProbeSaw "mouse 512 333 222 0 0 pass"
+    Expect "at the target" TargetSaw "move 333 222"
+    xdotool mousemove 1000 700
+    Expect "outside the target too" ProbeSaw "mouse 512 1000 700 0 0 pass"
+    xdotool mousemove 400 300
+    Expect "back again" TargetSaw "move 400 300"
+}
+
+# PressAndRelease NAME X-BUTTON DOWN-MESSAGE UP-MESSAGE DATA
+PressAndRelease() {
+    xdotool click "$2"
+    Expect "$1 press at the hook" ProbeSaw "mouse $3 400 300 $5 0 pass"
+    Expect "$1 release at the hook" ProbeSaw "mouse $4 400 300 $5 0 pass"
+    Expect "$1 press at the target" TargetSaw "button down $1 400 300"
+    Expect "$1 release at the target" TargetSaw "button up $1 400 300"
+}
+
+FiveButtonsHaveTheirMessages() {
+    xdotool mousemove 400 300
+    PressAndRelease left 1 513 514 0
+    PressAndRelease right 3 516 517 0
+    PressAndRelease middle 2 519 520 0
+    PressAndRelease side1 8 523 524 65536
+    PressAndRelease side2 9 523 524 131072
+}
+
+WheelsCarrySignedDeltas() {
+    xdotool mousemove 400 300 click 4 click 5
+    Expect "up at the hook" ProbeSaw "mouse 522 400 300 $((120 << 16)) 0 pass"
+    Expect "down at the hook" ProbeSaw "mouse 522 400 300 $(((65536 - 120) << 16)) 0 pass"
+    Expect "up at the target" TargetSaw "wheel 120 400 300"
+    Expect "down at the target" TargetSaw "wheel -120 400 300"
+    xdotool click 7
+    Expect "sideways at the hook" ProbeSaw "mouse 526 400 300 [0-9]* 0 pass"
+}
+
+AConsumedButtonIsHiddenPressAndRelease() {
+    xdotool mousemove 400 300
+    Tell "consume button 516 517"
+    xdotool click 3
+    Expect "press at the hook" ProbeSaw "mouse 516 400 300 0 0 consume"
+    Expect "release at the hook" ProbeSaw "mouse 517 400 300 0 0 consume"
+    Tell pass
+    Settle
+    Refuse "right button at the target" TargetSaw "button [a-z]* right"
+    xdotool click 3
+    Expect "right button at the target again" TargetSaw "button up right"
+}
+
+SentClicksAreInjectedAndReachTheTarget() {
+    xdotool mousemove 400 300
+    Expect "the pointer there" TargetSaw "move 400 300"
+    Tell "send 0 0 0 0 0 2"
+    Tell "send 0 0 0 0 0 4"
+    Expect "press at the hook" ProbeSaw "mouse 513 400 300 0 1 pass"
+    Expect "release at the hook" ProbeSaw "mouse 514 400 300 0 1 pass"
+    Expect "press at the target" TargetSaw "button down left 400 300"
+    Expect "release at the target" TargetSaw "button up left 400 300"
+}
+
+# 1024 is a power of two, so that the scaled coordinate comes back exactly.
+SentAbsoluteMovesLandOnThePixel() {
+    Tell "send 0 $((300 * 65536 / 1024)) 32768 0 0 32769"
+    Expect "at the hook" ProbeSaw "mouse 512 300 384 0 1 pass"
+    Expect "at the target" TargetSaw "move 300 384"
+}
+
+RawReportsAreRelative() {
+    xdotool mousemove 400 300
+    Expect "the start" ProbeSaw "mouse 512 400 300 0 0 pass"
+    Mark
+    xdotool mousemove_relative -- 7 -3
+    Expect "the report" ProbeSaw "raw 7 -3"
+    Expect "the pointer" ProbeSaw "mouse 512 407 297 0 0 pass"
+    Tell "send 0 -5 11 0 0 1"
+    Expect "the report of a sent move" ProbeSaw "raw -5 11"
+    Expect "the pointer after it" ProbeSaw "mouse 512 402 308 0 1 pass"
+}
+
+LocksAndDisconnectsAreToldOnce() {
+    local change
+    for change in 1 2 3 4 5 6 7 8 9; do
+        Tell "session $change"
+    done
+    Expect "the lock" ProbeSaw "session 7"
+    Settle
+    Same "session changes" "session 2 session 4 session 7" "$(NewProbe | grep '^session' | xargs)"
+}
+
+AStoppedHookThreadLeavesNothingBehind() {
+    echo quit >&8
+    exec 8>&-
+    Expect "the end, without the hidden window" ProbeSaw "stopped 0"
+    wait "$probePid" || ok=no
+    Mark
+    xdotool key d click 1
+    Expect "key at the target" TargetSaw "key up 68"
+    Expect "button at the target" TargetSaw "button up left"
+}
+
+AKilledProgramLeavesNoHook() {
+    StartProbe
+    Mark
+    Tell "consume key 69"
+    Tell "consume button 513 514"
+    xdotool key e
+    Expect "consumed" ProbeSaw "key 257 69 0 consume"
+    kill -9 "$probePid"
+    wait "$probePid" 2>/dev/null || true
+    exec 8>&-
+    xdotool key e
+    Expect "key at the target" TargetSaw "key up 69"
+    xdotool mousemove 400 300 click 1
+    Expect "button at the target" TargetSaw "button up left"
+}
+
+# ---- tests of the program file ----
+
+TheProgramFileCarriesIconsManifestAndVersion() {
+    local resources
+    resources=$(wrestool -l "$build/dist/Varnelle.exe")
+    local number
+    for number in 107 108; do
+        grep -q -- "--type=14 --name=$number " <<<"$resources" || Same "icon" "$number" "missing"
+    done
+    Same "manifests" 1 "$(grep -c -- '--type=24 --name=1 ' <<<"$resources")"
+    wrestool -x --raw -t24 "$build/dist/Varnelle.exe" | grep -q 'level="requireAdministrator"' ||
+        Same "level" requireAdministrator "another"
+    wrestool -x --raw -t16 "$build/dist/Varnelle.exe" | strings -el | grep -qx '1\.0\.1' || Same "version" 1.0.1 none
+}
+
+# Console MODE PATH: what Varnelle.exe prints into a redirection, and its exit code.
+Console() {
+    local code=0
+    Wine 30 "$build/dist/Varnelle.exe" "$@" </dev/null >"$work/console" 2>/dev/null || code=$?
+    printf '%s|%s' "$(tr -d '\r' <"$work/console")" "$code"
+}
+
+ConsoleModesPrintIntoARedirection() {
+    local good=$work/good.vrlmacro
+    printf '# VARNELLE_MACRO v1\n' >"$good"
+    Same "a missing macro" 1 "$(Console "--validate-macro=Z:$work/missing.vrlmacro" | sed 's/.*|//')"
+    Same "its words" REJECT "$(Console "--validate-macro=Z:$work/missing.vrlmacro" | cut -d' ' -f1)"
+    Same "an empty path" 1 "$(Console --validate-macro= | sed 's/.*|//')"
+}
+
+# ---- the run ----
+
+EndRun() {
+    exec 8>&- || true
+    StopWine
+    rm -rf "$work"
+}
+
+# The counts of a GoogleTest program go into ours; its output is shown, set in, only when something failed.
+RunTestProgram() {
+    local log=$work/$1.out status=0
+    Wine 200 "$build/tests/$1.exe" </dev/null >"$log" 2>&1 || status=$?
+    local good bad
+    good=$(tr -d '\r' <"$log" | sed -n 's/^\[  PASSED  \] \([0-9]*\) test.*/\1/p')
+    bad=$(tr -d '\r' <"$log" | sed -n 's/^\[  FAILED  \] \([0-9]*\) test.*/\1/p')
+    if [ "$status" != 0 ] && [ -z "$bad" ]; then
+        bad=1  # it did not come to its end
+    fi
+    passed=$((passed + ${good:-0}))
+    failed=$((failed + ${bad:-0}))
+    echo "$1: ${good:-0} of $((${good:-0} + ${bad:-0})) ok"
+    if [ "${bad:-0}" != 0 ]; then
+        sed 's/^/    /' "$log"
+    fi
+}
+
+StartWine "$build" desktop
+trap EndRun EXIT
+RunTestProgram windows_platform_tests
+RunTestProgram windows_input_tests
+
+StartTarget
+StartProbe
+xdotool mousemove 400 300
+Test RealKeysAreNotInjectedAndReachTheTarget
+Test LeftAndRightModifiersAreToldApart
+Test AltGivesSystemKeys
+Test SentKeysAreInjectedAndReachTheTarget
+Test AConsumedKeyIsHiddenPressAndRelease
+Test AHeldConsumedKeyRepeatsAtTheHookOnly
+Test AKeyWhoseSinkThrowsPasses
+Test MovesAreReportedWhereThePointerIs
+Test FiveButtonsHaveTheirMessages
+Test WheelsCarrySignedDeltas
+Test AConsumedButtonIsHiddenPressAndRelease
+Test SentClicksAreInjectedAndReachTheTarget
+Test SentAbsoluteMovesLandOnThePixel
+Test RawReportsAreRelative
+Test LocksAndDisconnectsAreToldOnce
+Test AStoppedHookThreadLeavesNothingBehind
+Test AKilledProgramLeavesNoHook
+
+Test TheProgramFileCarriesIconsManifestAndVersion
+Test ConsoleModesPrintIntoARedirection
+
+echo "windows: $passed passed, $failed failed"
+[ "$failed" = 0 ]
