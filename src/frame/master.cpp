@@ -184,6 +184,8 @@ std::string ServePage(PageHost** host) {
     SetPageSize(*host, kWindowWidth, kWindowHeight);
     BindMasterCommands(*host);
     LoadMainPage(*host);
+    // Once more: on some homes the window comes into being only when it is shown.
+    SetWindowIcons(PageHostWindow(*host));
     ForceForeground(PageHostWindow(*host));
     if (!IsEndRequested()) {
         RunPage(*host);
