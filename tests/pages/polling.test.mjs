@@ -1,0 +1,195 @@
+// The status poll: how often, never two at once, and what it makes the page ask for.
+import assert from 'node:assert/strict';
+import { after, before, test } from 'node:test';
+import { button, callsOf, change, forgetCalls, Pages, settled } from './browser.mjs';
+
+let pages;
+before(async () => (pages = await Pages.start()));
+after(() => pages.stop());
+
+// Median pause between polls in ms, over the next few.
+const medianPause = (page, polls) =>
+  page.evaluate(async (wanted) => {
+    const times = [];
+    const original = host.commands.getTrackerStatus;
+    await new Promise((done) => {
+      host.commands.getTrackerStatus = () => {
+        times.push(performance.now());
+        if (times.length > wanted) done();
+        return original();
+      };
+    });
+    host.commands.getTrackerStatus = original;
+    const pauses = times.slice(1).map((time, i) => time - times[i]);
+    return pauses.sort((a, b) => a - b)[Math.floor(pauses.length / 2)];
+  }, polls);
+
+const hide = (page, hidden) =>
+  page.evaluate((value) => {
+    Object.defineProperty(document, 'hidden', { value, configurable: true });
+    document.dispatchEvent(new Event('visibilitychange'));
+  }, hidden);
+
+test('about eight polls a second, fewer when nobody can see the page, at once when it is seen again', async () => {
+  const page = await pages.open();
+  const seen = await medianPause(page, 9);
+  assert.ok(seen >= 110, `${seen} ms`);
+  await hide(page, true);
+  await settled(page);
+  const hidden = await medianPause(page, 2);
+  assert.ok(hidden >= 900, `${hidden} ms`);
+  assert.ok(hidden / seen >= 3, `${hidden} against ${seen} ms`);
+  await hide(page, false);
+  const again = await medianPause(page, 5);
+  assert.ok(again * 2 < hidden, `${again} ms`);
+  await page.context().close();
+});
+
+test('one poll in flight, also when the program is slow and buttons are pressed', async () => {
+  const page = await pages.open({ before: 'host.delay = 200' });
+  for (let i = 0; i < 4; i++) {
+    await button(page, 'Start clicking').click();
+    await button(page, 'Stop clicking').click();
+  }
+  await settled(page);
+  assert.equal(await page.evaluate(() => host.mostInFlight), 1);
+  // A program that needs 200 ms for a poll gets as long a pause after it.
+  assert.ok((await medianPause(page, 4)) >= 350);
+  await page.context().close();
+});
+
+test('a program that stops answering is said to', async () => {
+  const page = await pages.open();
+  await page.evaluate(() => (host.silent.getTrackerStatus = true));
+  await page.getByText('Waiting for Varnelle to answer').waitFor();
+  const polls = await page.evaluate(() => host.polls);
+  await page.evaluate(() => new Promise((done) => setTimeout(done, 500)));
+  assert.equal(await page.evaluate(() => host.polls), polls, 'no further poll while one is out');
+  await page.context().close();
+});
+
+test('a refused poll is no alarm, and the next one mends it', async () => {
+  const page = await pages.open();
+  await page.evaluate(() => (host.failing.getTrackerStatus = 'broken'));
+  await page.getByText('Waiting for Varnelle to answer').waitFor();
+  assert.equal(await page.getByRole('alert').innerText(), '');
+  await page.evaluate(() => delete host.failing.getTrackerStatus);
+  await page.getByText('Idle', { exact: true }).waitFor();
+  await page.context().close();
+});
+
+test('the shorter report of a panel without a program is accepted', async () => {
+  const page = await pages.open({ before: 'host.shortStatus = true' });
+  await page.getByText('Idle', { exact: true }).waitFor();
+  assert.ok(await page.getByText('The hotkey lock is off.').isVisible());
+  assert.ok(await button(page, 'Undo').isDisabled());
+  assert.deepEqual(page.faults, []);
+  await page.context().close();
+});
+
+test('a page with few bound functions works with what there is', async () => {
+  const absent = ['getProfiles', 'addProfile', 'switchProfile', 'pickLocation', 'resetHotkeys', 'optimizeMacro'];
+  const page = await pages.open({ absent });
+  await settled(page);
+  assert.equal(await page.locator('#panel-profile').count(), 0);
+  for (const name of ['Pick location', 'Reset hotkeys', 'Optimise']) {
+    assert.equal(await button(page, name).count(), 0, name);
+  }
+  await button(page, 'Start clicking').click();
+  await button(page, 'Stop clicking').waitFor();
+  assert.deepEqual(page.faults, []);
+  await page.context().close();
+});
+
+test('reports that are no reports do no harm', async () => {
+  const page = await pages.open({
+    before: `host.commands.getTrackerStatus = () => '{"state":7,"keySpamTargets":"x","count":null}';
+      host.commands.getSettings = () => '[]'; host.commands.getProfiles = () => 'null';
+      host.commands.getMacroEvents = () => '{}';`,
+  });
+  await settled(page);
+  await page.getByText('Idle', { exact: true }).waitFor();
+  assert.deepEqual(page.faults, []);
+  await page.context().close();
+});
+
+test('the events are asked for when the macro has changed, and not at each poll', async () => {
+  const page = await pages.open({ before: "host.events = [{ time: 0, desc: 'Autoclicker ON' }]" });
+  const rows = page.locator('#events').getByRole('option');
+  await rows.first().waitFor();
+  const asked = async () => (await callsOf(page, 'getMacroEvents')).length;
+  assert.equal(await asked(), 1, 'at the start');
+
+  await settled(page);
+  await settled(page);
+  assert.equal(await asked(), 1, 'not while nothing changes');
+
+  await change(page, "host.status.state = 'Recording'; host.events = []");
+  for (let i = 0; i < 3; i++) await change(page, "host.events.push({ time: host.events.length, desc: 'Autoclicker OFF' })");
+  assert.equal(await asked(), 1, 'not during a recording');
+  await change(page, "host.status.state = 'Idle'");
+  assert.equal(await rows.count(), 3);
+  assert.equal(await asked(), 2, 'when it has ended');
+
+  await change(page, "host.events.push({ time: 9, desc: 'Key Spammer ON' })");
+  assert.equal(await rows.count(), 4);
+  assert.equal(await asked(), 3, 'when the count differs');
+
+  await change(page, 'host.status.canUndoContinue = true');
+  await button(page, 'Undo').click();
+  await settled(page);
+  assert.equal(await asked(), 5, 'when an undo becomes possible, and when it is used');
+
+  await button(page, 'Optimise').click();
+  await settled(page);
+  assert.equal(await asked(), 6);
+
+  // Exactly as many events, yet another macro: a recording tells by its end.
+  await change(page, "host.status.state = 'Recording'");
+  await change(page, "host.status.state = 'Idle'; host.events[0].desc = 'Keyboard VK: 65 (UP)'");
+  assert.equal(await asked(), 7);
+  await page.getByText('Key A up').waitFor();
+  await page.context().close();
+});
+
+test('an event list that cannot be read is asked for again only when the count changes', async () => {
+  const page = await pages.open({ before: "host.events = [{ time: 0, desc: '' }]; host.failing.getMacroEvents = 'no'" });
+  await page.getByText('Varnelle could not read the events (no). Please try again.').waitFor();
+  await settled(page);
+  await settled(page);
+  assert.equal((await callsOf(page, 'getMacroEvents')).length, 1);
+  await page.evaluate(() => delete host.failing.getMacroEvents);
+  await change(page, "host.events.push({ time: 1, desc: '' })");
+  await page.locator('#events').getByRole('option').nth(1).waitFor();
+  await page.context().close();
+});
+
+test('a failed command is said once, calmly, and the page shows what the program holds', async () => {
+  const page = await pages.open();
+  await page.evaluate(() => (host.failing.updateSpammer = 'not a number'));
+  await page.getByLabel('Right', { exact: true }).click();
+  await page.getByText('Varnelle could not change the setting (not a number). Please try again.').waitFor();
+  assert.ok(await page.getByLabel('Left', { exact: true }).isChecked());
+  await button(page, 'Dismiss').click();
+  assert.equal(await page.getByRole('alert').innerText(), '');
+
+  await page.evaluate(() => (host.failing.setKeySpamChordMode = ''));
+  await page.getByLabel('Together').click();
+  await page.getByText('Varnelle could not change the key order. Please try again.').waitFor();
+  assert.ok(await page.getByLabel('In turn').isChecked());
+  // A command that works again takes the sentence away.
+  await forgetCalls(page);
+  await button(page, 'Start clicking').click();
+  await settled(page);
+  assert.equal(await page.getByRole('alert').innerText(), '');
+  assert.deepEqual(page.faults, []);
+  await page.context().close();
+});
+
+test('a late answer about the settings does not undo what the person has set meanwhile', async () => {
+  const page = await pages.open({ before: 'host.delay = 300' });
+  await page.getByLabel('Right', { exact: true }).click();
+  await settled(page);
+  assert.ok(await page.getByLabel('Right', { exact: true }).isChecked());
+  await page.context().close();
+});
