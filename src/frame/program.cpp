@@ -1,4 +1,4 @@
-#include "frame/program.h"
+#include "platform/program.h"
 
 #include "frame/launch_options.h"
 #include "frame/master.h"

@@ -1,4 +1,4 @@
-#include "frame/program.h"
+#include "platform/program.h"
 
 #include "test_support.h"
 

@@ -1,6 +1,6 @@
 // The program's entry on X11.
-#include "frame/program.h"
 #include "platform/process.h"
+#include "platform/program.h"
 
 int main(int argc, char** argv) {
     PrepareProcess();

@@ -1,6 +1,6 @@
 // The program's entry on Windows.
-#include "frame/program.h"
 #include "platform/process.h"
+#include "platform/program.h"
 #include "platform/win32/arguments.h"
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// The program behind the platform's entry point.
+// What a home's entry point calls when the process is prepared. The body is the frame's: src/frame/program.cpp.
 #pragma once
 
 #include "platform/process.h"
