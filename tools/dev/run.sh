@@ -35,15 +35,21 @@ EnsureDisplay() {
     echo "To look at it: import -display $DISPLAY -window root picture.png"
 }
 
-# Waits for the main window, lets its page draw, and takes a screenshot of the whole screen.
+# Waits until the main window shows its page (an empty one has a handful of colours), and takes a screenshot.
 TakeScreenshot() {
-    local file=$1
-    for _ in $(seq 200); do
-        wmctrl -l 2>/dev/null | grep -q 'Varnelle (' && break
-        sleep 0.1
+    local file=$1 window colours
+    for _ in $(seq 300); do
+        window=$(wmctrl -l 2>/dev/null | awk '/Varnelle \(/ { print $1; exit }')
+        if [ -n "$window" ] && import -window "$window" "$file" 2>/dev/null; then
+            colours=$(identify -format %k "$file")
+            if [ "$colours" -gt 100 ]; then
+                echo "Screenshot: $file"
+                return 0
+            fi
+        fi
+        sleep 0.2
     done
-    sleep 2
-    import -window root "$file" && echo "Screenshot: $file"
+    echo "The window did not show its page; see $file" >&2
 }
 
 Run() {
@@ -73,13 +79,29 @@ Run() {
 }
 
 Bench() {
-    # shellcheck disable=SC2086
+    # shellcheck disable=SC2086,SC2154
     InstallDebianPackages $BenchPackages
-    BuildPreset linux all bench_all
+    BuildPreset linux all dist bench_all
     bench/run.sh build/linux
 }
 
+# The pictures of the documents, from the running program with a session made for them.
 Pictures() {
-    BuildPreset linux all dist
-    node tools/pictures.mjs build/linux
+    BuildLinux
+    unset DISPLAY
+    EnsureDisplay
+    local data
+    data=$(mktemp -d)
+    mkdir -p "$data/Varnelle" "$data/run" docs/pictures
+    chmod 700 "$data/run"
+    cp tools/pictures-session.dat "$data/Varnelle/session.dat"
+    LOCALAPPDATA=$data XDG_RUNTIME_DIR=$data/run build/linux/dist/varnelle >"$data/out.log" 2>&1 &
+    program=$!
+    TakeScreenshot docs/pictures/main.png
+    wmctrl -F -r 'Varnelle (Plus Version 1.0.1)' -e 0,20,20,1180,840
+    sleep 3
+    TakeScreenshot docs/pictures/wide.png
+    kill "$program" || true
+    wait "$program" || true
+    rm -rf "$data"
 }
