@@ -10,15 +10,21 @@
 
 namespace {
 
-// The events that a grab of this gate hands over.
+// The events that a grab of this gate hands over. Raw events are among them: while a device is grabbed, the client that
+// has the grab gets them through the grab or not at all.
 struct GrabMask {
     explicit GrabMask(const Gate& gate) {
         if (gate.isKeyboard) {
             XISetMask(bits, XI_KeyPress);
             XISetMask(bits, XI_KeyRelease);
+            XISetMask(bits, XI_RawKeyPress);
+            XISetMask(bits, XI_RawKeyRelease);
         } else {
             XISetMask(bits, XI_ButtonPress);
             XISetMask(bits, XI_ButtonRelease);
+            XISetMask(bits, XI_RawButtonPress);
+            XISetMask(bits, XI_RawButtonRelease);
+            XISetMask(bits, XI_RawMotion);
             XISetMask(bits, XI_Motion);
         }
         mask.deviceid = gate.device;

@@ -42,19 +42,24 @@ bool PrepareInputExtension(HookThread& thread) {
     return major > 2 || (major == 2 && minor >= 1);
 }
 
+// The first pair of master devices, which is the one that applications get their input from.
 bool FindMasters(HookThread& thread) {
-    if (XIGetClientPointer(thread.display, None, &thread.pointer.device) == 0) {
-        return false;
-    }
     int count = 0;
-    XIDeviceInfo* info = XIQueryDevice(thread.display, thread.pointer.device, &count);
-    if (info == nullptr) {
+    XIDeviceInfo* masters = XIQueryDevice(thread.display, XIAllMasterDevices, &count);
+    if (masters == nullptr) {
         return false;
     }
-    thread.keyboard.device = info->attachment;
-    thread.keyboard.isKeyboard = true;
-    XIFreeDeviceInfo(info);
-    return true;
+    bool found = false;
+    for (int index = 0; index < count && !found; ++index) {
+        if (masters[index].use == XIMasterPointer) {
+            thread.pointer.device = masters[index].deviceid;
+            thread.keyboard.device = masters[index].attachment;
+            thread.keyboard.isKeyboard = true;
+            found = true;
+        }
+    }
+    XIFreeDeviceInfo(masters);
+    return found;
 }
 
 void SelectEvents(HookThread& thread) {

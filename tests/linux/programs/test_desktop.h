@@ -1,0 +1,492 @@
+// What the platform tests work with: a person's hand on the outer server, a window on the inner one that notes what
+// reaches it, and the input thread with sinks that note what they are told. See start_servers.sh.
+#pragma once
+
+// Before the X headers, whose macros it does not bear.
+#include <gtest/gtest.h>
+
+#include "platform/clock.h"
+#include "platform/hooks.h"
+#include "platform/threads.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <mutex>
+#include <poll.h>
+#include <set>
+#include <string>
+#include <sys/eventfd.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+constexpr int kDeadlineSeconds = 20;
+
+// Waits until `condition` holds; false after the deadline.
+inline bool WaitFor(const std::function<bool()>& condition) {
+    const int64_t deadline = ReadPerformanceCounter() + kDeadlineSeconds * ReadPerformanceFrequency();
+    while (!condition()) {
+        if (ReadPerformanceCounter() > deadline) {
+            return false;
+        }
+        SleepMilliseconds(1);
+    }
+    return true;
+}
+
+// X keycodes of keys that the tests press, and virtual keys of some.
+constexpr uint32_t kKeyA = 38;
+constexpr uint32_t kKeyB = 56;
+constexpr uint32_t kKeyZ = 52;
+constexpr uint32_t kKeyEscape = 9;
+constexpr uint32_t kKeyF6 = 72;
+constexpr uint32_t kKeyF7 = 73;
+constexpr uint32_t kKeyShiftRight = 62;
+constexpr uint32_t kCodeF6 = 117;
+constexpr uint32_t kCodeF7 = 118;
+
+inline Display* OpenTestDisplay(const char* name) {
+    Display* display = XOpenDisplay(name);
+    if (display == nullptr) {
+        std::fprintf(stderr, "no display %s: run these tests by tests/linux/run.sh\n",
+                     name == nullptr ? "" : name);
+        std::exit(2);
+    }
+    return display;
+}
+
+// Input by XTEST. On the outer server it is a person's, on the inner one that of another program.
+class Hand {
+  public:
+    explicit Hand(const char* display) : display_(OpenTestDisplay(display)) {}
+    ~Hand() { XCloseDisplay(display_); }
+    Hand(const Hand&) = delete;
+    Hand& operator=(const Hand&) = delete;
+
+    void Key(uint32_t keycode, bool down) {
+        XTestFakeKeyEvent(display_, keycode, down ? True : False, CurrentTime);
+        XSync(display_, False);
+    }
+    void Tap(uint32_t keycode) {
+        Key(keycode, true);
+        Key(keycode, false);
+    }
+    void Button(uint32_t button, bool down) {
+        XTestFakeButtonEvent(display_, button, down ? True : False, CurrentTime);
+        XSync(display_, False);
+    }
+    void Click(uint32_t button) {
+        Button(button, true);
+        Button(button, false);
+    }
+    void MoveTo(int x, int y) {
+        XTestFakeMotionEvent(display_, -1, x, y, CurrentTime);
+        XSync(display_, False);
+    }
+    void MoveBy(int dx, int dy) {
+        XTestFakeRelativeMotionEvent(display_, dx, dy, CurrentTime);
+        XSync(display_, False);
+    }
+    Display* Connection() { return display_; }
+
+  private:
+    Display* display_;
+};
+
+struct Person : Hand {
+    Person() : Hand(std::getenv("VARNELLE_HOST_DISPLAY")) {}
+};
+
+struct OtherProgram : Hand {
+    OtherProgram() : Hand(nullptr) {}
+};
+
+struct Seen {
+    char kind = ' ';  // k key down, K key up, b button down, B button up, m motion
+    uint32_t code = 0;
+    int x = 0;  // on the root window
+    int y = 0;
+    int64_t counter = 0;
+};
+
+// A window that has the keyboard. Auto-repeat shows as further downs without ups.
+class TargetWindow {
+  public:
+    TargetWindow(int x, int y, int width, int height) : display_(OpenTestDisplay(nullptr)) {
+        XSetWindowAttributes attributes{};
+        attributes.override_redirect = True;
+        attributes.event_mask = KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask |
+                                PointerMotionMask | StructureNotifyMask;
+        window_ = XCreateWindow(display_, DefaultRootWindow(display_), x, y, static_cast<unsigned>(width),
+                                static_cast<unsigned>(height), 0, CopyFromParent, InputOutput, nullptr,
+                                CWOverrideRedirect | CWEventMask, &attributes);
+        XkbSetDetectableAutoRepeat(display_, True, nullptr);
+        XMapRaised(display_, window_);
+        XEvent event;
+        do {
+            XNextEvent(display_, &event);
+        } while (event.type != MapNotify);
+        XSetInputFocus(display_, window_, RevertToPointerRoot, CurrentTime);
+        XSync(display_, False);
+        reader_ = std::thread([this] { Read(); });
+    }
+    ~TargetWindow() {
+        const uint64_t one = 1;
+        if (write(stop_, &one, sizeof(one)) != static_cast<ssize_t>(sizeof(one))) {
+            std::abort();
+        }
+        reader_.join();
+        close(stop_);
+        XCloseDisplay(display_);
+    }
+    TargetWindow(const TargetWindow&) = delete;
+    TargetWindow& operator=(const TargetWindow&) = delete;
+
+    std::vector<Seen> Log() {
+        const std::lock_guard lock(mutex_);
+        return log_;
+    }
+    void Clear() {
+        const std::lock_guard lock(mutex_);
+        log_.clear();
+    }
+    // Keys and buttons in order: "k72 K72 b1 B1".
+    std::string Text() {
+        std::string text;
+        for (const Seen& each : Log()) {
+            if (each.kind != 'm') {
+                text += (text.empty() ? "" : " ") + std::string(1, each.kind) + std::to_string(each.code);
+            }
+        }
+        return text;
+    }
+    int Count(char kind, uint32_t code) {
+        int count = 0;
+        for (const Seen& each : Log()) {
+            count += each.kind == kind && each.code == code ? 1 : 0;
+        }
+        return count;
+    }
+    Window Id() const { return window_; }
+
+  private:
+    void Read() {
+        for (;;) {
+            while (XPending(display_) > 0) {
+                XEvent event;
+                XNextEvent(display_, &event);
+                Note(event);
+            }
+            pollfd files[2] = {{ConnectionNumber(display_), POLLIN, 0}, {stop_, POLLIN, 0}};
+            poll(files, 2, -1);
+            if (files[1].revents != 0) {
+                return;
+            }
+        }
+    }
+    void Note(const XEvent& event) {
+        Seen seen;
+        seen.counter = ReadPerformanceCounter();
+        switch (event.type) {
+        case KeyPress:
+        case KeyRelease:
+            seen.kind = event.type == KeyPress ? 'k' : 'K';
+            seen.code = event.xkey.keycode;
+            seen.x = event.xkey.x_root;
+            seen.y = event.xkey.y_root;
+            break;
+        case ButtonPress:
+        case ButtonRelease:
+            seen.kind = event.type == ButtonPress ? 'b' : 'B';
+            seen.code = event.xbutton.button;
+            seen.x = event.xbutton.x_root;
+            seen.y = event.xbutton.y_root;
+            break;
+        case MotionNotify:
+            seen.kind = 'm';
+            seen.x = event.xmotion.x_root;
+            seen.y = event.xmotion.y_root;
+            break;
+        default:
+            return;
+        }
+        const std::lock_guard lock(mutex_);
+        log_.push_back(seen);
+    }
+
+    Display* display_;
+    Window window_ = None;
+    const int stop_ = eventfd(0, EFD_CLOEXEC);
+    std::mutex mutex_;
+    std::vector<Seen> log_;
+    std::thread reader_;
+};
+
+// What the sinks heard, and what they answer and ask for: guarded by the mutex.
+struct Sinks {
+    std::mutex mutex;
+    HookInterest interest;
+    int interestReads = 0;
+    std::set<uint32_t> swallow;
+    std::set<uint32_t> swallowedDown;
+    bool captureKey = false;
+    bool pick = false;
+    std::vector<KeyHookRecord> keys;
+    std::vector<MouseHookRecord> mouse;
+    std::vector<RawMouseRecord> raw;
+    std::vector<uint32_t> changes;
+};
+
+inline Sinks& TheSinks() {
+    static Sinks sinks;
+    return sinks;
+}
+
+inline uint32_t ButtonCode(const MouseHookRecord& record) {
+    switch (record.message) {
+    case kLeftDownMessage:
+    case kLeftUpMessage:
+        return 1;
+    case kRightDownMessage:
+    case kRightUpMessage:
+        return 2;
+    case kMiddleDownMessage:
+    case kMiddleUpMessage:
+        return 4;
+    case kSideDownMessage:
+    case kSideUpMessage:
+        return record.mouseData >> 16 == 1 ? 5 : 6;
+    default:
+        return 0;
+    }
+}
+
+inline bool IsButtonDown(const MouseHookRecord& record) {
+    return record.message == kLeftDownMessage || record.message == kRightDownMessage ||
+           record.message == kMiddleDownMessage || record.message == kSideDownMessage;
+}
+
+// Press and release of a swallowed code go together, as in the program.
+inline HookAnswer AnswerCode(Sinks& sinks, uint32_t code, bool down) {
+    if (down) {
+        if (sinks.swallow.count(code) == 0) {
+            return HookAnswer::Pass;
+        }
+        sinks.swallowedDown.insert(code);
+        return HookAnswer::Consume;
+    }
+    return sinks.swallowedDown.erase(code) > 0 ? HookAnswer::Consume : HookAnswer::Pass;
+}
+
+inline HookAnswer NoteKey(const KeyHookRecord& record) {
+    Sinks& sinks = TheSinks();
+    const std::lock_guard lock(sinks.mutex);
+    sinks.keys.push_back(record);
+    if (record.injected) {
+        return HookAnswer::Pass;
+    }
+    const bool down = record.message == kKeyDownMessage;
+    if (down && sinks.captureKey) {
+        sinks.captureKey = false;
+        return HookAnswer::Consume;
+    }
+    return AnswerCode(sinks, record.virtualKey, down);
+}
+
+inline HookAnswer NoteMouse(const MouseHookRecord& record) {
+    Sinks& sinks = TheSinks();
+    const std::lock_guard lock(sinks.mutex);
+    sinks.mouse.push_back(record);
+    const uint32_t code = ButtonCode(record);
+    if (record.injected || code == 0) {
+        return HookAnswer::Pass;
+    }
+    if (sinks.pick && record.message == kLeftDownMessage) {
+        sinks.pick = false;
+        return HookAnswer::Consume;
+    }
+    return AnswerCode(sinks, code, IsButtonDown(record));
+}
+
+inline void NoteRaw(const RawMouseRecord& record) {
+    Sinks& sinks = TheSinks();
+    const std::lock_guard lock(sinks.mutex);
+    sinks.raw.push_back(record);
+}
+
+inline void NoteChange(uint32_t change) {
+    Sinks& sinks = TheSinks();
+    const std::lock_guard lock(sinks.mutex);
+    sinks.changes.push_back(change);
+}
+
+inline void TellInterest(HookInterest* interest) {
+    Sinks& sinks = TheSinks();
+    const std::lock_guard lock(sinks.mutex);
+    *interest = sinks.interest;
+    // As the program does: what was captured or picked is no longer wanted.
+    interest->anyKey = interest->anyKey && sinks.captureKey;
+    ++sinks.interestReads;
+}
+
+inline void RunNotingHooks() {
+    RunHookThread(HookSinks{NoteKey, NoteMouse, NoteRaw, NoteChange, TellInterest});
+}
+
+// The input thread with the sinks above. One at a time.
+class HookedThread {
+  public:
+    // `person` taps the right Shift key until the hooks are heard to work.
+    explicit HookedThread(Hand& person) {
+        Sinks& sinks = TheSinks();
+        {
+            const std::lock_guard lock(sinks.mutex);
+            sinks.interest = HookInterest{};
+            sinks.swallow.clear();
+            sinks.swallowedDown.clear();
+            sinks.captureKey = false;
+            sinks.pick = false;
+        }
+        Clear();
+        thread_ = StartThread("hooks", RunNotingHooks);
+        bool heard = WaitFor([&] {
+            person.Tap(kKeyShiftRight);
+            return !KeyText().empty();
+        });
+        heard = heard && WaitFor([&] { return KeyText().find("u161") != std::string::npos; });
+        SetInterest(HookInterest{});
+        size_t before = 0;
+        // Let the last taps pass by.
+        person.Tap(kKeyZ);
+        heard = heard && WaitFor([&] { return KeyText().find("u90") != std::string::npos; });
+        before = Keys().size();
+        if (!heard || before == 0) {
+            std::fprintf(stderr, "the hooks do not work\n");
+            std::exit(3);
+        }
+        Clear();
+    }
+    ~HookedThread() { Stop(); }
+    HookedThread(const HookedThread&) = delete;
+    HookedThread& operator=(const HookedThread&) = delete;
+
+    // Takes effect before it returns.
+    void SetInterest(const HookInterest& interest) {
+        {
+            const std::lock_guard lock(TheSinks().mutex);
+            TheSinks().interest = interest;
+        }
+        AwaitInterest();
+    }
+    // Two more questions: when the second comes, what the first changed was applied.
+    void AwaitInterest() {
+        for (int round = 0; round < 2; ++round) {
+            const int reads = Reads();
+            HookInterestChanged();
+            WaitFor([&] { return Reads() > reads; });
+        }
+    }
+    // Presses of these codes are swallowed, with their releases, unless injected; they are the interest.
+    void Swallow(const std::set<uint32_t>& codes, HookInterest interest = {}) {
+        interest.codeCount = 0;
+        for (const uint32_t code : codes) {
+            interest.codes[interest.codeCount++] = code;
+        }
+        {
+            const std::lock_guard lock(TheSinks().mutex);
+            TheSinks().swallow = codes;
+        }
+        SetInterest(interest);
+    }
+    // The next real key press is swallowed, its release is not.
+    void CaptureNextKey() {
+        {
+            const std::lock_guard lock(TheSinks().mutex);
+            TheSinks().captureKey = true;
+        }
+        HookInterest interest;
+        interest.anyKey = true;
+        SetInterest(interest);
+    }
+    // The next real left press is swallowed, its release is not.
+    void PickNextClick() {
+        {
+            const std::lock_guard lock(TheSinks().mutex);
+            TheSinks().pick = true;
+        }
+        HookInterest interest;
+        interest.buttons = 1U << 1 | 1U << 2 | 1U << 4;
+        SetInterest(interest);
+    }
+
+    std::vector<KeyHookRecord> Keys() {
+        const std::lock_guard lock(TheSinks().mutex);
+        return TheSinks().keys;
+    }
+    std::vector<MouseHookRecord> Mouse() {
+        const std::lock_guard lock(TheSinks().mutex);
+        return TheSinks().mouse;
+    }
+    std::vector<RawMouseRecord> Raw() {
+        const std::lock_guard lock(TheSinks().mutex);
+        return TheSinks().raw;
+    }
+    std::vector<uint32_t> Changes() {
+        const std::lock_guard lock(TheSinks().mutex);
+        return TheSinks().changes;
+    }
+    void Clear() {
+        const std::lock_guard lock(TheSinks().mutex);
+        TheSinks().keys.clear();
+        TheSinks().mouse.clear();
+        TheSinks().raw.clear();
+        TheSinks().changes.clear();
+    }
+    // Keys in order: "d117 u117", injected ones behind an exclamation mark.
+    std::string KeyText() {
+        std::string text;
+        for (const KeyHookRecord& each : Keys()) {
+            text += (text.empty() ? "" : " ") + std::string(each.injected ? "!" : "") +
+                    (each.message == kKeyDownMessage ? "d" : "u") + std::to_string(each.virtualKey);
+        }
+        return text;
+    }
+    // Buttons and wheel in order: "d1 u1 w120 h-120".
+    std::string ButtonText() {
+        std::string text;
+        for (const MouseHookRecord& each : Mouse()) {
+            std::string word = each.injected ? "!" : "";
+            if (each.message == kMouseMoveMessage) {
+                continue;
+            }
+            if (each.message == kWheelMessage || each.message == kHorizontalWheelMessage) {
+                word += (each.message == kWheelMessage ? "w" : "h") +
+                        std::to_string(static_cast<int16_t>(each.mouseData >> 16));
+            } else {
+                word += (IsButtonDown(each) ? "d" : "u") + std::to_string(ButtonCode(each));
+            }
+            text += (text.empty() ? "" : " ") + word;
+        }
+        return text;
+    }
+
+    void Stop() {
+        if (thread_.joinable()) {
+            StopHookThread();
+            JoinThread(thread_);
+        }
+    }
+
+  private:
+    int Reads() {
+        const std::lock_guard lock(TheSinks().mutex);
+        return TheSinks().interestReads;
+    }
+
+    std::thread thread_;
+};
