@@ -1,0 +1,93 @@
+// Any bytes as a session file. Whatever is accepted leaves a usable store, and saving and loading it again gives the
+// same file.
+#include "engines/engine_state.h"
+#include "platform/files.h"
+#include "storage/data_folder.h"
+#include "storage/profiles.h"
+#include "storage/session.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+
+namespace {
+
+void Require(bool good) {
+    if (!good) {
+        std::abort();
+    }
+}
+
+// A data folder of this run's own.
+class Folder {
+  public:
+    Folder()
+        : path_(std::filesystem::temp_directory_path() /
+                ("varnelle-fuzz-" + std::to_string(std::random_device()()))) {
+        std::filesystem::create_directory(path_);
+        setenv("LOCALAPPDATA", path_.c_str(), 1);
+    }
+    ~Folder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+  private:
+    std::filesystem::path path_;
+};
+
+bool StoreIsUsable() {
+    MutexLock lock(macroMutex);
+    return CurrentProfile() != nullptr && !CurrentProfile()->settings.empty();
+}
+
+// Rounding the largest times to six digits may leave the range of a double.
+bool HasTimeAtTheEnd() {
+    MutexLock lock(macroMutex);
+    for (const Profile& profile : macroState.profiles) {
+        for (const UnifiedEvent& event : profile.events) {
+            if (std::fabs(event.time) > 1.79769e308 && !std::isinf(event.time)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+std::string Saved() {
+    SaveSession();
+    std::string bytes;
+    Require(ReadFileBytes(SessionPath(), &bytes));
+    return bytes;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static const Folder folder;
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    ResetEngineState();
+    if (!LoadSessionText(bytes)) {
+        EnsureDefaultProfile();
+        return 0;
+    }
+    Require(StoreIsUsable());
+    GetProfiles();
+    // A line that ends in more than one CR loses one with each reading.
+    if (bytes.find('\r') == std::string_view::npos && !HasTimeAtTheEnd()) {
+        const std::string first = Saved();
+        ResetEngineState();
+        Require(LoadSessionText(first));
+        Require(Saved() == first);
+    }
+    EnsureDefaultProfile();
+    SwitchProfile("0");
+    DeleteProfile();
+    ClearProfile();
+    return 0;
+}

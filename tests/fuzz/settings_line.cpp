@@ -1,0 +1,48 @@
+// Any text as a settings line: what it sets must survive being written and read again, and the text that an import
+// makes of it has the twenty fields of a profile.
+#include "base/text.h"
+#include "engines/engine_state.h"
+#include "storage/settings_text.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+void Require(bool good) {
+    if (!good) {
+        std::abort();
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+
+    ResetEngineState();
+    const std::string imported = ProfileSettingsFromLine(text);
+    Require(SplitParts(imported, ',').size() == 20);
+    ApplyProfileSettings(imported);
+
+    ApplySettingsLine(text);
+    const std::string line = BuildSettingsLine();
+    const std::string profile = BuildProfileSettings();
+    Require(SplitParts(line, ',').size() == 36);
+    Require(ProfileSettingsFromLine(line) == profile);
+
+    ResetEngineState();
+    ApplySettingsLine(line);
+    Require(BuildSettingsLine() == line);
+
+    ResetEngineState();
+    ApplyProfileSettings(profile);
+    Require(BuildProfileSettings() == profile);
+
+    ApplyProfileSettings(text);
+    ParseKeyTargets(text);
+    const int32_t count = keySpamSettings.keySpamTargetCount;
+    Require(count >= 0 && count <= kMaxKeySpamTargets);
+    return 0;
+}
