@@ -87,16 +87,7 @@ class World {
 
   // Starts the program and gives it with its page ready to press. `installation` keeps its data for a later start.
   async startProgram({ installation = makeInstallation(), args = [] } = {}) {
-    const child = startNative(installation.program, args, {
-      env: {
-        ...this.desktop.env,
-        ...this.wineEnvironment(),
-        ...installation.env,
-        ...(onWindows ? { HOME: this.desktop.env.HOME } : {}),
-        VARNELLE_TEST_WEBVIEW_PORT: String(this.server.port),
-      },
-      cwd: installation.folder,
-    });
+    const child = this.startBare(installation, args);
     const program = new Program(this, child, installation);
     this.opened.push(program);
     const view = await Promise.race([
@@ -113,7 +104,15 @@ class World {
   }
 
   // Starts the program without waiting for a page: a second instance, a console mode.
-  startBare(installation, args = []) {
+  startBare(installation, args = [], options = {}) {
+    if (onWindows) {
+      // Wine gives every program it starts this variable from its registry, whatever the environment says.
+      const value = ['/v', 'LOCALAPPDATA', '/d', installation.env.LOCALAPPDATA, '/f'];
+      spawnSync('wine', ['reg', 'add', 'HKCU\\Volatile Environment', ...value], {
+        stdio: 'ignore',
+        timeout: 30000,
+      });
+    }
     return startNative(installation.program, args, {
       env: {
         ...this.desktop.env,
@@ -123,6 +122,7 @@ class World {
         VARNELLE_TEST_WEBVIEW_PORT: String(this.server.port),
       },
       cwd: installation.folder,
+      ...options,
     });
   }
 
