@@ -28,7 +28,11 @@ test('a million calls leave nothing behind', async () => {
   const late = await heapAfterCalls(page, session, 900_000);
   // Nine hundred thousand kept answers would be some 300 MB.
   assert.ok(late - early < 5_000_000, `the heap grew by ${late - early} bytes`);
-  assert.equal(await page.evaluate(() => Object.keys(host.promises).length), 0, "the library's table stays empty");
+  assert.equal(
+    await page.evaluate(() => Object.keys(host.promises).length),
+    0,
+    "the library's table stays empty",
+  );
   await page.context().close();
 });
 

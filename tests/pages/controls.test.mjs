@@ -122,7 +122,9 @@ test('the settings of the program are shown', async () => {
   for (const [name, value] of Object.entries(fields)) {
     assert.equal(await page.getByRole('textbox', { name, exact: true }).inputValue(), value, name);
   }
-  const chosen = await page.locator('input:checked').evaluateAll((all) => all.map((one) => one.parentElement.innerText));
+  const chosen = await page
+    .locator('input:checked')
+    .evaluateAll((all) => all.map((one) => one.parentElement.innerText));
   assert.deepEqual(chosen, [
     ...['Middle', 'Double', 'Count', 'Fixed', 'Hold to run'],
     ...['Together', 'Count', 'Hold to run'],
@@ -186,7 +188,11 @@ test('profiles: add, switch, clear, delete', async () => {
   await page.waitForFunction(() => document.querySelector('select').value === '1');
 
   await button(page, 'Clear profile').click();
-  assert.equal(await page.evaluate(() => document.activeElement.innerText), 'Cancel', 'the safe choice has the focus');
+  assert.equal(
+    await page.evaluate(() => document.activeElement.innerText),
+    'Cancel',
+    'the safe choice has the focus',
+  );
   await button(page, 'Cancel').click();
   await button(page, 'Clear profile').click();
   await button(page, 'Clear now').click();
@@ -226,10 +232,11 @@ test('the large Stop stops what runs and nothing else', async () => {
   await forgetCalls(page);
   await button(page, 'Stop everything').click();
   await settled(page);
-  assert.deepEqual(
-    await page.evaluate(() => host.calls.map(([name]) => name)),
-    ['stopPlayback', 'stopSpammer', 'stopKeySpam'],
-  );
+  assert.deepEqual(await page.evaluate(() => host.calls.map(([name]) => name)), [
+    'stopPlayback',
+    'stopSpammer',
+    'stopKeySpam',
+  ]);
   assert.equal(await button(page, 'Stop everything').count(), 0);
   await page.context().close();
 });
@@ -241,7 +248,11 @@ test('a capture shows where the key goes, and keeps the other buttons still', as
   await note.waitFor();
   assert.equal(await note.locator('xpath=ancestor::li/span[1]').innerText(), 'Play');
   assert.ok(await button(page, 'Change the record hotkey').isDisabled());
-  assert.equal(await page.evaluate(() => document.activeElement.ariaLabel), 'Change the play hotkey', 'the focus stays');
+  assert.equal(
+    await page.evaluate(() => document.activeElement.ariaLabel),
+    'Change the play hotkey',
+    'the focus stays',
+  );
   await button(page, 'Change the record hotkey').click({ force: true });
   assert.deepEqual(await callsOf(page, 'reassignKey'), ['play']);
   await change(page, "host.status.reassigning = ''; host.status.hkPlay = 'Num 5'");

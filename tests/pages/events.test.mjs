@@ -42,7 +42,10 @@ test('a million events: only the rows in sight are drawn, wherever the list stan
     }, part);
     assert.ok(texts.covered, `rows fill the view at ${part}`);
     texts.numbers.forEach((number, i) => assert.equal(number, texts.numbers[0] + i));
-    assert.ok(Math.abs(texts.numbers[0] - 1_000_000 * part) < 1_000_000 * 0.001 + 10, `row ${texts.numbers[0]} at ${part}`);
+    assert.ok(
+      Math.abs(texts.numbers[0] - 1_000_000 * part) < 1_000_000 * 0.001 + 10,
+      `row ${texts.numbers[0]} at ${part}`,
+    );
     assert.ok((await nodes()) < 80);
   }
   await option(page, 999_999).waitFor();
@@ -81,7 +84,10 @@ test('the keyboard reaches every row of a million', async () => {
   ];
   for (const [key, id] of steps) {
     await page.keyboard.press(key);
-    await page.waitForFunction((wanted) => document.getElementById('events').getAttribute('aria-activedescendant') === wanted, id);
+    await page.waitForFunction(
+      (wanted) => document.getElementById('events').getAttribute('aria-activedescendant') === wanted,
+      id,
+    );
     const inSight = await page.evaluate((wanted) => {
       const row = document.getElementById(wanted).getBoundingClientRect();
       const view = document.getElementById('events').getBoundingClientRect();
@@ -99,7 +105,12 @@ test('one edit of a large macro does not fetch it again', async () => {
   await page.keyboard.press('Delete');
   assert.deepEqual(await expectCall(page, 'deleteEvent'), ['3']);
   await settled(page);
-  assert.equal(await option(page, 3).innerText().then((text) => text.replace(/\s+/g, ' ')), '4 0.004 Move to 4, 5');
+  assert.equal(
+    await option(page, 3)
+      .innerText()
+      .then((text) => text.replace(/\s+/g, ' ')),
+    '4 0.004 Move to 4, 5',
+  );
   assert.ok(await page.getByText('199,999 events').first().isVisible());
   assert.equal((await callsOf(page, 'getMacroEvents')).length, 1);
   await page.context().close();
@@ -196,7 +207,9 @@ test('words of the events', async () => {
 });
 
 test('rows in sight, also where the list is taller than a browser can hold', async () => {
-  const { kMaxRange, offsetAt, rowsInSight, scrolledHeight, scrollTopFor } = await importSource('components/scroll-range.ts');
+  const { kMaxRange, offsetAt, rowsInSight, scrolledHeight, scrollTopFor } = await importSource(
+    'components/scroll-range.ts',
+  );
   const short = { rows: 100, rowHeight: 28, viewHeight: 226 };
   assert.deepEqual(rowsInSight(0, short), { first: 0, end: 9 });
   assert.deepEqual(rowsInSight(28, short), { first: 1, end: 10 });

@@ -88,7 +88,14 @@ test('the shorter report of a panel without a program is accepted', async () => 
 });
 
 test('a page with few bound functions works with what there is', async () => {
-  const absent = ['getProfiles', 'addProfile', 'switchProfile', 'pickLocation', 'resetHotkeys', 'optimizeMacro'];
+  const absent = [
+    'getProfiles',
+    'addProfile',
+    'switchProfile',
+    'pickLocation',
+    'resetHotkeys',
+    'optimizeMacro',
+  ];
   const page = await pages.open({ absent });
   await settled(page);
   assert.equal(await page.locator('#panel-profile').count(), 0);
@@ -125,7 +132,8 @@ test('the events are asked for when the macro has changed, and not at each poll'
   assert.equal(await asked(), 1, 'not while nothing changes');
 
   await change(page, "host.status.state = 'Recording'; host.events = []");
-  for (let i = 0; i < 3; i++) await change(page, "host.events.push({ time: host.events.length, desc: 'Autoclicker OFF' })");
+  for (let i = 0; i < 3; i++)
+    await change(page, "host.events.push({ time: host.events.length, desc: 'Autoclicker OFF' })");
   assert.equal(await asked(), 1, 'not during a recording');
   await change(page, "host.status.state = 'Idle'");
   assert.equal(await rows.count(), 3);
@@ -153,7 +161,9 @@ test('the events are asked for when the macro has changed, and not at each poll'
 });
 
 test('an event list that cannot be read is asked for again only when the count changes', async () => {
-  const page = await pages.open({ before: "host.events = [{ time: 0, desc: '' }]; host.failing.getMacroEvents = 'no'" });
+  const page = await pages.open({
+    before: "host.events = [{ time: 0, desc: '' }]; host.failing.getMacroEvents = 'no'",
+  });
   await page.getByText('Varnelle could not read the events (no). Please try again.').waitFor();
   await settled(page);
   await settled(page);

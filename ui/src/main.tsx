@@ -11,7 +11,8 @@ plugPromiseLeak();
 
 // The window is a tool, not a browser page: its menu is only of use where text is edited.
 document.addEventListener('contextmenu', (event) => {
-  if (!(event.target instanceof HTMLInputElement)) event.preventDefault();
+  const edited = event.target instanceof HTMLInputElement && event.target.type === 'text';
+  if (!edited) event.preventDefault();
 });
 
 // A pick swallows the press that decides it, also one that cancels. So a press that reaches the page tells that no pick

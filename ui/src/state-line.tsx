@@ -61,6 +61,7 @@ export function StateLine() {
       : 'Idle';
   return (
     <header class={`state-line state-line--${kind}`}>
+      <h1 class="state-line__name">Varnelle</h1>
       <div class="state-line__text" role="status" aria-label="State">
         <div class="state-line__title">
           <span class="state-line__lamp" aria-hidden="true" />

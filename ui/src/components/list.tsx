@@ -86,10 +86,10 @@ export function List(props: ListProps) {
       class="list"
       id={id}
       ref={view}
-      role="listbox"
+      role={rows > 0 ? 'listbox' : 'group'}
       aria-label={label}
       aria-activedescendant={selectedShown ? `${id}-${selected}` : undefined}
-      tabIndex={0}
+      tabIndex={rows > 0 ? 0 : -1}
       onKeyDown={onKeyDown}
       onScroll={(event) => setScrollTop(event.currentTarget.scrollTop)}
     >

@@ -79,7 +79,7 @@ export function ProfilePanel() {
         {step === 'add' && <AddProfile names={names} onDone={done} />}
         {step === 'clear' && (
           <Confirm
-            question={`Clear \u201c${name}\u201d: its ${events} and its settings?`}
+            question={`Clear its ${events} and its settings?`}
             verb="Clear now"
             onConfirm={clearProfile}
             onDone={done}
@@ -87,7 +87,7 @@ export function ProfilePanel() {
         )}
         {step === 'delete' && (
           <Confirm
-            question={`Delete \u201c${name}\u201d with its ${events}?`}
+            question={`Delete it with its ${events}?`}
             verb="Delete now"
             onConfirm={deleteProfile}
             onDone={done}
@@ -113,7 +113,7 @@ function Confirm(props: {
       aria-label={props.question}
       onKeyDown={(event) => event.key === 'Escape' && props.onDone()}
     >
-      <span class="profile__question">{props.question}</span>
+      <span>{props.question}</span>
       <div class="row">
         <Button buttonRef={cancel} onPress={props.onDone}>
           Cancel
@@ -152,6 +152,7 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
         <input
           ref={input}
           class="profile__input"
+          type="text"
           aria-label="Profile name"
           aria-invalid={shownError !== ''}
           aria-describedby="profile-name-hint"

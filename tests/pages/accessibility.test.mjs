@@ -1,0 +1,302 @@
+// By keyboard, by screen reader, by eye: what is computed rather than hoped for.
+import assert from 'node:assert/strict';
+import { createRequire } from 'node:module';
+import { readFileSync } from 'node:fs';
+import { after, before, test } from 'node:test';
+import { button, callsOf, expectCall, Pages, settled } from './browser.mjs';
+
+const axe = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
+let pages;
+before(async () => (pages = await Pages.start()));
+after(() => pages.stop());
+
+const states = {
+  idle: "host.events = [{ time: 0, desc: 'Autoclicker ON' }];",
+  running: "host.status.autoClicking = true; host.status.state = 'Recording';",
+  locked: 'host.status.unlocked = false;',
+  capturing: "host.status.reassigning = 'keyspamtarget'; host.status.keySpamTargets = ['A', 'B'];",
+  bad: 'Object.assign(host.settings, { sms: -1, tspd: 0 });',
+};
+
+for (const [name, script] of Object.entries(states)) {
+  test(`axe finds nothing: ${name}`, async () => {
+    const page = await pages.open({ before: script });
+    await settled(page);
+    if (name === 'idle') await page.locator('#events-0').click();
+    await page.evaluate(axe);
+    const { violations } = await page.evaluate(() =>
+      window.axe.run(document, { rules: { 'color-contrast': { enabled: true } } }),
+    );
+    const told = violations.map(
+      (one) => `${one.impact} ${one.id}: ${one.nodes.map((node) => node.html).join(' | ')}`,
+    );
+    assert.deepEqual(told, []);
+    await page.context().close();
+  });
+}
+
+// Relative luminance and contrast as WCAG 2 defines them, run in the page.
+const contrastOf = () => {
+  const channels = (text) => text.match(/[\d.]+/g).map(Number);
+  const opaque = (text) => (channels(text)[3] ?? 1) > 0.99;
+  const luminance = (text) => {
+    const [r, g, b] = channels(text)
+      .slice(0, 3)
+      .map((value) => value / 255)
+      .map((value) => (value <= 0.04045 ? value / 12.92 : ((value + 0.055) / 1.055) ** 2.4));
+    return 0.2126 * r + 0.7152 * g + 0.0722 * b;
+  };
+  const ratio = (a, b) => {
+    const [high, low] = [luminance(a), luminance(b)].sort((x, y) => y - x);
+    return (high + 0.05) / (low + 0.05);
+  };
+  const behind = (element) => {
+    for (let at = element; at; at = at.parentElement) {
+      const colour = getComputedStyle(at).backgroundColor;
+      if (opaque(colour)) return colour;
+    }
+    return 'rgb(255, 255, 255)';
+  };
+  const disabled = (element) =>
+    element.closest(':disabled, [aria-disabled]') ||
+    element.closest('label')?.querySelector(':disabled') ||
+    element.closest('.number--disabled');
+  const found = [];
+  const check = (what, a, b, least) => found.push([what, Math.round(ratio(a, b) * 100) / 100, least]);
+
+  for (const element of document.querySelectorAll('body *')) {
+    if (!element.checkVisibility()) continue;
+    const style = getComputedStyle(element);
+    const ownText = [...element.childNodes].some((node) => node.nodeType === 3 && node.data.trim());
+    if (ownText || element.matches('input[type=text], select')) {
+      const what = `${element.className || element.tagName}: ${element.textContent.slice(0, 30)}`;
+      check(what, style.color, behind(element), disabled(element) ? 3 : 4.5);
+    }
+    if (disabled(element)) continue;
+    // What tells a control from its surroundings: its border or its own face.
+    if (
+      element.matches(
+        '.button:not(.button--quiet), .number, .segmented, .toggle__track, .list, .targets, select',
+      )
+    ) {
+      const around = behind(element.parentElement);
+      const best = Math.max(ratio(style.borderTopColor, around), ratio(behind(element), around));
+      found.push([`edge of ${element.className}`, Math.round(best * 100) / 100, 3]);
+    }
+    if (element.matches('.icon, .state-line__lamp, .toggle__knob')) {
+      const face = element.matches('.icon') ? style.color : style.backgroundColor;
+      check(`${element.getAttribute('class')}`, face, behind(element.parentElement), 3);
+    }
+  }
+  // The focus ring on everything that it can lie on.
+  const focus = document.createElement('i');
+  document.body.append(focus);
+  const token = (name) => {
+    focus.style.color = `var(${name})`;
+    return getComputedStyle(focus).color;
+  };
+  for (const ground of [
+    '--bg-main',
+    '--bg-panel',
+    '--bg-header',
+    '--bg-field',
+    '--bg-control',
+    '--bg-chosen',
+  ]) {
+    check(`focus on ${ground}`, token('--focus'), token(ground), 3);
+  }
+  for (const face of [
+    '--bg-control',
+    '--bg-control-hover',
+    '--bg-control-active',
+    '--bg-chosen',
+    '--bg-key',
+  ]) {
+    check(`text on ${face}`, token('--text'), token(face), 4.5);
+  }
+  check('text on accent hover', token('--on-accent'), token('--accent-hover'), 4.5);
+  check('text on stop hover', token('--on-stop'), token('--stop-hover'), 4.5);
+  focus.remove();
+  return found;
+};
+
+for (const [name, script] of Object.entries(states)) {
+  test(`contrast, computed: ${name}`, async () => {
+    const page = await pages.open({ before: script });
+    await settled(page);
+    const found = await page.evaluate(contrastOf);
+    assert.ok(found.length > 80, `${found.length} places`);
+    assert.deepEqual(
+      found.filter(([, ratio, least]) => ratio < least),
+      [],
+    );
+    await page.context().close();
+  });
+}
+
+test('every target is at least 24 by 24 pixels', async () => {
+  const page = await pages.open({ before: states.running });
+  await settled(page);
+  const small = await page.evaluate(() =>
+    [...document.querySelectorAll('button, input, select, [role=option]')]
+      .filter((element) => element.checkVisibility())
+      .map((element) => [element.ariaLabel ?? element.innerText, element.getBoundingClientRect()])
+      .filter(([, box]) => box.width < 24 || box.height < 24)
+      .map(([name, box]) => `${name}: ${box.width} x ${box.height}`),
+  );
+  assert.deepEqual(small, []);
+  await page.context().close();
+});
+
+test('by keyboard alone: every control is reached, in order, with a ring to see', async () => {
+  const page = await pages.open({
+    before: "host.events = [{ time: 0, desc: 'Autoclicker ON' }]; host.profiles.current = 0",
+  });
+  await settled(page);
+  const reached = [];
+  for (let i = 0; i < 100; i++) {
+    await page.keyboard.press('Tab');
+    const at = await page.evaluate(() => {
+      const element = document.activeElement;
+      if (element === document.body) return null;
+      const ring = (node) => node && getComputedStyle(node).outlineStyle !== 'none';
+      const box = element.getBoundingClientRect();
+      const head = document.querySelector('.state-line').getBoundingClientRect();
+      return {
+        name: element.ariaLabel ?? element.innerText ?? '',
+        type: element.type ?? element.getAttribute('role'),
+        label: element.closest('label')?.innerText ?? '',
+        ring: ring(element) || ring(element.nextElementSibling) || ring(element.closest('.number')),
+        hidden: box.top < head.bottom - 1 && !element.closest('.state-line'),
+      };
+    });
+    if (!at) break;
+    assert.ok(at.ring, `${at.name || at.label} shows its focus`);
+    assert.ok(!at.hidden, `${at.name || at.label} is not under the state line`);
+    reached.push(at.name || at.label);
+  }
+  for (const name of [
+    ...[
+      'Profile: show settings',
+      'Profile',
+      'New profile',
+      'Clear profile',
+      'Start clicking',
+      'Click interval: hours',
+    ],
+    ...[
+      'Left',
+      'Single',
+      'Until stopped',
+      'At pointer',
+      'Pick location',
+      'Press to start and stop',
+      'Start pressing',
+    ],
+    ...[
+      'Remove Space, key 1',
+      'Add key',
+      'In turn',
+      'Press interval: milliseconds',
+      'Record',
+      'Continue',
+      'Play',
+    ],
+    ...['Optimise', 'Playback speed', 'Loop', 'Moves', 'Buttons', 'Wheel', 'Keys', 'Raw moves', 'Events'],
+    ...['Reset hotkeys', 'Change the clicker hotkey', 'Change the unlock hotkey'],
+  ]) {
+    assert.ok(reached.includes(name), `${name} in ${reached.join(', ')}`);
+  }
+  await page.context().close();
+});
+
+test('by keyboard alone: set an interval, choose, start and stop, retime and delete', async () => {
+  const page = await pages.open({ before: "host.events = [{ time: 1, desc: 'Autoclicker ON' }]" });
+  await settled(page);
+  const tabTo = async (name) => {
+    for (let i = 0; i < 120; i++) {
+      const at = await page.evaluate(() => {
+        const element = document.activeElement;
+        return element.ariaLabel ?? element.closest('label')?.innerText ?? element.innerText;
+      });
+      if (at === name) return;
+      await page.keyboard.press('Tab');
+    }
+    assert.fail(`${name} not reached`);
+  };
+  await tabTo('Click interval: milliseconds');
+  await page.keyboard.press('Control+A');
+  await page.keyboard.type('20');
+  await page.keyboard.press('Enter');
+  await tabTo('Left');
+  await page.keyboard.press('ArrowRight');
+  await tabTo('Until stopped');
+  await page.keyboard.press('ArrowRight');
+  await page.waitForFunction(() => host.calls.filter(([name]) => name === 'updateSpammer').length === 3);
+  assert.deepEqual(await callsOf(page, 'updateSpammer'), [
+    '0,0,0,20,0,0,1,10,0',
+    '0,0,0,20,1,0,1,10,0',
+    '0,0,0,20,1,0,0,10,0',
+  ]);
+  await tabTo('Loop');
+  await page.keyboard.press('Space');
+  assert.deepEqual(await expectCall(page, 'updateTracker'), ['true,true,true,true,false,1,true,500']);
+  await tabTo('Events');
+  await page.keyboard.press('ArrowDown');
+  await page.keyboard.press('Tab');
+  await page.keyboard.press('ArrowUp');
+  assert.deepEqual(await expectCall(page, 'updateEventTime'), ['0,1.100000']);
+  await tabTo('Delete event');
+  await page.keyboard.press('Enter');
+  assert.deepEqual(await expectCall(page, 'deleteEvent'), ['0']);
+  await tabTo('Start clicking');
+  await page.keyboard.press('Enter');
+  await button(page, 'Stop clicking').waitFor();
+  await page.keyboard.press('Enter');
+  await expectCall(page, 'stopSpammer');
+  await page.context().close();
+});
+
+test('the state is a live region that stays, and a failure is an alert', async () => {
+  const page = await pages.open();
+  await page.evaluate(() => (window.kept = document.querySelector('[role=status][aria-label=State]')));
+  await button(page, 'Start clicking').click();
+  await page.waitForFunction(() => window.kept.isConnected && window.kept.innerText.includes('Clicking'));
+  assert.equal(await page.locator('[role=alert]').count(), 1, 'there before there is anything to say');
+  await page.context().close();
+});
+
+test('no motion for those who want none', async () => {
+  const page = await pages.open({ context: { reducedMotion: 'reduce' } });
+  const moving = await page.evaluate(
+    () =>
+      [...document.querySelectorAll('*')].filter((element) => {
+        const style = getComputedStyle(element);
+        const longest = Math.max(...style.transitionDuration.split(',').map((text) => parseFloat(text)));
+        return longest > 0 || style.animationName !== 'none';
+      }).length,
+  );
+  assert.equal(moving, 0);
+  await page.context().close();
+});
+
+test('no browser menu but where text is edited', async () => {
+  const page = await pages.open();
+  const prevented = (selector) =>
+    page.evaluate((where) => {
+      const event = new MouseEvent('contextmenu', { bubbles: true, cancelable: true });
+      document.querySelector(where).dispatchEvent(event);
+      return event.defaultPrevented;
+    }, selector);
+  assert.equal(await prevented('h2'), true);
+  assert.equal(await prevented('.button'), true);
+  assert.equal(await prevented('.toggle input'), true);
+  assert.equal(await prevented('input[type=text]'), false);
+  await page.context().close();
+});
+
+test('words stay readable at twice the size', async () => {
+  const page = await pages.open({ viewport: { width: 420, height: 560 }, context: { deviceScaleFactor: 2 } });
+  assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= 420);
+  await page.context().close();
+});
