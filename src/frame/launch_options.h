@@ -11,25 +11,29 @@ enum class LaunchMode {
     ValidateMacro,
     ScanMacro,
     SelfTest,
-    Child,           // roles
+    Child,  // roles
     Timeline,
     Master,
 };
 
 struct LaunchOptions {
+    LaunchMode mode = LaunchMode::Master;
+
+    // Which console modes were asked for, and with what.
     bool selftestUpdate = false;
-    std::string selftestUpdateArg;
     bool validateTheme = false;
-    std::string validateThemePath;
     bool validateMacro = false;
-    std::string validateMacroPath;
     bool scanMacro = false;
+    std::string selftestUpdateArg;
+    std::string validateThemePath;
+    std::string validateMacroPath;
     std::string scanMacroPath;
-    std::string updateManifestOverride;
-    std::string openThemePath;
+
+    std::string updateManifestOverride;  // selects no mode
+    std::string openThemePath;           // a file to open; at most one of the two
     std::string openMacroPath;
     std::string childLine;  // the whole line of a child panel
-    LaunchMode mode = LaunchMode::Master;
 };
 
+// The line as one text always counts, the split arguments only where the line could be split.
 LaunchOptions ParseCommandLine(const ProcessArguments& arguments);
