@@ -352,6 +352,9 @@ TEST(AppendStreamDouble, RoundsTheExactBinaryValueHalfToEven) {
 TEST(AppendStreamDouble, EqualsTheStreamByteForByte) {
     std::mt19937_64 random(42);
     const auto check = [](double value) {
+        if (std::isnan(value) && std::signbit(value)) {
+            return;  // C libraries differ on whether they show the sign
+        }
         ASSERT_EQ(Streamed(value), IostreamText(value)) << std::bit_cast<uint64_t>(value);
     };
     for (int i = 0; i < 100000 && !HasFatalFailure(); ++i) {

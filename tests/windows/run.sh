@@ -317,19 +317,33 @@ TheProgramFileCarriesIconsManifestAndVersion() {
     wrestool -x --raw -t16 "$build/dist/Varnelle.exe" | strings -el | grep -qx '1\.0\.1' || Same "version" 1.0.1 none
 }
 
-# Console MODE PATH: what Varnelle.exe prints into a redirection, and its exit code.
+# Console MODE=PATH: what Varnelle.exe prints into a redirection, then its exit code.
 Console() {
     local code=0
     Wine 30 "$build/dist/Varnelle.exe" "$@" </dev/null >"$work/console" 2>/dev/null || code=$?
-    printf '%s|%s' "$(tr -d '\r' <"$work/console")" "$code"
+    echo "$(<"$work/console")|$code"
 }
 
-ConsoleModesPrintIntoARedirection() {
-    local good=$work/good.vrlmacro
-    printf '# VARNELLE_MACRO v1\n' >"$good"
-    Same "a missing macro" 1 "$(Console "--validate-macro=Z:$work/missing.vrlmacro" | sed 's/.*|//')"
-    Same "its words" REJECT "$(Console "--validate-macro=Z:$work/missing.vrlmacro" | cut -d' ' -f1)"
-    Same "an empty path" 1 "$(Console --validate-macro= | sed 's/.*|//')"
+MacroFilesAreJudgedInOneLineAndACode() {
+    local name line code
+    while IFS=: read -r name line; do
+        line=${line# }
+        code=0
+        [ "${line%% *}" = OK ] || code=1
+        Same "$name" "$line"$'\r'"|$code" "$(Console "--validate-macro=tests/fixtures/macros/$name")"
+    done <tests/fixtures/macros/expected.txt
+    local missing="REJECT Couldn't open that macro file."$'\r|1'
+    Same "a missing file" "$missing" "$(Console --validate-macro=tests/fixtures/macros/missing.vrlmacro)"
+    Same "an empty path" "$missing" "$(Console --validate-macro=)"
+    Same "the last of two" "OK 1 events"$'\r|0' \
+        "$(Console --validate-macro=missing --validate-macro=tests/fixtures/macros/bare.vrlmacro)"
+}
+
+# A letter above 255 reaches the file name as its low byte: U+0141 U+0142 become "AB".
+PathsAreCutToTheirLowBytes() {
+    cp tests/fixtures/macros/bare.vrlmacro "$work/AB.vrlmacro"
+    Same "the altered path" "OK 1 events"$'\r|0' \
+        "$(LC_ALL=C.UTF-8 Console "--validate-macro=Z:$work/Łł.vrlmacro")"
 }
 
 # ---- the run ----
@@ -385,7 +399,8 @@ Test AStoppedHookThreadLeavesNothingBehind
 Test AKilledProgramLeavesNoHook
 
 Test TheProgramFileCarriesIconsManifestAndVersion
-Test ConsoleModesPrintIntoARedirection
+Test MacroFilesAreJudgedInOneLineAndACode
+Test PathsAreCutToTheirLowBytes
 
 echo "windows: $passed passed, $failed failed"
 [ "$failed" = 0 ]
