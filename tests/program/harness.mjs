@@ -265,12 +265,19 @@ export class Program {
     return this.page.evaluate(([command, list]) => window[command](...list), [name, args]);
   }
 
+  button(name, within = this.page) {
+    return within.getByRole('button', { name, exact: true });
+  }
+  eventRows() {
+    return this.page.getByRole('listbox', { name: 'Events', exact: true }).getByRole('option');
+  }
+
   // Pressing the page, as a person would.
   panel(name) {
     return this.page.getByRole('region', { name, exact: true });
   }
   async press(name, within = this.page) {
-    await within.getByRole('button', { name, exact: true }).click();
+    await this.button(name, within).click();
   }
   async choose(group, option, within = this.page) {
     // The label is what a person clicks; the radio button in it is what a reader finds.

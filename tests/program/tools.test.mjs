@@ -167,14 +167,15 @@ test('a count of three double clicks gives three pairs', limit, async () => {
 
 // Targets A, B, C, each captured by a real key press that nothing else gets.
 async function chooseTargets(letters) {
-  await program.press('Remove Space, key 1', presser());
+  await program.press(/^Remove .*, key 1$/, presser());
   for (const [index, letter] of [...letters].entries()) {
     await program.press('Add key', presser());
     await program.waitForStatus((s) => s.reassigning === 'keyspamtarget', 'the capture waits');
     await hand.tap(Key[letter]);
     await program.waitForStatus((s) => s.keySpamTargets.length === index + 1 && s.reassigning === '', letter);
   }
-  assert.deepEqual(program.status().keySpamTargets, [...letters]);
+  // Under X11 Wine names keys by what they type, some wrongly.
+  if (!onWindows) assert.deepEqual(program.status().keySpamTargets, [...letters]);
   await observer.settle();
   assert.deepEqual(
     observer.keys().filter((key) => key.down),

@@ -1,0 +1,271 @@
+// The life of the program: everything is back after a restart, also after being killed; a second start; the end.
+import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
+import { existsSync, readFileSync, readdirSync } from 'node:fs';
+import { join } from 'node:path';
+import { after, afterEach, before, test } from 'node:test';
+import { kMainTitle, makeInstallation, onWindows, openWorld, root } from './harness.mjs';
+import { stop, waitUntil } from './processes.mjs';
+import { Button, Key, pause } from './real_hand.mjs';
+
+const limit = { timeout: 120000 };
+
+let world;
+let hand;
+let installations = [];
+
+before(async () => {
+  world = await openWorld();
+  hand = world.hand;
+}, limit);
+afterEach(async () => {
+  await world.closeOpened();
+  for (const installation of installations.splice(0)) installation.remove();
+}, limit);
+after(() => world?.close(), limit);
+
+function install() {
+  const installation = makeInstallation();
+  installations.push(installation);
+  return installation;
+}
+
+async function openObserver() {
+  const observer = await world.openObserver('Another application');
+  await observer.pointAt();
+  await observer.settle();
+  observer.clear();
+  return observer;
+}
+
+const session = (installation) => {
+  const file = join(installation.data, 'session.dat');
+  return existsSync(file) ? readFileSync(file, 'latin1').replaceAll('\r\n', '\n') : '';
+};
+
+test('everything is back after closing and starting again', limit, async () => {
+  const installation = install();
+  let program = await world.startProgram({ installation });
+  let observer = await openObserver();
+
+  await program.press('New profile');
+  await program.enter('Profile name', 'Second one');
+  await waitUntil(
+    async () => (await program.call('getProfiles')).current === 1,
+    'the new profile is current',
+  );
+  await program.enter('Click interval: milliseconds', 37, program.panel('Clicker'));
+  await program.choose('Mouse button', 'Middle', program.panel('Clicker'));
+  await program.choose('Key presser hotkey', 'Runs while held', program.panel('Key presser'));
+  await program.enter('Playback speed', 2);
+  await program.toggle('Wheel', false);
+  await program.waitForSettings(
+    (s) => s.sms === 37 && s.sbtn === 2 && s.holdKeySpam && s.tspd === 2 && !s.tscr,
+    'the settings',
+  );
+  await program.press('Change the clicker hotkey', program.panel('Hotkeys'));
+  await program.waitForStatus((s) => s.reassigning === 'auto', 'the capture waits');
+  await hand.click(Button.Middle);
+  await program.waitForStatus((s) => s.hkAuto === 'Middle Mouse', 'the hotkey');
+  await hand.tap(Key.F8);
+  await program.waitForStatus((s) => s.state === 'Recording', 'recording');
+  await hand.tap(Key.A);
+  await pause(50);
+  await hand.click(Button.Left);
+  await hand.tap(Key.F8);
+  await program.waitForStatus((s) => s.state === 'Idle' && s.count === 4, 'recorded');
+
+  const settings = await program.call('getSettings');
+  const profiles = await program.call('getProfiles');
+  const events = await program.call('getMacroEvents');
+  const status = program.status();
+  assert.equal(await program.closeWindow(observer), 0);
+  await observer.kill();
+
+  program = await world.startProgram({ installation });
+  observer = await openObserver();
+  assert.deepEqual(await program.call('getSettings'), settings);
+  assert.deepEqual(await program.call('getProfiles'), profiles);
+  const back = await program.call('getMacroEvents');
+  assert.deepEqual(
+    back.map((event) => event.desc),
+    events.map((event) => event.desc),
+  );
+  back.forEach((event, index) => assert.ok(Math.abs(event.time - events[index].time) < 1e-5));
+  // The undo of a continued recording and a running state are no part of a session.
+  assert.deepEqual({ ...program.status(), canUndoContinue: false }, { ...status, canUndoContinue: false });
+  await hand.click(Button.Middle);
+  await program.waitForStatus((s) => s.autoClicking, 'the new hotkey works');
+  await hand.click(Button.Middle);
+  await program.waitForStatus((s) => !s.autoClicking, 'and again');
+});
+
+test('killed in the middle of everything, the last save is loaded', limit, async () => {
+  const installation = install();
+  let program = await world.startProgram({ installation });
+  let observer = await openObserver();
+  await program.enter('Click interval: milliseconds', 41, program.panel('Clicker'));
+  await program.waitForSettings((s) => s.sms === 41, 'the interval');
+  await hand.tap(Key.F8);
+  await program.waitForStatus((s) => s.state === 'Recording', 'recording');
+  await hand.tap(Key.A);
+  await hand.tap(Key.F8);
+  await program.waitForStatus((s) => s.state === 'Idle' && s.count === 2, 'recorded');
+  await waitUntil(
+    () => /^SETTINGS:0,0,0,41,/m.test(session(installation)) && /^3,/m.test(session(installation)),
+    'a save',
+  );
+  const saved = (await program.call('getMacroEvents')).map((event) => event.desc);
+
+  // Clicking and recording, with key presses coming in.
+  await hand.tap(Key.F6);
+  await program.press('Continue');
+  await program.waitForStatus((s) => s.state === 'Recording' && s.autoClicking, 'both run');
+  await hand.tap(Key.B);
+  program.child.kill('SIGKILL');
+  await program.child.ended;
+  await observer.kill();
+
+  program = await world.startProgram({ installation });
+  observer = await openObserver();
+  assert.equal((await program.call('getSettings')).sms, 41);
+  const back = (await program.call('getMacroEvents')).map((event) => event.desc);
+  assert.deepEqual(back.slice(0, 2), saved);
+  assert.deepEqual(
+    [program.status().state, program.status().autoClicking, program.status().keySpamming],
+    ['Idle', false, false],
+  );
+  // Nothing of the killed one holds the keyboard or the mouse.
+  await hand.tap(Key.K);
+  await hand.click(Button.Left);
+  await waitUntil(
+    () => observer.keys().length === 2 && observer.buttons().length === 2,
+    'input reaches others',
+  );
+});
+
+test('a second start brings the first window to the front and ends with code 0', limit, async () => {
+  const installation = install();
+  const program = await world.startProgram({ installation });
+  const observer = await openObserver();
+  observer.minimiseWindow(kMainTitle);
+  await waitUntil(async () => (await observer.window(kMainTitle)).minimised, 'minimised');
+  const before = session(installation);
+  const second = world.startBare(installation);
+  try {
+    const result = await waitUntil(() => second.result, 'the second one ends');
+    assert.equal(result.code, 0);
+    const window = await waitUntil(async () => {
+      const found = await observer.window(kMainTitle);
+      return !found.minimised && found;
+    }, 'the first one is restored');
+    assert.ok(window.found);
+    await waitUntil(async () => (await observer.window(kMainTitle)).active, 'and in front');
+    assert.equal(session(installation), before, 'the second one saves nothing');
+    assert.equal(program.child.result, undefined);
+  } finally {
+    await stop(second);
+  }
+});
+
+test('a window closed during playback ends everything', limit, async () => {
+  const installation = install();
+  const program = await world.startProgram({ installation });
+  const observer = await openObserver();
+  await hand.tap(Key.F8);
+  await program.waitForStatus((s) => s.state === 'Recording', 'recording');
+  await hand.tap(Key.A);
+  await pause(1000);
+  await hand.tap(Key.B);
+  await hand.tap(Key.F8);
+  await program.waitForStatus((s) => s.state === 'Idle', 'recorded');
+  await program.toggle('Loop', true);
+  await program.waitForSettings((s) => s.tloop === true, 'the loop');
+  await hand.tap(Key.F6);
+  await hand.tap(Key.F7);
+  await program.waitForStatus((s) => s.state === 'Playing' && s.autoClicking, 'it plays and clicks');
+  if (!onWindows) assert.ok(program.threadCount() >= 7, 'the engines have their threads');
+  assert.equal(await program.closeWindow(observer), 0);
+  assert.equal(program.view.closed, true);
+  if (!onWindows) assert.equal(program.threadCount(), 0);
+  assert.match(session(installation), /^3,[^\n]*,66,1,0$/m);
+  await observer.settle();
+  const count = observer.events.length;
+  await hand.tap(Key.F6);
+  await waitUntil(
+    () => observer.keys().filter((key) => key.code === Key.F6).length === 2,
+    'F6 is an ordinary key',
+  );
+  assert.equal(observer.events.length, count + 2, 'nothing else comes');
+});
+
+test('killed while hotkeys are held, input is free again', limit, async () => {
+  const installation = install();
+  const program = await world.startProgram({ installation });
+  const observer = await openObserver();
+  await program.choose('Clicker hotkey', 'Runs while held', program.panel('Clicker'));
+  await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
+  await hand.keyDown(Key.F6);
+  await program.waitForStatus((s) => s.autoClicking, 'it clicks');
+  program.child.kill('SIGKILL');
+  await program.child.ended;
+  await hand.keyUp(Key.F6);
+  await observer.settle();
+  observer.clear();
+  await hand.tap(Key.F6);
+  await hand.tap(Key.K);
+  await waitUntil(
+    () => observer.keys().filter((key) => key.code === Key.K).length === 2,
+    'keys reach the application',
+  );
+  assert.equal(observer.keys().filter((key) => key.code === Key.F6).length, 2, 'F6 too');
+  await hand.click(Button.Left);
+  await waitUntil(() => observer.buttons().length === 2, 'and buttons');
+  if (!onWindows) {
+    // No process of the program is left: nothing else runs from its folder.
+    const left = readdirSync('/proc')
+      .filter((name) => /^\d+$/.test(name))
+      .filter((id) => {
+        try {
+          return readFileSync(`/proc/${id}/cmdline`, 'utf8').startsWith(installation.program);
+        } catch {
+          return false;
+        }
+      });
+    assert.deepEqual(left, []);
+  }
+});
+
+test('macro files are validated with the exact line and code', limit, async () => {
+  const folder = join(root, 'tests/fixtures/macros');
+  const installation = install();
+  const expected = readFileSync(join(folder, 'expected.txt'), 'utf8').trim().split('\n');
+  assert.ok(expected.length >= 20);
+  for (const row of expected) {
+    const [, name, line] = /^(.*?): (.*)$/.exec(row);
+    const { output, code } = validate(installation, join('tests/fixtures/macros', name));
+    assert.deepEqual([name, output, code], [name, `${line}\n`, line.startsWith('OK') ? 0 : 1]);
+  }
+  assert.deepEqual(validate(installation, 'nowhere.vrlmacro'), {
+    output: "REJECT Couldn't open that macro file.\n",
+    code: 1,
+  });
+  assert.equal(existsSync(join(installation.data, 'session.dat')), false, 'a console mode leaves no trace');
+});
+
+function validate(installation, path) {
+  const command = onWindows ? ['wine', installation.program] : [installation.program];
+  const result = spawnSync(command[0], [...command.slice(1), `--validate-macro=${path}`], {
+    cwd: root,
+    encoding: 'utf8',
+    timeout: 30000,
+    // A console mode needs no display.
+    env: {
+      ...world.desktop.env,
+      ...installation.env,
+      ...world.wineEnvironment(),
+      ...(onWindows ? {} : { DISPLAY: '' }),
+    },
+  });
+  return { output: result.stdout.replaceAll('\r\n', '\n'), code: result.status };
+}
