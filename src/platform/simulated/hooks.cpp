@@ -6,6 +6,7 @@
 #include "platform/wake.h"
 
 #include <deque>
+#include <set>
 
 namespace {
 
@@ -28,6 +29,7 @@ struct HookState {
     HookInterest interest;
     std::deque<HookEvent> queue;
     std::vector<std::string> complaints;
+    std::set<uint32_t> hidden;  // codes whose press was consumed and that are still held
 };
 
 HookState state;
@@ -109,10 +111,16 @@ void ReadInterest() {
 void Deliver(const SimArrival& arrival) {
     const bool press = arrival.down && !arrival.injected &&
                        (arrival.kind == SimSeenKind::Key || arrival.kind == SimSeenKind::Button);
-    const bool covered = press && InterestCovers(arrival);
+    // A system that lets a press be reserved keeps its repeats with whoever got the press.
+    const bool covered = press && (InterestCovers(arrival) || state.hidden.count(arrival.code) != 0);
     state.inSink = true;
     const HookAnswer answer = arrival.kind == SimSeenKind::Key ? AskKeySink(arrival) : AskMouseSink(arrival);
     state.inSink = false;
+    if (press && answer == HookAnswer::Consume) {
+        state.hidden.insert(arrival.code);
+    } else if (!arrival.injected && !arrival.down) {
+        state.hidden.erase(arrival.code);
+    }
     if (answer == HookAnswer::Pass) {
         SimArrive(arrival);
     } else if (press && !covered) {
