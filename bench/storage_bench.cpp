@@ -238,7 +238,7 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
     std::string json;
     std::string plainJson;
     rows.push_back(Measure(
-        "event list JSON", [&] { json = MacroEventsJson(profile.events); },
+        "event list JSON", [&] { BuildMacroEventsJson(profile.events, json); },
         yardstick([&] { plainJson = PlainEventsJson(profile.events); })));
     Require(!withYardstick || json == plainJson, "listing");
     return rows;

@@ -4,6 +4,7 @@
 #include "engines/engine_state.h"
 #include "storage/data_folder.h"
 
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -18,26 +19,61 @@ constexpr size_t kUsualEventJson = 72;
 // Squared pixels within which a move adds nothing to the path: up to 10 pixels.
 constexpr int32_t kNearSquared = 101;
 
+// "00" to "99", side by side: digits are written two at a time.
+constexpr std::array<char, 200> kDigitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
 // A cursor into a buffer that is large enough for whatever is put there.
 struct Writer {
     char* at;
 
-    void Text(std::string_view text) {
-        std::memcpy(at, text.data(), text.size());
-        at += text.size();
+    template <size_t Size> void Text(const char (&literal)[Size]) {
+        std::memcpy(at, literal, Size - 1);
+        at += Size - 1;
     }
-    template <typename Integer> void Int(Integer value) { at = std::to_chars(at, at + 20, value).ptr; }
-};
+    void Unsigned(uint64_t value) {
+        char* end = at + DigitCount(value);
+        at = end;
+        for (; value >= 100; value /= 100) {
+            end -= 2;
+            std::memcpy(end, &kDigitPairs[2 * (value % 100)], 2);
+        }
+        if (value >= 10) {
+            std::memcpy(end - 2, &kDigitPairs[2 * value], 2);
+        } else {
+            end[-1] = static_cast<char>('0' + value);
+        }
+    }
+    void Signed(int64_t value) {
+        if (value < 0) {
+            *at++ = '-';
+        }
+        Unsigned(value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value));
+    }
+    // The decimal point and six digits of a value below 1,000,000.
+    void Millionths(uint32_t value) {
+        *at = '.';
+        std::memcpy(at + 1, &kDigitPairs[2 * (value / 10000)], 2);
+        std::memcpy(at + 3, &kDigitPairs[2 * (value / 100 % 100)], 2);
+        std::memcpy(at + 5, &kDigitPairs[2 * (value % 100)], 2);
+        at += 7;
+    }
 
-// The decimal point and six digits of a value below 1,000,000.
-void WriteMillionths(Writer& out, uint32_t millionths) {
-    out.at[0] = '.';
-    for (int place = 6; place >= 1; --place) {
-        out.at[place] = static_cast<char>('0' + millionths % 10);
-        millionths /= 10;
+  private:
+    static size_t DigitCount(uint64_t value) {
+        size_t count = 1;
+        for (; value >= 10000; value /= 10000) {
+            count += 4;
+        }
+        return count + (value >= 10 ? 1 : 0) + (value >= 100 ? 1 : 0) + (value >= 1000 ? 1 : 0);
     }
-    out.at += 7;
-}
+};
 
 // `value` as printf writes it with "%f", whatever the locale says. Times of macros are far below 2^52 seconds and
 // have a fraction: for them the exact value in millionths is an integer product and a shift, rounded half to even.
@@ -65,42 +101,42 @@ void WriteSixDecimals(Writer& out, double value) {
     if (rest > half || (rest == half && (millionths & 1) != 0)) {
         ++millionths;
     }
-    out.Int(millionths == 1000000 ? whole + 1 : whole);
-    WriteMillionths(out, millionths == 1000000 ? 0 : millionths);
+    out.Unsigned(millionths == 1000000 ? whole + 1 : whole);
+    out.Millionths(millionths == 1000000 ? 0 : millionths);
 }
 
 void WriteDescription(Writer& out, const UnifiedEvent& event) {
     switch (event.type) {
     case EvAbsMove:
         out.Text("Abs Move to X:");
-        out.Int(event.x);
+        out.Signed(event.x);
         out.Text(" Y:");
-        out.Int(event.y);
+        out.Signed(event.y);
         break;
     case EvRelMove:
         out.Text("Rel Move dX:");
-        out.Int(event.x);
+        out.Signed(event.x);
         out.Text(" dY:");
-        out.Int(event.y);
+        out.Signed(event.y);
         break;
     case EvMouseButton:
         out.Text("Mouse Click at X:");
-        out.Int(event.x);
+        out.Signed(event.x);
         out.Text(" Y:");
-        out.Int(event.y);
+        out.Signed(event.y);
         break;
     case EvKey:
         out.Text("Keyboard VK: ");
-        out.Int(event.vk);
-        out.Text(event.down ? " (DOWN)" : " (UP)");
+        out.Unsigned(event.vk);
+        event.down ? out.Text(" (DOWN)") : out.Text(" (UP)");
         break;
     case EvScroll:
         out.Text("Mouse Scroll Delta: ");
-        out.Int(event.wheel);
+        out.Signed(event.wheel);
         break;
     case EvToolState:
-        out.Text(event.vk == kToolKeySpammer ? "Key Spammer " : "Autoclicker ");
-        out.Text(event.down ? "ON" : "OFF");
+        event.vk == kToolKeySpammer ? out.Text("Key Spammer ") : out.Text("Autoclicker ");
+        event.down ? out.Text("ON") : out.Text("OFF");
         break;
     default:
         break;
@@ -131,13 +167,19 @@ bool IsNear(const UnifiedEvent& a, const UnifiedEvent& b) {
 
 std::string MacroEventsJson(const std::vector<UnifiedEvent>& events) {
     std::string json;
+    BuildMacroEventsJson(events, json);
+    return json;
+}
+
+void BuildMacroEventsJson(const std::vector<UnifiedEvent>& events, std::string& json) {
+    json.clear();
     json.reserve(events.size() * kUsualEventJson + 2);
     json += '[';
     char buffer[kLongestEventJson];
     for (size_t i = 0; i < events.size(); ++i) {
         Writer out{buffer};
-        out.Text(i == 0 ? "{\"id\":" : ",{\"id\":");
-        out.Int(i);
+        i == 0 ? out.Text("{\"id\":") : out.Text(",{\"id\":");
+        out.Unsigned(i);
         out.Text(",\"time\":");
         WriteSixDecimals(out, events[i].time);
         out.Text(",\"desc\":\"");
@@ -146,7 +188,6 @@ std::string MacroEventsJson(const std::vector<UnifiedEvent>& events) {
         json.append(buffer, out.at);
     }
     json += ']';
-    return json;
 }
 
 std::string CurrentMacroEventsJson() {

@@ -10,6 +10,9 @@
 
 // The macro as the page's event list: [{"id":0,"time":0.000000,"desc":"..."},...]
 std::string MacroEventsJson(const std::vector<UnifiedEvent>& events);
+// The same in place of what `json` held. A text that is built again and again is built in memory that is already
+// there: for a large macro, getting it anew costs more than the building.
+void BuildMacroEventsJson(const std::vector<UnifiedEvent>& events, std::string& json);
 // Under macroMutex a copy of the current macro, then MacroEventsJson of it.
 std::string CurrentMacroEventsJson();
 std::string EventDescription(const UnifiedEvent& event);

@@ -58,7 +58,7 @@ void RefreshEventList() {
             events = profile->events;
         }
     }
-    eventList.text = MacroEventsJson(events);
+    BuildMacroEventsJson(events, eventList.text);
     eventList.mirrored = false;
 }
 
