@@ -39,7 +39,7 @@ test('a million calls leave nothing behind', async () => {
 test('the stand-in host keeps promises as the library does, so the test above can fail', async () => {
   const page = await pages.browser.newPage();
   const { readFileSync } = await import('node:fs');
-  await page.addInitScript(readFileSync(new URL('stand-in.js', import.meta.url), 'utf8'));
+  await page.addInitScript(readFileSync(new URL('stand-in.mjs', import.meta.url), 'utf8'));
   await page.goto('about:blank');
   await page.evaluate(async () => {
     for (let i = 0; i < 100; i++) await window.getSettings();

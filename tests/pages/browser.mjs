@@ -55,7 +55,7 @@ export class Pages {
     page.setDefaultTimeout(kDeadline);
     page.faults = [];
     page.on('pageerror', (error) => page.faults.push(String(error)));
-    const standIn = readFileSync(new URL('stand-in.js', import.meta.url), 'utf8');
+    const standIn = readFileSync(new URL('stand-in.mjs', import.meta.url), 'utf8');
     await page.addInitScript(`window.absentCommands = ${JSON.stringify(absent)};\n${standIn}\n{ ${before} }`);
     await page.goto('about:blank');
     await page.setContent(this.html);

@@ -126,7 +126,7 @@ test('the picked place is waited for in sight', async () => {
 test('an event is selected', async () => {
   const page = await pages.open({ before: kMacro });
   await page.locator('#events-4').click();
-  await page.locator('#panel-tracker').screenshot({ path: 'build/pages/event-selected.png' });
+  await picture(page, 'event-selected', { fullPage: true });
   await page.context().close();
 });
 

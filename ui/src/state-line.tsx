@@ -1,4 +1,4 @@
-import type { ComponentChildren } from 'preact';
+import { Fragment, type ComponentChildren } from 'preact';
 import { stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
 import { Button } from './components/button';
 import { KeyCap } from './components/key-cap';
@@ -107,20 +107,34 @@ function detail(running: Running[]): ComponentChildren {
   }
   if (running.length === 0) {
     const { hkAuto, hkKeySpam, hkRec, hkPlay } = status.value;
+    const pairs = [
+      [hkAuto, 'click'],
+      [hkKeySpam, 'press'],
+      [hkRec, 'record'],
+      [hkPlay, 'play'],
+    ] as const;
     return (
       <>
-        <KeyCap name={hkAuto} /> click <KeyCap name={hkKeySpam} /> press <KeyCap name={hkRec} /> record{' '}
-        <KeyCap name={hkPlay} /> play
+        {pairs.map(([key, word], i) => (
+          <Fragment key={word}>
+            {i > 0 && ' '}
+            <span class="state-line__pair">
+              <KeyCap name={key} /> {word}
+            </span>
+          </Fragment>
+        ))}
       </>
     );
   }
   const many = running.length > 1;
   return running.map((entry, i) => (
-    <span key={entry.word}>
+    <Fragment key={entry.word}>
       {i > 0 && ', '}
-      {entry.held && (i > 0 ? 'releasing ' : 'Releasing ')}
-      <KeyCap name={entry.key} /> {i === 0 && 'stops '}
-      {many ? entry.word.toLowerCase() : 'it'}
-    </span>
+      <span class="state-line__pair">
+        {entry.held && (i > 0 ? 'releasing ' : 'Releasing ')}
+        <KeyCap name={entry.key} /> {i === 0 && 'stops '}
+        {many ? entry.word.toLowerCase() : 'it'}
+      </span>
+    </Fragment>
   ));
 }

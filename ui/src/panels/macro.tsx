@@ -23,56 +23,79 @@ import './macro.css';
 export function MacroPanel() {
   const count = eventCount.value;
   const busy = recording.value || playing.value;
-  const counted = `${groupedNumber(count)} ${count === 1 ? 'event' : 'events'}`;
-  const length =
-    recording.value || count === 0 ? '' : `, ${groupedNumber(Number(macroLength.value.toFixed(3)))} s`;
   return (
-    <Panel id="panel-tracker" title="Macro" summary={counted + length}>
-      <div class="macro__transport" role="group" aria-label="Recording and playback">
-        <Button icon="record" disabled={busy} onPress={() => void startRecording()}>
-          Record
-        </Button>
-        <Button icon="plus" disabled={busy} onPress={() => void continueRecording()}>
-          Continue
-        </Button>
-        <Button
-          icon="undo"
-          disabled={busy || !status.value.canUndoContinue}
-          onPress={() => void undoContinue()}
-        >
-          Undo
-        </Button>
-        <Button
-          kind="primary"
-          icon="play"
-          disabled={busy || count === 0}
-          onPress={() => void startPlayback()}
-        >
-          Play
-        </Button>
-        <Button
-          kind="stop"
-          icon="stop"
-          disabled={!busy}
-          onPress={() => void (recording.value ? stopRecording() : stopPlayback())}
-        >
-          Stop
-        </Button>
-        {has('optimizeMacro') && (
-          <Button icon="thin" disabled={recording.value || count === 0} onPress={() => void optimiseMacro()}>
-            Optimise
+    <Panel id="panel-tracker" title="Macro" summary={macroSummary()} action={<Transport />}>
+      <div>
+        <div class="macro__more">
+          <Button icon="plus" disabled={busy} onPress={() => void continueRecording()}>
+            Continue
           </Button>
-        )}
+          <Button
+            icon="undo"
+            disabled={busy || !status.value.canUndoContinue}
+            onPress={() => void undoContinue()}
+          >
+            Undo
+          </Button>
+          {has('optimizeMacro') && (
+            <Button
+              icon="thin"
+              disabled={recording.value || count === 0}
+              onPress={() => void optimiseMacro()}
+            >
+              Optimise
+            </Button>
+          )}
+        </div>
+        <p class="group__hint macro__hint">
+          {count === 0
+            ? 'Record keeps what you do until you stop it.'
+            : 'Record starts over. Continue adds to these events.'}
+        </p>
       </div>
-      <p class="group__hint">
-        {count === 0
-          ? 'Record keeps what you do until you stop it.'
-          : 'Record starts over. Continue adds to these events.'}
-      </p>
       <PlaybackGroup />
       <RecordGroup />
       <EventList />
     </Panel>
+  );
+}
+
+function macroSummary(): string {
+  const count = eventCount.value;
+  const counted = `${groupedNumber(count)} ${count === 1 ? 'event' : 'events'}`;
+  if (recording.value || count === 0) return counted;
+  return `${counted}, ${groupedNumber(Number(macroLength.value.toFixed(2)))} s`;
+}
+
+// Each of the two turns into Stop while it runs, in its own place.
+function Transport() {
+  const stop = (onPress: () => Promise<boolean>) => (
+    <Button kind="stop" icon="stop" onPress={() => void onPress()}>
+      Stop
+    </Button>
+  );
+  return (
+    <div class="macro__transport" role="group" aria-label="Recording and playback">
+      {recording.value ? (
+        stop(stopRecording)
+      ) : (
+        <Button icon="record" disabled={playing.value} onPress={() => void startRecording()}>
+          Record
+        </Button>
+      )}
+      {playing.value ? (
+        stop(stopPlayback)
+      ) : (
+        <Button
+          kind="primary"
+          icon="play"
+          disabled={recording.value || eventCount.value === 0}
+          onPress={() => void startPlayback()}
+        >
+          Play
+        </Button>
+      )}
+    </div>
   );
 }
 

@@ -1,3 +1,4 @@
+import { useEffect, useRef } from 'preact/hooks';
 import {
   captureKey,
   changeHoldKeySpam,
@@ -80,6 +81,17 @@ function repeatHint(mode: number, times: number, chord: boolean): string {
   return `Stops by itself after ${groupedNumber(times)} ${times === 1 ? 'round' : 'rounds'}. ${round}`;
 }
 
+// Stands where the key will, and is brought in sight: there may be 256 before it.
+function NextKey() {
+  const item = useRef<HTMLLIElement>(null);
+  useEffect(() => item.current?.scrollIntoView({ block: 'nearest' }), []);
+  return (
+    <li class="targets__item" ref={item}>
+      <CaptureNote what="Press a key..." />
+    </li>
+  );
+}
+
 function TargetsGroup() {
   const { keySpamTargets, keySpamChord } = status.value;
   const waiting = reassigning.value === 'keyspamtarget';
@@ -100,13 +112,7 @@ function TargetsGroup() {
             </button>
           </li>
         ))}
-        {waiting ? (
-          <li class="targets__item">
-            <CaptureNote what="Press a key..." />
-          </li>
-        ) : (
-          keySpamTargets.length === 0 && <li class="targets__empty">No keys yet.</li>
-        )}
+        {waiting ? <NextKey /> : keySpamTargets.length === 0 && <li class="targets__empty">No keys yet.</li>}
       </ul>
       <div class="pair">
         <Button
