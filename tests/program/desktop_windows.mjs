@@ -10,6 +10,12 @@ export async function openDesktop() {
   if (!display || !process.env.WINEPREFIX) {
     throw new Error('no Wine desktop: run these tests by tests/program/run.sh windows BUILD_DIR');
   }
+  // Relative moves are exact only without the pointer's acceleration.
+  const speed = ['/v', 'MouseSpeed', '/d', '0', '/f'];
+  spawnSync('wine', ['reg', 'add', 'HKCU\\Control Panel\\Mouse', ...speed], {
+    stdio: 'ignore',
+    timeout: 30000,
+  });
   const hand = await openRealHand(display);
   await hand.moveTo(kScreen.width - 30, kScreen.height - 30);
   return {

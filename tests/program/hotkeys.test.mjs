@@ -2,8 +2,8 @@
 import assert from 'node:assert/strict';
 import { after, afterEach, before, test } from 'node:test';
 import { onWindows, openWorld } from './harness.mjs';
-import { waitUntil } from './processes.mjs';
-import { Button, Key } from './real_hand.mjs';
+import { kQuietMilliseconds, waitUntil } from './processes.mjs';
+import { Button, Key, pause } from './real_hand.mjs';
 
 const limit = { timeout: 120000 };
 
@@ -41,7 +41,7 @@ async function capture(what, press, done) {
 
 test('in hold mode the tool runs while the hotkey is held', limit, async () => {
   await begin();
-  await program.choose('Clicker hotkey', 'Runs while held', program.panel('Clicker'));
+  await program.choose('Clicker hotkey', 'Hold to run', program.panel('Clicker'));
   await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
   await hand.keyDown(Key.F6);
   await clicking(true);
@@ -64,7 +64,7 @@ test('holding a toggle hotkey does not flip it again', limit, async () => {
   await waitUntil(() => observer.presses().length > 80, 'it clicks on');
   assert.equal(program.status().autoClicking, true);
   await hand.keyUp(Key.F6);
-  await observer.settle();
+  await pause(kQuietMilliseconds);
   assert.equal(program.status().autoClicking, true);
   await hand.tap(Key.F6);
   await clicking(false);

@@ -56,7 +56,7 @@ test('everything is back after closing and starting again', limit, async () => {
   );
   await program.enter('Click interval: milliseconds', 37, program.panel('Clicker'));
   await program.choose('Mouse button', 'Middle', program.panel('Clicker'));
-  await program.choose('Key presser hotkey', 'Runs while held', program.panel('Key presser'));
+  await program.choose('Key presser hotkey', 'Hold to run', program.panel('Key presser'));
   await program.enter('Playback speed', 2);
   await program.toggle('Wheel', false);
   await program.waitForSettings(
@@ -203,7 +203,7 @@ test('killed while hotkeys are held, input is free again', limit, async () => {
   const installation = install();
   const program = await world.startProgram({ installation });
   const observer = await openObserver();
-  await program.choose('Clicker hotkey', 'Runs while held', program.panel('Clicker'));
+  await program.choose('Clicker hotkey', 'Hold to run', program.panel('Clicker'));
   await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
   await hand.keyDown(Key.F6);
   await program.waitForStatus((s) => s.autoClicking, 'it clicks');
