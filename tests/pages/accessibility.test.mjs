@@ -31,7 +31,7 @@ for (const [name, script] of Object.entries(states)) {
       (one) => `${one.impact} ${one.id}: ${one.nodes.map((node) => node.html).join(' | ')}`,
     );
     assert.deepEqual(told, []);
-    await page.context().close();
+    await pages.close(page);
   });
 }
 
@@ -130,7 +130,7 @@ for (const [name, script] of Object.entries(states)) {
       found.filter(([, ratio, least]) => ratio < least),
       [],
     );
-    await page.context().close();
+    await pages.close(page);
   });
 }
 
@@ -145,7 +145,7 @@ test('every target is at least 24 by 24 pixels', async () => {
       .map(([name, box]) => `${name}: ${box.width} x ${box.height}`),
   );
   assert.deepEqual(small, []);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('by keyboard alone: every control is reached, in order, with a ring to see', async () => {
@@ -207,7 +207,7 @@ test('by keyboard alone: every control is reached, in order, with a ring to see'
   ]) {
     assert.ok(reached.includes(name), `${name} in ${reached.join(', ')}`);
   }
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('by keyboard alone: set an interval, choose, start and stop, retime and delete', async () => {
@@ -254,7 +254,7 @@ test('by keyboard alone: set an interval, choose, start and stop, retime and del
   await button(page, 'Stop clicking').waitFor();
   await page.keyboard.press('Enter');
   await expectCall(page, 'stopSpammer');
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the state is a live region that stays, and a failure is an alert', async () => {
@@ -263,7 +263,7 @@ test('the state is a live region that stays, and a failure is an alert', async (
   await button(page, 'Start clicking').click();
   await page.waitForFunction(() => window.kept.isConnected && window.kept.innerText.includes('Clicking'));
   assert.equal(await page.locator('[role=alert]').count(), 1, 'there before there is anything to say');
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('no motion for those who want none', async () => {
@@ -277,7 +277,7 @@ test('no motion for those who want none', async () => {
       }).length,
   );
   assert.equal(moving, 0);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('no browser menu but where text is edited', async () => {
@@ -292,11 +292,11 @@ test('no browser menu but where text is edited', async () => {
   assert.equal(await prevented('.button'), true);
   assert.equal(await prevented('.toggle input'), true);
   assert.equal(await prevented('input[type=text]'), false);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('words stay readable at twice the size', async () => {
   const page = await pages.open({ viewport: { width: 420, height: 560 }, context: { deviceScaleFactor: 2 } });
   assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= 420);
-  await page.context().close();
+  await pages.close(page);
 });

@@ -33,7 +33,7 @@ test('a million calls leave nothing behind', async () => {
     0,
     "the library's table stays empty",
   );
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the stand-in host keeps promises as the library does, so the test above can fail', async () => {
@@ -73,5 +73,5 @@ test('answers: nothing, JSON, a refusal, a text that is no JSON, an unknown call
     ['rejected', 'Error: The answer could not be read.'],
     ['rejected', 'no'],
   ]);
-  await page.context().close();
+  await pages.close(page);
 });

@@ -36,10 +36,13 @@ export async function importSource(path) {
   return import(`data:text/javascript;base64,${text}`);
 }
 
+const standIn = readFileSync(new URL('stand-in.mjs', import.meta.url), 'utf8');
+
 export class Pages {
   static async start(options = {}) {
     const pages = new Pages();
     pages.html = builtPage();
+    pages.idle = [];
     pages.browser = await chromium.launch({
       executablePath: '/usr/bin/chromium',
       args: ['--no-sandbox', '--js-flags=--expose-gc'],
@@ -48,19 +51,32 @@ export class Pages {
     return pages;
   }
 
-  // `before` runs in the page with the host at hand, before the page's own script.
-  async open({ before = '', absent = [], viewport = { width: 420, height: 560 }, context = {} } = {}) {
+  // `before` runs in the page with the host at hand, before the page's own script. A plain page is one that was used
+  // before, with everything of its former life gone: opening a new one costs more than most tests.
+  async open({ before = '', absent = [], viewport, context } = {}) {
+    const plain = !viewport && !context;
+    const page = (plain && this.idle.pop()) || (await this.newPage(viewport, context));
+    page.plain = plain;
+    page.faults.length = 0;
+    await page.goto('about:blank');
+    await page.evaluate(`window.absentCommands = ${JSON.stringify(absent)};\n${standIn}\n{ ${before} }`);
+    await page.setContent(this.html);
+    await page.waitForFunction(() => host.polls > 0 && host.inFlight === 0);
+    return page;
+  }
+
+  async newPage(viewport = { width: 420, height: 560 }, context = {}) {
     const owner = await this.browser.newContext({ viewport, ...context });
     const page = await owner.newPage();
     page.setDefaultTimeout(kDeadline);
     page.faults = [];
     page.on('pageerror', (error) => page.faults.push(String(error)));
-    const standIn = readFileSync(new URL('stand-in.mjs', import.meta.url), 'utf8');
-    await page.addInitScript(`window.absentCommands = ${JSON.stringify(absent)};\n${standIn}\n{ ${before} }`);
-    await page.goto('about:blank');
-    await page.setContent(this.html);
-    await page.waitForFunction(() => host.polls > 0 && host.inFlight === 0);
     return page;
+  }
+
+  async close(page) {
+    if (page.plain) this.idle.push(page);
+    else await page.context().close();
   }
 
   async stop() {

@@ -92,7 +92,7 @@ describe('what a control sends', { concurrency: 6 }, () => {
       await settled(page);
       assert.deepEqual(await callsOf(page, name), [argument]);
       assert.deepEqual(page.faults, []);
-      await page.context().close();
+      await pages.close(page);
     });
   }
 });
@@ -131,7 +131,7 @@ test('the settings of the program are shown', async () => {
     ...['Loop', 'Raw moves'],
   ]);
   assert.ok(await page.getByText('Fixed place: X -640, Y 360').isVisible());
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a number is sent when typing rests, when the field is left, and once', async () => {
@@ -149,7 +149,7 @@ test('a number is sent when typing rests, when the field is left, and once', asy
   await button(page, 'Start clicking').click();
   await settled(page);
   assert.equal((await callsOf(page, 'updateSpammer')).length, 2);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a number typed just before a start is sent before it', async () => {
@@ -160,7 +160,7 @@ test('a number typed just before a start is sent before it', async () => {
   await expectCall(page, 'startSpammer');
   const names = await page.evaluate(() => host.calls.map(([name]) => name));
   assert.deepEqual(names.slice(0, 2), ['updateSpammer', 'startSpammer']);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the arrow keys step a number, onto the grid of the step', async () => {
@@ -175,7 +175,7 @@ test('the arrow keys step a number, onto the grid of the step', async () => {
     (await callsOf(page, 'updateTracker')).map((text) => text.split(',')[5]),
     ['1.25', '1', '0.75'],
   );
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('profiles: add, switch, clear, delete', async () => {
@@ -207,7 +207,7 @@ test('profiles: add, switch, clear, delete', async () => {
   assert.equal(await select.locator('option').count(), 1);
   assert.ok(await button(page, 'Delete profile').isDisabled(), 'the default profile stays');
   assert.deepEqual(page.faults, []);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('names that the program would change are explained and not sent', async () => {
@@ -222,7 +222,7 @@ test('names that the program would change are explained and not sent', async () 
   assert.deepEqual(await callsOf(page, 'addProfile'), []);
   await name.fill('Default Tracking Profile');
   assert.ok(await page.getByText('There is a profile of this name already.').isVisible());
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the large Stop stops what runs and nothing else', async () => {
@@ -238,7 +238,7 @@ test('the large Stop stops what runs and nothing else', async () => {
     'stopKeySpam',
   ]);
   assert.equal(await button(page, 'Stop everything').count(), 0);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a capture shows where the key goes, and keeps the other buttons still', async () => {
@@ -258,7 +258,7 @@ test('a capture shows where the key goes, and keeps the other buttons still', as
   await change(page, "host.status.reassigning = ''; host.status.hkPlay = 'Num 5'");
   assert.equal(await note.count(), 0);
   assert.ok(await page.locator('#panel-ui').getByText('Num 5').isVisible());
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a pick ends with the new place, or with a press that reaches the page', async () => {
@@ -277,5 +277,5 @@ test('a pick ends with the new place, or with a press that reaches the page', as
   const asked = (await callsOf(page, 'getSettings')).length;
   await settled(page);
   assert.equal((await callsOf(page, 'getSettings')).length, asked, 'the settings are not asked for any more');
-  await page.context().close();
+  await pages.close(page);
 });

@@ -66,7 +66,7 @@ test('a million events: only the rows in sight are drawn, wherever the list stan
   assert.ok((await nodes()) < 80);
   await picture(page, 'million-events', { fullPage: true });
   assert.deepEqual(page.faults, []);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the keyboard reaches every row of a million', async () => {
@@ -95,7 +95,7 @@ test('the keyboard reaches every row of a million', async () => {
     }, id);
     assert.ok(inSight, `${key}: ${await active()} in sight`);
   }
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('one edit of a large macro does not fetch it again', async () => {
@@ -113,7 +113,7 @@ test('one edit of a large macro does not fetch it again', async () => {
   );
   assert.ok(await page.getByText('199,999 events').first().isVisible());
   assert.equal((await callsOf(page, 'getMacroEvents')).length, 1);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('retime: the selected event, in seconds, to the microsecond', async () => {
@@ -143,7 +143,7 @@ test('retime: the selected event, in seconds, to the microsecond', async () => {
   }
   await settled(page);
   assert.equal((await callsOf(page, 'updateEventTime')).length, 2);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('delete: by button and key, and the selection stays where it was', async () => {
@@ -160,7 +160,7 @@ test('delete: by button and key, and the selection stays where it was', async ()
   await settled(page);
   assert.ok(await page.getByText('What you record is listed here').isVisible());
   assert.ok(await button(page, 'Delete event').isDisabled());
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a refused edit shows the list as the program holds it', async () => {
@@ -170,7 +170,7 @@ test('a refused edit shows the list as the program holds it', async () => {
   await button(page, 'Delete event').click();
   await page.getByText('Varnelle could not delete the event (busy).').waitFor();
   assert.equal(await page.locator('#events').getByRole('option').count(), 3);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the events of a recording are shown when it has ended', async () => {
@@ -181,7 +181,7 @@ test('the events of a recording are shown when it has ended', async () => {
   await change(page, "host.events = [{ time: 0, desc: 'Mouse Scroll Delta: -120' }]");
   await change(page, "host.status.state = 'Idle'");
   await page.getByText('Wheel down 120').waitFor();
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('words of the events', async () => {

@@ -50,7 +50,7 @@ describe('a bad number is not sent', { concurrency: 4 }, () => {
       await page.getByRole('button', { name: `${name}: more`, exact: true }).click();
       assert.equal(await field.getAttribute('aria-invalid'), 'false');
       assert.deepEqual(page.faults, []);
-      await page.context().close();
+      await pages.close(page);
     });
   }
 });

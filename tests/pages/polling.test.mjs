@@ -42,7 +42,7 @@ test('about eight polls a second, fewer when nobody can see the page, at once wh
   await hide(page, false);
   const again = await medianPause(page, 5);
   assert.ok(again * 2 < hidden, `${again} ms`);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('one poll in flight, also when the program is slow and buttons are pressed', async () => {
@@ -55,7 +55,7 @@ test('one poll in flight, also when the program is slow and buttons are pressed'
   assert.equal(await page.evaluate(() => host.mostInFlight), 1);
   // A program that needs 200 ms for a poll gets as long a pause after it.
   assert.ok((await medianPause(page, 4)) >= 350);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a program that stops answering is said to', async () => {
@@ -65,7 +65,7 @@ test('a program that stops answering is said to', async () => {
   const polls = await page.evaluate(() => host.polls);
   await page.evaluate(() => new Promise((done) => setTimeout(done, 500)));
   assert.equal(await page.evaluate(() => host.polls), polls, 'no further poll while one is out');
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a refused poll is no alarm, and the next one mends it', async () => {
@@ -75,7 +75,7 @@ test('a refused poll is no alarm, and the next one mends it', async () => {
   assert.equal(await page.getByRole('alert').innerText(), '');
   await page.evaluate(() => delete host.failing.getTrackerStatus);
   await page.getByText('Idle', { exact: true }).waitFor();
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the shorter report of a panel without a program is accepted', async () => {
@@ -84,7 +84,7 @@ test('the shorter report of a panel without a program is accepted', async () => 
   assert.ok(await page.getByText('The hotkey lock is off.').isVisible());
   assert.ok(await button(page, 'Undo').isDisabled());
   assert.deepEqual(page.faults, []);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a page with few bound functions works with what there is', async () => {
@@ -105,7 +105,7 @@ test('a page with few bound functions works with what there is', async () => {
   await button(page, 'Start clicking').click();
   await button(page, 'Stop clicking').waitFor();
   assert.deepEqual(page.faults, []);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('reports that are no reports do no harm', async () => {
@@ -117,7 +117,7 @@ test('reports that are no reports do no harm', async () => {
   await settled(page);
   await page.getByText('Idle', { exact: true }).waitFor();
   assert.deepEqual(page.faults, []);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the events are asked for when the macro has changed, and not at each poll', async () => {
@@ -157,7 +157,7 @@ test('the events are asked for when the macro has changed, and not at each poll'
   await change(page, "host.status.state = 'Idle'; host.events[0].desc = 'Keyboard VK: 65 (UP)'");
   assert.equal(await asked(), 7);
   await page.getByText('Key A up').waitFor();
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('an event list that cannot be read is asked for again only when the count changes', async () => {
@@ -171,7 +171,7 @@ test('an event list that cannot be read is asked for again only when the count c
   await page.evaluate(() => delete host.failing.getMacroEvents);
   await change(page, "host.events.push({ time: 1, desc: '' })");
   await page.locator('#events').getByRole('option').nth(1).waitFor();
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a failed command is said once, calmly, and the page shows what the program holds', async () => {
@@ -193,7 +193,7 @@ test('a failed command is said once, calmly, and the page shows what the program
   await settled(page);
   assert.equal(await page.getByRole('alert').innerText(), '');
   assert.deepEqual(page.faults, []);
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('a late answer about the settings does not undo what the person has set meanwhile', async () => {
@@ -201,5 +201,5 @@ test('a late answer about the settings does not undo what the person has set mea
   await page.getByLabel('Right', { exact: true }).click();
   await settled(page);
   assert.ok(await page.getByLabel('Right', { exact: true }).isChecked());
-  await page.context().close();
+  await pages.close(page);
 });

@@ -83,7 +83,7 @@ describe('states', { concurrency: 4 }, () => {
       const sideways = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
       assert.ok(sideways <= 0, 'nothing reaches over the side');
       assert.deepEqual(page.faults, []);
-      await page.context().close();
+      await pages.close(page);
     });
   }
 });
@@ -93,7 +93,7 @@ test('a bad number is explained in the line under its group', async () => {
   await page.getByRole('textbox', { name: 'Click interval: milliseconds' }).fill('5.5');
   await page.getByText('Milliseconds: a whole number, 0 to 2,147,483,647.').waitFor();
   await picture(page, 'bad-number');
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('steps of the profile panel', async () => {
@@ -111,7 +111,7 @@ test('steps of the profile panel', async () => {
   await button(page, 'Clear now').click();
   await page.getByText('Varnelle could not clear the profile.').waitFor();
   await picture(page, 'failure');
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the picked place is waited for in sight', async () => {
@@ -120,14 +120,14 @@ test('the picked place is waited for in sight', async () => {
   await page.getByText('Click anywhere on the screen').waitFor();
   assert.equal(await stateText(page), 'Idle Click the place on the screen. Right-click cancels.');
   await picture(page, 'picking', { fullPage: true });
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('an event is selected', async () => {
   const page = await pages.open({ before: kMacro });
   await page.locator('#events-4').click();
   await picture(page, 'event-selected', { fullPage: true });
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('collapsed, all five panels fit the window', async () => {
@@ -142,7 +142,7 @@ test('collapsed, all five panels fit the window', async () => {
   assert.ok(height <= 560, `${height} px`);
   assert.ok(await button(page, 'Start clicking').isVisible());
   await picture(page, 'collapsed');
-  await page.context().close();
+  await pages.close(page);
 });
 
 for (const [width, height] of [
@@ -165,7 +165,7 @@ for (const [width, height] of [
     );
     assert.deepEqual(clipped, [], 'no words are cut off');
     assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= width);
-    await page.context().close();
+    await pages.close(page);
   });
 }
 
@@ -222,7 +222,7 @@ test('nothing moves when the state changes', async () => {
   await page.keyboard.press('Escape');
   await button(page, 'Clear profile').click();
   assert.deepEqual(await places(), still, 'clear profile');
-  await page.context().close();
+  await pages.close(page);
 });
 
 test('the state line stays at the top while the page scrolls', async () => {
@@ -233,5 +233,5 @@ test('the state line stays at the top while the page scrolls', async () => {
   assert.equal(box.y, 0);
   assert.ok(await button(page, 'Stop everything').isVisible());
   await picture(page, 'scrolled');
-  await page.context().close();
+  await pages.close(page);
 });

@@ -1,4 +1,4 @@
-import { useEffect, useRef, useState } from 'preact/hooks';
+import { useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
 import { Button } from '../components/button';
 import { groupedNumber } from '../components/numbers';
@@ -105,7 +105,7 @@ function Confirm(props: {
   onDone: () => void;
 }) {
   const cancel = useRef<HTMLButtonElement>(null);
-  useEffect(() => cancel.current?.focus(), []);
+  useLayoutEffect(() => cancel.current?.focus(), []);
   return (
     <div
       class="profile__confirm"
@@ -130,7 +130,7 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
   const input = useRef<HTMLInputElement>(null);
   const [name, setName] = useState('');
   const [tried, setTried] = useState(false);
-  useEffect(() => input.current?.focus(), []);
+  useLayoutEffect(() => input.current?.focus(), []);
   const error = nameError(name);
   const known = names.includes(name.trim());
   const add = () => {
