@@ -112,5 +112,7 @@ export const button = (page, name) => page.getByRole('button', { name, exact: tr
 
 export async function picture(page, name, options = {}) {
   mkdirSync(pictures, { recursive: true });
+  // The state line sticks to the top of what is in sight, which in a picture of everything is the top.
+  if (options.fullPage) await page.evaluate(() => scrollTo(0, 0));
   await page.screenshot({ path: join(pictures, `${name}.png`), ...options });
 }

@@ -263,7 +263,7 @@ test('a capture shows where the key goes, and keeps the other buttons still', as
 
 test('a pick ends with the new place, or with a press that reaches the page', async () => {
   const page = await pages.open();
-  const waiting = page.getByText('Click anywhere on the screen');
+  const waiting = page.getByText('Click the place. Right-click cancels.');
   await button(page, 'Pick location').click();
   await waiting.waitFor();
   await page.evaluate(() => Object.assign(host.settings, { locMode: 1, fixedX: 640, fixedY: 360 }));

@@ -117,7 +117,7 @@ test('steps of the profile panel', async () => {
 test('the picked place is waited for in sight', async () => {
   const page = await pages.open();
   await button(page, 'Pick location').click();
-  await page.getByText('Click anywhere on the screen').waitFor();
+  await page.getByText('Click the place. Right-click cancels.').waitFor();
   assert.equal(await stateText(page), 'Idle Click the place on the screen. Right-click cancels.');
   await picture(page, 'picking', { fullPage: true });
   await pages.close(page);
@@ -217,6 +217,9 @@ test('nothing moves when the state changes', async () => {
     assert.deepEqual(await places(), still, `${name} explained`);
     await field.press('Escape');
   }
+  await button(page, 'Pick location').click();
+  await page.getByText('Click the place. Right-click cancels.').waitFor();
+  assert.deepEqual(await places(), still, 'picking');
   await button(page, 'New profile').click();
   assert.deepEqual(await places(), still, 'new profile');
   await page.keyboard.press('Escape');

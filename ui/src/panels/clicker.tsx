@@ -99,9 +99,7 @@ function PlaceGroup() {
       hintId="click-place-hint"
       hint={
         picking.value ? (
-          <span class="clicker__waiting">
-            Click anywhere on the screen to set the place. Right-click cancels.
-          </span>
+          <span class="clicker__waiting">Click the place. Right-click cancels.</span>
         ) : (
           `Fixed place: X ${fixedX}, Y ${fixedY}`
         )
