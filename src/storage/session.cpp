@@ -29,14 +29,26 @@ constexpr std::string_view kProfileSettingsPrefix = "PROFILESETTINGS:";
 enum class SaveStage { Idle, Saving, SavingAndWantedAgain };
 std::atomic<SaveStage> saveStage{SaveStage::Idle};
 
-struct StoreCopy {
-    std::vector<Profile> profiles;
+// What a save works in. Kept from one save to the next, since new memory costs the system several times as much as the
+// copy itself: for a large macro that would be most of a save. Belongs to the save under way.
+struct SaveBuffers {
+    std::vector<Profile> profiles;  // copy of the store
     int32_t currentProfile = 0;
+    std::string text;  // of the file
 };
+SaveBuffers saveBuffers;
 
-// Makes room for a copy of the store, so that the copy itself is no more than moving bytes: new memory costs the
-// system several times as much, and the hook thread would wait for it. False if the lock is held.
-bool PrepareCopy(StoreCopy* copy) {
+// A macro that was large once does not keep its memory for ever.
+template <typename Buffer> void LetGoIfOversized(Buffer& buffer, size_t needed) {
+    constexpr size_t kSpare = 65536;
+    if (buffer.capacity() / 4 > needed + kSpare) {
+        buffer = Buffer();
+    }
+}
+
+// Makes room for a copy of the store, so that the hook thread never waits for memory while the copy is made. False if
+// the lock is held.
+bool PrepareCopy(SaveBuffers* copy) {
     std::vector<size_t> eventCounts;
     if (!macroMutex.TryLock()) {
         return false;
@@ -49,17 +61,19 @@ bool PrepareCopy(StoreCopy* copy) {
         eventCounts.clear();
     }
     macroMutex.Unlock();
-    for (const size_t count : eventCounts) {
+    copy->profiles.resize(eventCounts.size());
+    for (size_t i = 0; i < eventCounts.size(); ++i) {
         constexpr size_t kGrowth = 64;  // a recording may go on meanwhile
-        std::vector<UnifiedEvent>& events = copy->profiles.emplace_back().events;
-        events.reserve(count + kGrowth);
-        events.resize(count);
+        std::vector<UnifiedEvent>& events = copy->profiles[i].events;
+        LetGoIfOversized(events, eventCounts[i]);
+        events.reserve(eventCounts[i] + kGrowth);
+        events.resize(eventCounts[i]);
     }
     return true;
 }
 
 // False: the lock is held, or memory has run out.
-bool CopyStore(StoreCopy* copy) {
+bool CopyStore(SaveBuffers* copy) {
     if (!PrepareCopy(copy) || !macroMutex.TryLock()) {
         return false;
     }
@@ -74,9 +88,10 @@ bool CopyStore(StoreCopy* copy) {
     return copied;
 }
 
-std::string SessionText(std::string settingsLine, const StoreCopy& store) {
+void AppendSession(std::string& text, const std::string& settingsLine, const SaveBuffers& store) {
     const std::string_view lineEnd = TextLineEnd();
-    std::string text = std::move(settingsLine);
+    text += kSettingsPrefix;
+    text += settingsLine;
     text += lineEnd;
     text += kCurrentPrefix;
     AppendInt(text, store.currentProfile);
@@ -92,17 +107,18 @@ std::string SessionText(std::string settingsLine, const StoreCopy& store) {
         }
         AppendEventLines(text, profile.events);
     }
-    return text;
 }
 
 void SaveOnce() {
     try {
-        std::string settingsLine = std::string(kSettingsPrefix) + BuildSettingsLine();
-        StoreCopy store;
-        if (CopyStore(&store)) {
-            const std::string text = SessionText(std::move(settingsLine), store);
+        const std::string settingsLine = BuildSettingsLine();
+        if (CopyStore(&saveBuffers)) {
+            std::string& text = saveBuffers.text;
+            text.clear();
+            AppendSession(text, settingsLine, saveBuffers);
             CreateDataFolder();
             WriteFileBytes(SessionPath(), text);
+            LetGoIfOversized(text, text.size());
         }
     } catch (const std::bad_alloc&) {
         // The file keeps the last good state.

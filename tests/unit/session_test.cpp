@@ -99,6 +99,24 @@ TEST_F(SessionTest, AnEmptyStoreIsSavedWithoutProfiles) {
     EXPECT_FALSE(LoadSession());
 }
 
+// A save works in memory that an earlier one has left behind.
+TEST_F(SessionTest, NothingOfAnEarlierSaveShowsInALaterOne) {
+    SetStore({{"Large", "1,2", std::vector<UnifiedEvent>(400000)},
+              {"Second", "3,4", std::vector<UnifiedEvent>(3)}},
+             1);
+    SaveSession();
+    EXPECT_GT(ReadFile(SessionPath()).size(), 400000U * 16);
+    SetStore({{"Small", "", {{EvKey, 1, 0, 0, 0, 65, true, 0}}}}, 0);
+    SaveSession();
+    EXPECT_TRUE(
+        ReadFile(SessionPath()).ends_with(LineEnded({"CURRENT:0", "PROFILE:Small", "3,1,0,0,0,65,1,0"})));
+    SetStore({{"A", "", {}}, {"B", "5", std::vector<UnifiedEvent>(1)}}, 0);
+    SaveSession();
+    EXPECT_TRUE(ReadFile(SessionPath())
+                    .ends_with(LineEnded(
+                        {"CURRENT:0", "PROFILE:A", "PROFILE:B", "PROFILESETTINGS:5", "0,0,0,0,0,0,0,0"})));
+}
+
 TEST_F(SessionTest, ASaveGivesUpWhileTheLockIsHeld) {
     SetStore({{"One", "", {}}}, 0);
     {
