@@ -48,9 +48,10 @@ std::string RigFolder() {
     return folder.path;
 }
 
-void BeginRig(const SimOptions& options) {
+void BeginRig(const SimOptions& options, bool hooks) {
     ResetEngineState();
     SimBegin(options);
+    SimRefuseHooks(!hooks);
     SimSetDataFolderRoot(RigFolder());
     {
         MutexLock lock(macroMutex);

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-// Starts the engines in a fresh state; on return all threads wait.
-void BeginRig(const SimOptions& options = {});
+// Starts the engines in a fresh state; on return all threads wait. `hooks` false: the system refuses them.
+void BeginRig(const SimOptions& options = {}, bool hooks = true);
 // Shuts them down as the master does. Empty, or what still waits.
 std::string EndRig();
 

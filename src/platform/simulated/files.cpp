@@ -100,7 +100,11 @@ void SimFailFileOperation(int number) {
 }
 
 void SimFailPath(const std::string& path) {
-    state.failingPaths.insert(path);
+    if (path.empty()) {
+        state.failingPaths.clear();
+    } else {
+        state.failingPaths.insert(path);
+    }
 }
 
 int SimFileOperations() {

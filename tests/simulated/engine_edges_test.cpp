@@ -1,0 +1,293 @@
+// What the engines do at their limits, where a script would say less than code.
+#include "simulated/engine_rig.h"
+
+#include "engines/autoclicker.h"
+#include "engines/dispatcher.h"
+#include "engines/editor_notice.h"
+#include "engines/injection.h"
+#include "engines/key_spammer.h"
+#include "engines/recorder.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/hooks.h"
+#include "platform/threads.h"
+#include "platform/wake.h"
+#include "storage/data_folder.h"
+#include "storage/session.h"
+
+#include <limits>
+
+namespace {
+
+std::vector<InputRecord> Sent() {
+    std::vector<InputRecord> records;
+    for (const SimSent& sent : SimSentLog()) {
+        records.push_back(sent.record);
+    }
+    return records;
+}
+
+using Edges = EngineTest;
+
+TEST_F(Edges, NoRecordCarriesAMarkATimeOrAVirtualKey) {
+    MoveMouseAbsolute(0, 0);
+    MoveMouseAbsolute(1919, 1079);
+    MoveMouseAbsolute(960, 540);
+    MoveMouseRelative(-5, 7);
+    SendMouseFlags(kMouseMiddleDown);
+    SendWheel(-120);
+    SendKey(46, false);
+    SendKey('A', true);
+    SendKey(163, true);
+    const std::vector<InputRecord> sent = Sent();
+    ASSERT_EQ(sent.size(), 9U);
+    for (const InputRecord& record : sent) {
+        EXPECT_EQ(record.dwExtraInfo, 0U);
+        EXPECT_EQ(record.time, 0U);
+        EXPECT_EQ(record.wVk, 0);
+    }
+    EXPECT_EQ(sent[0].dx, 0);
+    EXPECT_EQ(sent[0].dwFlags, 32769U);
+    EXPECT_EQ(sent[1].dx, 65501);
+    EXPECT_EQ(sent[1].dy, 65475);
+    EXPECT_EQ(sent[2].dx, 32768);
+    EXPECT_EQ(sent[3].dwFlags, 1U);
+    EXPECT_EQ(sent[4].dwFlags, 32U);
+    EXPECT_EQ(sent[5].mouseData, 0xFFFFFF88U);
+    EXPECT_EQ(sent[6].dwFlags, 11U);
+    EXPECT_EQ(sent[7].dwFlags, 8U);
+    EXPECT_EQ(sent[8].dwFlags, 8U);
+}
+
+TEST_F(Edges, ScreenSizeIsReadAtEachMove) {
+    MoveMouseAbsolute(500, 500);
+    SimSetScreen(1000, 1000);
+    MoveMouseAbsolute(500, 500);
+    EXPECT_EQ(Sent()[0].dx, (500 << 16) / 1920);
+    EXPECT_EQ(Sent()[1].dx, 32768);
+    EXPECT_EQ(Sent()[1].dy, 32768);
+}
+
+TEST_F(Edges, AFullTargetListDropsTheKey) {
+    SetRigTargets(std::vector<uint32_t>(256, 'A'));
+    RigPage("reassignKey", "keyspamtarget");
+    SimKey('B', true);
+    SimSettle();
+    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 256);
+    EXPECT_EQ(keySpamSettings.keySpamTargets[255], 65U);
+    EXPECT_EQ(engineState.reassignTarget, 0U);
+    RigPage("removeKeySpamTarget", "0");
+    RigPage("reassignKey", "keyspamtarget");
+    SimKey('C', true);
+    SimSettle();
+    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 256);
+    EXPECT_EQ(keySpamSettings.keySpamTargets[255], 67U);
+}
+
+TEST_F(Edges, AChordOfAllTargetsIsReleasedToTheLast) {
+    SetRigTargets(std::vector<uint32_t>(256, 'A'));
+    keySpamSettings.keySpamChord = true;
+    RigPage("startKeySpam");
+    SimSettle();
+    EXPECT_EQ(SimSentCount(kInputKeyboard, 8), 256U);
+    EXPECT_EQ(SimSentCount(kInputKeyboard, 10), 256U);
+    RigPage("stopKeySpam");
+    SimSettle();
+    EXPECT_EQ(SimSentCount(kInputKeyboard, 10), 512U);
+}
+
+int notices = 0;
+void CountNotice(bool wait) {
+    EXPECT_TRUE(wait);
+    ++notices;
+}
+
+TEST_F(Edges, TheEditorHearsOfEachRunOfTheKeySpammerAndEachRoundOfThePlayback) {
+    notices = 0;
+    editorBusyNotice = CountNotice;
+    RigPage("startSpammer");
+    SimRunFor(20);
+    EXPECT_EQ(notices, 0);
+    RigPage("startKeySpam");
+    SimRunFor(100);
+    EXPECT_EQ(notices, 1);
+    RigPage("stopKeySpam");
+    SimSettle();
+    RigPage("startKeySpam");
+    SimSettle();
+    EXPECT_EQ(notices, 2);
+    RigPage("stopKeySpam");
+    SimSettle();
+    RigPage("startPlayback");  // empty: nothing to be busy with
+    SimSettle();
+    EXPECT_EQ(notices, 2);
+    trackerSettings.tloop = true;
+    trackerSettings.tloopMs = 10;
+    SetRigMacro({KeyEvent(0, 'A', true)});
+    RigPage("startPlayback");
+    SimRunFor(25);
+    EXPECT_EQ(notices, 5);
+}
+
+// The spammer's first round waits for the editor; the run goes on when it has answered.
+TEST_F(Edges, ASlowEditorDelaysTheFirstRoundOnly) {
+    editorBusyNotice = [](bool) { SleepMilliseconds(500); };
+    keySpamSettings.ksms = 100;
+    RigPage("startKeySpam");
+    SimRunFor(499.9);
+    EXPECT_EQ(SimSentCount(), 0U);
+    SimRunFor(200.1);
+    EXPECT_EQ(SimSentLog()[0].ticks, 500 * kSimTicksPerMillisecond);
+    EXPECT_EQ(SimSentCount(), 6U);
+}
+
+TEST_F(Edges, AKeyReplacedInAChordIsReleasedAsPressed) {
+    SetRigTargets({'A', 'B'});
+    keySpamSettings.keySpamChord = true;
+    SimOnSent([](const SimSent& sent) {
+        if (sent.record.wScan == ScanCodeOfKey('B') && sent.record.dwFlags == 8) {
+            keySpamSettings.keySpamTargets[0] = 'C';
+        }
+    });
+    RigPage("startKeySpam");
+    SimSettle();
+    const std::vector<InputRecord> sent = Sent();
+    ASSERT_EQ(sent.size(), 4U);
+    EXPECT_EQ(sent[2].wScan, ScanCodeOfKey('A'));
+    EXPECT_EQ(sent[3].wScan, ScanCodeOfKey('B'));
+    SimRunFor(5);
+    EXPECT_EQ(Sent()[4].wScan, ScanCodeOfKey('C'));  // the slot has noticed the new key
+}
+
+TEST_F(Edges, SpeedIsReadForEachEventAndInfinityIsNeverReached) {
+    SetRigMacro({KeyEvent(std::numeric_limits<double>::infinity(), 'A', true)});
+    RigPage("startPlayback");
+    SimRunFor(100000);
+    EXPECT_TRUE(engineState.playing);
+    EXPECT_EQ(SimSentCount(), 0U);
+    RigPage("stopPlayback");
+    SimRunFor(2);
+    EXPECT_FALSE(engineState.playing);
+}
+
+TEST_F(Edges, AHiddenPointerCountsAsTheCorner) {
+    SimSetPointer(500, 500);
+    SimHidePointer(true);
+    SetRigMacro({KeyEvent(0, 'A', true)});
+    RigPage("startPlayback");
+    SimRunFor(10);
+    EXPECT_EQ(SimSentCount(), 1U);
+    EXPECT_FALSE(engineState.playing);
+}
+
+TEST_F(Edges, ShutdownEndsEveryRunAtOnce) {
+    trackerSettings.tloop = true;
+    trackerSettings.tloopMs = -1;
+    keySpamSettings.ksh = 100;
+    spammerSettings.sh = 100;
+    SetRigMacro({KeyEvent(0, 'A', true)});
+    RigPage("startPlayback");
+    RigPage("startSpammer");
+    RigPage("startKeySpam");
+    SimRunFor(10);
+    EXPECT_TRUE(engineState.playing && engineState.autoClicking && engineState.keySpamming);
+    const double before = SimMilliseconds();
+    EXPECT_EQ(EndRig(), "");
+    EXPECT_EQ(SimMilliseconds(), before);
+    BeginRig();
+}
+
+TEST_F(Edges, ShutdownDuringARoundEndsItWithinAMillisecond) {
+    SetRigMacro({KeyEvent(0, 'A', true), KeyEvent(3600, 'A', false)});
+    RigPage("startPlayback");
+    SimRunFor(10.5);
+    const double before = SimMilliseconds();
+    EXPECT_EQ(EndRig(), "");
+    EXPECT_LE(SimMilliseconds() - before, 1.0);
+    EXPECT_EQ(SimSentCount(), 1U);
+    BeginRig();
+}
+
+// Hooks that the system refuses: no hotkeys and no recorded input, the rest works.
+TEST(EdgesWithoutHooks, TheEnginesServeThePageAllTheSame) {
+    BeginRig({}, false);
+    EXPECT_FALSE(SimHooksInstalled());
+    SimKey(117, true);
+    SimSettle();
+    EXPECT_EQ(SimSentCount(), 0U);
+    RigPage("startSpammer");
+    SimRunFor(5);
+    EXPECT_EQ(SimSentCount(), 4U);
+    RigPage("startRecording");
+    SimKey('A', true);
+    SimSettle();
+    RigPage("stopRecording");
+    SimSettle();
+    EXPECT_TRUE(RigMacro().empty());
+    EXPECT_FALSE(engineState.autoClicking);
+    EXPECT_EQ(EndRig(), "");
+}
+
+TEST_F(Edges, SignalsWithoutEventsAreNothing) {
+    EXPECT_EQ(EndRig(), "");
+    engineState.reqStartAuto = true;
+    DispatchRequests();  // every event is closed and cleared
+    EXPECT_TRUE(engineState.autoClicking);
+    BeginRig();
+}
+
+// Autosave.
+
+class Autosave : public EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        SetSessionPath(RigFolder() + "/autosave.dat");
+        RemoveFile(SessionPath());
+        thread_ = StartThread("autosave", AutosaveThreadMain);
+    }
+    void TearDown() override {
+        engineState.running = false;
+        const double before = SimMilliseconds();
+        JoinThread(thread_);
+        EXPECT_LE(SimMilliseconds() - before, 100.0);
+        RemoveFile(SessionPath());
+        EngineTest::TearDown();
+    }
+    std::thread thread_;
+};
+
+TEST_F(Autosave, SavesEveryFiveSeconds) {
+    SimRunFor(4999);
+    EXPECT_FALSE(FileExists(SessionPath()));
+    SimRunFor(1);
+    EXPECT_TRUE(FileExists(SessionPath()));
+    RemoveFile(SessionPath());
+    SimRunFor(4999);
+    EXPECT_FALSE(FileExists(SessionPath()));
+    SimRunFor(1);
+    EXPECT_TRUE(FileExists(SessionPath()));
+}
+
+TEST_F(Autosave, SkipsASaveThatFindsTheLockHeld) {
+    SimRunFor(4999);
+    WithMacroMutexHeld([] { SimRunFor(1); });
+    EXPECT_FALSE(FileExists(SessionPath()));
+    SimRunFor(5000);
+    EXPECT_TRUE(FileExists(SessionPath()));
+}
+
+TEST_F(Autosave, KeepsTheLastFileWhereThePathCannotBeOpened) {
+    SimRunFor(5000);
+    std::string saved;
+    ASSERT_TRUE(ReadFileBytes(SessionPath(), &saved));
+    SetRigMacro({KeyEvent(0, 'A', true)});
+    SimFailPath(SessionPath());
+    SimRunFor(5000);
+    SimFailPath("");
+    std::string kept;
+    ASSERT_TRUE(ReadFileBytes(SessionPath(), &kept));
+    EXPECT_EQ(kept, saved);
+}
+
+}  // namespace
