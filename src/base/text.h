@@ -22,10 +22,10 @@ class NumberError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-bool ParseInt(std::string_view text, int32_t* value);             // stoi and stol
-bool ParseUnsignedLong(std::string_view text, uint32_t* value);   // stoul: "-1" wraps to 4294967295
-bool ParseDouble(std::string_view text, double* value);           // stod
-bool ParseFloat(std::string_view text, float* value);             // stof
+bool ParseInt(std::string_view text, int32_t* value);            // stoi and stol
+bool ParseUnsignedLong(std::string_view text, uint32_t* value);  // stoul: "-1" wraps to 4294967295
+bool ParseDouble(std::string_view text, double* value);          // stod
+bool ParseFloat(std::string_view text, float* value);            // stof
 int32_t ReadInt(std::string_view text);
 double ReadDouble(std::string_view text);
 float ReadFloat(std::string_view text);

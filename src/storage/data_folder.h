@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-std::string DataFolderPath();                        // worked out anew by each call
+std::string DataFolderPath();  // worked out anew by each call
 std::string DataFilePath(std::string_view name);
 void CreateDataFolder();
 
@@ -19,9 +19,9 @@ void DeleteFromProgramFolder(const char* name);
 std::string SessionPath();
 void SetSessionPath(const std::string& path);
 
-std::string ReadStatusMirror();    // first line of status.txt, or the idle default document
+std::string ReadStatusMirror();  // first line of status.txt, or the idle default document
 void WriteStatusMirror(std::string_view text);
-std::string ReadEventsMirror();    // "[]" where there is none
+std::string ReadEventsMirror();  // "[]" where there is none
 void WriteEventsMirror(std::string_view text);
-std::string ReadPanelSettings();   // "{}" where there is none
+std::string ReadPanelSettings();  // "{}" where there is none
 void WritePanelSettings(std::string_view text);
