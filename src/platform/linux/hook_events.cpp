@@ -143,13 +143,6 @@ bool MessagesOfButton(int button, ButtonMessages* messages) {
     }
 }
 
-// A release that no grab holds back still ends the hold that its press began.
-void ForgetUngrabbed(Gate& gate, uint32_t code) {
-    if (!gate.held) {
-        gate.swallowed.reset(code);
-    }
-}
-
 void TellRawCounts(HookThread& thread, const std::vector<RawCounts>& counts) {
     if (!thread.interest.rawMotion) {
         return;
@@ -215,7 +208,7 @@ void OnRawKey(HookThread& thread, const XIRawEvent& event, bool press) {
     GateAnswers& answers = (injected ? thread.keyboard.injected : thread.keyboard.real)[keycode];
     (press ? answers.press : answers.release) = answer;
     if (!press && !injected) {
-        ForgetUngrabbed(thread.keyboard, keycode);
+        thread.keyboard.released.set(keycode, thread.keyboard.swallowed.test(keycode));
     }
     if (press && !injected) {
         if (answer == HookAnswer::Consume) {
@@ -266,7 +259,7 @@ void OnRawButton(HookThread& thread, const XIRawEvent& event, bool press) {
     GateAnswers& answers = (injected ? thread.pointer.injected : thread.pointer.real)[button];
     (press ? answers.press : answers.release) = answer;
     if (!press && !injected) {
-        ForgetUngrabbed(thread.pointer, button);
+        thread.pointer.released.set(button, thread.pointer.swallowed.test(button));
     }
 }
 
@@ -300,7 +293,7 @@ void OnRawMotion(HookThread& thread, const XIRawEvent& event) {
     if (device != thread.devices.end() && !injected) {
         thread.moveDevice = event.sourceid;
         std::vector<RawCounts> counts;
-        TakeRawReport(device->second.motion, report, counts);
+        TakeRawReport(device->second.motion, report, thread.pointerX, thread.pointerY, counts);
         TellRawCounts(thread, counts);
     }
 }
@@ -330,7 +323,7 @@ void ReportMove(HookThread& thread) {
     if (!thread.moveInjected && device != thread.devices.end() &&
         XEventsQueued(thread.display, QueuedAlready) == 0) {
         std::vector<RawCounts> counts;
-        JudgeRawMotion(device->second.motion, thread.pointerX, thread.pointerY, x, y, counts);
+        JudgeRawMotion(device->second.motion, x, y, counts);
         TellRawCounts(thread, counts);
     }
     thread.pointerX = x;

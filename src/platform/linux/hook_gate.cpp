@@ -138,11 +138,20 @@ void ApplyInterest(HookThread& thread) {
     ReserveOnly(thread, thread.keyboard, keycodes);
     ReserveOnly(thread, thread.pointer, buttons);
     thread.keyboard.captureAll = interest.anyKey;
-    AdjustHold(thread, thread.keyboard);
-    AdjustHold(thread, thread.pointer);
 }
 
 void AdjustHold(HookThread& thread, Gate& gate) {
+    const bool leaves = gate.held && !WantsHold(gate);
+    if (leaves || gate.released.any()) {
+        // Letting go while an event waits for its answer would lose it: first everything that is on its way.
+        XSync(thread.display, False);
+        if (XEventsQueued(thread.display, QueuedAlready) > 0) {
+            return;
+        }
+        // A release that did not come through the grab went past it.
+        gate.swallowed &= ~gate.released;
+        gate.released.reset();
+    }
     if (WantsHold(gate) == gate.held) {
         return;
     }
@@ -169,6 +178,7 @@ void OnGrabbedEvent(HookThread& thread, const XIDeviceEvent& event) {
         answer = press ? answers.press : answers.release;
         if (!injected) {
             gate.swallowed.set(code, press && answer == HookAnswer::Consume);
+            gate.released.reset(code);
         }
     }
     if (answer == HookAnswer::Pass) {

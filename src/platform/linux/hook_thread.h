@@ -35,10 +35,11 @@ struct Gate {
     bool isKeyboard = false;
     std::bitset<kCodeLimit> reserved;  // passive grabs that the server has of us
     std::bitset<kCodeLimit>
-        swallowed;            // held down, and the press was swallowed: the device is held until all are up
-    bool captureAll = false;  // the next press is wanted, whatever it is
-    bool held = false;        // the whole device is grabbed
-    GateAnswers real[kCodeLimit];  // by keycode or button; real and injected ones do not meet
+        swallowed;  // held down, and the press was swallowed: the device is held until all are up
+    std::bitset<kCodeLimit> released;  // of the swallowed ones: let go of, the grabbed release not yet seen
+    bool captureAll = false;           // the next press is wanted, whatever it is
+    bool held = false;                 // the whole device is grabbed
+    GateAnswers real[kCodeLimit];      // by keycode or button; real and injected ones do not meet
     GateAnswers injected[kCodeLimit];
 };
 
@@ -94,7 +95,8 @@ void ReportRepeats(HookThread& thread);
 bool IsInjected(const HookThread& thread, int sourceDevice);
 
 // hook_gate.cpp
-// Reserves with the server what the sinks may want to swallow now, and frees what they no longer want.
+// Reserves with the server what the sinks may want to swallow now, and frees what they no longer want. AdjustHold of
+// both gates has to follow.
 void ApplyInterest(HookThread& thread);
 void OnGrabbedEvent(HookThread& thread, const XIDeviceEvent& event);
 // Takes hold of a device, or lets go of it, as its swallowed presses and the capture ask for.

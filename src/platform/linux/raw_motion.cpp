@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr size_t kMostWaiting = 4096;  // reports of a device that cannot be told apart; the oldest go first
+constexpr size_t kMostWaiting = 4096;  // reports of a device that cannot be told apart; later ones are lost
 constexpr double kSamePlace = 1.0;     // pixels: positions are rounded on the way
 constexpr double kClearlyApart = 3.0;  // pixels
 
@@ -29,12 +29,9 @@ void AppendReport(RawMotion& motion, const RawReport& report, std::vector<RawCou
     }
     const double x = report.movedX ? report.x : motion.lastX;
     const double y = report.movedY ? report.y : motion.lastY;
-    if (motion.lastKnown) {
-        AppendCounts(motion, x - motion.lastX, y - motion.lastY, report.counter, counts);
-    }
+    AppendCounts(motion, x - motion.lastX, y - motion.lastY, report.counter, counts);
     motion.lastX = x;
     motion.lastY = y;
-    motion.lastKnown = true;
 }
 
 bool Near(double left, double right, double distance) {
@@ -43,12 +40,14 @@ bool Near(double left, double right, double distance) {
 
 }  // namespace
 
-void TakeRawReport(RawMotion& motion, const RawReport& report, std::vector<RawCounts>& counts) {
+void TakeRawReport(RawMotion& motion, const RawReport& report, double beforeX, double beforeY,
+                   std::vector<RawCounts>& counts) {
     if (motion.kind == RawKind::Relative || motion.kind == RawKind::Hidden) {
         AppendReport(motion, report, counts);
-    } else if (motion.kind == RawKind::Unknown) {
-        if (motion.waiting.size() == kMostWaiting) {
-            motion.waiting.erase(motion.waiting.begin());
+    } else if (motion.kind == RawKind::Unknown && motion.waiting.size() < kMostWaiting) {
+        if (motion.waiting.empty()) {
+            motion.lastX = beforeX;
+            motion.lastY = beforeY;
         }
         motion.waiting.push_back(report);
     }
@@ -56,27 +55,25 @@ void TakeRawReport(RawMotion& motion, const RawReport& report, std::vector<RawCo
 
 // A position of the device is where the pointer is afterwards; a count is not, except near the corner, where both
 // may be: there the judgement waits for a report that only one of them explains.
-void JudgeRawMotion(RawMotion& motion, double beforeX, double beforeY, double afterX, double afterY,
-                    std::vector<RawCounts>& counts) {
+void JudgeRawMotion(RawMotion& motion, double afterX, double afterY, std::vector<RawCounts>& counts) {
     if (motion.kind != RawKind::Unknown || motion.waiting.empty()) {
         return;
+    }
+    double sumX = 0;
+    double sumY = 0;
+    for (const RawReport& report : motion.waiting) {
+        sumX += report.movedX ? report.x : 0;
+        sumY += report.movedY ? report.y : 0;
     }
     const RawReport& last = motion.waiting.back();
     const bool couldBePosition = (!last.movedX || Near(last.x, afterX, kSamePlace)) &&
                                  (!last.movedY || Near(last.y, afterY, kSamePlace));
-    if (couldBePosition) {
-        const bool positionOnly = (last.movedX && !Near(last.x, afterX - beforeX, kClearlyApart)) ||
-                                  (last.movedY && !Near(last.y, afterY - beforeY, kClearlyApart));
-        if (!positionOnly) {
-            return;
-        }
-        motion.kind = RawKind::Hidden;
-        motion.lastX = beforeX;
-        motion.lastY = beforeY;
-        motion.lastKnown = true;
-    } else {
-        motion.kind = RawKind::Relative;
+    const bool couldBeCount =
+        Near(sumX, afterX - motion.lastX, kClearlyApart) && Near(sumY, afterY - motion.lastY, kClearlyApart);
+    if (couldBePosition && couldBeCount) {
+        return;
     }
+    motion.kind = couldBePosition ? RawKind::Hidden : RawKind::Relative;
     std::vector<RawReport> waiting;
     waiting.swap(motion.waiting);
     for (const RawReport& report : waiting) {

@@ -28,18 +28,18 @@ struct RawCounts {
 
 struct RawMotion {
     RawKind kind = RawKind::Unknown;
-    double lastX = 0;  // last position of a Hidden device
+    double lastX = 0;  // Hidden: its last position. Unknown: the pointer before the first report that waits
     double lastY = 0;
-    bool lastKnown = false;
     double restX = 0;  // part of a count that was not reported yet
     double restY = 0;
     std::vector<RawReport> waiting;  // while Unknown
 };
 
-// Takes one report. Counts that are known now are appended to `counts`; both deltas zero are left out.
-void TakeRawReport(RawMotion& motion, const RawReport& report, std::vector<RawCounts>& counts);
+// Takes one report; the pointer was at `before` when it was last asked for. Counts that are known now are appended to
+// `counts`; those with both deltas zero are left out.
+void TakeRawReport(RawMotion& motion, const RawReport& report, double beforeX, double beforeY,
+                   std::vector<RawCounts>& counts);
 
-// For an Unknown device: where the pointer was before and after its last report. Decides what the device is, if that
-// can be told, and appends the counts that waited.
-void JudgeRawMotion(RawMotion& motion, double beforeX, double beforeY, double afterX, double afterY,
-                    std::vector<RawCounts>& counts);
+// For an Unknown device whose last report led the pointer to `after`: decides what the device is, if that can be told,
+// and appends the counts that waited.
+void JudgeRawMotion(RawMotion& motion, double afterX, double afterY, std::vector<RawCounts>& counts);

@@ -2,18 +2,51 @@
 #include "test_desktop.h"
 
 #include "platform/input.h"
+#include "platform/linux/keys.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
+void SendKeyRecord(uint16_t scanCode, bool down) {
+    InputRecord record;
+    record.type = kInputKeyboard;
+    record.wScan = scanCode;
+    record.dwFlags = kKeyScanCode | (down ? 0 : kKeyUp);
+    SendInputRecord(record);
+}
+
+void SendMouseRecord(uint32_t flags) {
+    InputRecord record;
+    record.type = kInputMouse;
+    record.dwFlags = flags;
+    SendInputRecord(record);
+}
+
 class Hooks : public testing::Test {
   protected:
-    Hooks() { person.MoveTo(400, 300); }
+    Hooks() {
+        person.MoveTo(400, 300);
+        SetRepeat(5000, 1000);  // none, unless a test asks for it
+    }
 
-    // A key that nobody swallows, to see that everything before it has arrived or will not.
+    // Nothing of the preparations is under way when a test begins.
+    void SetUp() override {
+        Fence();
+        target.Clear();
+        hooks.Clear();
+    }
+
+    // A key that nobody swallows, to see that everything before it has arrived and was heard, or will not be.
     void Fence() {
         const int before = target.Count('K', kKeyZ);
+        const int heard = CountKeys(90, false);
         person.Tap(kKeyZ);
-        ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyZ) > before; })) << target.Text();
+        ASSERT_TRUE(WaitFor([&] {
+            return target.Count('K', kKeyZ) > before && (hooks.Stopped() || CountKeys(90, false) > heard);
+        })) << target.Text()
+            << ", heard " << hooks.KeyText();
     }
     void ButtonFence() {
         const int before = target.Count('B', 1);
@@ -21,8 +54,57 @@ class Hooks : public testing::Test {
         ASSERT_TRUE(WaitFor([&] { return target.Count('B', 1) > before; })) << target.Text();
     }
 
+    // What was heard, in the words of HookedThread; the input thread may be a little behind the windows.
+    void ExpectKeys(const std::string& text) {
+        EXPECT_TRUE(WaitFor([&] { return hooks.KeyText() == text; })) << hooks.KeyText() << " for " << text;
+    }
+    void ExpectButtons(const std::string& text) {
+        EXPECT_TRUE(WaitFor([&] { return hooks.ButtonText() == text; }))
+            << hooks.ButtonText() << " for " << text;
+    }
+    // How often a key was heard, injected or not.
+    int CountKeys(uint32_t virtualKey, bool down) {
+        int count = 0;
+        for (const KeyHookRecord& each : hooks.Keys()) {
+            count += each.virtualKey == virtualKey && (each.message == kKeyDownMessage) == down ? 1 : 0;
+        }
+        return count;
+    }
+    void ExpectCount(uint32_t virtualKey, bool down, int count) {
+        EXPECT_TRUE(WaitFor([&] { return CountKeys(virtualKey, down) == count; }))
+            << CountKeys(virtualKey, down);
+    }
+    std::pair<int, int> SumOfRaw() {
+        std::pair<int, int> sum{0, 0};
+        for (const RawMouseRecord& each : hooks.Raw()) {
+            sum.first += each.dx;
+            sum.second += each.dy;
+        }
+        return sum;
+    }
+    void SetRepeat(unsigned delay, unsigned interval) {
+        OtherProgram other;
+        XkbSetAutoRepeatRate(other.Connection(), XkbUseCoreKbd, delay, interval);
+        XSync(other.Connection(), False);
+    }
+    bool CanGrabKeyboard(OtherProgram& other) {
+        Display* display = other.Connection();
+        const bool got = XGrabKeyboard(display, DefaultRootWindow(display), False, GrabModeAsync,
+                                       GrabModeAsync, CurrentTime) == GrabSuccess;
+        XUngrabKeyboard(display, CurrentTime);
+        XSync(display, False);
+        return got;
+    }
+
+    // One for all tests: a window manager moves the focus about when a window goes.
+    static TargetWindow& FocusedTarget(Person& person) {
+        static TargetWindow window(100, 100, 800, 600);
+        window.AwaitFocus(person);
+        return window;
+    }
+
     Person person;
-    TargetWindow target{100, 100, 800, 600};
+    TargetWindow& target = FocusedTarget(person);
     HookedThread hooks{person};
 };
 
@@ -31,7 +113,7 @@ TEST_F(Hooks, PlainKeyIsHeardAndArrives) {
     person.Tap(kKeyA);
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == 1; }));
     EXPECT_EQ(target.Text(), "k38 K38");
-    EXPECT_EQ(hooks.KeyText(), "d65 u65");
+    ExpectKeys("d65 u65");
 }
 
 TEST_F(Hooks, SwallowedKeyIsHiddenPressAndRelease) {
@@ -40,7 +122,7 @@ TEST_F(Hooks, SwallowedKeyIsHiddenPressAndRelease) {
     person.Tap(kKeyF6);
     Fence();
     EXPECT_EQ(target.Text(), "k52 K52");
-    EXPECT_EQ(hooks.KeyText(), "d117 u117 d90 u90");
+    ExpectKeys("d117 u117 d90 u90");
 }
 
 TEST_F(Hooks, ReservedKeyThatPassesArrivesOnce) {
@@ -53,23 +135,19 @@ TEST_F(Hooks, ReservedKeyThatPassesArrivesOnce) {
     person.Tap(kKeyF6);
     Fence();
     EXPECT_EQ(target.Text(), "k72 K72 k52 K52");
-    EXPECT_EQ(hooks.KeyText(), "d117 u117 d90 u90");
+    ExpectKeys("d117 u117 d90 u90");
 }
 
+// Own, foreign and real keys while a swallowed key is down: all arrive, in order, and nothing of the swallowed one.
 TEST_F(Hooks, OwnKeysArriveWhileASwallowedKeyIsHeld) {
     hooks.Swallow({kCodeF6});
     target.Clear();
     person.Key(kKeyF6, true);
     ASSERT_TRUE(WaitFor([&] { return hooks.KeyText() == "d117"; }));
     constexpr int kTimes = 300;
-    InputRecord record;
-    record.type = kInputKeyboard;
-    record.wScan = 0x1E;
     for (int time = 0; time < kTimes; ++time) {
-        record.dwFlags = kKeyScanCode;
-        SendInputRecord(record);
-        record.dwFlags = kKeyScanCode | kKeyUp;
-        SendInputRecord(record);
+        SendKeyRecord(0x1E, true);
+        SendKeyRecord(0x1E, false);
         SleepMilliseconds(1);
     }
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == kTimes; })) << target.Count('K', kKeyA);
@@ -78,6 +156,461 @@ TEST_F(Hooks, OwnKeysArriveWhileASwallowedKeyIsHeld) {
     EXPECT_EQ(target.Count('k', kKeyA), kTimes);
     EXPECT_EQ(target.Count('k', kKeyF6), 0);
     EXPECT_EQ(target.Count('K', kKeyF6), 0);
+    ExpectCount(kCodeF6, true, 1);
+    ExpectCount(kCodeF6, false, 1);
+}
+
+TEST_F(Hooks, OtherProgramsKeysArriveWhileASwallowedKeyIsHeld) {
+    OtherProgram other;
+    hooks.Swallow({kCodeF6});
+    target.Clear();
+    person.Key(kKeyF6, true);
+    ASSERT_TRUE(WaitFor([&] { return hooks.KeyText() == "d117"; }));
+    std::string expected;
+    for (int time = 1; time <= 100; ++time) {
+        other.Tap(kKeyA);
+        expected += "k38 K38 ";
+        ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == time; }));
+    }
+    person.Tap(kKeyB);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyB) == 1; }));
+    person.Key(kKeyF6, false);
+    Fence();
+    EXPECT_EQ(target.Text(), expected + "k56 K56 k52 K52");
+}
+
+TEST_F(Hooks, TwoSwallowedKeysOverlap) {
+    hooks.Swallow({kCodeF6, kCodeF7});
+    target.Clear();
+    person.Key(kKeyF6, true);
+    person.Key(kKeyF7, true);
+    person.Key(kKeyF6, false);
+    person.Tap(kKeyA);
+    ASSERT_TRUE(WaitFor([&] { return target.Text() == "k38 K38"; }))
+        << target.Text() << " " << hooks.KeyText();
+    person.Key(kKeyF7, false);
+    Fence();
+    EXPECT_EQ(target.Text(), "k38 K38 k52 K52");
+    ExpectKeys("d117 d118 u117 d65 u65 u118 d90 u90");
+}
+
+TEST_F(Hooks, SwallowedKeysInABurst) {
+    hooks.Swallow({kCodeF6});
+    target.Clear();
+    constexpr int kTimes = 200;
+    for (int time = 0; time < kTimes; ++time) {
+        person.Tap(kKeyF6);
+        person.Tap(kKeyA);
+    }
+    Fence();
+    EXPECT_EQ(target.Count('k', kKeyF6), 0);
+    EXPECT_EQ(target.Count('K', kKeyF6), 0);
+    EXPECT_EQ(target.Count('k', kKeyA), kTimes);
+    EXPECT_EQ(target.Count('K', kKeyA), kTimes);
+    ExpectCount(kCodeF6, true, kTimes);
+    ExpectCount(kCodeF6, false, kTimes);
+}
+
+TEST_F(Hooks, SwallowedWithModifiersAndLocks) {
+    hooks.Swallow({kCodeF6});
+    for (const uint32_t modifier : {37U, 50U, 64U, 133U, 66U, 77U, 105U, 108U}) {
+        target.Clear();
+        person.Key(modifier, true);
+        person.Tap(kKeyF6);
+        person.Key(modifier, false);
+        Fence();
+        EXPECT_EQ(target.Count('k', kKeyF6), 0) << modifier;
+        EXPECT_EQ(target.Count('K', kKeyF6), 0) << modifier;
+    }
+    person.Tap(66);  // the locks as they were
+    person.Tap(77);
+    Fence();
+}
+
+TEST_F(Hooks, InterestThatEndsFreesTheKey) {
+    hooks.Swallow({kCodeF6});
+    hooks.Swallow({});
+    target.Clear();
+    person.Tap(kKeyF6);
+    Fence();
+    EXPECT_EQ(target.Text(), "k72 K72 k52 K52");
+}
+
+TEST_F(Hooks, InjectedInputIsMarkedAndNeverHeldBack) {
+    OtherProgram other;
+    hooks.Swallow({kCodeF6, 4});
+    target.Clear();
+    hooks.Clear();
+    SendKeyRecord(0x40, true);
+    SendKeyRecord(0x40, false);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyF6) == 1; }));
+    other.Tap(kKeyF6);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyF6) == 2; }));
+    SendMouseRecord(kMouseMiddleDown);
+    SendMouseRecord(kMouseMiddleUp);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('B', 2) == 1; }));
+    other.Click(2);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('B', 2) == 2; }));
+    EXPECT_EQ(target.Text(), "k72 K72 k72 K72 b2 B2 b2 B2");
+    ExpectKeys("!d117 !u117 !d117 !u117");
+    ExpectButtons("!d4 !u4 !d4 !u4");
+}
+
+// The server repeats a held key towards its application; the sinks hear of one press.
+TEST_F(Hooks, RepeatOfAKeyThatPassesIsNoPress) {
+    SetRepeat(30, 10);
+    hooks.Swallow({kCodeF6});
+    {
+        const std::lock_guard lock(TheSinks().mutex);
+        TheSinks().swallow.clear();
+    }
+    target.Clear();
+    person.Key(kKeyF6, true);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('k', kKeyF6) >= 8; }));
+    person.Key(kKeyF6, false);
+    Fence();
+    ExpectKeys("d117 u117 d90 u90");
+}
+
+TEST_F(Hooks, RepeatOfASwallowedKeyStaysHidden) {
+    SetRepeat(30, 10);
+    hooks.Swallow({kCodeF6});
+    target.Clear();
+    person.Key(kKeyF6, true);
+    // Some clicks' worth of time: each is waited for.
+    const int64_t start = ReadPerformanceCounter();
+    do {
+        ButtonFence();
+    } while (ReadPerformanceCounter() < start + ReadPerformanceFrequency() / 4);
+    person.Key(kKeyF6, false);
+    Fence();
+    EXPECT_EQ(target.Count('k', kKeyF6), 0);
+    EXPECT_EQ(target.Count('K', kKeyF6), 0);
+    ExpectKeys("d117 u117 d90 u90");
+}
+
+TEST_F(Hooks, RecordingHearsRepeats) {
+    SetRepeat(30, 10);
+    HookInterest interest;
+    interest.everyEvent = true;
+    hooks.SetInterest(interest);
+    person.Key(kKeyA, true);
+    ASSERT_TRUE(WaitFor([&] { return CountKeys(65, true) >= 4; }));
+    // Another key takes the repeat over; a modifier, which does not repeat, leaves it alone.
+    person.Key(kKeyB, true);
+    ASSERT_TRUE(WaitFor([&] { return CountKeys(66, true) >= 4; }));
+    const int downsOfA = CountKeys(65, true);
+    person.Key(kKeyShiftRight, true);
+    const int downsOfB = CountKeys(66, true);
+    ASSERT_TRUE(WaitFor([&] { return CountKeys(66, true) >= downsOfB + 3; }));
+    person.Key(kKeyB, false);
+    person.Key(kKeyA, false);
+    person.Key(kKeyShiftRight, false);
+    ASSERT_TRUE(WaitFor([&] { return CountKeys(161, false) == 1; }));
+    ExpectCount(65, true, downsOfA);
+    ExpectCount(65, false, 1);
+    ExpectCount(66, false, 1);
+    ExpectCount(161, true, 1);
+    // The last event of B is its release, and times only grow.
+    int64_t before = 0;
+    uint32_t lastOfB = 0;
+    for (const KeyHookRecord& each : hooks.Keys()) {
+        EXPECT_GE(each.counter, before);
+        before = each.counter;
+        if (each.virtualKey == 66) {
+            lastOfB = each.message;
+        }
+    }
+    EXPECT_EQ(lastOfB, kKeyUpMessage);
+}
+
+TEST_F(Hooks, WithoutARecordingNoRepeatsAreHeard) {
+    SetRepeat(30, 10);
+    target.Clear();
+    person.Key(kKeyA, true);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('k', kKeyA) >= 6; }));
+    person.Key(kKeyA, false);
+    Fence();
+    ExpectCount(65, true, 1);
+}
+
+TEST_F(Hooks, CaptureTakesTheNextKeyWhateverItIs) {
+    for (const uint32_t keycode : {kKeyEscape, kKeyA, kKeyF7, kKeyB}) {
+        target.Clear();
+        hooks.Clear();
+        hooks.CaptureNextKey();
+        person.Tap(keycode);
+        ASSERT_TRUE(WaitFor([&] { return hooks.Keys().size() == 2; }));
+        hooks.AwaitInterest();
+        Fence();
+        EXPECT_EQ(target.Count('k', keycode), 0) << keycode;
+        // Captured once; the next press passes.
+        person.Tap(keycode);
+        Fence();
+        EXPECT_EQ(target.Count('k', keycode), 1) << keycode;
+    }
+}
+
+TEST_F(Hooks, CaptureLetsInjectedKeysThrough) {
+    OtherProgram other;
+    target.Clear();
+    hooks.CaptureNextKey();
+    other.Tap(kKeyB);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyB) == 1; }));
+    SendKeyRecord(0x1E, true);
+    SendKeyRecord(0x1E, false);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == 1; }));
+    person.Tap(kKeyF7);
+    ASSERT_TRUE(WaitFor([&] { return hooks.KeyText().find("u118") != std::string::npos; }));
+    Fence();
+    EXPECT_EQ(target.Count('k', kKeyF7), 0);
+    EXPECT_EQ(target.Text().substr(0, 15), "k56 K56 k38 K38");
+}
+
+TEST_F(Hooks, CaptureEndsWithoutAKey) {
+    target.Clear();
+    hooks.CaptureNextKey();
+    hooks.SetInterest(HookInterest{});
+    person.Tap(kKeyA);
+    Fence();
+    EXPECT_EQ(target.Text(), "k38 K38 k52 K52");
+}
+
+TEST_F(Hooks, PickTakesOneLeftClick) {
+    target.Clear();
+    hooks.PickNextClick();
+    person.MoveTo(432, 321);
+    person.Click(1);
+    ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d1 u1"; })) << hooks.ButtonText();
+    EXPECT_EQ(hooks.Mouse().front().x, 432);
+    EXPECT_EQ(hooks.Mouse().front().y, 321);
+    hooks.SetInterest(HookInterest{});
+    Fence();
+    EXPECT_EQ(target.Text(), "B1 k52 K52") << "the release is not part of the pick";
+    person.Click(1);
+    ASSERT_TRUE(WaitFor([&] { return target.Text() == "B1 k52 K52 b1 B1"; })) << target.Text();
+}
+
+TEST_F(Hooks, PickSurvivesASideButtonThatPasses) {
+    target.Clear();
+    hooks.PickNextClick();
+    person.Click(8);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('B', 8) == 1; }));
+    person.Click(1);
+    ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d5 u5 d1 u1"; })) << hooks.ButtonText();
+    Fence();
+    EXPECT_EQ(target.Text(), "b8 B8 B1 k52 K52");
+}
+
+TEST_F(Hooks, SwallowedButtonIsHiddenPressAndRelease) {
+    const struct {
+        uint32_t code;
+        uint32_t button;
+    } kButtons[] = {{2, 3}, {4, 2}, {5, 8}, {6, 9}};
+    for (const auto& each : kButtons) {
+        if (each.button == 9) {
+            continue;  // the outer server's ninth button does not arrive on the inner one
+        }
+        hooks.Swallow({each.code});
+        target.Clear();
+        hooks.Clear();
+        person.Click(each.button);
+        person.Click(1);
+        ASSERT_TRUE(WaitFor([&] { return target.Count('B', 1) == 1; })) << target.Text();
+        EXPECT_EQ(target.Text(), "b1 B1") << each.code;
+        const std::string code = std::to_string(each.code);
+        ExpectButtons("d" + code + " u" + code + " d1 u1");
+    }
+}
+
+// X11 hides the moves from the applications for that long; the sinks hear of them, and the pointer moves.
+TEST_F(Hooks, MovesAreHeardWhileASwallowedButtonIsHeld) {
+    HookInterest interest;
+    interest.everyEvent = true;
+    hooks.Swallow({4}, interest);
+    target.Clear();
+    person.Button(2, true);
+    ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d4"; }));
+    person.MoveTo(450, 310);
+    ASSERT_TRUE(WaitFor([&] { return hooks.Mouse().back().x == 450 && hooks.Mouse().back().y == 310; }));
+    person.Button(2, false);
+    ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d4 u4"; }));
+    person.MoveTo(460, 310);
+    ASSERT_TRUE(WaitFor([&] { return !target.Log().empty() && target.Log().back().x == 460; }));
+    EXPECT_EQ(target.Text(), "");
+}
+
+// The hold mode of the autoclicker: a side button is held, our clicks go to what is under the pointer.
+TEST_F(Hooks, OwnClicksArriveWhileASwallowedButtonIsHeld) {
+    hooks.Swallow({5});
+    target.Clear();
+    person.Button(8, true);
+    ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d5"; }));
+    constexpr int kTimes = 50;
+    for (int time = 0; time < kTimes; ++time) {
+        SendMouseRecord(kMouseLeftDown);
+        SendMouseRecord(kMouseLeftUp);
+        SleepMilliseconds(1);
+    }
+    ASSERT_TRUE(WaitFor([&] { return target.Count('B', 1) == kTimes; })) << target.Text();
+    person.Button(8, false);
+    ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText().find("u5") != std::string::npos; }));
+    Fence();
+    EXPECT_EQ(target.Count('b', 1), kTimes);
+    EXPECT_EQ(target.Count('b', 8), 0);
+    // And the button is free again.
+    hooks.Swallow({});
+    person.Click(8);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('b', 8) == 1; }));
+}
+
+TEST_F(Hooks, ButtonsAndWheelByName) {
+    hooks.Clear();
+    for (const uint32_t button : {1U, 2U, 3U, 8U, 4U, 5U, 6U, 7U}) {
+        person.Click(button);
+    }
+    ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText().find("h120") != std::string::npos; }))
+        << hooks.ButtonText();
+    ExpectButtons("d1 u1 d4 u4 d2 u2 d5 u5 w120 w-120 h-120 h120");
+}
+
+TEST_F(Hooks, MovesAreHeardDuringARecording) {
+    HookInterest interest;
+    interest.everyEvent = true;
+    hooks.SetInterest(interest);
+    hooks.Clear();
+    for (int step = 1; step <= 40; ++step) {
+        person.MoveTo(400 + 2 * step, 300 + step);
+        ASSERT_TRUE(WaitFor([&] {
+            const std::vector<MouseHookRecord> mouse = hooks.Mouse();
+            return !mouse.empty() && mouse.back().x == 400 + 2 * step && mouse.back().y == 300 + step;
+        }));
+    }
+    for (const MouseHookRecord& each : hooks.Mouse()) {
+        EXPECT_EQ(each.message, kMouseMoveMessage);
+        EXPECT_FALSE(each.injected);
+    }
+    hooks.Clear();
+    OtherProgram other;
+    other.MoveTo(500, 400);
+    ASSERT_TRUE(WaitFor([&] { return !hooks.Mouse().empty(); }));
+    EXPECT_TRUE(hooks.Mouse().back().injected);
+    EXPECT_EQ(hooks.Mouse().back().x, 500);
+}
+
+TEST_F(Hooks, WithoutARecordingNoMovesAreHeard) {
+    hooks.Clear();
+    person.MoveTo(500, 400);
+    person.Click(1);
+    ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d1 u1"; }));
+    EXPECT_EQ(hooks.Mouse().size(), 2U);
+    EXPECT_EQ(hooks.Mouse().front().x, 500);
+    EXPECT_EQ(hooks.Mouse().front().y, 400);
+}
+
+// The inner server's pointer gives positions for counts, so this also shows that they are told apart.
+TEST_F(Hooks, RawMotionIsCountedInSteps) {
+    HookInterest interest;
+    interest.everyEvent = true;
+    interest.rawMotion = true;
+    hooks.SetInterest(interest);
+    hooks.Clear();
+    int sumX = 0;
+    int sumY = 0;
+    for (int step = 0; step < 60; ++step) {
+        const int dx = step % 7 - 2;
+        const int dy = 3 - step % 5;
+        person.MoveBy(dx, dy);
+        sumX += dx;
+        sumY += dy;
+    }
+    ASSERT_TRUE(WaitFor([&] { return SumOfRaw() == std::make_pair(sumX, sumY); }))
+        << SumOfRaw().first << "," << SumOfRaw().second << " for " << sumX << "," << sumY;
+    OtherProgram other;
+    other.MoveBy(50, 50);
+    person.MoveBy(0, 1);
+    ASSERT_TRUE(WaitFor(
+        [&] { return !hooks.Mouse().empty() && hooks.Mouse().back().y >= 0 && hooks.Raw().size() > 1; }));
+    for (const RawMouseRecord& each : hooks.Raw()) {
+        EXPECT_FALSE(each.dx == 50 && each.dy == 50) << "an injected motion is no device count";
+        EXPECT_TRUE(each.dx != 0 || each.dy != 0);
+    }
+}
+
+TEST_F(Hooks, EveryKeyOfTheTable) {
+    // The inner server brings its modifiers into line with the outer one's by presses of its own.
+    const std::set<uint32_t> kModifiers = {37, 50, 62, 64, 66, 77, 78, 105, 108, 133, 134};
+    for (uint32_t keycode = 8; keycode < 256; ++keycode) {
+        const KeyPlace* place = KeyPlaceOfKeycode(keycode);
+        if (place == nullptr) {
+            continue;
+        }
+        hooks.Clear();
+        person.Tap(keycode);
+        const auto heard = [&](bool down) {
+            return CountKeys(place->virtualKey, down) +
+                   (place->padVirtualKey == 0 ? 0 : CountKeys(place->padVirtualKey, down));
+        };
+        ASSERT_TRUE(WaitFor([&] { return heard(false) > 0; })) << keycode << " " << place->name;
+        EXPECT_GE(heard(true), 1) << place->name;
+        if (kModifiers.count(keycode) == 0) {
+            EXPECT_EQ(heard(true), 1) << place->name << " " << hooks.KeyText();
+            EXPECT_EQ(heard(false), 1) << place->name << " " << hooks.KeyText();
+        }
+    }
+    for (const uint32_t lock : {66U, 77U, 78U}) {
+        person.Tap(lock);
+    }
+    Fence();
+}
+
+TEST_F(Hooks, NumberPadFollowsNumLock) {
+    const auto heardFor = [&](uint32_t keycode) {
+        hooks.Clear();
+        person.Tap(keycode);
+        WaitFor([&] { return hooks.Keys().size() == 2; });
+        return hooks.Keys().empty() ? 0 : hooks.Keys().front().virtualKey;
+    };
+    constexpr uint32_t kNumLock = 77;
+    constexpr uint32_t kPad4 = 83;
+    const uint32_t first = heardFor(kPad4);
+    EXPECT_EQ(heardFor(kNumLock), 144U);
+    const uint32_t second = heardFor(kPad4);
+    EXPECT_EQ(heardFor(kNumLock), 144U);
+    EXPECT_EQ(std::min(first, second), 37U);
+    EXPECT_EQ(std::max(first, second), 100U);
+}
+
+TEST_F(Hooks, NothingStaysReservedAfterTheEnd) {
+    hooks.Swallow({kCodeF6, 4});
+    person.Key(kKeyF6, true);
+    ASSERT_TRUE(WaitFor([&] { return hooks.KeyText() == "d117"; }));
+    hooks.Stop();
+    person.Key(kKeyF6, false);
+    target.Clear();
+    person.Tap(kKeyF6);
+    person.Click(2);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('B', 2) == 1; }));
+    Fence();
+    EXPECT_EQ(target.Count('k', kKeyF6), 1);
+    EXPECT_EQ(target.Count('b', 2), 1);
+}
+
+// A program that has the keyboard already cannot be looked into; the hooks go on when it lets go.
+TEST_F(Hooks, CaptureWaitsForAnotherProgramsGrab) {
+    OtherProgram other;
+    ASSERT_EQ(XGrabKeyboard(other.Connection(), DefaultRootWindow(other.Connection()), False, GrabModeAsync,
+                            GrabModeAsync, CurrentTime),
+              GrabSuccess);
+    hooks.CaptureNextKey();
+    XUngrabKeyboard(other.Connection(), CurrentTime);
+    XSync(other.Connection(), False);
+    // The hooks look again from time to time; until then presses pass.
+    target.Clear();
+    ASSERT_TRUE(WaitFor([&] { return !CanGrabKeyboard(other); }));
+    person.Tap(kKeyA);
+    Fence();
+    EXPECT_EQ(target.Count('k', kKeyA), 0);
 }
 
 }  // namespace

@@ -173,6 +173,24 @@ class TargetWindow {
         return count;
     }
     Window Id() const { return window_; }
+    // Until a person's key arrives here.
+    void AwaitFocus(Hand& person) {
+        const bool arrived = WaitFor([&] {
+            const int before = Count('K', kKeyZ);
+            XSetInputFocus(display_, window_, RevertToPointerRoot, CurrentTime);
+            XSync(display_, False);
+            person.Tap(kKeyZ);
+            for (int tries = 0; tries < 200 && Count('K', kKeyZ) == before; ++tries) {
+                SleepMilliseconds(1);
+            }
+            return Count('K', kKeyZ) > before;
+        });
+        if (!arrived) {
+            std::fprintf(stderr, "the target window cannot get the keyboard\n");
+            std::exit(3);
+        }
+        Clear();
+    }
 
   private:
     void Read() {
@@ -475,6 +493,7 @@ class HookedThread {
         return text;
     }
 
+    bool Stopped() const { return !thread_.joinable(); }
     void Stop() {
         if (thread_.joinable()) {
             StopHookThread();

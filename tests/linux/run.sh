@@ -1,0 +1,29 @@
+#!/bin/sh
+# Runs the Linux home's platform tests in nested servers: run.sh BUILD_DIRECTORY [TEST_FILTER]. Ends with a line
+# "linux: N passed, N failed".
+set -u
+build=$1
+filter=${2:-*}
+here=$(dirname "$0")
+work=$(mktemp -d "${TMPDIR:-/tmp}/varnelle-linux.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+mkdir -m 700 "$work/home" "$work/runtime"
+
+passed=0
+failed=0
+for program in "$build"/tests/*_tests; do
+    HOME="$work/home" XDG_RUNTIME_DIR="$work/runtime" "$here/start_servers.sh" "$program" --gtest_brief=1 \
+        --gtest_filter="$filter" --gtest_output="json:$work/result.json" || code=$?
+    if [ -s "$work/result.json" ]; then
+        tests=$(sed -n '2,3s/.*"tests": \([0-9]*\).*/\1/p' "$work/result.json" | head -1)
+        failures=$(sed -n '2,4s/.*"failures": \([0-9]*\).*/\1/p' "$work/result.json" | head -1)
+        passed=$((passed + tests - failures))
+        failed=$((failed + failures))
+    else
+        echo "$(basename "$program") ended with code ${code:-0} before its tests were through" >&2
+        failed=$((failed + 1))
+    fi
+    rm -f "$work/result.json"
+done
+echo "linux: $passed passed, $failed failed"
+[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
