@@ -11,8 +11,8 @@ std::string ArgText(std::string_view request);
 
 struct PageCommand {
     const char* name;
-    const char* arguments;   // for the list of commands
-    const char* action;      // one line, for the list of commands
+    const char* arguments;  // for the list of commands
+    const char* action;     // one line, for the list of commands
     PageFunction function;
 };
 
