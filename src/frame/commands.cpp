@@ -52,7 +52,7 @@ void PickLocation() {
     HookInterestChanged();
 }
 
-// In binding order. A command of a later room goes where its subject stands, and the order of the rest stays.
+// In binding order. A new command goes beside those of its subject; the order of the rest stays.
 constexpr PageCommand kMasterCommands[] = {
     {"updateSpammer", "9 comma fields", "store the autoclicker's settings", Call<UpdateSpammer>},
     {"startSpammer", "", "ask for the autoclicker", Raise<&EngineState::reqStartAuto>},
