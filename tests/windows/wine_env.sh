@@ -11,8 +11,6 @@
 export WINEARCH=win64 WINEDEBUG=-all
 # Nothing that wants to be installed, and no debugger that opens a dialog on a program that is meant to crash.
 export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe="
-# The Windows programs read the environment of the shell: nothing personal may reach them.
-unset LOCALAPPDATA
 
 kDesktopSize=1024x768
 xServerPid=
