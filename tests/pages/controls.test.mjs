@@ -225,6 +225,23 @@ test('names that the program would change are explained and not sent', async () 
   await pages.close(page);
 });
 
+test('with no key to press, the presser says so and does not start', async () => {
+  const page = await pages.open({ before: 'host.status.keySpamTargets = []' });
+  await page.getByText('Add a key first').waitFor();
+  assert.ok(await button(page, 'Start pressing').isDisabled());
+  await pages.close(page);
+});
+
+test('while a recording runs, profiles stay as they are', async () => {
+  const page = await pages.open({ before: "host.status.state = 'Recording'" });
+  await page.getByText('The profile stays as it is while a recording runs.').waitFor();
+  for (const name of ['New profile', 'Clear profile', 'Delete profile', 'Continue', 'Play', 'Optimise']) {
+    assert.ok(await button(page, name).isDisabled(), name);
+  }
+  assert.ok(await page.getByRole('combobox').isDisabled());
+  await pages.close(page);
+});
+
 test('the large Stop stops what runs and nothing else', async () => {
   const page = await pages.open({
     before: "host.status.autoClicking = true; host.status.keySpamming = true; host.status.state = 'Playing';",
@@ -258,6 +275,25 @@ test('a capture shows where the key goes, and keeps the other buttons still', as
   await change(page, "host.status.reassigning = ''; host.status.hkPlay = 'Num 5'");
   assert.equal(await note.count(), 0);
   assert.ok(await page.locator('#panel-ui').getByText('Num 5').isVisible());
+  await pages.close(page);
+});
+
+test('the next key is waited for where it will stand, also behind many', async () => {
+  const page = await pages.open({
+    before: "host.status.keySpamTargets = Array.from({ length: 255 }, () => 'Right Ctrl')",
+  });
+  await button(page, 'Add key').click();
+  const note = page.locator('#panel-keyspam').getByText('Press a key...');
+  await note.waitFor();
+  const inSight = await note.evaluate((element) => {
+    const box = element.getBoundingClientRect();
+    const list = element.closest('ul').getBoundingClientRect();
+    return box.top >= list.top && box.bottom <= list.bottom;
+  });
+  assert.ok(inSight);
+  await change(page, "host.status.reassigning = ''; host.status.keySpamTargets.push('A')");
+  assert.equal(await page.getByRole('list', { name: 'Keys to press' }).getByRole('listitem').count(), 256);
+  assert.ok(await button(page, 'Add key').isDisabled(), 'the list is full');
   await pages.close(page);
 });
 

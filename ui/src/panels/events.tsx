@@ -32,7 +32,7 @@ export function EventList() {
           const entry = list[row];
           return (
             entry && (
-              <div class="event" title={entry.desc}>
+              <div class="event" data-event={entry.desc}>
                 <span class="event__number">{row + 1}</span>
                 <span class="event__time">{entry.time.toFixed(3)}</span>
                 <span class="event__text">{eventText(entry.desc)}</span>

@@ -1,6 +1,7 @@
 import { useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
 import { Button } from '../components/button';
+import { Icon } from '../components/icon';
 import { groupedNumber } from '../components/numbers';
 import { Panel } from '../components/panel';
 import { eventCount, profiles, recording } from '../store';
@@ -30,20 +31,23 @@ export function ProfilePanel() {
   const events = `${groupedNumber(eventCount.value)} ${eventCount.value === 1 ? 'event' : 'events'}`;
   return (
     <Panel id="panel-profile" title="Profile" summary={name}>
-      <select
-        ref={select}
-        class="profile__select"
-        aria-label="Profile"
-        value={String(current)}
-        disabled={recording.value}
-        onChange={(event) => void switchProfile(Number(event.currentTarget.value))}
-      >
-        {names.map((entry, index) => (
-          <option key={index} value={String(index)}>
-            {entry}
-          </option>
-        ))}
-      </select>
+      <div class="profile__choice">
+        <select
+          ref={select}
+          class="profile__select"
+          aria-label="Profile"
+          value={String(current)}
+          disabled={recording.value}
+          onChange={(event) => void switchProfile(Number(event.currentTarget.value))}
+        >
+          {names.map((entry, index) => (
+            <option key={index} value={String(index)}>
+              {entry}
+            </option>
+          ))}
+        </select>
+        <Icon name="open" />
+      </div>
       <div class="profile__step">
         {step === 'choose' && (
           <>
