@@ -56,11 +56,6 @@ export function plugPromiseLeak(): void {
   };
 }
 
-// Calls that wait for their answer.
-export function waitingCalls(): number {
-  return waiting.size;
-}
-
 // Whether the program offers a command: panels have fewer, and later versions more.
 export function has(name: string): boolean {
   return typeof (window as unknown as Record<string, unknown>)[name] === 'function';

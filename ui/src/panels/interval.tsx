@@ -14,10 +14,10 @@ export interface Interval {
 const kLimit = 4294967295;
 
 const kParts = [
-  { key: 'hours', name: 'Hours', unit: 'h', length: 3600000, step: 1 },
-  { key: 'minutes', name: 'Minutes', unit: 'min', length: 60000, step: 1 },
-  { key: 'seconds', name: 'Seconds', unit: 's', length: 1000, step: 1 },
-  { key: 'milliseconds', name: 'Milliseconds', unit: 'ms', length: 1, step: 1 },
+  { key: 'hours', name: 'Hours', unit: 'h', length: 3600000 },
+  { key: 'minutes', name: 'Minutes', unit: 'min', length: 60000 },
+  { key: 'seconds', name: 'Seconds', unit: 's', length: 1000 },
+  { key: 'milliseconds', name: 'Milliseconds', unit: 'ms', length: 1 },
 ] as const;
 
 export const milliseconds = (interval: Interval) =>
@@ -57,7 +57,6 @@ export function IntervalGroup(props: {
             min={0}
             max={roomFor(interval, part)}
             decimals={0}
-            step={part.step}
             hintId={hintId}
             onChange={(value) => onChange({ ...interval, [part.key]: value })}
             onError={(text) => setErrors((all) => ({ ...all, [part.key]: text }))}
