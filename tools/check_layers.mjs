@@ -5,15 +5,23 @@ import { readdirSync, readFileSync } from 'node:fs';
 import { dirname, join, posix } from 'node:path';
 
 // Floors, lowest first: a file may include from its own floor and from lower ones.
-const floors = ['base', 'platform', 'storage', 'engines', 'scan', 'themes', 'timeline', 'shell', 'windows', 'update', 'frame'];
+const floors = [
+  'base',
+  'platform',
+  'storage',
+  'engines',
+  'scan',
+  'themes',
+  'timeline',
+  'shell',
+  'windows',
+  'update',
+  'frame',
+];
 
 // Records and the small headers by which a lower room tells a higher one: standard library and records only, so they
 // may be included from anywhere.
-const recordHeaders = new Set([
-  'engines/unified_event.h',
-  'engines/engine_state.h',
-  'storage/profile.h',
-]);
+const recordHeaders = new Set(['engines/unified_event.h', 'engines/engine_state.h', 'storage/profile.h']);
 
 // Standard headers that this project uses; anything else in <> above the seam is an operating-system header.
 const standardHeader = /^[a-z_]+$|^c(math|stdint|stdio|stdlib|string|errno|time|limits)$/;

@@ -69,7 +69,7 @@ Run() {
             BuildPreset windows all dist
             EnsureDisplay
             echo "Varnelle.exe runs under Wine; there is no WebView2 there, so its page is shown in Chromium."
-            exec node tests/program/run_windows.mjs build/windows
+            tools/dev/run_windows.sh build/windows
             ;;
         *)
             echo "dev: run what? linux or windows" >&2
