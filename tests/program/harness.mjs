@@ -127,7 +127,7 @@ class World {
   }
 
   wineEnvironment() {
-    return onWindows ? { WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree=;mshtml=;winemenubuilder.exe=' } : {};
+    return onWindows ? { WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe=' } : {};
   }
 
   async openObserver(title, place = { x: 560, y: 120, width: 420, height: 420 }) {
