@@ -236,11 +236,14 @@ TEST_F(DoubleHooks, RawReportsAndSessionChangesArrive) {
 }
 
 TEST_F(DoubleHooks, InterestIsReadAgainWhenItChanged) {
+    notes.interestCode = 'Q';
+    EXPECT_FALSE(SimHookInterestIsCurrent());
     const int before = notes.interestReads;
     HookInterestChanged();
     HookInterestChanged();
     SimSettle();
     EXPECT_EQ(notes.interestReads, before + 1);
+    EXPECT_TRUE(SimHookInterestIsCurrent());
 }
 
 TEST_F(DoubleHooks, SysKeysHaveTheirMessages) {

@@ -480,6 +480,7 @@ void TakeStep(const Step& step) {
     if (before.playing || after.playing || expected.playSet) {
         run.lastPlayOnTicks = SimTicks();
     }
+    Check(SimHookInterestIsCurrent(), "the hooks' interest changed and nobody said so");
     for (const std::string& complaint : SimHookComplaints()) {
         Fault(complaint);
     }

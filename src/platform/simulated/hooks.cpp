@@ -300,6 +300,15 @@ const std::vector<std::string>& SimHookComplaints() {
     return state.complaints;
 }
 
+bool SimHookInterestIsCurrent() {
+    if (state.sinks == nullptr || state.interestChanged) {
+        return true;
+    }
+    HookInterest now;
+    state.sinks->readInterest(&now);
+    return now == state.interest;
+}
+
 void SimResetHooks() {
     state = HookState();
 }

@@ -67,6 +67,8 @@ void SimRefuseHooks(bool refuse);
 bool SimHooksInstalled();
 // Presses that were consumed although the interest last read did not announce them.
 const std::vector<std::string>& SimHookComplaints();
+// Whether the interest last read is what would be read now: a change was announced. True without hooks.
+bool SimHookInterestIsCurrent();
 
 // What was sent and what arrived.
 struct SimSent {
