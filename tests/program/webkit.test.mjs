@@ -1,0 +1,174 @@
+// The program as shipped, in the real WebKitGTK view, pressed by the real pointer.
+import assert from 'node:assert/strict';
+import { existsSync, mkdirSync, readFileSync, readdirSync, statSync, writeFileSync } from 'node:fs';
+import net from 'node:net';
+import { join } from 'node:path';
+import { after, before, test } from 'node:test';
+import {
+  Program,
+  buildFolder,
+  kMainTitle,
+  kScreenshots,
+  makeInstallation,
+  onWindows,
+  openWorld,
+} from './harness.mjs';
+import { waitUntil } from './processes.mjs';
+import { Button, Key } from './real_hand.mjs';
+import { openInspector } from './webkit_inspector.mjs';
+
+const options = { timeout: 120000, skip: onWindows && 'WebView2 does not run under Wine' };
+const kTestView = {
+  WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS: '1',
+  WEBKIT_DISABLE_DMABUF_RENDERER: '1',
+  GSK_RENDERER: 'cairo',
+  LIBGL_ALWAYS_SOFTWARE: '1',
+  GTK_A11Y: 'none',
+  // Otherwise GTK starts a session bus, which stays for as long as the display.
+  DBUS_SESSION_BUS_ADDRESS: 'disabled:',
+};
+const kLargeMacro = 5000;
+// Clicks every 50 ms at 860,320, where the other application's window will be.
+const kSettings =
+  'SETTINGS:0,0,0,50,0,0,1,10,1,860,320,1,1,1,1,0,1,0,500,119,118,0,117,0,0,0,5,1,10,120,32,32,0,0,0,121\n';
+
+let world;
+let installation;
+let program;
+let observer;
+let inspector;
+
+async function freePort() {
+  const server = net.createServer();
+  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
+  const { port } = server.address();
+  await new Promise((resolve) => server.close(resolve));
+  return port;
+}
+
+before(
+  async () => {
+    if (onWindows) return;
+    world = await openWorld();
+    installation = makeInstallation({ library: join(buildFolder, 'dist/libwebview.so') });
+    mkdirSync(installation.data);
+    const events = Array.from(
+      { length: kLargeMacro },
+      (_, i) => `0,${i / 1000},${i % 900},${i % 700},0,0,0,0\n`,
+    );
+    writeFileSync(
+      join(installation.data, 'session.dat'),
+      `${kSettings}CURRENT:0\nPROFILE:Large\n${events.join('')}`,
+    );
+    const port = await freePort();
+    Object.assign(installation.env, kTestView, { WEBKIT_INSPECTOR_HTTP_SERVER: `127.0.0.1:${port}` });
+    const child = world.startBare(installation, [], { stdio: ['ignore', 'ignore', 'ignore'] });
+    program = new Program(world, child, installation);
+    world.opened.push(program);
+    await program.waitForStatus((s) => s.count === kLargeMacro, 'the page has polled');
+    inspector = await waitUntil(() => openInspector(port), 'the inspector finds the page', 60000);
+    // Beside the program's window, which stands in the middle.
+    observer = await world.openObserver('Another application', { x: 760, y: 120, width: 200, height: 400 });
+  },
+  { timeout: 120000 },
+);
+after(
+  async () => {
+    inspector?.close();
+    await world?.close();
+    installation?.remove();
+  },
+  { timeout: 60000 },
+);
+
+// The middle of a control on the screen, brought into sight first.
+async function placeOf(selector, text) {
+  const find = `[...document.querySelectorAll('${selector}')].find((e) => e.textContent.includes('${text}'))`;
+  await inspector.evaluate(`${find}.scrollIntoView({ block: 'center' })`);
+  const readRect = () => inspector.evaluate(`JSON.stringify(${find}.getBoundingClientRect())`);
+  let last = '';
+  await waitUntil(async () => last === (last = await readRect()), 'it stands still');
+  const rect = JSON.parse(last);
+  const window = await observer.window(kMainTitle);
+  const viewHeight = await inspector.evaluate('window.innerHeight');
+  // The title bar, if the view draws one, is above the page.
+  const top = window.y + window.height - viewHeight;
+  return {
+    x: Math.round(window.x + rect.x + rect.width / 2),
+    y: Math.round(top + rect.y + rect.height / 2),
+  };
+}
+
+test('the window appears and its page calls back', options, async () => {
+  await waitUntil(async () => (await observer.window(kMainTitle)).found, 'the window is there');
+  await waitUntil(
+    async () => /Idle/.test(await inspector.evaluate('document.body.innerText')),
+    'the page shows it',
+  );
+  mkdirSync(kScreenshots, { recursive: true });
+  const picture = join(kScreenshots, 'webkit.png');
+  world.desktop.screenshot(picture);
+  assert.ok(statSync(picture).size > 5000);
+});
+
+test('a real click on the page starts the clicker, F6 stops it', options, async () => {
+  const { x, y } = await placeOf('button', 'Start clicking');
+  await world.hand.moveTo(x, y);
+  await waitUntil(
+    () => inspector.evaluate("!!document.querySelector('button:hover')"),
+    'the pointer is on it',
+  );
+  await world.hand.click(Button.Left);
+  await program.waitForStatus((s) => s.autoClicking, 'it clicks');
+  await waitUntil(() => observer.presses().length >= 3, 'clicks arrive elsewhere');
+  await world.hand.tap(Key.F6);
+  await program.waitForStatus((s) => !s.autoClicking, 'it stops');
+  await waitUntil(
+    async () => /Idle/.test(await inspector.evaluate('document.body.innerText')),
+    'the page says so',
+  );
+});
+
+test('a right click opens no browser menu', options, async () => {
+  const { x, y } = await placeOf('h2', 'Clicker');
+  const prevented = inspector.evaluate(`new Promise((resolve) => window.addEventListener('contextmenu',
+    (event) => setTimeout(() => resolve(event.defaultPrevented)), { once: true }))`);
+  await world.hand.moveTo(x, y);
+  await world.hand.click(Button.Right);
+  assert.equal(await prevented, true);
+});
+
+// The library's own promise table would keep every answer for as long as the page lives.
+test('answers are not kept', options, async () => {
+  const freed = await inspector.evaluate(`(async () => {
+    let freed = 0;
+    const registry = new FinalizationRegistry(() => ++freed);
+    for (let i = 0; i < 200; ++i) registry.register(await window.getMacroEvents(), i);
+    // The page goes on as ever, until its memory has been tidied.
+    for (let i = 0; i < 300 && freed < 150; ++i) {
+      await window.getMacroEvents();
+      await new Promise((resolve) => setTimeout(resolve, 10));
+    }
+    return freed;
+  })()`);
+  assert.ok(freed >= 150, `${freed} of 200 answers were let go`);
+});
+
+test('closing the window ends the program and leaves no process of the view', options, async () => {
+  const session = join(installation.data, 'session.dat');
+  assert.equal(await program.closeWindow(observer), 0);
+  assert.ok(existsSync(session));
+  assert.match(readFileSync(session, 'utf8'), /PROFILE:Large/);
+  const left = () =>
+    readdirSync('/proc').flatMap((id) => {
+      try {
+        const own = readFileSync(`/proc/${id}/environ`, 'utf8').includes(installation.env.LOCALAPPDATA);
+        return own ? [readFileSync(`/proc/${id}/comm`, 'utf8').trim()] : [];
+      } catch {
+        return [];
+      }
+    });
+  await waitUntil(() => left().length === 0, 'every process of the view has ended').catch((error) => {
+    throw new Error(`${error.message}: ${left()}`);
+  });
+});
