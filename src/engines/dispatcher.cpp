@@ -59,7 +59,7 @@ void DispatchRecording() {
     }
 }
 
-// The middle button is not released: a macro's own release of it is taken to come or to be missed.
+// Only the left and the right button: whatever else a macro holds down stays down.
 void CleanUpAfterMacro() {
     SendMouseFlags(kMouseLeftUp);
     SendMouseFlags(kMouseRightUp);
