@@ -173,7 +173,7 @@ void ReadDevices(HookThread& thread) {
         }
         device.injects = HasXtestMark(thread.display, info.deviceid);
         if (SaysAbsolute(info)) {
-            device.motion.kind = RawKind::Absolute;
+            device.motion.kind = RawKind::Positions;
         }
         known.emplace(info.deviceid, std::move(device));
     }

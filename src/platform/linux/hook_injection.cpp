@@ -12,6 +12,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <vector>
 
@@ -40,6 +41,11 @@ std::condition_variable handOverDone;
 std::vector<FakeInput*> handedOver;  // guarded by handOverMutex; each lives on its sender's stack
 thread_local bool isInputThread = false;
 
+// The protocol has 16 bits for a position; no screen is wider.
+int ShortNumber(int32_t value) {
+    return std::clamp<int32_t>(value, INT16_MIN, INT16_MAX);
+}
+
 void SendNow(Display* display, const FakeInput& input) {
     switch (input.kind) {
     case FakeKind::Key:
@@ -49,10 +55,10 @@ void SendNow(Display* display, const FakeInput& input) {
         XTestFakeButtonEvent(display, input.code, input.press ? True : False, CurrentTime);
         break;
     case FakeKind::Position:
-        XTestFakeMotionEvent(display, -1, input.x, input.y, CurrentTime);
+        XTestFakeMotionEvent(display, -1, ShortNumber(input.x), ShortNumber(input.y), CurrentTime);
         break;
     case FakeKind::Motion:
-        XTestFakeRelativeMotionEvent(display, input.x, input.y, CurrentTime);
+        XTestFakeRelativeMotionEvent(display, ShortNumber(input.x), ShortNumber(input.y), CurrentTime);
         break;
     }
 }

@@ -22,7 +22,7 @@ void AppendCounts(RawMotion& motion, double dx, double dy, int64_t counter, std:
 }
 
 void AppendReport(RawMotion& motion, const RawReport& report, std::vector<RawCounts>& counts) {
-    if (motion.kind == RawKind::Relative) {
+    if (motion.kind == RawKind::Counts) {
         AppendCounts(motion, report.movedX ? report.x : 0, report.movedY ? report.y : 0, report.counter,
                      counts);
         return;
@@ -42,7 +42,7 @@ bool Near(double left, double right, double distance) {
 
 void TakeRawReport(RawMotion& motion, const RawReport& report, double beforeX, double beforeY,
                    std::vector<RawCounts>& counts) {
-    if (motion.kind == RawKind::Relative || motion.kind == RawKind::Hidden) {
+    if (motion.kind == RawKind::Counts || motion.kind == RawKind::HiddenPositions) {
         AppendReport(motion, report, counts);
     } else if (motion.kind == RawKind::Unknown && motion.waiting.size() < kMostWaiting) {
         if (motion.waiting.empty()) {
@@ -73,7 +73,7 @@ void JudgeRawMotion(RawMotion& motion, double afterX, double afterY, std::vector
     if (couldBePosition && couldBeCount) {
         return;
     }
-    motion.kind = couldBePosition ? RawKind::Hidden : RawKind::Relative;
+    motion.kind = couldBePosition ? RawKind::HiddenPositions : RawKind::Counts;
     std::vector<RawReport> waiting;
     waiting.swap(motion.waiting);
     for (const RawReport& report : waiting) {

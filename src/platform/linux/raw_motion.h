@@ -6,10 +6,10 @@
 
 // What the numbers of a device are.
 enum class RawKind {
-    Unknown,   // not yet told apart
-    Relative,  // counts moved since the last report
-    Hidden,  // positions, though the device calls itself relative: servers inside servers and remote desktops
-    Absolute,  // positions, and the device says so: not reported
+    Unknown,  // not yet told apart
+    Counts,   // counts moved since the last report
+    HiddenPositions,  // positions, though the device calls itself relative: servers inside servers and remote desktops
+    Positions,  // positions, and the device says so: not reported
 };
 
 struct RawReport {
@@ -28,7 +28,8 @@ struct RawCounts {
 
 struct RawMotion {
     RawKind kind = RawKind::Unknown;
-    double lastX = 0;  // Hidden: its last position. Unknown: the pointer before the first report that waits
+    double lastX =
+        0;  // HiddenPositions: the last one. Unknown: the pointer before the first report that waits
     double lastY = 0;
     double restX = 0;  // part of a count that was not reported yet
     double restY = 0;

@@ -5,6 +5,9 @@
 #include "platform/linux/keys.h"
 
 #include <algorithm>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/wait.h>
 #include <utility>
 
 namespace {
@@ -215,8 +218,13 @@ TEST_F(Hooks, SwallowedWithModifiersAndLocks) {
     hooks.Swallow({kCodeF6});
     for (const uint32_t modifier : {37U, 50U, 64U, 133U, 66U, 77U, 105U, 108U}) {
         target.Clear();
+        const int presses = CountKeys(kCodeF6, true);
         person.Key(modifier, true);
-        person.Tap(kKeyF6);
+        person.Key(kKeyF6, true);
+        ASSERT_TRUE(WaitFor([&] { return CountKeys(kCodeF6, true) == presses + 1; }));
+        person.Key(kKeyF6, false);
+        ASSERT_TRUE(WaitFor([&] { return CountKeys(kCodeF6, false) == presses + 1; }));
+        hooks.AwaitInterest();
         person.Key(modifier, false);
         Fence();
         EXPECT_EQ(target.Count('k', kKeyF6), 0) << modifier;
@@ -370,10 +378,16 @@ TEST_F(Hooks, CaptureLetsInjectedKeysThrough) {
 TEST_F(Hooks, CaptureEndsWithoutAKey) {
     target.Clear();
     hooks.CaptureNextKey();
+    {
+        const std::lock_guard lock(TheSinks().mutex);
+        TheSinks().captureKey = false;
+    }
     hooks.SetInterest(HookInterest{});
     person.Tap(kKeyA);
     Fence();
     EXPECT_EQ(target.Text(), "k38 K38 k52 K52");
+    OtherProgram other;
+    EXPECT_TRUE(WaitFor([&] { return CanGrabKeyboard(other); })) << "the keyboard is let go of";
 }
 
 TEST_F(Hooks, PickTakesOneLeftClick) {
@@ -613,9 +627,67 @@ TEST_F(Hooks, CaptureWaitsForAnotherProgramsGrab) {
     EXPECT_EQ(target.Count('k', kKeyA), 0);
 }
 
+// A process that dies in the middle leaves nothing behind that holds a key or button back.
+TEST_F(Hooks, NothingStaysGrabbedAfterAKill) {
+    hooks.Stop();
+    for (const char* mode : {"swallow", "capture"}) {
+        int output[2];
+        ASSERT_EQ(pipe2(output, O_CLOEXEC), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            dup2(output[1], STDOUT_FILENO);
+            execl("/proc/self/exe", "hooks_tests", "--hold", mode, nullptr);
+            _exit(127);
+        }
+        close(output[1]);
+        FILE* lines = fdopen(output[0], "r");
+        char line[100] = {};
+        ASSERT_NE(fgets(line, sizeof(line), lines), nullptr);
+        ASSERT_STREQ(line, "ready\n");
+        person.Key(kKeyF6, true);
+        ASSERT_NE(fgets(line, sizeof(line), lines), nullptr);
+        ASSERT_STREQ(line, "held\n");
+        kill(child, SIGKILL);
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        fclose(lines);
+        person.Key(kKeyF6, false);
+        // The server notices a closed connection at its own pace; presses until then are the dead one's.
+        target.Clear();
+        ASSERT_TRUE(WaitFor([&] {
+            person.Tap(kKeyF6);
+            person.Click(2);
+            return target.Count('K', kKeyF6) > 0 && target.Count('B', 2) > 0;
+        })) << mode;
+    }
+}
+
+// The other side of that test: holds F6, or captures, until it is killed.
+void HoldUntilKilled(const std::string& mode) {
+    Person person;
+    HookedThread hooks(person);
+    if (mode == "capture") {
+        hooks.CaptureNextKey();
+    } else {
+        hooks.Swallow({kCodeF6, 4});
+    }
+    std::puts("ready");
+    std::fflush(stdout);
+    WaitFor([&] { return hooks.KeyText() == "d117"; });
+    hooks.AwaitInterest();
+    std::puts("held");
+    std::fflush(stdout);
+    for (;;) {
+        pause();
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 3 && std::string(argv[1]) == "--hold") {
+        HoldUntilKilled(argv[2]);
+    }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -1,0 +1,154 @@
+// Windows of other programs under a window manager. Run by tests/linux/run.sh.
+#include "test_desktop.h"
+
+#include "platform/desktop.h"
+
+#include <X11/Xatom.h>
+#include <X11/Xutil.h>
+#include <string>
+
+namespace {
+
+// An ordinary window of another application.
+class ManagedWindow {
+  public:
+    ManagedWindow(const std::string& title, int x, int y, uint32_t processId)
+        : display_(OpenTestDisplay(nullptr)) {
+        window_ = XCreateSimpleWindow(display_, DefaultRootWindow(display_), x, y, 300, 200, 0, 0, 0);
+        XStoreName(display_, window_, "an older name");
+        XChangeProperty(display_, window_, Atom_("_NET_WM_NAME"), Atom_("UTF8_STRING"), 8, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(title.data()), static_cast<int>(title.size()));
+        const unsigned long process = processId;
+        XChangeProperty(display_, window_, Atom_("_NET_WM_PID"), XA_CARDINAL, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(&process), 1);
+        XSizeHints hints{};
+        hints.flags = USPosition | PPosition;
+        hints.x = x;
+        hints.y = y;
+        XSetWMNormalHints(display_, window_, &hints);
+        XMapWindow(display_, window_);
+        XSync(display_, False);
+    }
+    ~ManagedWindow() { XCloseDisplay(display_); }
+    ManagedWindow(const ManagedWindow&) = delete;
+    ManagedWindow& operator=(const ManagedWindow&) = delete;
+
+    void Minimise() {
+        XIconifyWindow(display_, window_, DefaultScreen(display_));
+        XSync(display_, False);
+    }
+    Window Id() const { return window_; }
+    Display* Connection() { return display_; }
+    bool HasFocus() {
+        Window focus = None;
+        int revert = 0;
+        XGetInputFocus(display_, &focus, &revert);
+        return focus == window_;
+    }
+
+  private:
+    Atom Atom_(const char* name) { return XInternAtom(display_, name, False); }
+
+    Display* display_;
+    Window window_;
+};
+
+TEST(Desktop, WindowsByTitle) {
+    ManagedWindow one("Varnelle ünï", 50, 50, 1);
+    ManagedWindow two("Varnelle two", 500, 50, 1);
+    ManagedWindow three(std::string(300, 't'), 50, 500, 1);
+    ASSERT_TRUE(WaitFor([&] { return ListTopLevelWindows().size() == 3; }));
+    EXPECT_EQ(FindWindowByTitle("Varnelle ünï"), one.Id());
+    EXPECT_EQ(FindWindowByTitle("Varnelle two"), two.Id());
+    EXPECT_EQ(FindWindowByTitle("Varnelle"), 0U);
+    EXPECT_EQ(FindWindowByTitle("an older name"), 0U);
+    EXPECT_EQ(FindWindowByTitle(std::string(255, 't').c_str()), three.Id());
+    for (ManagedWindow* window : {&one, &two, &three, &one}) {
+        ForceForeground(window->Id());
+        EXPECT_TRUE(WaitFor(
+            [&] { return ListTopLevelWindows().front().window == window->Id() && window->HasFocus(); }));
+    }
+}
+
+TEST(Desktop, MinimisedAndRestored) {
+    ManagedWindow window("Small", 50, 50, 1);
+    ASSERT_TRUE(WaitFor([&] { return FindWindowByTitle("Small") != 0; }));
+    EXPECT_FALSE(IsWindowMinimised(window.Id()));
+    window.Minimise();
+    ASSERT_TRUE(WaitFor([&] { return IsWindowMinimised(window.Id()); }));
+    EXPECT_EQ(FindWindowByTitle("Small"), window.Id());
+    RestoreWindow(window.Id());
+    EXPECT_TRUE(WaitFor([&] { return !IsWindowMinimised(window.Id()); }));
+}
+
+TEST(Desktop, Icons) {
+    ManagedWindow window("Icons", 50, 50, 1);
+    SetWindowIcons(window.Id());
+    Atom type = None;
+    int format = 0;
+    unsigned long count = 0;
+    unsigned long left = 0;
+    unsigned char* data = nullptr;
+    ASSERT_TRUE(WaitFor([&] {
+        return XGetWindowProperty(window.Connection(), window.Id(),
+                                  XInternAtom(window.Connection(), "_NET_WM_ICON", False), 0, 100000, False,
+                                  XA_CARDINAL, &type, &format, &count, &left, &data) == Success &&
+               count > 0;
+    }));
+    const unsigned long* pixels = reinterpret_cast<const unsigned long*>(data);
+    unsigned long at = 0;
+    int pictures = 0;
+    while (at + 2 < count) {
+        const unsigned long size = pixels[at];
+        EXPECT_EQ(pixels[at + 1], size);
+        const unsigned long* picture = pixels + at + 2;
+        EXPECT_EQ(picture[0] >> 24 & 0xFF, 0U) << "the corner is clear";
+        EXPECT_EQ(picture[size / 2 * size + size / 16] >> 24 & 0xFF, 255U) << "the ground is solid";
+        const unsigned long dot = picture[size * 17 / 64 * size + size * 48 / 64];
+        EXPECT_GT(dot >> 16 & 0xFF, 200U) << "the dot is orange";
+        EXPECT_LT(dot & 0xFF, 120U);
+        at += 2 + size * size;
+        ++pictures;
+    }
+    EXPECT_EQ(at, count);
+    EXPECT_EQ(pictures, 4);
+    XFree(data);
+}
+
+TEST(Desktop, MissingWindowsDoNothing) {
+    constexpr WindowRef kGone = 0x00600123;
+    for (const WindowRef window : {WindowRef{0}, kGone}) {
+        EXPECT_FALSE(IsWindowMinimised(window));
+        RestoreWindow(window);
+        ForceForeground(window);
+        SetWindowIcons(window);
+    }
+    EXPECT_EQ(FindWindowByTitle("no such window"), 0U);
+}
+
+TEST(Desktop, ProcessUnderAPoint) {
+    uint32_t process = 0;
+    EXPECT_FALSE(ProcessAtPoint(1500, 900, &process)) << "the bare root";
+    ManagedWindow window("Here", 200, 200, 4242);
+    ASSERT_TRUE(WaitFor([&] { return ProcessAtPoint(300, 300, &process); }));
+    EXPECT_EQ(process, 4242U);
+    // Also on the frame that the window manager put around it, above the window.
+    EXPECT_TRUE(WaitFor([&] {
+        for (int y = 150; y < 230; ++y) {
+            process = 0;
+            if (ProcessAtPoint(300, y, &process)) {
+                return process == 4242U;
+            }
+        }
+        return false;
+    }));
+    TargetWindow bare(700, 700, 50, 50);
+    EXPECT_FALSE(ProcessAtPoint(720, 720, &process)) << "a window that tells no process";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
