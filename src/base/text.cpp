@@ -2,6 +2,7 @@
 
 #include "base/number_scan.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -76,9 +77,7 @@ namespace {
 constexpr int kSignificantDigits = 6;
 
 char* CopyWord(char* out, const char* word) {
-    const size_t length = std::strlen(word);
-    std::memcpy(out, word, length);
-    return out + length;
+    return std::copy_n(word, std::strlen(word), out);
 }
 
 // Six digits at decimal exponent `exponent`, in the shorter of plain and exponent form, without trailing zeros.

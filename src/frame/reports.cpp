@@ -11,6 +11,7 @@
 #include "storage/data_folder.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -21,6 +22,9 @@ constexpr size_t kAlwaysMirroredSize = 0x20000;
 // UI thread only.
 struct EventListReport {
     uint64_t revision = 0;  // of the macro that `text` was built from; 0 is none, macros start at 1
+    // The macro's copy for building the text. Kept, so that the next copy under the lock, which a recording waits for,
+    // needs no new memory.
+    std::vector<UnifiedEvent> events;
     std::string text;
     bool mirrored = false;  // this text was written to macroevents.txt
 };
@@ -47,7 +51,6 @@ bool CanUndoNow() REQUIRES(macroMutex) {
 
 // Builds the text anew if the macro has changed.
 void RefreshEventList() {
-    std::vector<UnifiedEvent> events;
     {
         MutexLock lock(macroMutex);
         if (macroState.revision == eventList.revision) {
@@ -55,10 +58,12 @@ void RefreshEventList() {
         }
         eventList.revision = macroState.revision;
         if (const Profile* profile = CurrentProfile()) {
-            events = profile->events;
+            eventList.events = profile->events;
+        } else {
+            eventList.events.clear();
         }
     }
-    BuildMacroEventsJson(events, eventList.text);
+    BuildMacroEventsJson(eventList.events, eventList.text);
     eventList.mirrored = false;
 }
 

@@ -127,7 +127,9 @@ class World {
   }
 
   wineEnvironment() {
-    return onWindows ? { WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe=' } : {};
+    return onWindows
+      ? { WINEDEBUG: '-all', WINEDLLOVERRIDES: 'mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe=' }
+      : {};
   }
 
   async openObserver(title, place = { x: 560, y: 120, width: 420, height: 420 }) {
@@ -318,8 +320,7 @@ export class Program {
   // As a person closes a window; gives the exit code.
   async closeWindow(observer) {
     observer.closeWindow(kMainTitle);
-    const result = await Promise.race([this.child.ended, pause(20000).then(() => null)]);
-    if (!result) throw new Error('the program did not end after its window was closed');
+    const result = await waitUntil(() => this.child.result, 'the program ends with its window');
     return result.code;
   }
 

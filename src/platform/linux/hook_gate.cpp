@@ -56,6 +56,7 @@ void Reserve(HookThread& thread, Gate& gate, int code) {
         return;
     }
     std::vector<XIGrabModifiers> each;
+    each.reserve(256);
     for (int combination = 0; combination < 256; ++combination) {
         each.push_back({combination, 0});
     }

@@ -68,7 +68,7 @@ std::string CreatePageHost(PageHost** host) {
         return NoDisplayMessage();
     }
     auto created = std::make_unique<PageHost>();
-    const std::string failure = LoadLibraryOfPage(created.get());
+    std::string failure = LoadLibraryOfPage(created.get());
     if (!failure.empty()) {
         return failure;
     }

@@ -95,7 +95,7 @@ std::string SessionPath(const BusLibrary& library) {
         library.encodePath("/org/freedesktop/login1/session", session.c_str(), &path) < 0) {
         return "";
     }
-    const std::string result = path;
+    std::string result = path;
     std::free(path);
     return result;
 }
