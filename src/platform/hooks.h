@@ -32,7 +32,7 @@ struct KeyHookRecord {
 
 struct MouseHookRecord {
     uint32_t message = 0;
-    int32_t x = 0;           // physical pixels
+    int32_t x = 0;  // physical pixels
     int32_t y = 0;
     uint32_t mouseData = 0;  // high word: wheel delta as a signed 16-bit value, or which side button (1, 2)
     bool injected = false;
@@ -56,12 +56,12 @@ constexpr uint32_t kSessionLock = 7;
 // What the sinks might consume at this moment. A home that must reserve a press with the system beforehand (X11 grabs)
 // reads it; others ignore it. A code in the list may still be answered with Pass.
 struct HookInterest {
-    uint32_t codes[8] = {};       // keys, and button codes 1, 2, 4, 5, 6
+    uint32_t codes[8] = {};  // keys, and button codes 1, 2, 4, 5, 6
     int codeCount = 0;
-    bool anyKey = false;          // the next key press is captured, whatever it is
-    uint32_t buttons = 0;         // further buttons wanted, one bit a button code (1 << code)
-    bool rawMotion = false;       // raw mouse reports are wanted
-    bool everyEvent = false;      // passed events matter too (a recording runs)
+    bool anyKey = false;      // the next key press is captured, whatever it is
+    uint32_t buttons = 0;     // further buttons wanted, one bit a button code (1 << code)
+    bool rawMotion = false;   // raw mouse reports are wanted
+    bool everyEvent = false;  // passed events matter too (a recording runs)
 
     bool operator==(const HookInterest&) const = default;
 };
