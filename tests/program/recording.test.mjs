@@ -157,20 +157,36 @@ test('clicks on the own window are not recorded, the wheel there is', limit, asy
   await begin();
   const own = await observer.window(kMainTitle);
   assert.ok(own.found);
+  // A key press in between tells, by being counted, that everything before it has been looked at.
+  const mark = async () => {
+    const { count } = await program.call('getTrackerStatus');
+    await hand.tap(Key.K, 0);
+    await waitUntil(
+      async () => (await program.call('getTrackerStatus')).count >= count + 2,
+      'the key is recorded',
+    );
+  };
+  const step = async (action) => {
+    await action;
+    await mark();
+  };
+  const press = async (button) => {
+    await step(hand.buttonDown(button));
+    await step(hand.buttonUp(button));
+  };
   await record(async () => {
-    await hand.moveTo(own.x + 100, own.y + 100);
-    await hand.click(Button.Left);
-    await hand.click(Button.WheelUp, 0);
+    await step(hand.moveTo(own.x + 100, own.y + 100));
+    await press(Button.Left);
+    await step(hand.click(Button.WheelUp, 0));
     // The release of a press on the own window goes with its press, wherever it happens.
-    await hand.buttonDown(Button.Left);
-    await observer.pointAt();
-    await hand.buttonUp(Button.Left);
-    await hand.click(Button.Left);
+    await step(hand.buttonDown(Button.Left));
+    await step(observer.pointAt());
+    await step(hand.buttonUp(Button.Left));
+    await press(Button.Left);
     // And the other way round.
-    await hand.buttonDown(Button.Right);
-    await hand.moveTo(own.x + 100, own.y + 100);
-    await hand.buttonUp(Button.Right);
-    await pause(50);
+    await step(hand.buttonDown(Button.Right));
+    await step(hand.moveTo(own.x + 100, own.y + 100));
+    await step(hand.buttonUp(Button.Right));
   });
   const list = await events();
   const { x, y } = observer.center();
