@@ -1,0 +1,198 @@
+// What is missing or wrong is said in one sentence, nothing hangs, and the work is kept.
+import assert from 'node:assert/strict';
+import { existsSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
+import { after, afterEach, before, test } from 'node:test';
+import { buildFolder, kMainTitle, makeInstallation, onWindows, openWorld } from './harness.mjs';
+import { stop, waitUntil } from './processes.mjs';
+import { Key } from './real_hand.mjs';
+
+const limit = { timeout: 120000 };
+const kSession =
+  'SETTINGS:0,0,0,77,0,0,1,10,0,0,0,1,1,1,1,0,1,0,500,119,118,0,117,0,0,0,5,1,10,120,32,32,0,0,0,121\n' +
+  'CURRENT:0\nPROFILE:Default Tracking Profile\n3,0,0,0,0,65,1,0\n3,0.5,0,0,0,65,0,0\n';
+
+let world;
+let hand;
+let installations = [];
+
+before(async () => {
+  world = await openWorld();
+  hand = world.hand;
+}, limit);
+afterEach(async () => {
+  await world.closeOpened();
+  for (const installation of installations.splice(0)) installation.remove();
+}, limit);
+after(() => world?.close(), limit);
+
+function install(options) {
+  const installation = makeInstallation(options);
+  installations.push(installation);
+  mkdirSync(installation.data);
+  writeFileSync(join(installation.data, 'session.dat'), kSession);
+  return installation;
+}
+
+function assertSessionKept(installation) {
+  const lines = readFileSync(join(installation.data, 'session.dat'), 'latin1').split(/\r?\n/);
+  assert.match(lines[0], /^SETTINGS:0,0,0,77,/);
+  for (const line of ['3,0,0,0,0,65,1,0', '3,0.5,0,0,0,65,0,0']) assert.ok(lines.includes(line), line);
+}
+
+// Starts a program that has something to say; gives the words, from the message box's place or standard error.
+function startTelling(installation) {
+  const child = world.startBare(installation, [], { stdio: ['ignore', 'ignore', 'pipe'] });
+  child.words = '';
+  child.stderr.on('data', (data) => (child.words += data));
+  return child;
+}
+
+// On Windows a message waits for the person: sees it and answers it.
+async function answerMessage(observer, title) {
+  if (!onWindows) return;
+  await waitUntil(async () => (await observer.window(title)).found, `the message "${title}"`);
+  observer.closeWindow(title);
+  await waitUntil(async () => !(await observer.window(title)).found, 'the message is gone');
+}
+
+test('without its web-view library the program says so and ends with the session kept', limit, async () => {
+  const installation = install({ library: null });
+  const observer = await world.openObserver('Another application');
+  const child = startTelling(installation);
+  try {
+    await answerMessage(observer, 'Varnelle');
+    const result = await waitUntil(() => child.result, 'the program ends');
+    assert.equal(result.code, 1);
+    if (!onWindows) assert.match(child.words, /libwebview\.so is missing; put it back beside the program/);
+    assertSessionKept(installation);
+  } finally {
+    await stop(child);
+  }
+});
+
+test(
+  'without a display the program says so and ends',
+  { ...limit, skip: onWindows && 'Windows always has one' },
+  async () => {
+    const installation = install();
+    installation.env.DISPLAY = '';
+    const child = startTelling(installation);
+    try {
+      const result = await waitUntil(() => child.result, 'the program ends');
+      assert.equal(result.code, 1);
+      assert.match(child.words, /DISPLAY names no X11 display; start it from a desktop session/);
+      assertSessionKept(installation);
+    } finally {
+      await stop(child);
+    }
+  },
+);
+
+test(
+  'the real library without a browser runtime',
+  { ...limit, skip: !onWindows && 'a matter of WebView2' },
+  async () => {
+    const installation = install({ library: join(buildFolder, 'dist/libwebview.dll') });
+    const observer = await world.openObserver('Another application');
+    const child = startTelling(installation);
+    try {
+      await answerMessage(observer, 'Varnelle');
+      assert.equal((await waitUntil(() => child.result, 'the program ends')).code, 1);
+      assertSessionKept(installation);
+    } finally {
+      await stop(child);
+    }
+  },
+);
+
+test('without its page the window stays empty and the hotkeys work', limit, async () => {
+  const installation = install();
+  rmSync(join(installation.program, '../ui/index.html'));
+  const observer = await world.openObserver('Another application');
+  await observer.pointAt();
+  const child = startTelling(installation);
+  try {
+    await world.server.next();
+    await answerMessage(observer, 'UI Error');
+    if (!onWindows) await waitUntil(() => /Failed to read:\n.*index\.html/.test(child.words), 'the message');
+    await waitUntil(async () => (await observer.window(kMainTitle)).found, 'the window is there');
+    await observer.takeFocus();
+    observer.clear();
+    await hand.tap(Key.F6);
+    await waitUntil(() => observer.presses().length >= 5, 'F6 starts clicking');
+    await hand.tap(Key.F6);
+    await observer.settle();
+    assert.deepEqual(observer.keys(), []);
+    observer.closeWindow(kMainTitle);
+    assert.equal((await waitUntil(() => child.result, 'the program ends')).code, 0);
+    assertSessionKept(installation);
+  } finally {
+    await stop(child);
+  }
+});
+
+test(
+  'a malformed number rejects the promise, keeps the fields before it, and ends nothing',
+  limit,
+  async () => {
+    const installation = install();
+    const program = await world.startProgram({ installation });
+    const rejected = (name, ...args) =>
+      program.page.evaluate(
+        ([command, list]) =>
+          window[command](...list).then(
+            () => 'resolved',
+            (reason) => `rejected ${typeof reason}`,
+          ),
+        [name, args],
+      );
+    assert.equal(await rejected('updateSpammer', '0,0,3,many,2,1,0,10,0'), 'rejected string');
+    let settings = await program.call('getSettings');
+    assert.deepEqual([settings.ss, settings.sms, settings.sbtn], [3, 77, 0]);
+    assert.equal(await rejected('updateKeySpam', '1,x,0,5,1,10'), 'rejected string');
+    assert.equal(await rejected('updateTracker', '1,1,1,1,0,fast,0,500'), 'rejected string');
+    assert.equal(await rejected('deleteEvent', 'first'), 'rejected string');
+    assert.equal(await rejected('updateEventTime', '0,soon'), 'rejected string');
+    assert.equal(await rejected('removeKeySpamTarget', 'x'), 'resolved');
+    // Numbers and texts mean the same.
+    assert.equal(await program.call('updateSpammer', 0, 0, 0, 5, 0, 0, 1, 10, 0), undefined);
+    settings = await program.call('getSettings');
+    assert.equal(settings.sms, 5);
+    assert.equal(await program.call('updateSpammer', '0,0,0,6,0,0,1,10,0'), undefined);
+    assert.equal((await program.call('getSettings')).sms, 6);
+    assert.equal(program.child.result, undefined);
+  },
+);
+
+test('names of every kind go into the page and the session and come back', limit, async () => {
+  const installation = install();
+  const session = kSession.replace('PROFILE:Default', 'PROFILE:caf\xe9 <b>bold</b> \\n\nPROFILE:Default');
+  writeFileSync(join(installation.data, 'session.dat'), session, 'latin1');
+  let program = await world.startProgram({ installation });
+  const { names } = await program.call('getProfiles');
+  assert.deepEqual(names, ['caf\ufffd <b>bold</b> \\n', 'Default Tracking Profile']);
+  await waitUntil(
+    async () =>
+      (await program.page.getByRole('combobox', { name: 'Profile' }).innerText()).includes('<b>bold</b>'),
+    'the page shows the name as text',
+  );
+  const observer = await world.openObserver('Another application');
+  assert.equal(await program.closeWindow(observer), 0);
+  const saved = readFileSync(join(installation.data, 'session.dat'), 'latin1');
+  assert.ok(saved.includes('PROFILE:caf\xe9 <b>bold</b> \\n'), 'every byte is kept');
+});
+
+test(
+  'a request to end from outside ends it as its window does',
+  { ...limit, skip: onWindows && 'signals' },
+  async () => {
+    const installation = install();
+    const program = await world.startProgram({ installation });
+    program.child.kill('SIGTERM');
+    const result = await waitUntil(() => program.child.result, 'the program ends');
+    assert.deepEqual(result, { code: 0, signal: null });
+    assertSessionKept(installation);
+    assert.ok(existsSync(join(installation.data, 'status.txt')));
+  },
+);
