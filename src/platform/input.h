@@ -46,7 +46,8 @@ int32_t PrimaryScreenHeight();
 // The pointer in physical pixels; false if the system will not tell.
 bool ReadPointerPosition(int32_t* x, int32_t* y);
 
-// Set-1 scan code of a virtual key (MAPVK_VK_TO_VSC), 0 if it has none.
+// Set-1 scan code of a virtual key (MAPVK_VK_TO_VSC), 0 if it has none. A home whose system names and takes keys with
+// their prefix leaves its mark above the low 8 bits of those that the sender does not mark as extended itself.
 uint32_t ScanCodeOfKey(uint32_t virtualKey);
 
 // The system's name of a key (GetKeyNameTextA): scan code shifted left 16 bits, bit 24 for an extended key. Empty if

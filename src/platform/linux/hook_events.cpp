@@ -77,6 +77,7 @@ HookAnswer TellKey(HookThread& thread, uint32_t virtualKey, bool press, bool inj
     record.virtualKey = virtualKey;
     record.injected = injected;
     record.counter = counter;
+    thread.lastCounter = counter;
     return thread.sinks.onKey(record);
 }
 
@@ -225,7 +226,8 @@ void ReportRepeats(HookThread& thread) {
     }
     while (thread.repeat.keycode != 0 && ReadPerformanceCounter() >= thread.repeat.nextAt) {
         // The time at which it was due, so that a late turn of this thread does not show in a recording.
-        TellKey(thread, thread.repeat.virtualKey, true, false, thread.repeat.nextAt);
+        const int64_t counter = std::max(thread.repeat.nextAt, thread.lastCounter);
+        TellKey(thread, thread.repeat.virtualKey, true, false, counter);
         thread.repeat.nextAt += thread.repeat.interval;
     }
 }
@@ -254,6 +256,7 @@ void OnRawButton(HookThread& thread, const XIRawEvent& event, bool press) {
     record.mouseData = messages.mouseData;
     record.injected = injected;
     record.counter = now;
+    thread.lastCounter = now;
     const HookAnswer answer = thread.sinks.onMouse(record);
     const uint32_t button = static_cast<uint32_t>(event.detail);
     GateAnswers& answers = (injected ? thread.pointer.injected : thread.pointer.real)[button];
@@ -337,5 +340,6 @@ void ReportMove(HookThread& thread) {
     record.y = y - thread.screen.y;
     record.injected = thread.moveInjected;
     record.counter = now;
+    thread.lastCounter = now;
     thread.sinks.onMouse(record);
 }

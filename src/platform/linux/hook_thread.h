@@ -74,7 +74,8 @@ struct HookThread {
 
     uint32_t pressedAs[kCodeLimit] = {};  // virtual key that the last press of a keycode was reported as
     KeyRepeat repeat;
-    bool moveWaits = false;  // the pointer moved and the sink has not heard of it
+    int64_t lastCounter = 0;  // of the last record that a sink was told
+    bool moveWaits = false;   // the pointer moved and the sink has not heard of it
     bool moveInjected = false;
     int moveDevice = 0;  // the device that moved it
     int pointerX = 0;    // on the root window, when it was last asked for
