@@ -83,6 +83,8 @@ TEST(Desktop, MinimisedAndRestored) {
 
 TEST(Desktop, Icons) {
     ManagedWindow window("Icons", 50, 50, 1);
+    // The window manager gives a new window a picture of its own first.
+    ASSERT_TRUE(WaitFor([&] { return FindWindowByTitle("Icons") != 0; }));
     SetWindowIcons(window.Id());
     Atom type = None;
     int format = 0;
@@ -93,7 +95,7 @@ TEST(Desktop, Icons) {
         return XGetWindowProperty(window.Connection(), window.Id(),
                                   XInternAtom(window.Connection(), "_NET_WM_ICON", False), 0, 100000, False,
                                   XA_CARDINAL, &type, &format, &count, &left, &data) == Success &&
-               count > 0;
+               count > 10'000;
     }));
     const unsigned long* pixels = reinterpret_cast<const unsigned long*>(data);
     unsigned long at = 0;
