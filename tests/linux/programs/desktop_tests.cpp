@@ -118,8 +118,12 @@ TEST(Desktop, Icons) {
 }
 
 TEST(Desktop, MissingWindowsDoNothing) {
-    constexpr WindowRef kGone = 0x00600123;
-    for (const WindowRef window : {WindowRef{0}, kGone}) {
+    OtherProgram other;
+    const Window gone =
+        XCreateSimpleWindow(other.Connection(), DefaultRootWindow(other.Connection()), 0, 0, 9, 9, 0, 0, 0);
+    XDestroyWindow(other.Connection(), gone);
+    XSync(other.Connection(), False);
+    for (const WindowRef window : {WindowRef{0}, WindowRef{gone}}) {
         EXPECT_FALSE(IsWindowMinimised(window));
         RestoreWindow(window);
         ForceForeground(window);
