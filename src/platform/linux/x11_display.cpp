@@ -9,7 +9,9 @@
 
 namespace {
 
+// The handlers of another library, for its own connections. Any thread.
 std::atomic<XErrorHandler> olderErrorHandler{nullptr};
+std::atomic<XIOErrorHandler> olderLossHandler{nullptr};
 
 // Which connections are ours cannot be asked in the handler, so ours carry a mark in a property that Xlib leaves to the
 // program.
@@ -18,13 +20,32 @@ XContext OwnDisplayMark() {
     return mark;
 }
 
-int OnProtocolError(Display* display, XErrorEvent* event) {
+bool IsOwn(Display* display) {
     XPointer found = nullptr;
-    if (XFindContext(display, None, OwnDisplayMark(), &found) == 0) {
-        return 0;
-    }
+    return XFindContext(display, None, OwnDisplayMark(), &found) == 0;
+}
+
+int OnProtocolError(Display* display, XErrorEvent* event) {
     const XErrorHandler older = olderErrorHandler.load();
-    return older == nullptr ? 0 : older(display, event);
+    return IsOwn(display) || older == nullptr ? 0 : older(display, event);
+}
+
+// Xlib's own one ends the process. Returning leads to the connection's own handler, below.
+int OnLoss(Display* display) {
+    const XIOErrorHandler older = olderLossHandler.load();
+    return IsOwn(display) || older == nullptr ? 0 : older(display);
+}
+
+// Another library may have set its handlers since; ours go in front of them.
+void SetHandlers() {
+    const XErrorHandler error = XSetErrorHandler(OnProtocolError);
+    if (error != OnProtocolError) {
+        olderErrorHandler.store(error);
+    }
+    const XIOErrorHandler loss = XSetIOErrorHandler(OnLoss);
+    if (loss != OnLoss) {
+        olderLossHandler.store(loss);
+    }
 }
 
 void OnConnectionLost(Display* /*display*/, void* lost) {
@@ -109,11 +130,7 @@ OwnConnection& ThreadConnection() {
 }  // namespace
 
 Display* OpenDisplay(bool* lost) {
-    // Another library may have set its own handler since; ours goes in front of it, once.
-    const XErrorHandler previous = XSetErrorHandler(OnProtocolError);
-    if (previous != OnProtocolError) {
-        olderErrorHandler.store(previous);
-    }
+    SetHandlers();
     Display* display = XOpenDisplay(nullptr);
     if (display == nullptr) {
         return nullptr;

@@ -1,11 +1,13 @@
 // The hooks against real input: a person's keys and clicks come from the outer server. Run by tests/linux/run.sh.
 #include "test_desktop.h"
 
+#include "platform/desktop.h"
 #include "platform/input.h"
 #include "platform/linux/keys.h"
 
 #include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <utility>
@@ -662,6 +664,74 @@ TEST_F(Hooks, NothingStaysGrabbedAfterAKill) {
     }
 }
 
+// A server that goes away ends the hooks and leaves the process alive.
+TEST_F(Hooks, TheLossOfTheServerEndsTheHooksOnly) {
+    int number[2];
+    int output[2];
+    ASSERT_EQ(pipe(number), 0);
+    ASSERT_EQ(pipe(output), 0);
+    const pid_t server = fork();
+    if (server == 0) {
+        const std::string file = std::to_string(number[1]);
+        execlp("Xvfb", "Xvfb", "-displayfd", file.c_str(), "-nolisten", "tcp", "-noreset", "-ac", nullptr);
+        _exit(127);
+    }
+    close(number[1]);
+    FILE* numbers = fdopen(number[0], "r");
+    char display[100] = ":";
+    ASSERT_NE(fgets(display + 1, 90, numbers), nullptr);
+    display[strcspn(display, "\n")] = '\0';
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(output[1], STDOUT_FILENO);
+        setenv("DISPLAY", display, 1);
+        execl("/proc/self/exe", "hooks_tests", "--lose", "server", nullptr);
+        _exit(127);
+    }
+    close(output[1]);
+    FILE* lines = fdopen(output[0], "r");
+    char line[100] = {};
+    ASSERT_NE(fgets(line, sizeof(line), lines), nullptr);
+    kill(server, SIGKILL);
+    waitpid(server, nullptr, 0);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status)) << status;
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    fclose(lines);
+    fclose(numbers);
+}
+
+// The other side of that test: everything is asked for once before the loss and once after it.
+int LoseServer() {
+    const auto useAll = [] {
+        int32_t x = 0;
+        int32_t y = 0;
+        uint32_t process = 0;
+        SendKeyRecord(0x1E, true);
+        SendKeyRecord(0x1E, false);
+        SendMouseRecord(kMouseLeftDown | kMouseLeftUp);
+        ReadPointerPosition(&x, &y);
+        ListTopLevelWindows();
+        ProcessAtPoint(5, 5, &process);
+        DoubleClickMilliseconds();
+        return PrimaryScreenWidth() > 0;
+    };
+    std::thread thread = StartThread("hooks", RunNotingHooks);
+    if (!useAll() || !WaitFor([] {
+            const std::lock_guard lock(TheSinks().mutex);
+            return TheSinks().interestReads > 0;
+        })) {
+        return 1;
+    }
+    std::puts("ready");
+    std::fflush(stdout);
+    JoinThread(thread);
+    StopHookThread();
+    HookInterestChanged();
+    return useAll() && useAll() ? 0 : 2;
+}
+
 // The other side of that test: holds F6, or captures, until it is killed.
 void HoldUntilKilled(const std::string& mode) {
     Person person;
@@ -687,6 +757,9 @@ void HoldUntilKilled(const std::string& mode) {
 int main(int argc, char** argv) {
     if (argc == 3 && std::string(argv[1]) == "--hold") {
         HoldUntilKilled(argv[2]);
+    }
+    if (argc == 3 && std::string(argv[1]) == "--lose") {
+        return LoseServer();
     }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
