@@ -38,7 +38,8 @@ if [ ! -s "$LOCALAPPDATA/Varnelle/status.txt" ]; then
     kill "$process" 2>/dev/null
     exit 1
 fi
-sleep 3
+# The first seconds go into building and drawing the page.
+sleep 10
 own=$(TicksOf "$process")
 web=$(TicksBelow "$process")
 sleep "$seconds"
