@@ -84,9 +84,10 @@ export async function openWorld() {
 
 class World {
   opened = [];
+  ownInstallations = [];
 
   // Starts the program and gives it with its page ready to press. `installation` keeps its data for a later start.
-  async startProgram({ installation = makeInstallation(), args = [] } = {}) {
+  async startProgram({ installation = this.makeOwnInstallation(), args = [] } = {}) {
     const child = this.startBare(installation, args);
     const program = new Program(this, child, installation);
     this.opened.push(program);
@@ -101,6 +102,13 @@ class World {
     // The page is alive once its first poll was answered.
     await waitUntil(() => existsSync(join(installation.data, 'status.txt')), 'the first poll');
     return program;
+  }
+
+  // One that goes away with what was opened.
+  makeOwnInstallation() {
+    const installation = makeInstallation();
+    this.ownInstallations.push(installation);
+    return installation;
   }
 
   // Starts the program without waiting for a page: a second instance, a console mode.
@@ -146,7 +154,11 @@ class World {
   }
 
   async closeOpened() {
-    for (const entry of this.opened.splice(0).reverse()) await entry.kill();
+    let failure;
+    for (const entry of this.opened.splice(0).reverse())
+      await entry.kill().catch((error) => (failure ??= error));
+    for (const installation of this.ownInstallations.splice(0)) installation.remove();
+    if (failure) throw failure;
   }
 
   async close() {
