@@ -21,11 +21,16 @@ ReadCounts() {
         /^# fail [0-9]+/ { failed += $3 }
         /^# cancelled [0-9]+/ { failed += $3 }
         /^# skipped [0-9]+/ { skipped += $3 }
+        # A runner that closes with its own line has counted what went before.
         /^[a-z-]+: [0-9]+ passed, [0-9]+ failed/ {
-            passed += $2; failed += $4
-            if ($0 ~ / skipped/) skipped += $6
+            closed = 1
+            closedPassed += $2; closedFailed += $4
+            if ($0 ~ / skipped/) closedSkipped += $6
         }
-        END { print passed + 0, failed + 0, skipped + 0 }' <(tr -d '\r' <"$log"))
+        END {
+            if (closed) print closedPassed + 0, closedFailed + 0, closedSkipped + 0
+            else print passed + 0, failed + 0, skipped + 0
+        }' <(tr -d '\r' <"$log"))
 }
 
 # Runs one kind: its command with a limit in seconds, its output in a log, one line here.
