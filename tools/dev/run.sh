@@ -3,6 +3,17 @@
 
 # Starts a virtual screen with a window manager if there is no display; sets DISPLAY and VirtualScreen.
 VirtualScreen=
+program=
+
+# The program first, so that it saves what it has before its screen goes.
+EndVirtualScreen() {
+    if [ -n "$program" ]; then
+        kill "$program" 2>/dev/null || true
+        wait "$program" 2>/dev/null || true
+    fi
+    kill "$openboxProcess" "$xvfbProcess" 2>/dev/null || true
+}
+
 EnsureDisplay() {
     VirtualScreen=
     if [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; then
@@ -26,7 +37,7 @@ EnsureDisplay() {
     VirtualScreen=yes
     openbox --sm-disable >/dev/null 2>&1 &
     openboxProcess=$!
-    trap 'kill $openboxProcess $xvfbProcess 2>/dev/null || true' EXIT
+    trap EndVirtualScreen EXIT
     for _ in $(seq 100); do
         wmctrl -m >/dev/null 2>&1 && break
         sleep 0.1
