@@ -3,11 +3,21 @@
 #include "frame/launch_options.h"
 #include "frame/master.h"
 #include "storage/macro_file.h"
+#include "update/self_check.h"
 
 #include <cstdio>
 #include <exception>
 
 namespace {
+
+int SelfTestUpdate(const LaunchOptions& options) {
+    EnsureConsole();
+    std::string report;
+    const bool passed = RunUpdateSelfCheck(options.selftestUpdateArg, &report);
+    std::printf("%s", report.c_str());
+    std::printf(passed ? "SELFTEST-UPDATE: ALL PASS\n" : "SELFTEST-UPDATE: FAILURES ABOVE\n");
+    return passed ? 0 : 1;
+}
 
 int ValidateMacro(const LaunchOptions& options) {
     EnsureConsole();
@@ -28,6 +38,7 @@ struct ModeRow {
 
 // What this program file can be. A mode of the command line that has no row here ends with a word about it.
 constexpr ModeRow kModes[] = {
+    {LaunchMode::SelfTestUpdate, SelfTestUpdate},
     {LaunchMode::ValidateMacro, ValidateMacro},
     {LaunchMode::Master, RunMaster},
 };

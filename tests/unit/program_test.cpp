@@ -41,9 +41,25 @@ TEST(Program, RejectsWhatIsNoMacro) {
     EXPECT_EQ(empty.exitCode, 1);
 }
 
+TEST(Program, ChecksTheUpdateRules) {
+    const Outcome good = RunWith("--selftest-update=" + FixturePath("update/vectors.jsonl"));
+    const std::string verdict = "\nSELFTEST-UPDATE: ALL PASS\n";
+    EXPECT_EQ(good.printed.substr(0, 5), "PASS ");
+    EXPECT_EQ(good.printed.find("FAIL"), std::string::npos);
+    ASSERT_GT(good.printed.size(), verdict.size());
+    EXPECT_EQ(good.printed.substr(good.printed.size() - verdict.size()), verdict);
+    EXPECT_EQ(good.exitCode, 0);
+}
+
+TEST(Program, AnUpdateCheckWithoutAFileFails) {
+    const Outcome empty = RunWith("--selftest-update=");
+    EXPECT_EQ(empty.printed, "FAIL could not open vectors file: \nSELFTEST-UPDATE: FAILURES ABOVE\n");
+    EXPECT_EQ(empty.exitCode, 1);
+}
+
 TEST(Program, AModeItDoesNotHaveSaysNothingOnStandardOutput) {
-    for (const char* argument : {"--selftest-update=x", "--validate-theme=x", "--scan-macro=x", "--selftest",
-                                 "--child a|b|1|2", "--timeline"}) {
+    for (const char* argument :
+         {"--validate-theme=x", "--scan-macro=x", "--selftest", "--child a|b|1|2", "--timeline"}) {
         ::testing::internal::CaptureStderr();
         const Outcome outcome = RunWith(argument);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(),

@@ -4,7 +4,7 @@
 # Compilers and build.
 DebianPackages="g++ cmake ninja-build ccache clang clang-format clang-tidy libclang-rt-14-dev googletest git ca-certificates
 g++-mingw-w64-x86-64-posix wine wine64
-libx11-dev libxi-dev libxtst-dev libxrandr-dev librsvg2-bin icoutils imagemagick patchelf
+libx11-dev libxi-dev libxtst-dev libxrandr-dev libssl-dev librsvg2-bin icoutils imagemagick patchelf
 libwebkitgtk-6.0-4 libgtk-4-1 libvulkan1 fonts-dejavu-core
 xvfb xserver-xephyr openbox wmctrl xdotool x11-utils x11-xserver-utils x11-apps chromium shellcheck procps dbus-daemon"
 
