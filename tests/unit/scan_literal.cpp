@@ -1,4 +1,4 @@
-#include "unit/scan_literal.h"
+#include "scan_literal.h"
 
 #include <algorithm>
 #include <set>
