@@ -2,6 +2,7 @@
 
 #include "frame/launch_options.h"
 #include "frame/master.h"
+#include "scan/report.h"
 #include "storage/macro_file.h"
 #include "update/self_check.h"
 
@@ -31,6 +32,18 @@ int ValidateMacro(const LaunchOptions& options) {
     return 0;
 }
 
+int ScanMacroFile(const LaunchOptions& options) {
+    EnsureConsole();
+    ParsedMacro macro;
+    const std::string error = ReadMacroFile(options.scanMacroPath, &macro);
+    if (!error.empty()) {
+        std::printf("REJECT %s\n", error.c_str());
+        return 1;
+    }
+    std::printf("%s\n", MacroScan::ScanReportJson(MacroScan::ScanMacro(macro.events)).c_str());
+    return 0;
+}
+
 struct ModeRow {
     LaunchMode mode;
     int (*run)(const LaunchOptions& options);  // gives the exit code
@@ -40,6 +53,7 @@ struct ModeRow {
 constexpr ModeRow kModes[] = {
     {LaunchMode::SelfTestUpdate, SelfTestUpdate},
     {LaunchMode::ValidateMacro, ValidateMacro},
+    {LaunchMode::ScanMacro, ScanMacroFile},
     {LaunchMode::Master, RunMaster},
 };
 

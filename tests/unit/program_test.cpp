@@ -57,9 +57,30 @@ TEST(Program, AnUpdateCheckWithoutAFileFails) {
     EXPECT_EQ(empty.exitCode, 1);
 }
 
+TEST(Program, ScansAMacro) {
+    TempFolder folder;
+    const std::string path = folder.File("a macro.vrlmacro");
+    WriteFile(path, "Farm\nSETTINGS:\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n");
+    const Outcome caution = RunWith("--scan-macro=" + path);
+    EXPECT_EQ(caution.printed, "{\"level\":\"caution\",\"matches\":[{\"id\":\"system-keys\","
+                               "\"severity\":\"CAUTION\",\"atSec\":1.5}]}\n");
+    EXPECT_EQ(caution.exitCode, 0);
+    WriteFile(path, "Farm\n0,0,1,2,0,0,0,0\n");
+    const Outcome none = RunWith("--scan-macro=" + path);
+    EXPECT_EQ(none.printed, "{\"level\":\"none\",\"matches\":[]}\n");
+    EXPECT_EQ(none.exitCode, 0);
+}
+
+TEST(Program, RejectsAScanOfWhatIsNoMacro) {
+    TempFolder folder;
+    const Outcome missing = RunWith("--scan-macro=" + folder.File("none.vrlmacro"));
+    EXPECT_EQ(missing.printed, RunWith("--validate-macro=" + folder.File("none.vrlmacro")).printed);
+    EXPECT_EQ(missing.printed.substr(0, 7), "REJECT ");
+    EXPECT_EQ(missing.exitCode, 1);
+}
+
 TEST(Program, AModeItDoesNotHaveSaysNothingOnStandardOutput) {
-    for (const char* argument :
-         {"--validate-theme=x", "--scan-macro=x", "--selftest", "--child a|b|1|2", "--timeline"}) {
+    for (const char* argument : {"--validate-theme=x", "--selftest", "--child a|b|1|2", "--timeline"}) {
         ::testing::internal::CaptureStderr();
         const Outcome outcome = RunWith(argument);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(),

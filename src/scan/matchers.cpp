@@ -1,0 +1,236 @@
+#include "scan/matchers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <utility>
+
+namespace MacroScan {
+
+namespace {
+
+constexpr size_t kBurstKeys = 8;
+constexpr double kBurstSeconds = 5.0;
+
+bool* FlagOf(HeldMods* held, ModFamily family) {
+    switch (family) {
+    case ModCtrl:
+        return &held->ctrl;
+    case ModAlt:
+        return &held->alt;
+    case ModShift:
+        return &held->shift;
+    case ModWin:
+        return &held->win;
+    case ModNone:
+        break;
+    }
+    return nullptr;
+}
+
+// Where the greedy scan from one start after another ends. The starts only move forward, and then so does the place
+// where each step is found: the cursors never go back, and all starts together cost one pass for each step.
+class StepCursors {
+  public:
+    StepCursors(const std::vector<KeyEv>& keys, const std::vector<KeyPredicate>& steps)
+        : keys_(keys), steps_(steps), places_(steps.size(), 0) {}
+
+    // The index of the last step's key; the number of keys when the steps do not all follow `start`.
+    size_t EndFrom(size_t start) {
+        size_t place = start;
+        for (size_t step = 1; step < steps_.size() && place < keys_.size(); ++step) {
+            place = Advance(step, place + 1);
+        }
+        return place;
+    }
+
+  private:
+    // The first key at `from` or behind it for which the step is true.
+    size_t Advance(size_t step, size_t from) {
+        size_t& place = places_[step];
+        if (started_ <= step) {
+            started_ = step + 1;
+        } else if (place >= from) {
+            return place;
+        }
+        place = from;
+        while (place < keys_.size() && !steps_[step](keys_[place].event, keys_[place].held)) {
+            ++place;
+        }
+        return place;
+    }
+
+    const std::vector<KeyEv>& keys_;
+    const std::vector<KeyPredicate>& steps_;
+    std::vector<size_t> places_;
+    size_t started_ = 1;  // steps below have a place
+};
+
+// The latest time of a stretch of keys whose two ends only move forward. Times that are not numbers take no part.
+class LatestTime {
+  public:
+    explicit LatestTime(const std::vector<KeyEv>& keys) : keys_(keys) {}
+
+    // Whether a key behind `start`, up to `end`, stands more than `span` after the key at `start`. The differences
+    // are as ordered as the times are, rounding included, so the latest time speaks for all.
+    bool IsBeyond(size_t start, size_t end, double span) {
+        for (next_ = std::max(next_, start + 1); next_ <= end; ++next_) {
+            const double time = keys_[next_].event.time;
+            if (std::isnan(time)) {
+                continue;
+            }
+            while (!falling_.empty() && keys_[falling_.back()].event.time <= time) {
+                falling_.pop_back();
+            }
+            falling_.push_back(next_);
+        }
+        while (!falling_.empty() && falling_.front() <= start) {
+            falling_.pop_front();
+        }
+        return !falling_.empty() && keys_[falling_.front()].event.time - keys_[start].event.time > span;
+    }
+
+  private:
+    const std::vector<KeyEv>& keys_;
+    size_t next_ = 0;             // first key not looked at
+    std::deque<size_t> falling_;  // keys that no later key of the stretch reaches, latest time first
+};
+
+}  // namespace
+
+ModFamily FamilyOfKey(uint32_t vk) {
+    switch (vk) {
+    case 17:
+    case 162:
+    case 163:
+        return ModCtrl;
+    case 18:
+    case 164:
+    case 165:
+        return ModAlt;
+    case 16:
+    case 160:
+    case 161:
+        return ModShift;
+    case 91:
+    case 92:
+        return ModWin;
+    default:
+        return ModNone;
+    }
+}
+
+std::vector<KeyEv> NormaliseKeys(const std::vector<UnifiedEvent>& events) {
+    std::vector<KeyEv> keys;
+    HeldMods held;
+    for (const UnifiedEvent& event : events) {
+        if (event.type != EvKey) {
+            continue;
+        }
+        if (event.down) {
+            keys.push_back(KeyEv{event, held});
+        }
+        if (bool* flag = FlagOf(&held, FamilyOfKey(event.vk))) {
+            *flag = event.down;
+        }
+    }
+    return keys;
+}
+
+KeyPredicate Combo(std::initializer_list<ModFamily> families, int32_t vk) {
+    HeldMods wanted;
+    for (const ModFamily family : families) {
+        if (bool* flag = FlagOf(&wanted, family)) {
+            *flag = true;
+        }
+    }
+    return [wanted, key = static_cast<uint32_t>(vk)](const UnifiedEvent& event, const HeldMods& held) {
+        return event.vk == key && held.ctrl == wanted.ctrl && held.alt == wanted.alt &&
+               held.shift == wanted.shift && held.win == wanted.win;
+    };
+}
+
+KeyPredicate AnyOf(std::vector<KeyPredicate> predicates) {
+    return [predicates = std::move(predicates)](const UnifiedEvent& event, const HeldMods& held) {
+        return std::any_of(predicates.begin(), predicates.end(),
+                           [&](const KeyPredicate& predicate) { return predicate(event, held); });
+    };
+}
+
+bool IsTypingKey(const UnifiedEvent& event, const HeldMods& held) {
+    const uint32_t vk = event.vk;
+    const bool text = (vk >= 48 && vk <= 57) || (vk >= 65 && vk <= 90) || vk == 32 ||
+                      (vk >= 96 && vk <= 105) || (vk >= 186 && vk <= 192) || (vk >= 219 && vk <= 223);
+    return text && !held.ctrl && !held.alt && !held.win;
+}
+
+bool IsBareWinKey(const UnifiedEvent& event, const HeldMods& held) {
+    return FamilyOfKey(event.vk) == ModWin && !held.ctrl && !held.alt && !held.shift;
+}
+
+SeqResult MatchSequence(const std::vector<KeyEv>& keys, const std::vector<KeyPredicate>& steps,
+                        std::optional<double> maxSpan) {
+    if (steps.empty()) {
+        return {};
+    }
+    StepCursors cursors(keys, steps);
+    LatestTime latest(keys);
+    int attempts = 0;
+    for (size_t i = 0; i < keys.size() && attempts < kMaxAttempts; ++i) {
+        if (!steps.front()(keys[i].event, keys[i].held)) {
+            continue;
+        }
+        const size_t end = cursors.EndFrom(i);
+        if (end == keys.size()) {
+            return {};  // what does not follow this start follows no later one
+        }
+        if (!maxSpan || !latest.IsBeyond(i, end, *maxSpan)) {
+            return {true, keys[i].event.time};
+        }
+        ++attempts;
+    }
+    return {};
+}
+
+SeqResult CountWithin(const std::vector<KeyEv>& keys, const KeyPredicate& predicate, size_t count,
+                      double span) {
+    if (count == 0) {
+        return {};
+    }
+    std::deque<double> window;
+    for (const KeyEv& key : keys) {
+        if (!predicate(key.event, key.held)) {
+            continue;
+        }
+        window.push_back(key.event.time);
+        if (window.size() < count) {
+            continue;
+        }
+        if (window.back() - window.front() <= span) {
+            return {true, window.front()};
+        }
+        window.pop_front();
+    }
+    return {};
+}
+
+TypingBurst FindTypingBurst(const std::vector<KeyEv>& keys) {
+    std::deque<size_t> window;
+    for (size_t i = 0; i < keys.size(); ++i) {
+        if (!IsTypingKey(keys[i].event, keys[i].held)) {
+            continue;
+        }
+        window.push_back(i);
+        if (window.size() < kBurstKeys) {
+            continue;
+        }
+        const double begin = keys[window.front()].event.time;
+        if (keys[i].event.time - begin <= kBurstSeconds) {
+            return {true, begin, i};
+        }
+        window.pop_front();
+    }
+    return {};
+}
+
+}  // namespace MacroScan
