@@ -4,6 +4,7 @@
 #include "frame/master.h"
 #include "scan/report.h"
 #include "storage/macro_file.h"
+#include "themes/validator.h"
 #include "update/self_check.h"
 
 #include <cstdio>
@@ -44,6 +45,23 @@ int ScanMacroFile(const LaunchOptions& options) {
     return 0;
 }
 
+int ValidateTheme(const LaunchOptions& options) {
+    EnsureConsole();
+    ThemeRecord theme;
+    ThemeReport report;
+    if (!ValidateThemeFile(options.validateThemePath, &theme, &report, nullptr)) {
+        std::printf("REJECT %s\n", report.message.c_str());
+        return 1;
+    }
+    if (theme.hasSkin) {
+        std::printf("OK skin %d pieces%s\n", static_cast<int>(report.pieceCount),
+                    report.hasFont ? " +font" : "");
+    } else {
+        std::printf("OK colours\n");
+    }
+    return 0;
+}
+
 struct ModeRow {
     LaunchMode mode;
     int (*run)(const LaunchOptions& options);  // gives the exit code
@@ -52,6 +70,7 @@ struct ModeRow {
 // What this program file can be. A mode of the command line that has no row here ends with a word about it.
 constexpr ModeRow kModes[] = {
     {LaunchMode::SelfTestUpdate, SelfTestUpdate},
+    {LaunchMode::ValidateTheme, ValidateTheme},
     {LaunchMode::ValidateMacro, ValidateMacro},
     {LaunchMode::ScanMacro, ScanMacroFile},
     {LaunchMode::Master, RunMaster},

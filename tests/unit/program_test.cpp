@@ -79,8 +79,45 @@ TEST(Program, RejectsAScanOfWhatIsNoMacro) {
     EXPECT_EQ(missing.exitCode, 1);
 }
 
+TEST(Program, ValidatesATheme) {
+    const Outcome colours = RunWith("--validate-theme=" + FixturePath("themes/colours.vrltheme"));
+    EXPECT_EQ(colours.printed, "OK colours\n");
+    EXPECT_EQ(colours.exitCode, 0);
+
+    TempFolder folder;
+    const std::string path = folder.File("a theme.vrltheme");
+    const std::string before = ReadFile(FixturePath("themes/colours.vrltheme"));
+    const std::string open = before.substr(0, before.rfind('}'));
+    const std::string font(1368, 'A');  // decodes to 1026 bytes
+    WriteFile(path,
+              open + R"(, "format": 2, "skin": {"template": 1, "font": "T1RUTw)" + font.substr(6) + "\"}}");
+    EXPECT_EQ(RunWith("--validate-theme=" + path).printed, "OK skin 0 pieces +font\n");
+
+    // The head of a PNG of 28 by 28.
+    const std::string knob = "iVBORw0KGgoAAAANSUhEUgAAABwAAAAc";
+    WriteFile(path, open + R"(, "format": 2, "skin": {"template": 1, "pieces": {"switch-knob": ")" + knob +
+                        "\"}}}");
+    const Outcome skin = RunWith("--validate-theme=" + path);
+    EXPECT_EQ(skin.printed, "OK skin 1 pieces\n");
+    EXPECT_EQ(skin.exitCode, 0);
+
+    WriteFile(path, open + R"(, "format": 2, "skin": {"template": 1, "pieces": {}}})");
+    EXPECT_EQ(RunWith("--validate-theme=" + path).printed, "OK colours\n");
+}
+
+TEST(Program, RejectsWhatIsNoTheme) {
+    TempFolder folder;
+    for (const std::string& path : {folder.File("none.vrltheme"), std::string()}) {
+        const Outcome outcome = RunWith("--validate-theme=" + path);
+        EXPECT_EQ(outcome.printed, "REJECT could not open file\n");
+        EXPECT_EQ(outcome.exitCode, 1);
+    }
+    WriteFile(folder.File("empty.vrltheme"), "");
+    EXPECT_EQ(RunWith("--validate-theme=" + folder.File("empty.vrltheme")).printed, "REJECT file is empty\n");
+}
+
 TEST(Program, AModeItDoesNotHaveSaysNothingOnStandardOutput) {
-    for (const char* argument : {"--validate-theme=x", "--selftest", "--child a|b|1|2", "--timeline"}) {
+    for (const char* argument : {"--selftest", "--child a|b|1|2", "--timeline"}) {
         ::testing::internal::CaptureStderr();
         const Outcome outcome = RunWith(argument);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(),

@@ -1,0 +1,43 @@
+// Theme files (.vrltheme): what they may hold, and the judge of it. They come from outside, so no value of one reaches
+// the page before it has been accepted here. Without state: any thread. Nothing throws but for want of memory, nothing
+// is logged. A file costs a few passes over its bytes, whatever is in it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+constexpr size_t kMaxThemeFileBytes = 0xC00000;
+constexpr size_t kMaxThemePieceBytes = 0x100000;  // decoded
+constexpr size_t kMaxThemeFontBytes = 0x200000;   // decoded
+constexpr size_t kMinThemeFontBytes = 1024;       // decoded
+
+struct ThemeRecord {
+    std::string name;    // 1 to 40 bytes
+    std::string bgMain;  // colours as written in the file
+    std::string bgPanel;
+    std::string bgHeader;
+    std::string accent;
+    std::string accentHover;
+    std::string text;
+    std::string font;      // one of the two permitted stacks
+    bool hasSkin = false;  // at least one piece or a font
+    std::string path;      // full path; only from ValidateThemeFile
+};
+
+struct ThemeReport {
+    bool accepted = false;
+    std::string message;     // why not; empty on acceptance
+    int32_t pieceCount = 0;  // left alone unless a skin was read to its end and accepted
+    bool hasFont = false;    // likewise
+};
+
+// Both give what report->accepted says. `report` may be null. On rejection *record is not to be used.
+bool ValidateThemeText(std::string_view text, ThemeRecord* record, ThemeReport* report);
+// `wholeText` may be null; it is written on acceptance only.
+bool ValidateThemeFile(const std::string& path, ThemeRecord* record, ThemeReport* report,
+                       std::string* wholeText);
+
+// #rgb, #rrggbb or rgb(r, g, b) with decimal 0-255.
+bool IsThemeColour(std::string_view text);
