@@ -18,6 +18,9 @@ export DISPLAY
 echo "== Files and lists, a million events"
 "$build/bench/storage_bench"
 echo
+echo "== Risk scan, a million key presses"
+"$build/bench/scan_bench"
+echo
 echo "== Input"
 "$build/bench/input_bench"
 echo
