@@ -194,9 +194,16 @@ export class Observer {
   say(line) {
     this.child.stdin.write(`${line}\n`);
   }
+  // Asked for again and again: a program that is just starting takes the keyboard for its own window.
   async takeFocus() {
-    if (!this.focused) this.say('focus');
-    await waitUntil(() => this.focused, 'the observer gets the keyboard');
+    let asked = 0;
+    await waitUntil(() => {
+      if (!this.focused && Date.now() - asked > 500) {
+        this.say('focus');
+        asked = Date.now();
+      }
+      return this.focused;
+    }, 'the observer gets the keyboard');
   }
   clear() {
     this.events = [];
