@@ -153,6 +153,15 @@ class World {
     return observer;
   }
 
+  // An application in front, the pointer over it, with nothing told yet.
+  async openApplication() {
+    const observer = await this.openObserver('Another application');
+    await observer.pointAt();
+    await observer.settle();
+    observer.clear();
+    return observer;
+  }
+
   async closeOpened() {
     let failure;
     for (const entry of this.opened.splice(0).reverse())

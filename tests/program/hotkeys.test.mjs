@@ -21,12 +21,9 @@ after(() => world?.close(), limit);
 
 async function begin() {
   program = await world.startProgram();
-  observer = await world.openObserver('Another application');
-  await observer.pointAt();
+  observer = await world.openApplication();
   await program.enter('Click interval: milliseconds', 20, program.panel('Clicker'));
   await program.waitForSettings((s) => s.sms === 20, 'the interval');
-  await observer.settle();
-  observer.clear();
 }
 
 const hotkeys = () => program.panel('Hotkeys');

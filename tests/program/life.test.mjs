@@ -30,14 +30,6 @@ function install() {
   return installation;
 }
 
-async function openObserver() {
-  const observer = await world.openObserver('Another application');
-  await observer.pointAt();
-  await observer.settle();
-  observer.clear();
-  return observer;
-}
-
 const session = (installation) => {
   const file = join(installation.data, 'session.dat');
   return existsSync(file) ? readFileSync(file, 'latin1').replaceAll('\r\n', '\n') : '';
@@ -46,7 +38,7 @@ const session = (installation) => {
 test('everything is back after closing and starting again', limit, async () => {
   const installation = install();
   let program = await world.startProgram({ installation });
-  let observer = await openObserver();
+  let observer = await world.openApplication();
 
   await program.press('New profile');
   await program.enter('Profile name', 'Second one');
@@ -83,7 +75,7 @@ test('everything is back after closing and starting again', limit, async () => {
   await observer.kill();
 
   program = await world.startProgram({ installation });
-  observer = await openObserver();
+  observer = await world.openApplication();
   assert.deepEqual(await program.call('getSettings'), settings);
   assert.deepEqual(await program.call('getProfiles'), profiles);
   const back = await program.call('getMacroEvents');
@@ -103,7 +95,7 @@ test('everything is back after closing and starting again', limit, async () => {
 test('killed in the middle of everything, the last save is loaded', limit, async () => {
   const installation = install();
   let program = await world.startProgram({ installation });
-  let observer = await openObserver();
+  let observer = await world.openApplication();
   await program.enter('Click interval: milliseconds', 41, program.panel('Clicker'));
   await program.waitForSettings((s) => s.sms === 41, 'the interval');
   await hand.tap(Key.F8);
@@ -127,7 +119,7 @@ test('killed in the middle of everything, the last save is loaded', limit, async
   await observer.kill();
 
   program = await world.startProgram({ installation });
-  observer = await openObserver();
+  observer = await world.openApplication();
   assert.equal((await program.call('getSettings')).sms, 41);
   const back = (await program.call('getMacroEvents')).map((event) => event.desc);
   assert.deepEqual(back.slice(0, 2), saved);
@@ -147,7 +139,7 @@ test('killed in the middle of everything, the last save is loaded', limit, async
 test('a second start brings the first window to the front and ends with code 0', limit, async () => {
   const installation = install();
   const program = await world.startProgram({ installation });
-  const observer = await openObserver();
+  const observer = await world.openApplication();
   observer.minimiseWindow(kMainTitle);
   await waitUntil(async () => (await observer.window(kMainTitle)).minimised, 'minimised');
   const before = session(installation);
@@ -171,7 +163,7 @@ test('a second start brings the first window to the front and ends with code 0',
 test('a window closed during playback ends everything', limit, async () => {
   const installation = install();
   const program = await world.startProgram({ installation });
-  const observer = await openObserver();
+  const observer = await world.openApplication();
   await hand.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Recording', 'recording');
   await hand.tap(Key.A);
@@ -202,7 +194,7 @@ test('a window closed during playback ends everything', limit, async () => {
 test('killed while hotkeys are held, input is free again', limit, async () => {
   const installation = install();
   const program = await world.startProgram({ installation });
-  const observer = await openObserver();
+  const observer = await world.openApplication();
   await program.choose('Clicker hotkey', 'Hold to run', program.panel('Clicker'));
   await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
   await hand.keyDown(Key.F6);

@@ -25,10 +25,7 @@ after(() => world?.close(), limit);
 
 async function begin() {
   program = await world.startProgram();
-  observer = await world.openObserver('Another application');
-  await observer.pointAt();
-  await observer.settle();
-  observer.clear();
+  observer = await world.openApplication();
 }
 
 const state = (name) => program.waitForStatus((s) => s.state === name, `the state is ${name}`);

@@ -96,6 +96,8 @@ Package() {
     rm -rf build/packages
     mkdir -p build/packages
     tar -C build/linux -czf build/packages/varnelle-linux-x64.tar.gz --transform 's,^dist,varnelle,' dist
-    (cd build/windows && cmake -E tar cf ../packages/varnelle-windows-x64.zip --format=zip dist)
+    # The archive holds one folder with the program's name, as the other one does.
+    cp -r build/windows/dist build/packages/varnelle
+    (cd build/packages && cmake -E tar cf varnelle-windows-x64.zip --format=zip varnelle && rm -r varnelle)
     ls -l build/packages
 }
