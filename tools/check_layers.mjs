@@ -16,6 +16,7 @@ const floors = [
   'shell',
   'windows',
   'update',
+  'imports',
   'frame',
 ];
 

@@ -19,6 +19,7 @@
 #include "platform/wake.h"
 #include "storage/data_folder.h"
 #include "storage/session.h"
+#include "windows/main_page.h"
 #include "windows/main_window.h"
 #include "windows/page_loading.h"
 
@@ -31,38 +32,19 @@ namespace {
 constexpr int kWindowWidth = 420;
 constexpr int kWindowHeight = 560;
 
-// ---- The page, as other threads reach it ------------------------------------------------------------------------
+// ---- Requests from outside to end -------------------------------------------------------------------------------
 
-// The host may be destroyed only while nobody hands it work.
-Mutex pageMutex;
-PageHost* mainPage GUARDED_BY(pageMutex) = nullptr;  // null before the web view exists and after it is gone
-bool endRequested GUARDED_BY(pageMutex) = false;     // somebody outside wants the program to end
+std::atomic<bool> endRequested{false};  // somebody outside wants the program to end
 
-void SetMainPage(PageHost* host) {
-    MutexLock lock(pageMutex);
-    mainPage = host;
-}
-
-// A request from outside to end: the same as closing the window.
+// The same as closing the window. A request before there is a page is seen when the page would start to serve.
 void EndMaster() {
-    MutexLock lock(pageMutex);
     endRequested = true;
-    if (mainPage != nullptr) {
-        TerminatePage(mainPage);
-    }
+    TerminateMainPage();
 }
 
 void ListenForEndRequests() {
-    {
-        MutexLock lock(pageMutex);
-        endRequested = false;
-    }
+    endRequested = false;
     SetEndRequestHandler(EndMaster);
-}
-
-bool IsEndRequested() {
-    MutexLock lock(pageMutex);
-    return endRequested;
 }
 
 // ---- Threads ----------------------------------------------------------------------------------------------------
@@ -187,7 +169,7 @@ std::string ServePage(PageHost** host) {
     // Once more: on some homes the window comes into being only when it is shown.
     SetWindowIcons(PageHostWindow(*host));
     ForceForeground(PageHostWindow(*host));
-    if (!IsEndRequested()) {
+    if (!endRequested) {
         RunPage(*host);
     }
     return {};
@@ -250,11 +232,4 @@ int RunMaster(const LaunchOptions&) {
     }
     Shutdown(&threads, host);
     return failure.empty() ? 0 : 1;
-}
-
-void PageEval(const std::string& script) {
-    MutexLock lock(pageMutex);
-    if (PageHost* host = mainPage) {
-        DispatchToPage(host, [host, script] { EvalInPage(host, script); });
-    }
 }

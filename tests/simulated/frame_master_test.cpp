@@ -1,6 +1,8 @@
 // The master's whole life on the simulated platform: what is there when the page appears, and what is left when it has
 // gone.
 #include "frame/master.h"
+#include "windows/main_page.h"
+#include "windows/main_window.h"
 
 #include "engines/engine_state.h"
 #include "frame/commands.h"

@@ -1,0 +1,50 @@
+#include "windows/main_page.h"
+
+#include "base/mutex.h"
+
+#include <utility>
+
+namespace {
+
+// The host may be destroyed only while nobody hands it work.
+Mutex pageMutex;
+PageHost* mainPage GUARDED_BY(pageMutex) = nullptr;  // null before the web view exists and after it is gone
+
+Mutex alertMutex;
+std::string pendingThemeAlert GUARDED_BY(alertMutex);
+
+}  // namespace
+
+void SetMainPage(PageHost* host) {
+    MutexLock lock(pageMutex);
+    mainPage = host;
+}
+
+bool HasMainPage() {
+    MutexLock lock(pageMutex);
+    return mainPage != nullptr;
+}
+
+void PageEval(const std::string& script) {
+    MutexLock lock(pageMutex);
+    if (PageHost* host = mainPage) {
+        DispatchToPage(host, [host, script] { EvalInPage(host, script); });
+    }
+}
+
+void TerminateMainPage() {
+    MutexLock lock(pageMutex);
+    if (mainPage != nullptr) {
+        TerminatePage(mainPage);
+    }
+}
+
+void SetPendingThemeAlert(const std::string& text) {
+    MutexLock lock(alertMutex);
+    pendingThemeAlert = text;
+}
+
+std::string TakePendingThemeAlert() {
+    MutexLock lock(alertMutex);
+    return std::exchange(pendingThemeAlert, {});
+}
