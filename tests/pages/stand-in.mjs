@@ -44,7 +44,22 @@
       ksh: 0, ksm: 0, kss: 0, ksms: 5, ksRptMode: 1, ksRptTimes: 10, holdAuto: false, holdKeySpam: false,
     }, // prettier-ignore
   };
-  const { status, settings, profiles } = host;
+  host.appSettings = {
+    alwaysOnTop: false,
+    launchOnStartup: false,
+    startMinimized: false,
+    hotkeysEnabled: true,
+    hotkeyLock: true,
+    stopToolsWithMacro: true,
+    disableAnimations: false,
+    showWarnings: false, // the tests of warnings turn them on
+    seenWarnings: [],
+    minimizedPanels: [],
+    panelOrder: [],
+  };
+  host.importOutcome = { outcome: 'cancelled' }; // what the import dialog comes to
+  host.pending = { outcome: 'none' }; // the held macro
+  const { status, settings, profiles, appSettings } = host;
   const fields = (text, keys) => text.split(',').forEach((value, i) => (settings[keys[i]] = Number(value)));
   const truths = (text, keys) =>
     text.split(',').forEach((value, i) => (settings[keys[i]] = value === 'true'));
@@ -114,6 +129,43 @@
     },
     switchProfile: (text) => void (profiles.current = Number(text)),
     getProfiles: () => JSON.stringify(profiles),
+    exportProfile: () => {},
+    importProfile: () => {
+      if (host.importOutcome.outcome === 'pending') host.pending = host.importOutcome;
+      if (host.importOutcome.outcome === 'imported') commands.addProfile('Imported');
+      return JSON.stringify(host.importOutcome);
+    },
+    confirmMacroImport: (id) => {
+      if (host.pending.pendingId !== id) return;
+      host.pending = { outcome: 'none' };
+      commands.addProfile('Imported');
+      window.onProfileImported?.();
+    },
+    cancelMacroImport: (id) => {
+      if (host.pending.pendingId === id) host.pending = { outcome: 'none' };
+    },
+    getPendingMacroImport: () => JSON.stringify(host.pending),
+    getPendingThemeAlert: () => JSON.stringify(host.pendingAlert ?? ''),
+    getAppSettings: () => JSON.stringify(appSettings),
+    setAppSetting: (text) => {
+      const [key, value] = text.split(',');
+      const on = value === '1';
+      if (key.startsWith('min:')) {
+        const id = key.slice(4);
+        const others = appSettings.minimizedPanels.filter((other) => other !== id);
+        appSettings.minimizedPanels = on ? [...others, id] : others;
+        return;
+      }
+      appSettings[key] = on;
+      if (key === 'hotkeyLock') {
+        status.lockOn = on;
+        status.unlocked = true;
+      }
+    },
+    markWarningSeen: (id) => void appSettings.seenWarnings.push(id),
+    setPanelOrder: (text) => void (appSettings.panelOrder = text === '' ? [] : text.split(',')),
+    resizeWindow: () => {},
+    openLink: () => {},
     getSettings: () => JSON.stringify(settings),
     reassignKey: (text) => void (status.reassigning = text),
   };

@@ -1,5 +1,6 @@
 import { has } from './bridge';
 import { Button } from './components/button';
+import { WarningDialog } from './components/warning-dialog';
 import { HotkeysPanel } from './panels/hotkeys';
 import { ClickerPanel } from './panels/clicker';
 import { MacroPanel } from './panels/macro';
@@ -19,6 +20,7 @@ export function App() {
         <MacroPanel />
         <HotkeysPanel />
       </main>
+      <WarningDialog />
       <Failure />
     </>
   );

@@ -1,10 +1,17 @@
 // The commands of the program, with the exact argument texts it expects. Each resolves to whether it worked; a failure
 // is shown as a sentence and never thrown.
 import { call } from './bridge';
-import { fetchEvents, fetchProfiles, fetchSettings, noteSettingsEdit, showFailure } from './fetch';
+import {
+  fetchAppSettings,
+  fetchEvents,
+  fetchProfiles,
+  fetchSettings,
+  noteSettingsEdit,
+  showFailure,
+} from './fetch';
 import { pollSoon } from './poll';
-import type { Capture, Settings } from './reports';
-import { events, eventsLoading, failure, picking, settings, status } from './store';
+import type { AppSettings, AppSwitch, Capture, PanelId, Settings } from './reports';
+import { appSettings, events, eventsLoading, failure, picking, settings, status } from './store';
 
 // `what` completes "Varnelle could not ..." where the command fails.
 async function run(what: string, name: string, ...args: string[]): Promise<boolean> {
@@ -104,3 +111,26 @@ export const switchProfile = (index: number) =>
   runOnProfiles('switch the profile', 'switchProfile', String(index));
 export const clearProfile = () => runOnProfiles('clear the profile', 'clearProfile');
 export const deleteProfile = () => runOnProfiles('delete the profile', 'deleteProfile');
+
+// Preferences. The page's copy changes at once; a refused change asks what the program holds.
+async function prefer(changes: Partial<AppSettings>, name: string, argument: string): Promise<void> {
+  appSettings.value = { ...appSettings.value, ...changes };
+  if (!(await run('change the preference', name, argument))) await fetchAppSettings();
+}
+
+export const setAppSwitch = (key: AppSwitch, on: boolean) =>
+  prefer({ [key]: on }, 'setAppSetting', `${key},${on ? '1' : '0'}`);
+
+export function setPanelMinimised(id: PanelId, minimised: boolean): Promise<void> {
+  const others = appSettings.value.minimizedPanels.filter((other) => other !== id);
+  const changes = { minimizedPanels: minimised ? [...others, id] : others };
+  return prefer(changes, 'setAppSetting', `min:${id},${minimised ? '1' : '0'}`);
+}
+
+export const setPanelOrder = (order: PanelId[]) =>
+  prefer({ panelOrder: order }, 'setPanelOrder', order.join(','));
+
+export function markWarningSeen(id: string): Promise<void> {
+  const seen = appSettings.value.seenWarnings;
+  return prefer({ seenWarnings: seen.includes(id) ? seen : [...seen, id] }, 'markWarningSeen', id);
+}

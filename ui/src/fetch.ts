@@ -1,7 +1,16 @@
 // Asks the program for what the status poll does not carry: settings, events, profiles.
 import { call, has } from './bridge';
-import { readEvents, readProfiles, readSettings } from './reports';
-import { events, eventsFailedAt, eventsLoading, failure, profiles, settings, status } from './store';
+import { readAppSettings, readEvents, readProfiles, readSettings } from './reports';
+import {
+  appSettings,
+  events,
+  eventsFailedAt,
+  eventsLoading,
+  failure,
+  profiles,
+  settings,
+  status,
+} from './store';
 
 // `what` completes "Varnelle could not ...".
 export function showFailure(what: string, reason: unknown): void {
@@ -33,6 +42,15 @@ export async function fetchProfiles(): Promise<void> {
     profiles.value = readProfiles(await call('getProfiles'));
   } catch (reason) {
     showFailure('read the profiles', reason);
+  }
+}
+
+export async function fetchAppSettings(): Promise<void> {
+  if (!has('getAppSettings')) return;
+  try {
+    appSettings.value = readAppSettings(await call('getAppSettings'));
+  } catch (reason) {
+    showFailure('read the preferences', reason);
   }
 }
 

@@ -1,7 +1,7 @@
 import { render } from 'preact';
 import { plugPromiseLeak } from './bridge';
 import { App } from './app';
-import { fetchProfiles, fetchSettings } from './fetch';
+import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
 import { startPolling } from './poll';
 import { clicking, picking, playing } from './store';
 import './theme.css';
@@ -27,6 +27,7 @@ document.addEventListener(
 
 const root = document.getElementById('app');
 if (root) render(<App />, root);
+void fetchAppSettings();
 void fetchSettings();
 void fetchProfiles();
 startPolling();

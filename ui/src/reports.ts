@@ -67,6 +67,32 @@ export interface MacroEvent {
   desc: string;
 }
 
+// The preferences of the program, as opposed to those of a macro or a tool.
+export interface AppSettings {
+  alwaysOnTop: boolean;
+  launchOnStartup: boolean;
+  startMinimized: boolean;
+  hotkeysEnabled: boolean;
+  hotkeyLock: boolean;
+  stopToolsWithMacro: boolean;
+  disableAnimations: boolean;
+  showWarnings: boolean;
+  seenWarnings: string[];
+  minimizedPanels: string[];
+  panelOrder: string[];
+}
+// Those that are switches, by the names that setAppSetting takes.
+export type AppSwitch = Exclude<keyof AppSettings, 'seenWarnings' | 'minimizedPanels' | 'panelOrder'>;
+
+export const kPanelIds = [
+  'panel-profile',
+  'panel-spammer',
+  'panel-keyspam',
+  'panel-tracker',
+  'panel-ui',
+] as const;
+export type PanelId = (typeof kPanelIds)[number];
+
 export const idleStatus: Status = {
   state: 'Idle',
   count: 0,
@@ -118,6 +144,20 @@ export const firstSettings: Settings = {
   holdKeySpam: false,
 };
 
+export const firstAppSettings: AppSettings = {
+  alwaysOnTop: false,
+  launchOnStartup: false,
+  startMinimized: false,
+  hotkeysEnabled: true,
+  hotkeyLock: true,
+  stopToolsWithMacro: true,
+  disableAnimations: false,
+  showWarnings: true,
+  seenWarnings: [],
+  minimizedPanels: [],
+  panelOrder: [],
+};
+
 function readRecord<T extends object>(defaults: T, report: unknown): T {
   const read = { ...defaults };
   if (typeof report !== 'object' || report === null) return read;
@@ -133,6 +173,7 @@ function readRecord<T extends object>(defaults: T, report: unknown): T {
 
 export const readStatus = (report: unknown): Status => readRecord(idleStatus, report);
 export const readSettings = (report: unknown): Settings => readRecord(firstSettings, report);
+export const readAppSettings = (report: unknown): AppSettings => readRecord(firstAppSettings, report);
 export const readProfiles = (report: unknown): ProfileList =>
   readRecord<ProfileList>({ current: 0, names: [], defaultName: '' }, report);
 export const readEvents = (report: unknown): MacroEvent[] =>

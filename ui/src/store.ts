@@ -1,6 +1,8 @@
 // What the page knows, all of it told by the program. The panels are a view of these signals.
 import { computed, signal } from '@preact/signals';
 import {
+  type AppSettings,
+  firstAppSettings,
   firstSettings,
   idleStatus,
   type MacroEvent,
@@ -11,6 +13,7 @@ import {
 
 export const status = signal<Status>(idleStatus);
 export const settings = signal<Settings>(firstSettings);
+export const appSettings = signal<AppSettings>(firstAppSettings);
 export const profiles = signal<ProfileList>({ current: 0, names: [], defaultName: '' });
 export const events = signal<readonly MacroEvent[]>([]);
 export const eventsLoading = signal(false);
