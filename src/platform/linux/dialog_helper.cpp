@@ -37,13 +37,26 @@ std::string FindHelper() {
     return "";
 }
 
+// Where the dialog begins, with a closing slash: the person's last choice, at first the home folder. Left to itself it
+// begins with a list of files that other programs have used.
+std::string lastFolder;  // UI thread; empty at first
+
+std::string FirstFolder() {
+    if (!lastFolder.empty()) {
+        return lastFolder;
+    }
+    const char* home = std::getenv("HOME");
+    return home == nullptr || home[0] != '/' ? "" : std::string(home) + "/";
+}
+
 std::vector<std::string> HelperArguments(const DialogRequest& request) {
     std::vector<std::string> arguments = {kHelper, "--file-selection", "--title=" + request.title};
     if (request.save) {
         arguments.insert(arguments.end(), {"--save", "--confirm-overwrite"});
-        if (!request.proposed.empty()) {
-            arguments.push_back("--filename=" + request.proposed);
-        }
+    }
+    const std::string first = request.proposed.empty() ? FirstFolder() : request.proposed;
+    if (!first.empty()) {
+        arguments.push_back("--filename=" + first);
     }
     for (const FileDialogFilter& filter : request.filters) {
         arguments.push_back(std::string("--file-filter=") + filter.name + " | " + DialogGlob(filter.pattern));
@@ -154,6 +167,7 @@ FileDialogResult ResultOfHelper(HelperEnd end, int exitCode, std::string text) {
         text.pop_back();
     }
     if (end == HelperEnd::Exited && exitCode == 0 && !text.empty()) {
+        lastFolder = text.substr(0, text.rfind('/') + 1);
         return {FileDialogOutcome::Chosen, std::move(text), {}};
     }
     if (end == HelperEnd::Dismissed ||
