@@ -23,4 +23,5 @@ void SimResetDesktop();
 void SimResetPage();
 void SimResetFiles();
 void SimResetProcess();
+void SimResetShell();
 void SimResetClock();
