@@ -7,8 +7,10 @@
 #include "engines/macro_edits.h"
 #include "engines/requests.h"
 #include "engines/tool_settings.h"
+#include "frame/app_settings_commands.h"
 #include "frame/reports.h"
 #include "platform/hooks.h"
+#include "storage/app_settings.h"
 #include "storage/profiles.h"
 
 #include <algorithm>
@@ -64,7 +66,14 @@ constexpr PageCommand kMasterCommands[] = {
     {"setKeySpamChordMode", "1 or other", "targets together, or in turn", Call<SetKeySpamChordMode>},
     {"pickLocation", "", "the next left press anywhere becomes the click location", Call<PickLocation>},
     {"setHoldMode", "auto,0|1 or keyspam,0|1", "a hotkey runs its tool while held", Call<SetHoldMode>},
+    {"getAppSettings", "", "the application settings", Report<AppSettingsReport>},
+    {"markWarningSeen", "id", "remember a dismissed warning", Call<MarkWarningSeen>},
+    {"setAppSetting", "key,value", "store one application setting and carry it out; 1 is on",
+     Call<SetAppSetting>},
+    {"setPanelOrder", "panel ids", "store the order of the panels, if it is a valid one",
+     Call<SetPanelOrder>},
     {"resetHotkeys", "", "F8, F7, F6, F9, F10", Call<ResetHotkeys>},
+    {"openLink", "docs or discord", "open that page in the person's browser", Call<OpenLink>},
     {"updateTracker", "8 comma fields", "store what is recorded and how it is played", Call<UpdateTracker>},
     {"startRecording", "", "ask for a fresh recording", Raise<&EngineState::reqStartRecord>},
     {"stopRecording", "", "ask for its end", Raise<&EngineState::reqStopRecord>},

@@ -56,14 +56,15 @@ class CommandsTest : public DataFolderTest {
 
 TEST_F(CommandsTest, AreBoundInTheirSettledOrder) {
     const char* const expected[] = {
-        "updateSpammer",  "startSpammer",  "stopSpammer",         "updateKeySpam",
-        "startKeySpam",   "stopKeySpam",   "removeKeySpamTarget", "setKeySpamChordMode",
-        "pickLocation",   "setHoldMode",   "resetHotkeys",        "updateTracker",
-        "startRecording", "stopRecording", "continueRecording",   "undoContinueRecording",
-        "startPlayback",  "stopPlayback",  "optimizeMacro",       "getTrackerStatus",
-        "getMacroEvents", "deleteEvent",   "updateEventTime",     "clearProfile",
-        "addProfile",     "deleteProfile", "switchProfile",       "getProfiles",
-        "getSettings",    "reassignKey",
+        "updateSpammer",         "startSpammer",   "stopSpammer",         "updateKeySpam",
+        "startKeySpam",          "stopKeySpam",    "removeKeySpamTarget", "setKeySpamChordMode",
+        "pickLocation",          "setHoldMode",    "getAppSettings",      "markWarningSeen",
+        "setAppSetting",         "setPanelOrder",  "resetHotkeys",        "openLink",
+        "updateTracker",         "startRecording", "stopRecording",       "continueRecording",
+        "undoContinueRecording", "startPlayback",  "stopPlayback",        "optimizeMacro",
+        "getTrackerStatus",      "getMacroEvents", "deleteEvent",         "updateEventTime",
+        "clearProfile",          "addProfile",     "deleteProfile",       "switchProfile",
+        "getProfiles",           "getSettings",    "reassignKey",
     };
     int count = 0;
     const PageCommand* commands = MasterCommands(&count);
