@@ -9,7 +9,9 @@ constexpr std::string_view kGroup = "[Desktop Entry]";
 // The command of an Exec line, before the escapes of the file format: the path in quotes, with `%` doubled because a
 // single one is a field code.
 std::string QuotedCommand(std::string_view path) {
-    std::string command = "\"";
+    // NOTE: GLib looks for the program before it turns a doubled percent sign into one, and then does not know the entry.
+    // HACK: with one in the path another program is named first, which does nothing but start ours.
+    std::string command = path.find('%') == std::string_view::npos ? "\"" : "nice -n 0 \"";
     for (const char c : path) {
         if (c == '"' || c == '`' || c == '$' || c == '\\') {
             command += '\\';

@@ -92,7 +92,7 @@ TEST_F(Shell, AnEntryForAnotherPlaceIsMended) {
           "[Desktop Action X]\nType=Application\nExec=\"" + ProgramPath() + "\"\n",
           "[Desktop Entry]\nType=Link\nExec=\"" + ProgramPath() + "\"\n",
           "[Desktop Entry]\nType=Application\nExec=\"" + ProgramPath() + "\" --old\n",
-          "[Desktop Entry]\n[Other]\nHidden=true\n", std::string(100000, '\0')}) {
+          std::string("[Desktop Entry]\n[Other]\nHidden=true\n"), std::string(100000, '\0')}) {
         ASSERT_TRUE(WriteFileBytes(Entry(), stale));
         SetLaunchAtStartup(true);
         EXPECT_EQ(Content(Entry()), right) << stale;
@@ -101,8 +101,7 @@ TEST_F(Shell, AnEntryForAnotherPlaceIsMended) {
 
 TEST_F(Shell, WhatThePersonSwitchedOffInTheDesktopStaysOff) {
     fs::create_directories(folder + "/config/autostart");
-    for (const std::string& line :
-         {"Hidden=true\n", "Hidden = true\r\n", "X-GNOME-Autostart-enabled=false\n"}) {
+    for (const char* line : {"Hidden=true\n", "Hidden = true\r\n", "X-GNOME-Autostart-enabled=false\n"}) {
         const std::string entry = AutostartEntryText("/elsewhere/varnelle") + line;
         ASSERT_TRUE(WriteFileBytes(Entry(), entry));
         SetLaunchAtStartup(true);
@@ -146,7 +145,7 @@ TEST_F(Shell, ThePathIsQuotedForTheDesktop) {
     } rows[] = {
         {"/opt/varnelle", R"(Exec="/opt/varnelle")"},
         {"/opt/my programs/varnelle", R"(Exec="/opt/my programs/varnelle")"},
-        {"/opt/100%/%u/varnelle", R"(Exec="/opt/100%%/%%u/varnelle")"},
+        {"/opt/100%/%u/varnelle", R"(Exec=nice -n 0 "/opt/100%%/%%u/varnelle")"},
         {R"(/opt/say "hi"/varnelle)", R"(Exec="/opt/say \\"hi\\"/varnelle")"},
         {R"(/opt/a\b/varnelle)", R"(Exec="/opt/a\\\\b/varnelle")"},
         {"/opt/$HOME/`id`/varnelle", R"(Exec="/opt/\\$HOME/\\`id\\`/varnelle")"},
@@ -169,7 +168,7 @@ TEST_F(Shell, ADesktopStartsTheProgramFromItsEntry) {
     }
     int number = 0;
     for (const char* name : {"plain", "two words", "100% %f %%u", "say \"hi\"", "back\\slash\\\\",
-                             "$HOME `id`", "it's;&|<>*?#()~", "tab\tand\nline", "ünï", "a=b"}) {
+                             "$HOME `id`", "it's;&|<>*?#()~", "tab\tand\nline", "ünï", "a=b", "50%=half"}) {
         const std::string program = folder + "/" + name + "/varnelle";
         const std::string marker = folder + "/started-" + std::to_string(++number);
         fs::create_directories(folder + "/" + name);
