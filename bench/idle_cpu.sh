@@ -2,7 +2,7 @@
 # Processor share of a running program that does nothing: idle_cpu.sh PROGRAM WORK_FOLDER
 set -uo pipefail
 program=$1
-export LOCALAPPDATA=$2/data XDG_RUNTIME_DIR=$2/run
+export LOCALAPPDATA=$2/data XDG_RUNTIME_DIR=$2/run XDG_CONFIG_HOME=$2/config
 mkdir -p "$LOCALAPPDATA" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"
 seconds=20

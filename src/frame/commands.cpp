@@ -7,10 +7,12 @@
 #include "engines/macro_edits.h"
 #include "engines/requests.h"
 #include "engines/tool_settings.h"
+#include "frame/app_settings_commands.h"
 #include "frame/reports.h"
 #include "imports/macro_import.h"
 #include "imports/pending_import.h"
 #include "platform/hooks.h"
+#include "storage/app_settings.h"
 #include "storage/profiles.h"
 #include "windows/main_page.h"
 
@@ -72,7 +74,14 @@ constexpr PageCommand kMasterCommands[] = {
     {"pickLocation", "", "the next left press anywhere becomes the click location", Call<PickLocation>},
     {"setHoldMode", "auto,0|1 or keyspam,0|1", "a hotkey runs its tool while held", Call<SetHoldMode>},
     {"getPendingThemeAlert", "", "the message that waits for the page, once", Report<FetchPendingThemeAlert>},
+    {"getAppSettings", "", "the application settings", Report<AppSettingsReport>},
+    {"markWarningSeen", "id", "remember a dismissed warning", Call<MarkWarningSeen>},
+    {"setAppSetting", "key,value", "store one application setting and carry it out; 1 is on",
+     Call<SetAppSetting>},
+    {"setPanelOrder", "panel ids", "store the order of the panels, if it is a valid one",
+     Call<SetPanelOrder>},
     {"resetHotkeys", "", "F8, F7, F6, F9, F10", Call<ResetHotkeys>},
+    {"openLink", "docs or discord", "open that page in the person's browser", Call<OpenLink>},
     {"updateTracker", "8 comma fields", "store what is recorded and how it is played", Call<UpdateTracker>},
     {"startRecording", "", "ask for a fresh recording", Raise<&EngineState::reqStartRecord>},
     {"stopRecording", "", "ask for its end", Raise<&EngineState::reqStopRecord>},
@@ -95,6 +104,8 @@ constexpr PageCommand kMasterCommands[] = {
     {"confirmMacroImport", "id", "add the held macro", Call<ConfirmMacroImport>},
     {"cancelMacroImport", "id", "drop the held macro", Call<CancelMacroImport>},
     {"getPendingMacroImport", "", "the held macro", Report<GetPendingMacroImport>},
+    {"getPendingMacroSummary", "", "what the held macro holds, over its time",
+     Report<GetPendingMacroSummary>},
     {"getSettings", "", "the settings report", Report<SettingsReport>},
     {"reassignKey", "rec, play, auto, keyspamhotkey, keyspamtarget or unlock",
      "the next key or button becomes that binding", Call<ReassignKey>},

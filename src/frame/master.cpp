@@ -16,8 +16,10 @@
 #include "platform/hooks.h"
 #include "platform/page_host.h"
 #include "platform/process.h"
+#include "platform/shell.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
+#include "storage/app_settings.h"
 #include "storage/data_folder.h"
 #include "storage/session.h"
 #include "windows/main_page.h"
@@ -133,6 +135,8 @@ void BringInState(const LaunchOptions& options) {
     EnsureDefaultProfile();
     BeginTimerPeriod();
     engineState.qpcFrequency = ReadPerformanceFrequency();
+    LoadAppSettings();
+    SetLaunchAtStartup(appSettings.launchOnStartup);
     if (!options.openMacroPath.empty()) {
         ImportFromCommandLine(options.openMacroPath);
     }

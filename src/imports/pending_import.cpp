@@ -5,6 +5,9 @@
 #include "imports/page_notice.h"
 #include "storage/profiles.h"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <utility>
@@ -54,6 +57,67 @@ std::string PendingDocument(const std::string& pendingId, const std::string& lev
         json += '}';
     }
     json += "]}";
+    return json;
+}
+
+using SummaryLane = std::array<int64_t, kSummaryParts>;
+
+// A file may give any time at all; what cannot be placed counts at the start.
+bool IsPlaceable(double time) {
+    return std::isfinite(time) && time > 0;
+}
+
+void AppendLane(std::string& json, const char* name, const SummaryLane& lane) {
+    json += ",\"";
+    json += name;
+    json += "\":[";
+    for (size_t i = 0; i < lane.size(); ++i) {
+        if (i > 0) {
+            json += ',';
+        }
+        AppendInt(json, lane[i]);
+    }
+    json += ']';
+}
+
+std::string SummaryDocument(const PendingMacroImport& held) {
+    double seconds = 0;
+    for (const UnifiedEvent& event : held.events) {
+        if (IsPlaceable(event.time)) {
+            seconds = std::max(seconds, event.time);
+        }
+    }
+    SummaryLane moves{};
+    SummaryLane clicks{};
+    SummaryLane keys{};
+    for (const UnifiedEvent& event : held.events) {
+        const double part = IsPlaceable(event.time) ? event.time / seconds * kSummaryParts : 0;
+        const size_t index = static_cast<size_t>(std::min(part, kSummaryParts - 1.0));
+        switch (event.type) {
+        case EvAbsMove:
+        case EvRelMove:
+            ++moves[index];
+            break;
+        case EvMouseButton:
+        case EvScroll:
+            ++clicks[index];
+            break;
+        case EvKey:
+            ++keys[index];
+            break;
+        default:
+            break;
+        }
+    }
+    std::string json =
+        R"({"pendingId":")" + held.pendingId + R"(","name":)" + JsonText(held.name) + R"(,"events":)";
+    AppendInt(json, static_cast<int64_t>(held.events.size()));
+    json += R"(,"seconds":)";
+    AppendStreamDouble(json, seconds);
+    AppendLane(json, "moves", moves);
+    AppendLane(json, "clicks", clicks);
+    AppendLane(json, "keys", keys);
+    json += '}';
     return json;
 }
 
@@ -114,4 +178,9 @@ std::string GetPendingMacroImport() {
     }
     return PendingDocument(pendingMacroImport.pendingId, pendingMacroImport.level,
                            pendingMacroImport.matches);
+}
+
+std::string GetPendingMacroSummary() {
+    MutexLock lock(pendingMutex);
+    return pendingMacroImport.active ? SummaryDocument(pendingMacroImport) : "{}";
 }

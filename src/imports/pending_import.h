@@ -26,3 +26,8 @@ void ConfirmMacroImport(std::string_view id);  // adds the profile and tells the
 void CancelMacroImport(std::string_view id);
 // The pending document, or {"outcome":"none"}.
 std::string GetPendingMacroImport();
+// What the held macro holds, for a small picture of it in time, or {}: {"pendingId":ID,"name":TEXT,"events":COUNT,
+// "seconds":LENGTH,"moves":[...],"clicks":[...],"keys":[...]}. Each list has kSummaryParts counts of events over equal
+// parts of the length; the wheel is among the clicks. Linear in the macro.
+constexpr int kSummaryParts = 100;
+std::string GetPendingMacroSummary();

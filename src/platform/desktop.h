@@ -23,6 +23,9 @@ void RestoreWindow(WindowRef window);
 // Brings a window to the front and gives it the keyboard, also from a background process.
 void ForceForeground(WindowRef window);
 
+// Keeps a window above all ordinary ones, or no longer. Its place and size stay; 0 is skipped.
+void SetWindowOnTop(WindowRef window, bool onTop);
+
 // The program's big and small icon on a window.
 void SetWindowIcons(WindowRef window);
 

@@ -37,3 +37,19 @@ bool ParsePanelOrder(std::string_view text, std::vector<std::string>* order);
 void LoadAppSettings();
 // Rewrites the file. Silent where it cannot be written.
 void SaveAppSettings();
+
+// The file's whole content from the settings as they are, and back as LoadAppSettings takes it.
+std::string BuildAppSettingsText();
+void ApplyAppSettingsText(std::string_view text);
+
+// The settings as the page reads them; the window's placement is not among them. Ids are not escaped.
+std::string AppSettingsReport();
+
+// Stores one setting under the name that the page has for it, "min:" and a panel id among them. Another name changes
+// nothing. Neither saves nor carries out what the setting means.
+void StoreAppSetting(std::string_view key, bool value);
+
+// The page's command: a warning that was dismissed is remembered, an empty id is none. Saves if it is new.
+void MarkWarningSeen(std::string_view id);
+// The page's command: a comma list of panel ids becomes the order and is saved; one that is not valid does nothing.
+void SetPanelOrder(std::string_view text);

@@ -65,6 +65,7 @@ export function makeInstallation({ library = join(buildFolder, 'tests/webview', 
       LOCALAPPDATA: nativePath(join(folder, 'data')),
       XDG_RUNTIME_DIR: join(folder, 'run'),
       HOME: join(folder, 'home'),
+      XDG_CONFIG_HOME: join(folder, 'config'),
     },
     remove: () => rmSync(folder, { recursive: true, force: true, maxRetries: 5 }),
   };

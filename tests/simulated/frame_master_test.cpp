@@ -7,6 +7,7 @@
 #include "engines/engine_state.h"
 #include "frame/commands.h"
 #include "platform/simulated/simulation.h"
+#include "storage/app_settings.h"
 #include "storage/data_folder.h"
 
 #include <gtest/gtest.h>
@@ -40,6 +41,7 @@ class FrameMasterTest : public ::testing::Test {
 
     void Begin(const SimOptions& options) {
         ResetEngineState();
+        appSettings = AppSettings();
         SetSessionPath("");
         SimBegin(options);
         SimSetDataFolderRoot(root_.string());
@@ -159,6 +161,39 @@ TEST_F(FrameMasterTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
     }
     EXPECT_EQ(Read(DataFile("theme.txt")), "dark");
     EXPECT_EQ(Read(DataFile("appsettings.txt")), "launchOnStartup=0\n");
+}
+
+TEST_F(FrameMasterTest, SettingsStandBeforeTheFirstThread) {
+    Write(DataFile("appsettings.txt"),
+          "launchOnStartup=1\nhotkeysEnabled=0\nseenWarnings=loop\nwindowX=77\n");
+    SimOnPageRun([&] {
+        EXPECT_EQ(SimGetShell().launchAtStartup, std::vector<bool>{true});
+        EXPECT_NE(SimPageCall("getAppSettings", "[]").text.find("\"seenWarnings\":[\"loop\"]"),
+                  std::string::npos);
+        SimSettle();
+        SimKey(kF6, true);
+        SimKey(kF6, false);
+        SimRunFor(50);
+        EXPECT_FALSE(engineState.autoClicking);
+        SimPageCall("setAppSetting", "[\"hotkeysEnabled,1\"]");
+        SimPageCall("setAppSetting", "[\"launchOnStartup\",0]");
+        SimKey(kF6, true);
+        SimKey(kF6, false);
+        SimRunFor(50);
+        EXPECT_TRUE(engineState.autoClicking);
+    });
+    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(SimGetShell().launchAtStartup, (std::vector<bool>{true, false}));
+    const std::string file = Read(DataFile("appsettings.txt"));
+    EXPECT_NE(file.find("launchOnStartup=0\nstartMinimized=0\nhotkeysEnabled=1\n"), std::string::npos)
+        << file;
+    EXPECT_NE(file.find("windowX=77\n"), std::string::npos) << file;
+}
+
+TEST_F(FrameMasterTest, AFreshStartArrangesNoStartWithTheSession) {
+    SimOnPageRun([] { EXPECT_EQ(SimGetShell().launchAtStartup, std::vector<bool>{false}); });
+    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_FALSE(std::filesystem::exists(DataFile("appsettings.txt"))) << "nothing was changed";
 }
 
 TEST_F(FrameMasterTest, AMissingPageIsSaidAndTheHotkeysServeOn) {

@@ -11,7 +11,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <set>
+#include <sstream>
 #include <thread>
 
 namespace {
@@ -300,6 +302,48 @@ TEST_F(ImportsTest, WrongIdsDoNothing) {
     }
     EXPECT_EQ(HeldId(), id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+}
+
+TEST_F(ImportsTest, NothingHeldHasNoSummary) {
+    EXPECT_EQ(GetPendingMacroSummary(), "{}");
+}
+
+TEST_F(ImportsTest, TheSummaryOfAHeldMacroPlacesItsEventsInTime) {
+    // 91 and 82 held for a caution; moves at the start, in the middle and at the very end of 4 seconds.
+    const std::string text = std::string("A \"name\"\nSETTINGS:\n0,0,1,1,0,0,0,0\n") + kCautionEvents +
+                             "2,2,5,5,2,0,0,0\n4,2.01,0,0,0,0,0,120\n1,4,1,1,0,0,0,0\n0,nan,1,1,0,0,0,0\n";
+    const OfferResult offer = OfferMacro(Macro(text));
+    ASSERT_FALSE(offer.committed);
+    const std::string summary = GetPendingMacroSummary();
+    const auto lane = [&](const std::string& name) {
+        std::vector<int64_t> counts;
+        const size_t at = summary.find("\"" + name + "\":[");
+        EXPECT_NE(at, std::string::npos);
+        std::istringstream list(summary.substr(at + name.size() + 4));
+        for (int64_t count = 0; list >> count;) {
+            counts.push_back(count);
+            if (list.get() != ',') {
+                break;
+            }
+        }
+        counts.resize(std::max<size_t>(counts.size(), kSummaryParts));
+        return counts;
+    };
+    const auto expect = [](std::map<int, int64_t> filled) {
+        std::vector<int64_t> counts(kSummaryParts);
+        for (const auto& [index, count] : filled) {
+            counts[index] = count;
+        }
+        return counts;
+    };
+    const size_t events = Macro(text).events.size();
+    EXPECT_EQ(summary.find("{\"pendingId\":\"" + offer.pendingId +
+                           "\",\"name\":\"A \\\"name\\\"\",\"events\":" + std::to_string(events) +
+                           ",\"seconds\":4,\"moves\":["),
+              0u);
+    EXPECT_EQ(lane("moves"), expect({{0, 2}, {99, 1}}));
+    EXPECT_EQ(lane("clicks"), expect({{50, 2}}));
+    EXPECT_EQ(lane("keys"), expect({{31, 1}, {37, 1}, {43, 1}, {45, 1}}));
 }
 
 TEST_F(ImportsTest, ASecondHeldMacroReplacesTheFirst) {

@@ -31,7 +31,8 @@ BuildWindows() {
 }
 
 OwnCppFiles() {
-    git ls-files -co --exclude-standard 'src/*.cpp' 'src/*.h' 'tests/*.cpp' 'tests/*.h' 'bench/*.cpp' 'bench/*.h'
+    git ls-files -co --exclude-standard 'src/*.cpp' 'src/*.h' 'tests/*.cpp' 'tests/*.h' 'bench/*.cpp' 'bench/*.h' \
+        'tools/*.cpp' 'tools/*.h'
 }
 
 OwnPageFiles() {
@@ -41,6 +42,14 @@ OwnPageFiles() {
 Format() {
     OwnCppFiles | xargs -r clang-format -i
     OwnPageFiles | xargs -r npx prettier --log-level warn --write
+}
+
+# A test compares the outcome with the sources.
+Docs() {
+    BuildPreset linux print_commands
+    build/linux/print_commands >build/commands.md
+    mv build/commands.md docs/commands.md
+    echo "Written: docs/commands.md"
 }
 
 # One line a check; fails at the end if any failed, so that one run shows everything.

@@ -106,7 +106,8 @@ Pictures() {
     mkdir -p "$data/Varnelle" "$data/run" docs/pictures
     chmod 700 "$data/run"
     cp tools/pictures-session.dat "$data/Varnelle/session.dat"
-    LOCALAPPDATA=$data XDG_RUNTIME_DIR=$data/run build/linux/dist/varnelle >"$data/out.log" 2>&1 &
+    LOCALAPPDATA=$data XDG_RUNTIME_DIR=$data/run XDG_CONFIG_HOME=$data/config \
+        build/linux/dist/varnelle >"$data/out.log" 2>&1 &
     program=$!
     TakeScreenshot docs/pictures/main.png
     wmctrl -F -r 'Varnelle (Plus Version 1.0.1)' -e 0,20,20,1180,840

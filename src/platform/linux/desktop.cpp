@@ -91,7 +91,8 @@ std::vector<Window> TopLevelWindows(Display* display) {
     return ChildrenOf(display, root);
 }
 
-void SendRootMessage(Display* display, Window window, const char* message, long first, long second) {
+void SendRootMessage(Display* display, Window window, const char* message, long first, long second,
+                     long fourth = 0) {
     XEvent event{};
     event.xclient.type = ClientMessage;
     event.xclient.window = window;
@@ -99,6 +100,7 @@ void SendRootMessage(Display* display, Window window, const char* message, long 
     event.xclient.format = 32;
     event.xclient.data.l[0] = first;
     event.xclient.data.l[1] = second;
+    event.xclient.data.l[3] = fourth;
     XSendEvent(display, DefaultRootWindow(display), False, SubstructureRedirectMask | SubstructureNotifyMask,
                &event);
 }
@@ -111,6 +113,32 @@ bool ProcessOfWindow(Display* display, Window window, uint32_t* processId) {
     }
     *processId = static_cast<uint32_t>(process.Long(0));
     return true;
+}
+
+// Whether a window manager looks after the window, shown or minimised.
+bool IsManaged(Display* display, Window window) {
+    Property state;
+    return ReadProperty(display, window, "WM_STATE", &state) && state.format == 32 && state.count > 0 &&
+           state.Long(0) != WithdrawnState;
+}
+
+// Puts an atom into a window's _NET_WM_STATE, or takes it out, itself.
+void WriteWindowState(Display* display, Window window, Atom which, bool present) {
+    std::vector<unsigned long> states;
+    Property property;
+    if (ReadProperty(display, window, "_NET_WM_STATE", &property) && property.format == 32) {
+        for (unsigned long index = 0; index < property.count; ++index) {
+            if (property.Long(index) != which) {
+                states.push_back(property.Long(index));
+            }
+        }
+    }
+    if (present) {
+        states.push_back(which);
+    }
+    XChangeProperty(display, window, XInternAtom(display, "_NET_WM_STATE", False), XA_ATOM, 32,
+                    PropModeReplace, reinterpret_cast<const unsigned char*>(states.data()),
+                    static_cast<int>(states.size()));
 }
 
 // The application's window in a frame of the window manager, `depth` levels down at most; None if there is none.
@@ -187,6 +215,26 @@ void ForceForeground(WindowRef window) {
         XRaiseWindow(display, window);
         XSetInputFocus(display, window, RevertToParent, CurrentTime);
     }
+    XFlush(display);
+}
+
+void SetWindowOnTop(WindowRef window, bool onTop) {
+    Display* display = ThreadDisplay();
+    if (display == nullptr || window == 0) {
+        return;
+    }
+    const Atom above = XInternAtom(display, "_NET_WM_STATE_ABOVE", False);
+    if (!IsManaged(display, window)) {
+        // The window manager reads the property when it takes the window over.
+        WriteWindowState(display, window, above, onTop);
+    }
+    // Asked for in any case: the window may have been taken over this very moment. One without a manager is not there
+    // for whoever gets the message.
+    constexpr long kRemove = 0;
+    constexpr long kAdd = 1;
+    constexpr long kApplication = 1;  // who asks
+    SendRootMessage(display, window, "_NET_WM_STATE", onTop ? kAdd : kRemove, static_cast<long>(above),
+                    kApplication);
     XFlush(display);
 }
 

@@ -1,8 +1,9 @@
 #include "platform/files.h"
 
+#include "platform/linux/base_folders.h"
+
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <new>
@@ -13,19 +14,6 @@
 namespace {
 
 constexpr size_t kLongestRoot = 259;  // as the Windows home: 260 with the closing zero
-
-std::string EnvironmentText(const char* name) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
-}
-
-// The base directory rules ask whoever writes to make a missing base directory, for its owner only.
-void CreateFolderWithParents(const std::string& path) {
-    for (size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-        mkdir(path.substr(0, end).c_str(), 0700);
-    }
-    mkdir(path.c_str(), 0700);
-}
 
 bool WriteAll(int file, const char* bytes, size_t count) {
     while (count > 0) {
@@ -95,11 +83,7 @@ std::string_view TextLineEnd() {
 std::string DataFolderRoot() {
     std::string root = EnvironmentText("LOCALAPPDATA");
     if (root.empty()) {
-        root = EnvironmentText("XDG_DATA_HOME");
-        if (root.empty() || root.front() != '/') {  // a relative base directory is to be ignored
-            const std::string home = EnvironmentText("HOME");
-            root = home.empty() ? std::string() : home + "/.local/share";
-        }
+        root = BaseFolder("XDG_DATA_HOME", ".local/share");
         if (!root.empty() && root.size() <= kLongestRoot && !FileExists(root)) {
             CreateFolderWithParents(root);
         }

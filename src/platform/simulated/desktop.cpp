@@ -77,6 +77,12 @@ void ForceForeground(WindowRef window) {
     }
 }
 
+void SetWindowOnTop(WindowRef window, bool onTop) {
+    if (SimWindow* found = Find(window)) {
+        found->onTop = onTop;
+    }
+}
+
 void SetWindowIcons(WindowRef window) {
     desktop.icons.push_back(window);
 }

@@ -325,6 +325,7 @@ void SimBegin(const SimOptions& options) {
     SimResetPage();
     SimResetFiles();
     SimResetProcess();
+    SimResetShell();
 }
 
 std::string SimEnd() {

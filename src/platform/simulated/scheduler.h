@@ -24,4 +24,5 @@ void SimResetDialogs();
 void SimResetPage();
 void SimResetFiles();
 void SimResetProcess();
+void SimResetShell();
 void SimResetClock();

@@ -116,6 +116,7 @@ struct SimWindow {
     int32_t left = 0, top = 0, right = 0, bottom = 0;  // right and bottom are outside
     bool minimised = false;
     bool hidden = false;
+    bool onTop = false;  // noted; does not change the order
 };
 struct SimDesktop {
     std::vector<SimWindow> windows;  // bottom first
@@ -175,6 +176,13 @@ void SimFailPath(const std::string& path);            // every operation on it, 
 int SimFileOperations();                              // how many there were since SimBegin
 void SimSetDataFolderRoot(const std::string& value);  // what LOCALAPPDATA holds; empty: unset
 void SimSetTextLineEnd(std::string_view lineEnd);     // must live on
+
+// What the desktop is asked for outside our windows, in order.
+struct SimShell {
+    std::vector<std::string> opened;    // OpenTarget
+    std::vector<bool> launchAtStartup;  // SetLaunchAtStartup
+};
+SimShell& SimGetShell();
 
 // The process.
 void SimSetProgramPath(const std::string& path);

@@ -72,6 +72,13 @@ void ForceForeground(WindowRef window) {
     }
 }
 
+void SetWindowOnTop(WindowRef window, bool onTop) {
+    if (!window) {
+        return;
+    }
+    SetWindowPos(HandleOf(window), onTop ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);
+}
+
 static void SetIcon(HWND window, WORD resource, int widthMetric, int heightMetric, WPARAM kind) {
     HANDLE icon = LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(resource), IMAGE_ICON,
                              GetSystemMetrics(widthMetric), GetSystemMetrics(heightMetric), LR_DEFAULTCOLOR);

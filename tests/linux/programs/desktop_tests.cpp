@@ -5,14 +5,16 @@
 
 #include <X11/Xatom.h>
 #include <X11/Xutil.h>
+#include <algorithm>
+#include <array>
 #include <string>
 
 namespace {
 
-// An ordinary window of another application.
+// An ordinary window of another application, shown unless said otherwise.
 class ManagedWindow {
   public:
-    ManagedWindow(const std::string& title, int x, int y, uint32_t processId)
+    ManagedWindow(const std::string& title, int x, int y, uint32_t processId, bool shown = true)
         : display_(OpenTestDisplay(nullptr)) {
         window_ = XCreateSimpleWindow(display_, DefaultRootWindow(display_), x, y, 300, 200, 0, 0, 0);
         XStoreName(display_, window_, "an older name");
@@ -26,13 +28,45 @@ class ManagedWindow {
         hints.x = x;
         hints.y = y;
         XSetWMNormalHints(display_, window_, &hints);
-        XMapWindow(display_, window_);
+        if (shown) {
+            Show();
+        }
         XSync(display_, False);
     }
     ~ManagedWindow() { XCloseDisplay(display_); }
     ManagedWindow(const ManagedWindow&) = delete;
     ManagedWindow& operator=(const ManagedWindow&) = delete;
 
+    void Show() {
+        XMapWindow(display_, window_);
+        XSync(display_, False);
+    }
+    bool IsOnTop() {
+        Atom type = None;
+        int format = 0;
+        unsigned long count = 0;
+        unsigned long left = 0;
+        unsigned char* data = nullptr;
+        if (XGetWindowProperty(display_, window_, Atom_("_NET_WM_STATE"), 0, 100, False, XA_ATOM, &type,
+                               &format, &count, &left, &data) != Success ||
+            data == nullptr) {
+            return false;
+        }
+        const Atom* states = reinterpret_cast<const Atom*>(data);
+        const bool onTop = std::count(states, states + count, Atom_("_NET_WM_STATE_ABOVE")) == 1;
+        XFree(data);
+        return onTop;
+    }
+    // Corner on the screen and size.
+    std::array<int, 4> Place() {
+        XWindowAttributes attributes;
+        XGetWindowAttributes(display_, window_, &attributes);
+        int x = 0;
+        int y = 0;
+        Window child = None;
+        XTranslateCoordinates(display_, window_, DefaultRootWindow(display_), 0, 0, &x, &y, &child);
+        return {x, y, attributes.width, attributes.height};
+    }
     void Minimise() {
         XIconifyWindow(display_, window_, DefaultScreen(display_));
         XSync(display_, False);
@@ -79,6 +113,65 @@ TEST(Desktop, MinimisedAndRestored) {
     EXPECT_EQ(FindWindowByTitle("Small"), window.Id());
     RestoreWindow(window.Id());
     EXPECT_TRUE(WaitFor([&] { return !IsWindowMinimised(window.Id()); }));
+}
+
+TEST(Desktop, OnTopOfWhateverIsRaised) {
+    ManagedWindow low("Low", 100, 100, 1);
+    ManagedWindow other("Other", 150, 120, 1);
+    ASSERT_TRUE(WaitFor([&] { return ListTopLevelWindows().size() == 2; }));
+    ForceForeground(other.Id());
+    ASSERT_TRUE(WaitFor([&] { return other.HasFocus(); }));
+    const auto place = low.Place();
+    EXPECT_FALSE(low.IsOnTop());
+
+    SetWindowOnTop(low.Id(), true);
+    ASSERT_TRUE(WaitFor([&] { return low.IsOnTop(); }));
+    EXPECT_TRUE(WaitFor([&] { return ListTopLevelWindows().front().window == low.Id(); }));
+    EXPECT_TRUE(other.HasFocus()) << "it takes no keyboard";
+    EXPECT_EQ(low.Place(), place);
+    ForceForeground(low.Id());
+    ASSERT_TRUE(WaitFor([&] { return low.HasFocus(); }));
+    ForceForeground(other.Id());
+    ASSERT_TRUE(WaitFor([&] { return other.HasFocus(); }));
+    EXPECT_EQ(ListTopLevelWindows().front().window, low.Id()) << "raised is not above";
+    SetWindowOnTop(low.Id(), true);  // again
+
+    SetWindowOnTop(low.Id(), false);
+    ASSERT_TRUE(WaitFor([&] { return !low.IsOnTop(); }));
+    ForceForeground(low.Id());
+    ASSERT_TRUE(WaitFor([&] { return low.HasFocus(); }));
+    ForceForeground(other.Id());
+    EXPECT_TRUE(WaitFor([&] { return ListTopLevelWindows().front().window == other.Id(); }));
+    EXPECT_EQ(low.Place(), place);
+}
+
+TEST(Desktop, OnTopWhileMinimisedAndBeforeItIsShown) {
+    ManagedWindow window("Small", 50, 50, 1);
+    ASSERT_TRUE(WaitFor([&] { return FindWindowByTitle("Small") != 0; }));
+    window.Minimise();
+    ASSERT_TRUE(WaitFor([&] { return IsWindowMinimised(window.Id()); }));
+    SetWindowOnTop(window.Id(), true);
+    EXPECT_TRUE(WaitFor([&] { return window.IsOnTop(); }));
+    EXPECT_TRUE(IsWindowMinimised(window.Id()));
+    RestoreWindow(window.Id());
+    ASSERT_TRUE(WaitFor([&] { return !IsWindowMinimised(window.Id()); }));
+    EXPECT_TRUE(window.IsOnTop());
+
+    ManagedWindow later("Later", 400, 50, 1, false);
+    SetWindowOnTop(later.Id(), true);
+    EXPECT_TRUE(WaitFor([&] { return later.IsOnTop(); }));
+    SetWindowOnTop(later.Id(), true);
+    SetWindowOnTop(later.Id(), false);
+    EXPECT_TRUE(WaitFor([&] { return !later.IsOnTop(); }));
+    SetWindowOnTop(later.Id(), true);
+    later.Show();
+    ASSERT_TRUE(WaitFor([&] { return FindWindowByTitle("Later") != 0; }));
+    EXPECT_TRUE(WaitFor([&] { return later.IsOnTop(); }));
+    ManagedWindow over("Over", 420, 70, 1);
+    ASSERT_TRUE(WaitFor([&] { return FindWindowByTitle("Over") != 0; }));
+    ForceForeground(over.Id());
+    ASSERT_TRUE(WaitFor([&] { return over.HasFocus(); }));
+    EXPECT_NE(ListTopLevelWindows().front().window, over.Id());
 }
 
 TEST(Desktop, Icons) {
@@ -128,6 +221,8 @@ TEST(Desktop, MissingWindowsDoNothing) {
         RestoreWindow(window);
         ForceForeground(window);
         SetWindowIcons(window);
+        SetWindowOnTop(window, true);
+        SetWindowOnTop(window, false);
     }
     EXPECT_EQ(FindWindowByTitle("no such window"), 0U);
 }

@@ -1,7 +1,7 @@
 // A window that tells what reaches it: observer TITLE X Y WIDTH HEIGHT. One JSON object a line on standard output, with
 // `t` in microseconds of the monotonic clock; keys by the kernel's code. Lines on standard input:
 //   focus            ask for the keyboard
-//   window TITLE     tell about another program's window: found, place, whether it is minimised or has the keyboard
+//   window TITLE     tell about another program's window: found, place, whether it is minimised, has the keyboard, is on top
 //   close TITLE      ask it to close, as its frame's button does
 //   minimise TITLE
 // The end of standard input ends it.
@@ -12,6 +12,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
@@ -97,11 +98,15 @@ void PrintWindow(Display* display, const std::string& title) {
     XTranslateCoordinates(display, window, attributes.root, 0, 0, &x, &y, &child);
     const std::vector<long> state = LongProperty(display, window, "WM_STATE");
     const std::vector<long> active = LongProperty(display, DefaultRootWindow(display), "_NET_ACTIVE_WINDOW");
+    const std::vector<long> states = LongProperty(display, window, "_NET_WM_STATE");
+    const auto above = static_cast<long>(XInternAtom(display, "_NET_WM_STATE_ABOVE", False));
+    const bool onTop = std::find(states.begin(), states.end(), above) != states.end();
     printf("{\"type\":\"window\",\"found\":true,\"x\":%d,\"y\":%d,\"width\":%d,\"height\":%d,\"minimised\":%"
-           "s,\"active\":%s}\n",
+           "s,\"active\":%s,\"onTop\":%s}\n",
            x, y, attributes.width, attributes.height,
            !state.empty() && state[0] == IconicState ? "true" : "false",
-           !active.empty() && static_cast<Window>(active[0]) == window ? "true" : "false");
+           !active.empty() && static_cast<Window>(active[0]) == window ? "true" : "false",
+           onTop ? "true" : "false");
 }
 
 void Obey(Display* display, Window own, const std::string& line) {

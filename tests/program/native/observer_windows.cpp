@@ -2,7 +2,7 @@
 // `t` in microseconds of the performance counter; keys by the kernel's code, buttons by X11's numbers, so that a test
 // reads the same on every home. Lines on standard input:
 //   focus            ask for the keyboard
-//   window TITLE     tell about another program's window: found, place, whether it is minimised or has the keyboard
+//   window TITLE     tell about another program's window: found, place, whether it is minimised, has the keyboard, is on top
 //   close TITLE      ask it to close, as its frame's button does
 //   minimise TITLE
 // The end of standard input ends it.
@@ -157,9 +157,10 @@ void PrintOtherWindow(HWND window) {
     char line[240];
     snprintf(line, sizeof line,
              "{\"type\":\"window\",\"found\":true,\"x\":%ld,\"y\":%ld,\"width\":%ld,\"height\":%ld,"
-             "\"minimised\":%s,\"active\":%s}",
+             "\"minimised\":%s,\"active\":%s,\"onTop\":%s}",
              origin.x, origin.y, client.right, client.bottom, IsIconic(window) ? "true" : "false",
-             GetForegroundWindow() == window ? "true" : "false");
+             GetForegroundWindow() == window ? "true" : "false",
+             (GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0 ? "true" : "false");
     PrintLine(line);
 }
 

@@ -1,7 +1,9 @@
 // The Windows home of the seam against the system itself: clock, events, threads, files, processes.
 #include "platform/clock.h"
+#include "platform/desktop.h"
 #include "platform/files.h"
 #include "platform/process.h"
+#include "platform/shell.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
 #include "platform/win32/arguments.h"
@@ -316,6 +318,76 @@ TEST(Process, WideArgumentsAreCutToTheirLowBytes) {
     RunToEnd(OwnRole(L"arguments", L"--x=\"C:\\two words\" \x0141\x20ACz \"\""), &output);
     EXPECT_EQ(output, "valid 1\r\nline rest of the line\r\n[--role=arguments]\r\n[--x=C:\\two words]\r\n"
                       "[\x41\xACz]\r\n[]\r\n");
+}
+
+// ---- desktop ----
+
+bool IsTopmost(HWND window) {
+    return (GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+}
+
+TEST(Desktop, OnTopKeepsPlaceAndSize) {
+    HWND window = CreateWindowExW(0, L"STATIC", L"Varnelle on top", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 30, 40,
+                                  320, 210, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_NE(window, nullptr);
+    const WindowRef found = FindWindowByTitle("Varnelle on top");
+    EXPECT_EQ(found, reinterpret_cast<WindowRef>(window));
+    RECT before = {};
+    GetWindowRect(window, &before);
+    EXPECT_FALSE(IsTopmost(window));
+    for (bool onTop : {true, true, false, false, true, false}) {
+        SetWindowOnTop(found, onTop);
+        EXPECT_EQ(IsTopmost(window), onTop);
+        RECT after = {};
+        GetWindowRect(window, &after);
+        EXPECT_TRUE(EqualRect(&before, &after));
+    }
+    SetWindowOnTop(0, true);
+    DestroyWindow(window);
+    SetWindowOnTop(found, true);
+}
+
+// ---- shell ----
+
+const char* const kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+
+// The value of that name under the key behind its type; "none" where there is none.
+std::string RunValue(const char* name) {
+    char text[1024];
+    DWORD size = sizeof text;
+    DWORD type = 0;
+    if (RegGetValueA(HKEY_CURRENT_USER, kRunKey, name, RRF_RT_ANY, &type, text, &size) != ERROR_SUCCESS) {
+        return "none";
+    }
+    return (type == REG_SZ ? "REG_SZ " : "other ") + std::string(text, size);
+}
+
+TEST(Shell, TheRunValueFollowsTheSetting) {
+    RegSetKeyValueA(HKEY_CURRENT_USER, kRunKey, "Another program", REG_SZ, "x", 2);
+    SetLaunchAtStartup(false);
+    EXPECT_EQ(RunValue("Varnelle"), "none");
+    SetLaunchAtStartup(true);
+    const std::string quoted = std::string("REG_SZ \"") + ProgramPath() + "\"" + '\0';
+    EXPECT_EQ(RunValue("Varnelle"), quoted);
+    RegSetKeyValueA(HKEY_CURRENT_USER, kRunKey, "Varnelle", REG_SZ, "elsewhere", 10);
+    SetLaunchAtStartup(true);
+    EXPECT_EQ(RunValue("Varnelle"), quoted);
+    SetLaunchAtStartup(false);
+    EXPECT_EQ(RunValue("Varnelle"), "none");
+    SetLaunchAtStartup(false);
+    EXPECT_EQ(RunValue("Another program"), std::string("REG_SZ x") + '\0');
+    RegDeleteKeyValueA(HKEY_CURRENT_USER, kRunKey, "Another program");
+}
+
+TEST(Shell, WithoutTheRunKeyNothingHappens) {
+    ASSERT_EQ(RegDeleteTreeA(HKEY_CURRENT_USER, kRunKey), ERROR_SUCCESS);
+    SetLaunchAtStartup(true);
+    SetLaunchAtStartup(false);
+    EXPECT_EQ(RunValue("Varnelle"), "none");
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, kRunKey, 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
 }
 
 // ---- this program in its other roles ----

@@ -1,0 +1,38 @@
+#include "platform/shell.h"
+
+#include "platform/process.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+constexpr const char* kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
+constexpr const char* kRunValue = "Varnelle";
+
+static std::wstring WideText(const std::string& text) {
+    std::wstring wide;
+    int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+    wide.resize(static_cast<size_t>(length));
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), wide.data(), length);
+    return wide;
+}
+
+void OpenTarget(const std::string& target) {
+    ShellExecuteW(nullptr, L"open", WideText(target).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+}
+
+void SetLaunchAtStartup(bool enabled) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(HKEY_CURRENT_USER, kRunKey, 0, KEY_SET_VALUE, &key) != ERROR_SUCCESS) {
+        return;
+    }
+    if (enabled) {
+        // In quotes: a path with blanks would be cut at the first one.
+        const std::string command = "\"" + ProgramPath() + "\"";
+        RegSetValueExA(key, kRunValue, 0, REG_SZ, reinterpret_cast<const BYTE*>(command.c_str()),
+                       static_cast<DWORD>(command.size() + 1));
+    } else {
+        RegDeleteValueA(key, kRunValue);
+    }
+    RegCloseKey(key);
+}

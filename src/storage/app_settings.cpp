@@ -1,0 +1,256 @@
+#include "storage/app_settings.h"
+
+#include "base/text.h"
+#include "engines/engine_state.h"
+#include "platform/files.h"
+#include "platform/hooks.h"
+#include "storage/data_folder.h"
+
+#include <algorithm>
+#include <iterator>
+
+AppSettings appSettings;
+
+namespace {
+
+constexpr const char* kSettingsFile = "appsettings.txt";
+constexpr std::string_view kMinimisedPrefix = "min:";
+
+constexpr std::string_view kPanelIds[] = {
+    "panel-ui", "panel-profile", "panel-spammer", "panel-keyspam", "panel-tracker",
+};
+
+// A switch that the page knows, in the order of file and report. It is a field of the record or, where other threads
+// read it, one of the engine state; the other pointer is null.
+struct Switch {
+    std::string_view fileKey;
+    std::string_view pageKey;
+    bool AppSettings::*field;
+    std::atomic<bool> EngineState::*flag;
+
+    bool Read() const { return field != nullptr ? appSettings.*field : (engineState.*flag).load(); }
+    void Store(bool value) const {
+        if (field != nullptr) {
+            appSettings.*field = value;
+        } else {
+            engineState.*flag = value;
+        }
+    }
+};
+
+constexpr Switch kSwitches[] = {
+    {"alwaysOnTop", "alwaysOnTop", &AppSettings::alwaysOnTop, nullptr},
+    {"launchOnStartup", "launchOnStartup", &AppSettings::launchOnStartup, nullptr},
+    {"startMinimized", "startMinimized", &AppSettings::startMinimized, nullptr},
+    {"hotkeysEnabled", "hotkeysEnabled", nullptr, &EngineState::hotkeysEnabled},
+    // One switch with three names, all of them settled: files and pages know it by theirs.
+    {"hotkeyLockOn", "hotkeyLock", nullptr, &EngineState::lockOn},
+    {"stopToolsWithMacro", "stopToolsWithMacro", nullptr, &EngineState::stopToolsWithMacro},
+    {"disableAnimations", "disableAnimations", &AppSettings::disableAnimations, nullptr},
+    {"showWarnings", "showWarnings", &AppSettings::showWarnings, nullptr},
+};
+
+struct Number {
+    std::string_view fileKey;
+    int32_t AppSettings::*field;
+};
+
+constexpr Number kNumbers[] = {
+    {"windowX", &AppSettings::windowX},
+    {"windowY", &AppSettings::windowY},
+    {"windowWidth", &AppSettings::windowWidth},
+    {"windowHeight", &AppSettings::windowHeight},
+};
+
+constexpr std::string_view kMaximisedKey = "windowMaximized";
+
+void AppendLine(std::string& out, std::string_view key, std::string_view value) {
+    out += key;
+    out += '=';
+    out += value;
+    out += TextLineEnd();
+}
+
+std::string_view FileBool(bool value) {
+    return value ? "1" : "0";
+}
+
+template <typename Texts> std::string Joined(const Texts& texts) {
+    std::string joined;
+    for (const std::string& text : texts) {
+        if (!joined.empty()) {
+            joined += ',';
+        }
+        joined += text;
+    }
+    return joined;
+}
+
+template <typename Texts> void AppendList(std::string& out, const char* key, const Texts& texts) {
+    out += ",\"";
+    out += key;
+    out += "\":[";
+    const char* separator = "";
+    for (const std::string& text : texts) {
+        out += separator;
+        out += '"';
+        out += text;
+        out += '"';
+        separator = ",";
+    }
+    out += ']';
+}
+
+// The pieces of a comma list that are wanted.
+template <typename Wanted> std::set<std::string> ReadSet(std::string_view value, Wanted wanted) {
+    std::set<std::string> pieces;
+    for (const std::string_view piece : SplitParts(value, ',')) {
+        if (wanted(piece)) {
+            pieces.emplace(piece);
+        }
+    }
+    return pieces;
+}
+
+void ApplyNumber(const Number& number, std::string_view value) {
+    int32_t parsed = 0;
+    if (!ParseInt(value, &parsed)) {
+        return;
+    }
+    appSettings.*number.field = parsed;
+    if (number.field == &AppSettings::windowX) {
+        appSettings.windowPositionKnown = true;
+    }
+}
+
+void ApplyLine(std::string_view key, std::string_view value) {
+    for (const Switch& each : kSwitches) {
+        if (key == each.fileKey) {
+            each.Store(value == "1");
+            return;
+        }
+    }
+    for (const Number& each : kNumbers) {
+        if (key == each.fileKey) {
+            ApplyNumber(each, value);
+            return;
+        }
+    }
+    if (key == "seenWarnings") {
+        appSettings.seenWarnings = ReadSet(value, [](std::string_view piece) { return !piece.empty(); });
+    } else if (key == "minimizedPanels") {
+        appSettings.minimizedPanels = ReadSet(value, IsPanelId);
+    } else if (key == "panelOrder") {
+        ParsePanelOrder(value, &appSettings.panelOrder);
+    } else if (key == kMaximisedKey) {
+        appSettings.windowMaximized = value == "1";
+    }
+}
+
+}  // namespace
+
+bool IsPanelId(std::string_view text) {
+    return std::find(std::begin(kPanelIds), std::end(kPanelIds), text) != std::end(kPanelIds);
+}
+
+bool ParsePanelOrder(std::string_view text, std::vector<std::string>* order) {
+    std::vector<std::string> parsed;
+    for (const std::string_view piece : SplitParts(text, ',')) {
+        if (piece.empty()) {
+            continue;
+        }
+        if (!IsPanelId(piece) || std::find(parsed.begin(), parsed.end(), piece) != parsed.end()) {
+            return false;
+        }
+        parsed.emplace_back(piece);
+    }
+    *order = std::move(parsed);
+    return true;
+}
+
+void ApplyAppSettingsText(std::string_view text) {
+    TextLines lines(text);
+    std::string_view line;
+    while (lines.Next(&line)) {
+        const size_t equals = line.find('=');
+        if (equals != std::string_view::npos) {
+            ApplyLine(line.substr(0, equals), line.substr(equals + 1));
+        }
+    }
+    HookInterestChanged();
+}
+
+std::string BuildAppSettingsText() {
+    std::string text;
+    for (const Switch& each : kSwitches) {
+        AppendLine(text, each.fileKey, FileBool(each.Read()));
+    }
+    AppendLine(text, "seenWarnings", Joined(appSettings.seenWarnings));
+    AppendLine(text, "minimizedPanels", Joined(appSettings.minimizedPanels));
+    AppendLine(text, "panelOrder", Joined(appSettings.panelOrder));
+    for (const Number& each : kNumbers) {
+        std::string digits;
+        AppendInt(digits, appSettings.*each.field);
+        AppendLine(text, each.fileKey, digits);
+    }
+    AppendLine(text, kMaximisedKey, FileBool(appSettings.windowMaximized));
+    return text;
+}
+
+void LoadAppSettings() {
+    std::string text;
+    if (ReadFileBytes(DataFilePath(kSettingsFile), &text)) {
+        ApplyAppSettingsText(text);
+    }
+}
+
+void SaveAppSettings() {
+    WriteFileBytes(DataFilePath(kSettingsFile), BuildAppSettingsText());
+}
+
+std::string AppSettingsReport() {
+    std::string report;
+    for (const Switch& each : kSwitches) {
+        report += report.empty() ? "{\"" : ",\"";
+        report += each.pageKey;
+        report += each.Read() ? "\":true" : "\":false";
+    }
+    AppendList(report, "seenWarnings", appSettings.seenWarnings);
+    AppendList(report, "minimizedPanels", appSettings.minimizedPanels);
+    AppendList(report, "panelOrder", appSettings.panelOrder);
+    report += '}';
+    return report;
+}
+
+void StoreAppSetting(std::string_view key, bool value) {
+    for (const Switch& each : kSwitches) {
+        if (key == each.pageKey) {
+            each.Store(value);
+            return;
+        }
+    }
+    if (!StartsWith(key, kMinimisedPrefix)) {
+        return;
+    }
+    const std::string panel(key.substr(kMinimisedPrefix.size()));
+    if (!IsPanelId(panel)) {
+        return;
+    }
+    if (value) {
+        appSettings.minimizedPanels.insert(panel);
+    } else {
+        appSettings.minimizedPanels.erase(panel);
+    }
+}
+
+void MarkWarningSeen(std::string_view id) {
+    if (!id.empty() && appSettings.seenWarnings.emplace(id).second) {
+        SaveAppSettings();
+    }
+}
+
+void SetPanelOrder(std::string_view text) {
+    if (ParsePanelOrder(text, &appSettings.panelOrder)) {
+        SaveAppSettings();
+    }
+}

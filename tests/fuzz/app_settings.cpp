@@ -1,0 +1,72 @@
+// Any bytes as "appsettings.txt": what they set must survive being written and read again, and nothing comes in that
+// the page or the window could not bear.
+#include "storage/app_settings.h"
+#include "base/text.h"
+#include "engines/engine_state.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace {
+
+void Require(bool good) {
+    if (!good) {
+        std::abort();
+    }
+}
+
+void Reset() {
+    ResetEngineState();
+    appSettings = AppSettings();
+}
+
+int LineCount(std::string_view text) {
+    TextLines lines(text);
+    std::string_view line;
+    int count = 0;
+    while (lines.Next(&line)) {
+        ++count;
+    }
+    return count;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    Reset();
+    ApplyAppSettingsText(text);
+    for (const std::string& id : appSettings.seenWarnings) {
+        Require(!id.empty() && id.find_first_of(",\n") == std::string::npos);
+    }
+    for (const std::string& panel : appSettings.minimizedPanels) {
+        Require(IsPanelId(panel));
+    }
+    std::set<std::string> ordered;
+    for (const std::string& panel : appSettings.panelOrder) {
+        Require(IsPanelId(panel) && ordered.insert(panel).second);
+    }
+
+    const std::string written = BuildAppSettingsText();
+    const std::string report = AppSettingsReport();
+    const bool positionKnown = appSettings.windowPositionKnown;
+    Require(LineCount(written) == 16);
+    // A line that ends in more than one CR loses one with each reading.
+    if (text.find('\r') == std::string_view::npos) {
+        Reset();
+        ApplyAppSettingsText(written);
+        Require(BuildAppSettingsText() == written);
+        Require(AppSettingsReport() == report);
+        Require(positionKnown ? appSettings.windowPositionKnown : appSettings.windowX == 0);
+    }
+
+    StoreAppSetting(text, true);
+    StoreAppSetting(text, false);
+    Require(LineCount(BuildAppSettingsText()) == 16);
+    ParsePanelOrder(text, &appSettings.panelOrder);
+    Require(appSettings.panelOrder.size() <= 5);
+    return 0;
+}

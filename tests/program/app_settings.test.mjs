@@ -1,0 +1,205 @@
+// Application settings: set through the page's functions, kept in the file, carried out on the desktop.
+import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
+import { chmodSync, existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { delimiter, join } from 'node:path';
+import { after, afterEach, before, test } from 'node:test';
+import { kMainTitle, makeInstallation, nativePath, onWindows, openWorld } from './harness.mjs';
+import { waitUntil } from './processes.mjs';
+import { Key } from './real_hand.mjs';
+
+const limit = { timeout: 120000 };
+
+let world;
+let hand;
+let installations = [];
+
+before(async () => {
+  world = await openWorld();
+  hand = world.hand;
+}, limit);
+afterEach(async () => {
+  await world.closeOpened();
+  for (const installation of installations.splice(0)) installation.remove();
+}, limit);
+after(() => world?.close(), limit);
+
+function install() {
+  const installation = makeInstallation();
+  installations.push(installation);
+  return installation;
+}
+
+const kDefaults = {
+  alwaysOnTop: false,
+  launchOnStartup: false,
+  startMinimized: false,
+  hotkeysEnabled: true,
+  hotkeyLock: true,
+  stopToolsWithMacro: true,
+  disableAnimations: false,
+  showWarnings: true,
+  seenWarnings: [],
+  minimizedPanels: [],
+  panelOrder: [],
+};
+
+// The file's lines as an object.
+function settingsFile(program) {
+  const lines = program.readData('appsettings.txt').split('\n');
+  assert.equal(lines.pop(), '', 'the last line has its end');
+  return Object.fromEntries(lines.map((line) => line.split(/=(.*)/s).slice(0, 2)));
+}
+
+// What starts the program with the session: the entry's text, or the registry value; empty without one.
+function startsWithSession(installation) {
+  if (onWindows) {
+    const key = 'HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run';
+    const { status, stdout } = spawnSync('wine', ['reg', 'query', key, '/v', 'Varnelle'], {
+      encoding: 'utf8',
+      timeout: 30000,
+    });
+    return status === 0 ? /REG_SZ\s+(.*?)\r?\n/.exec(stdout)[1] : '';
+  }
+  const entry = join(installation.env.XDG_CONFIG_HOME, 'autostart/varnelle.desktop');
+  return existsSync(entry) ? /^Exec=(.*)$/m.exec(readFileSync(entry, 'utf8'))[1] : '';
+}
+
+test('each change is in the file at once and there after a restart', limit, async () => {
+  const installation = install();
+  let program = await world.startProgram({ installation });
+  let observer = await world.openApplication();
+  assert.deepEqual(await program.call('getAppSettings'), kDefaults);
+
+  const set = (key, value) => program.call('setAppSetting', `${key},${value}`);
+  assert.equal(await set('disableAnimations', 1), undefined);
+  assert.equal(settingsFile(program).disableAnimations, '1');
+  await program.call('setAppSetting', 'showWarnings', 0); // as two arguments
+  assert.equal(settingsFile(program).showWarnings, '0');
+  await set('stopToolsWithMacro', 0);
+  assert.equal(settingsFile(program).stopToolsWithMacro, '0');
+  await set('hotkeyLock', 0);
+  assert.equal(settingsFile(program).hotkeyLockOn, '0');
+  for (const panel of ['panel-tracker', 'panel-ui', 'panel-other']) await set(`min:${panel}`, 1);
+  assert.equal(settingsFile(program).minimizedPanels, 'panel-tracker,panel-ui');
+  assert.equal(await program.call('setPanelOrder', 'panel-tracker,panel-ui'), undefined);
+  await program.call('setPanelOrder', 'panel-ui,panel-ui');
+  assert.equal(settingsFile(program).panelOrder, 'panel-tracker,panel-ui');
+  assert.equal(await program.call('markWarningSeen', 'zero-interval'), undefined);
+  await program.call('markWarningSeen', 'loop');
+  assert.equal(settingsFile(program).seenWarnings, 'loop,zero-interval');
+
+  const expected = {
+    ...kDefaults,
+    disableAnimations: true,
+    showWarnings: false,
+    stopToolsWithMacro: false,
+    hotkeyLock: false,
+    minimizedPanels: ['panel-tracker', 'panel-ui'],
+    panelOrder: ['panel-tracker', 'panel-ui'],
+    seenWarnings: ['loop', 'zero-interval'],
+  };
+  assert.deepEqual(await program.call('getAppSettings'), expected);
+  assert.equal((await program.call('getTrackerStatus')).lockOn, false);
+  assert.equal(await program.closeWindow(observer), 0);
+  await observer.kill();
+
+  program = await world.startProgram({ installation });
+  observer = await world.openApplication();
+  assert.deepEqual(await program.call('getAppSettings'), expected);
+  assert.equal((await program.call('getTrackerStatus')).lockOn, false);
+});
+
+test('hotkeys switched off are the application’s own', limit, async () => {
+  const program = await world.startProgram();
+  const observer = await world.openApplication();
+  await program.call('setAppSetting', 'hotkeysEnabled,0');
+  // The system lets go of the key a moment after the setting.
+  await waitUntil(async () => {
+    await hand.tap(Key.F6);
+    await observer.settle();
+    if (program.status()?.autoClicking) await program.call('stopSpammer');
+    return observer.keys().length > 0;
+  }, 'F6 reaches the application');
+  observer.clear();
+  await hand.tap(Key.F6);
+  await hand.tap(Key.F10);
+  await waitUntil(() => observer.keys().length === 4, 'both keys reach the application');
+  assert.equal((await program.call('getTrackerStatus')).unlocked, true);
+
+  await program.call('setAppSetting', 'hotkeysEnabled,1');
+  await waitUntil(async () => {
+    observer.clear();
+    await hand.tap(Key.F10);
+    await observer.settle();
+    return observer.keys().length === 0;
+  }, 'F10 is hidden again');
+  const locked = await program.waitForStatus((s) => !s.unlocked, 'locked');
+  assert.equal(locked.lockOn, true);
+  // Switching the lock, either way, frees the hotkeys.
+  await program.call('setAppSetting', 'hotkeyLock,1');
+  assert.equal((await program.call('getTrackerStatus')).unlocked, true);
+});
+
+test('always on top is real', limit, async () => {
+  const program = await world.startProgram();
+  const observer = await world.openApplication();
+  const before = await observer.window(kMainTitle);
+  assert.equal(before.onTop, false);
+  for (const [value, onTop] of [
+    ['1', true],
+    ['0', false],
+    ['1', true],
+    ['yes', false],
+  ]) {
+    await program.call('setAppSetting', `alwaysOnTop,${value}`);
+    const window = await waitUntil(async () => {
+      const now = await observer.window(kMainTitle);
+      return now.onTop === onTop && now;
+    }, `on top: ${onTop}`);
+    assert.deepEqual(
+      [window.x, window.y, window.width, window.height],
+      [before.x, before.y, before.width, before.height],
+    );
+    assert.equal(settingsFile(program).alwaysOnTop, onTop ? '1' : '0');
+  }
+});
+
+test('starting with the session follows the setting, also a moved program', limit, async () => {
+  const installation = install();
+  let program = await world.startProgram({ installation });
+  assert.equal(startsWithSession(installation), '');
+  await program.call('setAppSetting', 'launchOnStartup,1');
+  assert.equal(startsWithSession(installation), `"${nativePath(installation.program)}"`);
+  assert.equal(settingsFile(program).launchOnStartup, '1');
+  await program.kill();
+
+  // The data folder with a program in another place.
+  const moved = install();
+  mkdirSync(moved.data);
+  writeFileSync(join(moved.data, 'appsettings.txt'), 'launchOnStartup=1\n');
+  program = await world.startProgram({ installation: moved });
+  assert.equal(startsWithSession(moved), `"${nativePath(moved.program)}"`);
+  await program.call('setAppSetting', 'launchOnStartup,0');
+  assert.equal(startsWithSession(moved), '');
+  await program.call('setAppSetting', 'launchOnStartup,0');
+  assert.equal(startsWithSession(moved), '');
+});
+
+test('a link opens outside, and only a known one', limit, async () => {
+  const installation = install();
+  // Wine hands addresses to the same program as the Linux home does.
+  const told = join(installation.folder, 'opened');
+  const opener = join(installation.folder, 'xdg-open');
+  writeFileSync(opener, `#!/bin/sh\nprintf '%s\\n' "$*" >>'${told}'\n`);
+  chmodSync(opener, 0o755);
+  installation.env.PATH = `${installation.folder}${delimiter}${process.env.PATH}`;
+  const program = await world.startProgram({ installation });
+  const opened = () => (existsSync(told) ? readFileSync(told, 'utf8').trim().split('\n') : []);
+  assert.equal(await program.call('openLink', 'elsewhere'), undefined);
+  assert.equal(await program.call('openLink', 'docs'), undefined);
+  await waitUntil(() => opened().length === 1, 'the documentation opens');
+  await program.call('openLink', 'discord');
+  await waitUntil(() => opened().length === 2, 'the community opens');
+  assert.deepEqual(opened(), ['https://docs.varnelle.example/', 'https://community.varnelle.example/']);
+});

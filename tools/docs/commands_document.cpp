@@ -1,0 +1,50 @@
+#include "docs/commands_document.h"
+
+#include "frame/commands.h"
+
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kIntroduction =
+    "# Commands of the page\n"
+    "\n"
+    "Every function that the program binds into its page, in the order of binding. Made from the table in\n"
+    "`src/frame/commands.cpp` by `./dev docs`; a test fails while the two differ.\n"
+    "\n"
+    "The page calls `window.<name>(...)` and gets a promise. Arguments are one text or several, which makes "
+    "no\n"
+    "difference: brackets and double quotes are taken out of the request, and the command splits what is "
+    "left. A\n"
+    "command that has nothing to say resolves with `undefined`.\n"
+    "\n"
+    "| Name | Arguments | Action |\n"
+    "|---|---|---|\n";
+
+// In a table a bar would end the cell.
+void AppendCell(std::string& out, std::string_view text) {
+    for (const char c : text) {
+        if (c == '|') {
+            out += '\\';
+        }
+        out += c;
+    }
+}
+
+}  // namespace
+
+std::string CommandsDocument() {
+    std::string document(kIntroduction);
+    int count = 0;
+    const PageCommand* commands = MasterCommands(&count);
+    for (int i = 0; i < count; ++i) {
+        document += "| `";
+        document += commands[i].name;
+        document += "` | ";
+        AppendCell(document, commands[i].arguments[0] == '\0' ? "none" : commands[i].arguments);
+        document += " | ";
+        AppendCell(document, commands[i].action);
+        document += " |\n";
+    }
+    return document;
+}
