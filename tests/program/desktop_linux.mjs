@@ -38,7 +38,8 @@ async function startServer(program, args, env) {
 
 export async function openDesktop(folder) {
   const children = [];
-  const base = { ...process.env, WAYLAND_DISPLAY: '', DISPLAY: '' };
+  // Without a bus address GTK starts a session bus, which stays for as long as the display.
+  const base = { ...process.env, WAYLAND_DISPLAY: '', DISPLAY: '', DBUS_SESSION_BUS_ADDRESS: 'disabled:' };
   const size = `${kScreen.width}x${kScreen.height}`;
   try {
     const outer = await startServer('Xvfb', ['-screen', '0', `${size}x24`], base);

@@ -20,15 +20,31 @@ export const Key = {
   ...Object.fromEntries([...'1234567890'].map((digit, index) => [digit, 2 + index])),
   Tab: 15,
   ...Object.fromEntries([...'QWERTYUIOP'].map((letter, index) => [letter, 16 + index])),
+  Minus: 12,
   Enter: 28,
   LeftCtrl: 29,
   ...Object.fromEntries([...'ASDFGHJKL'].map((letter, index) => [letter, 30 + index])),
+  Semicolon: 39,
   LeftShift: 42,
+  Backslash: 43,
   ...Object.fromEntries([...'ZXCVBNM'].map((letter, index) => [letter, 44 + index])),
+  Dot: 52,
+  Slash: 53,
   Space: 57,
   ...Object.fromEntries([...Array(10).keys()].map((index) => [`F${index + 1}`, 59 + index])),
   F11: 87,
   F12: 88,
+};
+
+// Characters beside letters and digits that `type` knows, on a US keyboard: key, and whether with Shift.
+const kCharacters = {
+  '-': [Key.Minus, false],
+  _: [Key.Minus, true],
+  ':': [Key.Semicolon, true],
+  '\\': [Key.Backslash, false],
+  '.': [Key.Dot, false],
+  '/': [Key.Slash, false],
+  ' ': [Key.Space, false],
 };
 
 // X button numbers.
@@ -151,6 +167,16 @@ class RealHand {
     await this.keyDown(key);
     await pause(holdMilliseconds);
     await this.keyUp(key);
+  }
+  async type(text) {
+    for (const character of text) {
+      const capital = /[A-Z]/.test(character);
+      const [key, shift] = kCharacters[character] ?? [Key[character.toUpperCase()], capital];
+      if (key === undefined) throw new Error(`no key for "${character}"`);
+      if (shift) await this.keyDown(Key.LeftShift);
+      await this.tap(key, 5);
+      if (shift) await this.keyUp(Key.LeftShift);
+    }
   }
   buttonDown(button) {
     return this.fake(kButtonPress, button);

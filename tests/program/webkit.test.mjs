@@ -154,8 +154,31 @@ test('answers are not kept', options, async () => {
   assert.ok(freed >= 150, `${freed} of 200 answers were let go`);
 });
 
-test('closing the window ends the program and leaves no process of the view', options, async () => {
+async function openFileDialog() {
+  await inspector.evaluate(
+    'window.importProfile().then((answer) => (window.imported = JSON.stringify(answer))), 0',
+  );
+  await waitUntil(async () => (await observer.window('Open')).active, 'the file dialog');
+}
+
+test('the page lives on while a file dialog is open', options, async () => {
+  await openFileDialog();
+  const status = await inspector.evaluate('window.getTrackerStatus().then(JSON.stringify)');
+  assert.match(status, /"state":"Idle"/);
+  assert.equal(await inspector.evaluate('window.imported'), undefined);
+  // There is no second one beside it.
+  const second = await inspector.evaluate('window.importProfile().then(JSON.stringify)');
+  assert.equal(second, '{"outcome":"cancelled"}');
+  await world.hand.tap(Key.Escape);
+  await waitUntil(
+    async () => (await inspector.evaluate('window.imported')) === '{"outcome":"cancelled"}',
+    'the answer',
+  );
+});
+
+test('closing the window ends the program, its dialog and every process of the view', options, async () => {
   const session = join(installation.data, 'session.dat');
+  await openFileDialog();
   assert.equal(await program.closeWindow(observer), 0);
   assert.ok(existsSync(session));
   assert.match(readFileSync(session, 'utf8'), /PROFILE:Large/);
@@ -168,6 +191,7 @@ test('closing the window ends the program and leaves no process of the view', op
         return [];
       }
     });
+  assert.equal((await observer.window('Open')).found, false);
   await waitUntil(() => left().length === 0, 'every process of the view has ended').catch((error) => {
     throw new Error(`${error.message}: ${left()}`);
   });

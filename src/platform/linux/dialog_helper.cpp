@@ -84,6 +84,7 @@ struct Helper {
 
 bool StartHelper(const std::string& file, std::vector<std::string> arguments, Helper* helper) {
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }
@@ -156,8 +157,11 @@ HelperEnd WaitForHelper(const Helper& helper, std::string* text, int* exitCode) 
             *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
             return WIFEXITED(status) ? HelperEnd::Exited : HelperEnd::Ended;
         }
-        if (ended < 0 && errno != EINTR) {
-            return HelperEnd::Ended;  // somebody else has taken its exit code
+        if (ended < 0) {
+            // NOTE: whoever started us may have had the system drop exit codes (SIGCHLD ignored).
+            // HACK: what it has printed decides.
+            *exitCode = text->empty() ? kClosedByPerson : 0;
+            return HelperEnd::Exited;
         }
     }
 }

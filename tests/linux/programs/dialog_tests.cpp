@@ -209,6 +209,15 @@ TEST_F(Helper, NoFileNoChildAndNoHandleOfOursIsLeftToAnybody) {
     close(ours);
 }
 
+TEST_F(Helper, ExitCodesThatTheSystemDropsAreNotMissed) {
+    signal(SIGCHLD, SIG_IGN);  // as whoever started us may have left it
+    PutHelper("echo /a.x");
+    EXPECT_EQ(AskForFileToOpen(kFilters).path, "/a.x");
+    PutHelper("exit 1");
+    EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Cancelled);
+    signal(SIGCHLD, SIG_DFL);
+}
+
 TEST_F(Helper, AProgramThatEndsWaitsForNoDialog) {
     PutHelper("trap '' TERM; echo $$ >" + folder + "/pid.new; mv " + folder + "/pid.new " + folder +
               "/pid; while true; do sleep 0.05; done");
