@@ -115,4 +115,5 @@ Pictures() {
     kill "$program" || true
     wait "$program" || true
     rm -rf "$data"
+    node tools/themes/pictures.mjs build/linux/dist/themes docs/pictures
 }
