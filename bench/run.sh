@@ -21,6 +21,9 @@ echo
 echo "== Risk scan, a million key presses"
 "$build/bench/scan_bench"
 echo
+echo "== Theme files of 12 MB"
+"$build/bench/theme_bench" "$build/dist/themes/quiet-ridges.vrltheme"
+echo
 echo "== Input"
 "$build/bench/input_bench"
 echo

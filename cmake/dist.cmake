@@ -1,5 +1,5 @@
-# The folder as shipped, ${DIST}: the program, the web-view library, the pages, the licence texts. Node.js is needed for
-# this target only.
+# The folder as shipped, ${DIST}: the program, the web-view library, the pages, the themes, the licence texts. Node.js
+# is needed for this target only.
 if(WIN32)
   set(DIST_HOME windows)
   set(DIST_LIBRARY ${DIST}/libwebview.dll)
@@ -29,7 +29,23 @@ add_custom_command(
   COMMENT "Pages"
   VERBATIM)
 
-add_custom_target(dist DEPENDS ${DIST_LIBRARY} ${DIST_PAGES_STAMP})
+# The themes that come with the program, one of each source in assets/themes.
+file(GLOB DIST_THEME_SOURCES CONFIGURE_DEPENDS assets/themes/*.json tools/themes/*.mjs)
+set(DIST_THEMES "")
+foreach(source ${DIST_THEME_SOURCES})
+  if(source MATCHES "\\.json$")
+    get_filename_component(name ${source} NAME_WE)
+    list(APPEND DIST_THEMES ${DIST}/themes/${name}.vrltheme)
+  endif()
+endforeach()
+add_custom_command(
+  OUTPUT ${DIST_THEMES}
+  COMMAND node ${CMAKE_SOURCE_DIR}/tools/themes/build.mjs ${DIST}/themes
+  DEPENDS ${DIST_THEME_SOURCES}
+  COMMENT "Themes"
+  VERBATIM)
+
+add_custom_target(dist DEPENDS ${DIST_LIBRARY} ${DIST_PAGES_STAMP} ${DIST_THEMES})
 if(TARGET varnelle)
   add_dependencies(dist varnelle)
 endif()

@@ -22,6 +22,7 @@ const kLicences = [
   { from: 'node_modules/preact/LICENSE', to: 'preact.txt' },
   { from: 'node_modules/@preact/signals/LICENSE', to: 'preact-signals.txt' },
   { from: 'node_modules/sortablejs/LICENSE', to: 'sortable.txt' },
+  { from: '/usr/share/doc/fonts-inter-variable/copyright', to: 'inter.txt' },
 ];
 // The compiler's run-time libraries are linked into the Windows program.
 const kWindowsLicences = [

@@ -39,15 +39,25 @@ bool IsStrictBase64(std::string_view text) {
 }
 
 std::string DecodeBase64(std::string_view text) {
-    std::string bytes;
-    bytes.reserve(text.size() / 4 * 3);
-    uint32_t bits = 0;
-    int bitCount = 0;
-    for (const char c : text) {
-        if (c == '=') {
+    std::string bytes(text.size() / 4 * 3 + 3, '\0');
+    size_t size = 0;
+    size_t at = 0;
+    // Whole groups of four digits at once; the loop below takes it from the first one that is none.
+    for (; at + 4 <= text.size(); at += 4) {
+        const int32_t group = Digit(text[at]) * 0x40000 | Digit(text[at + 1]) * 0x1000 |
+                              Digit(text[at + 2]) * 0x40 | Digit(text[at + 3]);
+        if (group < 0) {
             break;
         }
-        const int8_t digit = Digit(c);
+        bytes[size] = static_cast<char>(group >> 16);
+        bytes[size + 1] = static_cast<char>(group >> 8 & 0xFF);
+        bytes[size + 2] = static_cast<char>(group & 0xFF);
+        size += 3;
+    }
+    uint32_t bits = 0;
+    int bitCount = 0;
+    for (; at < text.size() && text[at] != '='; ++at) {
+        const int8_t digit = Digit(text[at]);
         if (digit == kNoDigit) {
             return {};
         }
@@ -55,8 +65,10 @@ std::string DecodeBase64(std::string_view text) {
         bitCount += 6;
         if (bitCount >= 8) {
             bitCount -= 8;
-            bytes.push_back(static_cast<char>((bits >> bitCount) & 0xFF));
+            bytes[size] = static_cast<char>((bits >> bitCount) & 0xFF);
+            ++size;
         }
     }
+    bytes.resize(size);
     return bytes;
 }

@@ -1,5 +1,7 @@
 #include "themes/json_lookup.h"
 
+#include <array>
+
 namespace {
 
 bool IsSpace(char c) {
@@ -28,10 +30,28 @@ int ContinuationBytes(unsigned char c) {
     return c >= 0xF0 && c <= 0xF7 ? 3 : -1;
 }
 
+constexpr std::array<bool, 256> PlainTable() {
+    std::array<bool, 256> table{};
+    for (size_t c = 0x20; c < 0x7F; ++c) {
+        table[c] = c != '"' && c != '\\';
+    }
+    return table;
+}
+
+// Bytes of a string that mean themselves and nothing more: nearly all there are, so they are passed first.
+constexpr std::array<bool, 256> kPlain = PlainTable();
+
+size_t PassPlain(std::string_view text, size_t at) {
+    while (at < text.size() && kPlain[static_cast<unsigned char>(text[at])]) {
+        ++at;
+    }
+    return at;
+}
+
 // The place of the closing quote of the string whose content starts at `at`; npos where the scan ends.
 size_t StringEnd(std::string_view text, size_t at) {
     constexpr std::string_view kEscapes = "\"\\/bfnrtu";
-    while (at < text.size() && text[at] != '"') {
+    while ((at = PassPlain(text, at)) < text.size() && text[at] != '"') {
         if (text[at] == '\\') {
             if (at + 1 >= text.size() || kEscapes.find(text[at + 1]) == std::string_view::npos) {
                 return std::string_view::npos;
@@ -212,6 +232,9 @@ void JsonKeyWalk::SkipValue() {
     size_t depth = 0;
     bool inString = false;
     for (; at_ < text_.size(); ++at_) {
+        if (inString && (at_ = PassPlain(text_, at_)) >= text_.size()) {
+            break;
+        }
         const char c = text_[at_];
         if (inString) {
             if (c == '\\') {

@@ -1,8 +1,8 @@
-// Any bytes as a theme file, beside a second judge that asks for each key with a pass of its own, from the list of all
-// keys, and decodes every piece as often as it is named. The listing and base64 also run on the bytes as they are.
-#include "themes/base64.h"
+// Any bytes as a theme file, beside the plain form that asks for each value with a scan of its own and decodes every
+// piece as often as it is named. The listing of keys and the lookup also run on the bytes as they are.
+#include "../unit/theme_literal.cpp"
+
 #include "themes/json_lookup.h"
-#include "themes/validator.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -16,42 +16,21 @@ void Require(bool good) {
     }
 }
 
-// The count of pieces, or -1 where one of them is no good. The size of the picture is not looked at.
-int PlainPieces(const std::string& pieces) {
-    int count = 0;
-    for (const std::string& key : ListJsonKeys(pieces)) {
-        const std::string encoded = JsonLookup(pieces, key);
-        const std::string bytes = DecodeBase64(encoded);
-        if (!IsStrictBase64(encoded) || bytes.size() < 24 || bytes.substr(12, 4) != "IHDR") {
-            return -1;
-        }
-        ++count;
-    }
-    return count;
-}
-
 void RequireSame(const std::string& text) {
     ThemeRecord record;
     ThemeReport report;
-    const bool accepted = ValidateThemeText(text, &record, &report);
-    Require(accepted == report.accepted && accepted == report.message.empty());
-    if (!accepted) {
-        return;
+    ThemeRecord plain;
+    ThemeReport plainReport;
+    Require(ValidateThemeText(text, &record, &report) == LiteralTheme::Validate(text, &plain, &plainReport));
+    Require(report.accepted == plainReport.accepted && report.message == plainReport.message);
+    Require(report.pieceCount == plainReport.pieceCount && report.hasFont == plainReport.hasFont);
+    Require(record.name == plain.name && record.bgMain == plain.bgMain && record.bgPanel == plain.bgPanel);
+    Require(record.bgHeader == plain.bgHeader && record.accent == plain.accent);
+    Require(record.accentHover == plain.accentHover && record.text == plain.text);
+    Require(record.font == plain.font && record.hasSkin == plain.hasSkin && record.path.empty());
+    if (report.accepted) {
+        Require(IsThemeColour(record.accent) && record.hasSkin == (report.pieceCount > 0 || report.hasFont));
     }
-    Require(record.name == JsonLookup(text, "name") && record.bgMain == JsonLookup(text, "bgMain"));
-    Require(record.bgPanel == JsonLookup(text, "bgPanel") && record.bgHeader == JsonLookup(text, "bgHeader"));
-    Require(record.accent == JsonLookup(text, "accent") && record.text == JsonLookup(text, "text"));
-    Require(record.accentHover == JsonLookup(text, "accentHover") && record.font == JsonLookup(text, "font"));
-    Require(IsThemeColour(record.accent) && record.path.empty());
-    const std::string skin = JsonLookup(text, "skin");
-    if (JsonLookup(text, "format") != "2" || JsonLookup(skin, "template") != "1") {
-        Require(!record.hasSkin && report.pieceCount == 0 && !report.hasFont);
-        return;
-    }
-    const std::string pieces = JsonLookup(skin, "pieces");
-    Require(report.pieceCount == (pieces.empty() ? 0 : PlainPieces(pieces)));
-    Require(report.hasFont == !JsonLookup(skin, "font").empty());
-    Require(record.hasSkin == (report.pieceCount > 0 || report.hasFont));
 }
 
 }  // namespace
@@ -59,19 +38,18 @@ void RequireSame(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
     RequireSame(bytes);
-    // The same bytes where the colours are past: as the rest of a file, and as its pieces.
+    // The same bytes where the colours are past: as the rest of a file, as its pieces and as its font.
     const std::string start =
         R"({"name":"n","bgMain":"#000","bgPanel":"#000","bgHeader":"#000","accent":"#000",)"
         R"("accentHover":"#000","text":"#000","font":"'Consolas', 'Courier New', monospace",)"
         R"("format":2,"skin":)";
     RequireSame(start + bytes);
     RequireSame(start + R"({"template":1,"pieces":)" + bytes + "}}");
+    RequireSame(start + R"({"template":1,"font":")" + bytes + "\"}}");
 
-    ListJsonKeys(bytes);
-    const std::string decoded = DecodeBase64(bytes);
-    Require(decoded.size() <= bytes.size());
-    if (IsStrictBase64(bytes)) {
-        Require(decoded.size() + 2 >= bytes.size() / 4 * 3 && decoded.size() <= bytes.size() / 4 * 3);
+    Require(ListJsonKeys(bytes) == LiteralTheme::ListKeys(bytes));
+    for (const char* key : {"name", "panel", "pieces", "button.on", ""}) {
+        Require(JsonLookup(bytes, key) == LiteralTheme::Lookup(bytes, key));
     }
     return 0;
 }

@@ -430,6 +430,21 @@ TEST(ThemeFile, HandsOutNothingOnRejection) {
     EXPECT_FALSE(ValidateThemeFile(folder.File("none.vrltheme"), &record, nullptr, nullptr));
 }
 
+// The kernel's files tell a size of a page and hold less: such a file ends before it has been read. Wine shows them too.
+TEST(ThemeFile, ThatEndsEarlyCannotBeRead) {
+    const std::string path = "/sys/devices/system/cpu/online";
+    if (ReadFile(path).empty()) {
+        GTEST_SKIP() << "no file here tells more than it holds: " << path << " is missing";
+    }
+    ThemeRecord record;
+    ThemeReport report;
+    std::string text = "before";
+    EXPECT_FALSE(ValidateThemeFile(path, &record, &report, &text));
+    EXPECT_EQ(report.message, "could not read file");
+    EXPECT_EQ(text, "before");
+    EXPECT_EQ(record.path, "");
+}
+
 TEST(ThemeFile, HasACap) {
     TempFolder folder;
     const std::string path = folder.File("size.vrltheme");

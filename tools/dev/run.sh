@@ -116,4 +116,5 @@ Pictures() {
     kill "$program" || true
     wait "$program" || true
     rm -rf "$data"
+    node tools/themes/pictures.mjs build/linux/dist/themes docs/pictures
 }
