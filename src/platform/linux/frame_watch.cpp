@@ -80,6 +80,7 @@ bool Look(Display* display, Sight* sight) {
     }
     const bool maximised = IsMaximised(display, frame.window);
     sight->minimised = IsIconic(display, frame.window);
+    const ScreenArea screen = QueryPrimaryScreen(display);
     const bool ordinary = !maximised && !sight->minimised && !IsFullscreen(display, frame.window);
     MutexLock lock(frame.mutex);
     if (frame.asked) {
@@ -88,7 +89,6 @@ bool Look(Display* display, Sight* sight) {
     } else if (ordinary || !sight->normal) {
         sight->normal = outer;
     }
-    const ScreenArea screen = PrimaryScreen();
     frame.latest =
         WindowPlacement{Moved(*sight->normal, -screen.x, -screen.y), maximised && !sight->minimised};
     return true;

@@ -15,8 +15,8 @@ namespace {
 constexpr long kApplication = 1;  // who asks, in messages to the window manager
 constexpr long kPager = 2;
 
-ScreenRectangle FromPrimary(const ScreenRectangle& rectangle) {
-    const ScreenArea screen = PrimaryScreen();
+ScreenRectangle FromPrimary(Display* display, const ScreenRectangle& rectangle) {
+    const ScreenArea screen = QueryPrimaryScreen(display);
     return Moved(rectangle, -screen.x, -screen.y);
 }
 
@@ -52,13 +52,13 @@ ScreenRectangle MonitorWorkArea(WindowRef window) {
     if (display == nullptr) {
         return ScreenRectangle{0, 0, 1, 1};
     }
-    const ScreenArea screen = PrimaryScreen();
+    const ScreenArea screen = QueryPrimaryScreen(display);
     ScreenRectangle place{screen.x, screen.y, screen.x + 1, screen.y + 1};
     if (window != 0) {
         ReadOuterRectangle(display, window, &place);
     }
     const std::vector<ScreenRectangle> monitors = ReadMonitors(display);
-    return FromPrimary(ReadWorkArea(display, monitors, NearestMonitor(monitors, place)));
+    return FromPrimary(display, ReadWorkArea(display, monitors, NearestMonitor(monitors, place)));
 }
 
 bool WorkAreaAtPoint(int32_t x, int32_t y, ScreenRectangle* area) {
@@ -68,9 +68,9 @@ bool WorkAreaAtPoint(int32_t x, int32_t y, ScreenRectangle* area) {
     }
     const std::vector<ScreenRectangle> monitors = ReadMonitors(display);
     for (size_t index = 0; index < monitors.size(); ++index) {
-        const ScreenRectangle monitor = FromPrimary(monitors[index]);
+        const ScreenRectangle monitor = FromPrimary(display, monitors[index]);
         if (x >= monitor.left && x < monitor.right && y >= monitor.top && y < monitor.bottom) {
-            *area = FromPrimary(ReadWorkArea(display, monitors, index));
+            *area = FromPrimary(display, ReadWorkArea(display, monitors, index));
             return true;
         }
     }
@@ -92,23 +92,25 @@ bool ReadPageWindowRectangle(PageHost* host, ScreenRectangle* outer) {
         rectangle.right = rectangle.left + frame.left + host->askedWidth * scale + frame.right;
         rectangle.bottom = rectangle.top + frame.top + host->askedHeight * scale + frame.bottom;
     }
-    *outer = FromPrimary(rectangle);
+    *outer = FromPrimary(display, rectangle);
     return true;
 }
 
 void MoveWindowTo(WindowRef window, int32_t left, int32_t top) {
     WhenManaged(window, [window, left, top](Display* display) {
-        const ScreenArea screen = PrimaryScreen();
+        const ScreenArea screen = QueryPrimaryScreen(display);
         MoveFrame(display, window, screen.x + left, screen.y + top, 0, 0);
     });
 }
 
 void PlaceWindow(WindowRef window, int32_t left, int32_t top, int32_t width, int32_t height) {
-    const ScreenArea here = PrimaryScreen();
-    NoteAskedPlace(window,
-                   Moved({left, top, left + std::max(width, 1), top + std::max(height, 1)}, here.x, here.y));
+    if (Display* display = ThreadDisplay()) {
+        const ScreenArea screen = QueryPrimaryScreen(display);
+        NoteAskedPlace(window, Moved({left, top, left + std::max(width, 1), top + std::max(height, 1)},
+                                     screen.x, screen.y));
+    }
     WhenManaged(window, [window, left, top, width, height](Display* display) {
-        const ScreenArea screen = PrimaryScreen();
+        const ScreenArea screen = QueryPrimaryScreen(display);
         const FrameExtents frame = ReadFrameExtents(display, window);
         MoveFrame(display, window, screen.x + left, screen.y + top,
                   std::max(width - frame.left - frame.right, 1),

@@ -121,9 +121,12 @@ TEST(WindowFrame, PlacedWithItsFrameAndNoDrift) {
     EXPECT_TRUE(Becomes(Text(resized), [&] { return OuterText(window); }));
     MoveWindowTo(window.Id(), 700, 60);
     EXPECT_TRUE(Becomes(Text(Moved(resized, 560, -30)), [&] { return OuterText(window); }));
-    PlaceWindow(window.Id(), 10, 20, -5, 0);
-    EXPECT_TRUE(WaitFor([&] { return OuterText(window).rfind("10,20 to ", 0) == 0; }))
-        << "a size that is none";
+    // A size that is none becomes what the window manager allows at least.
+    PlaceWindow(window.Id(), 100, 200, -5, 0);
+    EXPECT_TRUE(WaitFor([&] {
+        ScreenRectangle client;
+        return ReadClientRectangle(ThreadDisplay(), window.Id(), &client) && client.right - client.left < 200;
+    })) << OuterText(window);
 }
 
 TEST(WindowFrame, MaximisedAndMinimised) {
@@ -143,8 +146,9 @@ TEST(WindowFrame, DocksAreNoPartOfTheWorkArea) {
     {
         Dock dock(40, 0, 1599);
         EXPECT_TRUE(Becomes("0,0 to 1600,960", [] { return Text(MonitorWorkArea(0)); }));
-        ASSERT_TRUE(WorkAreaAtPoint(10, 990, &area)) << "under the dock is on the monitor";
-        EXPECT_EQ(Text(area), "0,0 to 1600,960");
+        EXPECT_TRUE(Becomes("0,0 to 1600,960", [&] {
+            return WorkAreaAtPoint(10, 990, &area) ? Text(area) : "no monitor";
+        })) << "under the dock is on the monitor";
     }
     EXPECT_TRUE(Becomes("0,0 to 1600,1000", [] { return Text(MonitorWorkArea(0)); }));
     for (const auto& [x, y] :
