@@ -15,6 +15,7 @@
 #include "storage/app_settings.h"
 #include "storage/profiles.h"
 #include "windows/main_page.h"
+#include "windows/main_window.h"
 
 #include <algorithm>
 #include <iterator>
@@ -63,6 +64,7 @@ std::string FetchPendingThemeAlert() {
 
 // In binding order. A new command goes beside those of its subject; the order of the rest stays.
 constexpr PageCommand kMasterCommands[] = {
+    {"resizeWindow", "width,height", "fit the window to the page's content", Call<ResizeMainWindow>},
     {"updateSpammer", "9 comma fields", "store the autoclicker's settings", Call<UpdateSpammer>},
     {"startSpammer", "", "ask for the autoclicker", Raise<&EngineState::reqStartAuto>},
     {"stopSpammer", "", "ask for its end", Raise<&EngineState::reqStopAuto>},

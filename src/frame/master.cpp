@@ -19,6 +19,7 @@
 #include "platform/shell.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
+#include "platform/window_frame.h"
 #include "storage/app_settings.h"
 #include "storage/data_folder.h"
 #include "storage/session.h"
@@ -162,6 +163,14 @@ void LoadMainPage(PageHost* host) {
     SetPageHtml(host, InlineScripts(std::move(page), programDirectory));
 }
 
+// The size shows the window. Its placement is restored once the page is there; doing the same around this moment keeps
+// it from showing up in another place first.
+void ShowAtItsPlace(PageHost* host) {
+    RestoreMainWindowPlacement(host);
+    SetPageSize(host, kWindowWidth, kWindowHeight);
+    RestoreMainWindowPlacement(host);
+}
+
 // From the web view's making to the end of the main loop. Empty, or the sentence for the person why there is no page.
 std::string ServePage(PageHost** host) {
     if (std::string missing = CreatePageHost(host); !missing.empty()) {
@@ -171,15 +180,16 @@ std::string ServePage(PageHost** host) {
     SetPageTitle(*host, kMainWindowTitle);
     SetWindowIcons(PageHostWindow(*host));
     DisableBrowserFeatures(*host);
-    SetPageSize(*host, kWindowWidth, kWindowHeight);
+    ShowAtItsPlace(*host);
     BindMasterCommands(*host);
     LoadMainPage(*host);
     // Once more: on some homes the window comes into being only when it is shown.
     SetWindowIcons(PageHostWindow(*host));
-    ForceForeground(PageHostWindow(*host));
+    SetUpMainWindow(*host);
     if (!endRequested) {
         RunPage(*host);
     }
+    EndWindowWatch(*host);
     return {};
 }
 

@@ -22,6 +22,11 @@ void SetMainPage(PageHost* host) {
     mainPage = host;
 }
 
+PageHost* MainPage() {
+    MutexLock lock(pageMutex);
+    return mainPage;
+}
+
 bool HasMainPage() {
     MutexLock lock(pageMutex);
     return mainPage != nullptr;

@@ -7,6 +7,8 @@
 
 // The page's host once the web view exists, null again before it is destroyed. UI thread.
 void SetMainPage(PageHost* host);
+// The same host, null when there is none. UI thread.
+PageHost* MainPage();
 
 // Any thread, all of these.
 bool HasMainPage();

@@ -1,6 +1,28 @@
 #include "windows/main_window.h"
 
 #include "base/text.h"
+#include "platform/window_frame.h"
+#include "storage/app_settings.h"
+#include "windows/main_page.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int32_t kClearMargin = 20;  // pixels of the work area's height that a fitted window leaves free
+constexpr int kMostTries = 8;         // a page 30 times as high as the screen takes five
+
+void StorePlacement(const WindowPlacement& placement) {
+    appSettings.windowX = placement.normal.left;
+    appSettings.windowY = placement.normal.top;
+    appSettings.windowWidth = placement.normal.right - placement.normal.left;
+    appSettings.windowHeight = placement.normal.bottom - placement.normal.top;
+    appSettings.windowMaximized = placement.maximised;
+    appSettings.windowPositionKnown = true;
+    SaveAppSettings();
+}
+
+}  // namespace
 
 // Looser than the title that the program itself shows: the window of another version is the master's window too.
 bool IsMainWindowTitle(std::string_view title) {
@@ -17,4 +39,82 @@ WindowRef FindMainWindow() {
         }
     }
     return 0;
+}
+
+void FitWindowToContent(PageHost* host, int32_t width, int32_t height) {
+    const WindowRef window = PageHostWindow(host);
+    if (window == 0 || width < 1 || height < 1) {
+        return;
+    }
+    const ScreenRectangle area = MonitorWorkArea(window);
+    const int32_t limit = area.bottom - area.top - kClearMargin;
+    if (limit <= 0) {
+        return;
+    }
+    SetPageSize(host, width, height);
+    ScreenRectangle outer;
+    if (!ReadPageWindowRectangle(host, &outer)) {
+        return;
+    }
+    if (outer.bottom - outer.top > limit) {
+        // By proportion: the page counts in its own pixels, which a scaled desktop makes larger. Once is nearly always
+        // enough. A frame higher than the margin, or a system that refuses a window so much larger than the screen and
+        // so hides how much too high it was, takes more.
+        int32_t asked = height;
+        for (int tries = 0;
+             tries == 0 || (outer.bottom - outer.top > area.bottom - area.top && tries < kMostTries);
+             ++tries) {
+            asked = static_cast<int32_t>(static_cast<double>(limit) / (outer.bottom - outer.top) * asked);
+            if (asked <= 0) {
+                break;
+            }
+            SetPageSize(host, width, asked);
+            if (!ReadPageWindowRectangle(host, &outer)) {
+                return;
+            }
+        }
+    }
+    if (outer.bottom > area.bottom) {
+        MoveWindowTo(window, outer.left, std::max(outer.top - outer.bottom + area.bottom, area.top));
+    }
+}
+
+void ResizeMainWindow(std::string_view sizeText) {
+    const std::vector<std::string_view> parts = SplitParts(sizeText, ',');
+    int32_t width = 0;
+    int32_t height = 0;
+    PageHost* host = MainPage();
+    if (host != nullptr && parts.size() >= 2 && ParseInt(parts[0], &width) && ParseInt(parts[1], &height)) {
+        FitWindowToContent(host, width, height);
+    }
+}
+
+void RestoreMainWindowPlacement(PageHost* host) {
+    const WindowRef window = PageHostWindow(host);
+    ScreenRectangle area;
+    if (window == 0 || !appSettings.windowPositionKnown ||
+        !WorkAreaAtPoint(appSettings.windowX, appSettings.windowY, &area)) {
+        return;
+    }
+    // The corner stays as it was saved, even where the window then reaches out of the work area.
+    PlaceWindow(window, appSettings.windowX, appSettings.windowY,
+                std::min(area.right - area.left, appSettings.windowWidth),
+                std::min(area.bottom - area.top, appSettings.windowHeight));
+}
+
+void SetUpMainWindow(PageHost* host) {
+    const WindowRef window = PageHostWindow(host);
+    RestoreMainWindowPlacement(host);
+    WatchPageWindow(host, WindowHandlers{.placementChanged = StorePlacement, .filesDropped = nullptr});
+    if (appSettings.windowMaximized && !appSettings.startMinimized) {
+        MaximiseWindow(window);
+    }
+    if (appSettings.alwaysOnTop) {
+        SetWindowOnTop(window, true);
+    }
+    if (appSettings.startMinimized) {
+        MinimiseWindow(window);
+    } else {
+        ForceForeground(window);
+    }
 }

@@ -11,19 +11,29 @@ mkdir -m 700 "$work/home" "$work/runtime"
 
 passed=0
 failed=0
-for program in "$build"/tests/*_tests; do
-    HOME="$work/home" XDG_RUNTIME_DIR="$work/runtime" "$here/start_servers.sh" "$program" --gtest_brief=1 \
-        --gtest_filter="$filter" --gtest_output="json:$work/result.json" || code=$?
+# Run PROGRAM WINDOW_MANAGER
+Run() {
+    code=0
+    HOME="$work/home" XDG_RUNTIME_DIR="$work/runtime" VARNELLE_WINDOW_MANAGER=$2 "$here/start_servers.sh" "$1" \
+        --gtest_brief=1 --gtest_filter="$filter" --gtest_output="json:$work/result.json" || code=$?
     if [ -s "$work/result.json" ]; then
         tests=$(sed -n '2,3s/.*"tests": \([0-9]*\).*/\1/p' "$work/result.json" | head -1)
         failures=$(sed -n '2,4s/.*"failures": \([0-9]*\).*/\1/p' "$work/result.json" | head -1)
         passed=$((passed + tests - failures))
         failed=$((failed + failures))
     else
-        echo "$(basename "$program") ended with code ${code:-0} before its tests were through" >&2
+        echo "$(basename "$1") ended with code $code under $2 before its tests were through" >&2
         failed=$((failed + 1))
     fi
     rm -f "$work/result.json"
+}
+
+for program in "$build"/tests/*_tests; do
+    Run "$program" openbox
+done
+# What is about windows holds under every window manager.
+for program in "$build"/tests/desktop_tests "$build"/tests/window_frame_tests; do
+    Run "$program" xfwm4
 done
 echo "linux: $passed passed, $failed failed"
 [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

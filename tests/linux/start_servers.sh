@@ -6,6 +6,7 @@
 # The command runs with DISPLAY naming the inner server, which has a window manager and no other window, and
 # VARNELLE_HOST_DISPLAY naming the outer one. XTEST on the outer server is a person's input to the inner one; XTEST on
 # the inner one is injected input. Display numbers are free ones, chosen by the servers. Gives the command's exit code.
+# VARNELLE_WINDOW_MANAGER is openbox, which it also is when it is not set, or xfwm4.
 set -eu
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/varnelle-servers.XXXXXX")
@@ -64,7 +65,22 @@ cat >"$work/rc.xml" <<'XML'
   </mouse>
 </openbox_config>
 XML
-openbox --sm-disable --config-file "$work/rc.xml" >"$work/openbox.log" 2>&1 &
+case ${VARNELLE_WINDOW_MANAGER:-openbox} in
+    openbox) openbox --sm-disable --config-file "$work/rc.xml" >"$work/openbox.log" 2>&1 & ;;
+    xfwm4)
+        # Its settings come from a daemon on a session bus of its own.
+        dbus-daemon --session --nofork --nopidfile --print-address=5 5>"$work/bus" >"$work/bus.log" 2>&1 &
+        children="$! $children"
+        wait_until 30 test -s "$work/bus"
+        NO_AT_BRIDGE=1 HOME=$work XDG_CONFIG_HOME=$work XDG_CACHE_HOME=$work XDG_RUNTIME_DIR=$work \
+            DBUS_SESSION_BUS_ADDRESS=$(cat "$work/bus") xfwm4 --compositor=off --sm-client-disable \
+            >"$work/xfwm4.log" 2>&1 &
+        ;;
+    *)
+        echo "start_servers: no window manager named $VARNELLE_WINDOW_MANAGER" >&2
+        exit 2
+        ;;
+esac
 children="$! $children"
 wait_until 30 wmctrl -m
 

@@ -19,9 +19,35 @@ const kWindowManagerSettings = `<?xml version="1.0"?>
     <context name="Client">
       <mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
     </context>
+    <context name="Titlebar">
+      <mousebind button="Left" action="Drag"><action name="Move"/></mousebind>
+    </context>
+    <context name="BRCorner">
+      <mousebind button="Left" action="Drag"><action name="Resize"/></mousebind>
+    </context>
   </mouse>
 </openbox_config>
 `;
+
+// How each window manager is started; `folder` holds all that it reads and writes.
+const kWindowManagers = {
+  openbox: (folder) => ['openbox', ['--sm-disable', '--config-file', join(folder, 'rc.xml')]],
+  xfwm4: () => ['xfwm4', ['--compositor=off', '--sm-client-disable'], true],
+};
+export const windowManagers = Object.keys(kWindowManagers);
+
+// A session bus of its own: where xfwm4 finds the daemon that keeps its settings.
+async function startBus(env) {
+  const child = start('dbus-daemon', ['--session', '--nofork', '--nopidfile', '--print-address=3'], {
+    stdio: ['ignore', 'ignore', 'ignore', 'pipe'],
+    env,
+  });
+  let text = '';
+  child.stdio[3].on('data', (data) => (text += data));
+  await waitUntil(() => text.includes('\n') || child.result, 'the session bus starts');
+  child.address = text.trim();
+  return child;
+}
 
 async function startServer(program, args, env) {
   const child = start(program, [...args, '-nolisten', 'tcp', '-noreset', '-ac', '-displayfd', '3'], {
@@ -36,7 +62,7 @@ async function startServer(program, args, env) {
   return child;
 }
 
-export async function openDesktop(folder) {
+export async function openDesktop(folder, { windowManager = 'openbox' } = {}) {
   const children = [];
   // Without a bus address GTK starts a session bus, which stays for as long as the display.
   const base = { ...process.env, WAYLAND_DISPLAY: '', DISPLAY: '', DBUS_SESSION_BUS_ADDRESS: 'disabled:' };
@@ -52,12 +78,15 @@ export async function openDesktop(folder) {
     const env = { ...base, DISPLAY: `:${inner.display}` };
     mkdirSync(folder, { recursive: true });
     writeFileSync(join(folder, 'rc.xml'), kWindowManagerSettings);
-    children.push(
-      start('openbox', ['--sm-disable', '--config-file', join(folder, 'rc.xml')], {
-        env: { ...env, HOME: folder, XDG_CONFIG_HOME: folder, XDG_CACHE_HOME: folder },
-        stdio: 'ignore',
-      }),
-    );
+    const own = { HOME: folder, XDG_CONFIG_HOME: folder, XDG_CACHE_HOME: folder, XDG_RUNTIME_DIR: folder };
+    const managerEnv = { ...env, ...own, NO_AT_BRIDGE: '1' };
+    const [program, args, needsBus] = kWindowManagers[windowManager](folder);
+    if (needsBus) {
+      const bus = await startBus(managerEnv);
+      children.push(bus);
+      managerEnv.DBUS_SESSION_BUS_ADDRESS = bus.address;
+    }
+    children.push(start(program, args, { env: managerEnv, stdio: 'ignore' }));
     await waitUntil(() => spawnSync('wmctrl', ['-m'], { env }).status === 0, 'the window manager answers');
     const hand = await openRealHand(outer.display);
     await hand.moveTo(kScreen.width - 30, kScreen.height - 30);

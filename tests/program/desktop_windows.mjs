@@ -5,6 +5,8 @@ import { openRealHand } from './real_hand.mjs';
 
 export const kScreen = { width: 1024, height: 768 };
 
+export const windowManagers = ['Wine'];
+
 export async function openDesktop() {
   const display = /^:(\d+)$/.exec(process.env.DISPLAY ?? '')?.[1];
   if (!display || !process.env.WINEPREFIX) {

@@ -72,10 +72,10 @@ export function makeInstallation({ library = join(buildFolder, 'tests/webview', 
 }
 
 // Everything that a test file needs, in one place. Close it at the end.
-export async function openWorld() {
+export async function openWorld(desktopOptions = {}) {
   const { openDesktop, kScreen } = await import(`./desktop_${home}.mjs`);
   const scratch = mkdtempSync(join(tmpdir(), 'varnelle-desktop-'));
-  const desktop = await openDesktop(scratch);
+  const desktop = await openDesktop(scratch, desktopOptions);
   const browser = await launchBrowser();
   const server = await startWebViewServer(browser);
   const world = new World();
@@ -248,6 +248,9 @@ export class Observer {
   }
   minimiseWindow(title) {
     this.say(`minimise ${title}`);
+  }
+  maximiseWindow(title, on = true) {
+    this.say(`${on ? 'maximise' : 'unmaximise'} ${title}`);
   }
 
   // Waits until nothing has come for a while.

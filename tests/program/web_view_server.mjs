@@ -24,6 +24,7 @@ class WebView {
     this.boundNames = [];
     this.initScripts = [];
     this.messageCounts = {};
+    this.sizes = []; // every size that the program gave its page, as "420x560"
     this.title = '';
     this.closed = false; // the program's loop has ended
     this.failure = null;
@@ -53,6 +54,7 @@ class WebView {
   receive(message) {
     this.messageCounts[message.type] = (this.messageCounts[message.type] ?? 0) + 1;
     if (message.type === 'title') this.title = message.text;
+    if (message.type === 'size') this.sizes.push(`${message.width}x${message.height}`);
     if (message.type === 'closed') this.closed = true;
     if (message.type === 'create') this.processId = message.pid;
     this.queue = this.queue

@@ -58,6 +58,7 @@ class CommandsTest : public DataFolderTest {
 
 TEST_F(CommandsTest, AreBoundInTheirSettledOrder) {
     const char* const expected[] = {
+        "resizeWindow",
         "updateSpammer",
         "startSpammer",
         "stopSpammer",

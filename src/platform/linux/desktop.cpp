@@ -1,7 +1,10 @@
 #include "platform/desktop.h"
 
+#include "platform/linux/frame_watch.h"
 #include "platform/linux/window_icon.h"
 #include "platform/linux/x11_display.h"
+#include "platform/linux/x11_frame.h"
+#include "platform/linux/x11_windows.h"
 
 #include <X11/Xatom.h>
 #include <X11/Xutil.h>
@@ -11,45 +14,6 @@
 namespace {
 
 constexpr size_t kLongestTitle = 255;
-constexpr long kMostWords = 256 * 1024;  // longest property that is read, in 32-bit words
-
-// A property's bytes, freed with it.
-struct Property {
-    Property() = default;
-    ~Property() {
-        if (data != nullptr) {
-            XFree(data);
-        }
-    }
-    Property(const Property&) = delete;
-    Property& operator=(const Property&) = delete;
-
-    // Items of format 32 arrive as longs, whatever their width.
-    unsigned long Long(unsigned long index) const {
-        unsigned long value = 0;
-        std::memcpy(&value, data + index * sizeof(value), sizeof(value));
-        return value;
-    }
-
-    Atom type = None;
-    int format = 0;
-    unsigned long count = 0;  // items of `format` bits
-    unsigned char* data = nullptr;
-};
-
-bool ReadProperty(Display* display, Window window, const char* name, Property* property) {
-    const Atom atom = XInternAtom(display, name, True);
-    unsigned long left = 0;
-    return atom != None &&
-           XGetWindowProperty(display, window, atom, 0, kMostWords, False, AnyPropertyType, &property->type,
-                              &property->format, &property->count, &left, &property->data) == Success &&
-           property->type != None && property->data != nullptr;
-}
-
-bool HasProperty(Display* display, Window window, const char* name) {
-    Property property;
-    return ReadProperty(display, window, name, &property);
-}
 
 std::string WindowTitle(Display* display, Window window) {
     for (const char* name : {"_NET_WM_NAME", "WM_NAME"}) {
@@ -62,49 +26,6 @@ std::string WindowTitle(Display* display, Window window) {
     return "";
 }
 
-std::vector<Window> ChildrenOf(Display* display, Window window) {
-    Window root = None;
-    Window parent = None;
-    Window* children = nullptr;
-    unsigned count = 0;
-    std::vector<Window> result;
-    if (XQueryTree(display, window, &root, &parent, &children, &count) != 0 && children != nullptr) {
-        result.assign(children, children + count);
-        XFree(children);
-    }
-    return result;
-}
-
-// Bottom to top: as the window manager lists them, or all windows below the root without one.
-std::vector<Window> TopLevelWindows(Display* display) {
-    const Window root = DefaultRootWindow(display);
-    for (const char* name : {"_NET_CLIENT_LIST_STACKING", "_NET_CLIENT_LIST"}) {
-        Property list;
-        if (ReadProperty(display, root, name, &list) && list.format == 32) {
-            std::vector<Window> windows;
-            for (unsigned long index = 0; index < list.count; ++index) {
-                windows.push_back(list.Long(index));
-            }
-            return windows;
-        }
-    }
-    return ChildrenOf(display, root);
-}
-
-void SendRootMessage(Display* display, Window window, const char* message, long first, long second,
-                     long fourth = 0) {
-    XEvent event{};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = window;
-    event.xclient.message_type = XInternAtom(display, message, False);
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = first;
-    event.xclient.data.l[1] = second;
-    event.xclient.data.l[3] = fourth;
-    XSendEvent(display, DefaultRootWindow(display), False, SubstructureRedirectMask | SubstructureNotifyMask,
-               &event);
-}
-
 bool ProcessOfWindow(Display* display, Window window, uint32_t* processId) {
     Property process;
     if (!ReadProperty(display, window, "_NET_WM_PID", &process) || process.format != 32 ||
@@ -113,13 +34,6 @@ bool ProcessOfWindow(Display* display, Window window, uint32_t* processId) {
     }
     *processId = static_cast<uint32_t>(process.Long(0));
     return true;
-}
-
-// Whether a window manager looks after the window, shown or minimised.
-bool IsManaged(Display* display, Window window) {
-    Property state;
-    return ReadProperty(display, window, "WM_STATE", &state) && state.format == 32 && state.count > 0 &&
-           state.Long(0) != WithdrawnState;
 }
 
 // Puts an atom into a window's _NET_WM_STATE, or takes it out, itself.
@@ -203,39 +117,40 @@ void RestoreWindow(WindowRef window) {
 }
 
 void ForceForeground(WindowRef window) {
-    Display* display = ThreadDisplay();
-    if (display == nullptr || window == 0) {
+    if (window == 0) {
         return;
     }
-    if (HasProperty(display, DefaultRootWindow(display), "_NET_SUPPORTING_WM_CHECK")) {
-        // Source 2, a pager: the one that window managers obey also when the person is busy elsewhere.
-        constexpr long kPager = 2;
-        SendRootMessage(display, window, "_NET_ACTIVE_WINDOW", kPager, CurrentTime);
-    } else {
-        XRaiseWindow(display, window);
-        XSetInputFocus(display, window, RevertToParent, CurrentTime);
-    }
-    XFlush(display);
+    WhenManaged(window, [window](Display* display) {
+        if (HasWindowManager(display)) {
+            // Source 2, a pager, and the time of now: what window managers obey also when the person is busy elsewhere.
+            constexpr long kPager = 2;
+            SendRootMessage(display, window, "_NET_ACTIVE_WINDOW",
+                            {kPager, static_cast<long>(ServerTime(display)), 0});
+        } else {
+            XRaiseWindow(display, window);
+            XSetInputFocus(display, window, RevertToParent, CurrentTime);
+        }
+    });
 }
 
 void SetWindowOnTop(WindowRef window, bool onTop) {
-    Display* display = ThreadDisplay();
-    if (display == nullptr || window == 0) {
+    if (window == 0) {
         return;
     }
-    const Atom above = XInternAtom(display, "_NET_WM_STATE_ABOVE", False);
-    if (!IsManaged(display, window)) {
-        // The window manager reads the property when it takes the window over.
-        WriteWindowState(display, window, above, onTop);
-    }
-    // Asked for in any case: the window may have been taken over this very moment. One without a manager is not there
-    // for whoever gets the message.
-    constexpr long kRemove = 0;
-    constexpr long kAdd = 1;
-    constexpr long kApplication = 1;  // who asks
-    SendRootMessage(display, window, "_NET_WM_STATE", onTop ? kAdd : kRemove, static_cast<long>(above),
-                    kApplication);
-    XFlush(display);
+    WhenManaged(window, [window, onTop](Display* display) {
+        const Atom above = XInternAtom(display, "_NET_WM_STATE_ABOVE", False);
+        if (!IsManaged(display, window)) {
+            // The window manager reads the property when it takes the window over.
+            WriteWindowState(display, window, above, onTop);
+        }
+        // Asked for in any case: the window may have been taken over this very moment. One without a manager is not
+        // there for whoever gets the message.
+        constexpr long kRemove = 0;
+        constexpr long kAdd = 1;
+        constexpr long kApplication = 1;  // who asks
+        SendRootMessage(display, window, "_NET_WM_STATE",
+                        {onTop ? kAdd : kRemove, static_cast<long>(above), 0, kApplication});
+    });
 }
 
 void SetWindowIcons(WindowRef window) {

@@ -2,6 +2,7 @@
 // interface is looked up by name, so that the program starts without GTK for its console modes.
 #include "platform/page_host.h"
 
+#include "platform/linux/frame_watch.h"
 #include "platform/process.h"
 #include "platform/shared/page_host_state.h"
 
@@ -108,4 +109,8 @@ WindowRef PageHostWindow(PageHost* host) {
 
 bool PageWindowIsOpen(PageHost* /*host*/) {
     return true;  // GTK handles a close request only inside the loop, so it cannot have been lost before it
+}
+
+void PageWindowShown(PageHost* host) {
+    StartFrameThread(host, static_cast<Window>(PageHostWindow(host)));
 }

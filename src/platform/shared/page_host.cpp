@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "platform/shared/page_host_state.h"
 #include "platform/shared/valid_utf8.h"
+#include "platform/window_frame.h"
 
 #include <exception>
 #include <utility>
@@ -76,6 +77,7 @@ void DestroyPageHost(PageHost* host) {
     }
     // The library turns its message loop while it closes the view; nothing of ours may run from there any more.
     EndHost(host);
+    EndWindowWatch(host);
     host->library.destroy(host->view);
     delete host;
 }
@@ -85,7 +87,10 @@ void SetPageTitle(PageHost* host, const char* title) {
 }
 
 void SetPageSize(PageHost* host, int width, int height) {
+    host->askedWidth = width;
+    host->askedHeight = height;
     host->library.setSize(host->view, width, height, kWebViewSizeHintNone);
+    PageWindowShown(host);
 }
 
 void SetPageHtml(PageHost* host, const std::string& html) {

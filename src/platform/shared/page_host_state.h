@@ -23,6 +23,8 @@ struct PageHost {
 
     // UI thread only. Bindings stay where they are: the library keeps their addresses.
     std::vector<std::unique_ptr<PageBinding>> bindings;
+    int askedWidth = 0;  // the size last asked for; 0 before the first
+    int askedHeight = 0;
 
     // Any thread.
     Mutex mutex;
@@ -36,3 +38,5 @@ struct PageHost {
 // Whether the native window still exists. A window that was closed before the loop began would leave it without an
 // end.
 bool PageWindowIsOpen(PageHost* host);
+// Called when the page was given a size, which shows the window the first time.
+void PageWindowShown(PageHost* host);

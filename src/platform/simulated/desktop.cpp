@@ -72,6 +72,7 @@ void ForceForeground(WindowRef window) {
     const auto found = std::find_if(desktop.windows.begin(), desktop.windows.end(),
                                     [window](const SimWindow& entry) { return entry.window == window; });
     if (found != desktop.windows.end()) {
+        desktop.frameCalls.emplace_back("front");
         desktop.foreground = window;
         std::rotate(found, found + 1, desktop.windows.end());
     }
@@ -79,6 +80,7 @@ void ForceForeground(WindowRef window) {
 
 void SetWindowOnTop(WindowRef window, bool onTop) {
     if (SimWindow* found = Find(window)) {
+        desktop.frameCalls.emplace_back(onTop ? "top 1" : "top 0");
         found->onTop = onTop;
     }
 }

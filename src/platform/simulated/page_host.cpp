@@ -3,6 +3,7 @@
 #include "platform/process.h"
 #include "platform/simulated/scheduler.h"
 #include "platform/wake.h"
+#include "platform/window_frame.h"
 
 #include <algorithm>
 #include <deque>
@@ -82,6 +83,7 @@ std::string CreatePageHost(PageHost** host) {
 }
 
 void DestroyPageHost(PageHost* host) {
+    EndWindowWatch(host);
     std::erase_if(SimGetDesktop().windows,
                   [host](const SimWindow& window) { return window.window == host->window; });
     CloseWakeEvent(host->wake);
@@ -100,9 +102,11 @@ void SetPageTitle(PageHost* host, const char* title) {
 void SetPageSize(PageHost* host, int width, int height) {
     page.width = width;
     page.height = height;
+    SimDesktop& desktop = SimGetDesktop();
+    desktop.frameCalls.push_back("size " + std::to_string(width) + " " + std::to_string(height));
     if (SimWindow* window = HostWindow(host)) {
-        window->right = window->left + width;
-        window->bottom = window->top + height;
+        window->right = window->left + width * desktop.pageScale + desktop.frameWidth;
+        window->bottom = window->top + height * desktop.pageScale + desktop.frameHeight;
         window->hidden = false;
     }
 }

@@ -10,6 +10,7 @@
 #include "platform/dialogs.h"
 #include "platform/hooks.h"
 #include "platform/input.h"
+#include "platform/window_frame.h"
 
 #include <cstdint>
 #include <functional>
@@ -115,8 +116,13 @@ struct SimWindow {
     uint32_t processId = 0;
     int32_t left = 0, top = 0, right = 0, bottom = 0;  // right and bottom are outside
     bool minimised = false;
+    bool maximised = false;
     bool hidden = false;
     bool onTop = false;  // noted; does not change the order
+};
+struct SimMonitor {
+    ScreenRectangle bounds;
+    ScreenRectangle work;
 };
 struct SimDesktop {
     std::vector<SimWindow> windows;  // bottom first
@@ -128,10 +134,24 @@ struct SimDesktop {
     };
     std::vector<Message> messages;    // ShowErrorMessage, in order
     std::function<void()> onMessage;  // called by it, while the person reads
+    // The first one is the primary one.
+    std::vector<SimMonitor> monitors = {{{0, 0, 1920, 1080}, {0, 0, 1920, 1040}}};
+    int32_t frameWidth = 0;   // what a frame adds to a page's size
+    int32_t frameHeight = 0;  // and to its height
+    int32_t pageScale = 1;    // pixels of the screen to one of the page, in each direction
+    // What was done to page windows and when they came to the front, in order: "size 420 560", "place 10 20 300 400",
+    // "move 10 20", "watch", "maximise", "top 1", "minimise", "front".
+    std::vector<std::string> frameCalls;
+    WindowHandlers handlers;  // of the watched window
+    WindowRef watched = 0;
 };
 SimDesktop& SimGetDesktop();
 WindowRef SimAddWindow(const std::string& title, uint32_t processId, int32_t left, int32_t top, int32_t right,
                        int32_t bottom);
+// The person moves or resizes the page's window, or drops files on it. On the UI thread.
+void SimMovePageWindow(const ScreenRectangle& outer);
+void SimMaximisePageWindow(bool maximised);
+void SimDropFiles(const std::vector<std::string>& paths);
 
 // The page.
 struct SimPage {

@@ -160,3 +160,7 @@ bool PageWindowIsOpen(PageHost* host) {
     // The library turns its message loop inside every bind, and a close that arrives there is not seen by the loop.
     return IsWindow(reinterpret_cast<HWND>(PageHostWindow(host))) != FALSE;
 }
+
+void PageWindowShown(PageHost* /*host*/) {
+    // The window has been there since the web view was made.
+}

@@ -1,9 +1,10 @@
 // A window that tells what reaches it: observer TITLE X Y WIDTH HEIGHT. One JSON object a line on standard output, with
 // `t` in microseconds of the monotonic clock; keys by the kernel's code. Lines on standard input:
 //   focus            ask for the keyboard
-//   window TITLE     tell about another program's window: found, place, whether it is minimised, has the keyboard, is on top
+//   window TITLE     tell about another program's window: found, place without and with its frame, whether it is
+//                    minimised, maximised, has the keyboard, is on top
 //   close TITLE      ask it to close, as its frame's button does
-//   minimise TITLE
+//   minimise TITLE, maximise TITLE, unmaximise TITLE
 // The end of standard input ends it.
 #ifndef _WIN32
 #include <X11/XKBlib.h>
@@ -85,6 +86,27 @@ Window FindByTitle(Display* display, const std::string& title) {
     return 0;
 }
 
+bool HasState(Display* display, Window window, const char* state) {
+    const std::vector<long> states = LongProperty(display, window, "_NET_WM_STATE");
+    const auto wanted = static_cast<long>(XInternAtom(display, state, False));
+    return std::find(states.begin(), states.end(), wanted) != states.end();
+}
+
+void AskForMaximised(Display* display, Window window, bool on) {
+    XEvent event = {};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = XInternAtom(display, "_NET_WM_STATE", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = on ? 1 : 0;
+    event.xclient.data.l[1] = static_cast<long>(XInternAtom(display, "_NET_WM_STATE_MAXIMIZED_VERT", False));
+    event.xclient.data.l[2] = static_cast<long>(XInternAtom(display, "_NET_WM_STATE_MAXIMIZED_HORZ", False));
+    event.xclient.data.l[3] = 2;
+    XSendEvent(display, DefaultRootWindow(display), False, SubstructureRedirectMask | SubstructureNotifyMask,
+               &event);
+    XFlush(display);
+}
+
 void PrintWindow(Display* display, const std::string& title) {
     const Window window = FindByTitle(display, title);
     XWindowAttributes attributes = {};
@@ -97,16 +119,19 @@ void PrintWindow(Display* display, const std::string& title) {
     }
     XTranslateCoordinates(display, window, attributes.root, 0, 0, &x, &y, &child);
     const std::vector<long> state = LongProperty(display, window, "WM_STATE");
+    std::vector<long> frame = LongProperty(display, window, "_NET_FRAME_EXTENTS");
+    frame.resize(4);
     const std::vector<long> active = LongProperty(display, DefaultRootWindow(display), "_NET_ACTIVE_WINDOW");
-    const std::vector<long> states = LongProperty(display, window, "_NET_WM_STATE");
-    const auto above = static_cast<long>(XInternAtom(display, "_NET_WM_STATE_ABOVE", False));
-    const bool onTop = std::find(states.begin(), states.end(), above) != states.end();
-    printf("{\"type\":\"window\",\"found\":true,\"x\":%d,\"y\":%d,\"width\":%d,\"height\":%d,\"minimised\":%"
-           "s,\"active\":%s,\"onTop\":%s}\n",
-           x, y, attributes.width, attributes.height,
-           !state.empty() && state[0] == IconicState ? "true" : "false",
-           !active.empty() && static_cast<Window>(active[0]) == window ? "true" : "false",
-           onTop ? "true" : "false");
+    const auto word = [](bool value) { return value ? "true" : "false"; };
+    printf("{\"type\":\"window\",\"found\":true,\"x\":%d,\"y\":%d,\"width\":%d,\"height\":%d,", x, y,
+           attributes.width, attributes.height);
+    printf("\"outer\":{\"left\":%ld,\"top\":%ld,\"width\":%ld,\"height\":%ld},", x - frame[0], y - frame[2],
+           attributes.width + frame[0] + frame[1], attributes.height + frame[2] + frame[3]);
+    printf("\"minimised\":%s,\"maximised\":%s,\"active\":%s,\"onTop\":%s}\n",
+           word(!state.empty() && state[0] == IconicState),
+           word(HasState(display, window, "_NET_WM_STATE_MAXIMIZED_VERT")),
+           word(!active.empty() && static_cast<Window>(active[0]) == window),
+           word(HasState(display, window, "_NET_WM_STATE_ABOVE")));
 }
 
 void Obey(Display* display, Window own, const std::string& line) {
@@ -123,6 +148,8 @@ void Obey(Display* display, Window own, const std::string& line) {
         } else if (verb == "minimise") {
             XIconifyWindow(display, window, DefaultScreen(display));
             XFlush(display);
+        } else if (verb == "maximise" || verb == "unmaximise") {
+            AskForMaximised(display, window, verb == "maximise");
         }
     }
 }

@@ -154,13 +154,18 @@ void PrintOtherWindow(HWND window) {
     POINT origin = {};
     GetClientRect(window, &client);
     ClientToScreen(window, &origin);
-    char line[240];
+    RECT outer = {};
+    GetWindowRect(window, &outer);
+    const auto word = [](bool value) { return value ? "true" : "false"; };
+    char line[400];
     snprintf(line, sizeof line,
              "{\"type\":\"window\",\"found\":true,\"x\":%ld,\"y\":%ld,\"width\":%ld,\"height\":%ld,"
-             "\"minimised\":%s,\"active\":%s,\"onTop\":%s}",
-             origin.x, origin.y, client.right, client.bottom, IsIconic(window) ? "true" : "false",
-             GetForegroundWindow() == window ? "true" : "false",
-             (GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0 ? "true" : "false");
+             "\"outer\":{\"left\":%ld,\"top\":%ld,\"width\":%ld,\"height\":%ld},"
+             "\"minimised\":%s,\"maximised\":%s,\"active\":%s,\"onTop\":%s}",
+             origin.x, origin.y, client.right, client.bottom, outer.left, outer.top, outer.right - outer.left,
+             outer.bottom - outer.top, word(IsIconic(window)), word(IsZoomed(window)),
+             word(GetForegroundWindow() == window),
+             word((GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0));
     PrintLine(line);
 }
 
@@ -184,6 +189,10 @@ DWORD WINAPI ReadCommands(void* context) {
             PostMessageW(window, WM_CLOSE, 0, 0);
         } else if (window && verb == "minimise") {
             PostMessageW(window, WM_SYSCOMMAND, SC_MINIMIZE, 0);
+        } else if (window && verb == "maximise") {
+            PostMessageW(window, WM_SYSCOMMAND, SC_MAXIMIZE, 0);
+        } else if (window && verb == "unmaximise") {
+            PostMessageW(window, WM_SYSCOMMAND, SC_RESTORE, 0);
         }
     }
     PostMessageW(own, kEndMessage, 0, 0);

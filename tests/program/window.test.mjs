@@ -1,0 +1,314 @@
+// The program's window: it comes back as it was left, fits its page, stays on the screen. On Linux under each of the
+// window managers that the tests know.
+import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
+import { existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { dirname, join } from 'node:path';
+import { after, afterEach, before, describe, test } from 'node:test';
+import { home, kMainTitle, kScreenshots, makeInstallation, onWindows, openWorld } from './harness.mjs';
+import { kQuietMilliseconds, stop, waitUntil } from './processes.mjs';
+import { Button, pause } from './real_hand.mjs';
+
+const limit = { timeout: 120000 };
+const { windowManagers, kScreen } = await import(`./desktop_${home}.mjs`);
+
+// A page that polls and otherwise leaves the window alone.
+const kPage = '<!doctype html><title>page</title><script>setInterval(() => getTrackerStatus(), 100)</script>';
+const kDefault = { width: 420, height: 560 };
+
+for (const windowManager of windowManagers)
+  describe(`under ${windowManager}`, () => windowTests(windowManager));
+
+function windowTests(windowManager) {
+  let world;
+  let hand;
+  let installation;
+
+  before(async () => {
+    world = await openWorld({ windowManager });
+    hand = world.hand;
+  }, limit);
+  afterEach(async () => {
+    await world.closeOpened();
+    installation?.remove();
+    installation = undefined;
+  }, limit);
+  after(() => world?.close(), limit);
+
+  // The saved settings name what is given; everything else is as at a first start.
+  function install(saved = {}) {
+    installation = makeInstallation();
+    writeFileSync(join(dirname(installation.program), 'ui/index.html'), kPage);
+    mkdirSync(installation.data, { recursive: true });
+    const lines = Object.entries(saved).map(([key, value]) => `${key}=${value}\n`);
+    if (lines.length > 0) writeFileSync(join(installation.data, 'appsettings.txt'), lines.join(''));
+  }
+
+  async function startWithObserver(place) {
+    const program = await world.startProgram({ installation });
+    const observer = await world.openObserver('Another application', place);
+    return { program, observer };
+  }
+
+  // What the file says about the window; null while there is none.
+  function saved() {
+    const file = join(installation.data, 'appsettings.txt');
+    if (!existsSync(file)) return null;
+    const values = Object.fromEntries(
+      readFileSync(file, 'latin1')
+        .split(/\r?\n/)
+        .map((line) => line.split('=')),
+    );
+    if (values.windowMaximized === undefined) return null;
+    return {
+      left: Number(values.windowX),
+      top: Number(values.windowY),
+      width: Number(values.windowWidth),
+      height: Number(values.windowHeight),
+      maximised: values.windowMaximized === '1',
+    };
+  }
+
+  const look = (observer) => observer.window(kMainTitle);
+
+  // The window once it has not changed for a while.
+  async function atRest(observer) {
+    let window = await look(observer);
+    for (let since = Date.now(); Date.now() - since < kQuietMilliseconds; ) {
+      await pause(20);
+      const next = await look(observer);
+      if (JSON.stringify(next) !== JSON.stringify(window)) since = Date.now();
+      window = next;
+    }
+    assert.ok(window.found);
+    return window;
+  }
+
+  const isSaved = (outer, maximised = false) =>
+    waitUntil(
+      () => {
+        const now = saved();
+        return now && JSON.stringify(now) === JSON.stringify({ ...outer, maximised });
+      },
+      `saved as ${JSON.stringify(outer)}`,
+    ).catch((error) => {
+      throw new Error(`${error.message}; it is ${JSON.stringify(saved())}`);
+    });
+
+  // By the real pointer, from a point of the window in small steps.
+  async function drag(from, dx, dy) {
+    await hand.moveTo(from.x - 1, from.y);
+    await hand.moveTo(from.x, from.y);
+    await pause(50);
+    await hand.buttonDown(Button.Left);
+    await pause(50);
+    const steps = 8;
+    for (let step = 1; step <= steps; ++step) {
+      await hand.moveTo(Math.round(from.x + (dx * step) / steps), Math.round(from.y + (dy * step) / steps));
+      await pause(15);
+    }
+    await pause(50);
+    await hand.buttonUp(Button.Left);
+    await hand.moveTo(kScreen.width - 5, 5);
+  }
+  const titleBar = (w) => ({
+    x: w.outer.left + Math.round(w.outer.width / 2),
+    y: w.outer.top + Math.round((w.y - w.outer.top) / 2),
+  });
+  const corner = (w) => ({
+    x: w.outer.left + w.outer.width - 2,
+    y: w.outer.top + w.outer.height - 2,
+  });
+  // Moves the window so that its outer corner ends there; gives it at rest.
+  async function dragTo(observer, left, top) {
+    const from = await atRest(observer);
+    await drag(titleBar(from), left - from.outer.left, top - from.outer.top);
+    return atRest(observer);
+  }
+
+  test('moved and resized, it comes back there, start after start', limit, async () => {
+    install();
+    let { program, observer } = await startWithObserver();
+    const first = await atRest(observer);
+    assert.deepEqual([first.width, first.height], [kDefault.width, kDefault.height]);
+    const moved = await dragTo(observer, 150, 70);
+    assert.ok(Math.abs(moved.outer.left - 150) <= 10 && Math.abs(moved.outer.top - 70) <= 10);
+    await isSaved(moved.outer);
+    await drag(corner(moved), 70, -60);
+    const resized = await atRest(observer);
+    assert.ok(resized.outer.width > moved.outer.width + 40, 'it is wider');
+    assert.ok(resized.outer.height < moved.outer.height - 30, 'and less high');
+    assert.deepEqual([resized.outer.left, resized.outer.top], [moved.outer.left, moved.outer.top]);
+    await isSaved(resized.outer);
+    assert.equal(await program.closeWindow(observer), 0);
+    await observer.kill();
+    for (let start = 0; start < 3; ++start) {
+      ({ program, observer } = await startWithObserver());
+      assert.deepEqual((await atRest(observer)).outer, resized.outer);
+      assert.equal(await program.closeWindow(observer), 0);
+      await observer.kill();
+      await isSaved(resized.outer);
+    }
+  });
+
+  test('maximised, it comes back so and knows where it was before', limit, async () => {
+    install();
+    let { program, observer } = await startWithObserver();
+    const moved = await dragTo(observer, 120, 60);
+    await isSaved(moved.outer);
+    observer.maximiseWindow(kMainTitle);
+    await waitUntil(async () => (await look(observer)).maximised, 'maximised');
+    await atRest(observer);
+    assert.equal(await program.closeWindow(observer), 0);
+    await observer.kill();
+    await isSaved(moved.outer, true);
+    ({ program, observer } = await startWithObserver());
+    const maximised = await waitUntil(async () => {
+      const window = await look(observer);
+      return window.maximised && window;
+    }, 'it starts maximised');
+    assert.ok(maximised.width >= kScreen.width - 10);
+    await atRest(observer);
+    assert.equal(await program.closeWindow(observer), 0);
+    await observer.kill();
+    await isSaved(moved.outer, true);
+    ({ program, observer } = await startWithObserver());
+    await waitUntil(async () => (await look(observer)).maximised, 'and again');
+    await atRest(observer);
+    observer.maximiseWindow(kMainTitle, false);
+    await waitUntil(async () => !(await look(observer)).maximised, 'no longer');
+    assert.deepEqual((await atRest(observer)).outer, moved.outer);
+  });
+
+  test('killed after a move, it comes back where it was moved to', limit, async () => {
+    install();
+    let { program, observer } = await startWithObserver();
+    const moved = await dragTo(observer, 200, 90);
+    await isSaved(moved.outer);
+    program.child.kill('SIGKILL');
+    await program.child.ended;
+    await observer.kill();
+    ({ program, observer } = await startWithObserver());
+    assert.deepEqual((await atRest(observer)).outer, moved.outer);
+  });
+
+  test('a corner on a monitor that is gone is forgotten, and the size with it', limit, async () => {
+    install({ windowX: 5000, windowY: 40, windowWidth: 600, windowHeight: 300, windowMaximized: 0 });
+    const { observer } = await startWithObserver();
+    const window = await atRest(observer);
+    assert.deepEqual([window.width, window.height], [kDefault.width, kDefault.height]);
+    assert.ok(window.outer.left >= 0 && window.outer.left < kScreen.width);
+  });
+
+  test('a saved size is cut to the work area, the corner stays', limit, async () => {
+    install({ windowX: 40, windowY: 30, windowWidth: 3000, windowHeight: 2000, windowMaximized: 0 });
+    const { observer } = await startWithObserver();
+    const { outer } = await atRest(observer);
+    assert.deepEqual(outer, { left: 40, top: 30, width: kScreen.width, height: kScreen.height });
+  });
+
+  test('a page that asks for more than the work area gets what fits', limit, async () => {
+    install({ windowX: 100, windowY: 150, windowWidth: 400, windowHeight: 400 });
+    const { program, observer } = await startWithObserver();
+    const before = await atRest(observer);
+    const frameHeight = before.outer.height - before.height;
+    await program.call('resizeWindow', 420, 900);
+    const window = await atRest(observer);
+    const expected = Math.trunc(((kScreen.height - 20) / (900 + frameHeight)) * 900);
+    const asked = program.view.sizes.slice(program.view.sizes.indexOf('420x900'));
+    // Windows lets no window be much higher than the screen, so that it takes some more steps there.
+    if (!onWindows) assert.deepEqual(asked, ['420x900', `420x${expected}`]);
+    assert.ok(asked.length >= 2);
+    assert.equal(asked.at(-1), `420x${window.height}`);
+    assert.equal(window.width, 420);
+    assert.ok(window.outer.height > kScreen.height / 2);
+    assert.ok(window.outer.top >= 0);
+    assert.ok(window.outer.top + window.outer.height <= kScreen.height);
+    assert.equal(window.outer.left, before.outer.left);
+    mkdirSync(kScreenshots, { recursive: true });
+    world.desktop.screenshot(join(kScreenshots, `window-fitted-${windowManager}.png`));
+    // As one text too, and not at all where it makes no sense.
+    await program.call('resizeWindow', '500,300');
+    await waitUntil(async () => (await look(observer)).height === 300, 'the next size');
+    const count = program.view.sizes.length;
+    for (const size of ['0,300', '300,0', '-5,300', 'wide,300', '300,', '300', ''])
+      await program.call('resizeWindow', size);
+    assert.equal(program.view.sizes.length, count);
+    const last = await atRest(observer);
+    assert.deepEqual([last.width, last.height], [500, 300]);
+  });
+
+  test('dragged partly below the screen and then resized, it moves up', limit, async () => {
+    install({ windowX: 100, windowY: 60, windowWidth: 400, windowHeight: 400 });
+    const { program, observer } = await startWithObserver();
+    const low = await dragTo(observer, 100, 500);
+    assert.ok(low.outer.top + low.outer.height > kScreen.height, 'it reaches below the screen');
+    await program.call('resizeWindow', 400, 300);
+    const window = await waitUntil(async () => {
+      const now = await atRest(observer);
+      return now.height === 300 && now;
+    }, 'the new size');
+    assert.equal(window.outer.top + window.outer.height, kScreen.height);
+    assert.equal(window.outer.left, low.outer.left);
+  });
+
+  test(
+    'started minimised it is neither maximised nor in front; a second start raises it',
+    limit,
+    async () => {
+      const place = { windowX: 90, windowY: 80, windowWidth: 430, windowHeight: 410 };
+      install({ startMinimized: 1, ...place, windowMaximized: 1 });
+      const { observer } = await startWithObserver();
+      const window = await waitUntil(async () => {
+        const now = await look(observer);
+        return now.minimised && now;
+      }, 'it is minimised');
+      assert.equal(window.maximised, false);
+      assert.equal(window.active, false);
+      const second = world.startBare(installation);
+      try {
+        assert.equal((await waitUntil(() => second.result, 'the second one ends')).code, 0);
+      } finally {
+        await stop(second);
+      }
+      await waitUntil(async () => !(await look(observer)).minimised, 'it is restored');
+      await waitUntil(async () => (await look(observer)).active, 'and in front');
+      const { outer, maximised } = await atRest(observer);
+      assert.equal(maximised, false);
+      assert.deepEqual(outer, { left: 90, top: 80, width: 430, height: 410 });
+    },
+  );
+
+  test('always on top at the start, when it is set', limit, async () => {
+    install({ alwaysOnTop: 1 });
+    const { program, observer } = await startWithObserver();
+    await waitUntil(async () => (await look(observer)).onTop, 'on top');
+    await program.call('setAppSetting', 'alwaysOnTop,0');
+    await waitUntil(async () => !(await look(observer)).onTop, 'no longer');
+  });
+
+  const twoMonitors = { ...limit, skip: onWindows && 'Wine on this X server has one monitor' };
+  test('left on a second monitor, it comes back there only while there is one', twoMonitors, async () => {
+    const xrandr = (...args) => spawnSync('xrandr', args, { env: world.desktop.env }).status;
+    const half = kScreen.width / 2;
+    const monitor = (x) => `${half}/200x${kScreen.height}/200+${x}+0`;
+    assert.equal(xrandr('--setmonitor', 'left', monitor(0), 'default'), 0);
+    assert.equal(xrandr('--setmonitor', 'right', monitor(half), 'none'), 0);
+    try {
+      install({ windowX: half + 30, windowY: 40, windowWidth: 600, windowHeight: 300 });
+      let { program, observer } = await startWithObserver();
+      const { outer } = await atRest(observer);
+      assert.deepEqual(outer, { left: half + 30, top: 40, width: half, height: 300 }, 'its width is cut');
+      assert.equal(await program.closeWindow(observer), 0);
+      await observer.kill();
+      await isSaved(outer);
+      xrandr('--delmonitor', 'right');
+      ({ program, observer } = await startWithObserver());
+      const window = await atRest(observer);
+      assert.deepEqual([window.width, window.height], [kDefault.width, kDefault.height]);
+    } finally {
+      xrandr('--delmonitor', 'right');
+      xrandr('--delmonitor', 'left');
+    }
+  });
+}
