@@ -8,8 +8,11 @@
 #include "engines/requests.h"
 #include "engines/tool_settings.h"
 #include "frame/reports.h"
+#include "imports/macro_import.h"
+#include "imports/pending_import.h"
 #include "platform/hooks.h"
 #include "storage/profiles.h"
+#include "windows/main_page.h"
 
 #include <algorithm>
 #include <iterator>
@@ -52,6 +55,10 @@ void PickLocation() {
     HookInterestChanged();
 }
 
+std::string FetchPendingThemeAlert() {
+    return JsonText(TakePendingThemeAlert());
+}
+
 // In binding order. A new command goes beside those of its subject; the order of the rest stays.
 constexpr PageCommand kMasterCommands[] = {
     {"updateSpammer", "9 comma fields", "store the autoclicker's settings", Call<UpdateSpammer>},
@@ -64,6 +71,7 @@ constexpr PageCommand kMasterCommands[] = {
     {"setKeySpamChordMode", "1 or other", "targets together, or in turn", Call<SetKeySpamChordMode>},
     {"pickLocation", "", "the next left press anywhere becomes the click location", Call<PickLocation>},
     {"setHoldMode", "auto,0|1 or keyspam,0|1", "a hotkey runs its tool while held", Call<SetHoldMode>},
+    {"getPendingThemeAlert", "", "the message that waits for the page, once", Report<FetchPendingThemeAlert>},
     {"resetHotkeys", "", "F8, F7, F6, F9, F10", Call<ResetHotkeys>},
     {"updateTracker", "8 comma fields", "store what is recorded and how it is played", Call<UpdateTracker>},
     {"startRecording", "", "ask for a fresh recording", Raise<&EngineState::reqStartRecord>},
@@ -82,6 +90,11 @@ constexpr PageCommand kMasterCommands[] = {
     {"deleteProfile", "", "delete the current profile", Call<DeleteProfile>},
     {"switchProfile", "index", "make that profile current", Call<SwitchProfile>},
     {"getProfiles", "", "the list of profiles", Report<GetProfiles>},
+    {"exportProfile", "", "ask where to, write the current profile", Call<ExportProfile>},
+    {"importProfile", "", "ask for a file, read it as a new profile", Report<ImportProfile>},
+    {"confirmMacroImport", "id", "add the held macro", Call<ConfirmMacroImport>},
+    {"cancelMacroImport", "id", "drop the held macro", Call<CancelMacroImport>},
+    {"getPendingMacroImport", "", "the held macro", Report<GetPendingMacroImport>},
     {"getSettings", "", "the settings report", Report<SettingsReport>},
     {"reassignKey", "rec, play, auto, keyspamhotkey, keyspamtarget or unlock",
      "the next key or button becomes that binding", Call<ReassignKey>},

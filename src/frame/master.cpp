@@ -8,6 +8,7 @@
 #include "engines/playback.h"
 #include "engines/recorder.h"
 #include "frame/commands.h"
+#include "imports/macro_import.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/end_request.h"
@@ -117,7 +118,7 @@ int RunSecondInstance() {
 // What earlier runs have left, in the order in which the parts depend on each other: files of older versions are
 // brought in before anything is read; a crash from here on saves; settings come after the session, themes after the
 // settings, files given on the command line last.
-void BringInState() {
+void BringInState(const LaunchOptions& options) {
     MigrateSessionFile();
     MigrateStateFile(DataFilePath("theme.txt"), "theme.txt");
     MigrateStateFile(DataFilePath("appsettings.txt"), "appsettings.txt");
@@ -132,6 +133,9 @@ void BringInState() {
     EnsureDefaultProfile();
     BeginTimerPeriod();
     engineState.qpcFrequency = ReadPerformanceFrequency();
+    if (!options.openMacroPath.empty()) {
+        ImportFromCommandLine(options.openMacroPath);
+    }
 }
 
 void CreateEvents() {
@@ -207,11 +211,11 @@ void Shutdown(MasterThreads* threads, PageHost* host) {
 
 }  // namespace
 
-int RunMaster(const LaunchOptions&) {
+int RunMaster(const LaunchOptions& options) {
     if (ClaimSingleInstance(kSingleInstanceName) == InstanceResult::AlreadyRunning) {
         return RunSecondInstance();
     }
-    BringInState();
+    BringInState(options);
     BeginTimerPeriod();  // the second of two; one End at shutdown, and the process's end takes the other
     KeepTimerResolutionWhenHidden();
     CreateEvents();

@@ -2,6 +2,8 @@
 
 #include "frame/launch_options.h"
 #include "frame/master.h"
+#include "imports/self_check.h"
+#include "platform/files.h"
 #include "scan/report.h"
 #include "storage/macro_file.h"
 #include "themes/validator.h"
@@ -62,6 +64,15 @@ int ValidateTheme(const LaunchOptions& options) {
     return 0;
 }
 
+int SelfTest(const LaunchOptions&) {
+    EnsureConsole();
+    std::string report;
+    const bool passed = ImportSelfCheck(SystemTempFolder() + "vrl-selftest-import.vrlmacro", &report);
+    std::printf("%s", report.c_str());
+    std::printf(passed ? "SELFTEST: ALL PASS\n" : "SELFTEST: FAILURES ABOVE\n");
+    return passed ? 0 : 1;
+}
+
 struct ModeRow {
     LaunchMode mode;
     int (*run)(const LaunchOptions& options);  // gives the exit code
@@ -73,6 +84,7 @@ constexpr ModeRow kModes[] = {
     {LaunchMode::ValidateTheme, ValidateTheme},
     {LaunchMode::ValidateMacro, ValidateMacro},
     {LaunchMode::ScanMacro, ScanMacroFile},
+    {LaunchMode::SelfTest, SelfTest},
     {LaunchMode::Master, RunMaster},
 };
 

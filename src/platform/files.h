@@ -10,6 +10,8 @@ std::string_view TextLineEnd();
 // The folder that holds the data folder: LOCALAPPDATA, then what the home has in its place; "." where nothing usable
 // is set (260 characters or more is not usable). Read anew at each call.
 std::string DataFolderRoot();
+// Where temporary files go, with its closing separator; empty if the system names no place.
+std::string SystemTempFolder();
 
 bool FileExists(const std::string& path);  // file or folder
 bool CreateFolder(const std::string& path);

@@ -4,9 +4,29 @@
 #include "engines/engine_state.h"
 #include "storage/settings_text.h"
 
+#include <unordered_set>
 #include <utility>
 
 namespace {
+
+// The name itself, or with the first number that makes it one that no profile bears; itself again if all are taken.
+std::string FreeProfileName(std::string name) REQUIRES(macroMutex) {
+    constexpr int kLastNumber = 999;
+    std::unordered_set<std::string_view> taken;
+    for (const Profile& profile : macroState.profiles) {
+        taken.insert(profile.name);
+    }
+    if (taken.count(name) == 0) {
+        return name;
+    }
+    for (int number = 2; number <= kLastNumber; ++number) {
+        std::string numbered = name + " (" + std::to_string(number) + ")";
+        if (taken.count(numbered) == 0) {
+            return numbered;
+        }
+    }
+    return name;
+}
 
 // A profile that never stored a setup stands for the defaults.
 void ApplyStoredSettings(const std::string& settings) {
@@ -97,6 +117,19 @@ void ClearProfile() {
         current->settings = std::move(settings);
         MarkMacroChanged();
     }
+}
+
+void AppendProfile(ParsedMacro macro) {
+    MutexLock lock(macroMutex);
+    Profile profile{FreeProfileName(std::move(macro.name)), std::move(macro.settings),
+                    std::move(macro.events)};
+    if (profile.settings.empty()) {
+        ResetToolSettings();
+        profile.settings = BuildProfileSettings();
+    }
+    macroState.profiles.push_back(std::move(profile));
+    macroState.currentProfile = static_cast<int32_t>(macroState.profiles.size()) - 1;
+    MarkMacroChanged();
 }
 
 std::string GetProfiles() {

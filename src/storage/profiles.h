@@ -1,5 +1,8 @@
-// The page's profile commands. UI thread. All but GetProfiles and SyncProfileSettings refuse while a recording runs.
+// The page's profile commands. UI thread unless said otherwise. AddProfile, DeleteProfile, SwitchProfile and
+// ClearProfile refuse while a recording runs.
 #pragma once
+
+#include "storage/macro_file.h"
 
 #include <string>
 #include <string_view>
@@ -9,5 +12,8 @@ void DeleteProfile();
 void SwitchProfile(std::string_view index);
 void ClearProfile();
 std::string GetProfiles();  // JSON
+// Any thread. Adds an imported macro and makes it current, under its own name or the first free "name (2)" to
+// "name (999)". The live setup stays, but for a macro without settings, which brings the defaults.
+void AppendProfile(ParsedMacro macro);
 // Any thread. Copies the live tool setup into the current profile.
 void SyncProfileSettings();

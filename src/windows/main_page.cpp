@@ -1,6 +1,7 @@
 #include "windows/main_page.h"
 
 #include "base/mutex.h"
+#include "platform/dialogs.h"
 
 #include <utility>
 
@@ -16,6 +17,7 @@ std::string pendingThemeAlert GUARDED_BY(alertMutex);
 }  // namespace
 
 void SetMainPage(PageHost* host) {
+    AllowFileDialogs(true);
     MutexLock lock(pageMutex);
     mainPage = host;
 }
@@ -33,6 +35,7 @@ void PageEval(const std::string& script) {
 }
 
 void TerminateMainPage() {
+    AllowFileDialogs(false);
     MutexLock lock(pageMutex);
     if (mainPage != nullptr) {
         TerminatePage(mainPage);

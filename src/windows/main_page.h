@@ -13,7 +13,7 @@ bool HasMainPage();
 // Runs a script in the main page soon; nothing before the web view exists and after it is gone. Scripts are written so
 // that they do nothing on a page that lacks the function they call.
 void PageEval(const std::string& script);
-// Ends the main loop, if there is a page.
+// Ends the main loop, if there is a page. An open file dialog closes: it would keep the loop from ending.
 void TerminateMainPage();
 
 // One message for the page to show, kept until the page fetches it. A later one replaces it.

@@ -2,7 +2,9 @@
 
 #include "base/text.h"
 #include "engines/engine_state.h"
+#include "imports/pending_import.h"
 #include "test_support.h"
+#include "windows/main_page.h"
 
 #include <cstring>
 
@@ -56,14 +58,24 @@ class CommandsTest : public DataFolderTest {
 
 TEST_F(CommandsTest, AreBoundInTheirSettledOrder) {
     const char* const expected[] = {
-        "updateSpammer",  "startSpammer",  "stopSpammer",         "updateKeySpam",
-        "startKeySpam",   "stopKeySpam",   "removeKeySpamTarget", "setKeySpamChordMode",
-        "pickLocation",   "setHoldMode",   "resetHotkeys",        "updateTracker",
-        "startRecording", "stopRecording", "continueRecording",   "undoContinueRecording",
-        "startPlayback",  "stopPlayback",  "optimizeMacro",       "getTrackerStatus",
-        "getMacroEvents", "deleteEvent",   "updateEventTime",     "clearProfile",
-        "addProfile",     "deleteProfile", "switchProfile",       "getProfiles",
-        "getSettings",    "reassignKey",
+        "updateSpammer",         "startSpammer",
+        "stopSpammer",           "updateKeySpam",
+        "startKeySpam",          "stopKeySpam",
+        "removeKeySpamTarget",   "setKeySpamChordMode",
+        "pickLocation",          "setHoldMode",
+        "getPendingThemeAlert",  "resetHotkeys",
+        "updateTracker",         "startRecording",
+        "stopRecording",         "continueRecording",
+        "undoContinueRecording", "startPlayback",
+        "stopPlayback",          "optimizeMacro",
+        "getTrackerStatus",      "getMacroEvents",
+        "deleteEvent",           "updateEventTime",
+        "clearProfile",          "addProfile",
+        "deleteProfile",         "switchProfile",
+        "getProfiles",           "exportProfile",
+        "importProfile",         "confirmMacroImport",
+        "cancelMacroImport",     "getPendingMacroImport",
+        "getSettings",           "reassignKey",
     };
     int count = 0;
     const PageCommand* commands = MasterCommands(&count);
@@ -228,4 +240,27 @@ TEST_F(CommandsTest, ProfilesAreAddedSwitchedClearedAndDeleted) {
     EXPECT_EQ(Call("deleteProfile"), "");
     EXPECT_EQ(Call("getProfiles"), "{\"current\":0,\"names\":[\"Default Tracking Profile\"],\"cap\":-1,"
                                    "\"defaultName\":\"Default Tracking Profile\"}");
+}
+
+TEST_F(CommandsTest, TheWaitingMessageIsGivenOnce) {
+    TakePendingThemeAlert();
+    SetPendingThemeAlert("It is \"broken\".");
+    EXPECT_EQ(Call("getPendingThemeAlert"), R"("It is \"broken\".")");
+    EXPECT_EQ(Call("getPendingThemeAlert"), "\"\"");
+}
+
+TEST_F(CommandsTest, AHeldMacroIsAnsweredByItsId) {
+    EXPECT_EQ(Call("getPendingMacroImport"), R"({"outcome":"none"})");
+    ParsedMacro macro;
+    ASSERT_EQ(ParseMacroText("Held\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n", &macro), "");
+    const std::string first = OfferMacro(macro).pendingId;
+    const std::string begin = R"({"outcome":"pending","pendingId":")" + first + R"(","level":"caution")";
+    EXPECT_EQ(Call("getPendingMacroImport").substr(0, begin.size()), begin);
+    EXPECT_EQ(Call("cancelMacroImport", "[\"" + first + "\"]"), "");
+    EXPECT_EQ(Call("getPendingMacroImport"), R"({"outcome":"none"})");
+    const std::string second = OfferMacro(macro).pendingId;
+    EXPECT_EQ(Call("confirmMacroImport", "[\"" + first + "\"]"), "");
+    EXPECT_EQ(Call("confirmMacroImport", "[\"" + second + "\"]"), "");
+    EXPECT_NE(Call("getProfiles").find(R"("current":1,"names":["Default Tracking Profile","Held"])"),
+              std::string::npos);
 }

@@ -117,7 +117,7 @@ TEST(Program, RejectsWhatIsNoTheme) {
 }
 
 TEST(Program, AModeItDoesNotHaveSaysNothingOnStandardOutput) {
-    for (const char* argument : {"--selftest", "--child a|b|1|2", "--timeline"}) {
+    for (const char* argument : {"--child a|b|1|2", "--timeline"}) {
         ::testing::internal::CaptureStderr();
         const Outcome outcome = RunWith(argument);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(),
@@ -125,4 +125,14 @@ TEST(Program, AModeItDoesNotHaveSaysNothingOnStandardOutput) {
         EXPECT_EQ(outcome.printed, "") << argument;
         EXPECT_EQ(outcome.exitCode, 1) << argument;
     }
+}
+
+TEST(Program, ChecksTheMacroImport) {
+    const Outcome outcome = RunWith("--selftest");
+    EXPECT_EQ(outcome.printed.substr(0, 45), "PASS import: current-format macro parses\nPASS");
+    EXPECT_EQ(outcome.printed.find("FAIL"), std::string::npos);
+    const std::string verdict = "\nSELFTEST: ALL PASS\n";
+    ASSERT_GT(outcome.printed.size(), verdict.size());
+    EXPECT_EQ(outcome.printed.substr(outcome.printed.size() - verdict.size()), verdict);
+    EXPECT_EQ(outcome.exitCode, 0);
 }

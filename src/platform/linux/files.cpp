@@ -110,6 +110,17 @@ std::string DataFolderRoot() {
     return root;
 }
 
+std::string SystemTempFolder() {
+    std::string folder = EnvironmentText("TMPDIR");
+    if (folder.empty()) {
+        folder = "/tmp";
+    }
+    if (folder.back() != '/') {
+        folder += '/';
+    }
+    return folder;
+}
+
 bool FileExists(const std::string& path) {
     struct stat status {};
     return stat(path.c_str(), &status) == 0;

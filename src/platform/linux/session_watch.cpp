@@ -2,82 +2,15 @@
 
 #include "platform/clock.h"
 #include "platform/hooks.h"
+#include "platform/linux/bus_library.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <memory>
 #include <string>
 
-// The few functions of libsystemd that are used, declared here: the library is looked for at run time, and a machine
-// without it is served all the same.
-struct sd_bus;
-struct sd_bus_slot;
-struct sd_bus_message;
-
 namespace {
-
-struct BusError {
-    const char* name;
-    const char* message;
-    int needFree;
-};
-
-using MessageHandler = int (*)(sd_bus_message* message, void* userData, BusError* error);
-
-struct BusLibrary {
-    int (*openSystem)(sd_bus** bus) = nullptr;
-    sd_bus* (*flushCloseUnref)(sd_bus* bus) = nullptr;
-    int (*getFile)(sd_bus* bus) = nullptr;
-    int (*getEvents)(sd_bus* bus) = nullptr;
-    int (*getTimeout)(sd_bus* bus, uint64_t* microseconds) = nullptr;
-    int (*process)(sd_bus* bus, sd_bus_message** message) = nullptr;
-    int (*matchSignalAsync)(sd_bus* bus, sd_bus_slot** slot, const char* sender, const char* path,
-                            const char* interface, const char* member, MessageHandler handler,
-                            MessageHandler installed, void* userData) = nullptr;
-    int (*encodePath)(const char* prefix, const char* id, char** path) = nullptr;
-    int (*read)(sd_bus_message* message, const char* types, ...) = nullptr;
-    int (*enterContainer)(sd_bus_message* message, char type, const char* contents) = nullptr;
-    int (*exitContainer)(sd_bus_message* message) = nullptr;
-    int (*skip)(sd_bus_message* message, const char* types) = nullptr;
-    int (*sessionOfProcess)(int process, char** session) = nullptr;
-};
-
-template <typename Function> bool Find(void* module, const char* name, Function& function) {
-    function = reinterpret_cast<Function>(dlsym(module, name));
-    return function != nullptr;
-}
-
-// Loaded once, never unloaded.
-const BusLibrary* LoadBusLibrary() {
-    static const std::unique_ptr<const BusLibrary> library = []() -> std::unique_ptr<const BusLibrary> {
-        void* module = dlopen("libsystemd.so.0", RTLD_NOW | RTLD_LOCAL);
-        if (module == nullptr) {
-            return nullptr;
-        }
-        auto found = std::make_unique<BusLibrary>();
-        const bool complete = Find(module, "sd_bus_open_system", found->openSystem) &&
-                              Find(module, "sd_bus_flush_close_unref", found->flushCloseUnref) &&
-                              Find(module, "sd_bus_get_fd", found->getFile) &&
-                              Find(module, "sd_bus_get_events", found->getEvents) &&
-                              Find(module, "sd_bus_get_timeout", found->getTimeout) &&
-                              Find(module, "sd_bus_process", found->process) &&
-                              Find(module, "sd_bus_match_signal_async", found->matchSignalAsync) &&
-                              Find(module, "sd_bus_path_encode", found->encodePath) &&
-                              Find(module, "sd_bus_message_read", found->read) &&
-                              Find(module, "sd_bus_message_enter_container", found->enterContainer) &&
-                              Find(module, "sd_bus_message_exit_container", found->exitContainer) &&
-                              Find(module, "sd_bus_message_skip", found->skip) &&
-                              Find(module, "sd_pid_get_session", found->sessionOfProcess);
-        if (!complete) {
-            dlclose(module);
-            return nullptr;
-        }
-        return found;
-    }();
-    return library.get();
-}
 
 // The manager's object for our session; empty if we are in none.
 std::string SessionPath(const BusLibrary& library) {

@@ -57,6 +57,12 @@ std::string DataFolderRoot() {
     return state.localAppData.empty() || state.localAppData.size() >= 260 ? "." : state.localAppData;
 }
 
+std::string SystemTempFolder() {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    return error ? std::string() : folder.string() + '/';
+}
+
 bool FileExists(const std::string& path) {
     return !Fails(path) && Exists(path);
 }

@@ -321,6 +321,7 @@ void SimBegin(const SimOptions& options) {
     SimResetHooks();
     SimResetInput();
     SimResetDesktop();
+    SimResetDialogs();
     SimResetPage();
     SimResetFiles();
     SimResetProcess();

@@ -20,6 +20,7 @@ void SimSpend(int64_t ticks);
 void SimResetHooks();
 void SimResetInput();
 void SimResetDesktop();
+void SimResetDialogs();
 void SimResetPage();
 void SimResetFiles();
 void SimResetProcess();

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "platform/desktop.h"
+#include "platform/dialogs.h"
 #include "platform/hooks.h"
 #include "platform/input.h"
 
@@ -157,6 +158,16 @@ void SimClosePage();
 void SimOnPageRun(std::function<void()> call);
 // The next CreatePageHost fails with this sentence.
 void SimFailPageHost(const std::string& sentence);
+
+// File dialogs. Each takes the next answer; without one the person closes it.
+struct SimDialog {
+    bool save = false;
+    std::string defaultExtension;
+    std::vector<std::string> filters;  // "name|pattern"
+};
+void SimAnswerDialog(FileDialogResult answer);
+const std::vector<SimDialog>& SimShownDialogs();  // in order
+void SimOnDialog(std::function<void()> call);     // called while one is open
 
 // Files are real ones; these make them fail. Paths are compared as texts.
 enum class SimFileFault {

@@ -21,6 +21,12 @@ std::string DataFolderRoot() {
     return std::string(value, length);
 }
 
+std::string SystemTempFolder() {
+    char folder[MAX_PATH + 1];
+    const DWORD length = GetTempPathA(sizeof folder, folder);
+    return length == 0 || length > sizeof folder ? std::string() : std::string(folder, length);
+}
+
 bool FileExists(const std::string& path) {
     return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }

@@ -1,0 +1,16 @@
+#include "imports/page_notice.h"
+
+#include "base/text.h"
+#include "windows/main_page.h"
+
+void TellPageProfileImported() {
+    PageEval("if (window.onProfileImported) window.onProfileImported();");
+}
+
+void TellPageMacroPending(const std::string& pendingDocument) {
+    PageEval("if (window.onPendingMacroImport) window.onPendingMacroImport(" + pendingDocument + ");");
+}
+
+void AlertPage(std::string_view text) {
+    PageEval("alert(" + JsonText(text) + ");");
+}

@@ -1,0 +1,117 @@
+#include "imports/pending_import.h"
+
+#include "base/mutex.h"
+#include "base/text.h"
+#include "imports/page_notice.h"
+#include "storage/profiles.h"
+
+#include <cstdint>
+#include <random>
+#include <utility>
+
+namespace {
+
+// The lock order is pendingMutex, macroMutex, never the other way round; the page's lock may be taken under both.
+Mutex pendingMutex;
+
+struct PendingMacroImport {
+    bool active = false;    // a macro is held; without one, all fields are empty
+    std::string pendingId;  // what the page must give back
+    std::string name;
+    std::string settings;  // profile settings text, possibly empty
+    std::vector<UnifiedEvent> events;
+    std::string level;
+    std::vector<MacroScan::ScanMatch> matches;
+};
+PendingMacroImport pendingMacroImport GUARDED_BY(pendingMutex);
+
+// 32 hex digits, the top 4 bits of a random number each.
+std::string DrawPendingId() REQUIRES(pendingMutex) {
+    static std::mt19937_64 generator{std::random_device{}()};
+    constexpr int kLength = 32;
+    std::string id;
+    id.reserve(kLength);
+    for (int i = 0; i < kLength; ++i) {
+        id += "0123456789abcdef"[generator() >> 60];
+    }
+    return id;
+}
+
+// Only the messages are texts that need escaping.
+std::string PendingDocument(const std::string& pendingId, const std::string& level,
+                            const std::vector<MacroScan::ScanMatch>& matches) {
+    std::string json =
+        R"({"outcome":"pending","pendingId":")" + pendingId + R"(","level":")" + level + R"(","matches":[)";
+    bool first = true;
+    for (const MacroScan::ScanMatch& match : matches) {
+        if (!first) {
+            json += ',';
+        }
+        first = false;
+        json += R"({"severity":")" + match.severity + R"(","message":)" + JsonText(match.message);
+        json += R"(,"atSec":)";
+        AppendStreamDouble(json, match.atSec);
+        json += '}';
+    }
+    json += "]}";
+    return json;
+}
+
+bool IsHeld(std::string_view id) REQUIRES(pendingMutex) {
+    return pendingMacroImport.active && pendingMacroImport.pendingId == id;
+}
+
+}  // namespace
+
+OfferResult OfferMacro(ParsedMacro macro) {
+    OfferResult result;
+    MacroScan::ScanReport report = MacroScan::ScanMacro(macro.events);
+    result.level = std::move(report.level);
+    result.matches = std::move(report.matches);
+    if (result.matches.empty()) {
+        AppendProfile(std::move(macro));
+        result.committed = true;
+        return result;
+    }
+    MutexLock lock(pendingMutex);
+    result.pendingId = DrawPendingId();
+    pendingMacroImport = {true,
+                          result.pendingId,
+                          std::move(macro.name),
+                          std::move(macro.settings),
+                          std::move(macro.events),
+                          result.level,
+                          result.matches};
+    return result;
+}
+
+std::string OfferDocument(const OfferResult& offer) {
+    return offer.committed ? R"({"outcome":"imported"})"
+                           : PendingDocument(offer.pendingId, offer.level, offer.matches);
+}
+
+void ConfirmMacroImport(std::string_view id) {
+    MutexLock lock(pendingMutex);
+    if (!IsHeld(id)) {
+        return;
+    }
+    PendingMacroImport held = std::exchange(pendingMacroImport, {});
+    AppendProfile({std::move(held.name), std::move(held.settings), std::move(held.events)});
+    TellPageProfileImported();
+}
+
+void CancelMacroImport(std::string_view id) {
+    MutexLock lock(pendingMutex);
+    if (IsHeld(id)) {
+        pendingMacroImport = {};
+    }
+}
+
+std::string GetPendingMacroImport() {
+    MutexLock lock(pendingMutex);
+    if (!pendingMacroImport.active) {
+        return R"({"outcome":"none"})";
+    }
+    return PendingDocument(pendingMacroImport.pendingId, pendingMacroImport.level,
+                           pendingMacroImport.matches);
+}

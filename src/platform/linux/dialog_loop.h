@@ -1,0 +1,33 @@
+// What the ways to a file dialog share: the request, and the UI thread's life while a dialog of another process is
+// open. Linux home only, UI thread.
+#pragma once
+
+#include "platform/dialogs.h"
+
+#include <poll.h>
+
+#include <string>
+
+struct DialogRequest {
+    bool save = false;
+    std::span<const FileDialogFilter> filters;
+    std::string title;
+    std::string proposed;  // full path of the name offered at first (saving only); empty: none
+};
+
+// A filter's pattern for GTK, which tells capitals from small letters: "*.[vV][rR]...".
+std::string DialogGlob(const char* pattern);
+
+// The event loop of our own window, as far as it runs on GLib; the fields are null where it does not.
+struct DialogLoop {
+    int (*pending)(void* context) = nullptr;
+    int (*iterate)(void* context, int mayBlock) = nullptr;
+    void* (*listWindows)() = nullptr;
+    unsigned (*countItems)(void* list) = nullptr;
+};
+
+bool FileDialogsAllowed();
+DialogLoop OpenDialogLoop();
+// Waits a few milliseconds for one of `files`, lets our own window live, and gives false once the dialog has to close:
+// the program is ending, or its window has been closed.
+bool TakeDialogTurn(const DialogLoop& loop, pollfd* files, nfds_t count);

@@ -1,0 +1,61 @@
+#include "platform/dialogs.h"
+
+#include <windows.h>
+
+#include <commdlg.h>
+
+#include <atomic>
+
+namespace {
+
+constexpr DWORD kPathLength = 260;  // of the system's own paths, the closing zero included
+
+std::atomic<bool> dialogsAllowed{true};
+bool dialogOpen = false;  // UI thread
+
+// Name and pattern in turn, each with its closing zero, and one more zero at the end.
+std::string FilterText(std::span<const FileDialogFilter> filters) {
+    std::string text;
+    for (const FileDialogFilter& filter : filters) {
+        text.append(filter.name).push_back('\0');
+        text.append(filter.pattern).push_back('\0');
+    }
+    return text;
+}
+
+// NOTE: the dialog turns a message loop of its own, so the page goes on calling, and the end of the program's main
+// loop ends the dialog too.
+FileDialogResult ShowDialog(BOOL(WINAPI* show)(LPOPENFILENAMEA), std::span<const FileDialogFilter> filters,
+                            const char* defaultExtension, DWORD flags) {
+    if (dialogOpen || !dialogsAllowed) {
+        return {};
+    }
+    const std::string filter = FilterText(filters);
+    char path[kPathLength] = {};
+    OPENFILENAMEA request = {};
+    request.lStructSize = sizeof request;
+    request.lpstrFilter = filter.c_str();
+    request.nFilterIndex = 1;
+    request.lpstrFile = path;
+    request.nMaxFile = kPathLength;
+    request.lpstrDefExt = defaultExtension;
+    request.Flags = flags;
+    dialogOpen = true;
+    const bool chosen = show(&request) != FALSE;
+    dialogOpen = false;
+    return chosen ? FileDialogResult{FileDialogOutcome::Chosen, path, {}} : FileDialogResult{};
+}
+
+}  // namespace
+
+FileDialogResult AskForFileToOpen(std::span<const FileDialogFilter> filters) {
+    return ShowDialog(GetOpenFileNameA, filters, nullptr, OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST);
+}
+
+FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension) {
+    return ShowDialog(GetSaveFileNameA, filters, defaultExtension, OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST);
+}
+
+void AllowFileDialogs(bool allowed) {
+    dialogsAllowed = allowed;
+}

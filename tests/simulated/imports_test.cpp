@@ -1,0 +1,353 @@
+// The import flow in a running master: dialogs with scripted answers, what the page is told, what a start finds.
+#include "frame/master.h"
+#include "imports/macro_import.h"
+#include "imports/pending_import.h"
+#include "windows/main_page.h"
+
+#include "engines/engine_state.h"
+#include "platform/simulated/simulation.h"
+#include "storage/data_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+namespace {
+
+constexpr uint32_t kF6 = 117;
+constexpr const char* kHeldText =
+    "Held\nSETTINGS:\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n3,1.8,0,0,0,82,0,0\n";
+constexpr const char* kCleanText = "Clean\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\n";
+constexpr const char* kToldImported = "if (window.onProfileImported) window.onProfileImported();";
+constexpr const char* kUnreadable =
+    "\"That macro file could not be imported - it may be corrupted or from a version this build doesn't "
+    "recognize. Since this is recorded work, it's worth checking the original file is intact before trying "
+    "again.\"";
+constexpr const char* kNothingHeld = R"({"outcome":"none"})";
+
+class ImportFlowTest : public ::testing::Test {
+  protected:
+    ImportFlowTest() {
+        std::random_device random;
+        root_ = std::filesystem::temp_directory_path() / ("varnelle-import-" + std::to_string(random()));
+        std::filesystem::create_directories(root_ / "program" / "ui");
+        Begin();
+        CancelMacroImport(HeldId());
+        TakePendingThemeAlert();
+    }
+    ~ImportFlowTest() override {
+        SimEnd();
+        ResetEngineState();
+        SetSessionPath("");
+        CancelMacroImport(HeldId());
+        std::error_code ignored;
+        std::filesystem::remove_all(root_, ignored);
+    }
+
+    void Begin() {
+        ResetEngineState();
+        SetSessionPath("");
+        SimBegin();
+        SimSetDataFolderRoot(root_.string());
+        SimSetProgramPath((root_ / "program" / "varnelle").string());
+    }
+    // A whole life of the master, with `serve` in the middle of it.
+    void Run(std::function<void()> serve, LaunchOptions options = {}) {
+        bool served = false;
+        SimOnPageRun([&] {
+            served = true;
+            SimSettle();
+            serve();
+        });
+        EXPECT_EQ(RunMaster(options), 0);
+        EXPECT_TRUE(served);
+    }
+
+    std::string File(const std::string& name, const std::string& text) const {
+        const std::filesystem::path path = root_ / name;
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << text;
+        return path.string();
+    }
+    static std::string Read(const std::string& path) {
+        std::ifstream in(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+    static std::string Call(const std::string& name, const std::string& request = "[]") {
+        const SimPageAnswer answer = SimPageCall(name, request);
+        EXPECT_TRUE(answer.resolved) << name << ": " << answer.text;
+        return answer.text;
+    }
+    static bool HasProfile(const std::string& name) {
+        return Call("getProfiles").find("\"" + name + "\"") != std::string::npos;
+    }
+    static std::string IdIn(const std::string& document) {
+        const std::string key = R"("pendingId":")";
+        const size_t at = document.find(key);
+        return at == std::string::npos ? "" : document.substr(at + key.size(), 32);
+    }
+    static std::string HeldId() { return IdIn(GetPendingMacroImport()); }
+    // The scripts that have reached the page since the last question.
+    static std::vector<std::string> TakeScripts() {
+        Call("getProfiles");  // lets them arrive
+        return std::exchange(SimGetPage().evals, {});
+    }
+
+    std::filesystem::path root_;
+};
+
+}  // namespace
+
+TEST_F(ImportFlowTest, AChosenFileIsImportedAndTheReportsFollow) {
+    const std::string path = File("a.vrlmacro", kCleanText);
+    Run([&] {
+        Call("getTrackerStatus");
+        EXPECT_EQ(Read(DataFilePath("macroevents.txt")), "[]");
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        EXPECT_EQ(Call("importProfile"), R"({"outcome":"imported"})");
+        EXPECT_TRUE(HasProfile("Clean (Imported)"));
+        EXPECT_TRUE(TakeScripts().empty());  // the page knows by the answer
+        const std::string status = Call("getTrackerStatus");
+        EXPECT_EQ(Read(DataFilePath("status.txt")), status);
+        EXPECT_NE(status.find("\"count\":2"), std::string::npos) << status;
+        EXPECT_EQ(Read(DataFilePath("macroevents.txt")), Call("getMacroEvents"));
+        EXPECT_NE(Call("getMacroEvents").find("Keyboard VK: 65 (DOWN)"), std::string::npos);
+        ASSERT_EQ(SimShownDialogs().size(), 1U);
+        EXPECT_FALSE(SimShownDialogs()[0].save);
+        EXPECT_EQ(SimShownDialogs()[0].filters,
+                  (std::vector<std::string>{"Varnelle Macro (*.vrlmacro)|*.vrlmacro", "All Files|*.*"}));
+    });
+    EXPECT_NE(Read(DataFilePath("session.dat")).find("PROFILE:Clean (Imported)\n"), std::string::npos);
+}
+
+TEST_F(ImportFlowTest, AHeldMacroShowsInTheReportsWhenItIsConfirmed) {
+    const std::string path = File("a.vrlmacro", kHeldText);
+    Run([&] {
+        Call("getTrackerStatus");
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        const std::string document = Call("importProfile");
+        EXPECT_EQ(document, Call("getPendingMacroImport"));
+        EXPECT_FALSE(HasProfile("Held (Imported)"));
+        EXPECT_NE(Call("getTrackerStatus").find("\"count\":0"), std::string::npos);
+        EXPECT_TRUE(TakeScripts().empty());
+        EXPECT_EQ(Call("confirmMacroImport", "[\"" + IdIn(document) + "\"]"), "");
+        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{kToldImported}));
+        EXPECT_TRUE(HasProfile("Held (Imported)"));
+        EXPECT_NE(Call("getTrackerStatus").find("\"count\":4"), std::string::npos);
+        EXPECT_NE(Read(DataFilePath("macroevents.txt")).find("Keyboard VK: 82 (UP)"), std::string::npos);
+        EXPECT_EQ(Call("confirmMacroImport", "[\"" + IdIn(document) + "\"]"), "");
+        EXPECT_TRUE(TakeScripts().empty());
+    });
+}
+
+TEST_F(ImportFlowTest, DroppingAHeldMacroTellsThePageNothing) {
+    const std::string path = File("a.vrlmacro", kHeldText);
+    Run([&] {
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        EXPECT_EQ(Call("cancelMacroImport", "[\"" + IdIn(Call("importProfile")) + "\"]"), "");
+        EXPECT_EQ(Call("getPendingMacroImport"), kNothingHeld);
+        EXPECT_TRUE(TakeScripts().empty());
+    });
+}
+
+TEST_F(ImportFlowTest, AClosedDialogChangesNothing) {
+    Run([&] {
+        const std::string before = Call("getProfiles");
+        EXPECT_EQ(Call("importProfile"), R"({"outcome":"cancelled"})");
+        EXPECT_EQ(Call("exportProfile"), "");
+        EXPECT_EQ(Call("getProfiles"), before);
+        EXPECT_TRUE(TakeScripts().empty());
+        EXPECT_EQ(SimShownDialogs().size(), 2U);
+    });
+}
+
+TEST_F(ImportFlowTest, WithoutADialogThePersonReadsWhy) {
+    Run([&] {
+        SimAnswerDialog({FileDialogOutcome::Unavailable, {}, "Install \"zenity\"."});
+        EXPECT_EQ(Call("importProfile"), R"({"outcome":"error","message":"Install \"zenity\"."})");
+        EXPECT_TRUE(TakeScripts().empty());
+        SimAnswerDialog({FileDialogOutcome::Unavailable, {}, "Install \"zenity\"."});
+        EXPECT_EQ(Call("exportProfile"), "");
+        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{R"(alert("Install \"zenity\".");)"}));
+    });
+}
+
+TEST_F(ImportFlowTest, WhatIsExportedComesBackTheSame) {
+    const std::string path = File("a.vrlmacro", kCleanText);
+    const std::string target = (root_ / "out.vrlmacro").string();
+    Run([&] {
+        Call("updateSpammer", "[0,0,0,77,0,0,1,10,0]");
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        Call("importProfile");
+        const std::string events = Call("getMacroEvents");
+        SimAnswerDialog({FileDialogOutcome::Chosen, target, {}});
+        EXPECT_EQ(Call("exportProfile"), "");
+        ASSERT_EQ(SimShownDialogs().size(), 2U);
+        EXPECT_TRUE(SimShownDialogs()[1].save);
+        EXPECT_EQ(SimShownDialogs()[1].defaultExtension, "vrlmacro");
+        EXPECT_EQ(SimShownDialogs()[1].filters, SimShownDialogs()[0].filters);
+        EXPECT_EQ(Read(target).substr(0, 33), "Clean (Imported)\nSETTINGS:0,0,0,7");
+        SimAnswerDialog({FileDialogOutcome::Chosen, target, {}});
+        EXPECT_EQ(Call("importProfile"), R"({"outcome":"imported"})");
+        EXPECT_TRUE(HasProfile("Clean (Imported) (Imported)"));
+        EXPECT_EQ(Call("getMacroEvents"), events);
+        EXPECT_TRUE(TakeScripts().empty());
+    });
+}
+
+TEST_F(ImportFlowTest, AnExportIsOfTheMomentInWhichItWasAskedFor) {
+    const std::string path = File("a.vrlmacro", kCleanText);
+    const std::string target = (root_ / "out.vrlmacro").string();
+    Run([&] {
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        Call("importProfile");
+        SimOnDialog([] { Call("clearProfile"); });
+        SimAnswerDialog({FileDialogOutcome::Chosen, target, {}});
+        EXPECT_EQ(Call("exportProfile"), "");
+        EXPECT_NE(Read(target).find("\n3,0.75,0,0,0,65,1,0\n"), std::string::npos);
+    });
+}
+
+TEST_F(ImportFlowTest, AnExportThatCannotBeOpenedIsSilent) {
+    const std::string target = (root_ / "no" / "such" / "out.vrlmacro").string();
+    Run([&] {
+        SimAnswerDialog({FileDialogOutcome::Chosen, target, {}});
+        EXPECT_EQ(Call("exportProfile"), "");
+        EXPECT_TRUE(TakeScripts().empty());
+        EXPECT_FALSE(std::filesystem::exists(target));
+    });
+}
+
+TEST_F(ImportFlowTest, AnExportThatBreaksOffRejectsTheCall) {
+    const std::string target = (root_ / "out.vrlmacro").string();
+    Run([&] {
+        SimAnswerDialog({FileDialogOutcome::Chosen, target, {}});
+        SimFailFileOperation(2);  // the disk is full
+        EXPECT_FALSE(SimPageCall("exportProfile", "[]").resolved);
+        EXPECT_NE(Call("getProfiles").find("\"current\":0"), std::string::npos);
+    });
+}
+
+TEST_F(ImportFlowTest, TheEnginesServeOnWhileADialogIsOpen) {
+    Run([&] {
+        SimOnDialog([] {
+            SimKey(kF6, true);
+            SimKey(kF6, false);
+            SimRunFor(50);
+            EXPECT_TRUE(engineState.autoClicking);
+            EXPECT_GT(SimSentCount(kInputMouse, kMouseLeftDown), 5U);
+            // The dialog is the only one.
+            EXPECT_EQ(Call("importProfile"), R"({"outcome":"cancelled"})");
+        });
+        EXPECT_EQ(Call("importProfile"), R"({"outcome":"cancelled"})");
+        EXPECT_EQ(SimShownDialogs().size(), 1U);
+    });
+}
+
+TEST_F(ImportFlowTest, ARequestToEndClosesTheDialog) {
+    const std::string path = File("a.vrlmacro", kCleanText);
+    Run([&] {
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        SimOnDialog([] { SimRequestEnd(); });
+        EXPECT_EQ(Call("importProfile"), R"({"outcome":"cancelled"})");
+        EXPECT_EQ(Call("importProfile"), R"({"outcome":"cancelled"})");
+        EXPECT_EQ(SimShownDialogs().size(), 1U);  // and no other opens
+    });
+    EXPECT_EQ(Read(DataFilePath("session.dat")).find("Clean"), std::string::npos);
+}
+
+TEST_F(ImportFlowTest, StagedMacrosTellThePage) {
+    Run([&] {
+        const std::string clean = File("Varnelle/themes/clean.vrlmacro", kCleanText);
+        ImportStagedMacro("clean");
+        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{kToldImported}));
+        EXPECT_TRUE(HasProfile("Clean"));
+        EXPECT_FALSE(std::filesystem::exists(clean));
+
+        const std::string held = File("Varnelle/themes/held.vrlmacro", kHeldText);
+        ImportStagedMacro("held");
+        const std::string document = Call("getPendingMacroImport");
+        EXPECT_EQ(TakeScripts(),
+                  (std::vector<std::string>{"if (window.onPendingMacroImport) window.onPendingMacroImport(" +
+                                            document + ");"}));
+        EXPECT_FALSE(HasProfile("Held"));
+        EXPECT_FALSE(std::filesystem::exists(held));
+
+        const std::string bad = File("Varnelle/themes/bad.vrlmacro", "\n");
+        ImportStagedMacro("bad");
+        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{std::string("alert(") + kUnreadable + ");"}));
+        EXPECT_EQ(Call("getPendingThemeAlert"), "\"\"");
+        EXPECT_FALSE(std::filesystem::exists(bad));
+
+        ImportStagedMacro("gone");
+        EXPECT_TRUE(TakeScripts().empty());
+        EXPECT_EQ(Call("getPendingMacroImport"), document);
+    });
+}
+
+TEST_F(ImportFlowTest, AStagedMacroThatCannotBeReadOrDeletedIsSaid) {
+    Run([&] {
+        const std::string path = File("Varnelle/themes/a.vrlmacro", kCleanText);
+        SimFailFileOperation(2);  // 1 looks for it, 2 reads, 3 deletes
+        ImportStagedMacro("a");
+        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{std::string("alert(") + kUnreadable + ");"}));
+        EXPECT_FALSE(std::filesystem::exists(path));
+        File("Varnelle/themes/a.vrlmacro", kCleanText);
+        SimFailFileOperation(3);
+        ImportStagedMacro("a");
+        EXPECT_TRUE(HasProfile("Clean"));
+        EXPECT_TRUE(std::filesystem::exists(path));
+    });
+}
+
+TEST_F(ImportFlowTest, AMacroOfTheCommandLineIsThereWhenThePageComes) {
+    LaunchOptions options;
+    options.openMacroPath = File("a.vrlmacro", kCleanText);
+    Run(
+        [&] {
+            EXPECT_NE(Call("getProfiles").find(R"("current":1,"names":["Default Tracking Profile","Clean"])"),
+                      std::string::npos);
+            EXPECT_EQ(Call("getPendingThemeAlert"), "\"\"");
+            EXPECT_TRUE(TakeScripts().empty());
+        },
+        options);
+    EXPECT_TRUE(std::filesystem::exists(options.openMacroPath));
+}
+
+TEST_F(ImportFlowTest, AHeldMacroOfTheCommandLineWaitsForThePageAndEndsWithTheProgram) {
+    LaunchOptions options;
+    options.openMacroPath = File("a.vrlmacro", kHeldText);
+    Run(
+        [&] {
+            EXPECT_FALSE(HasProfile("Held"));
+            EXPECT_EQ(IdIn(Call("getPendingMacroImport")).size(), 32U);
+            Call("confirmMacroImport", "[\"" + HeldId() + "\"]");
+            EXPECT_TRUE(HasProfile("Held"));
+            EXPECT_EQ(TakeScripts(), (std::vector<std::string>{kToldImported}));
+        },
+        options);
+    EXPECT_NE(Read(DataFilePath("session.dat")).find("PROFILE:Held\n"), std::string::npos);
+}
+
+TEST_F(ImportFlowTest, AHeldMacroIsNotSaved) {
+    LaunchOptions options;
+    options.openMacroPath = File("a.vrlmacro", kHeldText);
+    Run([] { EXPECT_EQ(HeldId().size(), 32U); }, options);
+    EXPECT_EQ(Read(DataFilePath("session.dat")).find("Held"), std::string::npos);
+}
+
+TEST_F(ImportFlowTest, ABadMacroOfTheCommandLineIsThePagesFirstMessage) {
+    LaunchOptions options;
+    options.openMacroPath = (root_ / "a.vrlmacro C:\\b.vrlmacro").string();
+    Run(
+        [&] {
+            EXPECT_EQ(Call("getPendingThemeAlert"), kUnreadable);
+            EXPECT_EQ(Call("getPendingThemeAlert"), "\"\"");
+            EXPECT_EQ(Call("getPendingMacroImport"), kNothingHeld);
+            EXPECT_TRUE(TakeScripts().empty());
+        },
+        options);
+}

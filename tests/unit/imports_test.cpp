@@ -1,0 +1,447 @@
+#include "imports/macro_import.h"
+
+#include "base/text.h"
+#include "imports/pending_import.h"
+#include "imports/self_check.h"
+#include "platform/files.h"
+#include "storage/profiles.h"
+#include "storage/settings_text.h"
+#include "unit/test_support.h"
+#include "windows/main_page.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <thread>
+
+namespace {
+
+constexpr const char* kImported = R"({"outcome":"imported"})";
+constexpr const char* kNothingHeld = R"({"outcome":"none"})";
+constexpr const char* kDefaults = "0,0,0,5,0,0,1,10,0,0,0,0,0,0,5,1,10,32,32,0";
+constexpr const char* kUnreadable =
+    "That macro file could not be imported - it may be corrupted or from a version this build doesn't "
+    "recognize. Since this is recorded work, it's worth checking the original file is intact before trying "
+    "again.";
+
+// Win+R held, which is a "CAUTION" at one and a half seconds.
+constexpr const char* kCautionEvents =
+    "3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n3,1.8,0,0,0,82,0,0\n";
+constexpr const char* kCleanEvents = "0,0.5,10,10,0,0,0\n";
+
+class ImportsTest : public DataFolderTest {
+  protected:
+    ImportsTest() {
+        DropHeld();
+        TakePendingThemeAlert();
+        MutexLock lock(macroMutex);
+        macroState.profiles = {{DefaultProfileName, {}, {}}};
+        macroState.currentProfile = 0;
+    }
+    ~ImportsTest() override {
+        DropHeld();
+        TakePendingThemeAlert();
+    }
+
+    static std::string IdIn(const std::string& document) {
+        const std::string key = R"("pendingId":")";
+        const size_t at = document.find(key);
+        return at == std::string::npos ? "" : document.substr(at + key.size(), 32);
+    }
+    static std::string HeldId() { return IdIn(GetPendingMacroImport()); }
+    static void DropHeld() { CancelMacroImport(HeldId()); }
+
+    std::string File(const std::string& name, const std::string& text) {
+        std::string path = root_.File(name);
+        WriteFile(path, text);
+        return path;
+    }
+    static std::vector<std::string> Names() {
+        MutexLock lock(macroMutex);
+        std::vector<std::string> names;
+        for (const Profile& profile : macroState.profiles) {
+            names.push_back(profile.name);
+        }
+        return names;
+    }
+    static Profile Current() {
+        MutexLock lock(macroMutex);
+        return *CurrentProfile();
+    }
+    static uint64_t Revision() {
+        MutexLock lock(macroMutex);
+        return macroState.revision;
+    }
+    static ParsedMacro Macro(const std::string& text) {
+        ParsedMacro macro;
+        EXPECT_EQ(ParseMacroText(text, &macro), "");
+        return macro;
+    }
+    static ParsedMacro Held(const std::string& name) {
+        return Macro(name + "\nSETTINGS:\n" + kCautionEvents);
+    }
+    static ParsedMacro Clean(const std::string& name) { return Macro(name + "\nSETTINGS:\n" + kCleanEvents); }
+
+    // Puts a file where a second instance would.
+    std::string Stage(const std::string& stem, const std::string& text) {
+        std::filesystem::create_directories(DataFilePath("themes"));
+        std::string path = (std::filesystem::path(DataFilePath("themes")) / (stem + ".vrlmacro")).string();
+        WriteFile(path, text);
+        return path;
+    }
+};
+
+using NameList = std::vector<std::string>;
+
+}  // namespace
+
+TEST_F(ImportsTest, AMacroWithoutKeysIsAddedAtOnceAndIsCurrent) {
+    const uint64_t before = Revision();
+    EXPECT_EQ(ImportMacroFile(File("Farm.vrlmacro", std::string("Farm\nSETTINGS:\n") + kCleanEvents)),
+              kImported);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm (Imported)"}));
+    EXPECT_EQ(Current().name, "Farm (Imported)");
+    EXPECT_EQ(Current().events.size(), 1U);
+    EXPECT_GT(Revision(), before);
+    EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+    // No events at all.
+    EXPECT_EQ(ImportMacroFile(File("empty.vrlmacro", "Nothing\n")), kImported);
+    EXPECT_EQ(Current().name, "Nothing (Imported)");
+}
+
+TEST_F(ImportsTest, TheSameFileTwiceTakesTheNextNumber) {
+    const std::string path = File("Farm.vrlmacro", std::string("Farm\n") + kCleanEvents);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(ImportMacroFile(path), kImported);
+    }
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm (Imported)", "Farm (Imported) (2)",
+                                 "Farm (Imported) (3)"}));
+}
+
+TEST_F(ImportsTest, NumbersEndAt999AndFillGapsFirst) {
+    for (int number = 1; number <= 999; ++number) {
+        AppendProfile(Clean("Farm"));
+        EXPECT_EQ(Current().name, number == 1 ? "Farm" : "Farm (" + std::to_string(number) + ")");
+    }
+    AppendProfile(Clean("Farm"));
+    EXPECT_EQ(Current().name, "Farm");  // the plain name, twice in the list
+    {
+        MutexLock lock(macroMutex);
+        std::erase_if(macroState.profiles, [](const Profile& p) { return p.name == "Farm (500)"; });
+    }
+    AppendProfile(Clean("Farm"));
+    EXPECT_EQ(Current().name, "Farm (500)");
+    AppendProfile(Clean("Farm"));
+    EXPECT_EQ(Current().name, "Farm");
+}
+
+TEST_F(ImportsTest, ANameIsTakenByteForByte) {
+    AppendProfile(Clean("farm"));
+    AppendProfile(Clean("Farm"));
+    AppendProfile(Clean("Farm (2)"));
+    AppendProfile(Clean("Farm"));
+    AppendProfile(Clean(DefaultProfileName));
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "farm", "Farm", "Farm (2)", "Farm (3)",
+                                 "Default Tracking Profile (2)"}));
+}
+
+TEST_F(ImportsTest, AFileWithSettingsLeavesTheLiveSetupAlone) {
+    ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
+    const std::string live = BuildSettingsLine();
+    const std::string line =
+        "1,2,3,77,1,1,0,9,1,100,200,0,0,0,0,1,3.0,1,500,65,66,0,67,0,0,1,88,0,4,68,69,69|"
+        "70,1,1,1";
+    EXPECT_EQ(ImportMacroFile(File("a.vrlmacro", "A\nSETTINGS:" + line + "\n" + kCleanEvents)), kImported);
+    EXPECT_EQ(BuildSettingsLine(), live);
+    EXPECT_EQ(Current().settings, "1,2,3,77,1,1,0,9,1,100,200,0,0,1,88,0,4,69,69|70,1");
+    // They come into force with the switch.
+    SwitchProfile("1");
+    EXPECT_EQ(BuildProfileSettings(), Current().settings);
+}
+
+TEST_F(ImportsTest, AFileWithoutSettingsBringsTheDefaults) {
+    ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
+    hotkeyTable.rec = 65;
+    EXPECT_EQ(ImportMacroFile(File("a.vrlmacro", std::string("A\n") + kCleanEvents)), kImported);
+    EXPECT_EQ(BuildProfileSettings(), kDefaults);
+    EXPECT_EQ(Current().settings, kDefaults);
+    EXPECT_EQ(hotkeyTable.rec, 65U);
+}
+
+TEST_F(ImportsTest, AHeldFileWithoutSettingsBringsThemOnlyWhenItIsConfirmed) {
+    ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
+    const std::string live = BuildProfileSettings();
+    const std::string document = ImportMacroFile(File("a.vrlmacro", std::string("A\n") + kCautionEvents));
+    EXPECT_EQ(BuildProfileSettings(), live);
+    ConfirmMacroImport(IdIn(document));
+    EXPECT_EQ(BuildProfileSettings(), kDefaults);
+    EXPECT_EQ(Current().settings, kDefaults);
+}
+
+TEST_F(ImportsTest, OldRecordingsAreRefusedByTheirNameAlone) {
+    const std::string refusal =
+        R"({"outcome":"error","message":".mcr files are no longer supported. Re-export that profile as )"
+        R"(.vrlmacro from whatever version of Varnelle created it, then import that instead."})";
+    EXPECT_EQ(ImportMacroFile(root_.File("OLD.MCR")), refusal);  // not even there
+    EXPECT_EQ(ImportMacroFile(File("old.mCr", std::string("Old\n") + kCleanEvents)), refusal);
+    EXPECT_EQ(ImportMacroFile(".mcr"), refusal);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+}
+
+TEST_F(ImportsTest, AnyOtherNameIsReadAsAMacro) {
+    for (const char* name : {"a.txt", "b", "c.mcr.bak", "d.vrltheme", "mcr"}) {
+        EXPECT_EQ(ImportMacroFile(File(name, std::string(name) + "\n" + kCleanEvents)), kImported) << name;
+        EXPECT_EQ(Current().name, std::string(name) + " (Imported)");
+    }
+}
+
+TEST_F(ImportsTest, AFileThatCannotBeReadIsSaidInItsOwnWords) {
+    EXPECT_EQ(ImportMacroFile(root_.File("none.vrlmacro")),
+              R"({"outcome":"error","message":"Couldn't open that macro file."})");
+    EXPECT_EQ(ImportMacroFile(root_.Path()),
+              R"({"outcome":"error","message":"Couldn't open that macro file."})");
+    EXPECT_EQ(ImportMacroFile(File("a.vrlmacro", "\n0,0.5,10,10,0,0,0\n")),
+              R"({"outcome":"error","message":"That macro file is missing its profile name."})");
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+    EXPECT_EQ(TakePendingThemeAlert(), "");
+}
+
+TEST_F(ImportsTest, OneCautionHoldsAMacro) {
+    const std::string path = File("a.vrlmacro", std::string("A\nSETTINGS:\n") + kCautionEvents);
+    const std::string document = ImportMacroFile(path);
+    const std::string id = IdIn(document);
+    ASSERT_EQ(id.size(), 32U);
+    EXPECT_EQ(id.find_first_not_of("0123456789abcdef"), std::string::npos);
+    const auto matches = MacroScan::ScanMacro(Held("A").events).matches;
+    ASSERT_EQ(matches.size(), 1U);
+    EXPECT_EQ(document, R"({"outcome":"pending","pendingId":")" + id +
+                            R"(","level":"caution","matches":[{"severity":"CAUTION","message":)" +
+                            JsonText(matches[0].message) + R"(,"atSec":1.5}]})");
+    EXPECT_EQ(GetPendingMacroImport(), document);
+    EXPECT_EQ(GetPendingMacroImport(), document);  // reading takes nothing away
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+    ConfirmMacroImport(id);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "A (Imported)"}));
+    EXPECT_EQ(Current().events.size(), 4U);
+    EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+}
+
+TEST_F(ImportsTest, SeveralFindingsStandInTheReportsOrder) {
+    // The Task Manager at one second is a caution; Win+R, typing and Enter at nine seconds stand before it.
+    const OfferResult offer =
+        OfferMacro(Macro("A\n3,1,0,0,0,17,1,0\n3,1.1,0,0,0,16,1,0\n3,1.2,0,0,0,27,1,0\n3,1.3,0,0,0,27,0,0\n"
+                         "3,1.4,0,0,0,16,0,0\n3,1.5,0,0,0,17,0,0\n3,9,0,0,0,91,1,0\n3,9.1,0,0,0,82,1,0\n"
+                         "3,9.2,0,0,0,82,0,0\n3,9.3,0,0,0,91,0,0\n3,9.4,0,0,0,65,1,0\n3,9.5,0,0,0,65,0,0\n"
+                         "3,9.6,0,0,0,13,1,0\n"));
+    EXPECT_FALSE(offer.committed);
+    EXPECT_EQ(offer.level, "danger");
+    ASSERT_GE(offer.matches.size(), 2U);
+    const std::string document = GetPendingMacroImport();
+    EXPECT_EQ(document, OfferDocument(offer));
+    size_t at = 0;
+    for (const MacroScan::ScanMatch& match : offer.matches) {
+        const size_t next = document.find(JsonText(match.message));
+        ASSERT_NE(next, std::string::npos);
+        EXPECT_GT(next, at);
+        at = next;
+    }
+    EXPECT_EQ(offer.matches.front().severity, "DANGER");
+    EXPECT_EQ(offer.matches.back().severity, "CAUTION");
+}
+
+TEST_F(ImportsTest, WhatIsOfferedIsToldInBothCases) {
+    const OfferResult clean = OfferMacro(Clean("Clean"));
+    EXPECT_TRUE(clean.committed);
+    EXPECT_EQ(clean.pendingId, "");
+    EXPECT_EQ(clean.level, "none");
+    EXPECT_TRUE(clean.matches.empty());
+    EXPECT_EQ(OfferDocument(clean), kImported);
+    const OfferResult held = OfferMacro(Held("Held"));
+    EXPECT_FALSE(held.committed);
+    EXPECT_EQ(held.pendingId, HeldId());
+    EXPECT_EQ(held.level, "caution");
+    EXPECT_EQ(Names(),
+              (NameList{DefaultProfileName, "Clean"}));  // without " (Imported)": only the dialog says so
+}
+
+TEST_F(ImportsTest, ASecondConfirmationDoesNothing) {
+    const std::string id = OfferMacro(Held("A")).pendingId;
+    ConfirmMacroImport(id);
+    const uint64_t revision = Revision();
+    ConfirmMacroImport(id);
+    CancelMacroImport(id);
+    ConfirmMacroImport("");
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "A"}));
+    EXPECT_EQ(Revision(), revision);
+}
+
+TEST_F(ImportsTest, ACancelledMacroIsGone) {
+    const std::string id = OfferMacro(Held("A")).pendingId;
+    CancelMacroImport(id);
+    EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+    ConfirmMacroImport(id);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+}
+
+TEST_F(ImportsTest, WrongIdsDoNothing) {
+    const std::string id = OfferMacro(Held("A")).pendingId;
+    std::string upper = id;
+    std::transform(upper.begin(), upper.end(), upper.begin(),
+                   [](char c) { return c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c; });
+    std::string other = id;
+    other[31] = other[31] == '0' ? '1' : '0';
+    for (const std::string& wrong :
+         {std::string(), id.substr(1), id + "0", " " + id, id + " ", other, id + '\0'}) {
+        ConfirmMacroImport(wrong);
+        CancelMacroImport(wrong);
+    }
+    if (upper != id) {
+        ConfirmMacroImport(upper);
+    }
+    EXPECT_EQ(HeldId(), id);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+}
+
+TEST_F(ImportsTest, ASecondHeldMacroReplacesTheFirst) {
+    const std::string first = OfferMacro(Held("First")).pendingId;
+    const std::string second = OfferMacro(Held("Second")).pendingId;
+    EXPECT_NE(first, second);
+    EXPECT_EQ(HeldId(), second);
+    ConfirmMacroImport(first);  // the page's older dialog goes nowhere
+    CancelMacroImport(first);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+    ConfirmMacroImport(second);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Second"}));
+}
+
+TEST_F(ImportsTest, TheSameMacroHeldAgainHasANewId) {
+    std::set<std::string> ids;
+    for (int i = 0; i < 100; ++i) {
+        ids.insert(OfferMacro(Held("A")).pendingId);
+    }
+    EXPECT_EQ(ids.size(), 100U);
+}
+
+TEST_F(ImportsTest, ACleanMacroPassesAHeldOne) {
+    const std::string id = OfferMacro(Held("Held")).pendingId;
+    EXPECT_TRUE(OfferMacro(Clean("Clean")).committed);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
+    EXPECT_EQ(HeldId(), id);
+    ConfirmMacroImport(id);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
+}
+
+TEST_F(ImportsTest, AHeldNameIsChosenWhenItIsConfirmed) {
+    const std::string id = OfferMacro(Held("Farm")).pendingId;
+    AppendProfile(Clean("Farm"));
+    ConfirmMacroImport(id);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm", "Farm (2)"}));
+}
+
+TEST_F(ImportsTest, AStagedFileComesInUnderItsOwnNameAndIsDeleted) {
+    const std::string path = Stage("Farm", std::string("Farm\n") + kCleanEvents);
+    ImportStagedMacro("Farm");
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm"}));
+    EXPECT_FALSE(FileExists(path));
+    ImportStagedMacro("Farm");  // gone: nothing happens
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm"}));
+    EXPECT_EQ(TakePendingThemeAlert(), "");
+}
+
+TEST_F(ImportsTest, AStagedFileIsDeletedAlsoWhenItIsHeldOrBad) {
+    const std::string held = Stage("Held", std::string("Held\n") + kCautionEvents);
+    ImportStagedMacro("Held");
+    EXPECT_FALSE(FileExists(held));
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+    EXPECT_EQ(HeldId().size(), 32U);
+    const std::string bad = Stage("Bad", "");
+    ImportStagedMacro("Bad");
+    EXPECT_FALSE(FileExists(bad));
+    EXPECT_EQ(TakePendingThemeAlert(), kUnreadable);  // there is no page to tell
+    EXPECT_EQ(TakePendingThemeAlert(), "");
+    EXPECT_EQ(HeldId().size(), 32U);
+}
+
+TEST_F(ImportsTest, AMacroOfTheCommandLineComesInOrIsHeld) {
+    const std::string clean = File("clean.vrlmacro", std::string("Clean\n") + kCleanEvents);
+    ImportFromCommandLine(clean);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
+    const std::string held = File("held.vrlmacro", std::string("Held\n") + kCautionEvents);
+    ImportFromCommandLine(held);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
+    ConfirmMacroImport(HeldId());
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
+    EXPECT_EQ(TakePendingThemeAlert(), "");
+    ImportFromCommandLine(root_.File("none.vrlmacro"));
+    EXPECT_EQ(TakePendingThemeAlert(), kUnreadable);
+    ImportFromCommandLine(File("empty.vrlmacro", ""));
+    EXPECT_EQ(TakePendingThemeAlert(), kUnreadable);
+    EXPECT_TRUE(FileExists(clean));
+    EXPECT_TRUE(FileExists(held));
+}
+
+TEST_F(ImportsTest, TheSelfCheckPassesAndLeavesNothing) {
+    hotkeyTable.rec = 65;
+    ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
+    const std::string live = BuildSettingsLine();
+    std::string log = "before\n";
+    EXPECT_TRUE(ImportSelfCheck(root_.File("check.vrlmacro"), &log));
+    EXPECT_EQ(log, "before\n"
+                   "PASS import: current-format macro parses\n"
+                   "PASS import: hotkeys, Hold, Tracker and live setup unchanged\n"
+                   "PASS import: profile gets the file's Spammer + Key Spammer setup\n"
+                   "PASS import: 23-field macro parses, globals unchanged\n"
+                   "PASS import: 23-field macro keeps the importer's Key Spammer setup\n"
+                   "PASS import: macro with no SETTINGS line still imports\n");
+    EXPECT_FALSE(FileExists(root_.File("check.vrlmacro")));
+    EXPECT_EQ(BuildSettingsLine(), live);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+}
+
+TEST_F(ImportsTest, TheSelfCheckFailsWhereItCannotWrite) {
+    std::string log;
+    EXPECT_FALSE(ImportSelfCheck(root_.File("no/such/folder.vrlmacro"), &log));
+    EXPECT_EQ(log, "FAIL import: current-format macro parses\n"
+                   "PASS import: hotkeys, Hold, Tracker and live setup unchanged\n"
+                   "FAIL import: profile gets the file's Spammer + Key Spammer setup\n"
+                   "FAIL import: 23-field macro parses, globals unchanged\n"
+                   "FAIL import: 23-field macro keeps the importer's Key Spammer setup\n"
+                   "FAIL import: macro with no SETTINGS line still imports\n");
+}
+
+// Offers, answers and the page's other commands from several threads: nobody waits for ever, every confirmed macro is
+// there once. (The thread sanitizer sees a lock order that turns round, too.)
+TEST_F(ImportsTest, OffersAndAnswersFromSeveralThreads) {
+    constexpr int kRounds = 200;
+    std::atomic<int> offered{0};
+    std::atomic<bool> done{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < kRounds; ++round) {
+                OfferMacro(round % 2 == 0 ? Held("Held") : Clean("Clean"));
+                ++offered;
+            }
+        });
+    }
+    threads.emplace_back([&] {
+        while (!done) {
+            ConfirmMacroImport(HeldId());
+        }
+    });
+    threads.emplace_back([&] {
+        while (!done) {
+            GetProfiles();
+            SyncProfileSettings();
+            AddProfile("Added");
+            DeleteProfile();
+        }
+    });
+    EXPECT_TRUE(WaitUntil([&] { return offered == 2 * kRounds; }));
+    done = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    ConfirmMacroImport(HeldId());
+    EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+}
