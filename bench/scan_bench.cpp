@@ -1,8 +1,8 @@
 // What a scan costs for each key press, on the worst kind of macro found for each scenario: one that keeps it looking
 // to the end and never matches. Beside it the plain form that tries every start from scratch, which is far too slow for
-// a million presses and is measured on 10 thousand. Growth is the cost of a press at a million against 10 thousand: a factor of up to about two is
-// the memory, since a million presses do not fit in the processor's cache.
-// The rows "late" are those where the whole pattern is there, but its end comes behind the scenario's limit in seconds
+// a million presses and is measured on 10 thousand. Growth is the cost of a press at a million against 10 thousand: a
+// factor of up to about two is the memory, since a million presses do not fit in the processor's cache. The rows "late"
+// and "fall" are those where the whole pattern is there, but its end comes behind the scenario's limit in seconds
 // however often it is begun.
 // Usage: scan_bench
 #include "../tests/unit/scan_literal.cpp"

@@ -142,6 +142,22 @@ test('each mode answers with its lines and its code', limit, () => {
   }
 });
 
+test('the import checks itself and leaves no sample behind', limit, () => {
+  const temporary = join(files, 'temporary');
+  mkdirSync(temporary);
+  const here = { env: { ...environment(), TMPDIR: temporary } };
+  const good = run('--selftest', here);
+  assert.match(good.printed, /^(PASS import: [^\n]+\n){6}SELFTEST: ALL PASS\n$/);
+  assert.equal(good.code, 0);
+  const places = onWindows ? join(process.env.WINEPREFIX, 'drive_c/users') : temporary;
+  const found = spawnSync('find', [places, '-name', 'vrl-selftest-import*'], { encoding: 'utf8' });
+  assert.deepEqual([found.status, found.stdout], [0, '']);
+  if (onWindows) return; // Wine names the folder by its registry
+  const nowhere = run('--selftest', { env: { ...environment(), TMPDIR: join(files, 'none') } });
+  assert.match(nowhere.printed, /^((PASS|FAIL) import: [^\n]+\n){6}SELFTEST: FAILURES ABOVE\n$/);
+  assert.equal(nowhere.code, 1);
+});
+
 test('of several modes one runs, and the last value of it counts', limit, () => {
   const macro = nativePath(put('one of them.vrlmacro', macroOf(2)));
   const theme = nativePath(kTheme);
@@ -262,6 +278,9 @@ test('output that goes nowhere changes no code', onLinux, () => {
       assert.equal(result.code, code, `${args} ${where}`);
       assert.equal(result.told, '', `${args} ${where}`);
     }
+    // A file that may not grow.
+    const limited = shell('ulimit -f 0; "$P" "$1" >limited', [args]);
+    assert.deepEqual([limited.code, limited.told], [code, ''], args);
     // The reader has gone before the first byte.
     const gone = shell('{ sleep 0.05; "$P" "$1"; echo $? >&2; } | :', [args]);
     assert.equal(gone.told, `${code}\n`, args);

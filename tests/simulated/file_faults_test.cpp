@@ -3,15 +3,20 @@
 // again everything is as if nothing had been.
 #include "engines/engine_state.h"
 #include "frame/master.h"
+#include "imports/macro_import.h"
+#include "imports/pending_import.h"
+#include "imports/self_check.h"
 #include "platform/files.h"
 #include "platform/simulated/simulation.h"
 #include "storage/data_folder.h"
 #include "storage/macro_file.h"
 #include "storage/session.h"
 #include "storage/settings_text.h"
+#include "windows/main_page.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -349,6 +354,178 @@ TEST_F(FileFaults, AMirrorThatCannotBeReadGivesItsConstant) {
                                  }),
                   2);
     }
+}
+
+namespace {
+
+// Nothing that the scan minds, with settings.
+const char* const kHarmless = "Harmless\nSETTINGS:1,2,3,77,1,1,0,9,1,100,200,0,0,0,0,1,3.0,1,500,65,66,0,67\n"
+                              "0,0.5,10,10,0,0,0\n";
+// Something with the Windows key held.
+const char* const kRisky = "Risky\n3,1,0,0,0,91,1,0\n3,2,0,0,0,82,1,0\n";
+constexpr const char* kErrorStart = "That macro file could not be imported";
+
+size_t ProfileCount() {
+    MutexLock lock(macroMutex);
+    return macroState.profiles.size();
+}
+
+std::string CurrentName() {
+    MutexLock lock(macroMutex);
+    return CurrentProfile() != nullptr ? CurrentProfile()->name : "";
+}
+
+void DropHeldMacro() {
+    const std::string held = GetPendingMacroImport();
+    const std::string before = R"("pendingId":")";
+    if (const size_t at = held.find(before); at != std::string::npos) {
+        CancelMacroImport(held.substr(at + before.size(), 32));
+    }
+}
+
+}  // namespace
+
+// By the dialog. What is held from before stays held.
+TEST_F(FileFaults, AnImportThatFailsChangesNothing) {
+    const std::string path = Folder("some.vrlmacro");
+    std::string answer;
+    std::string state;
+    std::string held;
+    const auto prepare = [&] {
+        DropHeldMacro();
+        SetState("Live", 71);
+        Put(path, kRisky);
+        ImportMacroFile(path);
+        held = GetPendingMacroImport();
+        ASSERT_NE(held.find("pendingId"), std::string::npos) << held;
+        Put(path, kHarmless);
+        state = State();
+    };
+    const int count = ForEachFailure(
+        prepare, [&] { answer = ImportMacroFile(path); },
+        [&](const Failure&) {
+            EXPECT_EQ(answer, R"({"outcome":"error","message":"Couldn't open that macro file."})");
+            EXPECT_EQ(State(), state);
+            EXPECT_EQ(GetPendingMacroImport(), held);
+            EXPECT_EQ(Bytes(path), kHarmless);
+            EXPECT_EQ(ImportMacroFile(path), R"({"outcome":"imported"})");
+            EXPECT_EQ(CurrentName(), "Harmless (Imported)");
+            EXPECT_EQ(GetPendingMacroImport(), held);
+        });
+    EXPECT_EQ(count, 1);
+    DropHeldMacro();
+}
+
+TEST_F(FileFaults, AStagedMacroIsImportedOrSaidToBeUnreadable) {
+    std::string path;
+    std::string state;
+    const auto prepare = [&] {
+        SetState("Live", 72);
+        path = Folder("Varnelle/themes/stem.vrlmacro");
+        Put(path, kHarmless);
+        state = State();
+        TakePendingThemeAlert();
+    };
+    const int count = ForEachFailure(
+        prepare, [] { ImportStagedMacro("stem"); },
+        [&](const Failure& failure) {
+            const std::string alert = TakePendingThemeAlert();
+            if (failure.number == 1) {  // to all appearance there is none
+                EXPECT_EQ(alert, "");
+                EXPECT_EQ(State(), state);
+                EXPECT_EQ(Bytes(path), kHarmless);
+            } else if (failure.number == 2) {
+                EXPECT_EQ(alert.substr(0, std::string(kErrorStart).size()), kErrorStart);
+                EXPECT_EQ(State(), state);
+                EXPECT_EQ(fs::exists(path), failure.forGood);
+            } else {
+                EXPECT_EQ(alert, "");
+                EXPECT_EQ(ProfileCount(), 2U);
+                EXPECT_EQ(CurrentName(), "Harmless");
+                EXPECT_TRUE(fs::exists(path));
+            }
+        });
+    EXPECT_EQ(count, 3);
+}
+
+TEST_F(FileFaults, AMacroOfTheCommandLineIsImportedOrSaidToBeUnreadable) {
+    const std::string path = Folder("some.vrlmacro");
+    std::string state;
+    const auto prepare = [&] {
+        SetState("Live", 73);
+        Put(path, kHarmless);
+        state = State();
+        TakePendingThemeAlert();
+    };
+    const int count = ForEachFailure(
+        prepare, [&] { ImportFromCommandLine(path); },
+        [&](const Failure&) {
+            EXPECT_EQ(TakePendingThemeAlert().substr(0, std::string(kErrorStart).size()), kErrorStart);
+            EXPECT_EQ(State(), state);
+            EXPECT_EQ(Bytes(path), kHarmless);
+        });
+    EXPECT_EQ(count, 1);
+}
+
+TEST_F(FileFaults, AnExportThatFailsLeavesTheWork) {
+    const std::string path = Folder("exported.vrlmacro");
+    std::string state;
+    bool thrown = false;
+    const auto prepare = [&] {
+        SetState("Live", 74);
+        Put(path, "an older export");
+        state = State();
+        FileDialogResult chosen;
+        chosen.outcome = FileDialogOutcome::Chosen;
+        chosen.path = path;
+        SimAnswerDialog(chosen);
+        thrown = false;
+    };
+    const auto attempt = [&] {
+        try {
+            ExportProfile();
+        } catch (const std::ios_base::failure&) {
+            thrown = true;
+        }
+    };
+    const int count = ForEachFailure(prepare, attempt, [&](const Failure& failure) {
+        EXPECT_EQ(thrown, failure.number == 2);
+        EXPECT_EQ(State(), state);
+        if (failure.number == 1 && failure.fault == SimFileFault::Refused) {
+            EXPECT_EQ(Bytes(path), "an older export");
+        }
+    });
+    EXPECT_EQ(count, 2);
+    ParsedMacro macro;
+    prepare();
+    attempt();
+    EXPECT_EQ(ReadMacroFile(path, &macro), "");
+    EXPECT_EQ(macro.name, "Live");
+}
+
+TEST_F(FileFaults, TheSelfCheckTellsWhatItCouldNotTry) {
+    const std::string path = Folder("sample.vrlmacro");
+    std::string log;
+    std::string state;
+    bool passed = false;
+    const auto prepare = [&] {
+        SetState("Live", 75);
+        state = State();
+        log.clear();
+    };
+    const int count = ForEachFailure(
+        prepare, [&] { passed = ImportSelfCheck(path, &log); },
+        [&](const Failure& failure) {
+            const bool onlyRemoval = failure.number % 3 == 0 && (!failure.forGood || failure.number == 9);
+            EXPECT_EQ(passed, onlyRemoval) << log;
+            EXPECT_EQ(log.find("FAIL ") == std::string::npos, passed) << log;
+            EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 6);
+            EXPECT_EQ(State(), state);
+            if (!failure.forGood && failure.number != 9) {
+                EXPECT_FALSE(fs::exists(path));
+            }
+        });
+    EXPECT_EQ(count, 9);
 }
 
 // The master from start to end with each of its file operations failing: it always comes up with its hotkeys, serves

@@ -104,8 +104,10 @@ void PrepareProcess() {
     for (const char* name : kRedirectingVariables) {
         unsetenv(name);
     }
-    // A display or a reader of our output that goes away is an ordinary failure of that write.
+    // A display or a reader of our output that goes away is an ordinary failure of that write, and so is a file that has
+    // reached the size its owner allows.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     XInitThreads();
     SetUpThread();
 }
