@@ -188,7 +188,7 @@ test('a file is found from any folder and by any name', limit, () => {
     put(name, macroOf(index));
     const line = `OK ${index} events\n`;
     expect(`--validate-macro=${nativePath(join(files, name))}`, line, 0);
-    expect(`--validate-macro=${name}`, line, 0);
+    if (!onWindows) expect(`--validate-macro=${name}`, line, 0);
     expect(`--scan-macro=../${name}`, kHarmlessReport, 0, { cwd: join(files, 'a folder') });
     if (onWindows)
       expect(`--validate-macro=..\\..\\${name}`, line, 0, { cwd: join(files, 'a folder/deeper') });
