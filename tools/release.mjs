@@ -3,18 +3,26 @@
 //   node tools/release.mjs key PRIVATE.pem                      makes a key pair; prints the public key for the build
 //   node tools/release.mjs sign PRIVATE.pem TIER VERSION URL INSTALLER
 //                                                               prints the manifest of an installer
+//   node tools/release.mjs check MANIFEST INSTALLER             whether programs of this tree would take the two
 //   node tools/release.mjs vectors OUT.jsonl                    writes cases for --selftest-update=, signed by a key
 //                                                               that is made for them and not kept
-import { createHash, createPrivateKey, createPublicKey, generateKeyPairSync, sign } from 'node:crypto';
-import { readFileSync, writeFileSync } from 'node:fs';
+import {
+  createHash,
+  createPrivateKey,
+  createPublicKey,
+  generateKeyPairSync,
+  sign,
+  verify,
+} from 'node:crypto';
+import { readFileSync, realpathSync, writeFileSync } from 'node:fs';
+import { basename, dirname, join, relative, resolve, sep } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 const tiers = ['core', 'plus', 'preview', 'mac-core', 'mac-plus', 'mac-preview'];
+const mostManifestBytes = 16384;
 
-const settings = readFileSync(
-  fileURLToPath(new URL('../src/base/build_settings.h', import.meta.url)),
-  'utf8',
-);
+const tree = realpathSync(fileURLToPath(new URL('..', import.meta.url)));
+const settings = readFileSync(join(tree, 'src/base/build_settings.h'), 'utf8');
 function setting(name) {
   const found = settings.match(new RegExp(`\\b${name} = "([^"]*)"`));
   if (!found) throw new Error(`no ${name} in build_settings.h`);
@@ -23,6 +31,47 @@ function setting(name) {
 const site = setting('kUpdateSiteHost');
 const api = setting('kApiHost');
 const testers = setting('kTesterSiteHost');
+
+// The key that programs of this tree accept, as it stands in their settings.
+function acceptedBlob() {
+  const body = settings.match(/kUpdatePublicKey\[72\] = \{([^}]*)\}/)?.[1] ?? '';
+  return Buffer.from((body.match(/0x[0-9a-f]{2}/gi) ?? []).map(Number));
+}
+
+function publicKey(blob) {
+  const number = (from) => blob.subarray(from, from + 32).toString('base64url');
+  try {
+    return createPublicKey({
+      key: { kty: 'EC', crv: 'P-256', x: number(8), y: number(40) },
+      format: 'jwk',
+    });
+  } catch {
+    throw new Error('kUpdatePublicKey in build_settings.h is no P-256 key');
+  }
+}
+
+// The system's words for a file that cannot be had.
+function readOrSay(path, what) {
+  try {
+    return readFileSync(path);
+  } catch (error) {
+    throw new Error(`${what} ${path} cannot be read (${error.code})`);
+  }
+}
+
+function readKey(path) {
+  const text = readOrSay(path, 'the key file');
+  let key;
+  try {
+    key = createPrivateKey(text);
+  } catch {
+    throw new Error(`${path} holds no private key`);
+  }
+  if (key.asymmetricKeyDetails?.namedCurve !== 'prime256v1') {
+    throw new Error(`${path} holds no P-256 key`);
+  }
+  return key;
+}
 
 function publicBlob(key) {
   const { x, y } = createPublicKey(key).export({ format: 'jwk' });
@@ -37,32 +86,82 @@ function signed(key, { tier, version, url, sha256 }) {
   return { tier, version, url, sha256, sig };
 }
 
-// What the program would refuse is not signed.
-function checkManifest({ tier, version, url }) {
+// What the program refuses of a manifest that it has read, but for the comparison with its own version and tier.
+function checkManifest({ tier, version, url, sha256, sig }) {
   if (!tiers.includes(tier)) throw new Error(`the tier is one of ${tiers.join(', ')}`);
   if (!/^\d{1,5}\.\d{1,5}\.\d{1,5}(-preview\.\d{1,5})?$/.test(version)) {
     throw new Error('the version is A.B.C or A.B.C-preview.N, at most five digits each');
   }
+  if (!/^[0-9a-f]{64}$/.test(sha256)) throw new Error('the hash is 64 lower-case hexadecimal digits');
   if (!/^[\x21-\x7b\x7d\x7e]+$/.test(url) || /["\\]/.test(url)) {
     throw new Error('the address holds a byte that the program refuses');
   }
   const host = url.match(/^https:\/\/([^/?#]*)/)?.[1].toLowerCase();
   if (host !== site && host !== api) throw new Error(`the address is https and its host ${site} or ${api}`);
+  const message = Buffer.from(`VRL-UPDATE-1|${tier}|${version}|${sha256}|${url}`);
+  const key = { key: publicKey(acceptedBlob()), dsaEncoding: 'ieee-p1363' };
+  if (!/^[0-9a-f]{128}$/i.test(sig) || !verify('sha256', message, key, Buffer.from(sig, 'hex'))) {
+    throw new Error('the signature is not by the key in build_settings.h');
+  }
 }
 
 function makeKey(path) {
+  const folder = dirname(resolve(path));
+  let place;
+  try {
+    place = join(realpathSync(folder), basename(path));
+  } catch {
+    throw new Error(`there is no folder ${folder}`);
+  }
+  const inTree = relative(tree, place);
+  if (inTree !== '..' && !inTree.startsWith(`..${sep}`)) {
+    throw new Error('a private key is kept outside of the source tree');
+  }
   const { privateKey } = generateKeyPairSync('ec', { namedCurve: 'P-256' });
-  writeFileSync(path, privateKey.export({ type: 'pkcs8', format: 'pem' }), { mode: 0o600, flag: 'wx' });
+  try {
+    writeFileSync(place, privateKey.export({ type: 'pkcs8', format: 'pem' }), { mode: 0o600, flag: 'wx' });
+  } catch (error) {
+    throw new Error(
+      error.code === 'EEXIST'
+        ? `${path} is there already; a key is never written over`
+        : `${path} cannot be written (${error.code})`,
+    );
+  }
   const bytes = [...publicBlob(privateKey)].map((byte) => `0x${byte.toString(16).padStart(2, '0')},`);
   for (let at = 0; at < bytes.length; at += 12) console.log(`    ${bytes.slice(at, at + 12).join(' ')}`);
 }
 
+const hashOf = (installer) =>
+  createHash('sha256').update(readOrSay(installer, 'the installer')).digest('hex');
+
+// What is given out has been checked as it stands.
 function signInstaller(keyPath, tier, version, url, installer) {
-  const sha256 = createHash('sha256').update(readFileSync(installer)).digest('hex');
-  checkManifest({ tier, version, url });
-  console.log(
-    JSON.stringify(signed(createPrivateKey(readFileSync(keyPath)), { tier, version, url, sha256 })),
-  );
+  const manifest = signed(readKey(keyPath), { tier, version, url, sha256: hashOf(installer) });
+  checkManifest(manifest);
+  const text = JSON.stringify(manifest);
+  if (text.length > mostManifestBytes)
+    throw new Error(`the manifest has more than ${mostManifestBytes} bytes`);
+  console.log(text);
+}
+
+function checkRelease(manifestPath, installer) {
+  const bytes = readOrSay(manifestPath, 'the manifest');
+  if (bytes.length > mostManifestBytes)
+    throw new Error(`the manifest has more than ${mostManifestBytes} bytes`);
+  const text = bytes.toString('utf8').trimEnd();
+  let manifest = null;
+  try {
+    const { tier, version, url, sha256, sig } = JSON.parse(text);
+    manifest = { tier, version, url, sha256, sig };
+  } catch {
+    // Said below.
+  }
+  // The program reads the members without parsing: only the plain form is sure to mean the same to both.
+  const texts = Object.values(manifest ?? { none: null }).every((value) => typeof value === 'string');
+  if (!texts || JSON.stringify(manifest) !== text) throw new Error('the manifest is not as it was printed');
+  checkManifest(manifest);
+  if (hashOf(installer) !== manifest.sha256) throw new Error('the installer is not the one that was signed');
+  console.log(`good: ${manifest.tier} ${manifest.version}`);
 }
 
 function writeVectors(path) {
@@ -131,15 +230,26 @@ function writeVectors(path) {
   for (const field of ['tier', 'version', 'url', 'sha256', 'sig']) {
     add(`without ${field}`, false, {}, { after: { [field]: '' } });
   }
-  writeFileSync(path, lines.map((line) => `${JSON.stringify(line)}\n`).join(''));
+  const text = lines.map((line) => `${JSON.stringify(line)}\n`).join('');
+  try {
+    writeFileSync(path, text);
+  } catch (error) {
+    throw new Error(`${path} cannot be written (${error.code})`);
+  }
 }
 
 const [command, ...rest] = process.argv.slice(2);
-const commands = { key: [makeKey, 1], sign: [signInstaller, 5], vectors: [writeVectors, 1] };
+const commands = {
+  key: [makeKey, 1],
+  sign: [signInstaller, 5],
+  check: [checkRelease, 2],
+  vectors: [writeVectors, 1],
+};
 const [run, count] = Object.hasOwn(commands, command ?? '') ? commands[command] : [];
 if (!run || rest.length !== count) {
   console.error(
-    'release.mjs key PRIVATE.pem | sign PRIVATE.pem TIER VERSION URL INSTALLER | vectors OUT.jsonl',
+    'release.mjs key PRIVATE.pem | sign PRIVATE.pem TIER VERSION URL INSTALLER | ' +
+      'check MANIFEST INSTALLER | vectors OUT.jsonl',
   );
   process.exit(2);
 }

@@ -39,6 +39,7 @@ std::string BuildSignedMessage(std::string_view tier, std::string_view version, 
 // False for a null key, and for anything but 128 hexadecimal digits in `sigHex`.
 bool VerifyManifestSignature(const P256Key* key, std::string_view message, std::string_view sigHex);
 
-// *out is filled if the answer is true and untouched otherwise.
+// *out is filled if the answer is true and untouched otherwise. A manifest has at most 16384 bytes; whoever fetches one
+// takes no more than that, and what arrives here is judged by its members alone.
 bool EvaluateManifest(const P256Key* key, std::string_view body, std::string_view expectedTier,
                       std::string_view ownVersion, UpdateManifestInfo* out);

@@ -1,5 +1,7 @@
 // Any bytes as a macro file, beside a second reader of the same format that is written the plain way, with the
 // library's streams and number reads. What was read is then written and read again.
+#include "fuzz_input.h"
+
 #include "base/text.h"
 #include "engines/engine_state.h"
 #include "storage/macro_file.h"
@@ -17,12 +19,6 @@
 #include <vector>
 
 namespace {
-
-void Require(bool good) {
-    if (!good) {
-        std::abort();
-    }
-}
 
 int32_t PlainInt(const std::string& text) {
     const long long value = std::stoll(text);

@@ -1,5 +1,7 @@
 // Any bytes as a session file. Whatever is accepted leaves a usable store, and saving and loading it again gives the
 // same file.
+#include "fuzz_input.h"
+
 #include "engines/engine_state.h"
 #include "platform/files.h"
 #include "storage/data_folder.h"
@@ -9,37 +11,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
-#include <random>
 #include <string>
 
 namespace {
-
-void Require(bool good) {
-    if (!good) {
-        std::abort();
-    }
-}
-
-// A data folder of this run's own.
-class Folder {
-  public:
-    Folder()
-        : path_(std::filesystem::temp_directory_path() /
-                ("varnelle-fuzz-" + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directory(path_);
-        setenv("LOCALAPPDATA", path_.c_str(), 1);
-    }
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-  private:
-    std::filesystem::path path_;
-};
 
 bool StoreIsUsable() {
     MutexLock lock(macroMutex);
@@ -69,7 +43,7 @@ std::string Saved() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const Folder folder;
+    static const FuzzFolder folder;
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     ResetEngineState();
     if (!LoadSessionText(bytes)) {

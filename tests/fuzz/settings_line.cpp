@@ -1,5 +1,7 @@
 // Any text as a settings line: what it sets must survive being written and read again, and the text that an import
 // makes of it has the twenty fields of a profile.
+#include "fuzz_input.h"
+
 #include "base/text.h"
 #include "engines/engine_state.h"
 #include "storage/settings_text.h"
@@ -7,16 +9,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
-
-namespace {
-
-void Require(bool good) {
-    if (!good) {
-        std::abort();
-    }
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);

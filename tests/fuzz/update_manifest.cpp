@@ -1,47 +1,168 @@
-// Any text as a manifest, a version and an address: nothing is accepted that nobody signed, what is accepted obeys the
-// rules, and the order of versions is an order.
+// Any text as a manifest, a version and an address, beside second forms of the rules. The key is the one that the kept
+// cases were signed with: nothing is accepted but what that key has signed, and what is accepted obeys every rule.
+#include "fuzz_input.h"
+
 #include "base/build_settings.h"
+#include "base/text.h"
+#include "platform/files.h"
 #include "update/flat_fields.h"
 #include "update/manifest.h"
 
-#include <cstdint>
-#include <cstdlib>
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <regex>
+#include <set>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 
-void Require(bool good) {
-    if (!good) {
-        std::abort();
+constexpr const char* kVectors = "tests/fixtures/update/vectors.jsonl";
+
+struct Signed {
+    P256KeyHolder key;
+    std::set<std::string> messages;  // every one that the key has signed
+};
+
+Signed ReadSigned() {
+    Signed all;
+    std::string vectors;
+    Require(ReadFileBytes(kVectors, &vectors));
+    std::string blob;
+    Require(DecodeHex(ReadFlatField(vectors, "hex"), &blob));
+    all.key = ImportP256Key(blob);
+    Require(all.key != nullptr);
+    TextLines lines(vectors);
+    for (std::string_view line; lines.Next(&line);) {
+        const std::string message =
+            BuildSignedMessage(ReadFlatField(line, "tier"), ReadFlatField(line, "version"),
+                               ReadFlatField(line, "sha256"), ReadFlatField(line, "url"));
+        if (VerifyManifestSignature(all.key.get(), message, ReadFlatField(line, "sig"))) {
+            all.messages.insert(message);
+        }
     }
+    Require(all.messages.size() > 10);
+    return all;
+}
+
+// The same reader as a walk through states.
+std::string PlainField(const std::string& text, const std::string& key) {
+    size_t at = text.find('"' + key + '"');
+    if (at == std::string::npos) {
+        return {};
+    }
+    at += key.size() + 2;
+    enum { BeforeColon, BeforeQuote, Inside, Escaped } state = BeforeColon;
+    std::string value;
+    for (; at < text.size(); ++at) {
+        const char byte = text[at];
+        if (state == BeforeColon) {
+            state = byte == ':' ? BeforeQuote : BeforeColon;
+        } else if (state == BeforeQuote) {
+            state = byte == '"' ? Inside : BeforeQuote;
+        } else if (state == Escaped) {
+            value += byte == 'n' ? '\n' : byte == 'r' ? '\r' : byte == 't' ? '\t' : byte;
+            state = Inside;
+        } else if (byte == '\\') {
+            state = Escaped;
+        } else if (byte == '"') {
+            break;
+        } else {
+            value += byte;
+        }
+    }
+    return value;
+}
+
+// Major, minor, patch, whether it is stable, preview number: as ordered as versions are. Empty if it is no version.
+std::vector<int> PlainVersion(const std::string& text) {
+    static const std::regex form("([0-9]{1,5})[.]([0-9]{1,5})[.]([0-9]{1,5})(-preview[.]([0-9]{1,5}))?");
+    std::smatch parts;
+    if (text.size() > 40 || !std::regex_match(text, parts, form)) {
+        return {};
+    }
+    const bool stable = !parts[4].matched;
+    return {std::stoi(parts[1]), std::stoi(parts[2]), std::stoi(parts[3]), stable ? 1 : 0,
+            stable ? 0 : std::stoi(parts[5])};
+}
+
+bool PlainAllowed(const std::string& url) {
+    for (const std::string_view host : {kUpdateSiteHost, kApiHost}) {
+        const std::string wanted = "https://" + std::string(host);
+        if (url.size() < wanted.size() || url.compare(0, 8, "https://") != 0) {
+            continue;
+        }
+        const bool same = std::equal(wanted.begin(), wanted.end(), url.begin(), [](char a, char b) {
+            return a == b || (b >= 'A' && b <= 'Z' && a == b + 32);
+        });
+        if (same && std::string("/?#").find(url.substr(wanted.size(), 1)) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void RequireSameVersion(const std::string& a, const std::string& b) {
+    const SemanticVersion first = ParseVersion(a);
+    const SemanticVersion second = ParseVersion(b);
+    const std::vector<int> plainFirst = PlainVersion(a);
+    const std::vector<int> plainSecond = PlainVersion(b);
+    Require(first.valid == !plainFirst.empty() && second.valid == !plainSecond.empty());
+    if (first.valid && second.valid) {
+        Require(IsNewerVersion(first, second) == (plainFirst > plainSecond));
+        Require(IsNewerVersion(second, first) == (plainSecond > plainFirst));
+    }
+}
+
+void RequireRefusedOrSigned(const Signed& known, const std::string& body, const std::string& tier,
+                            const std::string& own) {
+    UpdateManifestInfo info;
+    if (!EvaluateManifest(known.key.get(), body, tier, own, &info)) {
+        Require(info.tier.empty() && info.version.empty() && info.url.empty() && info.sha256.empty() &&
+                info.sig.empty());
+        return;
+    }
+    Require(known.messages.count("VRL-UPDATE-1|" + info.tier + "|" + info.version + "|" + info.sha256 + "|" +
+                                 info.url) != 0);
+    Require(info.tier == tier && PlainVersion(info.version) > PlainVersion(own));
+    Require(PlainAllowed(info.url) && info.sha256.size() == 64 && info.sig.size() == 128);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
-    static const P256KeyHolder kKey =
-        ImportP256Key({reinterpret_cast<const char*>(kUpdatePublicKey), sizeof kUpdatePublicKey});
-    Require(kKey != nullptr);
+    static const Signed known = ReadSigned();
+    const std::string text(reinterpret_cast<const char*>(data), size);
 
-    UpdateManifestInfo info;
-    Require(!EvaluateManifest(kKey.get(), text, "plus", "1.0.1", &info));
-    Require(info.tier.empty() && info.sig.empty());
     for (const char* key : {"tier", "version", "url", "sha256", "sig"}) {
-        Require(ReadFlatField(text, key).size() <= text.size());
+        Require(ReadFlatField(text, key) == PlainField(text, key));
+    }
+    RequireRefusedOrSigned(known, text, "plus", "1.0.1");
+    RequireRefusedOrSigned(known, text, "core", "1.1.0-preview.1");
+
+    // A line end divides two versions.
+    const size_t middle = std::min(text.find('\n'), text.size());
+    RequireSameVersion(text.substr(0, middle), middle < text.size() ? text.substr(middle + 1) : "1.0.1");
+    RequireSameVersion(ReadFlatField(text, "version"), "1.1.0-preview.2");
+
+    for (const std::string& url : {text, ReadFlatField(text, "url"), "https://" + text,
+                                   "https://" + std::string(kUpdateSiteHost) + text}) {
+        Require(IsAllowedDownloadUrl(url) == PlainAllowed(url));
     }
 
-    const SemanticVersion offered = ParseVersion(ReadFlatField(text, "version"));
-    const SemanticVersion whole = ParseVersion(text);
-    Require(!IsNewerVersion(offered, offered));
-    Require(!(IsNewerVersion(offered, whole) && IsNewerVersion(whole, offered)));
-
-    if (IsAllowedDownloadUrl(text)) {
-        const std::string_view rest = text.substr(8);
-        Require(rest.size() >= kUpdateSiteHost.size());
-        Require(rest.substr(0, rest.find_first_of("/?#")).find_first_of("@: \\") == std::string_view::npos);
-    }
     std::string bytes;
-    Require(!DecodeHex(text, &bytes) || bytes.size() * 2 == text.size());
+    if (DecodeHex(text, &bytes)) {
+        Require(bytes.size() * 2 == text.size());
+        for (size_t i = 0; i < bytes.size(); ++i) {
+            char digits[3];
+            std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(bytes[i]));
+            Require(std::tolower(text[i * 2]) == digits[0] && std::tolower(text[i * 2 + 1]) == digits[1]);
+        }
+    } else {
+        Require(bytes.empty() && (text.size() % 2 != 0 ||
+                                  text.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos));
+    }
     return 0;
 }

@@ -1,11 +1,12 @@
 // What is missing or wrong is said in one sentence, nothing hangs, and the work is kept.
 import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
 import { existsSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, afterEach, before, test } from 'node:test';
 import { buildFolder, kMainTitle, makeInstallation, onWindows, openWorld } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
-import { Key } from './real_hand.mjs';
+import { Key, pause } from './real_hand.mjs';
 
 const limit = { timeout: 120000 };
 const kSession =
@@ -194,5 +195,49 @@ test(
     assert.deepEqual(result, { code: 0, signal: null });
     assertSessionKept(installation);
     assert.ok(existsSync(join(installation.data, 'status.txt')));
+  },
+);
+
+// The data folder is a disk of 64 KiB. A save is made every five seconds.
+test(
+  'a disk that may not be written and a full one cost no work',
+  { ...limit, skip: (onWindows || process.getuid() !== 0) && 'needs a small disk' },
+  async (context) => {
+    const installation = install();
+    const mount = (...args) => spawnSync('mount', [...args, installation.data]).status === 0;
+    if (!mount('-t', 'tmpfs', '-o', 'size=64k', 'tmpfs')) return context.skip('this machine mounts no disk');
+    try {
+      const file = join(installation.data, 'session.dat');
+      const session = () => readFileSync(file, 'latin1');
+      writeFileSync(file, kSession);
+      const program = await world.startProgram({ installation });
+
+      // Refused while a file is being written.
+      await waitUntil(() => mount('-o', 'remount,ro'), 'the disk may not be written');
+      const kept = session();
+      await program.call('addProfile', 'Made meanwhile');
+      await pause(6000);
+      assert.equal(session(), kept);
+      assert.ok(mount('-o', 'remount,rw'));
+      await waitUntil(() => session().includes('PROFILE:Made meanwhile'), 'the save');
+      assertSessionKept(installation);
+
+      await program.call('addProfile', 'x'.repeat(100000));
+      await waitUntil(() => session().length > 30000, 'a save that finds no room');
+      assert.ok(session().length < 65536);
+      assert.equal((await program.call('getProfiles')).names.length, 3);
+      await program.call('deleteProfile');
+      await waitUntil(
+        () => session().length < 1000 && session().includes('PROFILE:Made meanwhile'),
+        'the save',
+      );
+
+      program.child.kill('SIGTERM');
+      assert.deepEqual(await waitUntil(() => program.child.result, 'the end'), { code: 0, signal: null });
+      assertSessionKept(installation);
+    } finally {
+      await world.closeOpened();
+      spawnSync('umount', [installation.data]);
+    }
   },
 );

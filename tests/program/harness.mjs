@@ -71,6 +71,17 @@ export function makeInstallation({ library = join(buildFolder, 'tests/webview', 
   };
 }
 
+// Programs started from now on have the installation's data folder. Elsewhere the environment says it.
+export function useDataFolder(installation) {
+  if (!onWindows) return;
+  // Wine gives every program it starts this variable from its registry, whatever the environment says.
+  const value = ['/v', 'LOCALAPPDATA', '/d', installation.env.LOCALAPPDATA, '/f'];
+  spawnSync('wine', ['reg', 'add', 'HKCU\\Volatile Environment', ...value], {
+    stdio: 'ignore',
+    timeout: 30000,
+  });
+}
+
 // Everything that a test file needs, in one place. Close it at the end.
 export async function openWorld(desktopOptions = {}) {
   const { openDesktop, kScreen } = await import(`./desktop_${home}.mjs`);
@@ -114,14 +125,7 @@ class World {
 
   // Starts the program without waiting for a page: a second instance, a console mode.
   startBare(installation, args = [], options = {}) {
-    if (onWindows) {
-      // Wine gives every program it starts this variable from its registry, whatever the environment says.
-      const value = ['/v', 'LOCALAPPDATA', '/d', installation.env.LOCALAPPDATA, '/f'];
-      spawnSync('wine', ['reg', 'add', 'HKCU\\Volatile Environment', ...value], {
-        stdio: 'ignore',
-        timeout: 30000,
-      });
-    }
+    useDataFolder(installation);
     return startNative(installation.program, args, {
       env: {
         ...this.desktop.env,

@@ -203,6 +203,18 @@ TEST_F(UpdateVectors, AnAcceptedManifestIsCopied) {
     EXPECT_TRUE(Evaluate(shuffled));
 }
 
+// The limit of 16384 bytes is kept by whoever fetches a manifest and by the tool that signs one.
+TEST_F(UpdateVectors, AManifestIsJudgedByItsMembersHoweverLongItIs) {
+    const std::string good = Case("newer patch");
+    const std::string open = good.substr(0, good.rfind('}'));
+    for (const size_t size : {size_t{16384}, size_t{16385}, size_t{1} << 20}) {
+        const std::string filled = open + ",\"more\":\"" + std::string(size - open.size() - 11, 'x') + "\"}";
+        ASSERT_EQ(filled.size(), size);
+        EXPECT_TRUE(Evaluate(filled)) << size;
+        EXPECT_TRUE(Evaluate(std::string(size - good.size(), ' ') + good)) << size;
+    }
+}
+
 TEST_F(UpdateVectors, ARefusedManifestLeavesTheRecordAlone) {
     UpdateManifestInfo info;
     info.tier = "before";

@@ -1,17 +1,29 @@
 #!/usr/bin/env bash
-# Every fuzz target for some seconds each, from its kept corpus: fuzz_all.sh SECONDS.
+# Every fuzz target for some seconds each, two at a time, from its kept corpus: fuzz_all.sh SECONDS.
 set -uo pipefail
-seconds=$1
+export seconds=$1
+
+# What the target says is shown when it is through, in one piece.
+RunTarget() {
+    local name=$1 log=build/fuzz/$1.log status=ok
+    mkdir -p "build/fuzz/$name"
+    "build/linux-fuzz/$name" -max_total_time="$seconds" -rss_limit_mb=4096 -print_final_stats=1 \
+        -artifact_prefix="build/fuzz/$name-" "build/fuzz/$name" "tests/fuzz/corpus/$name" >"$log" 2>&1 || status=FAILED
+    # One write, so that the other target's lines do not come in between.
+    printf '%s\n' "$(cat "$log")" "fuzz target $name $status; what it found is build/fuzz/$name-*" | grep -av '^#'
+    [ $status = ok ]
+}
+export -f RunTarget
+
 passed=0
 failed=0
-for source in tests/fuzz/*.cpp; do
-    name=$(basename -s .cpp "$source")
-    mkdir -p "build/fuzz/$name"
-    if "build/linux-fuzz/$name" -max_total_time="$seconds" -rss_limit_mb=4096 -print_final_stats=1 \
-        -artifact_prefix="build/fuzz/$name-" "build/fuzz/$name" "tests/fuzz/corpus/$name"; then
+targets=$(basename -s .cpp -a tests/fuzz/*.cpp)
+# shellcheck disable=SC2016
+xargs -P 2 -I{} bash -c 'RunTarget "$1"' fuzz {} <<<"$targets" | tee build/fuzz/all.log
+for name in $targets; do
+    if grep -aq "^fuzz target $name ok;" build/fuzz/all.log; then
         passed=$((passed + 1))
     else
-        echo "fuzz target $name FAILED; the input is build/fuzz/$name-*"
         failed=$((failed + 1))
     fi
 done

@@ -2,7 +2,7 @@
 # The test run: every kind with its count. Sourced by ./dev.
 
 TestKinds="check unit simulated unit-windows linux windows pages program program-windows asan tsan fuzz"
-FuzzSeconds=${FUZZ_TARGET_SECONDS:-15}
+FuzzSeconds=${FUZZ_TARGET_SECONDS:-20}
 
 passedTotal=0
 failedTotal=0

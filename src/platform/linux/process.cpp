@@ -36,6 +36,18 @@ constexpr const char* kRedirectingVariables[] = {
 std::mutex instanceMutex;
 int instanceLock = -1;
 
+// NOTE: a file that is opened while a standard stream is closed takes its number, and what is told there lands in it.
+// HACK: closed streams lead to nowhere instead.
+void OpenStandardStreams() {
+    int file = -1;
+    do {
+        file = open("/dev/null", O_RDWR);
+    } while (file >= 0 && file <= STDERR_FILENO);
+    if (file >= 0) {
+        close(file);
+    }
+}
+
 // Where the lock files are: the folder of the log-on session, else the data folder.
 std::string LockFolder() {
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
@@ -88,11 +100,14 @@ void OnFatalSignal(int signalNumber) {
 }  // namespace
 
 void PrepareProcess() {
+    OpenStandardStreams();
     for (const char* name : kRedirectingVariables) {
         unsetenv(name);
     }
-    // A display or a reader of our output that goes away is an ordinary failure of that write.
+    // A display or a reader of our output that goes away is an ordinary failure of that write, and so is a file that has
+    // reached the size its owner allows.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     XInitThreads();
     SetUpThread();
 }

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <system_error>
 
@@ -21,10 +22,24 @@ FileState state;
 // Counted apart from the rest: a bench may read files from threads of its own.
 std::atomic<int> operations{0};
 std::atomic<int> failingOperation{0};
+std::atomic<SimFileFault> failingFault{SimFileFault::Refused};
+std::atomic<bool> failingForGood{false};
+
+// Counts the operation that begins here; gives what goes wrong with it, if anything does.
+std::optional<SimFileFault> NextFault(const std::string& path) {
+    const int number = ++operations;
+    const int failing = failingOperation;
+    if (failing != 0 && (number == failing || (failingForGood && number > failing))) {
+        return failingFault;
+    }
+    if (state.failingPaths.count(path) != 0) {
+        return SimFileFault::Refused;
+    }
+    return std::nullopt;
+}
 
 bool Fails(const std::string& path) {
-    const int number = ++operations;
-    return number == failingOperation || state.failingPaths.count(path) != 0;
+    return NextFault(path).has_value();
 }
 
 bool Exists(const std::string& path) {
@@ -62,16 +77,22 @@ bool RemoveFile(const std::string& path) {
 }
 
 bool MoveFileNoReplace(const std::string& from, const std::string& to) {
-    if (Fails(from) || state.failingPaths.count(to) != 0 || Exists(to)) {
+    const std::optional<SimFileFault> fault = NextFault(from);
+    if (fault == SimFileFault::Refused || state.failingPaths.count(to) != 0 || Exists(to)) {
         return false;
     }
     std::error_code error;
+    if (fault) {
+        std::filesystem::copy_file(from, to, error);
+        return false;
+    }
     std::filesystem::rename(from, to, error);
     return !error;
 }
 
 bool ReadFileBytes(const std::string& path, std::string* bytes) {
-    if (Fails(path)) {
+    const std::optional<SimFileFault> fault = NextFault(path);
+    if (fault == SimFileFault::Refused) {
         return false;
     }
     std::FILE* file = std::fopen(path.c_str(), "rb");
@@ -86,22 +107,31 @@ bool ReadFileBytes(const std::string& path, std::string* bytes) {
     }
     const bool complete = std::ferror(file) == 0;  // a folder opens, but does not read
     std::fclose(file);
-    return complete;
+    if (fault) {
+        bytes->resize(bytes->size() / 2);
+    }
+    return complete && !fault;
 }
 
 bool WriteFileBytes(const std::string& path, std::string_view bytes) {
-    if (Fails(path)) {
+    const std::optional<SimFileFault> fault = NextFault(path);
+    if (fault == SimFileFault::Refused) {
         return false;
     }
     std::FILE* file = std::fopen(path.c_str(), "wb");
     if (file == nullptr) {
         return false;
     }
+    if (fault) {
+        bytes = bytes.substr(0, bytes.size() / 2);
+    }
     const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    return std::fclose(file) == 0 && written;
+    return std::fclose(file) == 0 && written && !fault;
 }
 
-void SimFailFileOperation(int number) {
+void SimFailFileOperation(int number, SimFileFault fault, bool forGood) {
+    failingFault = fault;
+    failingForGood = forGood;
     failingOperation = number == 0 ? 0 : operations + number;
 }
 

@@ -191,7 +191,12 @@ const std::vector<SimDialog>& SimShownDialogs();  // in order
 void SimOnDialog(std::function<void()> call);     // called while one is open
 
 // Files are real ones; these make them fail. Paths are compared as texts.
-void SimFailFileOperation(int number);                // the number-th operation from now, 1 the next; 0 none
+enum class SimFileFault {
+    Refused,   // nothing happens
+    HalfDone,  // half of the bytes are written or read; a moved file stays as well; everything else as Refused
+};
+// The number-th operation from now, 1 the next, 0 none; `forGood`: and every later one.
+void SimFailFileOperation(int number, SimFileFault fault = SimFileFault::Refused, bool forGood = false);
 void SimFailPath(const std::string& path);            // every operation on it, until SimBegin
 int SimFileOperations();                              // how many there were since SimBegin
 void SimSetDataFolderRoot(const std::string& value);  // what LOCALAPPDATA holds; empty: unset

@@ -1,0 +1,439 @@
+// The console modes as the author of a script uses them: many files in a loop, output redirected and piped, odd names,
+// odd folders, output that goes nowhere. There is no display and no home here, and nothing may be left behind.
+import assert from 'node:assert/strict';
+import { spawn, spawnSync } from 'node:child_process';
+import {
+  chmodSync,
+  closeSync,
+  copyFileSync,
+  mkdirSync,
+  openSync,
+  readFileSync,
+  readdirSync,
+  readlinkSync,
+  statSync,
+  symlinkSync,
+  writeFileSync,
+} from 'node:fs';
+import { basename, join } from 'node:path';
+import { after, before, test } from 'node:test';
+import { makeInstallation, nativePath, onWindows, root, useDataFolder } from './harness.mjs';
+
+const limit = { timeout: 300000 };
+const onLinux = { ...limit, skip: onWindows && 'a matter of Linux shells' };
+const underWine = { ...limit, skip: !onWindows && 'a matter of Windows paths' };
+const asRoot = { ...limit, skip: (onWindows || process.getuid() !== 0) && 'needs to become somebody else' };
+
+const kNoMacro = "REJECT Couldn't open that macro file.\n";
+const kNoName = 'REJECT That macro file is missing its profile name.\n';
+const kNoTheme = 'REJECT could not open file\n';
+const kRisky = 'Farm\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n';
+const kRiskyReport =
+  '{"level":"caution","matches":[{"id":"system-keys","severity":"CAUTION","atSec":1.5}]}\n';
+const kHarmlessReport = '{"level":"none","matches":[]}\n';
+const kVectors = join(root, 'tests/fixtures/update/vectors.jsonl');
+const kTheme = join(root, 'tests/fixtures/themes/colours.vrltheme');
+
+const macroOf = (count) => `Macro of ${count}\n${'0,0.5,10,10,0,0,0,0\n'.repeat(count)}`;
+
+let installation;
+let files; // a folder for what the modes read; all else of the installation must stay as it is
+let kept;
+
+before(() => {
+  installation = makeInstallation({ library: null });
+  files = join(installation.folder, 'files');
+  mkdirSync(files);
+  useDataFolder(installation);
+  // Somebody else may come in as well.
+  for (const folder of [installation.folder, files]) chmodSync(folder, 0o755);
+  kept = everythingBut(files);
+}, limit);
+after(() => installation?.remove());
+
+// What is in the installation, with sizes and times of change.
+function everythingBut(left, folder = installation.folder) {
+  return readdirSync(folder, { withFileTypes: true }).flatMap((entry) => {
+    const path = join(folder, entry.name);
+    if (path === left) return [];
+    const { size, mtimeMs } = statSync(path);
+    return [`${path} ${size} ${mtimeMs}`, ...(entry.isDirectory() ? everythingBut(left, path) : [])];
+  });
+}
+
+function environment() {
+  const { DISPLAY, WAYLAND_DISPLAY, ...rest } = process.env;
+  return { ...rest, ...installation.env, ...(onWindows ? { HOME: process.env.HOME } : {}) };
+}
+
+// Runs the program to its end; { code, printed, told } with plain line ends. Windows prints lines that end in CR LF.
+function run(args, options = {}) {
+  const [command, list] = onWindows ? ['wine', [installation.program]] : [installation.program, []];
+  const result = spawnSync(command, [...list, ...[args].flat()], {
+    env: environment(),
+    cwd: files,
+    encoding: 'latin1',
+    timeout: 60000,
+    stdio: ['ignore', 'pipe', 'pipe'],
+    maxBuffer: 1 << 26,
+    ...options,
+  });
+  assert.equal(result.error, undefined);
+  assert.equal(result.signal, null, 'it ends by itself');
+  return { code: result.status, printed: plain(result.stdout ?? ''), told: result.stderr ?? '' };
+}
+
+function plain(text) {
+  if (!onWindows) return text;
+  assert.doesNotMatch(text, /(?<!\r)\n/);
+  return text.replaceAll('\r\n', '\n');
+}
+
+// The same through a shell, in which "$P" is the program and "$1", "$2"... are the arguments.
+function shell(script, args = [], options = {}) {
+  const result = spawnSync('sh', ['-c', script, 'sh', ...args], {
+    env: { ...environment(), P: installation.program, LC_ALL: 'C' },
+    cwd: files,
+    encoding: 'latin1',
+    timeout: 280000,
+    maxBuffer: 1 << 26,
+    ...options,
+  });
+  assert.equal(result.error, undefined);
+  return { code: result.status, printed: result.stdout, told: result.stderr };
+}
+
+function put(name, content) {
+  const path = join(files, name);
+  writeFileSync(path, content);
+  return path;
+}
+
+function expect(args, printed, code, options) {
+  assert.deepEqual(run(args, options), { code, printed, told: '' }, String(args));
+}
+
+test('each mode answers with its lines and its code', limit, () => {
+  const risky = nativePath(put('risky.vrlmacro', kRisky));
+  const harmless = nativePath(put('harmless.vrlmacro', macroOf(3)));
+  const nameless = nativePath(put('nameless.vrlmacro', '\n0,0.5,10,10,0,0,0,0\n'));
+  const none = nativePath(join(files, 'none'));
+  const folder = nativePath(files);
+  expect(`--validate-macro=${risky}`, 'OK 3 events\n', 0);
+  expect(`--validate-macro=${nameless}`, kNoName, 1);
+  expect(`--scan-macro=${risky}`, kRiskyReport, 0);
+  expect(`--scan-macro=${harmless}`, kHarmlessReport, 0);
+  expect(`--scan-macro=${nameless}`, kNoName, 1);
+  expect(`--validate-theme=${nativePath(kTheme)}`, 'OK colours\n', 0);
+  for (const mode of ['--validate-macro', '--scan-macro', '--validate-theme']) {
+    const refusal = mode === '--validate-theme' ? kNoTheme : kNoMacro;
+    for (const path of ['', none, `${none}/below`, 'x'.repeat(300)]) expect(`${mode}=${path}`, refusal, 1);
+    // A folder is no file; where it opens all the same, its bytes cannot be read.
+    const asFile = run(`${mode}=${folder}`);
+    assert.match(asFile.printed, /^REJECT [^\n]+\n$/);
+    assert.equal(asFile.code, 1);
+  }
+  const proof = run(`--selftest-update=${nativePath(kVectors)}`);
+  assert.match(proof.printed, /^(PASS [^\n]+\n){50,}SELFTEST-UPDATE: ALL PASS\n$/);
+  assert.equal(proof.code, 0);
+  for (const path of ['', none, folder]) {
+    const open = `FAIL could not open vectors file: ${path}\nSELFTEST-UPDATE: FAILURES ABOVE\n`;
+    expect(`--selftest-update=${path}`, open, 1);
+  }
+});
+
+test('the import checks itself and leaves no sample behind', limit, () => {
+  const temporary = join(files, 'temporary');
+  mkdirSync(temporary);
+  const here = { env: { ...environment(), TMPDIR: temporary } };
+  const good = run('--selftest', here);
+  assert.match(good.printed, /^(PASS import: [^\n]+\n){6}SELFTEST: ALL PASS\n$/);
+  assert.equal(good.code, 0);
+  const places = onWindows ? join(process.env.WINEPREFIX, 'drive_c/users') : temporary;
+  const found = spawnSync('find', [places, '-name', 'vrl-selftest-import*'], { encoding: 'utf8' });
+  assert.deepEqual([found.status, found.stdout], [0, '']);
+  if (onWindows) return; // Wine names the folder by its registry
+  const nowhere = run('--selftest', { env: { ...environment(), TMPDIR: join(files, 'none') } });
+  assert.match(nowhere.printed, /^((PASS|FAIL) import: [^\n]+\n){6}SELFTEST: FAILURES ABOVE\n$/);
+  assert.equal(nowhere.code, 1);
+});
+
+test('of several modes one runs, and the last value of it counts', limit, () => {
+  const macro = nativePath(put('one of them.vrlmacro', macroOf(2)));
+  const theme = nativePath(kTheme);
+  expect([`--validate-macro=${macro}`, `--validate-theme=${theme}`], 'OK colours\n', 0);
+  expect(['--validate-macro=none', `--validate-macro=${macro}`], 'OK 2 events\n', 0);
+  expect([`--validate-macro=${macro}`, '--validate-macro='], kNoMacro, 1);
+  expect([`--scan-macro=${macro}`, '--unknown', `--validate-macro=${macro}`], 'OK 2 events\n', 0);
+  expect(['--update-manifest=x', 'word', `--scan-macro=${macro}`], kHarmlessReport, 0);
+  expect(['--selftest', '--child x', `--validate-macro=${macro}`], 'OK 2 events\n', 0);
+  const proof = run([`--scan-macro=${macro}`, `--validate-theme=${theme}`, '--selftest-update=none']);
+  assert.equal(proof.printed.split('\n')[0], 'FAIL could not open vectors file: none');
+});
+
+test('a file is found from any folder and by any name', limit, () => {
+  mkdirSync(join(files, 'a folder/deeper'), { recursive: true });
+  const names = [
+    'with blanks  in it.vrlmacro',
+    '-dash --child --selftest.vrlmacro',
+    'a=b;c&d%PATH%$HOME(1)[2]!.vrlmacro',
+    "it's.vrlmacro",
+    'no ending',
+    'Gr\u00fc\u00dfe \u00e9.vrlmacro',
+  ];
+  if (!onWindows) {
+    names.push('\u65e5\u672c\u8a9e \u{1f600}.vrlmacro', 'a "quoted" one', 'two\nlines', 'back\\slash', '*');
+  }
+  names.forEach((name, index) => {
+    put(name, macroOf(index));
+    const line = `OK ${index} events\n`;
+    expect(`--validate-macro=${nativePath(join(files, name))}`, line, 0);
+    if (!onWindows) expect(`--validate-macro=${name}`, line, 0);
+    expect(`--scan-macro=../${name}`, kHarmlessReport, 0, { cwd: join(files, 'a folder') });
+    if (onWindows)
+      expect(`--validate-macro=..\\..\\${name}`, line, 0, { cwd: join(files, 'a folder/deeper') });
+  });
+  copyFileSync(kTheme, join(files, 'a folder/my colours.vrltheme'));
+  copyFileSync(kVectors, join(files, 'a folder/my vectors'));
+  expect('--validate-theme=a folder/my colours.vrltheme', 'OK colours\n', 0);
+  assert.equal(run('--selftest-update=a folder/my vectors').code, 0);
+});
+
+// No code page is asked for a value: each character gives its low byte, and that text names the file.
+test('a character above 255 reaches the file name as its low byte', underWine, () => {
+  put('AB.vrlmacro', macroOf(4));
+  expect('--validate-macro=\u0141\u0142.vrlmacro', 'OK 4 events\n', 0);
+  put('\u0141\u0142 2.vrlmacro', macroOf(5));
+  expect('--validate-macro=\u0141\u0142 2.vrlmacro', kNoMacro, 1);
+});
+
+test('names of any bytes, links and a search path', onLinux, () => {
+  put('linked.vrlmacro', macroOf(6));
+  symlinkSync('linked.vrlmacro', join(files, 'a link'));
+  symlinkSync('nowhere', join(files, 'a broken link'));
+  symlinkSync(installation.program, join(files, 'program link'));
+  expect('--validate-macro=a link', 'OK 6 events\n', 0);
+  expect('--validate-macro=a broken link', kNoMacro, 1);
+  const odd = String.raw`n=$(printf 'b\377\200 \001.vrlmacro'); printf 'N\n' >"$n"; "$P" --validate-macro="$n"`;
+  assert.deepEqual(shell(odd), { code: 0, printed: 'OK 0 events\n', told: '' });
+  const linked = shell('PATH=.:$PATH; "program link" --validate-macro=linked.vrlmacro');
+  assert.deepEqual(linked, { code: 0, printed: 'OK 6 events\n', told: '' });
+  const piped = shell('cat linked.vrlmacro | "$P" --scan-macro=/dev/stdin; "$P" --validate-macro=/dev/null');
+  assert.deepEqual(piped, { code: 1, printed: kHarmlessReport + kNoName, told: '' });
+});
+
+test('a file that this person may not read is refused like a missing one', asRoot, () => {
+  const macro = put('secret', macroOf(1));
+  chmodSync(macro, 0);
+  const nobody = { uid: 65534, gid: 65534, env: { ...environment(), HOME: '/nowhere', LOCALAPPDATA: '' } };
+  expect(`--validate-macro=${macro}`, kNoMacro, 1, nobody);
+  expect(`--scan-macro=${macro}`, kNoMacro, 1, nobody);
+  expect(`--validate-theme=${macro}`, kNoTheme, 1, nobody);
+  assert.equal(run(`--selftest-update=${macro}`, nobody).code, 1);
+  chmodSync(macro, 0o444);
+  expect(`--validate-macro=${macro}`, 'OK 1 events\n', 0, nobody);
+});
+
+test('a file and a pipe get the same bytes', limit, () => {
+  put('same.vrlmacro', kRisky);
+  copyFileSync(kVectors, join(files, 'same vectors'));
+  for (const args of [
+    '--scan-macro=same.vrlmacro',
+    '--validate-macro=same.vrlmacro',
+    '--selftest-update=same vectors',
+    '--validate-theme=none',
+  ]) {
+    const redirected = join(files, 'redirected');
+    const output = openSync(redirected, 'w');
+    const toFile = run(args, { stdio: ['ignore', output, 'pipe'] });
+    closeSync(output);
+    const toPipe = run(args);
+    assert.equal(plain(readFileSync(redirected, 'latin1')), toPipe.printed);
+    assert.ok(toPipe.printed.length > 0);
+    assert.equal(toFile.code, toPipe.code);
+  }
+});
+
+test('output that goes nowhere changes no code', onLinux, () => {
+  put('good', macroOf(1));
+  copyFileSync(kVectors, join(files, 'good vectors'));
+  for (const [args, code] of [
+    ['--validate-macro=good', 0],
+    ['--scan-macro=good', 0],
+    ['--validate-macro=none', 1],
+    ['--validate-theme=none', 1],
+    ['--selftest-update=good vectors', 0],
+    ['--selftest-update=none', 1],
+  ]) {
+    for (const where of [
+      '>&-',
+      '>/dev/full',
+      '>&- 2>&-',
+      '<&- >&- 2>&-',
+      '<&-',
+      '>/dev/full 2>/dev/full',
+      '</dev/null >/dev/null',
+    ]) {
+      const result = shell(`"$P" "$1" ${where}`, [args]);
+      assert.equal(result.code, code, `${args} ${where}`);
+      assert.equal(result.told, '', `${args} ${where}`);
+    }
+    // A file that may not grow.
+    const limited = shell('ulimit -f 0; "$P" "$1" >limited', [args]);
+    assert.deepEqual([limited.code, limited.told], [code, ''], args);
+    // The reader has gone before the first byte.
+    const gone = shell('{ sleep 0.05; "$P" "$1"; echo $? >&2; } | :', [args]);
+    assert.equal(gone.told, `${code}\n`, args);
+  }
+  assert.equal(readFileSync(join(files, 'good'), 'latin1'), macroOf(1));
+});
+
+// What is said on a closed stream must not land in a file that was opened in its place.
+test('a file never takes the place of a closed stream', onLinux, () => {
+  const script = String.raw`mkfifo fifo
+    "$P" --validate-macro=fifo <&- >&- 2>&- &
+    exec 3>fifo
+    for number in 0 1 2 3; do readlink /proc/$!/fd/$number; done
+    printf 'Name
+' >&3; exec 3>&-; wait $!; echo $?`;
+  const printed = `${'/dev/null\n'.repeat(3)}${join(files, 'fifo')}\n0\n`;
+  assert.deepEqual(shell(script), { code: 0, printed, told: '' });
+});
+
+// A program that is started in a window of its own inherits no output.
+test('without an output the code stands', underWine, () => {
+  const good = nativePath(put('good', macroOf(1)));
+  for (const [args, code] of [
+    [`--validate-macro=${good}`, 0],
+    [`--scan-macro=${good}`, 0],
+    [`--scan-macro=${good}.none`, 1],
+    [`--validate-theme=${good}`, 1],
+  ]) {
+    const result = shell('wine start /wait /unix "$P" "$1"', [args]);
+    assert.deepEqual([result.code, result.printed], [code, ''], args);
+  }
+  // A disk that is full.
+  assert.equal(shell('wine "$P" "$1" >/dev/full', [`--validate-macro=${good}`]).code, 0);
+  assert.equal(shell('wine "$P" "$1" >/dev/full', [`--validate-macro=${good}.none`]).code, 1);
+});
+
+// Every file in turn by three modes, as a script does it, the answers appended to one file.
+test('thousands of files in a loop', onLinux, (context) => {
+  const folder = join(files, 'many files');
+  mkdirSync(folder);
+  const expected = [];
+  for (let i = 0; i < 700; ++i) {
+    const name = `${String(i).padStart(4, '0')} ${['plain', 'gr\u00fcn', '\u65e5\u672c', "it's"][i % 4]}.vrlmacro`;
+    const good = i % 7 !== 3;
+    const risky = good && i % 5 === 0;
+    writeFileSync(join(folder, name), good ? (risky ? kRisky : macroOf(i % 50)) : '\n');
+    const macroCode = good ? 0 : 1;
+    expected.push(good ? `OK ${risky ? 3 : i % 50} events\n${macroCode}\n` : `${kNoName}${macroCode}\n`);
+    expected.push(
+      good ? `${risky ? kRiskyReport : kHarmlessReport}${macroCode}\n` : `${kNoName}${macroCode}\n`,
+    );
+    expected.push('REJECT ');
+  }
+  const begin = Date.now();
+  const script = `for f in "$1"/*; do
+      for mode in validate-macro scan-macro validate-theme; do
+        "$P" --$mode="$f" >>"$2"; echo $? >>"$2"
+      done
+    done`;
+  const answers = join(files, 'answers');
+  assert.deepEqual(shell(script, [folder, answers]), { code: 0, printed: '', told: '' });
+  const runs = expected.length;
+  context.diagnostic(`${runs} runs, ${((Date.now() - begin) / runs).toFixed(1)} ms each`);
+  const printed = readFileSync(answers, 'latin1');
+  const lines = printed.split('\n');
+  assert.equal(lines.length, runs * 2 + 1);
+  expected.forEach((answer, index) => {
+    const got = `${lines[index * 2]}\n${lines[index * 2 + 1]}\n`;
+    if (answer === 'REJECT ') assert.match(got, /^REJECT [^\n]+\n1\n$/);
+    else assert.equal(got, answer, `run ${index}`);
+  });
+});
+
+test('dozens of files in a loop', underWine, (context) => {
+  const folder = join(files, 'many files');
+  mkdirSync(folder);
+  const expected = [];
+  for (let i = 10; i < 30; ++i) {
+    const good = i % 7 !== 3;
+    writeFileSync(join(folder, `${i} some file \u00e9.vrlmacro`), good ? macroOf(i) : '\n');
+    expected.push(good ? `OK ${i} events\n0\n` : `${kNoName}1\n`);
+    expected.push(good ? `${kHarmlessReport}0\n` : `${kNoName}1\n`);
+  }
+  // As a batch file does it.
+  const batch = [
+    '@echo off',
+    'cd "many files"',
+    'for %%f in (*.vrlmacro) do call :one "%%f"',
+    'goto :eof',
+    ':one',
+    ...['validate', 'scan'].flatMap((mode) => [
+      `"${nativePath(installation.program)}" "--${mode}-macro=%~1" >>..\\answers`,
+      // In front: a digit right before the arrows would name a stream.
+      '>>..\\answers echo %errorlevel%',
+    ]),
+    'goto :eof',
+  ];
+  put('each.bat', `${batch.join('\r\n')}\r\n`);
+  const begin = Date.now();
+  const result = spawnSync('wine', ['cmd', '/c', 'each.bat'], {
+    env: environment(),
+    cwd: files,
+    encoding: 'latin1',
+    timeout: 240000,
+    stdio: ['ignore', 'pipe', 'pipe'],
+  });
+  assert.equal(result.status, 0, result.stderr);
+  const runs = expected.length;
+  context.diagnostic(`${runs} runs, ${((Date.now() - begin) / runs).toFixed(0)} ms each`);
+  assert.equal(plain(readFileSync(join(files, 'answers'), 'latin1')), expected.join(''));
+});
+
+test('many at once, each with few open files', onLinux, async () => {
+  put('shared', macroOf(9));
+  const runs = Array.from({ length: 40 }, () => {
+    const child = spawn(installation.program, ['--validate-macro=shared'], {
+      env: environment(),
+      cwd: files,
+      stdio: ['ignore', 'pipe', 'inherit'],
+    });
+    let printed = '';
+    child.stdout.on('data', (data) => (printed += data));
+    return new Promise((resolve) => child.on('close', (code) => resolve(`${code} ${printed}`)));
+  });
+  for (const answer of await Promise.all(runs)) assert.equal(answer, '0 OK 9 events\n');
+  // Standard input, output and error, and one file at a time.
+  const few = shell('ulimit -n 4; exec "$P" --validate-macro=shared');
+  assert.deepEqual(few, { code: 0, printed: 'OK 9 events\n', told: '' });
+  const none = shell('ulimit -v 400000; exec "$P" --validate-macro=/dev/zero');
+  assert.deepEqual(none, { code: 1, printed: kNoMacro, told: '' });
+});
+
+test('a large macro', limit, () => {
+  put('large', macroOf(300000));
+  expect('--validate-macro=large', 'OK 300000 events\n', 0);
+  expect('--scan-macro=large', kHarmlessReport, 0);
+  expect('--validate-theme=large', 'REJECT invalid or missing name\n', 1);
+});
+
+// The last one: it looks at what all the others left.
+test('nothing is written and nothing goes on running', limit, () => {
+  assert.deepEqual(everythingBut(files), kept);
+  const name = basename(installation.folder);
+  const left = readdirSync('/proc').filter((entry) => {
+    if (!/^\d+$/.test(entry)) return false;
+    try {
+      return (
+        readlinkSync(`/proc/${entry}/exe`) === installation.program ||
+        readFileSync(`/proc/${entry}/cmdline`, 'latin1').includes(name)
+      );
+    } catch {
+      return false; // it has ended meanwhile
+    }
+  });
+  assert.deepEqual(left, []);
+});
