@@ -244,9 +244,15 @@ test('engines and hotkeys serve on while a dialog is open', limit, async () => {
   const program = await startProgram(installation);
   const { answer } = await callForDialog(program, 'importProfile', kOpen);
   await hand.tap(Key.F8);
-  await pause(kQuietMilliseconds);
-  for (let i = 0; i < 20; ++i) await hand.moveTo(500 + 5 * i, 400);
-  await pause(kQuietMilliseconds);
+  // The session is saved every five seconds, what has been recorded so far included.
+  const session = join(installation.data, 'session.dat');
+  let x = 0;
+  await waitUntil(async () => {
+    x = (x + 5) % 400;
+    await hand.moveTo(300 + x, 400);
+    await pause(20);
+    return existsSync(session) && /^[01],\d/m.test(readFileSync(session, 'latin1'));
+  }, 'moves are recorded and saved');
   await hand.tap(Key.F8);
   await tapUntil(Key.Escape, async () => !(await dialogIsOpen(kOpen)), 'the dialog is gone');
   assert.deepEqual(await answer, { outcome: 'cancelled' });
