@@ -76,7 +76,8 @@ void SetWindowOnTop(WindowRef window, bool onTop) {
     if (!window) {
         return;
     }
-    SetWindowPos(HandleOf(window), onTop ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);
+    SetWindowPos(HandleOf(window), onTop ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
+                 SWP_NOSIZE | SWP_NOMOVE);
 }
 
 static void SetIcon(HWND window, WORD resource, int widthMetric, int heightMetric, WPARAM kind) {
