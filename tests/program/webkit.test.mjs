@@ -176,10 +176,30 @@ test('the page lives on while a file dialog is open', options, async () => {
   );
 });
 
+test('the view takes the size that its page asks for, within the screen', options, async () => {
+  const innerSize = () => inspector.evaluate('`${innerWidth}x${innerHeight}`');
+  await inspector.evaluate('void window.resizeWindow(440, 500)');
+  await waitUntil(async () => (await innerSize()) === '440x500', 'the size');
+  const before = await observer.window(kMainTitle);
+  assert.deepEqual([before.width, before.height], [440, 500]);
+  await inspector.evaluate('void window.resizeWindow(430, 900)');
+  const bottom = (window) => window.outer.top + window.outer.height;
+  const after = await waitUntil(async () => {
+    const window = await observer.window(kMainTitle);
+    return window.width === 430 && bottom(window) <= world.screen.height && window;
+  }, 'what fits on the screen');
+  assert.ok(after.height > 700);
+  await waitUntil(async () => (await innerSize()) === `430x${after.height}`, 'and the page has it');
+});
+
 test('closing the window ends the program, its dialog and every process of the view', options, async () => {
   const session = join(installation.data, 'session.dat');
+  const { outer } = await observer.window(kMainTitle);
   await openFileDialog();
   assert.equal(await program.closeWindow(observer), 0);
+  const settings = readFileSync(join(installation.data, 'appsettings.txt'), 'utf8');
+  const place = `windowX=${outer.left}\nwindowY=${outer.top}\nwindowWidth=${outer.width}\nwindowHeight=${outer.height}\n`;
+  assert.ok(settings.includes(place), settings);
   assert.ok(existsSync(session));
   assert.match(readFileSync(session, 'utf8'), /PROFILE:Large/);
   const left = () =>

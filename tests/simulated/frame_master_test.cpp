@@ -153,14 +153,16 @@ TEST_F(FrameMasterTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
     Write(program + "/appsettings.txt", "launchOnStartup=0\n");
     Write(program + "/status.txt", "{}");
     Write(program + "/macroevents.txt", "[]");
-    SimOnPageRun([] { EXPECT_NE(SimPageCall("getProfiles", "[]").text.find("\"Old\""), std::string::npos); });
+    SimOnPageRun([this] {
+        EXPECT_NE(SimPageCall("getProfiles", "[]").text.find("\"Old\""), std::string::npos);
+        EXPECT_EQ(Read(DataFile("appsettings.txt")), "launchOnStartup=0\n");
+    });
     EXPECT_EQ(RunMaster({}), 0);
     for (const char* name :
          {"session.mcr", "theme.txt", "appsettings.txt", "status.txt", "macroevents.txt"}) {
         EXPECT_FALSE(std::filesystem::exists(program + "/" + name)) << name;
     }
     EXPECT_EQ(Read(DataFile("theme.txt")), "dark");
-    EXPECT_EQ(Read(DataFile("appsettings.txt")), "launchOnStartup=0\n");
 }
 
 TEST_F(FrameMasterTest, SettingsStandBeforeTheFirstThread) {
@@ -191,9 +193,14 @@ TEST_F(FrameMasterTest, SettingsStandBeforeTheFirstThread) {
 }
 
 TEST_F(FrameMasterTest, AFreshStartArrangesNoStartWithTheSession) {
-    SimOnPageRun([] { EXPECT_EQ(SimGetShell().launchAtStartup, std::vector<bool>{false}); });
+    SimOnPageRun([this] {
+        EXPECT_EQ(SimGetShell().launchAtStartup, std::vector<bool>{false});
+        EXPECT_FALSE(std::filesystem::exists(DataFile("appsettings.txt"))) << "nothing was changed";
+    });
     EXPECT_EQ(RunMaster({}), 0);
-    EXPECT_FALSE(std::filesystem::exists(DataFile("appsettings.txt"))) << "nothing was changed";
+    // The end of the window is the first that there is to save.
+    EXPECT_NE(Read(DataFile("appsettings.txt")).find("windowWidth=420\nwindowHeight=560\n"),
+              std::string::npos);
 }
 
 TEST_F(FrameMasterTest, AMissingPageIsSaidAndTheHotkeysServeOn) {

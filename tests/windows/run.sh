@@ -386,6 +386,7 @@ StartWine "$build" desktop
 trap EndRun EXIT
 RunTestProgram windows_platform_tests
 RunTestProgram windows_input_tests
+RunTestProgram windows_frame_tests
 
 StartTarget
 StartProbe
