@@ -14,7 +14,7 @@ constexpr uint32_t kKeys[] = {13, 8,  9,  27,  44,  46,  115, 117, 67,  65,  76,
                               18, 91, 92, 160, 161, 162, 163, 164, 165, 186, 255, 0};
 constexpr double kSteps[] = {0,  0.01,   0.5, 1,      2.5, 5,      5.001, 10,    10.001,
                              30, 30.001, 60,  60.001, -1,  -30.01, 1e300, -1e300};
-constexpr size_t kMostEvents = 1500;  // the plain form takes its time
+constexpr size_t kMostEvents = 800;  // the plain form takes its time
 
 std::vector<UnifiedEvent> Events(FuzzBytes input) {
     std::vector<UnifiedEvent> events;

@@ -8,10 +8,10 @@ RunTarget() {
     local name=$1 log=build/fuzz/$1.log status=ok
     mkdir -p "build/fuzz/$name"
     "build/linux-fuzz/$name" -max_total_time="$seconds" -rss_limit_mb=4096 -print_final_stats=1 \
-        -artifact_prefix="build/fuzz/$name-" "build/fuzz/$name" "tests/fuzz/corpus/$name" >"$log" 2>&1 || status=FAILED
+        -artifact_prefix="build/fuzz/$name-" "build/fuzz/$name" "tests/fuzz/corpus/$name" >"$log" 2>&1 ||
+        status="FAILED; the input is build/fuzz/$name-*"
     # One write, so that the other target's lines do not come in between.
-    printf '%s\n' "$(cat "$log")" "fuzz target $name $status; what it found is build/fuzz/$name-*" | grep -av '^#'
-    [ $status = ok ]
+    printf '%s\n' "$(cat "$log")" "fuzz target $name $status" | grep -av '^#'
 }
 export -f RunTarget
 
@@ -21,7 +21,7 @@ targets=$(basename -s .cpp -a tests/fuzz/*.cpp)
 # shellcheck disable=SC2016
 xargs -P 2 -I{} bash -c 'RunTarget "$1"' fuzz {} <<<"$targets" | tee build/fuzz/all.log
 for name in $targets; do
-    if grep -aq "^fuzz target $name ok;" build/fuzz/all.log; then
+    if grep -aq "^fuzz target $name ok\$" build/fuzz/all.log; then
         passed=$((passed + 1))
     else
         failed=$((failed + 1))
