@@ -223,6 +223,40 @@ describe('after an import', () => {
   });
 });
 
+test('nothing moves in the page while a profile is imported, exported, cleared or deleted', async () => {
+  for (const width of [420, 360]) {
+    const page = await pages.open({
+      before:
+        "host.appSettings.showWarnings = true; host.profiles.names.push('Farm'); host.profiles.current = 1",
+      viewport: { width, height: 560 },
+    });
+    await page.evaluate(() => (host.events = [{ time: 1, desc: 'Autoclicker ON' }]));
+    await settled(page);
+    const places = () =>
+      page.evaluate(() =>
+        [...document.querySelectorAll('.panel, .profile__first, .profile__step')].map((element) => {
+          const { x, y, height } = element.getBoundingClientRect();
+          return [element.id || element.className, x, y + scrollY, height].join(' ');
+        }),
+      );
+    const still = await places();
+    for (const name of ['Delete profile', 'Clear profile', 'New profile']) {
+      await button(page, name).click();
+      assert.deepEqual(await places(), still, `${name} at ${width}`);
+      await picture(page, `profile-${name.split(' ')[0].toLowerCase()}-${width}`);
+      await page.keyboard.press('Escape');
+    }
+    await page.evaluate(() => (host.silent.importProfile = true));
+    await button(page, 'Import profile').click();
+    await page.getByText('Choose a macro file').waitFor();
+    assert.deepEqual(await places(), still, `importing at ${width}`);
+    await page.evaluate(() => (host.import(), window.onProfileImported()));
+    await done(page).getByText('Imported as').waitFor();
+    assert.deepEqual(await places(), still, `imported at ${width}`);
+    await pages.close(page);
+  }
+});
+
 describe('the held macro', () => {
   test('what is found, when, and the picture in time', async () => {
     const page = await pages.open({ before: `host.pending = ${held('aa')}; ${kSummary}` });

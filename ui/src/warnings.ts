@@ -40,14 +40,14 @@ export const kWarnings = {
   replacing: {
     id: 'replacing-recording',
     title: 'A new recording replaces this one',
-    text: 'The events of this profile are cleared first, and that cannot be undone. Continue adds to them instead; a new profile keeps both.',
+    text: 'The events of this profile are cleared first, and that cannot be undone. Continue adds to them instead; recorded in a new profile, both are kept.',
     verb: 'Record anew',
   },
   // Told in the step that asks each time, not in a sheet of its own.
   losingEvents: {
     id: 'losing-events',
     title: '',
-    text: 'This cannot be undone. Export keeps a copy in a file.',
+    text: 'This cannot be undone. Export keeps a copy.',
     verb: '',
   },
 } as const satisfies Record<string, Warning>;
