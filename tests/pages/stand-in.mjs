@@ -58,7 +58,10 @@
     panelOrder: [],
   };
   host.importOutcome = { outcome: 'cancelled' }; // what the import dialog comes to
+  host.importName = 'Farm (Imported)';
+  host.importHasSettings = true;
   host.pending = { outcome: 'none' }; // the held macro
+  host.pendingSummary = {}; // what is known of it besides
   const { status, settings, profiles, appSettings } = host;
   const fields = (text, keys) => text.split(',').forEach((value, i) => (settings[keys[i]] = Number(value)));
   const truths = (text, keys) =>
@@ -132,19 +135,20 @@
     exportProfile: () => {},
     importProfile: () => {
       if (host.importOutcome.outcome === 'pending') host.pending = host.importOutcome;
-      if (host.importOutcome.outcome === 'imported') commands.addProfile('Imported');
+      if (host.importOutcome.outcome === 'imported') host.import();
       return JSON.stringify(host.importOutcome);
     },
     confirmMacroImport: (id) => {
       if (host.pending.pendingId !== id) return;
       host.pending = { outcome: 'none' };
-      commands.addProfile('Imported');
+      host.import();
       window.onProfileImported?.();
     },
     cancelMacroImport: (id) => {
       if (host.pending.pendingId === id) host.pending = { outcome: 'none' };
     },
     getPendingMacroImport: () => JSON.stringify(host.pending),
+    getPendingMacroSummary: () => JSON.stringify(host.pendingSummary),
     getPendingThemeAlert: () => JSON.stringify(host.pendingAlert ?? ''),
     getAppSettings: () => JSON.stringify(appSettings),
     setAppSetting: (text) => {
@@ -170,6 +174,12 @@
     reassignKey: (text) => void (status.reassigning = text),
   };
   host.commands = commands;
+  // As the program adds a profile from a file: without settings in it, the tools are back at their defaults.
+  host.import = () => {
+    commands.addProfile(host.importName);
+    host.events = [{ time: 0, desc: 'Keyboard VK: 65 (DOWN)' }];
+    if (!host.importHasSettings) Object.assign(settings, { sms: 5, rptMode: 1, ksms: 5 });
+  };
 
   function receive(message) {
     const { id, method, params } = JSON.parse(message);

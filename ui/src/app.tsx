@@ -1,5 +1,7 @@
 import { has } from './bridge';
-import { Button } from './components/button';
+import { HeldMacroDialog } from './components/held-macro';
+import { Notices } from './components/notices';
+import { Preferences } from './components/preferences';
 import { WarningDialog } from './components/warning-dialog';
 import { HotkeysPanel } from './panels/hotkeys';
 import { ClickerPanel } from './panels/clicker';
@@ -7,7 +9,6 @@ import { MacroPanel } from './panels/macro';
 import { PresserPanel } from './panels/presser';
 import { ProfilePanel } from './panels/profile';
 import { StateLine } from './state-line';
-import { failure } from './store';
 
 export function App() {
   return (
@@ -20,23 +21,10 @@ export function App() {
         <MacroPanel />
         <HotkeysPanel />
       </main>
+      <Preferences />
       <WarningDialog />
-      <Failure />
+      <HeldMacroDialog />
+      <Notices />
     </>
-  );
-}
-
-function Failure() {
-  return (
-    <div role="alert">
-      {failure.value && (
-        <div class="notice">
-          <span>{failure.value}</span>
-          <Button kind="quiet" onPress={() => (failure.value = '')}>
-            Dismiss
-          </Button>
-        </div>
-      )}
-    </div>
   );
 }

@@ -11,7 +11,8 @@ import {
 } from './fetch';
 import { pollSoon } from './poll';
 import type { AppSettings, AppSwitch, Capture, PanelId, Settings } from './reports';
-import { appSettings, events, eventsLoading, failure, picking, settings, status } from './store';
+import { appSettings, events, eventsLoading, failure, fileDialog, picking, settings, status } from './store';
+import { goesOn, kWarnings } from './warnings';
 
 // `what` completes "Varnelle could not ..." where the command fails.
 async function run(what: string, name: string, ...args: string[]): Promise<boolean> {
@@ -29,17 +30,33 @@ async function run(what: string, name: string, ...args: string[]): Promise<boole
   }
 }
 
-// Engines.
-export const startClicking = () => run('start clicking', 'startSpammer');
+// Engines. What starts one asks first where the person may be surprised; false if they would rather not.
+export async function startClicking(): Promise<boolean> {
+  const { sh, sm, ss, sms, rptMode } = settings.value;
+  const endless = rptMode !== 0 && !appSettings.value.hotkeysEnabled;
+  if (endless && !(await goesOn(kWarnings.endlessClicking))) return false;
+  if (sh + sm + ss + sms === 0 && !(await goesOn(kWarnings.fastestClicking))) return false;
+  return run('start clicking', 'startSpammer');
+}
 export const stopClicking = () => run('stop clicking', 'stopSpammer');
-export const startPressing = () => run('start pressing', 'startKeySpam');
+export async function startPressing(): Promise<boolean> {
+  const { ksh, ksm, kss, ksms } = settings.value;
+  if (ksh + ksm + kss + ksms === 0 && !(await goesOn(kWarnings.fastestPressing))) return false;
+  return run('start pressing', 'startKeySpam');
+}
 export const stopPressing = () => run('stop pressing', 'stopKeySpam');
-export const startRecording = () => run('start the recording', 'startRecording');
+export async function startRecording(): Promise<boolean> {
+  if (status.value.count > 0 && !(await goesOn(kWarnings.replacing))) return false;
+  return run('start the recording', 'startRecording');
+}
 export const stopRecording = () => run('stop the recording', 'stopRecording');
 export const continueRecording = () => run('continue the recording', 'continueRecording');
 // The list follows from the status, which tells when the undo is used up.
 export const undoContinue = () => run('undo the recording', 'undoContinueRecording');
-export const startPlayback = () => run('start the playback', 'startPlayback');
+export async function startPlayback(): Promise<boolean> {
+  if (settings.value.tloop && !(await goesOn(kWarnings.looping))) return false;
+  return run('start the playback', 'startPlayback');
+}
 export const stopPlayback = () => run('stop the playback', 'stopPlayback');
 export const captureKey = (capture: Exclude<Capture, ''>) => run('wait for a key', 'reassignKey', capture);
 export const resetHotkeys = () => run('reset the hotkeys', 'resetHotkeys');
@@ -112,6 +129,24 @@ export const switchProfile = (index: number) =>
 export const clearProfile = () => runOnProfiles('clear the profile', 'clearProfile');
 export const deleteProfile = () => runOnProfiles('delete the profile', 'deleteProfile');
 
+// Macros from outside; imports.ts tells what comes of them. The file dialogs answer when they are closed.
+export const confirmImport = (pendingId: string) => run('import the macro', 'confirmMacroImport', pendingId);
+export const cancelImport = (pendingId: string) => run('drop the macro', 'cancelMacroImport', pendingId);
+
+export async function withFileDialog(which: 'import' | 'export'): Promise<unknown> {
+  if (fileDialog.value) return undefined;
+  fileDialog.value = which;
+  try {
+    return await call(which === 'import' ? 'importProfile' : 'exportProfile');
+  } catch (reason) {
+    showFailure(which === 'import' ? 'import the macro' : 'export the profile', reason);
+    return undefined;
+  } finally {
+    fileDialog.value = '';
+    pollSoon();
+  }
+}
+
 // Preferences. The page's copy changes at once; a refused change asks what the program holds.
 async function prefer(changes: Partial<AppSettings>, name: string, argument: string): Promise<void> {
   appSettings.value = { ...appSettings.value, ...changes };
@@ -130,7 +165,4 @@ export function setPanelMinimised(id: PanelId, minimised: boolean): Promise<void
 export const setPanelOrder = (order: PanelId[]) =>
   prefer({ panelOrder: order }, 'setPanelOrder', order.join(','));
 
-export function markWarningSeen(id: string): Promise<void> {
-  const seen = appSettings.value.seenWarnings;
-  return prefer({ seenWarnings: seen.includes(id) ? seen : [...seen, id] }, 'markWarningSeen', id);
-}
+export const openLink = (which: 'docs' | 'discord') => run('open the page', 'openLink', which);

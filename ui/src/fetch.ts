@@ -36,12 +36,15 @@ export async function fetchSettings(): Promise<void> {
   }
 }
 
-export async function fetchProfiles(): Promise<void> {
-  if (!has('getProfiles')) return;
+// Resolves to whether the list is the program's present one.
+export async function fetchProfiles(): Promise<boolean> {
+  if (!has('getProfiles')) return false;
   try {
     profiles.value = readProfiles(await call('getProfiles'));
+    return true;
   } catch (reason) {
     showFailure('read the profiles', reason);
+    return false;
   }
 }
 

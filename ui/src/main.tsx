@@ -1,9 +1,11 @@
+import { effect } from '@preact/signals';
 import { render } from 'preact';
 import { plugPromiseLeak } from './bridge';
 import { App } from './app';
 import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
+import { fetchWaiting, listenForImports } from './imports';
 import { startPolling } from './poll';
-import { clicking, picking, playing } from './store';
+import { appSettings, clicking, picking, playing } from './store';
 import './theme.css';
 import './app.css';
 
@@ -25,9 +27,15 @@ document.addEventListener(
   { capture: true },
 );
 
+effect(() => {
+  document.documentElement.classList.toggle('still', appSettings.value.disableAnimations);
+});
+
 const root = document.getElementById('app');
 if (root) render(<App />, root);
 void fetchAppSettings();
 void fetchSettings();
 void fetchProfiles();
+listenForImports();
+void fetchWaiting();
 startPolling();

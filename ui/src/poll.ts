@@ -26,7 +26,7 @@ async function poll(): Promise<void> {
   inFlight = true;
   askAgain = false;
   const started = performance.now();
-  const silence = window.setTimeout(() => (answering.value = false), kSilence);
+  const silence = window.setInterval(() => (answering.value = false), kSilence);
   try {
     accept(await call('getTrackerStatus'));
     if (picking.value) await followPick();
@@ -34,7 +34,7 @@ async function poll(): Promise<void> {
   } catch {
     answering.value = false;
   }
-  window.clearTimeout(silence);
+  window.clearInterval(silence);
   inFlight = false;
   // A poll that takes long must not fill all the program's time: leave it at least as long a pause.
   const took = performance.now() - started;

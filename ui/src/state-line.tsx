@@ -1,6 +1,7 @@
 import { Fragment, type ComponentChildren } from 'preact';
 import { stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
 import { Button } from './components/button';
+import { PreferencesButton } from './components/preferences';
 import { KeyCap } from './components/key-cap';
 import type { Capture } from './reports';
 import {
@@ -14,6 +15,7 @@ import {
   recording,
   settings,
   status,
+  unanswered,
 } from './store';
 import './state-line.css';
 
@@ -65,7 +67,7 @@ export function StateLine() {
       <div class="state-line__text" role="status" aria-label="State">
         <div class="state-line__title">
           <span class="state-line__lamp" aria-hidden="true" />
-          {answering.value ? title : 'Waiting for Varnelle to answer'}
+          {answering.value ? title : unanswered.value}
         </div>
         <div class="state-line__detail">{detail(running)}</div>
       </div>
@@ -80,6 +82,7 @@ export function StateLine() {
           Stop
         </Button>
       )}
+      <PreferencesButton />
     </header>
   );
 }

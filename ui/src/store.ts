@@ -24,6 +24,13 @@ export const eventsFailedAt = signal(-1);
 export const picking = signal(false);
 // The sentence of the last command that failed, until it is dismissed or a command works.
 export const failure = signal('');
+// The program's file dialog that the page has asked for, while it is open.
+export const fileDialog = signal<'' | 'import' | 'export'>('');
+export const preferencesOpen = signal(false);
+// What is said while the program does not answer. An open file dialog may keep it from answering, which is no fault.
+export const unanswered = computed(() =>
+  fileDialog.value ? 'A file dialog is open' : 'Waiting for Varnelle to answer',
+);
 // True once a poll has been answered, and false again while the program does not answer for seconds.
 export const answering = signal(true);
 

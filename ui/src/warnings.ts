@@ -1,7 +1,8 @@
 // Warnings before a step that may surprise. Each is shown until the person goes on from it once; the program keeps
 // which, and the preferences can turn them all off.
 import { signal } from '@preact/signals';
-import { markWarningSeen } from './commands';
+import { call, has } from './bridge';
+import { fetchAppSettings, showFailure } from './fetch';
 import { appSettings } from './store';
 
 export interface Warning {
@@ -11,6 +12,46 @@ export interface Warning {
   verb: string; // on the button that goes on
 }
 
+export const kWarnings = {
+  endlessClicking: {
+    id: 'endless-clicking',
+    title: 'No key will stop the clicker',
+    text: 'Hotkeys are off and the clicker has no count, so it clicks until you press Stop in this window. At a high rate the pointer may be hard to bring here. Turn hotkeys on in the preferences, or set a count.',
+    verb: 'Start clicking',
+  },
+  fastestClicking: {
+    id: 'fastest-clicking',
+    title: 'As fast as it can click',
+    text: 'An interval of zero counts as 1 ms: up to 1,000 clicks a second. Other programs may fall behind and go on clicking for a while after the stop.',
+    verb: 'Start clicking',
+  },
+  fastestPressing: {
+    id: 'fastest-pressing',
+    title: 'As fast as it can press',
+    text: 'An interval of zero counts as 1 ms: up to 1,000 rounds a second. Other programs may fall behind and go on typing for a while after the stop.',
+    verb: 'Start pressing',
+  },
+  looping: {
+    id: 'looping-playback',
+    title: 'This macro starts over by itself',
+    text: 'Loop is on, so the macro plays again and again until you stop it: with Stop in this window, or with the play hotkey while hotkeys are on.',
+    verb: 'Play in a loop',
+  },
+  replacing: {
+    id: 'replacing-recording',
+    title: 'A new recording replaces this one',
+    text: 'The events of this profile are cleared first, and that cannot be undone. Continue adds to them instead; recorded in a new profile, both are kept.',
+    verb: 'Record anew',
+  },
+  // Told in the step that asks each time, not in a sheet of its own.
+  losingEvents: {
+    id: 'losing-events',
+    title: '',
+    text: 'This cannot be undone. Export keeps a copy.',
+    verb: '',
+  },
+} as const satisfies Record<string, Warning>;
+
 interface Question {
   warning: Warning;
   answer: (goOn: boolean) => void;
@@ -19,17 +60,34 @@ interface Question {
 // The warning in sight, if there is one.
 export const question = signal<Question | null>(null);
 
-// Whether to go on. True at once where the warning has been seen or warnings are off; false while another is in sight.
-export function goesOn(warning: Warning): Promise<boolean> {
+// A panel cannot know which have been seen, so it shows none.
+export function isDue({ id }: Warning): boolean {
   const { showWarnings, seenWarnings } = appSettings.value;
-  if (!showWarnings || seenWarnings.includes(warning.id)) return Promise.resolve(true);
+  return has('markWarningSeen') && showWarnings && !seenWarnings.includes(id);
+}
+
+export async function markSeen({ id }: Warning): Promise<void> {
+  const seen = appSettings.value.seenWarnings;
+  if (seen.includes(id)) return;
+  appSettings.value = { ...appSettings.value, seenWarnings: [...seen, id] };
+  try {
+    await call('markWarningSeen', id);
+  } catch (reason) {
+    showFailure('remember that you have seen this', reason);
+    await fetchAppSettings();
+  }
+}
+
+// Whether to go on. True at once where the warning is not due; false while another is in sight.
+export function goesOn(warning: Warning): Promise<boolean> {
+  if (!isDue(warning)) return Promise.resolve(true);
   if (question.value) return Promise.resolve(false);
   return new Promise((resolve) => {
     question.value = {
       warning,
       answer: (goOn) => {
         question.value = null;
-        if (goOn) void markWarningSeen(warning.id);
+        if (goOn) void markSeen(warning);
         resolve(goOn);
       },
     };

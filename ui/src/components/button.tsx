@@ -6,12 +6,13 @@ export interface ButtonProps {
   children: ComponentChildren;
   onPress: () => void;
   icon?: IconName;
-  kind?: 'plain' | 'primary' | 'stop' | 'quiet';
+  kind?: 'plain' | 'primary' | 'stop' | 'quiet' | 'danger';
   label?: string; // the accessible name, where the visible words are not enough; it must contain them
   disabled?: boolean;
   waiting?: boolean; // not to be pressed now, but keeps the focus
+  busy?: boolean; // waiting, because what it started has not ended
   large?: boolean;
-  describedBy?: string;
+  describedBy?: string | undefined;
   buttonRef?: Ref<HTMLButtonElement>;
 }
 
@@ -21,12 +22,13 @@ export function Button(props: ButtonProps) {
     <button
       type="button"
       ref={props.buttonRef ?? null}
-      class={`button button--${kind}${large ? ' button--large' : ''}`}
+      class={`button button--${kind}${large ? ' button--large' : ''}${props.busy ? ' button--busy' : ''}`}
       aria-label={props.label}
       aria-describedby={props.describedBy}
       disabled={props.disabled}
-      aria-disabled={props.waiting || undefined}
-      onClick={() => !props.waiting && props.onPress()}
+      aria-disabled={props.waiting || props.busy || undefined}
+      aria-busy={props.busy || undefined}
+      onClick={() => !props.waiting && !props.busy && props.onPress()}
     >
       {props.icon && <Icon name={props.icon} />}
       <span class="button__text">{props.children}</span>

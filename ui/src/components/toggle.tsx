@@ -5,9 +5,10 @@ export interface ToggleProps {
   checked: boolean;
   onChange: (checked: boolean) => void;
   disabled?: boolean;
+  describedBy?: string | undefined;
 }
 
-export function Toggle({ label, checked, onChange, disabled = false }: ToggleProps) {
+export function Toggle({ label, checked, onChange, disabled = false, describedBy }: ToggleProps) {
   return (
     <label class={`toggle${disabled ? ' toggle--disabled' : ''}`}>
       <input
@@ -15,6 +16,7 @@ export function Toggle({ label, checked, onChange, disabled = false }: TogglePro
         role="switch"
         checked={checked}
         disabled={disabled}
+        aria-describedby={describedBy}
         onChange={(event) => onChange(event.currentTarget.checked)}
       />
       <span class="toggle__track" aria-hidden="true">

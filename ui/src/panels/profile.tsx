@@ -1,13 +1,17 @@
-import { useLayoutEffect, useRef, useState } from 'preact/hooks';
+import { useId, useLayoutEffect, useRef, useState } from 'preact/hooks';
+import { has } from '../bridge';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
+import { exportProfile, importNote, importProfile, useImportedSettings } from '../imports';
 import { Button } from '../components/button';
 import { Icon } from '../components/icon';
 import { groupedNumber } from '../components/numbers';
 import { Panel } from '../components/panel';
-import { eventCount, profiles, recording } from '../store';
+import { eventCount, fileDialog, profiles, recording } from '../store';
+import { isDue, kWarnings, markSeen } from '../warnings';
 import './profile.css';
 
 const kLongestName = 60;
+const kHintId = 'profile-hint';
 
 // The program takes names as they come but drops these signs on the way.
 function nameError(name: string): string {
@@ -23,61 +27,66 @@ export function ProfilePanel() {
   const { names, current, defaultName } = profiles.value;
   const name = names[current] ?? '';
   const isDefault = name === defaultName;
+  const fixed = recording.value || fileDialog.value !== '';
   const select = useRef<HTMLSelectElement>(null);
   const done = () => {
     setStep('choose');
     select.current?.focus();
   };
+  // What is asked each time is explained the first time.
+  const explained = eventCount.value > 0 && isDue(kWarnings.losingEvents);
   const events = `${groupedNumber(eventCount.value)} ${eventCount.value === 1 ? 'event' : 'events'}`;
   return (
     <Panel id="panel-profile" title="Profile" summary={name}>
-      <div class="profile__choice">
-        <select
-          ref={select}
-          class="profile__select"
-          aria-label="Profile"
-          value={String(current)}
-          disabled={recording.value}
-          onChange={(event) => void switchProfile(Number(event.currentTarget.value))}
+      <div class="profile__first">
+        <div class="profile__choice">
+          <select
+            ref={select}
+            class="profile__select"
+            aria-label="Profile"
+            value={String(current)}
+            disabled={fixed}
+            onChange={(event) => void switchProfile(Number(event.currentTarget.value))}
+          >
+            {names.map((entry, index) => (
+              <option key={index} value={String(index)}>
+                {entry}
+              </option>
+            ))}
+          </select>
+          <Icon name="open" />
+        </div>
+        <Button
+          icon="plus"
+          label="New profile"
+          disabled={fixed || step === 'add'}
+          onPress={() => setStep('add')}
         >
-          {names.map((entry, index) => (
-            <option key={index} value={String(index)}>
-              {entry}
-            </option>
-          ))}
-        </select>
-        <Icon name="open" />
+          New
+        </Button>
       </div>
       <div class="profile__step">
         {step === 'choose' && (
           <>
-            <div class="row">
-              <Button
-                icon="plus"
-                label="New profile"
-                disabled={recording.value}
-                onPress={() => setStep('add')}
-              >
-                New
-              </Button>
-              <Button label="Clear profile" disabled={recording.value} onPress={() => setStep('clear')}>
+            <div class="profile__more">
+              {has('importProfile') && (
+                <FileButton which="import" onPress={importProfile}>
+                  Import
+                </FileButton>
+              )}
+              {has('exportProfile') && (
+                <FileButton which="export" onPress={exportProfile}>
+                  Export
+                </FileButton>
+              )}
+              <Button label="Clear profile" disabled={fixed} onPress={() => setStep('clear')}>
                 Clear
               </Button>
-              <Button
-                label="Delete profile"
-                disabled={recording.value || isDefault}
-                onPress={() => setStep('delete')}
-              >
+              <Button label="Delete profile" disabled={fixed || isDefault} onPress={() => setStep('delete')}>
                 Delete
               </Button>
             </div>
-            <p class="group__hint">
-              {recording.value
-                ? 'The profile stays as it is while a recording runs.'
-                : isDefault
-                  ? 'This profile can be cleared, not deleted.'
-                  : 'A macro with its tool settings.'}
-            </p>
+            <Hint isDefault={isDefault} />
           </>
         )}
         {step === 'add' && <AddProfile names={names} onDone={done} />}
@@ -85,6 +94,7 @@ export function ProfilePanel() {
           <Confirm
             question={`Clear its ${events} and its settings?`}
             verb="Clear now"
+            explained={explained}
             onConfirm={clearProfile}
             onDone={done}
           />
@@ -93,6 +103,7 @@ export function ProfilePanel() {
           <Confirm
             question={`Delete it with its ${events}?`}
             verb="Delete now"
+            explained={explained}
             onConfirm={deleteProfile}
             onDone={done}
           />
@@ -102,27 +113,79 @@ export function ProfilePanel() {
   );
 }
 
+// The program's dialog is open until the command answers. The button keeps the focus for that time.
+function FileButton(props: { which: 'import' | 'export'; children: string; onPress: () => Promise<void> }) {
+  const { which, children, onPress } = props;
+  return (
+    <Button
+      label={`${children} profile`}
+      describedBy={kHintId}
+      busy={fileDialog.value === which}
+      disabled={recording.value || (fileDialog.value !== '' && fileDialog.value !== which)}
+      onPress={() => void onPress()}
+    >
+      {children}
+    </Button>
+  );
+}
+
+function Hint({ isDefault }: { isDefault: boolean }) {
+  const note = importNote.value;
+  const text = recording.value
+    ? 'The profile stays as it is while a recording runs.'
+    : fileDialog.value === 'import'
+      ? 'Choose a macro file in the dialog that has opened.'
+      : fileDialog.value === 'export'
+        ? 'Choose where to save it in the dialog that has opened.'
+        : note
+          ? note.reset
+            ? 'The file held no tool settings, so both tools are at their defaults.'
+            : 'If the file held tool settings, they are not in use yet.'
+          : isDefault
+            ? 'This profile can be cleared, not deleted.'
+            : 'A macro with its tool settings.';
+  return (
+    <div class="profile__hint">
+      <p class="group__hint" id={kHintId} aria-live="polite">
+        {text}
+      </p>
+      {note && !note.reset && !recording.value && fileDialog.value === '' && (
+        <Button onPress={() => void useImportedSettings()}>Use them</Button>
+      )}
+    </div>
+  );
+}
+
 function Confirm(props: {
   question: string;
   verb: string;
+  explained: boolean;
   onConfirm: () => Promise<void>;
   onDone: () => void;
 }) {
   const cancel = useRef<HTMLButtonElement>(null);
+  const id = useId();
   useLayoutEffect(() => cancel.current?.focus(), []);
+  const confirm = () => {
+    if (props.explained) void markSeen(kWarnings.losingEvents);
+    void props.onConfirm().then(props.onDone);
+  };
   return (
     <div
-      class="profile__confirm"
+      class="profile__ask"
       role="group"
       aria-label={props.question}
       onKeyDown={(event) => event.key === 'Escape' && props.onDone()}
     >
       <span>{props.question}</span>
-      <div class="row">
-        <Button buttonRef={cancel} onPress={props.onDone}>
+      <p class="group__hint" id={id}>
+        {props.explained ? kWarnings.losingEvents.text : 'This cannot be undone.'}
+      </p>
+      <div class="row profile__answers">
+        <Button buttonRef={cancel} describedBy={id} onPress={props.onDone}>
           Cancel
         </Button>
-        <Button kind="stop" onPress={() => void props.onConfirm().then(props.onDone)}>
+        <Button kind="stop" onPress={confirm}>
           {props.verb}
         </Button>
       </div>
@@ -145,7 +208,7 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
   const shownError = tried || name !== '' ? error : '';
   return (
     <form
-      class="profile__confirm"
+      class="profile__new"
       onSubmit={(event) => {
         event.preventDefault();
         add();

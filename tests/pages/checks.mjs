@@ -1,0 +1,105 @@
+// What any state of the page is checked for.
+import { readFileSync } from 'node:fs';
+import { createRequire } from 'node:module';
+
+const axe = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
+
+// What axe finds, one line a kind.
+export async function axeFinds(page) {
+  await page.evaluate(axe);
+  const { violations } = await page.evaluate(() =>
+    window.axe.run(document, { rules: { 'color-contrast': { enabled: true } } }),
+  );
+  return violations.map(
+    (one) => `${one.impact} ${one.id}: ${one.nodes.map((node) => node.html).join(' | ')}`,
+  );
+}
+
+// Relative luminance and contrast as WCAG 2 defines them, run in the page: what, its ratio, the least it should have.
+export const contrastOf = () => {
+  const channels = (text) => text.match(/[\d.]+/g).map(Number);
+  const opaque = (text) => (channels(text)[3] ?? 1) > 0.99;
+  const luminance = (text) => {
+    const [r, g, b] = channels(text)
+      .slice(0, 3)
+      .map((value) => value / 255)
+      .map((value) => (value <= 0.04045 ? value / 12.92 : ((value + 0.055) / 1.055) ** 2.4));
+    return 0.2126 * r + 0.7152 * g + 0.0722 * b;
+  };
+  const ratio = (a, b) => {
+    const [high, low] = [luminance(a), luminance(b)].sort((x, y) => y - x);
+    return (high + 0.05) / (low + 0.05);
+  };
+  const behind = (element) => {
+    for (let at = element; at; at = at.parentElement) {
+      const colour = getComputedStyle(at).backgroundColor;
+      if (opaque(colour)) return colour;
+    }
+    return 'rgb(255, 255, 255)';
+  };
+  const disabled = (element) =>
+    element.closest(':disabled, [aria-disabled]') ||
+    element.closest('label')?.querySelector(':disabled') ||
+    element.closest('.number--disabled');
+  const found = [];
+  const check = (what, a, b, least) => found.push([what, Math.round(ratio(a, b) * 100) / 100, least]);
+
+  for (const element of document.querySelectorAll('body *')) {
+    if (!element.checkVisibility()) continue;
+    const style = getComputedStyle(element);
+    const ownText = [...element.childNodes].some((node) => node.nodeType === 3 && node.data.trim());
+    if (ownText || element.matches('input[type=text], select')) {
+      const what = `${element.className || element.tagName}: ${element.textContent.slice(0, 30)}`;
+      check(what, style.color, behind(element), disabled(element) ? 3 : 4.5);
+    }
+    if (disabled(element)) continue;
+    // What tells a control from its surroundings: its border or its own face.
+    if (
+      element.matches(
+        '.button:not(.button--quiet), .number, .segmented, .toggle__track, .list, .targets, select',
+      )
+    ) {
+      const around = behind(element.parentElement);
+      const best = Math.max(ratio(style.borderTopColor, around), ratio(behind(element), around));
+      found.push([`edge of ${element.className}`, Math.round(best * 100) / 100, 3]);
+    }
+    if (element.matches('.picture__lane, .picture__line')) {
+      const drawn = element.matches('.picture__line') ? style.borderBottomColor : style.color;
+      check(element.className, drawn, behind(element), 3);
+    }
+    if (element.matches('.icon, .state-line__lamp, .toggle__knob')) {
+      const face = element.matches('.icon') ? style.color : style.backgroundColor;
+      check(`${element.getAttribute('class')}`, face, behind(element.parentElement), 3);
+    }
+  }
+  // The focus ring on everything that it can lie on.
+  const focus = document.createElement('i');
+  document.body.append(focus);
+  const token = (name) => {
+    focus.style.color = `var(${name})`;
+    return getComputedStyle(focus).color;
+  };
+  for (const ground of [
+    '--bg-main',
+    '--bg-panel',
+    '--bg-header',
+    '--bg-field',
+    '--bg-control',
+    '--bg-chosen',
+  ]) {
+    check(`focus on ${ground}`, token('--focus'), token(ground), 3);
+  }
+  for (const face of [
+    '--bg-control',
+    '--bg-control-hover',
+    '--bg-control-active',
+    '--bg-chosen',
+    '--bg-key',
+  ]) {
+    check(`text on ${face}`, token('--text'), token(face), 4.5);
+  }
+  check('text on accent hover', token('--on-accent'), token('--accent-hover'), 4.5);
+  check('text on stop hover', token('--on-stop'), token('--stop-hover'), 4.5);
+  focus.remove();
+  return found;
+};

@@ -1,0 +1,119 @@
+import type { ComponentChildren } from 'preact';
+import { useId } from 'preact/hooks';
+import { has } from '../bridge';
+import { openLink, setAppSwitch } from '../commands';
+import type { AppSwitch } from '../reports';
+import { appSettings, preferencesOpen, status } from '../store';
+import { Button } from './button';
+import { Dialog } from './dialog';
+import { Icon } from './icon';
+import { KeyCap } from './key-cap';
+import { Toggle } from './toggle';
+import './preferences.css';
+
+export function PreferencesButton() {
+  if (!has('getAppSettings')) return null;
+  return (
+    <button
+      type="button"
+      class="preferences-button"
+      aria-label="Preferences"
+      title="Preferences"
+      aria-haspopup="dialog"
+      onClick={() => (preferencesOpen.value = true)}
+    >
+      <Icon name="gear" />
+    </button>
+  );
+}
+
+// Each takes effect as it is switched.
+export function Preferences() {
+  if (!preferencesOpen.value) return null;
+  const close = () => (preferencesOpen.value = false);
+  return (
+    <Dialog
+      title="Preferences"
+      onClose={close}
+      actions={
+        <Button kind="primary" onPress={close}>
+          Close
+        </Button>
+      }
+    >
+      <Section title="Window">
+        <Switch of="alwaysOnTop" label="Always on top">
+          This window stays above all others.
+        </Switch>
+        <Switch of="startMinimized" label="Start minimised">
+          From the next start on, the window stays out of the way until you open it.
+        </Switch>
+        <Switch of="launchOnStartup" label="Start when I log in">
+          Varnelle starts by itself after you log in to this computer.
+        </Switch>
+      </Section>
+      <Section title="Hotkeys">
+        <Switch of="hotkeysEnabled" label="Hotkeys on">
+          When off, no key starts or stops anything: only the buttons of this window do.
+        </Switch>
+        <Switch of="hotkeyLock" label="Hotkey lock">
+          <KeyCap name={status.value.hkUnlock} /> turns the other hotkeys into ordinary keys for typing, and
+          back. Switching this unlocks them.
+        </Switch>
+        <Switch of="stopToolsWithMacro" label="Stop the tools with the macro">
+          When a recording or a playback ends, the clicker and the key presser stop as well.
+        </Switch>
+      </Section>
+      <Section title="Page">
+        <Switch of="disableAnimations" inverted label="Animations">
+          When off, nothing slides or fades.
+        </Switch>
+        <Switch of="showWarnings" label="Warnings">
+          The first time you take a step that may surprise, it is explained before it happens.
+        </Switch>
+      </Section>
+      {has('openLink') && (
+        <Section title="Help">
+          <div class="row preferences__links">
+            <Button onPress={() => void openLink('docs')}>Documentation</Button>
+            <Button onPress={() => void openLink('discord')}>Community</Button>
+          </div>
+          <p class="preferences__hint">Both open in your browser.</p>
+        </Section>
+      )}
+    </Dialog>
+  );
+}
+
+function Section({ title, children }: { title: string; children: ComponentChildren }) {
+  const id = useId();
+  return (
+    <section class="preferences__section" aria-labelledby={id}>
+      <h3 id={id}>{title}</h3>
+      {children}
+    </section>
+  );
+}
+
+function Switch(props: {
+  of: AppSwitch;
+  label: string;
+  inverted?: boolean; // on where the setting is off
+  children: ComponentChildren;
+}) {
+  const { of, label, inverted = false, children } = props;
+  const id = useId();
+  return (
+    <div class="preferences__switch">
+      <Toggle
+        label={label}
+        describedBy={id}
+        checked={appSettings.value[of] !== inverted}
+        onChange={(on) => void setAppSwitch(of, on !== inverted)}
+      />
+      <p class="preferences__hint" id={id}>
+        {children}
+      </p>
+    </div>
+  );
+}
