@@ -61,6 +61,7 @@ export function EventList() {
     if (sought.value.length > 1) selectIndexes(sought.value);
     else selectOnly(row);
     setTold('');
+    handle.current?.reveal(rowOfIndex(sought.value.at(-1) ?? first));
     handle.current?.reveal(row);
   }, [sought.value]);
   // The focus does not stay on a button that is gone.
@@ -199,7 +200,7 @@ function EditRow(props: {
   const index = count === 1 ? (selectedIndexes()[0] ?? -1) : -1;
   const event = list[index];
   return (
-    <div class="pair" id="event-edit">
+    <div class={count > 1 ? 'event__several' : 'pair'} id="event-edit">
       {count > 1 ? (
         <ShiftField {...props} />
       ) : (
@@ -219,8 +220,13 @@ function EditRow(props: {
           onError={onError}
         />
       )}
-      <Button disabled={count === 0 || recording.value} waiting={!current} onPress={props.onDelete}>
-        {count > 1 ? `Delete ${counted(count)}` : 'Delete event'}
+      <Button
+        label={count > 1 ? `Delete ${counted(count)}` : 'Delete event'}
+        disabled={count === 0 || recording.value}
+        waiting={!current}
+        onPress={props.onDelete}
+      >
+        {count > 1 ? `Delete ${groupedNumber(count)}` : 'Delete event'}
       </Button>
     </div>
   );
@@ -248,7 +254,7 @@ function ShiftField({
   );
   useEffect(() => () => onError(''), []);
   return (
-    <div class="event__shift">
+    <>
       <NumberField
         label="Shift the times by"
         name="Shift"
@@ -268,7 +274,7 @@ function ShiftField({
       <Button disabled={early || seconds === 0} waiting={!current} onPress={() => onShift(latest.current)}>
         Shift
       </Button>
-    </div>
+    </>
   );
 }
 

@@ -29,6 +29,7 @@ export interface StripDrawing {
 }
 
 const kClickGrid = 6; // dots
+const kSliceDots = 400_000; // of path in one slice: far jumps cost more than near ones
 
 interface Scale {
   factor: number;
@@ -63,6 +64,7 @@ export function* drawPath(columns: Columns, box: Box, size: PathSize): Sliced<Pa
   const pointer = new Pointer();
   let x = 0;
   let y = 0;
+  let dots = 0; // in this slice
   for (let i = 0; i < columns.count; i++) {
     if (pointer.follow(columns, i)) {
       const late = 1 + Math.floor((254 * i) / columns.count);
@@ -75,9 +77,14 @@ export function* drawPath(columns: Columns, box: Box, size: PathSize): Sliced<Pa
       const steps = Math.max(Math.abs(toX - x), Math.abs(toY - y), 1);
       const stepX = (toX - x) / steps;
       const stepY = (toY - y) / steps;
+      let atX = x + 0.5; // the whole part of these is the nearest dot
+      let atY = y + 0.5;
       for (let step = 0; step <= steps; step++) {
-        cells[Math.round(y + stepY * step) * width + Math.round(x + stepX * step)] = late;
+        cells[(atY | 0) * width + (atX | 0)] = late;
+        atX += stepX;
+        atY += stepY;
       }
+      dots += steps;
       [x, y] = [toX, toY];
       if (columns.kind[i] === Kind.Button) {
         const cell = Math.floor(x / kClickGrid) * height + Math.floor(y / kClickGrid);
@@ -87,7 +94,10 @@ export function* drawPath(columns: Columns, box: Box, size: PathSize): Sliced<Pa
         }
       }
     }
-    if ((i + 1) % kSliceEvents === 0) yield;
+    if (dots >= kSliceDots || (i + 1) % kSliceEvents === 0) {
+      yield;
+      dots = 0;
+    }
   }
   ends.push({ x, y });
   const frame = {
