@@ -137,9 +137,9 @@ async function runBatch(what: string, work: BatchWork): Promise<{ end: BatchEnd;
 }
 
 // After a batch: the page's copy is edited in the same way, unless the macro is another by now.
-async function afterBatch(end: BatchEnd, edited: () => MacroEvent[]): Promise<void> {
+function afterBatch(end: BatchEnd, edited: () => MacroEvent[]): void {
   if (end === 'done' || end === 'cancelled') keepEdited(edited());
-  else if (!recording.value) await fetchEvents();
+  else if (!recording.value) void fetchEvents();
   pollSoon();
 }
 
@@ -152,7 +152,7 @@ export async function deleteEvents(indexes: Uint32Array): Promise<{ end: BatchEn
     argument: (step) => String(indexes[indexes.length - 1 - step]),
     removes: true,
   });
-  await afterBatch(result.end, () => {
+  afterBatch(result.end, () => {
     const gone = new Set(indexes.subarray(indexes.length - result.done));
     return events.value.filter((_, index) => !gone.has(index));
   });
@@ -172,7 +172,7 @@ export async function shiftEvents(
     argument: (step) => `${indexes[step]},${shifted(indexes[step] as number)}`,
     removes: false,
   });
-  await afterBatch(result.end, () => {
+  afterBatch(result.end, () => {
     const changed = list.slice();
     for (const index of indexes.subarray(0, result.done)) {
       changed[index] = { ...(list[index] as MacroEvent), time: Number(shifted(index)) };
