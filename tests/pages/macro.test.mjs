@@ -334,8 +334,7 @@ describe('the panel', () => {
   test('along the strip: the time under the pointer and the keyboard, and its place in the list', async () => {
     const page = await pages.open({ before: kTour });
     await drawn(page, await page.evaluate(() => host.events.length));
-    await strip(page).scrollIntoViewIfNeeded();
-    await page.evaluate(() => scrollBy(0, 200));
+    await strip(page).evaluate((element) => element.scrollIntoView({ block: 'center' }));
     const box = await strip(page).boundingBox();
     await page.mouse.move(box.x + box.width / 2, box.y + 20);
     await page
@@ -352,7 +351,7 @@ describe('the panel', () => {
     await strip(page).focus();
     await page.keyboard.press('Home');
     assert.match(await strip(page).getAttribute('aria-valuetext'), /^0\.000 s: event 1, Move to 600, 400$/);
-    await page.keyboard.press('PageDown');
+    await page.keyboard.press('PageUp');
     const tenth = Number(await strip(page).getAttribute('aria-valuenow'));
     assert.ok(Math.abs(tenth - length / 10) < length * 0.02, `${tenth}`);
     await page.keyboard.press('End');
