@@ -409,7 +409,7 @@ describe('the panel', () => {
     await page.getByText('Again: drop 1 of 3 moves').waitFor();
     await picture(page, 'optimised', { fullPage: true });
     await change(page, "host.events = [{ time: 0, desc: 'Abs Move to X:1 Y:1' }]");
-    await page.getByText('Nothing to drop: no two moves within 10 px.').waitFor();
+    await page.getByText('No move would be dropped.').waitFor();
     await button(page, 'Optimise').click({ force: true });
     await settled(page);
     assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);

@@ -106,5 +106,5 @@ function wouldText({ dropped, counts }: Facts, again: boolean): string {
   if (dropped > 0) {
     return `${again ? 'Again: drop' : 'Drop'} ${groupedNumber(dropped)} of ${moves(all)}, within 10 px of the last one kept.`;
   }
-  return again ? 'Nothing more to drop.' : 'Nothing to drop: no two moves within 10 px.';
+  return again ? 'No more would be.' : 'No move would be dropped.';
 }
