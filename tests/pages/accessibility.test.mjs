@@ -13,6 +13,8 @@ const states = {
   running: "host.status.autoClicking = true; host.status.state = 'Recording';",
   locked: 'host.status.unlocked = false;',
   capturing: "host.status.reassigning = 'keyspamtarget'; host.status.keySpamTargets = ['A', 'B'];",
+  macro: `host.events = ['Abs Move to X:0 Y:0', 'Keyboard VK: 65 (DOWN)', 'Mouse Click at X:9 Y:9', 'Rel Move dX:5 dY:5']
+    .map((desc, time) => ({ time, desc }));`,
   bad: 'Object.assign(host.settings, { sms: -1, tspd: 0 });',
 };
 
@@ -21,6 +23,7 @@ for (const [name, script] of Object.entries(states)) {
     const page = await pages.open({ before: script });
     await settled(page);
     if (name === 'idle') await page.locator('#events-0').click();
+    if (name === 'macro') await page.locator('#events').press('Control+a');
     assert.deepEqual(await axeFinds(page), []);
     await pages.close(page);
   });

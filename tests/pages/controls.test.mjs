@@ -63,7 +63,7 @@ const rows = [
   ['undo', (p) => button(p, 'Undo').click(), 'undoContinueRecording', '', 'host.status.canUndoContinue = true'],
   ['play', (p) => button(p, 'Play').click(), 'startPlayback', '', kMacro],
   ['stop playing', (p) => button(p, 'Stop').click(), 'stopPlayback', '', "host.status.state = 'Playing'"],
-  ['optimise', (p) => button(p, 'Optimise').click(), 'optimizeMacro', '', kMacro],
+  ['optimise', (p) => button(p, 'Optimise').click(), 'optimizeMacro', '', "host.events = Array(3).fill({ time: 0, desc: 'Abs Move to X:1 Y:1' })"],
   ['moves', (p) => p.getByLabel('Moves', { exact: true }).click(), 'updateTracker', 'false,true,true,true,false,1,false,500'],
   ['buttons', (p) => p.getByLabel('Buttons').click(), 'updateTracker', 'true,false,true,true,false,1,false,500'],
   ['wheel', (p) => p.getByLabel('Wheel').click(), 'updateTracker', 'true,true,false,true,false,1,false,500'],

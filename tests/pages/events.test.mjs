@@ -1,7 +1,17 @@
 // The event list: a million rows, selection, retime, delete.
 import assert from 'node:assert/strict';
 import { after, before, test } from 'node:test';
-import { button, callsOf, change, expectCall, importSource, Pages, picture, settled } from './browser.mjs';
+import {
+  button,
+  callsOf,
+  change,
+  expectCall,
+  forgetCalls,
+  importSource,
+  Pages,
+  picture,
+  settled,
+} from './browser.mjs';
 
 let pages;
 before(async () => (pages = await Pages.start()));
@@ -181,6 +191,293 @@ test('the events of a recording are shown when it has ended', async () => {
   await change(page, "host.events = [{ time: 0, desc: 'Mouse Scroll Delta: -120' }]");
   await change(page, "host.status.state = 'Idle'");
   await page.getByText('Wheel down 120').waitFor();
+  await pages.close(page);
+});
+
+// Twelve events: moves with a key, a button event, the wheel and a tool between them.
+const kMixed = `host.events = ['Abs Move to X:0 Y:0', 'Keyboard VK: 65 (DOWN)', 'Abs Move to X:40 Y:0', 'Mouse Click at X:1 Y:1',
+  'Mouse Click at X:1 Y:1', 'Abs Move to X:80 Y:0', 'Keyboard VK: 65 (UP)', 'Mouse Scroll Delta: 120', 'Abs Move to X:0 Y:90',
+  'Autoclicker ON', 'Autoclicker OFF', 'Abs Move to X:9 Y:9'].map((desc, i) => ({ time: i, desc }));`;
+const selectedRows = (page) => page.locator('#events [aria-selected=true] .event__number').allInnerTexts();
+const rowTexts = async (page) =>
+  (await page.locator('#events .event__text').allInnerTexts()).map((text) => text.trim());
+const chip = (page, name) => page.getByRole('group', { name: 'Kinds of events shown' }).getByText(name);
+
+test('the filter shows the chosen kinds, with their counts', async () => {
+  const page = await pages.open({ before: kMixed });
+  await button(page, 'Moves 5').waitFor();
+  for (const name of ['Buttons 2', 'Wheel 1', 'Keys 2', 'Tools 2']) {
+    assert.equal(await button(page, name).getAttribute('aria-pressed'), 'true', name);
+  }
+  await option(page, 2).click();
+  await chip(page, 'Moves').click();
+  assert.equal(await button(page, 'Moves 5').getAttribute('aria-pressed'), 'false');
+  assert.equal(await page.locator('#events').getByRole('option').count(), 7);
+  assert.deepEqual(await selectedRows(page), [], 'what is hidden is not selected');
+  assert.ok(await button(page, 'Delete event').isDisabled());
+  for (const name of ['Buttons', 'Wheel', 'Tools']) await chip(page, name).click();
+  assert.deepEqual(await rowTexts(page), ['Key A down', 'Key A up']);
+  await picture(page, 'events-filtered', { fullPage: true });
+
+  // A row is a place among those shown, an edit goes to the place in the macro.
+  await option(page, 1).click();
+  await list(page).press('Delete');
+  assert.deepEqual(await expectCall(page, 'deleteEvent'), ['6']);
+  await chip(page, 'Keys').click();
+  await page.getByText('The filter leaves no event.').waitFor();
+  await button(page, 'Show all').click();
+  await option(page, 7).waitFor();
+  assert.equal(await option(page, 7).getAttribute('aria-setsize'), '11');
+  assert.deepEqual(page.faults, []);
+  await pages.close(page);
+});
+
+test('selection: a range with Shift, one more with Ctrl, all with Ctrl+A, none with Esc', async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 2).click();
+  await option(page, 4).click({ modifiers: ['Shift'] });
+  assert.deepEqual(await selectedRows(page), ['3', '4', '5']);
+  await option(page, 1).click({ modifiers: ['Shift'] });
+  assert.deepEqual(await selectedRows(page), ['2', '3'], 'a range goes from where it began');
+  await option(page, 5).click({ modifiers: ['Control'] });
+  await option(page, 2).click({ modifiers: ['Control'] });
+  assert.deepEqual(await selectedRows(page), ['2', '6']);
+  assert.equal(await list(page).getAttribute('aria-multiselectable'), 'true');
+  await page.getByText('2 of 12 events selected.').waitFor();
+
+  await list(page).focus();
+  const keys = [
+    ['Home', ['1']],
+    ['Shift+ArrowDown', ['1', '2']],
+    ['Shift+ArrowDown', ['1', '2', '3']],
+    ['Shift+ArrowUp', ['1', '2']],
+    ['Control+ArrowDown', ['1', '2']],
+    ['Control+ArrowDown', ['1', '2']],
+    ['Control+Space', ['1', '2', '4']],
+    ['ArrowDown', ['5']],
+    ['Escape', []],
+  ];
+  for (const [key, rows] of keys) {
+    await page.keyboard.press(key);
+    assert.deepEqual(await selectedRows(page), rows, key);
+  }
+  await page.keyboard.press('Control+a');
+  await button(page, 'Delete 12 events').waitFor();
+  await chip(page, 'Moves').click();
+  await button(page, 'Delete 7 events').waitFor();
+  await list(page).focus();
+  await page.keyboard.press('Escape');
+  await page.keyboard.press('Control+A');
+  await page.getByText('7 of 7 events selected.').waitFor();
+  await page.keyboard.press('Home');
+  await page.keyboard.press('Enter');
+  assert.equal(await page.evaluate(() => document.activeElement.ariaLabel), 'Time of the event');
+  await pages.close(page);
+});
+
+test('several are deleted from the last one on, and the list goes with them', async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 1).click();
+  await option(page, 3).click({ modifiers: ['Control'] });
+  await option(page, 4).click({ modifiers: ['Control'] });
+  await option(page, 6).click({ modifiers: ['Control'] });
+  await picture(page, 'events-several', { fullPage: true });
+  await forgetCalls(page);
+  await button(page, 'Delete 4 events').click();
+  await page.getByText('Deleted 4 events.').waitFor();
+  const calls = await page.evaluate(() => host.calls);
+  assert.deepEqual(
+    calls,
+    ['6', '4', '3', '1'].map((index) => ['deleteEvent', index]),
+    'and nothing between',
+  );
+  assert.equal(await list(page).getByRole('option').count(), 8);
+  assert.deepEqual(await selectedRows(page), ['2'], 'what came after the first of them');
+  await settled(page);
+  assert.deepEqual(await callsOf(page, 'getMacroEvents'), [], 'nothing is fetched again');
+  assert.deepEqual(await page.evaluate(() => host.events.map((one) => one.time)), [0, 2, 5, 7, 8, 9, 10, 11]);
+  await pages.close(page);
+});
+
+test('many are asked for first, and Cancel is the safe choice', async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 0).click();
+  await list(page).press('Control+a');
+  await list(page).press('Delete');
+  const dialog = page.getByRole('alertdialog', { name: 'Delete 12 events?' });
+  await dialog.waitFor();
+  assert.equal(await page.evaluate(() => document.activeElement.innerText), 'Cancel');
+  await picture(page, 'events-delete-many');
+  await page.keyboard.press('Enter');
+  await dialog.waitFor({ state: 'detached' });
+  assert.deepEqual(await callsOf(page, 'deleteEvent'), []);
+  await list(page).press('Delete');
+  await dialog.getByRole('button', { name: 'Delete 12 events' }).click();
+  await page.getByText('What you record is listed here').waitFor();
+  assert.deepEqual(
+    await callsOf(page, 'deleteEvent'),
+    Array.from({ length: 12 }, (_, i) => String(11 - i)),
+  );
+  await pages.close(page);
+});
+
+test('a selection is shifted by an amount, each by its own call', async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 1).click();
+  await option(page, 3).click({ modifiers: ['Shift'] });
+  const amount = page.getByRole('textbox', { name: 'Shift the times by' });
+  await amount.fill('-2');
+  await page.getByText('Shift: the earliest is at 1 s, and none goes below 0.').waitFor();
+  assert.ok(await button(page, 'Shift').isDisabled());
+  await amount.fill('-0.2500004');
+  await amount.press('Enter');
+  await button(page, 'Shift').click();
+  await page.getByText('Shifted 3 events.').waitFor();
+  assert.deepEqual(await callsOf(page, 'updateEventTime'), ['1,0.750000', '2,1.750000', '3,2.750000']);
+  assert.deepEqual(await selectedRows(page), ['2', '3', '4'], 'they stay selected');
+  assert.equal((await option(page, 2).locator('.event__time').innerText()).trim(), '1.750');
+  await settled(page);
+  assert.equal((await callsOf(page, 'getMacroEvents')).length, 1);
+  await pages.close(page);
+});
+
+const kThousand = `host.events = Array.from({ length: 1000 }, (_, i) => ({ time: i / 10, desc: 'Abs Move to X:' + i * 20 + ' Y:0' }));`;
+async function startDeletingAll(page, count) {
+  await option(page, 0).click();
+  await list(page).press('Control+a');
+  await button(page, `Delete ${count} events`).click();
+  await page
+    .getByRole('alertdialog')
+    .getByRole('button', { name: /^Delete/ })
+    .click();
+}
+
+test('a long batch shows how far it is and can be cancelled', async () => {
+  const page = await pages.open({ before: kThousand });
+  await page.evaluate(() => (host.delay = 5));
+  await startDeletingAll(page, '1,000');
+  await page.getByRole('progressbar', { name: 'Deleting events' }).waitFor();
+  await page.getByText(/^Deleting: \d+ of 1,000$/).waitFor();
+  await picture(page, 'events-progress', { fullPage: true });
+  await button(page, 'Cancel').click();
+  await page.getByText(/^Deleted \d+ of 1,000 events, then cancelled\.$/).waitFor();
+  const sent = (await callsOf(page, 'deleteEvent')).length;
+  assert.ok(sent > 0 && sent < 1000, `${sent} sent`);
+  await settled(page);
+  assert.equal((await callsOf(page, 'deleteEvent')).length, sent);
+  assert.equal(
+    await list(page).getByRole('option').first().getAttribute('aria-setsize'),
+    String(1000 - sent),
+  );
+  assert.equal((await callsOf(page, 'getMacroEvents')).length, 1);
+  await pages.close(page);
+});
+
+test('a batch ends where the macro becomes another', async () => {
+  const page = await pages.open({ before: kThousand });
+  await page.evaluate(() => (host.delay = 3));
+  await startDeletingAll(page, '1,000');
+  await page.waitForFunction(() => host.calls.filter(([name]) => name === 'deleteEvent').length > 20);
+  await page.evaluate(() => {
+    host.status.state = 'Recording';
+    host.events = [];
+  });
+  await page.getByText('The events are shown when the recording ends.').waitFor();
+  await page.getByText(/^The macro changed meanwhile\. Deleted \d+ of 1,000 events\.$/).waitFor();
+  const sent = (await callsOf(page, 'deleteEvent')).length;
+  await settled(page);
+  assert.equal((await callsOf(page, 'deleteEvent')).length, sent);
+  await pages.close(page);
+});
+
+test('another command on the macro waits until the batch has stopped', async () => {
+  const page = await pages.open({
+    before: `${kThousand} host.profiles.names = ['Default Tracking Profile', 'Farm'];`,
+  });
+  await page.evaluate(() => (host.delay = 3));
+  await startDeletingAll(page, '1,000');
+  await page.waitForFunction(() => host.calls.filter(([name]) => name === 'deleteEvent').length > 5);
+  await page.getByRole('combobox').selectOption('Farm');
+  await expectCall(page, 'switchProfile');
+  await settled(page);
+  const names = await page.evaluate(() => host.calls.map(([name]) => name));
+  assert.ok(names.lastIndexOf('deleteEvent') < names.indexOf('switchProfile'), 'nothing is deleted after it');
+  assert.ok(names.filter((name) => name === 'deleteEvent').length < 1000);
+  await pages.close(page);
+});
+
+test("an edit is not sent for a list that is not the program's any more", async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 1).click();
+  await option(page, 2).click({ modifiers: ['Shift'] });
+  await page.evaluate(() => {
+    host.silent.getMacroEvents = true; // the page cannot have the new list yet
+    host.events.push({ time: 99, desc: 'Autoclicker ON' });
+  });
+  await button(page, 'Delete 2 events').click();
+  await page.getByText('The macro changed meanwhile. Deleted 0 of 2 events.').waitFor();
+  assert.deepEqual(await callsOf(page, 'deleteEvent'), []);
+  await pages.close(page);
+});
+
+test('a refused edit in a batch stops it and shows what the program holds', async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 1).click();
+  await option(page, 3).click({ modifiers: ['Shift'] });
+  await page.evaluate(() => (host.failing.deleteEvent = 'busy'));
+  await button(page, 'Delete 3 events').click();
+  await page.getByText('Varnelle could not delete the events (busy).').waitFor();
+  assert.deepEqual(await callsOf(page, 'deleteEvent'), ['3']);
+  assert.equal(await list(page).getByRole('option').first().getAttribute('aria-setsize'), '12');
+  await pages.close(page);
+});
+
+test('the list keeps its place and its selection when the macro changes elsewhere', async () => {
+  const page = await pages.open({ before: kThousand });
+  await option(page, 0).waitFor();
+  const top = () =>
+    page.evaluate(() => {
+      const box = document.getElementById('events').getBoundingClientRect();
+      const row = [...document.querySelectorAll('#events [role=option]')].find(
+        (one) => one.getBoundingClientRect().bottom > box.top + 2,
+      );
+      return [
+        row.querySelector('.event__time').innerText,
+        Math.round(row.getBoundingClientRect().top - box.top),
+      ];
+    });
+  await page.evaluate(() => (document.getElementById('events').scrollTop = 500 * 28 + 11));
+  await page.locator('#events-500').waitFor();
+  const before = await top();
+  await change(page, 'host.events.splice(100, 50)');
+  await page.waitForFunction(() => document.querySelector('#events [role=option]').ariaSetSize === '950');
+  assert.deepEqual(await top(), before);
+
+  // The undo being used up asks for the list, which is the same: the selection stays.
+  await page.locator('#events-455').click();
+  await change(page, 'host.status.canUndoContinue = true');
+  assert.deepEqual(await selectedRows(page), ['456']);
+  await pages.close(page);
+});
+
+test('a million events: filter and selection hold to the rows in sight', async () => {
+  const page = await pages.open({ before: million(1_000_000) });
+  await button(page, 'Moves 1,000,000').waitFor();
+  const slices = await page.evaluate(async () => {
+    const canvas = document.querySelector('.strip__canvas');
+    while (canvas.dataset.events !== '1000000') await new Promise((done) => setTimeout(done, 50));
+    return Number(canvas.dataset.slices);
+  });
+  assert.ok(slices >= 50, `drawn in ${slices} slices`);
+  await option(page, 0).click();
+  await list(page).press('Control+a');
+  await button(page, 'Delete 1,000,000 events').waitFor();
+  await chip(page, 'Keys').click();
+  await button(page, 'Delete 1,000,000 events').waitFor();
+  const nodes = await page.evaluate(() => document.getElementById('events').querySelectorAll('*').length);
+  assert.ok(nodes < 80, `${nodes} elements`);
+  await picture(page, 'million-selected', { fullPage: true });
+  assert.deepEqual(page.faults, []);
   await pages.close(page);
 });
 

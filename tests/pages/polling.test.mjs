@@ -133,7 +133,7 @@ test('the events are asked for when the macro has changed, and not at each poll'
 
   await change(page, "host.status.state = 'Recording'; host.events = []");
   for (let i = 0; i < 3; i++)
-    await change(page, "host.events.push({ time: host.events.length, desc: 'Autoclicker OFF' })");
+    await change(page, "host.events.push({ time: host.events.length, desc: 'Abs Move to X:1 Y:1' })");
   assert.equal(await asked(), 1, 'not during a recording');
   await change(page, "host.status.state = 'Idle'");
   assert.equal(await rows.count(), 3);

@@ -1,5 +1,6 @@
 // The commands of the program, with the exact argument texts it expects. Each resolves to whether it worked; a failure
 // is shown as a sentence and never thrown.
+import { type BatchEnd, type BatchWork, endBatch, sendBatch } from './batch';
 import { call } from './bridge';
 import {
   fetchAppSettings,
@@ -9,14 +10,32 @@ import {
   noteSettingsEdit,
   showFailure,
 } from './fetch';
-import { pollSoon } from './poll';
-import type { AppSettings, AppSwitch, Capture, PanelId, Settings } from './reports';
-import { appSettings, events, eventsLoading, failure, fileDialog, picking, settings, status } from './store';
+import { pollNow, pollSoon } from './poll';
+import type { AppSettings, AppSwitch, Capture, MacroEvent, PanelId, Settings } from './reports';
+import {
+  appSettings,
+  events,
+  eventsLoading,
+  failure,
+  fileDialog,
+  picking,
+  recording,
+  settings,
+  status,
+} from './store';
 import { goesOn, kWarnings } from './warnings';
+
+// Those that make another macro of the present one: a batch of edits must have come to rest before.
+const kChangesMacro = new Set([
+  ...['startRecording', 'continueRecording', 'undoContinueRecording', 'optimizeMacro'],
+  ...['deleteEvent', 'updateEventTime', 'confirmMacroImport'],
+  ...['addProfile', 'switchProfile', 'clearProfile', 'deleteProfile'],
+]);
 
 // `what` completes "Varnelle could not ..." where the command fails.
 async function run(what: string, name: string, ...args: string[]): Promise<boolean> {
   try {
+    if (kChangesMacro.has(name)) await endBatch();
     await call(name, ...args);
     failure.value = '';
     return true;
@@ -91,29 +110,103 @@ export const changeHoldAuto = (hold: boolean) =>
 export const changeHoldKeySpam = (hold: boolean) =>
   change({ holdKeySpam: hold }, 'setHoldMode', () => `keyspam,${hold ? '1' : '0'}`);
 
+// Whether the page's list is not the program's any more, as far as the last poll tells: places in it mean nothing then.
+const macroIsAnother = () => recording.value || status.value.count !== events.value.length;
+
+// The list after an edit of the page's own, and its count, which the next poll will tell as well.
+function keepEdited(list: MacroEvent[]): void {
+  events.value = list;
+  if (status.value.count !== list.length) status.value = { ...status.value, count: list.length };
+}
+
 // Edits of the macro. A macro may hold a million events, so a small edit is made in the page's copy as well, instead of
 // fetching everything again.
 export async function deleteEvent(index: number): Promise<void> {
+  if (macroIsAnother()) return fetchEvents();
   if (!(await run('delete the event', 'deleteEvent', String(index))) || eventsLoading.value)
     return fetchEvents();
   const left = events.value.slice();
   left.splice(index, 1);
-  events.value = left;
+  keepEdited(left);
 }
 
 export async function retimeEvent(index: number, seconds: number): Promise<void> {
+  if (macroIsAnother()) return fetchEvents();
   const time = seconds.toFixed(6);
   const worked = await run('change the time', 'updateEventTime', `${index},${time}`);
   const event = events.value[index];
   if (!worked || !event || eventsLoading.value) return fetchEvents();
   const list = events.value.slice();
   list[index] = { ...event, time: Number(time) };
-  events.value = list;
+  keepEdited(list);
 }
 
-export async function optimiseMacro(): Promise<void> {
-  await run('optimise the macro', 'optimizeMacro');
+// How many events it dropped, as far as the two lists tell; undefined where it failed.
+export async function optimiseMacro(): Promise<number | undefined> {
+  const before = events.value.length;
+  const worked = await run('optimise the macro', 'optimizeMacro');
   await fetchEvents();
+  return worked ? before - events.value.length : undefined;
+}
+
+// Many edits in a row. They go by the places in the list, so the program's list must be the page's at the start.
+async function runBatch(what: string, work: BatchWork): Promise<{ end: BatchEnd; done: number }> {
+  await endBatch();
+  await pollNow();
+  const { state, count } = status.value;
+  if (state === 'Recording' || count !== events.value.length || eventsLoading.value) {
+    return { end: 'changed', done: 0 };
+  }
+  const result = await sendBatch(work);
+  if (result.end === 'failed') showFailure(what, result.reason);
+  else failure.value = '';
+  return result;
+}
+
+// After a batch: the page's copy is edited in the same way, unless the macro is another by now.
+function afterBatch(end: BatchEnd, edited: () => MacroEvent[]): void {
+  if (end === 'done' || end === 'cancelled') keepEdited(edited());
+  else if (!recording.value) void fetchEvents();
+  pollSoon();
+}
+
+// `indexes` ascending. They are deleted from the last one on, so that none moves before its turn.
+export async function deleteEvents(indexes: Uint32Array): Promise<{ end: BatchEnd; done: number }> {
+  const result = await runBatch('delete the events', {
+    doing: 'Deleting',
+    command: 'deleteEvent',
+    count: indexes.length,
+    argument: (step) => String(indexes[indexes.length - 1 - step]),
+    removes: true,
+  });
+  afterBatch(result.end, () => {
+    const gone = new Set(indexes.subarray(indexes.length - result.done));
+    return events.value.filter((_, index) => !gone.has(index));
+  });
+  return result;
+}
+
+export async function shiftEvents(
+  indexes: Uint32Array,
+  seconds: number,
+): Promise<{ end: BatchEnd; done: number }> {
+  const list = events.value;
+  const shifted = (index: number) => ((list[index]?.time ?? 0) + seconds).toFixed(6);
+  const result = await runBatch('shift the events', {
+    doing: 'Shifting',
+    command: 'updateEventTime',
+    count: indexes.length,
+    argument: (step) => `${indexes[step]},${shifted(indexes[step] as number)}`,
+    removes: false,
+  });
+  afterBatch(result.end, () => {
+    const changed = list.slice();
+    for (const index of indexes.subarray(0, result.done)) {
+      changed[index] = { ...(list[index] as MacroEvent), time: Number(shifted(index)) };
+    }
+    return changed;
+  });
+  return result;
 }
 
 // Profiles. Each of these changes the settings, the macro and the list together.
@@ -137,6 +230,7 @@ export async function withFileDialog(which: 'import' | 'export'): Promise<unknow
   if (fileDialog.value) return undefined;
   fileDialog.value = which;
   try {
+    if (which === 'import') await endBatch();
     return await call(which === 'import' ? 'importProfile' : 'exportProfile');
   } catch (reason) {
     showFailure(which === 'import' ? 'import the macro' : 'export the profile', reason);

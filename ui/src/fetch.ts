@@ -1,6 +1,6 @@
 // Asks the program for what the status poll does not carry: settings, events, profiles.
 import { call, has } from './bridge';
-import { readAppSettings, readEvents, readProfiles, readSettings } from './reports';
+import { type MacroEvent, readAppSettings, readEvents, readProfiles, readSettings } from './reports';
 import {
   appSettings,
   events,
@@ -57,6 +57,10 @@ export async function fetchAppSettings(): Promise<void> {
   }
 }
 
+// What is selected in the list stays selected where a new answer says what the page knew.
+const isSameMacro = (a: readonly MacroEvent[], b: readonly MacroEvent[]) =>
+  a.length === b.length && a.every((event, i) => event.time === b[i]?.time && event.desc === b[i]?.desc);
+
 // Only the answer to the last question counts.
 let eventQuestions = 0;
 
@@ -67,7 +71,7 @@ export async function fetchEvents(): Promise<void> {
   try {
     const list = readEvents(await call('getMacroEvents'));
     if (asked !== eventQuestions) return;
-    events.value = list;
+    if (!isSameMacro(list, events.value)) events.value = list;
     eventsFailedAt.value = -1;
   } catch (reason) {
     if (asked !== eventQuestions) return;

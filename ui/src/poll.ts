@@ -1,5 +1,6 @@
 // The one status poll, and what follows from it. There is never more than one in flight.
 import { effect } from '@preact/signals';
+import { batch } from './batch';
 import { call } from './bridge';
 import { fetchEvents, fetchSettings } from './fetch';
 import { readStatus, type Status } from './reports';
@@ -14,6 +15,7 @@ let inFlight = false;
 let askAgain = false;
 let shown = '';
 let eventsOwed = true;
+let waiting: (() => void)[] = [];
 
 // Polls now, or right after the poll that is in flight, whose answer may be older than the command just sent.
 export function pollSoon(): void {
@@ -21,10 +23,20 @@ export function pollSoon(): void {
   else void poll();
 }
 
+// Resolves when a poll that was asked after this call has been answered or has failed.
+export function pollNow(): Promise<void> {
+  return new Promise((resolve) => {
+    waiting.push(resolve);
+    pollSoon();
+  });
+}
+
 async function poll(): Promise<void> {
   window.clearTimeout(timer);
   inFlight = true;
   askAgain = false;
+  const told = waiting;
+  waiting = [];
   const started = performance.now();
   const silence = window.setInterval(() => (answering.value = false), kSilence);
   try {
@@ -36,6 +48,7 @@ async function poll(): Promise<void> {
   }
   window.clearInterval(silence);
   inFlight = false;
+  for (const tell of told) tell();
   // A poll that takes long must not fill all the program's time: leave it at least as long a pause.
   const took = performance.now() - started;
   const interval = document.hidden ? kHiddenInterval : kInterval;
@@ -46,9 +59,10 @@ async function poll(): Promise<void> {
 function accept(report: unknown): void {
   const text = JSON.stringify(report);
   const before = status.value;
-  if (text !== shown) {
+  const now = readStatus(report);
+  if (text !== shown || now.count !== before.count) {
     shown = text;
-    status.value = readStatus(report);
+    status.value = now;
   }
   if (eventsAreStale(before, status.value)) void fetchEvents();
 }
@@ -68,6 +82,7 @@ function eventsAreStale(before: Status, now: Status): boolean {
     eventsOwed = true;
     return false;
   }
+  if (batch.value) return false; // the page makes the same edits in its own copy
   const owed = eventsOwed;
   eventsOwed = false;
   if (owed || before.canUndoContinue !== now.canUndoContinue) return true;

@@ -38,3 +38,8 @@ export function scrollTopFor(row: number, scrollTop: number, range: ScrollRange)
   if (bottom > offset + range.viewHeight) return (bottom - range.viewHeight) / stretch(range);
   return scrollTop;
 }
+
+// The scroll position that has the row at the top of the view, with so many pixels of it above; a browser stops before
+// it where too few rows follow.
+export const scrollTopAt = (row: number, above: number, range: ScrollRange) =>
+  (row * range.rowHeight + above) / stretch(range);

@@ -26,7 +26,7 @@ export function TimePicture({ macro }: { macro: HeldMacro }) {
   const rows = marks.reduce((most, mark) => Math.max(most, mark.row + 1), 1);
   const left = (place: number) => `calc(10px + ${place.toFixed(4)} * (100% - 20px))`;
   return (
-    <figure class="picture">
+    <figure class="time-picture">
       <div class={`picture__drawing${lanes ? '' : ' picture__drawing--bare'}`} aria-hidden="true">
         <div class="picture__signs" style={{ height: `${rows * 23}px` }}>
           {marks.map(({ index, place, row }) => (

@@ -1,9 +1,7 @@
 import { useState } from 'preact/hooks';
-import { has } from '../bridge';
 import {
   changeTracker,
   continueRecording,
-  optimiseMacro,
   startPlayback,
   startRecording,
   stopPlayback,
@@ -18,6 +16,8 @@ import type { Settings } from '../reports';
 import { Toggle } from '../components/toggle';
 import { eventCount, macroLength, playing, recording, settings, status } from '../store';
 import { EventList } from './events';
+import { LeftAtEnd, OptimiseRow } from './macro-notes';
+import { MacroPicture } from './macro-picture';
 import './macro.css';
 
 export function MacroPanel() {
@@ -37,15 +37,6 @@ export function MacroPanel() {
           >
             Undo
           </Button>
-          {has('optimizeMacro') && (
-            <Button
-              icon="thin"
-              disabled={recording.value || count === 0}
-              onPress={() => void optimiseMacro()}
-            >
-              Optimise
-            </Button>
-          )}
         </div>
         <p class="group__hint macro__hint">
           {count === 0
@@ -53,9 +44,16 @@ export function MacroPanel() {
             : 'Record starts over. Continue adds to these events.'}
         </p>
       </div>
+      <div class="macro__picture">
+        <MacroPicture />
+        <LeftAtEnd />
+      </div>
       <PlaybackGroup />
       <RecordGroup />
-      <EventList />
+      <div class="macro__picture">
+        <EventList />
+        <OptimiseRow />
+      </div>
     </Panel>
   );
 }
@@ -142,8 +140,22 @@ function PlaybackGroup() {
 
 function playbackHint(): string {
   if (recording.value || eventCount.value === 0) return 'A round ends with its last event.';
-  const seconds = macroLength.value / settings.value.tspd;
-  return `One round takes ${groupedNumber(Number(seconds.toFixed(2)))} s.`;
+  const { tspd, tloop, tloopMs } = settings.value;
+  const round = macroLength.value / tspd;
+  if (!(tspd > 0) || !Number.isFinite(round)) return 'At this speed a round takes no sensible time.';
+  if (!tloop) return `One round takes ${spanText(round)}.`;
+  const every = round + Math.max(0, tloopMs) / 1000;
+  const rounds = every > 0 ? 3600 / every : Infinity;
+  const rate =
+    rounds >= 1 && rounds <= 3_600_000 ? `, ${groupedNumber(Math.floor(rounds))} rounds an hour` : '';
+  return `One round takes ${spanText(round)}, with the pause ${spanText(every)}${rate}.`;
+}
+
+function spanText(seconds: number): string {
+  if (seconds < 60) return `${groupedNumber(Number(seconds.toFixed(2)))} s`;
+  const whole = Math.round(seconds);
+  const [hours, minutes, rest] = [Math.floor(whole / 3600), Math.floor(whole / 60) % 60, whole % 60];
+  return hours > 0 ? `${groupedNumber(hours)} h ${minutes} min` : `${minutes} min ${rest} s`;
 }
 
 function recordHint({ tmv, tclk, tscr, tkey, trel }: Settings): string {

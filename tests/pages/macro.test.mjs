@@ -1,0 +1,506 @@
+// What the page tells of a macro: its picture, its facts, what optimising would drop, and its timing.
+import assert from 'node:assert/strict';
+import { after, before, describe, test } from 'node:test';
+import { button, callsOf, change, expectCall, importSource, Pages, picture, settled } from './browser.mjs';
+
+let pages;
+let data;
+let facts;
+let raster;
+before(async () => {
+  [pages, data, facts, raster] = await Promise.all([
+    Pages.start(),
+    importSource('panels/macro-data.ts'),
+    importSource('panels/macro-facts.ts'),
+    importSource('panels/macro-raster.ts'),
+  ]);
+});
+after(() => pages.stop());
+
+// Runs sliced work to its end, and counts the slices.
+function finish(work) {
+  for (let slices = 1; ; slices++) {
+    const { done, value } = work.next();
+    if (done) return { result: value, slices };
+  }
+}
+const event = (desc, time = 0) => ({ id: 0, time, desc });
+const move = (x, y, time = 0) => event(`Abs Move to X:${x} Y:${y}`, time);
+const columnsOf = (list) => finish(data.readColumns(list)).result;
+const factsOf = (list) => finish(facts.factsOf(columnsOf(list))).result;
+
+// A generator of numbers that are the same in every run.
+function randomFrom(seed) {
+  let state = seed >>> 0;
+  return (below) => {
+    state = (Math.imul(state, 1664525) + 1013904223) >>> 0;
+    return Math.floor((state / 0x100000000) * below);
+  };
+}
+
+// A small recording: the pointer goes round, clicks, scrolls, types, and leaves two keys held.
+const kTour = `
+  let t = 0, x = 600, y = 400; const list = [];
+  const put = (desc, pause) => { list.push({ time: Number(t.toFixed(6)), desc }); t += pause; };
+  for (let k = 0; k < 9; k++) {
+    const toX = 200 + (k * 613) % 1500, toY = 100 + (k * 389) % 850;
+    for (let i = 0; i < 40; i++) {
+      const f = i / 39, ease = f * f * (3 - 2 * f);
+      put('Abs Move to X:' + Math.round(x + (toX - x) * ease) + ' Y:' + Math.round(y + (toY - y) * ease + 60 * Math.sin(f * 3.1)), 0.008);
+    }
+    x = toX; y = toY;
+    put('Mouse Click at X:' + x + ' Y:' + y, 0.08); put('Mouse Click at X:' + x + ' Y:' + y, 0.1);
+    if (k % 3 === 1) for (let i = 0; i < 5; i++) put('Mouse Scroll Delta: -120', 0.06);
+    if (k % 3 === 2) for (const key of [72, 69, 89]) { put('Keyboard VK: ' + key + ' (DOWN)', 0.1); put('Keyboard VK: ' + key + ' (UP)', 0.07); }
+  }
+  put('Autoclicker ON', 0.3); put('Autoclicker OFF', 0.2);
+  put('Keyboard VK: 160 (DOWN)', 0.2); put('Keyboard VK: 87 (DOWN)', 0.4); put('Abs Move to X:300 Y:300', 0);
+  host.events = list;`;
+
+describe('reading', () => {
+  test('every kind of description, and nothing that only looks like one', () => {
+    const rows = [
+      ['Abs Move to X:-100 Y:200', 0, -100, 200],
+      ['Rel Move dX:3 dY:-4', 1, 3, -4],
+      ['Mouse Click at X:1 Y:-2147483648', 2, 1, -2147483648],
+      ['Keyboard VK: 65 (DOWN)', 3, 65, 1],
+      ['Keyboard VK: 65 (UP)', 3, 65, 0],
+      ['Mouse Scroll Delta: -120', 4, -120, 0],
+      ['Autoclicker ON', 5, 1, 1],
+      ['Key Spammer OFF', 5, 2, 0],
+      ['', 6, 0, 0],
+      ['Abs Move to X: Y:2', 6],
+      ['Abs Move to X:1 Y:2 Z:3', 6],
+      ['Keyboard VK: 65 (LEFT)', 6],
+      ['Keyboard VK: (UP)', 6],
+      ['Mouse Scroll Delta: up', 6],
+      ['Something new', 6],
+    ];
+    const columns = columnsOf(rows.map(([desc], i) => event(desc, i / 2)));
+    rows.forEach(([desc, kind, a, b], i) => {
+      assert.equal(columns.kind[i], kind, desc);
+      assert.equal(columns.time[i], i / 2);
+      if (a !== undefined) assert.deepEqual([columns.a[i], columns.b[i]], [a, b], desc);
+    });
+  });
+
+  test('an edit of the page is carried over as if everything were read again', () => {
+    const random = randomFrom(7);
+    for (let round = 0; round < 200; round++) {
+      const list = Array.from({ length: 1 + random(40) }, (_, i) =>
+        random(2) ? move(random(99), random(99), i) : event(`Keyboard VK: ${random(200)} (UP)`, i),
+      );
+      const removed = [];
+      const left = list.filter((_, i) => random(4) > 0 || !removed.push(i));
+      const derived = data.derivedColumns(columnsOf(list), list, left);
+      assert.deepEqual(derived.columns, columnsOf(left));
+      assert.deepEqual([...derived.removed], removed);
+      const retimed = list.map((one) => (random(3) ? one : { ...one, time: random(1000) }));
+      assert.deepEqual(data.derivedColumns(columnsOf(list), list, retimed).columns, columnsOf(retimed));
+    }
+    const one = [move(1, 1), move(2, 2)];
+    assert.equal(data.derivedColumns(columnsOf(one), one, [move(3, 3)]), null, 'another macro');
+    assert.equal(data.derivedColumns(columnsOf(one), one, [move(3, 3), move(2, 2)]), null);
+    assert.equal(data.derivedColumns(columnsOf(one), one, [...one, move(3, 3)]), null);
+  });
+});
+
+// The rule as the guide tells it, on records, with 32-bit numbers of the platform.
+function plainOptimised(list) {
+  const kept = [];
+  const isMove = (one) => one.desc.startsWith('Abs');
+  const place = (one) => one.desc.match(/-?\d+/g).map((text) => BigInt(text));
+  list.forEach((one, i) => {
+    const last = kept.at(-1);
+    if (i > 0 && i < list.length - 1 && isMove(one) && isMove(list[i + 1]) && isMove(last)) {
+      const [[x, y], [lastX, lastY]] = [place(one), place(last)];
+      const dx = BigInt.asIntN(32, x - lastX);
+      const dy = BigInt.asIntN(32, y - lastY);
+      if (BigInt.asIntN(32, dx * dx + dy * dy) < 101n) return;
+    }
+    kept.push(one);
+  });
+  return kept;
+}
+
+describe('what optimising would drop', () => {
+  const cases = [
+    ['within ten pixels', [move(0, 0), move(3, 4), move(6, 8), move(100, 100), event('Mouse Click at X:100 Y:100')], 2],
+    ['ten pixels are near', [move(0, 0), move(10, 0), move(50, 0), move(90, 0)], 1],
+    ['a little more is not', [move(0, 0), move(10, 1), move(50, 0), move(90, 0)], 0],
+    ['beside another event', [event('Mouse Click at X:0 Y:0'), move(1, 0), move(2, 0), move(3, 0), event('Autoclicker ON')], 1],
+    ['nothing', [], 0],
+    ['one', [move(1, 1)], 0],
+    ['two', [move(1, 1), move(1, 1)], 0],
+    ['three', [move(1, 1), move(1, 1), move(1, 1)], 1],
+    ['raw moves', Array(4).fill(event('Rel Move dX:0 dY:0')), 0],
+    ['the square wraps to nothing', [move(0, 0), move(65536, 0), move(1, 0)], 1],
+    ['the square wraps below nothing', [move(0, 0), move(46341, 0), move(1, 0)], 1],
+    ['the square stays', [move(0, 0), move(46340, 0), move(1, 0)], 0],
+    ['the difference wraps', [move(-2147483648, 0), move(2147483647, 0), move(0, 0)], 1],
+  ]; // prettier-ignore
+  for (const [name, list, dropped] of cases) {
+    test(name, () => {
+      assert.equal(factsOf(list).dropped, dropped);
+      assert.equal(list.length - plainOptimised(list).length, dropped);
+    });
+  }
+
+  test('random macros, beside the plain form', () => {
+    const random = randomFrom(20261121);
+    const kinds = [
+      'Mouse Click at X:5 Y:5',
+      'Keyboard VK: 65 (DOWN)',
+      'Rel Move dX:1 dY:1',
+      'Autoclicker ON',
+    ];
+    let dropped = 0;
+    for (let round = 0; round < 3000; round++) {
+      const span = [3, 12, 40, 70000, 4294967296][random(5)];
+      const list = Array.from({ length: random(30) }, () =>
+        random(6) ? move((random(span) - span / 2) | 0, random(12)) : event(kinds[random(4)]),
+      );
+      const expected = list.length - plainOptimised(list).length;
+      assert.equal(factsOf(list).dropped, expected, JSON.stringify(list.map((one) => one.desc)));
+      dropped += expected;
+    }
+    assert.ok(dropped > 3000, `${dropped} drops in all`);
+  });
+});
+
+describe('facts and drawing', () => {
+  test('counts, length, box, held keys, tools', () => {
+    const read = factsOf([
+      move(-5, 10, 0.5),
+      event('Keyboard VK: 65 (DOWN)', 1),
+      event('Keyboard VK: 65 (DOWN)', 1.1),
+      event('Keyboard VK: 66 (DOWN)', 1.2),
+      event('Keyboard VK: 66 (UP)', 1.3),
+      event('Keyboard VK: 67 (UP)', 1.4),
+      event('Mouse Click at X:70 Y:80', 9),
+      event('Mouse Scroll Delta: 120', 3),
+      event('Key Spammer ON', 3.5),
+      event('Autoclicker ON', 3.6),
+      event('Autoclicker OFF', 3.7),
+      event('Rel Move dX:100 dY:-200', 4),
+    ]);
+    assert.deepEqual(read.counts, [2, 1, 1, 5, 3]);
+    assert.equal(read.length, 9, 'the latest time, wherever it stands');
+    assert.deepEqual(read.box, { left: -5, top: -120, right: 170, bottom: 80 });
+    assert.equal(read.rawMoves, true);
+    assert.deepEqual(read.heldKeys, [{ vk: 65, index: 1 }], 'held from its first press on');
+    assert.equal(read.oddButtons, true);
+    assert.deepEqual(read.toolsOn, [2]);
+    assert.equal(factsOf([event('Autoclicker ON')]).box, null);
+  });
+
+  test('the path lies where the positions are, and keeps its shape', () => {
+    const size = { width: 200, height: 100, margin: 10 };
+    const list = [move(0, 0), event('Mouse Click at X:100 Y:100'), move(200, 0)];
+    const { result } = finish(raster.drawPath(columnsOf(list), factsOf(list).box, size));
+    assert.deepEqual(result.frame, { left: 20, top: 10, right: 180, bottom: 90 });
+    assert.deepEqual(result.ends, [
+      { x: 20, y: 10 },
+      { x: 180, y: 10 },
+    ]);
+    assert.deepEqual(result.clicks, [{ x: 100, y: 90 }]);
+    for (let step = 0; step <= 80; step++) {
+      assert.ok(result.cells[(10 + step) * 200 + 20 + step] > 0, 'down without a gap');
+      assert.ok(result.cells[(90 - step) * 200 + 100 + step] > 0, 'and up');
+    }
+    assert.ok(result.cells[10 * 200 + 180] > result.cells[10 * 200 + 20], 'later is told from earlier');
+    assert.equal(result.cells.filter((late) => late > 0).length, 161, 'and nothing else');
+  });
+
+  test('a single place, huge distances and times out of order are drawn', () => {
+    const size = { width: 200, height: 100, margin: 10 };
+    for (const list of [
+      [move(5, 5)],
+      [move(-2147483648, -2147483648), move(2147483647, 2147483647)],
+      [move(0, 0, 5), move(9, 9, -3), event('Keyboard VK: 65 (DOWN)', 4), event('Keyboard VK: 65 (UP)', 1)],
+    ]) {
+      const read = factsOf(list);
+      const { result } = finish(raster.drawPath(columnsOf(list), read.box, size));
+      assert.ok(result.cells.some((late) => late > 0));
+      const strip = finish(raster.drawStrip(columnsOf(list), read, 50)).result;
+      assert.equal(
+        strip.marks.reduce((sum, lane) => sum + lane.reduce((a, b) => a + b, 0), 0),
+        list.length,
+      );
+      assert.ok(strip.held.every((count) => count >= 0));
+    }
+  });
+
+  test('the strip holds every event in its column, and keys while they are down', () => {
+    const list = [
+      move(1, 2, 0),
+      event('Keyboard VK: 65 (DOWN)', 2),
+      event('Keyboard VK: 65 (DOWN)', 2.5),
+      event('Keyboard VK: 65 (UP)', 4),
+      event('Mouse Scroll Delta: 120', 6),
+      event('Keyboard VK: 66 (DOWN)', 8),
+      move(3, 4, 10),
+    ];
+    const strip = finish(raster.drawStrip(columnsOf(list), factsOf(list), 10)).result;
+    assert.deepEqual([...strip.marks[0]], [1, 0, 0, 0, 0, 0, 0, 0, 0, 1]);
+    assert.deepEqual([...strip.marks[2]], [0, 0, 0, 0, 0, 0, 1, 0, 0, 0]);
+    assert.deepEqual([...strip.marks[3]], [0, 0, 2, 0, 1, 0, 0, 0, 1, 0]);
+    assert.deepEqual([...strip.held], [0, 0, 1, 1, 1, 0, 0, 0, 1, 1]);
+    assert.deepEqual([...strip.first], [0, 1, 1, 3, 3, 4, 4, 5, 5, 6]);
+    assert.deepEqual([strip.x[5], strip.y[9]], [1, 4]);
+  });
+
+  test('a million events: slices of a bounded number of events, whatever they are', () => {
+    const random = randomFrom(3);
+    const list = Array.from({ length: 1_000_000 }, (_, i) => move(random(1920), random(1080), i / 1000));
+    const spent = {};
+    const measure = (name, work) => {
+      const started = process.cpuUsage();
+      const { result, slices } = finish(work);
+      const { user, system } = process.cpuUsage(started);
+      spent[name] = Math.round((user + system) / 1000);
+      assert.ok(slices >= 5, `${name}: ${slices} slices`);
+      return result;
+    };
+    const columns = measure('read', data.readColumns(list));
+    const read = measure('facts', facts.factsOf(columns));
+    measure('filter', data.rowsOfGroups(columns, new Set(['moves'])));
+    measure('path', raster.drawPath(columns, read.box, { width: 740, height: 260, margin: 20 }));
+    measure('strip', raster.drawStrip(columns, read, 320));
+    console.log(`# ms of processor for a million far jumps: ${JSON.stringify(spent)}`);
+  });
+});
+
+const strip = (page) => page.getByRole('slider', { name: 'Time in the macro' });
+const drawn = (page, count) =>
+  page.waitForFunction(
+    (events) =>
+      [...document.querySelectorAll('.picture__canvas, .strip__canvas')].every(
+        (canvas) => canvas.dataset.events === String(events),
+      ),
+    count,
+  );
+const inkOf = (page, selector) =>
+  page.evaluate((where) => {
+    const canvas = document.querySelector(where);
+    if (canvas.width === 0) return 0;
+    const { data: dots } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+    let ink = 0;
+    for (let i = 3; i < dots.length; i += 4) if (dots[i] > 0) ink += dots[i - 1] + dots[i - 2] * 3 + 1;
+    return ink;
+  }, selector);
+
+describe('the panel', () => {
+  test('the picture is there, changes with the macro, and says in words what it shows', async () => {
+    const page = await pages.open({ before: kTour });
+    const count = await page.evaluate(() => host.events.length);
+    await drawn(page, count);
+    const before = [await inkOf(page, '.picture__canvas'), await inkOf(page, '.strip__canvas')];
+    assert.ok(
+      before.every((ink) => ink > 1000),
+      before.join(' '),
+    );
+    assert.ok(
+      await page.getByRole('img', { name: /^Pointer path: 361 moves and 18 button events in / }).isVisible(),
+    );
+    await page.locator('#panel-tracker').scrollIntoViewIfNeeded();
+    await picture(page, 'macro-tour', { fullPage: true });
+
+    await change(page, 'host.events.splice(100)');
+    await drawn(page, 100);
+    const now = [await inkOf(page, '.picture__canvas'), await inkOf(page, '.strip__canvas')];
+    assert.notEqual(now[0], before[0]);
+    assert.notEqual(now[1], before[1]);
+    assert.deepEqual(page.faults, []);
+    await pages.close(page);
+  });
+
+  test('it is drawn once for a macro, however many polls there are', async () => {
+    const page = await pages.open({ before: kTour });
+    await drawn(page, await page.evaluate(() => host.events.length));
+    await page.evaluate(() => {
+      window.paints = 0;
+      const put = CanvasRenderingContext2D.prototype.putImageData;
+      CanvasRenderingContext2D.prototype.putImageData = function (...args) {
+        window.paints++;
+        return put.apply(this, args);
+      };
+    });
+    for (let i = 0; i < 3; i++) await change(page, `host.status.autoClicking = ${i % 2 === 0}`);
+    assert.equal(await page.evaluate(() => window.paints), 0);
+    await pages.close(page);
+  });
+
+  test('along the strip: the time under the pointer and the keyboard, and its place in the list', async () => {
+    const page = await pages.open({ before: kTour });
+    await drawn(page, await page.evaluate(() => host.events.length));
+    await strip(page).evaluate((element) => element.scrollIntoView({ block: 'center' }));
+    const box = await strip(page).boundingBox();
+    await page.mouse.move(box.x + box.width / 2, box.y + 20);
+    await page
+      .locator('#picture-hint')
+      .getByText(/^\d+\.\d{3} s: event \d+, /)
+      .waitFor();
+    await page.mouse.click(box.x + box.width * 0.8, box.y + 20);
+    const chosen = page.locator('#events [aria-selected=true]');
+    await chosen.waitFor();
+    const length = await page.evaluate(() => Math.max(...host.events.map((one) => one.time)));
+    const time = Number((await chosen.locator('.event__time').innerText()).trim());
+    assert.ok(Math.abs(time - length * 0.8) < length * 0.05, `${time} of ${length}`);
+
+    await strip(page).focus();
+    await page.keyboard.press('Home');
+    assert.match(await strip(page).getAttribute('aria-valuetext'), /^0\.000 s: event 1, Move to 600, 400$/);
+    await page.keyboard.press('PageUp');
+    const tenth = Number(await strip(page).getAttribute('aria-valuenow'));
+    assert.ok(Math.abs(tenth - length / 10) < length * 0.02, `${tenth}`);
+    await page.keyboard.press('End');
+    assert.equal(Number(await strip(page).getAttribute('aria-valuenow')), Number(length.toFixed(3)));
+    await page.keyboard.press('Enter');
+    await page.waitForFunction(
+      () =>
+        document.querySelector('#events [aria-selected=true]')?.ariaPosInSet === String(host.events.length),
+    );
+    await picture(page, 'macro-strip', { fullPage: true });
+    await pages.close(page);
+  });
+
+  test('keys that stay held are named, and found in the list', async () => {
+    const page = await pages.open({ before: kTour });
+    const note = page.getByRole('status', { name: 'Left at the end' });
+    await note.getByText('Still held at the end: Left Shift and W. Playback releases no key.').waitFor();
+    await button(page, 'Buttons 18').click();
+    await button(page, 'Keys 20').click();
+    await button(page, 'Select the held keys in the list').click();
+    await page.waitForFunction(() => document.querySelectorAll('#events [aria-selected=true]').length === 2);
+    const texts = await page.locator('#events [aria-selected=true] .event__text').allInnerTexts();
+    assert.deepEqual(texts, ['Key Left Shift down', 'Key W down']);
+
+    await change(
+      page,
+      "host.events = [{ time: 0, desc: 'Keyboard VK: 65 (DOWN)' }, { time: 1, desc: 'Keyboard VK: 65 (UP)' }]",
+    );
+    await note.getByText('Every key that goes down comes up again.').waitFor();
+    await change(page, "host.events = [{ time: 0, desc: 'Mouse Click at X:1 Y:1' }]");
+    await note.getByText('The button events do not pair up: a button may stay pressed.').waitFor();
+    await change(
+      page,
+      `host.events = [{ time: 0, desc: 'Autoclicker ON' }, { time: 0, desc: 'Key Spammer ON' },
+      { time: 1, desc: 'Autoclicker OFF' }]`,
+    );
+    await note.getByText('Key presser left on: stopped when playback ends.').waitFor();
+    await change(
+      page,
+      `host.events = [65, 66, 67, 68, 69, 70].map((key) => ({ time: 0, desc: 'Keyboard VK: ' + key + ' (DOWN)' }))`,
+    );
+    await note.getByText('Still held at the end: A, B, C and 3 more.').waitFor();
+    await pages.close(page);
+  });
+
+  test('optimising: what it would drop, and what it dropped', async () => {
+    const page = await pages.open({
+      before: `host.events = Array.from({ length: 1204 }, (_, i) => ({ time: i / 100, desc: 'Abs Move to X:' + i % 5 + ' Y:0' }));
+        host.commands.optimizeMacro = () => void (host.events = [host.events[0], host.events[7], host.events[1203]]);`,
+    });
+    await page.getByText('Drop 1,202 of 1,204 moves, within 10 px of the last one kept.').waitFor();
+    await button(page, 'Optimise').click();
+    assert.deepEqual(await expectCall(page, 'optimizeMacro'), ['']);
+    await page.getByText('Dropped 1,201 moves.').waitFor();
+    await page.getByText('Again: drop 1 of 3 moves').waitFor();
+    await picture(page, 'optimised', { fullPage: true });
+    await change(page, "host.events = [{ time: 0, desc: 'Abs Move to X:1 Y:1' }]");
+    await page.getByText('No move would be dropped.').waitFor();
+    await button(page, 'Optimise').click({ force: true });
+    await settled(page);
+    assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);
+    await pages.close(page);
+  });
+
+  test('what a round takes', async () => {
+    const page = await pages.open({
+      before: "host.events = [{ time: 6.2, desc: 'Autoclicker ON' }]; host.settings.tspd = 2",
+    });
+    await page.getByText('One round takes 3.1 s.').waitFor();
+    await page.getByLabel('Loop').click();
+    await page.getByText('One round takes 3.1 s, with the pause 3.6 s, 1,000 rounds an hour.').waitFor();
+    await pages.close(page);
+    const long = await pages.open({ before: "host.events = [{ time: 3725, desc: 'Autoclicker ON' }]" });
+    await long.getByText('One round takes 1 h 2 min.').waitFor();
+    await pages.close(long);
+  });
+
+  test('with nothing recorded there is one thing to do', async () => {
+    const page = await pages.open();
+    await button(page, 'Start a recording').click();
+    assert.deepEqual(await expectCall(page, 'startRecording'), ['']);
+    await page.getByText('Drawn when the recording ends.').waitFor();
+    await change(
+      page,
+      "host.status.state = 'Idle'; host.events = [{ time: 0, desc: 'Keyboard VK: 65 (UP)' }]",
+    );
+    await page.getByText('No pointer positions in this macro.').waitFor();
+    await change(
+      page,
+      `host.events = [{ time: 0, desc: 'Rel Move dX:30 dY:-40' }, { time: 1, desc: 'Rel Move dX:5 dY:5' }]`,
+    );
+    await page.getByText('Raw moves added up: X 30 to 35, Y -40 to -35').waitFor();
+    await picture(page, 'raw-moves', { fullPage: true });
+    await pages.close(page);
+  });
+
+  for (const [width, height] of [
+    [360, 560],
+    [420, 560],
+    [1200, 800],
+  ]) {
+    test(`at ${width} by ${height}`, async () => {
+      const page = await pages.open({ before: kTour, viewport: { width, height } });
+      await drawn(page, await page.evaluate(() => host.events.length));
+      await page.locator('#events-3').click();
+      await page.locator('#events-6').click({ modifiers: ['Shift'] });
+      const clipped = await page.evaluate(() =>
+        [...document.querySelectorAll('#panel-tracker :is(button, p, .filter__chip span, .strip span)')]
+          .filter((element) => element.scrollWidth > element.clientWidth + 1 && element.clientWidth > 0)
+          .map((element) => element.innerText),
+      );
+      assert.deepEqual(clipped, [], 'no words are cut off');
+      assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= width);
+      await picture(page, `macro-${width}`, { fullPage: true });
+      await pages.close(page);
+    });
+  }
+
+  test('graph parts stand out from their ground by 3 to 1', async () => {
+    const page = await pages.open();
+    const ratios = await page.evaluate(() => {
+      const probe = document.createElement('i');
+      document.body.append(probe);
+      const luminance = (name) => {
+        probe.style.color = `var(${name})`;
+        const [r, g, b] = getComputedStyle(probe)
+          .color.match(/[\d.]+/g)
+          .map((text) => Number(text) / 255)
+          .map((part) => (part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4));
+        return 0.2126 * r + 0.7152 * g + 0.0722 * b;
+      };
+      const ratio = (a, b) => {
+        const [high, low] = [luminance(a), luminance(b)].sort((x, y) => y - x);
+        return (high + 0.05) / (low + 0.05);
+      };
+      const parts = ['early', 'late', 'moves', 'buttons', 'wheel', 'keys', 'tools'].map(
+        (name) => `--graph-${name}`,
+      );
+      return [...parts, '--line-strong', '--focus'].flatMap((part) => [
+        [part, ratio(part, '--bg-field')],
+        ...(part.includes('graph')
+          ? [[`${part} on a chip`, part.match(/early|late/) ? 9 : ratio(part, '--bg-chosen')]]
+          : []),
+      ]);
+    });
+    assert.deepEqual(
+      ratios.filter(([, ratio]) => ratio < 3),
+      [],
+    );
+    await pages.close(page);
+  });
+});

@@ -1,0 +1,39 @@
+// Which kinds of events the list shows, with how many there are of each.
+import { groupedNumber } from '../components/numbers';
+import { recording } from '../store';
+import { type Group, kGroups } from './macro-data';
+import { reading, setGroupShown, shownGroups, view } from './macro-model';
+
+const kTitles: Record<Group, string> = {
+  moves: 'Moves',
+  buttons: 'Buttons',
+  wheel: 'Wheel',
+  keys: 'Keys',
+  tools: 'Tools',
+};
+
+export function FilterChips() {
+  const counts = recording.value ? undefined : reading.value?.facts.counts;
+  return (
+    <div class="filter" role="group" aria-label="Kinds of events shown">
+      {kGroups.map((group, i) => {
+        const count = counts?.[i] ?? 0;
+        const shown = shownGroups.value.has(group);
+        return (
+          <button
+            key={group}
+            type="button"
+            class="filter__chip"
+            aria-pressed={shown}
+            disabled={!counts || view.value.list.length === 0}
+            onClick={() => setGroupShown(group, !shown)}
+          >
+            <span class="filter__title">{kTitles[group]}</span>{' '}
+            <span class={`filter__mark filter__mark--${group}`} aria-hidden="true" />
+            <span class="filter__count">{groupedNumber(count)}</span>
+          </button>
+        );
+      })}
+    </div>
+  );
+}
