@@ -1,4 +1,5 @@
 import { has } from './bridge';
+import { Board } from './components/board';
 import { Button } from './components/button';
 import { WarningDialog } from './components/warning-dialog';
 import { HotkeysPanel } from './panels/hotkeys';
@@ -9,17 +10,19 @@ import { ProfilePanel } from './panels/profile';
 import { StateLine } from './state-line';
 import { failure } from './store';
 
+const panels = {
+  ...(has('getProfiles') && { 'panel-profile': ProfilePanel }),
+  'panel-spammer': ClickerPanel,
+  'panel-keyspam': PresserPanel,
+  'panel-tracker': MacroPanel,
+  'panel-ui': HotkeysPanel,
+};
+
 export function App() {
   return (
     <>
       <StateLine />
-      <main id="dashboard">
-        {has('getProfiles') && <ProfilePanel />}
-        <ClickerPanel />
-        <PresserPanel />
-        <MacroPanel />
-        <HotkeysPanel />
-      </main>
+      <Board panels={panels} />
       <WarningDialog />
       <Failure />
     </>

@@ -1,9 +1,10 @@
 import { render } from 'preact';
 import { plugPromiseLeak } from './bridge';
 import { App } from './app';
+import { fitFirstWindow, installFit } from './fit';
 import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
 import { startPolling } from './poll';
-import { clicking, picking, playing } from './store';
+import { clicking, known, picking, playing } from './store';
 import './theme.css';
 import './app.css';
 
@@ -25,9 +26,23 @@ document.addEventListener(
   { capture: true },
 );
 
+// The first answers decide how the page looks, so it is shown when they are in, or when they have taken too long.
+const kFirstAnswers = 800; // ms
+async function show(root: HTMLElement, answers: Promise<unknown>[]): Promise<void> {
+  await Promise.race([
+    Promise.all(answers),
+    new Promise((resolve) => window.setTimeout(resolve, kFirstAnswers)),
+  ]);
+  // The answers are drawn before anything is seen.
+  await new Promise((resolve) => window.setTimeout(resolve));
+  root.classList.add('app--known');
+  known.value = true;
+  fitFirstWindow();
+}
+
+installFit();
 const root = document.getElementById('app');
-if (root) render(<App />, root);
-void fetchAppSettings();
-void fetchSettings();
-void fetchProfiles();
-startPolling();
+if (root) {
+  render(<App />, root);
+  void show(root, [fetchAppSettings(), fetchSettings(), fetchProfiles(), startPolling()]);
+}

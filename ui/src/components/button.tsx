@@ -10,6 +10,7 @@ export interface ButtonProps {
   label?: string; // the accessible name, where the visible words are not enough; it must contain them
   disabled?: boolean;
   waiting?: boolean; // not to be pressed now, but keeps the focus
+  pending?: boolean; // pressed, and the program has not shown yet what came of it
   large?: boolean;
   describedBy?: string;
   buttonRef?: Ref<HTMLButtonElement>;
@@ -21,11 +22,12 @@ export function Button(props: ButtonProps) {
     <button
       type="button"
       ref={props.buttonRef ?? null}
-      class={`button button--${kind}${large ? ' button--large' : ''}`}
+      class={`button button--${kind}${large ? ' button--large' : ''}${props.pending ? ' button--pending' : ''}`}
       aria-label={props.label}
       aria-describedby={props.describedBy}
       disabled={props.disabled}
       aria-disabled={props.waiting || undefined}
+      aria-busy={props.pending || undefined}
       onClick={() => !props.waiting && props.onPress()}
     >
       {props.icon && <Icon name={props.icon} />}
