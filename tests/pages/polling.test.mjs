@@ -203,3 +203,60 @@ test('a late answer about the settings does not undo what the person has set mea
   assert.ok(await page.getByLabel('Right', { exact: true }).isChecked());
   await pages.close(page);
 });
+
+test('a page left open for a day keeps its memory', async () => {
+  const kDay = 691_200; // polls, eight a second
+  const page = await pages.open({
+    viewport: { width: 420, height: 560 },
+    // Timers end at once, without the pause that browsers put between them, but for those that watch over an answer.
+    before: `const channel = new MessageChannel();
+      const due = new Map();
+      let given = 1e9;
+      const later = window.setTimeout.bind(window);
+      const forget = window.clearTimeout.bind(window);
+      channel.port1.onmessage = ({ data }) => { const run = due.get(data); due.delete(data); run?.(); };
+      window.hurry = false;
+      window.setTimeout = (run, pause, ...rest) => {
+        if (!window.hurry || pause >= 3000) return later(run, pause, ...rest);
+        due.set(++given, run);
+        channel.port2.postMessage(given);
+        return given;
+      };
+      window.clearTimeout = (id) => { if (!due.delete(id)) forget(id); };
+      const answer = host.commands.getTrackerStatus;
+      host.commands.getTrackerStatus = () => {
+        // What a day holds: tools that start and stop, keys that are added, macros that grow.
+        if (host.polls % 200 === 0) {
+          const turn = host.polls / 200;
+          host.status.autoClicking = turn % 2 === 1;
+          host.status.unlocked = turn % 5 !== 0;
+          host.status.keySpamTargets = Array.from({ length: turn % 7 }, (_, i) => 'Key ' + (turn + i));
+          host.events = Array.from({ length: turn % 40 }, (_, i) => ({ time: i, desc: 'Autoclicker ON' }));
+          host.calls.length = 0;
+        }
+        return answer();
+      };`,
+  });
+  await settled(page);
+  const session = await page.context().newCDPSession(page);
+  const measure = async (polls) => {
+    await page.evaluate(() => (window.hurry = true));
+    await page.waitForFunction((wanted) => host.polls >= wanted, polls, { timeout: 240_000, polling: 200 });
+    await page.evaluate(() => (window.hurry = false));
+    await settled(page);
+    await session.send('HeapProfiler.collectGarbage');
+    const { usedSize } = await session.send('Runtime.getHeapUsage');
+    const { nodes, jsEventListeners } = await session.send('Memory.getDOMCounters');
+    return { usedSize, nodes, jsEventListeners };
+  };
+  const early = await measure(kDay / 20);
+  const late = await measure(kDay);
+  const told = JSON.stringify({ early, late });
+  // Two bytes a poll would already be more.
+  assert.ok(late.usedSize - early.usedSize < 1_300_000, told);
+  assert.ok(late.nodes - early.nodes < 400, told);
+  assert.ok(late.jsEventListeners - early.jsEventListeners < 100, told);
+  assert.equal(await page.evaluate(() => Object.keys(host.promises).length), 0);
+  assert.deepEqual(page.faults, []);
+  await pages.close(page);
+});

@@ -34,7 +34,7 @@ function resizeHostWindow(): void {
 export function fitWindow(): void {
   const before = shownHeight;
   shownHeight = contentHeight();
-  if (suspended || fillsScreen()) return;
+  if (shownHeight === before || suspended || fillsScreen()) return;
   const allInSight = window.innerHeight >= before || window.innerHeight === fittedHeight;
   if (allInSight || shownHeight < window.innerHeight) request(shownHeight);
 }

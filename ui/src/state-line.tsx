@@ -182,16 +182,18 @@ function detail(running: Running[]): ComponentChildren {
 function startingKeys(): ComponentChildren {
   const words = { auto: 'click', keyspamhotkey: 'press', rec: 'record', play: 'play' } as const;
   const captures = Object.keys(words) as (keyof typeof words)[];
-  return captures
-    .filter((capture) => keyOf(capture) !== '')
-    .map((capture, i) => (
-      <Fragment key={capture}>
-        {i > 0 && ' '}
-        <span class="state-line__pair">
-          <KeyCap name={keyOf(capture)} /> {words[capture]}
-        </span>
-      </Fragment>
-    ));
+  const acting = captures.filter((capture) => keyOf(capture) !== '');
+  if (acting.length === 0 && status.value.hkUnlock !== '') {
+    return 'Every hotkey has the key that locks and unlocks.';
+  }
+  return acting.map((capture, i) => (
+    <Fragment key={capture}>
+      {i > 0 && ' '}
+      <span class="state-line__pair">
+        <KeyCap name={keyOf(capture)} /> {words[capture]}
+      </span>
+    </Fragment>
+  ));
 }
 
 function stoppingKeys(running: Running[]): ComponentChildren {

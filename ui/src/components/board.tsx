@@ -58,7 +58,7 @@ export function Board({ panels }: { panels: Partial<Record<PanelId, () => Compon
           return <Shown key={id} />;
         })}
       </main>
-      <p class="unseen" id="grip-help">
+      <p hidden id="grip-help">
         Drag it, or press the arrow keys.
       </p>
       <div class="unseen" role="status" aria-label="Panel order">
