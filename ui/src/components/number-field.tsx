@@ -131,6 +131,11 @@ function Step(props: {
     if (repeated.current) latest.current.onRelease();
     repeated.current = false;
   };
+  // No click follows.
+  const leave = () => {
+    release();
+    byPointer.current = false;
+  };
   useEffect(() => () => window.clearTimeout(timer.current), []);
   const press = (event: PointerEvent) => {
     if (event.button !== 0 || props.disabled) return;
@@ -153,8 +158,8 @@ function Step(props: {
       disabled={props.disabled}
       onPointerDown={press}
       onPointerUp={release}
-      onPointerLeave={release}
-      onPointerCancel={release}
+      onPointerLeave={leave}
+      onPointerCancel={leave}
       onClick={(event) => {
         // A press that came without a pointer: from a screen reader.
         if (!byPointer.current) props.onStep(event.shiftKey);
