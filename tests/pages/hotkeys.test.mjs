@@ -105,8 +105,11 @@ test('the switches: hotkeys on, and the lock', async () => {
 test('the reset asks where keys of the person would go, and not where none would', async () => {
   const page = await pages.open({ before: "host.status.hkAuto = 'Num 5'" });
   await settled(page);
+  const height = () => page.evaluate(() => document.documentElement.scrollHeight);
+  const before = await height();
   await button(page, 'Reset hotkeys').click();
   await page.getByText('Back to F6, F9, F8, F7 and F10? This cannot be undone.').waitFor();
+  assert.equal(await height(), before, 'the question takes no further room');
   assert.equal(await page.evaluate(() => document.activeElement.innerText), 'Cancel', 'the safe choice');
   await picture(page, 'hotkeys-reset');
   await page.keyboard.press('Escape');
