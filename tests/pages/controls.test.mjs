@@ -67,7 +67,7 @@ const rows = [
   ['moves', (p) => p.getByLabel('Moves', { exact: true }).click(), 'updateTracker', 'false,true,true,true,false,1,false,500'],
   ['buttons', (p) => p.getByLabel('Buttons').click(), 'updateTracker', 'true,false,true,true,false,1,false,500'],
   ['wheel', (p) => p.getByLabel('Wheel').click(), 'updateTracker', 'true,true,false,true,false,1,false,500'],
-  ['keys', (p) => p.getByRole('switch', { name: 'Keys' }).click(), 'updateTracker', 'true,true,true,false,false,1,false,500'],
+  ['keys', (p) => p.getByRole('switch', { name: 'Keys', exact: true }).click(), 'updateTracker', 'true,true,true,false,false,1,false,500'],
   ['raw moves', (p) => p.getByLabel('Raw moves').click(), 'updateTracker', 'true,true,true,true,true,1,false,500'],
   ['speed', (p) => fill(p, 'Playback speed', '1.5'), 'updateTracker', 'true,true,true,true,false,1.5,false,500'],
   ['slow', (p) => fill(p, 'Playback speed', '.05'), 'updateTracker', 'true,true,true,true,false,0.05,false,500'],
@@ -129,6 +129,7 @@ test('the settings of the program are shown', async () => {
     ...['Middle', 'Double', 'Count', 'Fixed', 'Hold to run'],
     ...['Together', 'Count', 'Hold to run'],
     ...['Loop', 'Raw moves'],
+    ...['Hotkeys on', 'Hotkey lock'],
   ]);
   assert.ok(await page.getByText('Fixed place: X -640, Y 360').isVisible());
   await pages.close(page);

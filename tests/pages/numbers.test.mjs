@@ -93,21 +93,114 @@ test('readings', async () => {
   assert.equal(stepped(530, 100, 1, { ...whole, max: 1e9 }), 600);
 });
 
-test('the rate that the settings mean', async () => {
-  const { rateText, milliseconds } = await importSource('panels/interval.tsx');
+test('the rate that the settings mean, and what the timer makes of it', async () => {
+  const { rateText, rateLimit, timeText, milliseconds } = await importSource('rate.ts');
   const of = (hours, minutes, seconds, ms) => ({ hours, minutes, seconds, milliseconds: ms });
+  const click = { one: 'click', many: 'clicks', length: 0 };
+  const double = { one: 'double click', many: 'double clicks', length: 15 };
   assert.equal(milliseconds(of(1, 2, 3, 4)), 3723004);
-  assert.equal(rateText(of(0, 0, 0, 5), 'clicks'), 'Up to 200 clicks/s');
-  assert.equal(rateText(of(0, 0, 0, 1), 'clicks'), 'Up to 1,000 clicks/s');
-  assert.equal(
-    rateText(of(0, 0, 0, 0), 'clicks'),
-    'Up to 1,000 clicks/s',
-    'nothing is faster than a millisecond',
+  for (const [interval, rate, limit, limited] of [
+    [of(0, 0, 0, 50), '20 clicks/s', ''],
+    [of(0, 0, 0, 20), '50 clicks/s', ''],
+    [of(0, 0, 0, 5), 'Up to 200 clicks/s', 'The timer ticks every ms: expect 167 to 200 clicks/s.'],
+    [of(0, 0, 0, 3), 'Up to 333 clicks/s', 'The timer ticks every ms: expect 250 to 333 clicks/s.'],
+    [of(0, 0, 0, 1), 'Up to 1,000 clicks/s', 'The timer ticks every ms: expect 500 to 1,000 clicks/s.'],
+    [of(0, 0, 0, 0), 'Up to 1,000 clicks/s', 'The timer cannot go below 1 ms: 500 to 1,000 clicks/s.', true],
+    [of(0, 0, 0, -9), 'Up to 1,000 clicks/s', 'The timer cannot go below 1 ms: 500 to 1,000 clicks/s.', true],
+    [of(0, 0, 1, 0), '1 click/s', ''],
+    [of(0, 0, 1, 500), '1 click every 1.5 s', ''],
+    [of(0, 2, 5, 0), '1 click every 2 min 5 s', ''],
+    [of(2, 0, 0, 0), '1 click every 2 h', ''],
+    [of(1, 0, 0, 7), '1 click every 1 h 0.007 s', ''],
+  ]) {
+    assert.equal(rateText(interval, click), rate);
+    assert.deepEqual(rateLimit(interval, click), { text: limit, limited: limited ?? false }, rate);
+  }
+  assert.equal(rateText(of(0, 0, 0, 1), double), 'Up to 62.5 double clicks/s');
+  assert.deepEqual(rateLimit(of(0, 0, 0, 0), double), {
+    text: 'A double click takes 15 ms by itself: at most 62.5 a second.',
+    limited: true,
+  });
+  assert.deepEqual(rateLimit(of(0, 0, 0, 15), double), { text: '', limited: false });
+  assert.equal(timeText(0), '0 s');
+  assert.equal(timeText(3600000), '1 h');
+});
+
+test('the rate stands beside the fields, and says so where the settings ask for too much', async () => {
+  const page = await pages.open();
+  const clicker = page.locator('#panel-spammer');
+  const field = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
+  await field.fill('50');
+  await clicker.getByText('20 clicks/s', { exact: true }).waitFor();
+  await clicker.getByText('The pause after each click.').waitFor();
+  await field.fill('0');
+  await clicker.getByText('The timer cannot go below 1 ms: 500 to 1,000 clicks/s.').waitFor();
+  assert.equal(await clicker.locator('.group__hint--notable').count(), 1);
+  await page.getByLabel('Double').click();
+  await clicker.getByText('Up to 62.5 double clicks/s').waitFor();
+  const presser = page.locator('#panel-keyspam');
+  await page.getByRole('textbox', { name: 'Press interval: minutes' }).fill('2');
+  await presser.getByText('1 key every 2 min 0.005 s').waitFor();
+  await page.getByLabel('Together').click();
+  await presser.getByText('1 round every 2 min 0.005 s').waitFor();
+  await pages.close(page);
+});
+
+test('Shift and the page keys step ten times as far, the wheel changes nothing', async () => {
+  const page = await pages.open();
+  const field = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
+  for (const [key, value] of [
+    ['Shift+ArrowUp', '10'],
+    ['PageUp', '20'],
+    ['ArrowUp', '21'],
+    ['Shift+ArrowDown', '20'],
+    ['PageDown', '10'],
+  ]) {
+    await field.press(key);
+    assert.equal(await field.inputValue(), value, key);
+  }
+  await field.focus();
+  const { x, y } = await field.boundingBox();
+  await page.mouse.move(x + 5, y + 5);
+  await page.mouse.wheel(0, 120);
+  await page.mouse.wheel(0, -360);
+  await settled(page);
+  assert.equal(await field.inputValue(), '10');
+  const more = page.getByRole('button', { name: 'Click interval: milliseconds: more', exact: true });
+  await more.click({ modifiers: ['Shift'] });
+  assert.equal(await field.inputValue(), '20');
+  await pages.close(page);
+});
+
+test('a stepper that is held repeats, and sends the number where it stops', async () => {
+  const page = await pages.open();
+  await forgetCalls(page);
+  const field = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
+  const more = page.getByRole('button', { name: 'Click interval: milliseconds: more', exact: true });
+  await more.hover();
+  await page.mouse.down();
+  await page.waitForFunction(() => document.querySelectorAll('#panel-spammer input')[3].value > 9);
+  await page.mouse.up();
+  await settled(page);
+  const shown = await field.inputValue();
+  const sent = (await page.evaluate(() => host.calls.map(([, text]) => text))).map(
+    (text) => text.split(',')[3],
   );
-  assert.equal(rateText(of(0, 0, 0, 3), 'clicks'), 'Up to 333.3 clicks/s');
-  assert.equal(rateText(of(0, 0, 0, 5), 'double clicks', 15), 'Up to 50 double clicks/s');
-  assert.equal(rateText(of(0, 0, 1, 0), 'keys'), 'Up to 1 keys/s');
-  assert.equal(rateText(of(0, 0, 1, 500), 'clicks'), 'One every 1.5 s');
-  assert.equal(rateText(of(0, 1, 30, 0), 'clicks'), 'One every 90 s');
-  assert.equal(rateText(of(2, 0, 0, 0), 'clicks'), 'One every 120 min');
+  assert.equal(sent[0], '6', 'the first step at once');
+  assert.equal(sent.at(-1), shown);
+  assert.ok(sent.length <= 3, `not every step: ${sent}`);
+  await settled(page);
+  assert.equal(await field.inputValue(), shown, 'it has ended');
+  // Left while it is pressed, it ends too.
+  await more.hover();
+  await page.mouse.down();
+  await page.mouse.move(5, 5);
+  const left = await field.inputValue();
+  await page.waitForTimeout(600);
+  assert.equal(await field.inputValue(), left);
+  await page.mouse.up();
+  // Pressed without a pointer, as a screen reader does.
+  await more.evaluate((element) => element.click());
+  assert.equal(await field.inputValue(), String(Number(left) + 1));
+  await pages.close(page);
 });

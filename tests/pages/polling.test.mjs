@@ -203,3 +203,77 @@ test('a late answer about the settings does not undo what the person has set mea
   assert.ok(await page.getByLabel('Right', { exact: true }).isChecked());
   await pages.close(page);
 });
+
+// A day has 691,200 polls, eight a second, and takes a minute or more of a processor of its own. Each run makes a part
+// of it and reckons up; VARNELLE_WHOLE_DAY=1 makes all.
+test('a page left open for a day keeps its memory', async () => {
+  const kDay = 691_200;
+  const polls = process.env.VARNELLE_WHOLE_DAY === '1' ? kDay : 60_000;
+  const page = await pages.open({
+    viewport: { width: 420, height: 560 },
+    // In a hurry, a pause ends at once, and only now and then the browser gets a turn of its own. The watch over an
+    // answer never comes to its end.
+    before: `const channel = new MessageChannel();
+      const due = new Map();
+      let given = 1e9;
+      const later = window.setTimeout.bind(window);
+      const forget = window.clearTimeout.bind(window);
+      const end = (id) => { const run = due.get(id); due.delete(id); run?.(); };
+      channel.port1.onmessage = ({ data }) => end(data);
+      window.hurry = false;
+      window.setTimeout = (run, pause, ...rest) => {
+        if (!window.hurry) return later(run, pause, ...rest);
+        const id = ++given;
+        if (pause >= 3000) return id;
+        due.set(id, run);
+        if (host.polls % 100) queueMicrotask(() => end(id));
+        else channel.port2.postMessage(id);
+        return id;
+      };
+      window.clearTimeout = (id) => { if (id < 1e9) forget(id); else due.delete(id); };
+      const answer = host.commands.getTrackerStatus;
+      host.commands.getTrackerStatus = () => {
+        // What a day holds: tools that start and stop, keys that are added, macros that grow.
+        if (host.polls % 200 === 0) {
+          const turn = host.polls / 200;
+          host.status.autoClicking = turn % 2 === 1;
+          host.status.unlocked = turn % 5 !== 0;
+          host.status.keySpamTargets = Array.from({ length: turn % 7 }, (_, i) => 'Key ' + (turn + i));
+          host.events = Array.from({ length: turn % 40 }, (_, i) => ({ time: i, desc: 'Autoclicker ON' }));
+          host.calls.length = 0;
+        }
+        return answer();
+      };`,
+  });
+  await settled(page);
+  const session = await page.context().newCDPSession(page);
+  const measure = async (end) => {
+    // The waiting is done by an interval, which the hurry leaves alone.
+    await page.evaluate(async (wanted) => {
+      window.hurry = true;
+      await new Promise((done) => {
+        const look = setInterval(() => {
+          if (host.polls < wanted) return;
+          clearInterval(look);
+          window.hurry = false;
+          done();
+        }, 50);
+      });
+    }, end);
+    await settled(page);
+    await session.send('HeapProfiler.collectGarbage');
+    const { usedSize } = await session.send('Runtime.getHeapUsage');
+    const { nodes, jsEventListeners } = await session.send('Memory.getDOMCounters');
+    return { usedSize, nodes, jsEventListeners };
+  };
+  const early = await measure(polls / 5);
+  const late = await measure(polls);
+  const told = JSON.stringify({ early, late });
+  const grown = ((late.usedSize - early.usedSize) / (polls * 0.8)) * kDay;
+  assert.ok(grown < 6_000_000, `${grown} bytes a day: ${told}`);
+  assert.ok(late.nodes - early.nodes < 400, told);
+  assert.ok(late.jsEventListeners - early.jsEventListeners < 100, told);
+  assert.equal(await page.evaluate(() => Object.keys(host.promises).length), 0);
+  assert.deepEqual(page.faults, []);
+  await pages.close(page);
+});

@@ -45,12 +45,12 @@ const states = [
   [
     'capture-hotkey',
     `${kMacro} host.status.reassigning = 'rec';`,
-    'Idle Press the new record hotkey. Esc cancels.',
+    'Waiting for a key Press the new record hotkey. Esc cancels.',
   ],
   [
     'capture-key',
     `${kMacro} host.status.reassigning = 'keyspamtarget';`,
-    'Idle Press the key to add. Esc cancels.',
+    'Waiting for a key Press the key to add. Esc cancels.',
   ],
   [
     'many-keys',
@@ -62,7 +62,8 @@ const states = [
     'long-names',
     `host.profiles.names = ['W'.repeat(60)]; for (const key of ['hkRec', 'hkPlay', 'hkAuto', 'hkKeySpam', 'hkUnlock'])
       host.status[key] = 'Mouse 4 (Side)'; host.status.keySpamTargets = ['Right Ctrl', 'Scroll Lock', 'Print Screen'];`,
-    'Idle Mouse 4 (Side) click Mouse 4 (Side) press Mouse 4 (Side) record Mouse 4 (Side) play',
+    // One key for all: the unlock hotkey comes first, and no other acts.
+    'Idle Every hotkey has the key that locks and unlocks.',
   ],
   [
     'out-of-range-settings',
@@ -118,7 +119,7 @@ test('the picked place is waited for in sight', async () => {
   const page = await pages.open();
   await button(page, 'Pick location').click();
   await page.getByText('Click the place. Right-click cancels.').waitFor();
-  assert.equal(await stateText(page), 'Idle Click the place on the screen. Right-click cancels.');
+  assert.equal(await stateText(page), 'Picking a place Click the place on the screen. Right-click cancels.');
   await picture(page, 'picking', { fullPage: true });
   await pages.close(page);
 });
@@ -148,7 +149,7 @@ test('collapsed, all five panels fit the window', async () => {
 for (const [width, height] of [
   [360, 560],
   [800, 600],
-  [1280, 900],
+  [1200, 900],
 ]) {
   test(`at ${width} by ${height}`, async () => {
     const page = await pages.open({

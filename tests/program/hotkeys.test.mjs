@@ -181,6 +181,7 @@ test('resetting brings the hotkeys back', limit, async () => {
     (s) => s.hkAuto !== before.hkAuto,
   );
   await program.press('Reset hotkeys', hotkeys());
+  await program.press('Reset now', hotkeys());
   await program.waitForStatus((s) => s.hkAuto === before.hkAuto, 'back');
   await hand.tap(Key.F6);
   await clicking(true);

@@ -1,4 +1,5 @@
 import { has } from './bridge';
+import { Board } from './components/board';
 import { HeldMacroDialog } from './components/held-macro';
 import { Notices } from './components/notices';
 import { Preferences } from './components/preferences';
@@ -10,17 +11,19 @@ import { PresserPanel } from './panels/presser';
 import { ProfilePanel } from './panels/profile';
 import { StateLine } from './state-line';
 
+const panels = {
+  ...(has('getProfiles') && { 'panel-profile': ProfilePanel }),
+  'panel-spammer': ClickerPanel,
+  'panel-keyspam': PresserPanel,
+  'panel-tracker': MacroPanel,
+  'panel-ui': HotkeysPanel,
+};
+
 export function App() {
   return (
     <>
       <StateLine />
-      <main id="dashboard">
-        {has('getProfiles') && <ProfilePanel />}
-        <ClickerPanel />
-        <PresserPanel />
-        <MacroPanel />
-        <HotkeysPanel />
-      </main>
+      <Board panels={panels} />
       <Preferences />
       <WarningDialog />
       <HeldMacroDialog />

@@ -2,10 +2,11 @@ import { effect } from '@preact/signals';
 import { render } from 'preact';
 import { plugPromiseLeak } from './bridge';
 import { App } from './app';
+import { fitFirstWindow, installFit } from './fit';
 import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
 import { fetchWaiting, listenForImports } from './imports';
 import { startPolling } from './poll';
-import { appSettings, clicking, picking, playing } from './store';
+import { appSettings, clicking, known, picking, playing } from './store';
 import './theme.css';
 import './app.css';
 
@@ -31,11 +32,26 @@ effect(() => {
   document.documentElement.classList.toggle('still', appSettings.value.disableAnimations);
 });
 
-const root = document.getElementById('app');
-if (root) render(<App />, root);
-void fetchAppSettings();
-void fetchSettings();
-void fetchProfiles();
+// The first answers decide how the page looks, so it is shown when they are in, or when they have taken too long.
+const kFirstAnswers = 800; // ms
+async function show(root: HTMLElement, answers: Promise<unknown>[]): Promise<void> {
+  await Promise.race([
+    Promise.all(answers),
+    new Promise((resolve) => window.setTimeout(resolve, kFirstAnswers)),
+  ]);
+  // The answers are drawn before anything is seen.
+  await new Promise((resolve) => window.setTimeout(resolve));
+  root.classList.add('app--known');
+  known.value = true;
+  fitFirstWindow();
+  // A sheet takes the focus, which only what is seen can have.
+  void fetchWaiting();
+}
+
+installFit();
 listenForImports();
-void fetchWaiting();
-startPolling();
+const root = document.getElementById('app');
+if (root) {
+  render(<App />, root);
+  void show(root, [fetchAppSettings(), fetchSettings(), fetchProfiles(), startPolling()]);
+}

@@ -89,12 +89,13 @@ function eventsAreStale(before: Status, now: Status): boolean {
   return now.count !== events.value.length && now.count !== eventsFailedAt.value && !eventsLoading.value;
 }
 
-export function startPolling(): void {
+// Resolves after the first poll.
+export function startPolling(): Promise<void> {
   document.addEventListener('visibilitychange', () => {
     if (!document.hidden) pollSoon();
   });
   effect(() => {
     if (picking.value) pollSoon();
   });
-  void poll();
+  return poll();
 }

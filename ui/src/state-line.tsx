@@ -1,12 +1,19 @@
 import { Fragment, type ComponentChildren } from 'preact';
-import { stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
+import { has } from './bridge';
+import { setAppSwitch, stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
 import { Button } from './components/button';
-import { PreferencesButton } from './components/preferences';
+import { Icon, type IconName } from './components/icon';
 import { KeyCap } from './components/key-cap';
+import { groupedNumber } from './components/numbers';
+import { PreferencesButton } from './components/preferences';
+import { usePending } from './components/run-button';
+import { type Hotkey, kHotkeys, takenBy } from './hotkey-order';
 import type { Capture } from './reports';
 import {
   answering,
   clicking,
+  eventCount,
+  hotkeysOff,
   locked,
   picking,
   playing,
@@ -22,64 +29,123 @@ import './state-line.css';
 interface Running {
   word: string;
   kind: 'recording' | 'playing' | 'tool';
-  key: string;
+  sign: IconName;
+  hotkey: Hotkey['capture'];
   held: boolean; // the key runs the tool only while it is held
   stop: () => Promise<boolean>;
 }
 
 function whatRuns(): Running[] {
-  const { hkRec, hkPlay, hkAuto, hkKeySpam } = status.value;
   const { holdAuto, holdKeySpam } = settings.value;
-  const all: (Running | false)[] = [
-    recording.value && {
-      word: 'Recording',
-      kind: 'recording',
-      key: hkRec,
-      held: false,
-      stop: stopRecording,
-    },
-    playing.value && { word: 'Playing', kind: 'playing', key: hkPlay, held: false, stop: stopPlayback },
-    clicking.value && { word: 'Clicking', kind: 'tool', key: hkAuto, held: holdAuto, stop: stopClicking },
-    pressing.value && {
-      word: 'Pressing',
-      kind: 'tool',
-      key: hkKeySpam,
-      held: holdKeySpam,
-      stop: stopPressing,
-    },
+  const recorder: Running = {
+    word: 'Recording',
+    kind: 'recording',
+    sign: 'record',
+    hotkey: 'rec',
+    held: false,
+    stop: stopRecording,
+  };
+  const player: Running = {
+    word: 'Playing',
+    kind: 'playing',
+    sign: 'play',
+    hotkey: 'play',
+    held: false,
+    stop: stopPlayback,
+  };
+  const clicker: Running = {
+    word: 'Clicking',
+    kind: 'tool',
+    sign: 'pointer',
+    hotkey: 'auto',
+    held: holdAuto,
+    stop: stopClicking,
+  };
+  const presser: Running = {
+    word: 'Pressing',
+    kind: 'tool',
+    sign: 'key',
+    hotkey: 'keyspamhotkey',
+    held: holdKeySpam,
+    stop: stopPressing,
+  };
+  return [
+    ...(recording.value ? [recorder] : []),
+    ...(playing.value ? [player] : []),
+    ...(clicking.value ? [clicker] : []),
+    ...(pressing.value ? [presser] : []),
   ];
-  return all.filter((entry) => entry !== false);
+}
+
+// The name of the key that acts for a hotkey; empty where another hotkey takes it.
+function keyOf(capture: Hotkey['capture']): string {
+  if (takenBy(capture, status.value)) return '';
+  const field = kHotkeys.find((one) => one.capture === capture)?.field;
+  return field ? status.value[field] : '';
+}
+
+interface Look {
+  kind: Running['kind'] | 'idle' | 'waiting' | 'locked' | 'off';
+  sign: IconName | '';
+  title: string;
+}
+
+function look(running: Running[]): Look {
+  const first = running[0];
+  if (!answering.value) return { kind: 'off', sign: '', title: unanswered.value };
+  if (first) {
+    const title = running.map((entry, i) => (i ? entry.word.toLowerCase() : entry.word)).join(', ');
+    return { kind: first.kind, sign: first.sign, title };
+  }
+  if (reassigning.value) return { kind: 'waiting', sign: 'key', title: 'Waiting for a key' };
+  if (picking.value) return { kind: 'waiting', sign: 'target', title: 'Picking a place' };
+  if (hotkeysOff.value) return { kind: 'off', sign: 'off', title: 'Hotkeys off' };
+  if (locked.value) return { kind: 'locked', sign: 'lock', title: 'Hotkeys locked' };
+  return { kind: 'idle', sign: '', title: 'Idle' };
 }
 
 // What runs, and which key stops it. It stays in sight and keeps its height.
 export function StateLine() {
   const running = whatRuns();
-  const first = running[0];
-  const kind = first ? first.kind : locked.value ? 'locked' : 'idle';
-  const title = first
-    ? running.map((entry, i) => (i ? entry.word.toLowerCase() : entry.word)).join(', ')
-    : locked.value
-      ? 'Hotkeys locked'
-      : 'Idle';
+  const { kind, sign, title } = look(running);
+  const [stopping, pressStop] = usePending(running.length);
+  const offers = running.length === 0 && hotkeysOff.value && !reassigning.value && has('setAppSetting');
   return (
     <header class={`state-line state-line--${kind}`}>
-      <h1 class="state-line__name">Varnelle</h1>
-      <div class="state-line__text" role="status" aria-label="State">
-        <div class="state-line__title">
-          <span class="state-line__lamp" aria-hidden="true" />
-          {answering.value ? title : unanswered.value}
+      <h1 class="unseen">Varnelle</h1>
+      <span class="state-line__sign" aria-hidden="true">
+        {sign ? <Icon name={sign} /> : <span class="state-line__lamp" />}
+      </span>
+      <div class="state-line__text">
+        <div role="status" aria-label="State">
+          <div class="state-line__title">{title}</div>
+          <div class="state-line__detail">{detail(running)}</div>
         </div>
-        <div class="state-line__detail">{detail(running)}</div>
+        {/* Outside of what is read aloud at each change. */}
+        {recording.value && running.length === 1 && (
+          <div class="state-line__count">
+            {groupedNumber(eventCount.value)} {eventCount.value === 1 ? 'event' : 'events'}
+          </div>
+        )}
       </div>
-      {first && (
+      {running.length > 0 && (
         <Button
           kind="stop"
           large
           icon="stop"
           label="Stop everything"
-          onPress={() => running.forEach((entry) => void entry.stop())}
+          pending={stopping}
+          onPress={() => {
+            pressStop();
+            running.forEach((entry) => void entry.stop());
+          }}
         >
           Stop
+        </Button>
+      )}
+      {offers && (
+        <Button label="Turn on the hotkeys" onPress={() => void setAppSwitch('hotkeysEnabled', true)}>
+          Turn on
         </Button>
       )}
       <PreferencesButton />
@@ -100,6 +166,11 @@ const kCaptures: Record<Capture, string> = {
 function detail(running: Running[]): ComponentChildren {
   if (reassigning.value) return `Press ${kCaptures[reassigning.value]}. Esc cancels.`;
   if (picking.value) return 'Click the place on the screen. Right-click cancels.';
+  if (hotkeysOff.value) {
+    return running.length > 0
+      ? 'Hotkeys are off, so no key stops it. The Stop button does.'
+      : 'No key starts or stops anything.';
+  }
   if (locked.value) {
     return (
       <>
@@ -108,34 +179,36 @@ function detail(running: Running[]): ComponentChildren {
       </>
     );
   }
-  if (running.length === 0) {
-    const { hkAuto, hkKeySpam, hkRec, hkPlay } = status.value;
-    const pairs = [
-      [hkAuto, 'click'],
-      [hkKeySpam, 'press'],
-      [hkRec, 'record'],
-      [hkPlay, 'play'],
-    ] as const;
-    return (
-      <>
-        {pairs.map(([key, word], i) => (
-          <Fragment key={word}>
-            {i > 0 && ' '}
-            <span class="state-line__pair">
-              <KeyCap name={key} /> {word}
-            </span>
-          </Fragment>
-        ))}
-      </>
-    );
+  return running.length > 0 ? stoppingKeys(running) : startingKeys();
+}
+
+function startingKeys(): ComponentChildren {
+  const words = { auto: 'click', keyspamhotkey: 'press', rec: 'record', play: 'play' } as const;
+  const captures = Object.keys(words) as (keyof typeof words)[];
+  const acting = captures.filter((capture) => keyOf(capture) !== '');
+  if (acting.length === 0 && status.value.hkUnlock !== '') {
+    return 'Every hotkey has the key that locks and unlocks.';
   }
+  return acting.map((capture, i) => (
+    <Fragment key={capture}>
+      {i > 0 && ' '}
+      <span class="state-line__pair">
+        <KeyCap name={keyOf(capture)} /> {words[capture]}
+      </span>
+    </Fragment>
+  ));
+}
+
+function stoppingKeys(running: Running[]): ComponentChildren {
   const many = running.length > 1;
-  return running.map((entry, i) => (
+  const withKeys = running.filter((entry) => keyOf(entry.hotkey) !== '');
+  if (withKeys.length === 0) return 'No key stops it. The Stop button does.';
+  return withKeys.map((entry, i) => (
     <Fragment key={entry.word}>
       {i > 0 && ', '}
       <span class="state-line__pair">
         {entry.held && (i > 0 ? 'releasing ' : 'Releasing ')}
-        <KeyCap name={entry.key} /> {i === 0 && 'stops '}
+        <KeyCap name={keyOf(entry.hotkey)} /> {i === 0 && 'stops '}
         {many ? entry.word.toLowerCase() : 'it'}
       </span>
     </Fragment>

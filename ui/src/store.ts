@@ -6,6 +6,7 @@ import {
   firstSettings,
   idleStatus,
   type MacroEvent,
+  type PanelId,
   type ProfileList,
   type Settings,
   type Status,
@@ -20,8 +21,15 @@ export const eventsLoading = signal(false);
 // The event count at which fetching the list failed, so that it is not tried again at every poll; -1 if it did not.
 export const eventsFailedAt = signal(-1);
 
+// False until the program has told how the panels stand; nothing is painted before, so nothing jumps.
+export const known = signal(false);
+
 // True while a location pick is under way as far as the page can know; the program does not report it.
 export const picking = signal(false);
+// The panel whose place is being changed by buttons; empty for none.
+export const arranging = signal<PanelId | ''>('');
+// What screen readers are told of a panel's new place.
+export const announcement = signal('');
 // The sentence of the last command that failed, until it is dismissed or a command works.
 export const failure = signal('');
 // The program's file dialog that the page has asked for, while it is open.
@@ -39,6 +47,7 @@ export const playing = computed(() => status.value.state === 'Playing');
 export const clicking = computed(() => status.value.autoClicking);
 export const pressing = computed(() => status.value.keySpamming);
 export const locked = computed(() => status.value.lockOn && !status.value.unlocked);
+export const hotkeysOff = computed(() => !appSettings.value.hotkeysEnabled);
 export const reassigning = computed(() => status.value.reassigning);
 export const eventCount = computed(() => status.value.count);
 // The time of the latest event. The list may be out of order after a change of time.

@@ -11,23 +11,31 @@ export interface ButtonProps {
   disabled?: boolean;
   waiting?: boolean; // not to be pressed now, but keeps the focus
   busy?: boolean; // waiting, because what it started has not ended
+  pending?: boolean; // pressed, and the program has not shown yet what came of it
   large?: boolean;
   describedBy?: string | undefined;
   buttonRef?: Ref<HTMLButtonElement>;
 }
 
 export function Button(props: ButtonProps) {
-  const { kind = 'plain', large = false } = props;
+  const { kind = 'plain' } = props;
   return (
     <button
       type="button"
       ref={props.buttonRef ?? null}
-      class={`button button--${kind}${large ? ' button--large' : ''}${props.busy ? ' button--busy' : ''}`}
+      class={[
+        `button button--${kind}`,
+        props.large && 'button--large',
+        props.busy && 'button--busy',
+        props.pending && 'button--pending',
+      ]
+        .filter(Boolean)
+        .join(' ')}
       aria-label={props.label}
       aria-describedby={props.describedBy}
       disabled={props.disabled}
       aria-disabled={props.waiting || props.busy || undefined}
-      aria-busy={props.busy || undefined}
+      aria-busy={props.busy || props.pending || undefined}
       onClick={() => !props.waiting && !props.busy && props.onPress()}
     >
       {props.icon && <Icon name={props.icon} />}

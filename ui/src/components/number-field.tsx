@@ -4,6 +4,9 @@ import { readNumber, stepped, type NumberRule } from './numbers';
 import './number-field.css';
 
 const kTypingPause = 400; // ms after the last key before a typed number counts as meant
+const kHoldPause = 400; // ms before a stepper that is held repeats
+const kHoldInterval = 60; // ms between its steps then
+const kBigStep = 10; // steps that Shift and the page keys make at once
 
 export interface NumberFieldProps extends NumberRule {
   label: string; // accessible name
@@ -17,7 +20,7 @@ export interface NumberFieldProps extends NumberRule {
 }
 
 export function NumberField(props: NumberFieldProps) {
-  const { label, unit, value, step = 1, disabled = false, hintId } = props;
+  const { label, unit, value, disabled = false, hintId } = props;
   const [typed, setTyped] = useState<string | undefined>(undefined); // undefined: nothing but the value is shown
   const timer = useRef(0);
   const latest = useRef(props);
@@ -25,6 +28,8 @@ export function NumberField(props: NumberFieldProps) {
   useEffect(() => () => window.clearTimeout(timer.current), []);
 
   const text = typed ?? String(value);
+  const shown = useRef(text);
+  shown.current = text;
   const error = disabled ? '' : readNumber(text, props).error;
   useEffect(() => props.onError(error), [error]);
 
@@ -45,15 +50,24 @@ export function NumberField(props: NumberFieldProps) {
   const settle = () => {
     if (typed !== undefined && send(typed)) setTyped(undefined);
   };
-  const stepBy = (direction: 1 | -1) => {
-    const from = readNumber(text, props).value ?? value;
-    send(String(stepped(from, step, direction, props)));
+  const settleRun = () => {
+    send(shown.current);
+    setTyped(undefined);
+  };
+  const stepBy = (direction: 1 | -1, big: boolean) => {
+    const { value: held, step: size = 1 } = latest.current;
+    const from = readNumber(shown.current, latest.current).value ?? held;
+    return String(stepped(from, big ? size * kBigStep : size, direction, latest.current));
+  };
+  const stepOnce = (direction: 1 | -1, big: boolean) => {
+    send(stepBy(direction, big));
     setTyped(undefined);
   };
   const onKeyDown = (event: KeyboardEvent) => {
-    if (event.key === 'ArrowUp' || event.key === 'ArrowDown') {
+    const up = event.key === 'ArrowUp' || event.key === 'PageUp';
+    if (up || event.key === 'ArrowDown' || event.key === 'PageDown') {
       event.preventDefault();
-      stepBy(event.key === 'ArrowUp' ? 1 : -1);
+      stepOnce(up ? 1 : -1, event.shiftKey || event.key.startsWith('Page'));
     } else if (event.key === 'Enter') {
       settle();
     } else if (event.key === 'Escape') {
@@ -61,6 +75,16 @@ export function NumberField(props: NumberFieldProps) {
       setTyped(undefined);
     }
   };
+  const stepper = (direction: 1 | -1) => ({
+    disabled,
+    onStep: (big: boolean) => stepOnce(direction, big),
+    // While it is held, the number runs in sight and is sent when it stands still.
+    onRepeat: (big: boolean) => {
+      shown.current = stepBy(direction, big);
+      type(shown.current);
+    },
+    onRelease: () => settleRun(),
+  });
 
   return (
     <div class={`number${error ? ' number--bad' : ''}${disabled ? ' number--disabled' : ''}`}>
@@ -82,14 +106,49 @@ export function NumberField(props: NumberFieldProps) {
       <span class="number__unit" aria-hidden="true">
         {unit}
       </span>
-      <Step label={`${label}: less`} icon="minus" disabled={disabled} onPress={() => stepBy(-1)} />
-      <Step label={`${label}: more`} icon="plus" disabled={disabled} onPress={() => stepBy(1)} />
+      <Step label={`${label}: less`} icon="minus" {...stepper(-1)} />
+      <Step label={`${label}: more`} icon="plus" {...stepper(1)} />
     </div>
   );
 }
 
 // Out of the tab order: in the field, the arrow keys do the same.
-function Step(props: { label: string; icon: 'plus' | 'minus'; disabled: boolean; onPress: () => void }) {
+function Step(props: {
+  label: string;
+  icon: 'plus' | 'minus';
+  disabled: boolean;
+  onStep: (big: boolean) => void;
+  onRepeat: (big: boolean) => void;
+  onRelease: () => void;
+}) {
+  const timer = useRef(0);
+  const byPointer = useRef(false);
+  const repeated = useRef(false);
+  const latest = useRef(props);
+  latest.current = props;
+  const release = () => {
+    window.clearTimeout(timer.current);
+    if (repeated.current) latest.current.onRelease();
+    repeated.current = false;
+  };
+  // No click follows.
+  const leave = () => {
+    release();
+    byPointer.current = false;
+  };
+  useEffect(() => () => window.clearTimeout(timer.current), []);
+  const press = (event: PointerEvent) => {
+    if (event.button !== 0 || props.disabled) return;
+    byPointer.current = true;
+    props.onStep(event.shiftKey);
+    const repeat = () => {
+      repeated.current = true;
+      latest.current.onRepeat(event.shiftKey);
+      timer.current = window.setTimeout(repeat, kHoldInterval);
+    };
+    window.clearTimeout(timer.current);
+    timer.current = window.setTimeout(repeat, kHoldPause);
+  };
   return (
     <button
       type="button"
@@ -97,7 +156,15 @@ function Step(props: { label: string; icon: 'plus' | 'minus'; disabled: boolean;
       tabIndex={-1}
       aria-label={props.label}
       disabled={props.disabled}
-      onClick={props.onPress}
+      onPointerDown={press}
+      onPointerUp={release}
+      onPointerLeave={leave}
+      onPointerCancel={leave}
+      onClick={(event) => {
+        // A press that came without a pointer: from a screen reader.
+        if (!byPointer.current) props.onStep(event.shiftKey);
+        byPointer.current = false;
+      }}
     >
       <Icon name={props.icon} />
     </button>

@@ -27,34 +27,38 @@ export function TimePicture({ macro }: { macro: HeldMacro }) {
   const left = (place: number) => `calc(10px + ${place.toFixed(4)} * (100% - 20px))`;
   return (
     <figure class="time-picture">
-      <div class={`picture__drawing${lanes ? '' : ' picture__drawing--bare'}`} aria-hidden="true">
-        <div class="picture__signs" style={{ height: `${rows * 23}px` }}>
+      <div class={`time-picture__drawing${lanes ? '' : ' time-picture__drawing--bare'}`} aria-hidden="true">
+        <div class="time-picture__signs" style={{ height: `${rows * 23}px` }}>
           {marks.map(({ index, place, row }) => (
-            <span key={index} class="picture__sign" style={{ left: left(place), bottom: `${row * 23}px` }}>
+            <span
+              key={index}
+              class="time-picture__sign"
+              style={{ left: left(place), bottom: `${row * 23}px` }}
+            >
               <FindingSign index={index} danger={findings[index]?.danger ?? false} />
             </span>
           ))}
         </div>
-        <div class="picture__time">
+        <div class="time-picture__time">
           {lanes ? (
             kLanes.map(({ key, name }) => (
-              <div key={key} class={`picture__lane picture__lane--${key}`}>
-                <span class="picture__name">{name}</span>
+              <div key={key} class={`time-picture__lane time-picture__lane--${key}`}>
+                <span class="time-picture__name">{name}</span>
                 <svg viewBox="0 0 100 20" preserveAspectRatio="none">
                   <path d={laneOutline(lanes[key])} fill="currentColor" />
                 </svg>
               </div>
             ))
           ) : (
-            <div class="picture__line" />
+            <div class="time-picture__line" />
           )}
-          <div class="picture__stems">
+          <div class="time-picture__stems">
             {marks.map(({ index, place }) => (
-              <span key={index} class="picture__stem" style={{ left: left(place) }} />
+              <span key={index} class="time-picture__stem" style={{ left: left(place) }} />
             ))}
           </div>
         </div>
-        <div class="picture__ends">
+        <div class="time-picture__ends">
           <span>{clockTime(0)}</span>
           {span > 0 && <span>{clockTime(span)}</span>}
         </div>

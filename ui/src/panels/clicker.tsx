@@ -3,41 +3,38 @@ import { has } from '../bridge';
 import { Button } from '../components/button';
 import { groupedNumber } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
+import { RunButton } from '../components/run-button';
 import { Segmented } from '../components/segmented';
+import { type Action, rateText } from '../rate';
 import { clicking, picking, settings, status } from '../store';
 import { HotkeyModeGroup } from './hotkey-mode';
-import { IntervalGroup, rateText } from './interval';
+import { IntervalGroup } from './interval';
 import { RepeatGroup } from './repeat';
 import './clicker.css';
 
-const kDoubleGap = 15; // ms between the two clicks of a double
+const kClick: Action = { one: 'click', many: 'clicks', length: 0 };
+// Between the two clicks of a double the engine waits for 15 ms.
+const kDoubleClick: Action = { one: 'double click', many: 'double clicks', length: 15 };
 
 export function ClickerPanel() {
   const { sh, sm, ss, sms, sbtn, stype, rptMode, rptTimes, holdAuto } = settings.value;
   const interval = { hours: sh, minutes: sm, seconds: ss, milliseconds: sms };
-  const rate = stype === 1 ? rateText(interval, 'double clicks', kDoubleGap) : rateText(interval, 'clicks');
+  const action = stype === 1 ? kDoubleClick : kClick;
   return (
     <Panel
       id="panel-spammer"
       title="Clicker"
-      summary={rate}
+      summary={rateText(interval, action)}
       action={
-        clicking.value ? (
-          <Button kind="stop" icon="stop" onPress={() => void stopClicking()}>
-            Stop clicking
-          </Button>
-        ) : (
-          <Button kind="primary" icon="play" onPress={() => void startClicking()}>
-            Start clicking
-          </Button>
-        )
+        <RunButton running={clicking.value} what="clicking" onStart={startClicking} onStop={stopClicking} />
       }
     >
       <IntervalGroup
         id="click-interval"
         title="Click interval"
         interval={interval}
-        hint="The pause after each click, at least 1 ms."
+        action={action}
+        hint="The pause after each click."
         onChange={(i) =>
           void changeClicker({ sh: i.hours, sm: i.minutes, ss: i.seconds, sms: i.milliseconds })
         }

@@ -1,25 +1,16 @@
+import { useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { has } from '../bridge';
-import { captureKey, resetHotkeys } from '../commands';
+import { captureKey, resetHotkeys, setAppSwitch } from '../commands';
 import { Button } from '../components/button';
 import { CaptureNote } from '../components/capture-note';
+import { Icon } from '../components/icon';
 import { KeyCap } from '../components/key-cap';
 import { Panel } from '../components/panel';
-import type { Capture, Status } from '../reports';
-import { locked, reassigning, status } from '../store';
+import { Toggle } from '../components/toggle';
+import { type Hotkey, kHotkeys, takenBy } from '../hotkey-order';
+import type { Settings, Status } from '../reports';
+import { appSettings, hotkeysOff, locked, reassigning, settings, status } from '../store';
 import './hotkeys.css';
-
-const kHotkeys: readonly {
-  capture: Exclude<Capture, '' | 'keyspamtarget'>;
-  field: 'hkAuto' | 'hkKeySpam' | 'hkRec' | 'hkPlay' | 'hkUnlock';
-  what: string;
-  name: string;
-}[] = [
-  { capture: 'auto', field: 'hkAuto', what: 'Clicker', name: 'clicker' },
-  { capture: 'keyspamhotkey', field: 'hkKeySpam', what: 'Key presser', name: 'key presser' },
-  { capture: 'rec', field: 'hkRec', what: 'Record', name: 'record' },
-  { capture: 'play', field: 'hkPlay', what: 'Play', name: 'play' },
-  { capture: 'unlock', field: 'hkUnlock', what: 'Lock and unlock', name: 'unlock' },
-];
 
 function lockText({ lockOn, hkUnlock }: Status, isLocked: boolean): string {
   if (!lockOn) return 'The hotkey lock is off.';
@@ -27,45 +18,139 @@ function lockText({ lockOn, hkUnlock }: Status, isLocked: boolean): string {
   return `Unlocked. ${hkUnlock} locks the hotkeys and stops clicking, pressing and playing.`;
 }
 
+const modeText: Record<Hotkey['capture'], (s: Settings, lockOn: boolean) => string> = {
+  auto: ({ holdAuto }) => (holdAuto ? 'Hold to run' : 'Press to start and stop'),
+  keyspamhotkey: ({ holdKeySpam }) => (holdKeySpam ? 'Hold to run' : 'Press to start and stop'),
+  rec: () => 'Press to start and stop',
+  play: () => 'Press to start and stop',
+  unlock: (_, lockOn) => (lockOn ? 'Press to lock and unlock' : 'Of no use while the lock is off'),
+};
+
+// What a person should know about a binding: that another takes its key, or that a click is lost to it.
+function noticeOf(hotkey: Hotkey): string {
+  const winner = takenBy(hotkey.capture, status.value);
+  if (winner)
+    return `${status.value[hotkey.field]} is taken: ${winner.what} comes first, so this never acts.`;
+  const name = status.value[hotkey.field];
+  if (name === 'Left Mouse' || name === 'Right Mouse') {
+    return `Every ${name === 'Left Mouse' ? 'left' : 'right'} click goes to this, in every window.`;
+  }
+  return '';
+}
+
 export function HotkeysPanel() {
   return (
-    <Panel
-      id="panel-ui"
-      title="Hotkeys"
-      summary="Work in every window"
-      action={
-        has('resetHotkeys') && (
-          <Button kind="quiet" waiting={reassigning.value !== ''} onPress={() => void resetHotkeys()}>
-            Reset hotkeys
-          </Button>
-        )
-      }
-    >
-      <ul class="hotkeys">
+    <Panel id="panel-ui" title="Hotkeys" summary={hotkeysOff.value ? 'Off' : 'Work in every window'}>
+      <div class="panel__wide hotkeys__switches">
+        {has('setAppSetting') && (
+          <div class="row hotkeys__row-of-switches">
+            <Toggle
+              label="Hotkeys on"
+              checked={appSettings.value.hotkeysEnabled}
+              onChange={(on) => void setAppSwitch('hotkeysEnabled', on)}
+            />
+            <Toggle
+              label="Hotkey lock"
+              checked={appSettings.value.hotkeyLock}
+              onChange={(on) => void setAppSwitch('hotkeyLock', on)}
+            />
+          </div>
+        )}
+        <p class="hotkeys__lock" role="status" aria-label="Hotkey lock">
+          {hotkeysOff.value
+            ? 'Off: every key is an ordinary key, also those that stop a tool.'
+            : lockText(status.value, locked.value)}
+        </p>
+      </div>
+      <ul class="panel__wide hotkeys">
         {kHotkeys.map((entry) => (
-          <Hotkey key={entry.capture} {...entry} />
+          <HotkeyRow key={entry.capture} hotkey={entry} />
         ))}
       </ul>
-      <p class="hotkeys__lock" role="status" aria-label="Hotkey lock">
-        {lockText(status.value, locked.value)}
-      </p>
+      {has('resetHotkeys') && <Reset />}
     </Panel>
   );
 }
 
-function Hotkey({ capture, field, what, name }: (typeof kHotkeys)[number]) {
+function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
+  const { capture, field, what, name } = hotkey;
   const waiting = reassigning.value === capture;
+  const notice = noticeOf(hotkey);
+  const noticeId = `hotkey-${capture}-notice`;
   return (
-    <li class="hotkeys__row">
-      <span>{what}</span>
+    <li class={`hotkeys__row${waiting ? ' hotkeys__row--waiting' : ''}`}>
+      <span class="hotkeys__name">{what}</span>
       {waiting ? <CaptureNote what="Press a key..." /> : <KeyCap name={status.value[field]} />}
       <Button
         label={`Change the ${name} hotkey`}
         waiting={reassigning.value !== ''}
+        describedBy={noticeId}
         onPress={() => void captureKey(capture)}
       >
         Change
       </Button>
+      <span class={`hotkeys__mode${notice && !waiting ? ' hotkeys__mode--notice' : ''}`} id={noticeId}>
+        {notice && !waiting && <Icon name="caution" />}
+        {waiting
+          ? capture === 'unlock'
+            ? 'Any key, or a mouse button but the left.'
+            : 'Any key or mouse button: a click counts too.'
+          : notice || modeText[capture](settings.value, status.value.lockOn)}
+      </span>
     </li>
+  );
+}
+
+// Asked before and not undone after: the program takes a binding only from a key that is really pressed, so the page
+// has no way to bring the former ones back.
+function Reset() {
+  const [asking, setAsking] = useState(false);
+  const cancel = useRef<HTMLButtonElement>(null);
+  const opener = useRef<HTMLButtonElement>(null);
+  const returns = useRef(false);
+  useLayoutEffect(() => {
+    if (asking) cancel.current?.focus();
+    else if (returns.current) opener.current?.focus();
+    returns.current = asking;
+  }, [asking]);
+  const differs = kHotkeys.some(({ field, first }) => status.value[field] !== first);
+  const keys = kHotkeys.map(({ first }) => first);
+  const question = `Back to ${keys.slice(0, -1).join(', ')} and ${keys.at(-1)}? This cannot be undone.`;
+  const reset = () => {
+    setAsking(false);
+    void resetHotkeys();
+  };
+  if (!asking) {
+    return (
+      <div class="panel__wide hotkeys__reset">
+        <p class="group__hint">
+          {differs ? 'Your own keys take the place of some.' : 'These are the keys of a first start.'}
+        </p>
+        <Button
+          buttonRef={opener}
+          icon="undo"
+          waiting={reassigning.value !== ''}
+          onPress={() => (differs ? setAsking(true) : reset())}
+        >
+          Reset hotkeys
+        </Button>
+      </div>
+    );
+  }
+  return (
+    <div
+      class="panel__wide hotkeys__reset"
+      role="group"
+      aria-label={question}
+      onKeyDown={(event) => event.key === 'Escape' && setAsking(false)}
+    >
+      <p class="group__hint group__hint--notable">{question}</p>
+      <Button buttonRef={cancel} onPress={() => setAsking(false)}>
+        Cancel
+      </Button>
+      <Button kind="stop" onPress={reset}>
+        Reset now
+      </Button>
+    </div>
   );
 }

@@ -1,52 +1,35 @@
 import { useState } from 'preact/hooks';
 import { NumberField } from '../components/number-field';
-import { groupedNumber } from '../components/numbers';
 import { Group } from '../components/panel';
-
-export interface Interval {
-  hours: number;
-  minutes: number;
-  seconds: number;
-  milliseconds: number;
-}
+import { type Action, type Interval, kParts, milliseconds, rateLimit } from '../rate';
+import './interval.css';
 
 // A wait of this many milliseconds or more does not mean what it says any more (2^32 - 1 is "for ever").
 const kLimit = 4294967295;
-
-const kParts = [
-  { key: 'hours', name: 'Hours', unit: 'h', length: 3600000 },
-  { key: 'minutes', name: 'Minutes', unit: 'min', length: 60000 },
-  { key: 'seconds', name: 'Seconds', unit: 's', length: 1000 },
-  { key: 'milliseconds', name: 'Milliseconds', unit: 'ms', length: 1 },
-] as const;
-
-export const milliseconds = (interval: Interval) =>
-  kParts.reduce((sum, part) => sum + interval[part.key] * part.length, 0);
-
-// What an interval means, as the engines take it: never less than a millisecond, with `extra` milliseconds that the
-// action itself takes. Sending the input comes on top, so it is the most that can be reached.
-export function rateText(interval: Interval, per: string, extra = 0): string {
-  const wait = Math.max(1, milliseconds(interval)) + extra;
-  const rate = 1000 / wait;
-  if (rate >= 1) return `Up to ${groupedNumber(Number(rate.toPrecision(4)))} ${per}/s`;
-  if (wait < 120000) return `One every ${groupedNumber(Number((wait / 1000).toFixed(3)))} s`;
-  return `One every ${groupedNumber(Number((wait / 60000).toFixed(2)))} min`;
-}
 
 export function IntervalGroup(props: {
   id: string;
   title: string;
   interval: Interval;
-  hint: string;
+  action: Action;
+  hint: string; // where there is nothing to say about the rate
   onChange: (interval: Interval) => void;
 }) {
-  const { id, title, interval, hint, onChange } = props;
+  const { id, title, interval, action, hint, onChange } = props;
   const [errors, setErrors] = useState<Record<string, string>>({});
   const hintId = `${id}-hint`;
   const error = kParts.map((part) => errors[part.key]).find((text) => text);
+  const limit = rateLimit(interval, action);
   return (
-    <Group title={title} hint={hint} hintId={hintId} error={error ?? ''}>
-      <div class="pair">
+    <Group
+      title={title}
+      hint={limit.text || hint}
+      notable={limit.limited}
+      hintId={hintId}
+      error={error ?? ''}
+      tall
+    >
+      <div class="interval">
         {kParts.map((part) => (
           <NumberField
             key={part.key}

@@ -14,20 +14,25 @@ import { Icon } from '../components/icon';
 import { KeyCap } from '../components/key-cap';
 import { groupedNumber } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
+import { RunButton } from '../components/run-button';
 import { Segmented } from '../components/segmented';
+import { type Action, rateText } from '../rate';
 import { pressing, reassigning, settings, status } from '../store';
 import { HotkeyModeGroup } from './hotkey-mode';
-import { IntervalGroup, rateText } from './interval';
+import { IntervalGroup } from './interval';
 import { RepeatGroup } from './repeat';
 import './presser.css';
 
 const kMostTargets = 256;
+const kKey: Action = { one: 'key', many: 'keys', length: 0 };
+const kRound: Action = { one: 'round', many: 'rounds', length: 0 };
 
 export function PresserPanel() {
   const { ksh, ksm, kss, ksms, ksRptMode, ksRptTimes, holdKeySpam } = settings.value;
   const { keySpamTargets, keySpamChord } = status.value;
   const interval = { hours: ksh, minutes: ksm, seconds: kss, milliseconds: ksms };
-  const rate = rateText(interval, keySpamChord ? 'rounds' : 'keys');
+  const action = keySpamChord ? kRound : kKey;
+  const rate = rateText(interval, action);
   const empty = keySpamTargets.length === 0;
   return (
     <Panel
@@ -35,15 +40,13 @@ export function PresserPanel() {
       title="Key presser"
       summary={empty ? 'Add a key first' : rate}
       action={
-        pressing.value ? (
-          <Button kind="stop" icon="stop" onPress={() => void stopPressing()}>
-            Stop pressing
-          </Button>
-        ) : (
-          <Button kind="primary" icon="play" disabled={empty} onPress={() => void startPressing()}>
-            Start pressing
-          </Button>
-        )
+        <RunButton
+          running={pressing.value}
+          what="pressing"
+          disabled={empty}
+          onStart={startPressing}
+          onStop={stopPressing}
+        />
       }
     >
       <TargetsGroup />
@@ -51,7 +54,8 @@ export function PresserPanel() {
         id="press-interval"
         title="Press interval"
         interval={interval}
-        hint="The pause after each round, at least 1 ms."
+        action={action}
+        hint="The pause after each round."
         onChange={(i) =>
           void changePresser({ ksh: i.hours, ksm: i.minutes, kss: i.seconds, ksms: i.milliseconds })
         }

@@ -1,0 +1,162 @@
+// The hotkeys panel: what each key does, which one acts where two share one, the switches, the lock and the reset.
+import assert from 'node:assert/strict';
+import { after, before, test } from 'node:test';
+import {
+  button,
+  callsOf,
+  change,
+  expectCall,
+  forgetCalls,
+  importSource,
+  Pages,
+  picture,
+  settled,
+} from './browser.mjs';
+
+let pages;
+before(async () => (pages = await Pages.start()));
+after(() => pages.stop());
+
+const rowOf = (page, what) =>
+  page.locator('.hotkeys__row').filter({ has: page.getByText(what, { exact: true }) });
+const stateText = async (page) =>
+  (await page.getByRole('status', { name: 'State' }).innerText()).replace(/\s+/g, ' ').trim();
+
+test('the first match wins, in the order in which the program compares', async () => {
+  const { takenBy } = await importSource('hotkey-order.ts');
+  const keys = { hkUnlock: 'F1', hkRec: 'F2', hkPlay: 'F3', hkAuto: 'F4', hkKeySpam: 'F5', lockOn: true };
+  const fields = ['hkUnlock', 'hkRec', 'hkPlay', 'hkAuto', 'hkKeySpam'];
+  const captures = ['unlock', 'rec', 'play', 'auto', 'keyspamhotkey'];
+  for (const capture of captures) assert.equal(takenBy(capture, keys), undefined);
+  for (let winner = 0; winner < 5; winner++) {
+    for (let loser = winner + 1; loser < 5; loser++) {
+      const shared = { ...keys, [fields[loser]]: keys[fields[winner]] };
+      assert.equal(takenBy(captures[loser], shared)?.capture, captures[winner]);
+      assert.equal(takenBy(captures[winner], shared), undefined);
+      const unlocked = takenBy(captures[loser], { ...shared, lockOn: false });
+      assert.equal(unlocked?.capture, winner === 0 ? undefined : captures[winner], 'without the lock');
+    }
+  }
+  const all = Object.fromEntries(fields.map((field) => [field, 'A']));
+  assert.equal(takenBy('keyspamhotkey', { ...all, lockOn: true }).capture, 'unlock');
+  assert.equal(takenBy('keyspamhotkey', { ...all, lockOn: false }).capture, 'rec');
+  // A report without names tells nothing.
+  assert.equal(takenBy('play', { ...keys, hkRec: '', hkPlay: '' }), undefined);
+});
+
+test('two hotkeys on one key: the one that never acts says so, also in the state line', async () => {
+  const page = await pages.open({ before: "Object.assign(host.status, { hkPlay: 'F8', hkAuto: 'F10' })" });
+  await settled(page);
+  assert.match(
+    await rowOf(page, 'Play').innerText(),
+    /F8 is taken: Record comes first, so this never acts\./,
+  );
+  assert.match(await rowOf(page, 'Clicker').innerText(), /F10 is taken: Lock and unlock comes first/);
+  assert.match(await rowOf(page, 'Record').innerText(), /Press to start and stop/);
+  assert.equal(await stateText(page), 'Idle F9 press F8 record');
+  await picture(page, 'hotkeys-shared', { fullPage: true });
+  await change(page, 'host.status.autoClicking = true');
+  assert.equal(await stateText(page), 'Clicking No key stops it. The Stop button does.');
+  await change(page, 'host.status.lockOn = false');
+  assert.equal(await stateText(page), 'Clicking F10 stops it');
+  assert.match(await rowOf(page, 'Clicker').innerText(), /Press to start and stop/);
+  assert.match(await rowOf(page, 'Lock and unlock').innerText(), /Of no use while the lock is off/);
+  await pages.close(page);
+});
+
+test('hold and toggle are named, and a click that is lost to a hotkey is told', async () => {
+  const page = await pages.open({
+    before: "Object.assign(host.settings, { holdAuto: true }); host.status.hkRec = 'Left Mouse';",
+  });
+  await settled(page);
+  assert.match(await rowOf(page, 'Clicker').innerText(), /Hold to run/);
+  assert.match(await rowOf(page, 'Key presser').innerText(), /Press to start and stop/);
+  assert.match(await rowOf(page, 'Record').innerText(), /Every left click goes to this, in every window\./);
+  await pages.close(page);
+});
+
+test('the switches: hotkeys on, and the lock', async () => {
+  const page = await pages.open();
+  await settled(page);
+  const on = page.getByRole('switch', { name: 'Hotkeys on' });
+  const lock = page.getByRole('switch', { name: 'Hotkey lock' });
+  await on.click();
+  assert.deepEqual(await expectCall(page, 'setAppSetting'), ['hotkeysEnabled,0']);
+  assert.equal(await stateText(page), 'Hotkeys off No key starts or stops anything.');
+  await picture(page, 'hotkeys-off');
+  await button(page, 'Start clicking').click();
+  await button(page, 'Stop everything').waitFor();
+  assert.equal(await stateText(page), 'Clicking Hotkeys are off, so no key stops it. The Stop button does.');
+  await picture(page, 'clicking-hotkeys-off');
+  await button(page, 'Stop everything').click();
+  await forgetCalls(page);
+  await button(page, 'Turn on the hotkeys').click();
+  assert.deepEqual(await expectCall(page, 'setAppSetting'), ['hotkeysEnabled,1']);
+  assert.ok(await on.isChecked());
+  await forgetCalls(page);
+  await lock.click();
+  assert.deepEqual(await expectCall(page, 'setAppSetting'), ['hotkeyLock,0']);
+  await page.getByText('The hotkey lock is off.').waitFor();
+  await lock.click();
+  await page.getByText('Unlocked. F10 locks the hotkeys and stops clicking, pressing and playing.').waitFor();
+  await pages.close(page);
+});
+
+test('the reset asks where keys of the person would go, and not where none would', async () => {
+  const page = await pages.open({ before: "host.status.hkAuto = 'Num 5'" });
+  await settled(page);
+  const height = () => page.evaluate(() => document.documentElement.scrollHeight);
+  const before = await height();
+  await button(page, 'Reset hotkeys').click();
+  await page.getByText('Back to F6, F9, F8, F7 and F10? This cannot be undone.').waitFor();
+  assert.equal(await height(), before, 'the question takes no further room');
+  assert.equal(await page.evaluate(() => document.activeElement.innerText), 'Cancel', 'the safe choice');
+  await picture(page, 'hotkeys-reset');
+  await page.keyboard.press('Escape');
+  await button(page, 'Reset hotkeys').waitFor();
+  assert.equal(await page.evaluate(() => document.activeElement.innerText.trim()), 'Reset hotkeys');
+  assert.deepEqual(await callsOf(page, 'resetHotkeys'), []);
+  await button(page, 'Reset hotkeys').click();
+  await button(page, 'Reset now').click();
+  assert.deepEqual(await expectCall(page, 'resetHotkeys'), ['']);
+  await page.getByText('These are the keys of a first start.').waitFor();
+  await button(page, 'Reset hotkeys').click();
+  await page.waitForFunction(() => host.calls.filter(([name]) => name === 'resetHotkeys').length === 2);
+  await pages.close(page);
+});
+
+test('a capture says what counts', async () => {
+  const page = await pages.open();
+  for (const [name, what, text] of [
+    ['play', 'Play', /Any key or mouse button: a click counts too\./],
+    ['unlock', 'Lock and unlock', /Any key, or a mouse button but the left\./],
+  ]) {
+    await button(page, `Change the ${name} hotkey`).click();
+    await rowOf(page, what).getByText('Esc cancels').waitFor();
+    assert.match(await rowOf(page, what).innerText(), text);
+    assert.match(await stateText(page), /^Waiting for a key Press the new .* hotkey\. Esc cancels\.$/);
+    await change(page, "host.status.reassigning = ''");
+    assert.match(await stateText(page), /^Idle/);
+  }
+  await pages.close(page);
+});
+
+test('a press shows at once, before the program has answered', async () => {
+  const page = await pages.open({ before: 'host.delay = 600' });
+  await settled(page);
+  const start = button(page, 'Start clicking');
+  await start.click();
+  assert.equal(await start.getAttribute('aria-busy'), 'true');
+  await start.click();
+  await button(page, 'Stop clicking').waitFor();
+  assert.equal((await callsOf(page, 'startSpammer')).length, 1, 'pressed twice, started once');
+  assert.equal(await button(page, 'Stop clicking').getAttribute('aria-busy'), null);
+  // A program that refuses in silence leaves no button waiting.
+  await page.evaluate(() => {
+    host.delay = 0;
+    host.commands.startKeySpam = () => {};
+  });
+  await button(page, 'Start pressing').click();
+  await page.waitForFunction(() => document.querySelectorAll('[aria-busy]').length === 0);
+  await pages.close(page);
+});

@@ -1,0 +1,60 @@
+// Fits the window to the page's content, at the width that it has. The person's own size is never answered with another
+// one: whoever keeps a window smaller than its content scrolls, and only empty room below the content goes away.
+import { call } from './bridge';
+
+// The client size in which the program opens the window where no one has chosen another.
+const kFirstWidth = 420;
+const kFirstHeight = 560;
+const kAnswerTime = 500; // ms after a request in which a new size is taken to be its result
+
+let shownHeight = 0; // px of the content when it was last measured
+let fittedHeight = -1; // px of the window as our last request left it; -1 once the person has chosen another
+let requestedAt = -Infinity;
+let suspended = false;
+
+const contentHeight = () => Math.ceil(document.getElementById('app')?.getBoundingClientRect().height ?? 0);
+// A window as wide as its screen is maximised or was made so by hand.
+const fillsScreen = () => window.innerWidth >= window.screen.availWidth;
+
+function request(height: number): void {
+  if (height < 1 || height === window.innerHeight) return;
+  requestedAt = performance.now();
+  // Best effort: a window that cannot be fitted scrolls.
+  call('resizeWindow', `${window.innerWidth},${height}`).catch(() => {});
+}
+
+// Without conditions but a drag: a panel's own window is as large as the panel.
+function resizeHostWindow(): void {
+  if (suspended) return;
+  shownHeight = contentHeight();
+  request(shownHeight);
+}
+
+// The content has changed its height by the person's doing.
+export function fitWindow(): void {
+  const before = shownHeight;
+  shownHeight = contentHeight();
+  if (shownHeight === before || suspended || fillsScreen()) return;
+  const allInSight = window.innerHeight >= before || window.innerHeight === fittedHeight;
+  if (allInSight || shownHeight < window.innerHeight) request(shownHeight);
+}
+
+// The page has been painted for the first time.
+export function fitFirstWindow(): void {
+  shownHeight = contentHeight();
+  const untouched = window.innerWidth === kFirstWidth && window.innerHeight === kFirstHeight;
+  if (untouched && !fillsScreen()) request(shownHeight);
+}
+
+// While panels are dragged the page has another height than it will keep.
+export function suspendFit(drag: boolean): void {
+  suspended = drag;
+}
+
+export function installFit(): void {
+  Object.assign(window, { resizeHostWindow });
+  window.addEventListener('resize', () => {
+    fittedHeight = performance.now() - requestedAt < kAnswerTime ? window.innerHeight : -1;
+    shownHeight = contentHeight();
+  });
+}
