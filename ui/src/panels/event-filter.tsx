@@ -28,8 +28,8 @@ export function FilterChips() {
             disabled={!counts || view.value.list.length === 0}
             onClick={() => setGroupShown(group, !shown)}
           >
-            <span class="filter__title">{kTitles[group]}</span>{' '}
             <span class={`filter__mark filter__mark--${group}`} aria-hidden="true" />
+            <span class="filter__title">{kTitles[group]}</span>{' '}
             <span class="filter__count">{groupedNumber(count)}</span>
           </button>
         );
