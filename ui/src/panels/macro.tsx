@@ -44,13 +44,13 @@ export function MacroPanel() {
             : 'Record starts over. Continue adds to these events.'}
         </p>
       </div>
-      <div class="macro__picture">
+      <div class="macro__stack macro__path">
         <MacroPicture />
         <LeftAtEnd />
       </div>
       <PlaybackGroup />
       <RecordGroup />
-      <div class="macro__picture">
+      <div class="macro__stack panel__wide">
         <EventList />
         <OptimiseRow />
       </div>
