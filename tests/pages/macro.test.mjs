@@ -227,18 +227,21 @@ describe('facts and drawing', () => {
         strip.marks.reduce((sum, lane) => sum + lane.reduce((a, b) => a + b, 0), 0),
         list.length,
       );
-      assert.ok(strip.held.every((count) => count >= 0));
+      assert.ok([...strip.held, ...strip.running].every((count) => count >= 0));
     }
   });
 
-  test('the strip holds every event in its column, and keys while they are down', () => {
+  test('the strip holds every event in its column, and keys and tools while they are on', () => {
     const list = [
       move(1, 2, 0),
       event('Keyboard VK: 65 (DOWN)', 2),
       event('Keyboard VK: 65 (DOWN)', 2.5),
       event('Keyboard VK: 65 (UP)', 4),
+      event('Autoclicker ON', 5),
       event('Mouse Scroll Delta: 120', 6),
+      event('Autoclicker OFF', 7),
       event('Keyboard VK: 66 (DOWN)', 8),
+      event('Key Spammer ON', 9),
       move(3, 4, 10),
     ];
     const strip = finish(raster.drawStrip(columnsOf(list), factsOf(list), 10)).result;
@@ -246,7 +249,9 @@ describe('facts and drawing', () => {
     assert.deepEqual([...strip.marks[2]], [0, 0, 0, 0, 0, 0, 1, 0, 0, 0]);
     assert.deepEqual([...strip.marks[3]], [0, 0, 2, 0, 1, 0, 0, 0, 1, 0]);
     assert.deepEqual([...strip.held], [0, 0, 1, 1, 1, 0, 0, 0, 1, 1]);
-    assert.deepEqual([...strip.first], [0, 1, 1, 3, 3, 4, 4, 5, 5, 6]);
+    assert.deepEqual([...strip.marks[4]], [0, 0, 0, 0, 0, 1, 0, 1, 0, 1]);
+    assert.deepEqual([...strip.running], [0, 0, 0, 0, 0, 1, 1, 1, 0, 1]);
+    assert.deepEqual([...strip.first], [0, 1, 1, 3, 3, 4, 5, 6, 7, 8]);
     assert.deepEqual([strip.x[5], strip.y[9]], [1, 4]);
   });
 

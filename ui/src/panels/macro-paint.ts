@@ -82,7 +82,8 @@ function square(pen: CanvasRenderingContext2D, x: number, y: number, half: numbe
 }
 
 export function paintStrip(canvas: HTMLCanvasElement, drawing: StripDrawing, lanes: number): void {
-  const { columns, marks, held } = drawing;
+  const { columns, marks, held, running } = drawing;
+  const spans = { keys: held, tools: running } as Partial<Record<(typeof kGroups)[number], Int32Array>>;
   const height = canvas.clientHeight * kDots;
   canvas.width = columns * kDots;
   canvas.height = height;
@@ -94,6 +95,7 @@ export function paintStrip(canvas: HTMLCanvasElement, drawing: StripDrawing, lan
   for (let i = 1; i < lanes; i++) pen.fillRect(0, Math.round(i * lane), columns * kDots, 1);
   kGroups.forEach((group, i) => {
     const counts = marks[i] as Uint32Array;
+    const span = spans[group];
     const bottom = (i + 1) * lane - 1.5 * kDots;
     // Columns of moves tell how many there are; of the others each is worth seeing.
     const most = group === 'moves' ? Math.log1p(counts.reduce((a, b) => Math.max(a, b), 1)) : 0;
@@ -103,7 +105,7 @@ export function paintStrip(canvas: HTMLCanvasElement, drawing: StripDrawing, lan
       if (count > 0) {
         const tall = group === 'moves' ? Math.max(0.25, Math.log1p(count) / most) * room : room;
         pen.fillRect(at * kDots, bottom - tall, kDots, tall);
-      } else if (group === 'keys' && (held[at] as number) > 0) {
+      } else if (span && (span[at] as number) > 0) {
         pen.fillRect(at * kDots, bottom - room * 0.6, kDots, room * 0.4);
       }
     }

@@ -23,6 +23,7 @@ export interface StripDrawing {
   columns: number;
   marks: Uint32Array[]; // for each of kGroups the number of events in each column
   held: Int32Array; // keys held in each column
+  running: Int32Array; // tools that the macro has switched on, in each column
   first: Int32Array; // the first event at or after each column, or -1
   x: Float64Array; // the pointer's place at the end of each column; not a number before it is known
   y: Float64Array;
@@ -109,13 +110,44 @@ export function* drawPath(columns: Columns, box: Box, size: PathSize): Sliced<Pa
   return { size, frame, cells, clicks, ends };
 }
 
+// How many of a kind are down or on in each column.
+class Spans {
+  private readonly edges: Int32Array; // those that begin less those that have ended
+  private readonly from = new Map<number, number>(); // what is on -> the column in which it began
+
+  constructor(private readonly width: number) {
+    this.edges = new Int32Array(width + 1);
+  }
+
+  turn(what: number, on: boolean, at: number): void {
+    const from = this.from.get(what);
+    if (on) {
+      if (from === undefined) this.from.set(what, at);
+      return;
+    }
+    if (from === undefined) return;
+    this.from.delete(what);
+    // An event whose time lies before its place in the list is played at once, so nothing is held meanwhile.
+    const end = Math.max(from, at) + 1;
+    this.edges[from] = (this.edges[from] as number) + 1;
+    this.edges[end] = (this.edges[end] as number) - 1;
+  }
+
+  // What has not ended lasts to the last column.
+  counts(): Int32Array {
+    for (const what of [...this.from.keys()]) this.turn(what, false, this.width - 1);
+    let now = 0;
+    return this.edges.slice(0, this.width).map((edge) => (now += edge));
+  }
+}
+
 export function* drawStrip(columns: Columns, facts: Facts, width: number): Sliced<StripDrawing> {
   const marks = kGroups.map(() => new Uint32Array(width));
-  const edges = new Int32Array(width + 1); // keys going down less keys that have come up
+  const keys = new Spans(width);
+  const tools = new Spans(width);
   const first = new Int32Array(width).fill(-1);
   const x = new Float64Array(width).fill(NaN);
   const y = new Float64Array(width).fill(NaN);
-  const downAt = new Map<number, number>(); // virtual key -> column
   const pointer = new Pointer();
   const perSecond = facts.length > 0 ? width / facts.length : 0;
   for (let i = 0; i < columns.count; i++) {
@@ -126,31 +158,13 @@ export function* drawStrip(columns: Columns, facts: Facts, width: number): Slice
     if (pointer.follow(columns, i)) {
       x[at] = pointer.x;
       y[at] = pointer.y;
-    } else if (columns.kind[i] === Kind.Key) {
-      holdKey(columns.a[i] as number, columns.b[i] === 1, at);
+    } else if (columns.kind[i] === Kind.Key || columns.kind[i] === Kind.Tool) {
+      const spans = columns.kind[i] === Kind.Key ? keys : tools;
+      spans.turn(columns.a[i] as number, columns.b[i] === 1, at);
     }
     if ((i + 1) % kSliceEvents === 0) yield;
   }
-  for (const vk of [...downAt.keys()]) holdKey(vk, false, width - 1);
-
-  function holdKey(vk: number, down: boolean, at: number) {
-    const from = downAt.get(vk);
-    if (down) {
-      if (from === undefined) downAt.set(vk, at);
-      return;
-    }
-    if (from === undefined) return;
-    downAt.delete(vk);
-    // An event whose time lies before its place in the list is played at once, so nothing is held meanwhile.
-    edges[from] = (edges[from] as number) + 1;
-    edges[Math.max(from, at) + 1] = (edges[Math.max(from, at) + 1] as number) - 1;
-  }
-
-  const held = new Int32Array(width);
-  let now = 0;
   for (let at = 0; at < width; at++) {
-    now += edges[at] as number;
-    held[at] = now;
     if (at > 0 && Number.isNaN(x[at])) {
       x[at] = x[at - 1] as number;
       y[at] = y[at - 1] as number;
@@ -159,5 +173,5 @@ export function* drawStrip(columns: Columns, facts: Facts, width: number): Slice
   for (let at = width - 2; at >= 0; at--) {
     if (first[at] === -1) first[at] = first[at + 1] as number;
   }
-  return { columns: width, marks, held, first, x, y };
+  return { columns: width, marks, held: keys.counts(), running: tools.counts(), first, x, y };
 }

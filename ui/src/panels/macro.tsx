@@ -25,32 +25,36 @@ export function MacroPanel() {
   const busy = recording.value || playing.value;
   return (
     <Panel id="panel-tracker" title="Macro" summary={macroSummary()} action={<Transport />}>
-      <div>
-        <div class="macro__more">
-          <Button icon="plus" disabled={busy} onPress={() => void continueRecording()}>
-            Continue
-          </Button>
-          <Button
-            icon="undo"
-            disabled={busy || !status.value.canUndoContinue}
-            onPress={() => void undoContinue()}
-          >
-            Undo
-          </Button>
+      <div class="macro__column">
+        <div>
+          <div class="macro__more">
+            <Button icon="plus" disabled={busy} onPress={() => void continueRecording()}>
+              Continue
+            </Button>
+            <Button
+              icon="undo"
+              disabled={busy || !status.value.canUndoContinue}
+              onPress={() => void undoContinue()}
+            >
+              Undo
+            </Button>
+          </div>
+          <p class="group__hint macro__hint">
+            {count === 0
+              ? 'Record keeps what you do until you stop it.'
+              : 'Record starts over. Continue adds to these events.'}
+          </p>
         </div>
-        <p class="group__hint macro__hint">
-          {count === 0
-            ? 'Record keeps what you do until you stop it.'
-            : 'Record starts over. Continue adds to these events.'}
-        </p>
+        <div class="macro__noted">
+          <MacroPicture />
+          <LeftAtEnd />
+        </div>
       </div>
-      <div class="macro__stack macro__path">
-        <MacroPicture />
-        <LeftAtEnd />
+      <div class="macro__column">
+        <PlaybackGroup />
+        <RecordGroup />
       </div>
-      <PlaybackGroup />
-      <RecordGroup />
-      <div class="macro__stack panel__wide">
+      <div class="macro__noted macro__events">
         <EventList />
         <OptimiseRow />
       </div>
