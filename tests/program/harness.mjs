@@ -82,13 +82,13 @@ export function useDataFolder(installation) {
   });
 }
 
-// Everything that a test file needs, in one place. Close it at the end.
-export async function openWorld(desktopOptions = {}) {
+// Everything that a test file needs, in one place. Close it at the end. `pageOptions` are those of a browser context.
+export async function openWorld(desktopOptions = {}, pageOptions = {}) {
   const { openDesktop, kScreen } = await import(`./desktop_${home}.mjs`);
   const scratch = mkdtempSync(join(tmpdir(), 'varnelle-desktop-'));
   const desktop = await openDesktop(scratch, desktopOptions);
   const browser = await launchBrowser();
-  const server = await startWebViewServer(browser);
+  const server = await startWebViewServer(browser, pageOptions);
   const world = new World();
   Object.assign(world, { desktop, browser, server, scratch, screen: kScreen, hand: desktop.hand });
   return world;

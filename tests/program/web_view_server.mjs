@@ -18,8 +18,9 @@ export async function launchBrowser(options = {}) {
 
 // A program's web view. `page` is the Playwright page; `ready` resolves with it when the first content is there.
 class WebView {
-  constructor(socket, browser) {
+  constructor(socket, browser, pageOptions) {
     this.browser = browser;
+    this.pageOptions = pageOptions;
     this.socket = socket;
     this.boundNames = [];
     this.initScripts = [];
@@ -66,7 +67,8 @@ class WebView {
   }
 
   async openPage() {
-    this.context = await this.browser.newContext({ viewport: this.size ?? { width: 420, height: 560 } });
+    const viewport = this.size ?? { width: 420, height: 560 };
+    this.context = await this.browser.newContext({ viewport, ...this.pageOptions });
     this.page = await this.context.newPage();
     this.page.setDefaultTimeout(20000);
     this.pageErrors = [];
@@ -134,12 +136,12 @@ class WebView {
 }
 
 // Listens for programs. `next()` gives the web view of the next one that connects.
-export async function startWebViewServer(browser) {
+export async function startWebViewServer(browser, pageOptions = {}) {
   const waiting = [];
   const arrived = [];
   const views = new Set();
   const server = net.createServer((socket) => {
-    const view = new WebView(socket, browser);
+    const view = new WebView(socket, browser, pageOptions);
     views.add(view);
     view.ended.then(() => views.delete(view));
     const taker = waiting.shift();
