@@ -12,6 +12,7 @@ import {
   readFileSync,
   readdirSync,
   rmSync,
+  writeFileSync,
 } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { dirname, join, resolve } from 'node:path';
@@ -113,12 +114,18 @@ class World {
     program.page = await view.ready;
     // The page is alive once its first poll was answered.
     await waitUntil(() => existsSync(join(installation.data, 'status.txt')), 'the first poll');
+    // The shipped page then shows itself and fits the window.
+    if ((await program.page.locator('#app').count()) > 0) {
+      await program.page.locator('#app.app--known').waitFor();
+    }
     return program;
   }
 
-  // One that goes away with what was opened.
+  // One that goes away with what was opened. Its page asks nothing before it starts something.
   makeOwnInstallation() {
     const installation = makeInstallation();
+    mkdirSync(installation.data);
+    writeFileSync(join(installation.data, 'appsettings.txt'), 'showWarnings=0\n');
     this.ownInstallations.push(installation);
     return installation;
   }

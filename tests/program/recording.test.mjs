@@ -320,7 +320,7 @@ test('raw movement is recorded in device counts and played as such', limit, asyn
       [-3, 2],
     ]) {
       await hand.moveBy(dx, dy);
-      await pause(40);
+      await pause(100); // so that its playback is long enough for a poll to see it
     }
   });
   const list = await events();

@@ -6,6 +6,7 @@ import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { chromium } from 'playwright-core';
 
+const kScreenOfPages = { width: 1024, height: 768, availWidth: 1024, availHeight: 768 }; // as the desktops have it
 const pageScript = readFileSync(join(dirname(fileURLToPath(import.meta.url)), 'page_script.js'), 'utf8');
 
 export async function launchBrowser(options = {}) {
@@ -79,6 +80,9 @@ class WebView {
     await this.devTools.send('Runtime.addBinding', { name: '__postToProgram' });
     this.devTools.on('Runtime.bindingCalled', (event) => this.passOn(event.payload));
     await this.page.goto('about:blank');
+    // Without a window of its own the page would take its own size for the screen's.
+    await this.evaluate(`for (const [name, value] of Object.entries(${JSON.stringify(kScreenOfPages)}))
+      Object.defineProperty(screen, name, { get: () => value });`);
   }
 
   async carryOut(message) {
