@@ -1,8 +1,17 @@
 // Macros in and out through the system's own file dialogs, typed into by a real hand; what the page's commands answer.
 import assert from 'node:assert/strict';
 import { existsSync, readFileSync, readdirSync, writeFileSync } from 'node:fs';
-import { basename, join } from 'node:path';
+import { join } from 'node:path';
 import { after, afterEach, before, test } from 'node:test';
+import {
+  dialogIsOpen,
+  giveFile,
+  kOpen,
+  kSaveAs,
+  tapUntil,
+  typeFileName,
+  waitForDialog,
+} from './file_dialogs.mjs';
 import { kMainTitle, makeInstallation, nativePath, onWindows, openWorld, runNative } from './harness.mjs';
 import { kQuietMilliseconds, waitUntil } from './processes.mjs';
 import { Key, pause } from './real_hand.mjs';
@@ -10,8 +19,6 @@ import { Key, pause } from './real_hand.mjs';
 const limit = { timeout: 120000 };
 const onLinux = (reason) => ({ ...limit, skip: onWindows && reason });
 
-const kOpen = 'Open';
-const kSaveAs = 'Save As';
 const kClean = 'Clean\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\n3,1.25,0,0,0,65,0,0\n';
 // Win+R is worth a look before it is let in.
 const kHeld =
@@ -59,46 +66,29 @@ async function startProgram(installation, args = []) {
   return program;
 }
 
-const dialogIsOpen = async (title) => (await observer.window(title)).found;
-
 // A page's call that waits for a dialog. Resolves with the promise of its answer once the dialog has the keyboard.
 async function callForDialog(program, name, title) {
   const answer = program.call(name);
   answer.catch(() => {});
-  await waitUntil(async () => (await observer.window(title)).active, `the dialog "${title}"`);
+  await waitForDialog(observer, title);
   return { answer };
-}
-
-// Taps a key again and again until `condition` holds: a question in front of the dialog takes one of them.
-async function tapUntil(key, condition, what) {
-  let tapped = 0;
-  await waitUntil(async () => {
-    if (await condition()) return true;
-    if (Date.now() - tapped > 700) {
-      await hand.tap(key);
-      tapped = Date.now();
-    }
-    return false;
-  }, what);
 }
 
 async function importByDialog(program, file) {
   const { answer } = await callForDialog(program, 'importProfile', kOpen);
-  await hand.type(nativePath(file));
-  await tapUntil(Key.Enter, async () => !(await dialogIsOpen(kOpen)), 'the dialog has taken the name');
+  await giveFile(hand, observer, kOpen, file);
   return answer;
 }
 
-// On Linux the dialog is in the right folder already.
 async function typeNameToSave(program, file) {
   const { answer } = await callForDialog(program, 'exportProfile', kSaveAs);
-  await hand.type(onWindows ? nativePath(file) : basename(file));
+  await typeFileName(hand, kSaveAs, file);
   return { answer };
 }
 
 async function exportByDialog(program, file) {
-  const { answer } = await typeNameToSave(program, file);
-  await tapUntil(Key.Enter, async () => !(await dialogIsOpen(kSaveAs)), 'the dialog has taken the name');
+  const { answer } = await callForDialog(program, 'exportProfile', kSaveAs);
+  await giveFile(hand, observer, kSaveAs, file);
   return answer;
 }
 
@@ -166,7 +156,7 @@ test('closed dialogs change nothing', limit, async () => {
   const open = await callForDialog(program, 'importProfile', kOpen);
   await hand.tap(Key.Escape);
   assert.deepEqual(await open.answer, { outcome: 'cancelled' });
-  await waitUntil(async () => !(await dialogIsOpen(kOpen)), 'the dialog is gone');
+  await waitUntil(async () => !(await dialogIsOpen(observer, kOpen)), 'the dialog is gone');
   const save = await callForDialog(program, 'exportProfile', kSaveAs);
   await hand.tap(Key.Escape);
   assert.equal(await save.answer, undefined);
@@ -231,11 +221,11 @@ test('a file is overwritten only by a second yes', limit, async () => {
   for (const name of ['out.vrlmacro', 'out']) {
     await askToOverwrite(name);
     if (onWindows) await hand.tap(Key.N); // its question has no way out but yes and no
-    await tapUntil(Key.Escape, () => answered, 'no, and away');
+    await tapUntil(hand, Key.Escape, () => answered, 'no, and away');
     assert.equal(readFileSync(target, 'latin1'), 'precious');
   }
   await askToOverwrite('out.vrlmacro');
-  await tapUntil(onWindows ? Key.Y : Key.Enter, () => answered, 'yes');
+  await tapUntil(hand, onWindows ? Key.Y : Key.Enter, () => answered, 'yes');
   assert.match(readFileSync(target, 'latin1'), /^Default Tracking Profile\r?\nSETTINGS:/);
 });
 
@@ -254,7 +244,7 @@ test('engines and hotkeys serve on while a dialog is open', limit, async () => {
     return existsSync(session) && /^[01],\d/m.test(readFileSync(session, 'latin1'));
   }, 'moves are recorded and saved');
   await hand.tap(Key.F8);
-  await tapUntil(Key.Escape, async () => !(await dialogIsOpen(kOpen)), 'the dialog is gone');
+  await tapUntil(hand, Key.Escape, async () => !(await dialogIsOpen(observer, kOpen)), 'the dialog is gone');
   assert.deepEqual(await answer, { outcome: 'cancelled' });
   const status = await program.waitForStatus((s) => s.state === 'Idle' && s.count > 0, 'it was recorded');
   assert.ok(status.count >= 2, `${status.count} events`);
@@ -269,7 +259,7 @@ test('a window that is closed takes its dialog along', limit, async () => {
   else program.child.kill('SIGTERM'); // a page without GTK hears of its window only behind the dialog
   const result = await waitUntil(() => program.child.result, 'the program ends');
   assert.equal(result.code, 0);
-  await waitUntil(async () => !(await dialogIsOpen(kOpen)), 'the dialog is gone');
+  await waitUntil(async () => !(await dialogIsOpen(observer, kOpen)), 'the dialog is gone');
   assert.match(readFileSync(join(installation.data, 'session.dat'), 'latin1'), /PROFILE:Default/);
 });
 
@@ -303,7 +293,7 @@ test(
     // The other way round: no dialog is left standing by a program that was killed.
     await callForDialog(program, 'importProfile', kOpen);
     program.child.kill('SIGKILL');
-    await waitUntil(async () => !(await dialogIsOpen(kOpen)), 'the dialog is gone');
+    await waitUntil(async () => !(await dialogIsOpen(observer, kOpen)), 'the dialog is gone');
   },
 );
 
@@ -314,13 +304,11 @@ test(
     const installation = install();
     installation.env.PATH = installation.files;
     const program = await startProgram(installation);
-    const alerts = [];
-    program.page.on('dialog', (dialog) => alerts.push(dialog.message()));
+    const alert = program.page.getByRole('alert');
     assert.deepEqual(await program.call('importProfile'), { outcome: 'error', message: kNoDialog });
-    assert.deepEqual(alerts, []);
+    assert.equal(await alert.innerText(), '');
     assert.equal(await program.call('exportProfile'), undefined);
-    await waitUntil(() => alerts.length > 0, 'the alert');
-    assert.deepEqual(alerts, [kNoDialog]);
+    await alert.getByText(kNoDialog).waitFor();
   },
 );
 

@@ -1,0 +1,43 @@
+// The system's own file dialogs, typed into by a real hand. An observer finds them by their titles.
+import { basename } from 'node:path';
+import { nativePath, onWindows } from './harness.mjs';
+import { waitUntil } from './processes.mjs';
+import { Key } from './real_hand.mjs';
+
+export const kOpen = 'Open';
+export const kSaveAs = 'Save As';
+
+export const dialogIsOpen = async (observer, title) => (await observer.window(title)).found;
+
+// Resolves once the dialog has the keyboard.
+export const waitForDialog = (observer, title) =>
+  waitUntil(async () => (await observer.window(title)).active, `the dialog "${title}"`);
+
+// Taps a key again and again until `condition` holds: a question in front of the dialog takes one of them.
+export async function tapUntil(hand, key, condition, what) {
+  let tapped = 0;
+  await waitUntil(async () => {
+    if (await condition()) return true;
+    if (Date.now() - tapped > 700) {
+      await hand.tap(key);
+      tapped = Date.now();
+    }
+    return false;
+  }, what);
+}
+
+// The name of `file` as a person types it. On Linux a dialog to save is in the right folder already.
+export async function typeFileName(hand, title, file) {
+  await hand.type(title === kSaveAs && !onWindows ? basename(file) : nativePath(file));
+}
+
+// Types the file's name into the dialog that has the keyboard, and waits until it has taken it.
+export async function giveFile(hand, observer, title, file) {
+  await typeFileName(hand, title, file);
+  await tapUntil(
+    hand,
+    Key.Enter,
+    async () => !(await dialogIsOpen(observer, title)),
+    'the dialog has taken the name',
+  );
+}
