@@ -6,8 +6,8 @@ import { cancelImport, confirmImport, switchProfile, withFileDialog } from './co
 import { fetchEvents, fetchProfiles, fetchSettings, noteSettingsEdit, showFailure } from './fetch';
 import { say, tell } from './notices';
 import { type HeldMacro, readPending, readPendingSummary } from './pending';
-import { pollSoon } from './poll';
-import { profiles, settings, status } from './store';
+import { pollNow } from './poll';
+import { profiles, recording, settings, status } from './store';
 
 // The macro to decide on.
 export const held = signal<HeldMacro | null>(null);
@@ -53,7 +53,13 @@ async function announceImport(): Promise<void> {
   say(listed && name ? `Imported as ${name}` : 'Imported');
   const reset = toolSettings() !== before;
   importNote.value = { reset, holds: whatItHoldsFor(reset) };
-  pollSoon();
+  await pollNow();
+  if (recording.value) {
+    tell(
+      'This import came in while a recording ran. What was recorded so far is in the profile of before; ' +
+        'what is recorded from now on goes into the imported one, behind its own events.',
+    );
+  }
 }
 
 export async function useImportedSettings(): Promise<void> {
