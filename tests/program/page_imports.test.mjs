@@ -1,0 +1,278 @@
+// Macros in and out as a person does it: the page's own buttons, the system's file dialogs, the decision on a macro
+// that is held.
+import assert from 'node:assert/strict';
+import { existsSync, readFileSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
+import { after, afterEach, before, test } from 'node:test';
+import { giveFile, kOpen, kSaveAs, tapUntil, waitForDialog, dialogIsOpen } from './file_dialogs.mjs';
+import { kMainTitle, kScreenshots, makeInstallation, nativePath, openWorld } from './harness.mjs';
+import { waitUntil } from './processes.mjs';
+import { Key, pause } from './real_hand.mjs';
+
+const limit = { timeout: 120000 };
+
+const kClean = 'Clean\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\n3,1.25,0,0,0,65,0,0\n';
+// Win+R is worth a look before it is let in.
+const kHeld =
+  'Held\nSETTINGS:\n0,0.25,10,10,0,0,0,0\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n' +
+  '3,1.8,0,0,0,82,0,0\n';
+const kDefaultName = 'Default Tracking Profile';
+
+let world;
+let hand;
+let program;
+let observer;
+let installations = [];
+
+before(async () => {
+  world = await openWorld();
+  hand = world.hand;
+}, limit);
+afterEach(async () => {
+  await world.closeOpened();
+  for (const installation of installations.splice(0)) installation.remove();
+}, limit);
+after(() => world?.close(), limit);
+
+function install() {
+  const installation = makeInstallation();
+  installation.files = installation.env.HOME; // where a dialog begins on Linux
+  installations.push(installation);
+  return installation;
+}
+
+function put(installation, name, text) {
+  const file = join(installation.files, name);
+  writeFileSync(file, text);
+  return file;
+}
+
+// The observer first: it must not have the keyboard when a dialog opens.
+async function begin(installation, args = []) {
+  observer = await world.openObserver('Another application');
+  program = await world.startProgram({ installation, args });
+  await waitUntil(async () => (await observer.window(kMainTitle)).found, 'the window is there');
+}
+
+async function importFile(file) {
+  await program.press('Import profile');
+  await waitForDialog(observer, kOpen);
+  await giveFile(hand, observer, kOpen, file);
+}
+
+const shownProfiles = () =>
+  program.page.getByRole('combobox', { name: 'Profile' }).locator('option').allInnerTexts();
+const chosenProfile = () =>
+  program.page.getByRole('combobox', { name: 'Profile' }).locator('option:checked').innerText();
+const waitForProfile = (name) =>
+  waitUntil(async () => (await chosenProfile()) === name, `"${name}" is chosen`);
+const decision = () => program.page.getByRole('alertdialog');
+const notice = (text) => program.page.getByRole('status', { name: 'Done' }).getByText(text).waitFor();
+const pressable = (button) => button.and(program.page.locator(':not([aria-disabled]):not([disabled])'));
+const shownEvents = () => program.eventRows().locator('.event__text').allInnerTexts();
+const waitForState = (state) => program.waitForStatus((s) => s.state === state, `the state is ${state}`);
+
+async function assertDecisionTells(name) {
+  // What the macro is called and does comes a moment after what was found.
+  await decision()
+    .getByText(/^5 events, 0:01\.8 long\./)
+    .waitFor();
+  assert.match(await decision().innerText(), new RegExp(`Import \u201c${name}\u201d\\?`));
+  const findings = decision().getByRole('list', { name: 'Findings' }).getByRole('listitem');
+  assert.deepEqual(
+    (await findings.allInnerTexts()).map((text) => text.replace(/\s+/g, ' ').trim()),
+    ['1 Caution at 0:01.5 Uses Windows system shortcuts.'],
+  );
+  // The picture: one sign for the finding, and of the three lanes those that have something in them stand out.
+  const picture = decision().locator('figure');
+  assert.match(await picture.innerText(), /What it does over time, and where each finding begins\./);
+  assert.equal(await picture.locator('.time-picture__sign').count(), 1);
+  const heights = await picture
+    .locator('svg path')
+    .evaluateAll((paths) => paths.map((path) => path.getBBox().height));
+  assert.deepEqual(
+    heights.map((height) => height > 0),
+    [true, false, true],
+    `moves, clicks, keys: ${heights}`,
+  );
+}
+
+test('a held macro is shown with what was found; no leaves nothing, yes lets it in', limit, async () => {
+  const installation = install();
+  const file = put(installation, 'a.vrlmacro', kHeld);
+  await begin(installation);
+
+  await importFile(file);
+  await assertDecisionTells('Held \\(Imported\\)');
+  await program.page.screenshot({ path: join(kScreenshots, 'held-macro.png') });
+  await program.press('Don\u2019t import', decision());
+  await decision().waitFor({ state: 'detached' });
+  await notice('Not imported');
+  assert.deepEqual(await program.call('getPendingMacroImport'), { outcome: 'none' });
+  assert.deepEqual(await shownProfiles(), [kDefaultName]);
+  assert.deepEqual((await program.call('getProfiles')).names, [kDefaultName]);
+  assert.deepEqual(await program.call('getMacroEvents'), []);
+
+  await importFile(file);
+  await decision().waitFor();
+  const anyway = program.button('Import anyway', decision());
+  assert.equal(await anyway.getAttribute('aria-disabled'), 'true', 'not in the first moment');
+  await pressable(anyway).click();
+  await decision().waitFor({ state: 'detached' });
+  await notice('Imported as Held (Imported)');
+  assert.equal(await chosenProfile(), 'Held (Imported)');
+  assert.deepEqual(await shownProfiles(), [kDefaultName, 'Held (Imported)']);
+  await waitUntil(async () => (await program.eventRows().count()) === 5, 'the page lists its events');
+  assert.deepEqual(await shownEvents(), [
+    'Move to 10, 10',
+    'Key Left Windows down',
+    'Key R down',
+    'Key Left Windows up',
+    'Key R up',
+  ]);
+  assert.deepEqual(await program.call('getPendingMacroImport'), { outcome: 'none' });
+});
+
+test('a macro without findings is there at once, and goes out again as it is', limit, async () => {
+  const installation = install();
+  const file = put(installation, 'a.vrlmacro', kClean);
+  await begin(installation);
+  await importFile(file);
+  await notice('Imported as Clean (Imported)');
+  assert.equal(await chosenProfile(), 'Clean (Imported)');
+  assert.equal(await decision().count(), 0);
+  await waitUntil(async () => (await program.eventRows().count()) === 3, 'the page lists its events');
+  const events = await program.call('getMacroEvents');
+
+  const target = join(installation.files, 'out.vrlmacro');
+  await program.press('Export profile');
+  await waitForDialog(observer, kSaveAs);
+  await giveFile(hand, observer, kSaveAs, target);
+  await waitUntil(() => existsSync(target), 'the file is there');
+  await pressable(program.button('Import profile')).waitFor();
+  assert.equal(readFileSync(target, 'latin1').split(/\r?\n/)[0], 'Clean (Imported)');
+
+  await importFile(target);
+  await waitForProfile('Clean (Imported) (Imported)');
+  assert.deepEqual(await program.call('getMacroEvents'), events);
+
+  // What cannot be read is said, and stays until it is dismissed.
+  await importFile(put(installation, 'OLD.MCR', kClean));
+  await program.page
+    .getByRole('alert')
+    .getByText(/^\.mcr files are no longer supported\./)
+    .waitFor();
+  await program.press('Dismiss');
+  assert.equal((await shownProfiles()).length, 3);
+});
+
+test('a closed dialog leaves the page as it was', limit, async () => {
+  await begin(install());
+  for (const [button, title] of [
+    ['Import profile', kOpen],
+    ['Export profile', kSaveAs],
+  ]) {
+    await program.press(button);
+    await waitForDialog(observer, title);
+    await tapUntil(
+      hand,
+      Key.Escape,
+      async () => !(await dialogIsOpen(observer, title)),
+      'the dialog is gone',
+    );
+    await pressable(program.button(button)).waitFor();
+  }
+  assert.deepEqual(await shownProfiles(), [kDefaultName]);
+  assert.equal(await program.page.getByRole('alert').innerText(), '');
+});
+
+test(
+  'a held macro of the command line is decided on in the page, not beside a recording',
+  limit,
+  async () => {
+    const installation = install();
+    const file = put(installation, 'a.vrlmacro', kHeld);
+    await begin(installation, [nativePath(file)]);
+    await assertDecisionTells('Held');
+    const anyway = program.button('Import anyway', decision());
+    await pressable(anyway).waitFor();
+
+    await hand.tap(Key.F8);
+    await waitForState('Recording');
+    await decision().getByText('It can be imported when the recording has ended.').waitFor();
+    assert.equal(await anyway.getAttribute('aria-disabled'), 'true');
+    await anyway.click({ force: true });
+    await hand.tap(Key.F8);
+    await waitForState('Idle');
+    assert.deepEqual((await program.call('getProfiles')).names, [kDefaultName]);
+
+    await pressable(anyway).click();
+    await waitForProfile('Held');
+    await waitUntil(async () => (await program.eventRows().count()) === 5, 'the page lists its events');
+    assert.deepEqual(await shownProfiles(), [kDefaultName, 'Held']);
+  },
+);
+
+const keysOf = (events) =>
+  events
+    .filter(({ desc }) => desc.startsWith('Keyboard'))
+    .map(({ desc }) => desc.replace('Keyboard VK: ', ''));
+
+test(
+  'while a recording runs nothing is imported; a dialog that was open before loses nothing',
+  limit,
+  async () => {
+    const installation = install();
+    const file = put(installation, 'a.vrlmacro', kClean);
+    await begin(installation);
+    await program.press('Import profile');
+    await waitForDialog(observer, kOpen);
+    await hand.tap(Key.F8);
+    // The keys of the file's name are recorded too; the dialog takes them all.
+    await waitUntil(() => recordsKeys(installation), 'the recording runs');
+    await giveFile(hand, observer, kOpen, file);
+    await waitForProfile('Clean (Imported)');
+    await program.page
+      .getByRole('alert')
+      .getByText(/^This import came in while a recording ran\./)
+      .waitFor();
+    for (const button of [
+      'Import profile',
+      'Export profile',
+      'New profile',
+      'Clear profile',
+      'Delete profile',
+    ]) {
+      assert.ok(await program.button(button).isDisabled(), `${button} waits`);
+    }
+    await program.page.getByText('The profile stays as it is while a recording runs.').waitFor();
+
+    // From here on the imported profile is the macro that grows.
+    await hand.tap(Key.Z);
+    await program.waitForStatus((s) => s.count >= 5, 'it is recorded');
+    await hand.tap(Key.F8);
+    await waitForState('Idle');
+    const imported = await program.call('getMacroEvents');
+    assert.deepEqual(
+      imported.slice(0, 3).map(({ desc }) => desc),
+      ['Abs Move to X:10 Y:10', 'Keyboard VK: 65 (DOWN)', 'Keyboard VK: 65 (UP)'],
+    );
+    const times = imported.slice(0, 3).map(({ time }) => time - imported[0].time);
+    times.forEach((time, i) => assert.ok(Math.abs(time - [0, 0.25, 0.75][i]) < 1e-6, `${times}`));
+    assert.deepEqual(keysOf(imported).slice(-2), ['90 (DOWN)', '90 (UP)']);
+
+    // What was recorded before is in the profile that was recorded into.
+    await program.page.getByRole('combobox', { name: 'Profile' }).selectOption({ label: kDefaultName });
+    await waitForProfile(kDefaultName);
+    const recorded = keysOf(await program.call('getMacroEvents'));
+    assert.ok(recorded.length >= 2 * nativePath(file).length - 2, `${recorded.length} keys of the name`);
+  },
+);
+
+// Taps a key that no file name begins with until the saved session has a key of it.
+async function recordsKeys(installation) {
+  await hand.tap(Key.LeftShift);
+  await pause(100);
+  const session = join(installation.data, 'session.dat');
+  return existsSync(session) && /^3,\d/m.test(readFileSync(session, 'latin1'));
+}
