@@ -204,8 +204,30 @@ test('no browser menu but where text is edited', async () => {
   await pages.close(page);
 });
 
-test('words stay readable at twice the size', async () => {
-  const page = await pages.open({ viewport: { width: 420, height: 560 }, context: { deviceScaleFactor: 2 } });
-  assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= 420);
-  await pages.close(page);
-});
+for (const deviceScaleFactor of [1.25, 1.5, 2]) {
+  test(`nothing is cut off and drawings stay sharp at ${deviceScaleFactor * 100} %`, async () => {
+    const page = await pages.open({
+      before: states.macro,
+      viewport: { width: 420, height: 560 },
+      context: { deviceScaleFactor },
+    });
+    await settled(page);
+    await page.locator('.picture__canvas').scrollIntoViewIfNeeded();
+    assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= 420);
+    const clipped = await page.evaluate(() =>
+      [...document.querySelectorAll('button, .segmented span, .toggle span:last-child, .group__hint')]
+        .filter((element) => element.scrollWidth > element.clientWidth + 1)
+        .map((element) => element.innerText),
+    );
+    assert.deepEqual(clipped, []);
+    // The canvases are drawn in the background.
+    await page.waitForFunction(
+      (scale) =>
+        [...document.querySelectorAll('.picture__canvas, .strip__canvas')].every(
+          (canvas) => canvas.width >= canvas.clientWidth * scale - 1,
+        ),
+      deviceScaleFactor,
+    );
+    await pages.close(page);
+  });
+}
