@@ -34,7 +34,7 @@ describe('what a switch sends', () => {
   for (const [name, key, inverted, first] of switches) {
     test(name, async () => {
       const page = await open({ before: 'host.appSettings.showWarnings = true' });
-      const toggle = page.getByRole('switch', { name, exact: true });
+      const toggle = sheet(page).getByRole('switch', { name, exact: true });
       assert.equal(await toggle.isChecked(), first);
       const on = (shown) => `${key},${shown === inverted ? '0' : '1'}`;
       await toggle.click();
@@ -60,7 +60,7 @@ test('what the program holds is shown, each in words', async () => {
       host.status.hkUnlock = 'Pause';`,
   });
   for (const [name, , , first] of switches) {
-    assert.equal(await page.getByRole('switch', { name, exact: true }).isChecked(), !first, name);
+    assert.equal(await sheet(page).getByRole('switch', { name, exact: true }).isChecked(), !first, name);
   }
   const text = await sheet(page).innerText();
   assert.match(text.replace(/\s+/g, ' '), /Pause turns the other hotkeys into ordinary keys/);

@@ -7,4 +7,4 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 build=${1:?usage: run_unit.sh BUILD_DIR}
 shift
 StartWine "$build"
-Wine 280 "$build/unit_tests.exe" --gtest_brief=1 "$@" </dev/null | cat
+Wine 560 "$build/unit_tests.exe" --gtest_brief=1 "$@" </dev/null | cat

@@ -80,22 +80,22 @@ BuildFor() {
 
 TestOne() {
     case "$1" in
-        check) TestKind check 900 ./dev check ;;
-        unit) BuildFor unit linux unit_tests && TestKind unit 300 build/linux/unit_tests --gtest_brief=1 ;;
+        check) TestKind check 1200 ./dev check ;;
+        unit) BuildFor unit linux unit_tests && TestKind unit 400 build/linux/unit_tests --gtest_brief=1 ;;
         simulated)
             BuildFor simulated linux simulated_tests &&
                 TestKind simulated 600 build/linux/simulated_tests --gtest_brief=1
             ;;
         unit-windows)
-            BuildFor unit-windows windows unit_tests && TestKind unit-windows 300 tests/windows/run_unit.sh build/windows
+            BuildFor unit-windows windows unit_tests && TestKind unit-windows 600 tests/windows/run_unit.sh build/windows
             ;;
-        linux) BuildFor linux linux && TestKind linux 300 tests/linux/run.sh build/linux ;;
-        windows) BuildFor windows windows && TestKind windows 400 tests/windows/run.sh build/windows ;;
-        pages) TestKind pages 400 tests/pages/run.sh ;;
-        program) BuildFor program linux all dist && TestKind program 600 tests/program/run.sh linux build/linux ;;
+        linux) BuildFor linux linux && TestKind linux 500 tests/linux/run.sh build/linux ;;
+        windows) BuildFor windows windows && TestKind windows 500 tests/windows/run.sh build/windows ;;
+        pages) TestKind pages 900 tests/pages/run.sh ;;
+        program) BuildFor program linux all dist && TestKind program 1000 tests/program/run.sh linux build/linux ;;
         program-windows)
             BuildFor program-windows windows all dist &&
-                TestKind program-windows 900 tests/program/run.sh windows build/windows
+                TestKind program-windows 1500 tests/program/run.sh windows build/windows
             ;;
         asan)
             BuildFor asan linux-asan unit_tests simulated_tests &&
@@ -105,7 +105,7 @@ TestOne() {
             BuildFor tsan linux-tsan unit_tests simulated_tests &&
                 TestKind tsan 900 tools/dev/sanitized_tests.sh build/linux-tsan
             ;;
-        fuzz) BuildFor fuzz linux-fuzz all && TestKind fuzz 300 tools/dev/fuzz_all.sh "$FuzzSeconds" ;;
+        fuzz) BuildFor fuzz linux-fuzz all && TestKind fuzz 500 tools/dev/fuzz_all.sh "$FuzzSeconds" ;;
         *)
             echo "dev: no kind of test named '$1'; there are: $TestKinds" >&2
             return 2

@@ -108,7 +108,7 @@ function look(running: Running[]): Look {
 export function StateLine() {
   const running = whatRuns();
   const { kind, sign, title } = look(running);
-  const [stopping, pressStop] = usePending(running.length);
+  const [stopping, setStopping] = usePending(running.length);
   const offers = running.length === 0 && hotkeysOff.value && !reassigning.value && has('setAppSetting');
   return (
     <header class={`state-line state-line--${kind}`}>
@@ -136,7 +136,7 @@ export function StateLine() {
           label="Stop everything"
           pending={stopping}
           onPress={() => {
-            pressStop();
+            setStopping(true);
             running.forEach((entry) => void entry.stop());
           }}
         >

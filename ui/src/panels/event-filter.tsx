@@ -24,16 +24,26 @@ export function FilterChips() {
             key={group}
             type="button"
             class="filter__chip"
+            title={groupedNumber(count)}
             aria-pressed={shown}
             disabled={!counts || view.value.list.length === 0}
             onClick={() => setGroupShown(group, !shown)}
           >
             <span class="filter__title">{kTitles[group]}</span>{' '}
             <span class={`filter__mark filter__mark--${group}`} aria-hidden="true" />
-            <span class="filter__count">{groupedNumber(count)}</span>
+            <span class="filter__count" aria-hidden="true">
+              {shortCount(count)}
+            </span>
+            <span class="unseen">{groupedNumber(count)}</span>
           </button>
         );
       })}
     </div>
   );
+}
+
+// At most four signs, which fit the narrowest window. Readers get the whole number.
+function shortCount(count: number): string {
+  if (count < 10_000) return String(count);
+  return count < 1_000_000 ? `${Math.floor(count / 1000)}k` : `${Math.floor(count / 100_000) / 10}M`;
 }
