@@ -284,12 +284,16 @@ export class Program {
     this.installation = installation;
   }
 
-  // The mirror of the last poll, as other programs see it; null while it is being replaced.
+  // The mirror of the last poll, as other programs see it; null before there is one. While it is being written it is
+  // read again, for a time in which every writing ends.
   status() {
-    try {
-      return JSON.parse(readFileSync(join(this.installation.data, 'status.txt'), 'utf8'));
-    } catch {
-      return null;
+    const deadline = Date.now() + 100;
+    for (;;) {
+      try {
+        return JSON.parse(readFileSync(join(this.installation.data, 'status.txt'), 'utf8'));
+      } catch (error) {
+        if (error.code === 'ENOENT' || Date.now() > deadline) return null;
+      }
     }
   }
   waitForStatus(condition, what) {
