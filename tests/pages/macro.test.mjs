@@ -464,7 +464,11 @@ describe('the panel', () => {
       await page.locator('#events-3').click();
       await page.locator('#events-6').click({ modifiers: ['Shift'] });
       const clipped = await page.evaluate(() =>
-        [...document.querySelectorAll('#panel-tracker :is(button, p, .filter__chip span:not(.unseen), .strip span)')]
+        [
+          ...document.querySelectorAll(
+            '#panel-tracker :is(button, p, .filter__chip span:not(.unseen), .strip span)',
+          ),
+        ]
           .filter((element) => element.scrollWidth > element.clientWidth + 1 && element.clientWidth > 0)
           .map((element) => element.innerText),
       );

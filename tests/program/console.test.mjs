@@ -62,7 +62,9 @@ function everythingBut(left, folder = installation.folder) {
 }
 
 function environment() {
-  const { DISPLAY, WAYLAND_DISPLAY, ...rest } = process.env;
+  const rest = { ...process.env };
+  delete rest.DISPLAY;
+  delete rest.WAYLAND_DISPLAY;
   return { ...rest, ...installation.env, ...(onWindows ? { HOME: process.env.HOME } : {}) };
 }
 

@@ -10,7 +10,7 @@ import { join } from 'node:path';
 import { makeInstallation, openWorld } from '../../tests/program/harness.mjs';
 import { waitUntil } from '../../tests/program/processes.mjs';
 import { Key, pause } from '../../tests/program/real_hand.mjs';
-import { harmfulMacro, harmlessMacro, kHarmful, kHarmless, kNoWarnings, session } from './material.mjs';
+import { harmfulMacro, harmlessMacro, kNoWarnings, session } from './material.mjs';
 
 const kSharpness = 2; // pixels of a picture for one of the page
 const kWidth = 420; // of the window at a first start
@@ -261,7 +261,7 @@ const pictures = {
       () => program.button('Import anyway').evaluate((button) => button.ariaDisabled !== 'true'),
       'it can be let in',
     );
-    await program.page.getByRole('alertdialog').evaluate((dialog) => document.activeElement.blur());
+    await program.page.getByRole('alertdialog').evaluate(() => document.activeElement.blur());
     await saveDialog('held', 'alertdialog');
   },
 
