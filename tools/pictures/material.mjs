@@ -102,14 +102,14 @@ export const kNoWarnings = 'showWarnings=0\n';
 
 const macroFile = (name, hand) => [name, `SETTINGS:${kSettings}`, ...hand.lines, ''].join('\n');
 
-export const kHarmless = 'Water the beds';
+const kHarmless = 'Water the beds';
 export const harmlessMacro = macroFile(
   kHarmless,
   new Hand().startAt(300, 300).moveTo(700, 320, 0.8, 60).click().wait(0.4).moveTo(300, 300, 0.8, 60).click(),
 );
 
 // Opens the Run box and types a program's name into it; later takes something along by the clipboard.
-export const kHarmful = 'Free coins';
+const kHarmful = 'Free coins';
 export const harmfulMacro = macroFile(
   kHarmful,
   (() => {
