@@ -1,6 +1,9 @@
 # shellcheck shell=bash
 # The test run: every kind with its count. Sourced by ./dev.
 
+# Kinds of one lane share a build folder and run one after the other; the lanes run beside each other, since those with
+# real input mostly wait.
+TestLanes=("check asan tsan fuzz" "unit simulated pages linux program" "unit-windows windows program-windows")
 TestKinds="check unit simulated unit-windows linux windows pages program program-windows asan tsan fuzz"
 FuzzSeconds=${FUZZ_TARGET_SECONDS:-20}
 
@@ -80,32 +83,32 @@ BuildFor() {
 
 TestOne() {
     case "$1" in
-        check) TestKind check 1200 ./dev check ;;
-        unit) BuildFor unit linux unit_tests && TestKind unit 400 build/linux/unit_tests --gtest_brief=1 ;;
+        check) TestKind check 1800 ./dev check ;;
+        unit) BuildFor unit linux unit_tests && TestKind unit 600 build/linux/unit_tests --gtest_brief=1 ;;
         simulated)
             BuildFor simulated linux simulated_tests &&
-                TestKind simulated 600 build/linux/simulated_tests --gtest_brief=1
+                TestKind simulated 900 build/linux/simulated_tests --gtest_brief=1
             ;;
         unit-windows)
             BuildFor unit-windows windows unit_tests && TestKind unit-windows 600 tests/windows/run_unit.sh build/windows
             ;;
-        linux) BuildFor linux linux && TestKind linux 500 tests/linux/run.sh build/linux ;;
-        windows) BuildFor windows windows && TestKind windows 500 tests/windows/run.sh build/windows ;;
-        pages) TestKind pages 900 tests/pages/run.sh ;;
-        program) BuildFor program linux all dist && TestKind program 1000 tests/program/run.sh linux build/linux ;;
+        linux) BuildFor linux linux && TestKind linux 800 tests/linux/run.sh build/linux ;;
+        windows) BuildFor windows windows && TestKind windows 800 tests/windows/run.sh build/windows ;;
+        pages) TestKind pages 1200 tests/pages/run.sh ;;
+        program) BuildFor program linux all dist && TestKind program 1500 tests/program/run.sh linux build/linux ;;
         program-windows)
             BuildFor program-windows windows all dist &&
-                TestKind program-windows 1500 tests/program/run.sh windows build/windows
+                TestKind program-windows 2400 tests/program/run.sh windows build/windows
             ;;
         asan)
             BuildFor asan linux-asan unit_tests simulated_tests &&
-                TestKind asan 900 tools/dev/sanitized_tests.sh build/linux-asan
+                TestKind asan 1500 tools/dev/sanitized_tests.sh build/linux-asan
             ;;
         tsan)
             BuildFor tsan linux-tsan unit_tests simulated_tests &&
-                TestKind tsan 900 tools/dev/sanitized_tests.sh build/linux-tsan
+                TestKind tsan 1500 tools/dev/sanitized_tests.sh build/linux-tsan
             ;;
-        fuzz) BuildFor fuzz linux-fuzz all && TestKind fuzz 500 tools/dev/fuzz_all.sh "$FuzzSeconds" ;;
+        fuzz) BuildFor fuzz linux-fuzz all && TestKind fuzz 800 tools/dev/fuzz_all.sh "$FuzzSeconds" ;;
         *)
             echo "dev: no kind of test named '$1'; there are: $TestKinds" >&2
             return 2
@@ -113,21 +116,50 @@ TestOne() {
     esac
 }
 
+RunKinds() {
+    local kind
+    for kind in "$@"; do
+        TestOne "$kind" || [ $? != 2 ] || return 2
+    done
+}
+
+# All lanes at once; the one with the most to compute gives way to those that a person's time is played in.
+RunLanes() {
+    local lane results=build/test/lanes pids=()
+    rm -rf "$results"
+    mkdir -p "$results"
+    for lane in "${!TestLanes[@]}"; do
+        (
+            [ "$lane" != 0 ] || renice -n 10 "$BASHPID" >/dev/null
+            # shellcheck disable=SC2086
+            RunKinds ${TestLanes[lane]}
+            echo "$passedTotal $failedTotal $skippedTotal ${failedKinds[*]}" >"$results/$lane"
+        ) &
+        pids+=($!)
+    done
+    wait "${pids[@]}" || true
+    local passed failed skipped kinds
+    for lane in "${!TestLanes[@]}"; do
+        # A lane that left no result ended in the middle.
+        read -r passed failed skipped kinds < <(cat "$results/$lane" 2>/dev/null || echo "0 1 0 lane-$lane")
+        passedTotal=$((passedTotal + passed))
+        failedTotal=$((failedTotal + failed))
+        skippedTotal=$((skippedTotal + skipped))
+        [ -z "$kinds" ] || failedKinds+=("$kinds")
+    done
+}
+
 Test() {
     if [ "${1:-}" = list ]; then
         echo "$TestKinds"
         return 0
     fi
-    local kinds=() kind
-    if [ $# -gt 0 ]; then
-        kinds=("$@")
-    else
-        read -r -a kinds <<<"$TestKinds"
-    fi
     Setup
-    for kind in "${kinds[@]}"; do
-        TestOne "$kind" || [ $? != 2 ] || return 2
-    done
+    if [ $# -gt 0 ]; then
+        RunKinds "$@" || return
+    else
+        RunLanes
+    fi
     echo
     if [ ${#failedKinds[@]} -gt 0 ]; then
         echo "failed kinds: ${failedKinds[*]}"
