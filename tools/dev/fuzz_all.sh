@@ -15,6 +15,7 @@ RunTarget() {
 }
 export -f RunTarget
 
+mkdir -p build/fuzz
 passed=0
 failed=0
 targets=$(basename -s .cpp -a tests/fuzz/*.cpp)
