@@ -18,39 +18,6 @@ constexpr size_t kLarge = kMaxThemeFileBytes;
 constexpr size_t kSmall = kLarge / 10;
 constexpr int kRounds = 3;
 
-struct Piece {
-    const char* name;
-    uint32_t width;
-    uint32_t height;
-};
-
-constexpr Piece kPieces[] = {
-    {"window", 1024, 768},
-    {"panel", 256, 256},
-    {"panel-header", 256, 78},
-    {"modal", 256, 256},
-    {"modal-header", 256, 78},
-    {"button", 192, 64},
-    {"button-accent", 192, 64},
-    {"button-danger", 192, 64},
-    {"button-small", 48, 48},
-    {"field", 128, 64},
-    {"switch", 68, 40},
-    {"switch-knob", 28, 28},
-    {"radio", 52, 52},
-    {"scroll-track", 16, 256},
-    {"scroll-thumb", 16, 128},
-    {"button.on", 192, 64},
-    {"button-accent.on", 192, 64},
-    {"button-danger.on", 192, 64},
-    {"button-small.on", 48, 48},
-    {"field.on", 128, 64},
-    {"switch.on", 68, 40},
-    {"switch-knob.on", 28, 28},
-    {"radio.on", 52, 52},
-    {"scroll-thumb.on", 16, 128},
-};
-
 std::string Encode(const std::string& bytes) {
     const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
@@ -67,7 +34,7 @@ std::string Encode(const std::string& bytes) {
 }
 
 // A piece of about `size` bytes, of whole groups of three.
-std::string Png(const Piece& piece, size_t size) {
+std::string Png(const ThemePiece& piece, size_t size) {
     std::string bytes("\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR", 16);
     for (const uint32_t value : {piece.width, piece.height}) {
         for (int shift = 24; shift >= 0; shift -= 8) {
@@ -85,9 +52,9 @@ const std::string kColours =
 // 24 good pieces that share `size` bytes of text.
 std::string Pieces(size_t size) {
     std::string text;
-    for (const Piece& piece : kPieces) {
+    for (const ThemePiece& piece : ThemePieces()) {
         text += (text.empty() ? "\"" : ",\"") + std::string(piece.name) + "\":\"" +
-                Encode(Png(piece, size / std::size(kPieces) * 3 / 4)) + "\"";
+                Encode(Png(piece, size / ThemePieces().size() * 3 / 4)) + "\"";
     }
     return text;
 }
@@ -104,12 +71,12 @@ std::string HostileTail(size_t size) {
         slow += "\"a\" 1 [] ";
     }
     std::string pieces;
-    for (const Piece& piece : kPieces) {
+    for (const ThemePiece& piece : ThemePieces()) {
         pieces += ",\"" + std::string(piece.name) + "\":\"" + Encode(Png(piece, 0)) + "\"";
     }
     std::string passed;
     while (passed.size() < size / 2 - 4000) {
-        passed += ",\"window\":\"" + Encode(Png(kPieces[0], 0)) + "\"";
+        passed += ",\"window\":\"" + Encode(Png(ThemePieces().front(), 0)) + "\"";
     }
     return "{\"x\":[" + slow + R"(],"skin":{"pieces":{)" + passed.substr(1) + pieces +
            R"(},"template":1},"format":2,)" + kColours + "}";
@@ -118,9 +85,9 @@ std::string HostileTail(size_t size) {
 // Every slash of every piece escaped, so that nothing can be read where it stands.
 std::string Escaped(size_t size) {
     std::string pieces;
-    for (const Piece& piece : kPieces) {
+    for (const ThemePiece& piece : ThemePieces()) {
         std::string slashes;
-        while (slashes.size() < size / std::size(kPieces) - 200) {
+        while (slashes.size() < size / ThemePieces().size() - 200) {
             slashes += "\\/\\/\\/\\/";
         }
         pieces += ",\"" + std::string(piece.name) + "\":\"" + Encode(Png(piece, 0)) + slashes + "\"";
@@ -190,7 +157,7 @@ void PrintRow(const char* name, const std::string& small, const std::string& lar
                 static_cast<double>(large.size()) / 1048576.0, smallTime, largeTime, growth,
                 24 * PlainScan(large));
     if (!plainToo) {
-        std::printf("hours\n");
+        std::printf("not run\n");
         return;
     }
     ThemeReport plain;

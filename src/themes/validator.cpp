@@ -31,13 +31,7 @@ constexpr ColourRow kColours[] = {
     {"accentHover", &ThemeRecord::accentHover}, {"text", &ThemeRecord::text},
 };
 
-struct PieceRow {
-    std::string_view name;
-    uint32_t width;  // pixels
-    uint32_t height;
-};
-
-constexpr PieceRow kPieces[] = {
+constexpr ThemePiece kPieces[] = {
     {"window", 1024, 768},
     {"panel", 256, 256},
     {"panel-header", 256, 78},
@@ -118,7 +112,7 @@ uint32_t BigEndian(std::string_view bytes, size_t at) {
 }
 
 // The head only: the rest is the page's decoder's to judge.
-bool HasPngHead(std::string_view bytes, const PieceRow& row) {
+bool HasPngHead(std::string_view bytes, const ThemePiece& row) {
     constexpr std::string_view kSignature = "\x89PNG\r\n\x1A\n";
     constexpr uint32_t kHeaderChunkBytes = 13;
     return bytes.size() >= 24 && bytes.substr(0, 8) == kSignature &&
@@ -128,7 +122,7 @@ bool HasPngHead(std::string_view bytes, const PieceRow& row) {
 
 // These give the reason of a rejection, empty if there is none.
 
-std::string JudgePiece(const PieceRow& row, const JsonValue& value) {
+std::string JudgePiece(const ThemePiece& row, const JsonValue& value) {
     const std::string name(row.name);
     std::string buffer;
     const std::string_view encoded = JsonContent(value, &buffer);
@@ -158,7 +152,7 @@ std::string JudgePieces(std::string_view pieces, int32_t* count) {
     std::string key;
     while (keys.Next(&key)) {
         const auto* const row = std::find_if(std::begin(kPieces), std::end(kPieces),
-                                             [&](const PieceRow& r) { return r.name == key; });
+                                             [&](const ThemePiece& r) { return r.name == key; });
         if (row == std::end(kPieces)) {
             return "unknown skin piece name: " + key;
         }
@@ -291,6 +285,10 @@ std::string ReadThemeFile(const std::string& path, std::string* text) {
 }
 
 }  // namespace
+
+std::span<const ThemePiece> ThemePieces() {
+    return kPieces;
+}
 
 bool ValidateThemeText(std::string_view text, ThemeRecord* record, ThemeReport* report) {
     ThemeReport unasked;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -32,6 +33,15 @@ struct ThemeReport {
     int32_t pieceCount = 0;  // left alone unless a skin was read to its end and accepted
     bool hasFont = false;    // likewise
 };
+
+// A bitmap that a skin may hold, of exactly this size.
+struct ThemePiece {
+    std::string_view name;
+    uint32_t width;  // pixels
+    uint32_t height;
+};
+// All of them, in the order of the format. Lasts as long as the program.
+std::span<const ThemePiece> ThemePieces();
 
 // Both give what report->accepted says. `report` may be null. On rejection *record is not to be used.
 bool ValidateThemeText(std::string_view text, ThemeRecord* record, ThemeReport* report);
