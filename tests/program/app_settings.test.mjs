@@ -4,31 +4,21 @@ import { spawnSync } from 'node:child_process';
 import { chmodSync, existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { delimiter, join } from 'node:path';
 import { after, afterEach, before, test } from 'node:test';
-import { kMainTitle, makeInstallation, nativePath, onWindows, openWorld } from './harness.mjs';
+import { kMainTitle, nativePath, onWindows, openWorld } from './harness.mjs';
 import { waitUntil } from './processes.mjs';
 import { Key } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 
 let world;
 let hand;
-let installations = [];
 
 before(async () => {
   world = await openWorld();
   hand = world.hand;
 }, limit);
-afterEach(async () => {
-  await world.closeOpened();
-  for (const installation of installations.splice(0)) installation.remove();
-}, limit);
+afterEach(() => world.closeOpened(), limit);
 after(() => world?.close(), limit);
-
-function install() {
-  const installation = makeInstallation();
-  installations.push(installation);
-  return installation;
-}
 
 const kDefaults = {
   alwaysOnTop: false,
@@ -66,7 +56,7 @@ function startsWithSession(installation) {
 }
 
 test('each change is in the file at once and there after a restart', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   let program = await world.startProgram({ installation });
   let observer = await world.openApplication();
   assert.deepEqual(await program.call('getAppSettings'), kDefaults);
@@ -166,7 +156,7 @@ test('always on top is real', limit, async () => {
 });
 
 test('starting with the session follows the setting, also a moved program', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   let program = await world.startProgram({ installation });
   assert.equal(startsWithSession(installation), '');
   await program.call('setAppSetting', 'launchOnStartup,1');
@@ -175,7 +165,7 @@ test('starting with the session follows the setting, also a moved program', limi
   await program.kill();
 
   // The data folder with a program in another place.
-  const moved = install();
+  const moved = world.install();
   mkdirSync(moved.data);
   writeFileSync(join(moved.data, 'appsettings.txt'), 'launchOnStartup=1\n');
   program = await world.startProgram({ installation: moved });
@@ -187,7 +177,7 @@ test('starting with the session follows the setting, also a moved program', limi
 });
 
 test('a link opens outside, and only a known one', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   // Wine hands addresses to the same program as the Linux home does.
   const told = join(installation.folder, 'opened');
   const opener = join(installation.folder, 'xdg-open');

@@ -1,6 +1,7 @@
 // A desktop to test on: Wine with a virtual desktop, as tests/windows/wine_env.sh has started it for the runner. What
 // XTEST does on its X server is real input for the programs.
 import { spawnSync } from 'node:child_process';
+import { setWineRegistryValue } from './processes.mjs';
 import { openRealHand } from './real_hand.mjs';
 
 export const kScreen = { width: 1024, height: 768 };
@@ -13,11 +14,7 @@ export async function openDesktop() {
     throw new Error('no Wine desktop: run these tests by tests/program/run.sh windows BUILD_DIR');
   }
   // Relative moves are exact only without the pointer's acceleration.
-  const speed = ['/v', 'MouseSpeed', '/d', '0', '/f'];
-  spawnSync('wine', ['reg', 'add', 'HKCU\\Control Panel\\Mouse', ...speed], {
-    stdio: 'ignore',
-    timeout: 30000,
-  });
+  setWineRegistryValue('HKCU\\Control Panel\\Mouse', 'MouseSpeed', '0');
   const hand = await openRealHand(display);
   await hand.moveTo(kScreen.width - 30, kScreen.height - 30);
   return {

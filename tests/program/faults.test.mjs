@@ -4,32 +4,27 @@ import { spawnSync } from 'node:child_process';
 import { existsSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, afterEach, before, test } from 'node:test';
-import { buildFolder, kMainTitle, makeInstallation, onWindows, openWorld } from './harness.mjs';
+import { buildFolder, kMainTitle, onWindows, openWorld } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
 import { Key, pause } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 const kSession =
   'SETTINGS:0,0,0,77,0,0,1,10,0,0,0,1,1,1,1,0,1,0,500,119,118,0,117,0,0,0,5,1,10,120,32,32,0,0,0,121\n' +
   'CURRENT:0\nPROFILE:Default Tracking Profile\n3,0,0,0,0,65,1,0\n3,0.5,0,0,0,65,0,0\n';
 
 let world;
 let hand;
-let installations = [];
 
 before(async () => {
   world = await openWorld();
   hand = world.hand;
 }, limit);
-afterEach(async () => {
-  await world.closeOpened();
-  for (const installation of installations.splice(0)) installation.remove();
-}, limit);
+afterEach(() => world.closeOpened(), limit);
 after(() => world?.close(), limit);
 
 function install(options) {
-  const installation = makeInstallation(options);
-  installations.push(installation);
+  const installation = world.install(options);
   mkdirSync(installation.data);
   writeFileSync(join(installation.data, 'session.dat'), kSession);
   return installation;
@@ -236,7 +231,7 @@ test(
       assert.deepEqual(await waitUntil(() => program.child.result, 'the end'), { code: 0, signal: null });
       assertSessionKept(installation);
     } finally {
-      await world.closeOpened();
+      await world.closePrograms();
       spawnSync('umount', [installation.data]);
     }
   },

@@ -1,7 +1,7 @@
 // The system's own file dialogs, typed into by a real hand. An observer finds them by their titles.
 import { basename } from 'node:path';
 import { nativePath, onWindows } from './harness.mjs';
-import { waitUntil } from './processes.mjs';
+import { kPatienceMilliseconds, waitUntil } from './processes.mjs';
 import { Key } from './real_hand.mjs';
 
 export const kOpen = 'Open';
@@ -14,7 +14,7 @@ export const waitForDialog = (observer, title) =>
   waitUntil(async () => (await observer.window(title)).active, `the dialog "${title}"`);
 
 // Taps a key again and again until `condition` holds: a question in front of the dialog takes one of them.
-export async function tapUntil(hand, key, condition, what, limitMilliseconds = 20000) {
+export async function tapUntil(hand, key, condition, what, limitMilliseconds = kPatienceMilliseconds) {
   let tapped = 0;
   await waitUntil(
     async () => {

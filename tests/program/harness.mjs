@@ -19,7 +19,7 @@ import { dirname, join, resolve } from 'node:path';
 import { createInterface } from 'node:readline';
 import { fileURLToPath } from 'node:url';
 import { pause } from './real_hand.mjs';
-import { kQuietMilliseconds, start, stop, waitUntil } from './processes.mjs';
+import { kQuietMilliseconds, setWineRegistryValue, start, stop, waitUntil } from './processes.mjs';
 import { launchBrowser, startWebViewServer } from './web_view_server.mjs';
 
 export const home = process.env.VARNELLE_HOME ?? 'linux';
@@ -36,6 +36,13 @@ export const testPrograms = join(buildFolder, 'tests/program');
 
 // A path as the programs of this home read it.
 export const nativePath = (path) => (onWindows ? `Z:${path.replaceAll('/', '\\')}` : path);
+
+// Gives the path of a file among the person's own.
+export function putFile(installation, name, text) {
+  const file = join(installation.files, name);
+  writeFileSync(file, text);
+  return file;
+}
 
 // How a program of this home is started.
 export function startNative(program, args, options) {
@@ -62,6 +69,7 @@ export function makeInstallation({ library = join(buildFolder, 'tests/webview', 
     folder,
     program: join(dist, programName),
     data: join(folder, 'data/Varnelle'),
+    files: join(folder, 'home'), // the person's own; where a file dialog begins on Linux
     env: {
       LOCALAPPDATA: nativePath(join(folder, 'data')),
       XDG_RUNTIME_DIR: join(folder, 'run'),
@@ -76,11 +84,7 @@ export function makeInstallation({ library = join(buildFolder, 'tests/webview', 
 export function useDataFolder(installation) {
   if (!onWindows) return;
   // Wine gives every program it starts this variable from its registry, whatever the environment says.
-  const value = ['/v', 'LOCALAPPDATA', '/d', installation.env.LOCALAPPDATA, '/f'];
-  spawnSync('wine', ['reg', 'add', 'HKCU\\Volatile Environment', ...value], {
-    stdio: 'ignore',
-    timeout: 30000,
-  });
+  setWineRegistryValue('HKCU\\Volatile Environment', 'LOCALAPPDATA', installation.env.LOCALAPPDATA);
 }
 
 // Everything that a test file needs, in one place. Close it at the end. `pageOptions` are those of a browser context.
@@ -97,23 +101,26 @@ export async function openWorld(desktopOptions = {}, pageOptions = {}) {
 
 class World {
   opened = [];
-  ownInstallations = [];
+  installations = [];
 
   // Starts the program and gives it with its page ready to press. `installation` keeps its data for a later start.
-  async startProgram({ installation = this.makeOwnInstallation(), args = [] } = {}) {
+  async startProgram({ installation = this.installWithoutWarnings(), args = [] } = {}) {
     const child = this.startBare(installation, args);
     const program = new Program(this, child, installation);
     this.opened.push(program);
-    const view = await Promise.race([
-      this.server.next(),
-      child.ended.then((result) => {
-        throw new Error(`the program ended before its window: ${JSON.stringify(result)}`);
-      }),
-    ]);
+    const ended = child.ended.then((result) => {
+      throw new Error(`the program ended before its window: ${JSON.stringify(result)}`);
+    });
+    ended.catch(() => {});
+    const view = await this.server.next(ended);
     program.view = view;
     program.page = await view.ready;
     // The page is alive once its first poll was answered.
-    await waitUntil(() => existsSync(join(installation.data, 'status.txt')), 'the first poll');
+    await waitUntil(() => existsSync(join(installation.data, 'status.txt')), 'the first poll').catch(
+      async (error) => {
+        throw new Error(`${error.message}; ${await program.situation()}`);
+      },
+    );
     // The shipped page then shows itself and fits the window.
     if ((await program.page.locator('#app').count()) > 0) {
       await program.page.locator('#app.app--known').waitFor();
@@ -121,13 +128,28 @@ class World {
     return program;
   }
 
-  // One that goes away with what was opened. Its page asks nothing before it starts something.
-  makeOwnInstallation() {
-    const installation = makeInstallation();
+  // An installation that goes away with what was opened.
+  install(options) {
+    const installation = makeInstallation(options);
+    this.installations.push(installation);
+    return installation;
+  }
+
+  // One whose page asks nothing before it starts something.
+  installWithoutWarnings() {
+    const installation = this.install();
     mkdirSync(installation.data);
     writeFileSync(join(installation.data, 'appsettings.txt'), 'showWarnings=0\n');
-    this.ownInstallations.push(installation);
     return installation;
+  }
+
+  // A program whose file dialogs can be typed into. The observer comes first: it must not have the keyboard when a
+  // dialog opens.
+  async startProgramForDialogs(installation, args = []) {
+    const observer = await this.openObserver('Another application');
+    const program = await this.startProgram({ installation, args });
+    await waitUntil(async () => (await observer.window(kMainTitle)).found, 'the window is there');
+    return { program, observer };
   }
 
   // Starts the program without waiting for a page: a second instance, a console mode.
@@ -174,12 +196,20 @@ class World {
     return observer;
   }
 
-  async closeOpened() {
+  // Ends what was started; its installations stay for another start.
+  async closePrograms() {
     let failure;
     for (const entry of this.opened.splice(0).reverse())
       await entry.kill().catch((error) => (failure ??= error));
-    for (const installation of this.ownInstallations.splice(0)) installation.remove();
     if (failure) throw failure;
+  }
+
+  async closeOpened() {
+    try {
+      await this.closePrograms();
+    } finally {
+      for (const installation of this.installations.splice(0)) installation.remove();
+    }
   }
 
   async close() {
@@ -266,10 +296,13 @@ export class Observer {
 
   // Waits until nothing has come for a while.
   async settle() {
-    for (let count = -1; count !== this.events.length; ) {
+    let count = -1;
+    await waitUntil(async () => {
+      if (count === this.events.length) return true;
       count = this.events.length;
       await pause(kQuietMilliseconds);
-    }
+      return false;
+    }, 'nothing more comes');
   }
 
   async kill() {
@@ -353,6 +386,18 @@ export class Program {
   // The settings have arrived in the program.
   waitForSettings(condition, what) {
     return waitUntil(async () => condition(await this.call('getSettings')), what);
+  }
+
+  // For the report of a failure that nobody was there to see.
+  async situation() {
+    const { messageCounts, pageErrors, failure } = this.view;
+    const body = await this.page.evaluate(() => document.body?.innerText.slice(0, 200)).catch(String);
+    const facts = { ended: this.child.result, threads: this.threadCount(), messageCounts, pageErrors, body };
+    return JSON.stringify({
+      ...facts,
+      failure: failure?.message,
+      data: existsSync(this.installation.data) && this.dataFiles(),
+    });
   }
 
   // Threads of the process; 0 when it is gone.

@@ -5,7 +5,7 @@ import { onWindows, openWorld } from './harness.mjs';
 import { kQuietMilliseconds, waitUntil } from './processes.mjs';
 import { Button, Key, pause } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 
 let world;
 let hand;

@@ -1,6 +1,6 @@
 // Macros in and out through the system's own file dialogs, typed into by a real hand; what the page's commands answer.
 import assert from 'node:assert/strict';
-import { existsSync, readFileSync, readdirSync, writeFileSync } from 'node:fs';
+import { existsSync, readFileSync, readdirSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, afterEach, before, test } from 'node:test';
 import {
@@ -12,11 +12,11 @@ import {
   typeFileName,
   waitForDialog,
 } from './file_dialogs.mjs';
-import { kMainTitle, makeInstallation, nativePath, onWindows, openWorld, runNative } from './harness.mjs';
+import { kMainTitle, nativePath, onWindows, openWorld, putFile, runNative } from './harness.mjs';
 import { kQuietMilliseconds, waitUntil } from './processes.mjs';
 import { Key, pause } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 const onLinux = (reason) => ({ ...limit, skip: onWindows && reason });
 
 const kClean = 'Clean\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\n3,1.25,0,0,0,65,0,0\n';
@@ -33,37 +33,18 @@ const kUnreadable =
 let world;
 let hand;
 let observer;
-let installations = [];
 
 before(async () => {
   world = await openWorld();
   hand = world.hand;
 }, limit);
-afterEach(async () => {
-  await world.closeOpened();
-  for (const installation of installations.splice(0)) installation.remove();
-}, limit);
+afterEach(() => world.closeOpened(), limit);
 after(() => world?.close(), limit);
 
-function install() {
-  const installation = makeInstallation();
-  installation.files = installation.env.HOME; // where a dialog begins on Linux
-  installations.push(installation);
-  return installation;
-}
-
-function put(installation, name, text) {
-  const file = join(installation.files, name);
-  writeFileSync(file, text);
-  return file;
-}
-
-// The observer first: it must not have the keyboard when a dialog opens.
 async function startProgram(installation, args = []) {
-  observer = await world.openObserver('Another application');
-  const program = await world.startProgram({ installation, args });
-  await waitUntil(async () => (await observer.window(kMainTitle)).found, 'the window is there');
-  return program;
+  const started = await world.startProgramForDialogs(installation, args);
+  observer = started.observer;
+  return started.program;
 }
 
 // A page's call that waits for a dialog. Resolves with the promise of its answer once the dialog has the keyboard.
@@ -100,8 +81,8 @@ async function profiles(program) {
 const descriptions = async (program) => (await program.call('getMacroEvents')).map((event) => event.desc);
 
 test('a macro without findings comes in by the dialog and is current', limit, async () => {
-  const installation = install();
-  const file = put(installation, 'a.vrlmacro', kClean);
+  const installation = world.install();
+  const file = putFile(installation, 'a.vrlmacro', kClean);
   const program = await startProgram(installation);
   assert.deepEqual(await importByDialog(program, file), { outcome: 'imported' });
   assert.equal((await profiles(program)).current, 'Clean (Imported)');
@@ -113,8 +94,8 @@ test('a macro without findings comes in by the dialog and is current', limit, as
 });
 
 test('a macro with findings is held until the page says yes', limit, async () => {
-  const installation = install();
-  const file = put(installation, 'a.vrlmacro', kHeld);
+  const installation = world.install();
+  const file = putFile(installation, 'a.vrlmacro', kHeld);
   const program = await startProgram(installation);
   await program.page.evaluate(() => {
     window.told = 0;
@@ -150,7 +131,7 @@ test('a macro with findings is held until the page says yes', limit, async () =>
 });
 
 test('closed dialogs change nothing', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   const program = await startProgram(installation);
   const before = await profiles(program);
   const open = await callForDialog(program, 'importProfile', kOpen);
@@ -169,8 +150,8 @@ test('closed dialogs change nothing', limit, async () => {
 });
 
 test('old recordings are refused in words', limit, async () => {
-  const installation = install();
-  const file = put(installation, 'OLD.MCR', kClean);
+  const installation = world.install();
+  const file = putFile(installation, 'OLD.MCR', kClean);
   const program = await startProgram(installation);
   assert.deepEqual(await importByDialog(program, file), {
     outcome: 'error',
@@ -178,7 +159,7 @@ test('old recordings are refused in words', limit, async () => {
       '.mcr files are no longer supported. Re-export that profile as .vrlmacro from whatever version of Varnelle ' +
       'created it, then import that instead.',
   });
-  const empty = put(installation, 'a.vrlmacro', '');
+  const empty = putFile(installation, 'a.vrlmacro', '');
   assert.deepEqual(await importByDialog(program, empty), {
     outcome: 'error',
     message: 'That macro file is missing its profile name.',
@@ -187,9 +168,9 @@ test('old recordings are refused in words', limit, async () => {
 });
 
 test('what is exported comes back with the same events', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   const program = await startProgram(installation);
-  await importByDialog(program, put(installation, 'a.vrlmacro', kClean));
+  await importByDialog(program, putFile(installation, 'a.vrlmacro', kClean));
   const events = await program.call('getMacroEvents');
   // Without an extension: the dialog's answer gets it.
   assert.equal(await exportByDialog(program, join(installation.files, 'out')), undefined);
@@ -204,8 +185,8 @@ test('what is exported comes back with the same events', limit, async () => {
 });
 
 test('a file is overwritten only by a second yes', limit, async () => {
-  const installation = install();
-  const target = put(installation, 'out.vrlmacro', 'precious');
+  const installation = world.install();
+  const target = putFile(installation, 'out.vrlmacro', 'precious');
   const program = await startProgram(installation);
   let answered;
   // Leaves the dialog with the question in front of it.
@@ -230,7 +211,7 @@ test('a file is overwritten only by a second yes', limit, async () => {
 });
 
 test('engines and hotkeys serve on while a dialog is open', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   const program = await startProgram(installation);
   const { answer } = await callForDialog(program, 'importProfile', kOpen);
   await hand.tap(Key.F8);
@@ -252,7 +233,7 @@ test('engines and hotkeys serve on while a dialog is open', limit, async () => {
 });
 
 test('a window that is closed takes its dialog along', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   const program = await startProgram(installation);
   await callForDialog(program, 'importProfile', kOpen);
   if (onWindows) observer.closeWindow(kMainTitle);
@@ -277,8 +258,8 @@ test(
   'a dialog whose process dies is said, and the next one opens',
   onLinux('the dialog is no process of its own there'),
   async () => {
-    const installation = install();
-    const file = put(installation, 'a.vrlmacro', kClean);
+    const installation = world.install();
+    const file = putFile(installation, 'a.vrlmacro', kClean);
     const program = await startProgram(installation);
     const { answer } = await callForDialog(program, 'importProfile', kOpen);
     const helpers = childrenOf(program.child.pid);
@@ -301,7 +282,7 @@ test(
   'without any dialog the person reads what to install',
   onLinux('Windows always has its dialogs'),
   async () => {
-    const installation = install();
+    const installation = world.install();
     installation.env.PATH = installation.files;
     const program = await startProgram(installation);
     const alert = program.page.getByRole('alert');
@@ -313,7 +294,7 @@ test(
 );
 
 test('the self-check passes, beside a running program too', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   await startProgram(installation);
   const result = runNative(installation.program, ['--selftest'], {
     env: { ...world.desktop.env, ...world.wineEnvironment(), ...(onWindows ? {} : installation.env) },
@@ -332,8 +313,8 @@ test('the self-check passes, beside a running program too', limit, async () => {
 });
 
 test('a macro on the command line is there when the page comes', limit, async () => {
-  const installation = install();
-  const file = put(installation, 'my file.VRLMACRO', kClean);
+  const installation = world.install();
+  const file = putFile(installation, 'my file.VRLMACRO', kClean);
   const program = await startProgram(installation, [nativePath(file)]);
   assert.equal((await profiles(program)).current, 'Clean');
   assert.deepEqual(await program.call('getPendingMacroImport'), { outcome: 'none' });
@@ -341,21 +322,21 @@ test('a macro on the command line is there when the page comes', limit, async ()
 });
 
 test('a held macro on the command line waits for the page, and for no other start', limit, async () => {
-  const installation = install();
-  const file = put(installation, 'a.vrlmacro', kHeld);
+  const installation = world.install();
+  const file = putFile(installation, 'a.vrlmacro', kHeld);
   let program = await startProgram(installation, [nativePath(file)]);
   const held = await program.call('getPendingMacroImport');
   assert.equal(held.outcome, 'pending');
   assert.equal((await profiles(program)).names.length, 1);
   assert.equal(await program.closeWindow(observer), 0);
-  await world.closeOpened();
+  await world.closePrograms();
 
   program = await startProgram(installation);
   assert.deepEqual(await program.call('getPendingMacroImport'), { outcome: 'none' });
   await program.call('confirmMacroImport', held.pendingId);
   assert.equal((await profiles(program)).names.length, 1);
   assert.equal(await program.closeWindow(observer), 0);
-  await world.closeOpened();
+  await world.closePrograms();
 
   program = await startProgram(installation, [nativePath(file)]);
   const { pendingId } = await program.call('getPendingMacroImport');
@@ -364,7 +345,7 @@ test('a held macro on the command line waits for the page, and for no other star
 });
 
 test('a bad macro on the command line is said by the page', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   const program = await startProgram(installation, [nativePath(join(installation.files, 'none.vrlmacro'))]);
   // A page that fetches the message by itself has shown it already.
   const told = await program.call('getPendingThemeAlert');

@@ -4,31 +4,21 @@ import { spawnSync } from 'node:child_process';
 import { existsSync, readFileSync, readdirSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, afterEach, before, test } from 'node:test';
-import { kMainTitle, makeInstallation, onWindows, openWorld, root } from './harness.mjs';
+import { kMainTitle, onWindows, openWorld, root } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
 import { Button, Key, pause } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 
 let world;
 let hand;
-let installations = [];
 
 before(async () => {
   world = await openWorld();
   hand = world.hand;
 }, limit);
-afterEach(async () => {
-  await world.closeOpened();
-  for (const installation of installations.splice(0)) installation.remove();
-}, limit);
+afterEach(() => world.closeOpened(), limit);
 after(() => world?.close(), limit);
-
-function install() {
-  const installation = makeInstallation();
-  installations.push(installation);
-  return installation;
-}
 
 const session = (installation) => {
   const file = join(installation.data, 'session.dat');
@@ -36,7 +26,7 @@ const session = (installation) => {
 };
 
 test('everything is back after closing and starting again', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   let program = await world.startProgram({ installation });
   let observer = await world.openApplication();
 
@@ -93,7 +83,7 @@ test('everything is back after closing and starting again', limit, async () => {
 });
 
 test('killed in the middle of everything, the last save is loaded', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   let program = await world.startProgram({ installation });
   let observer = await world.openApplication();
   await program.enter('Click interval: milliseconds', 41, program.panel('Clicker'));
@@ -137,7 +127,7 @@ test('killed in the middle of everything, the last save is loaded', limit, async
 });
 
 test('a second start brings the first window to the front and ends with code 0', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   const program = await world.startProgram({ installation });
   const observer = await world.openApplication();
   observer.minimiseWindow(kMainTitle);
@@ -161,7 +151,7 @@ test('a second start brings the first window to the front and ends with code 0',
 });
 
 test('a window closed during playback ends everything', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   const program = await world.startProgram({ installation });
   const observer = await world.openApplication();
   await hand.tap(Key.F8);
@@ -192,7 +182,7 @@ test('a window closed during playback ends everything', limit, async () => {
 });
 
 test('killed while hotkeys are held, input is free again', limit, async () => {
-  const installation = install();
+  const installation = world.install();
   const program = await world.startProgram({ installation });
   const observer = await world.openApplication();
   await program.choose('Clicker hotkey', 'Hold to run', program.panel('Clicker'));
@@ -230,7 +220,7 @@ test('killed while hotkeys are held, input is free again', limit, async () => {
 
 test('macro files are validated with the exact line and code', limit, async () => {
   const folder = join(root, 'tests/fixtures/macros');
-  const installation = install();
+  const installation = world.install();
   const expected = readFileSync(join(folder, 'expected.txt'), 'utf8').trim().split('\n');
   assert.ok(expected.length >= 20);
   for (const row of expected) {

@@ -3,32 +3,27 @@ import assert from 'node:assert/strict';
 import { existsSync, mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, afterEach, before, test } from 'node:test';
-import { kMainTitle, makeInstallation, openWorld } from './harness.mjs';
+import { kMainTitle, openWorld } from './harness.mjs';
 import { kQuietMilliseconds, waitUntil } from './processes.mjs';
 import { Key, pause } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 
 let world;
 let hand;
 let program;
 let observer;
-let installations = [];
 
 before(async () => {
   world = await openWorld();
   hand = world.hand;
 }, limit);
-afterEach(async () => {
-  await world.closeOpened();
-  for (const installation of installations.splice(0)) installation.remove();
-}, limit);
+afterEach(() => world.closeOpened(), limit);
 after(() => world?.close(), limit);
 
 // `macros` are the profiles of its session by name, each a list of event lines; the first is current.
 function install({ settings = {}, macros } = {}) {
-  const installation = makeInstallation();
-  installations.push(installation);
+  const installation = world.install();
   mkdirSync(installation.data);
   const lines = Object.entries(settings).map(([key, value]) => `${key}=${value}\n`);
   if (lines.length > 0) writeFileSync(join(installation.data, 'appsettings.txt'), lines.join(''));

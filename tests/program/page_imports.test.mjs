@@ -1,15 +1,15 @@
 // Macros in and out as a person does it: the page's own buttons, the system's file dialogs, the decision on a macro
 // that is held.
 import assert from 'node:assert/strict';
-import { existsSync, readFileSync, writeFileSync } from 'node:fs';
+import { existsSync, readFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, afterEach, before, test } from 'node:test';
 import { giveFile, kOpen, kSaveAs, tapUntil, waitForDialog, dialogIsOpen } from './file_dialogs.mjs';
-import { kMainTitle, kScreenshots, makeInstallation, nativePath, openWorld } from './harness.mjs';
+import { kScreenshots, nativePath, openWorld, putFile } from './harness.mjs';
 import { waitUntil } from './processes.mjs';
 import { Key, pause } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 
 const kClean = 'Clean\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\n3,1.25,0,0,0,65,0,0\n';
 // Win+R is worth a look before it is let in.
@@ -22,36 +22,16 @@ let world;
 let hand;
 let program;
 let observer;
-let installations = [];
 
 before(async () => {
   world = await openWorld();
   hand = world.hand;
 }, limit);
-afterEach(async () => {
-  await world.closeOpened();
-  for (const installation of installations.splice(0)) installation.remove();
-}, limit);
+afterEach(() => world.closeOpened(), limit);
 after(() => world?.close(), limit);
 
-function install() {
-  const installation = makeInstallation();
-  installation.files = installation.env.HOME; // where a dialog begins on Linux
-  installations.push(installation);
-  return installation;
-}
-
-function put(installation, name, text) {
-  const file = join(installation.files, name);
-  writeFileSync(file, text);
-  return file;
-}
-
-// The observer first: it must not have the keyboard when a dialog opens.
 async function begin(installation, args = []) {
-  observer = await world.openObserver('Another application');
-  program = await world.startProgram({ installation, args });
-  await waitUntil(async () => (await observer.window(kMainTitle)).found, 'the window is there');
+  ({ program, observer } = await world.startProgramForDialogs(installation, args));
 }
 
 async function importFile(file) {
@@ -98,8 +78,8 @@ async function assertDecisionTells(name) {
 }
 
 test('a held macro is shown with what was found; no leaves nothing, yes lets it in', limit, async () => {
-  const installation = install();
-  const file = put(installation, 'a.vrlmacro', kHeld);
+  const installation = world.install();
+  const file = putFile(installation, 'a.vrlmacro', kHeld);
   await begin(installation);
 
   await importFile(file);
@@ -134,8 +114,8 @@ test('a held macro is shown with what was found; no leaves nothing, yes lets it 
 });
 
 test('a macro without findings is there at once, and goes out again as it is', limit, async () => {
-  const installation = install();
-  const file = put(installation, 'a.vrlmacro', kClean);
+  const installation = world.install();
+  const file = putFile(installation, 'a.vrlmacro', kClean);
   await begin(installation);
   await importFile(file);
   await notice('Imported as Clean (Imported)');
@@ -157,7 +137,7 @@ test('a macro without findings is there at once, and goes out again as it is', l
   assert.deepEqual(await program.call('getMacroEvents'), events);
 
   // What cannot be read is said, and stays until it is dismissed.
-  await importFile(put(installation, 'OLD.MCR', kClean));
+  await importFile(putFile(installation, 'OLD.MCR', kClean));
   await program.page
     .getByRole('alert')
     .getByText(/^\.mcr files are no longer supported\./)
@@ -167,7 +147,7 @@ test('a macro without findings is there at once, and goes out again as it is', l
 });
 
 test('a closed dialog leaves the page as it was', limit, async () => {
-  await begin(install());
+  await begin(world.install());
   for (const [button, title] of [
     ['Import profile', kOpen],
     ['Export profile', kSaveAs],
@@ -190,8 +170,8 @@ test(
   'a held macro of the command line is decided on in the page, not beside a recording',
   limit,
   async () => {
-    const installation = install();
-    const file = put(installation, 'a.vrlmacro', kHeld);
+    const installation = world.install();
+    const file = putFile(installation, 'a.vrlmacro', kHeld);
     await begin(installation, [nativePath(file)]);
     await assertDecisionTells('Held');
     const anyway = program.button('Import anyway', decision());
@@ -222,8 +202,8 @@ test(
   'while a recording runs nothing is imported; a dialog that was open before loses nothing',
   limit,
   async () => {
-    const installation = install();
-    const file = put(installation, 'a.vrlmacro', kClean);
+    const installation = world.install();
+    const file = putFile(installation, 'a.vrlmacro', kClean);
     await begin(installation);
     await program.press('Import profile');
     await waitForDialog(observer, kOpen);

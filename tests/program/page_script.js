@@ -24,7 +24,7 @@
         if (result !== undefined) {
             try {
                 result = JSON.parse(result);
-            } catch (error) {
+            } catch {
                 promise.reject(new Error('Failed to parse binding result as JSON'));
                 return;
             }

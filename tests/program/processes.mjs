@@ -1,5 +1,5 @@
 // Starting and ending other programs, waiting for things. Whatever was started here ends with this process.
-import { spawn } from 'node:child_process';
+import { spawn, spawnSync } from 'node:child_process';
 import { pause } from './real_hand.mjs';
 
 const running = new Set();
@@ -30,8 +30,18 @@ export async function stop(child) {
   }
 }
 
+// A text in the registry of the Wine prefix, for the programs that start from now on.
+export function setWineRegistryValue(key, name, text) {
+  const args = ['reg', 'add', key, '/v', name, '/d', text, '/f'];
+  const { status, signal } = spawnSync('wine', args, { stdio: 'ignore', timeout: 60000 });
+  if (status !== 0) throw new Error(`wine ${args.join(' ')} gave ${status ?? signal}`);
+}
+
+// Whatever is waited for comes long before, on a machine that builds and tests beside it too.
+export const kPatienceMilliseconds = 60000;
+
 // Looks again every few milliseconds until `condition` gives something; gives that.
-export async function waitUntil(condition, what, limitMilliseconds = 20000) {
+export async function waitUntil(condition, what, limitMilliseconds = kPatienceMilliseconds) {
   const deadline = Date.now() + limitMilliseconds;
   for (;;) {
     const value = await condition();

@@ -20,7 +20,7 @@ import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 import { makeInstallation, nativePath, onWindows, root, runNative, useDataFolder } from './harness.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 const ofTheToolAlone = { ...limit, skip: onWindows && 'no matter of the program' };
 const kManifestLimit = 16384;
 

@@ -5,7 +5,7 @@ import { onWindows, openWorld } from './harness.mjs';
 import { waitUntil } from './processes.mjs';
 import { Button, Key } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 // Wine turns an absolute move into a pixel one too low on an axis whose size is no power of two.
 const kPlaceTolerance = onWindows ? 1 : 0;
 

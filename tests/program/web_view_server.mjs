@@ -5,6 +5,7 @@ import net from 'node:net';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { chromium } from 'playwright-core';
+import { kPatienceMilliseconds } from './processes.mjs';
 
 const kScreenOfPages = { width: 1024, height: 768, availWidth: 1024, availHeight: 768 }; // as the desktops have it
 const pageScript = readFileSync(join(dirname(fileURLToPath(import.meta.url)), 'page_script.js'), 'utf8');
@@ -71,7 +72,7 @@ class WebView {
     const viewport = this.size ?? { width: 420, height: 560 };
     this.context = await this.browser.newContext({ viewport, ...this.pageOptions });
     this.page = await this.context.newPage();
-    this.page.setDefaultTimeout(20000);
+    this.page.setDefaultTimeout(kPatienceMilliseconds);
     this.pageErrors = [];
     this.page.on('pageerror', (error) => this.pageErrors.push(error.message));
     this.page.on('dialog', (dialog) => dialog.accept().catch(() => {}));
@@ -139,7 +140,8 @@ class WebView {
   }
 }
 
-// Listens for programs. `next()` gives the web view of the next one that connects.
+// Listens for programs. `next()` gives the web view of the next one that connects; it stops waiting when `ended`,
+// a promise, rejects.
 export async function startWebViewServer(browser, pageOptions = {}) {
   const waiting = [];
   const arrived = [];
@@ -155,8 +157,18 @@ export async function startWebViewServer(browser, pageOptions = {}) {
   await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
   return {
     port: server.address().port,
-    next: () =>
-      arrived.length > 0 ? Promise.resolve(arrived.shift()) : new Promise((done) => waiting.push(done)),
+    next: async (ended) => {
+      if (arrived.length > 0) return arrived.shift();
+      let taker;
+      const taken = new Promise((done) => waiting.push((taker = done)));
+      try {
+        return await (ended ? Promise.race([taken, ended]) : taken);
+      } catch (error) {
+        // The next program is not this one's.
+        if (waiting.includes(taker)) waiting.splice(waiting.indexOf(taker), 1);
+        throw error;
+      }
+    },
     close: async () => {
       for (const view of views) view.socket.destroy();
       await new Promise((resolve) => server.close(resolve));

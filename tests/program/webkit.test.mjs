@@ -17,7 +17,7 @@ import { waitUntil } from './processes.mjs';
 import { Button, Key } from './real_hand.mjs';
 import { openInspector } from './webkit_inspector.mjs';
 
-const options = { timeout: 120000, skip: onWindows && 'WebView2 does not run under Wine' };
+const options = { timeout: 240000, skip: onWindows && 'WebView2 does not run under Wine' };
 const kTestView = {
   WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS: '1',
   WEBKIT_DISABLE_DMABUF_RENDERER: '1',
@@ -70,7 +70,7 @@ before(
     // Beside the program's window, which stands in the middle.
     observer = await world.openObserver('Another application', { x: 760, y: 120, width: 200, height: 400 });
   },
-  { timeout: 120000 },
+  { timeout: 240000 },
 );
 after(
   async () => {

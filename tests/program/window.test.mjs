@@ -9,7 +9,7 @@ import { home, kMainTitle, kScreenshots, makeInstallation, onWindows, openWorld 
 import { kQuietMilliseconds, stop, waitUntil } from './processes.mjs';
 import { Button, pause } from './real_hand.mjs';
 
-const limit = { timeout: 120000 };
+const limit = { timeout: 240000 };
 const { windowManagers, kScreen } = await import(`./desktop_${home}.mjs`);
 
 // A page that polls and otherwise leaves the window alone.
