@@ -73,7 +73,7 @@ Check() {
     CheckStep clang-format bash -c "$(declare -f OwnCppFiles); OwnCppFiles | xargs -r clang-format --dry-run -Werror"
     CheckStep prettier bash -c "$(declare -f OwnPageFiles); OwnPageFiles | xargs -r npx prettier --check"
     CheckStep tsc npx tsc --noEmit -p ui
-    CheckStep eslint npx eslint ui
+    CheckStep eslint npx eslint ui tests tools
     CheckStep shellcheck bash -c 'git ls-files -co --exclude-standard "*.sh" dev .ci/run | xargs -r shellcheck -x -e SC1091,SC2317'
     CheckStep clang-tidy ClangTidy
     echo "check: $((checks - failed)) passed, $failed failed"
