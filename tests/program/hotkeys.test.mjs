@@ -32,6 +32,8 @@ const clicking = (on) => program.waitForStatus((s) => s.autoClicking === on, `cl
 async function capture(what, press, done) {
   await program.press(`Change the ${what} hotkey`, hotkeys());
   await program.waitForStatus((s) => s.reassigning !== '', 'the capture waits');
+  // The input thread takes hold a moment after it was asked; no hand moves from the mouse to a key as fast as that.
+  await pause(kQuietMilliseconds);
   await press();
   await program.waitForStatus((s) => s.reassigning === '' && done(s), 'the capture is over');
 }
