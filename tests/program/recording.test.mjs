@@ -66,6 +66,8 @@ test('what is recorded is in the list and in the file, and plays back in order a
     await hand.tap(Key.A);
     await pause(150);
     await hand.moveTo(center.x + 50, center.y);
+    // A move that is not read yet becomes one with the next.
+    await program.waitForStatus((s) => s.count === 3, 'the first move is recorded');
     await pause(100);
     await hand.moveTo(center.x + 50, center.y + 60);
     await pause(120);

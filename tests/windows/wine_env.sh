@@ -15,14 +15,26 @@ export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe="
 kDesktopSize=1024x768
 xServerPid=
 
-# No Wine process may hold a pipe of ours open, or whoever reads it waits for ever.
+# No Wine process may hold a pipe of ours open, or whoever reads it waits for ever; nor the lock, for it may outlive us.
 QuietWine() {
-    timeout --kill-after=5 120 "$@" </dev/null >/dev/null 2>&1
+    timeout --kill-after=5 120 "$@" </dev/null >/dev/null 2>&1 9>&-
+}
+
+# A server that is slow to end is killed by its -k, and then its programs wait for its answer for ever.
+EndWineServer() {
+    QuietWine wineserver -k || true
+    QuietWine wineserver -w || true
+    local process
+    for process in /proc/[0-9]*; do
+        if [[ $(readlink "$process/exe") == */wine/* ]] &&
+            tr '\0' '\n' <"$process/environ" | grep -qxF "WINEPREFIX=$WINEPREFIX"; then
+            kill -KILL "${process#/proc/}" || true
+        fi
+    done 2>/dev/null
 }
 
 StopWine() {
-    QuietWine wineserver -k || true
-    QuietWine wineserver -w || true
+    EndWineServer
     if [ -n "$xServerPid" ]; then
         kill "$xServerPid" 2>/dev/null || true
         wait "$xServerPid" 2>/dev/null || true
@@ -43,7 +55,7 @@ CreatePrefix() {
 StartXServer() {
     local number file
     file=$(mktemp)
-    Xvfb -displayfd 3 -screen 0 "${kDesktopSize}x24" -nolisten tcp 3>"$file" </dev/null >/dev/null 2>&1 &
+    Xvfb -displayfd 3 -screen 0 "${kDesktopSize}x24" -nolisten tcp 3>"$file" </dev/null >/dev/null 2>&1 9>&- &
     xServerPid=$!
     local deadline=$((SECONDS + 20))
     until [ -s "$file" ] && number=$(<"$file") && [ -n "$number" ]; do
@@ -77,8 +89,7 @@ StartWine() {
         # Windows, hooks and sent input work without a display too, and key names come out as on Windows.
         QuietWine env -u DISPLAY wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f
     fi
-    QuietWine wineserver -k || true
-    QuietWine wineserver -w || true
+    EndWineServer
     # Stays until it is stopped, so that no start of a program has to wait for it.
     QuietWine wineserver -p
     QuietWine wine wineboot
