@@ -53,7 +53,8 @@ std::string PendingDocument(const std::string& pendingId, const std::string& lev
         first = false;
         json += R"({"severity":")" + match.severity + R"(","message":)" + JsonText(match.message);
         json += R"(,"atSec":)";
-        AppendStreamDouble(json, match.atSec);
+        // A file may give any time at all, JSON has no number for some: those findings stand at the start.
+        AppendStreamDouble(json, std::isfinite(match.atSec) ? match.atSec : 0.0);
         json += '}';
     }
     json += "]}";

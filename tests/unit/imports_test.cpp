@@ -251,6 +251,21 @@ TEST_F(ImportsTest, SeveralFindingsStandInTheReportsOrder) {
     EXPECT_EQ(offer.matches.back().severity, "CAUTION");
 }
 
+// The page reads the document as JSON, which has no such numbers: without it the macro could neither be shown nor
+// dropped.
+TEST_F(ImportsTest, AFindingWithoutAPlaceInTimeStandsAtTheStart) {
+    for (const std::string time : {"inf", "-inf", "nan", "infinity"}) {
+        const std::string path = File("odd.vrlmacro", "Odd\nSETTINGS:\n3," + time + ",0,0,0,91,1,0\n3," +
+                                                          time + ",0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n");
+        const std::string document = ImportMacroFile(path);
+        EXPECT_EQ(document, "{\"outcome\":\"pending\",\"pendingId\":\"" + HeldId() +
+                                "\",\"level\":\"caution\",\"matches\":[{\"severity\":\"CAUTION\",\"message\":"
+                                "\"Uses Windows system shortcuts.\",\"atSec\":0}]}")
+            << time;
+        EXPECT_EQ(document, GetPendingMacroImport());
+    }
+}
+
 TEST_F(ImportsTest, WhatIsOfferedIsToldInBothCases) {
     const OfferResult clean = OfferMacro(Clean("Clean"));
     EXPECT_TRUE(clean.committed);
