@@ -79,6 +79,10 @@ class ImportsTest : public DataFolderTest {
         EXPECT_EQ(ParseMacroText(text, &macro), "");
         return macro;
     }
+    static void Append(ParsedMacro macro) {
+        MutexLock lock(macroMutex);
+        AppendProfile(std::move(macro));
+    }
     static ParsedMacro Held(const std::string& name) {
         return Macro(name + "\nSETTINGS:\n" + kCautionEvents);
     }
@@ -122,27 +126,27 @@ TEST_F(ImportsTest, TheSameFileTwiceTakesTheNextNumber) {
 
 TEST_F(ImportsTest, NumbersEndAt999AndFillGapsFirst) {
     for (int number = 1; number <= 999; ++number) {
-        AppendProfile(Clean("Farm"));
+        Append(Clean("Farm"));
         EXPECT_EQ(Current().name, number == 1 ? "Farm" : "Farm (" + std::to_string(number) + ")");
     }
-    AppendProfile(Clean("Farm"));
+    Append(Clean("Farm"));
     EXPECT_EQ(Current().name, "Farm");  // the plain name, twice in the list
     {
         MutexLock lock(macroMutex);
         std::erase_if(macroState.profiles, [](const Profile& p) { return p.name == "Farm (500)"; });
     }
-    AppendProfile(Clean("Farm"));
+    Append(Clean("Farm"));
     EXPECT_EQ(Current().name, "Farm (500)");
-    AppendProfile(Clean("Farm"));
+    Append(Clean("Farm"));
     EXPECT_EQ(Current().name, "Farm");
 }
 
 TEST_F(ImportsTest, ANameIsTakenByteForByte) {
-    AppendProfile(Clean("farm"));
-    AppendProfile(Clean("Farm"));
-    AppendProfile(Clean("Farm (2)"));
-    AppendProfile(Clean("Farm"));
-    AppendProfile(Clean(DefaultProfileName));
+    Append(Clean("farm"));
+    Append(Clean("Farm"));
+    Append(Clean("Farm (2)"));
+    Append(Clean("Farm"));
+    Append(Clean(DefaultProfileName));
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "farm", "Farm", "Farm (2)", "Farm (3)",
                                  "Default Tracking Profile (2)"}));
 }
@@ -392,7 +396,7 @@ TEST_F(ImportsTest, ACleanMacroPassesAHeldOne) {
 
 TEST_F(ImportsTest, AHeldNameIsChosenWhenItIsConfirmed) {
     const std::string id = OfferMacro(Held("Farm")).pendingId;
-    AppendProfile(Clean("Farm"));
+    Append(Clean("Farm"));
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm", "Farm (2)"}));
 }
