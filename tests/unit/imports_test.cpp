@@ -1,6 +1,7 @@
 #include "imports/macro_import.h"
 
 #include "base/text.h"
+#include "engines/recorder.h"
 #include "imports/pending_import.h"
 #include "imports/self_check.h"
 #include "platform/files.h"
@@ -10,6 +11,7 @@
 #include "windows/main_page.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -392,6 +394,43 @@ TEST_F(ImportsTest, ACleanMacroPassesAHeldOne) {
     EXPECT_EQ(HeldId(), id);
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
+}
+
+// The recording goes on behind the events of each new profile; those events and what was recorded before stay right.
+TEST_F(ImportsTest, ARecordingGoesOnBehindWhatIsImported) {
+    const auto times = [](size_t profile) {
+        MutexLock lock(macroMutex);
+        std::vector<double> all;
+        for (const UnifiedEvent& event : macroState.profiles.at(profile).events) {
+            all.push_back(std::round(event.time * 1000) / 1000);
+        }
+        return all;
+    };
+    using Times = std::vector<double>;
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events = {{.type = EvKey, .time = 4}, {.type = EvKey, .time = 2}};
+    }
+    const std::string id = OfferMacro(Held("Held")).pendingId;
+    BeginContinuedRecording();
+    AppendRecordedEvent({.type = EvKey, .time = 9});
+    EXPECT_TRUE(OfferMacro(Clean("Clean")).committed);
+    EXPECT_EQ(times(0), (Times{4, 2, 4.1}));
+    AppendRecordedEvent({.type = EvKey, .time = 20});
+    ConfirmMacroImport(id);
+    engineState.recording = false;
+    FinishRecording();  // with nothing recorded behind the last import
+    EXPECT_EQ(times(0), (Times{4, 2, 4.1}));
+    EXPECT_EQ(times(1), (Times{0.5, 0.6}));
+    EXPECT_EQ(times(2), (Times{1.25, 1.5, 1.75, 1.8}));
+    // Without a recording nothing is moved.
+    OfferMacro(Clean("Later"));
+    OfferMacro(Clean("Last"));
+    EXPECT_EQ(times(3), (Times{0.5}));
+    MutexLock lock(macroMutex);
+    EXPECT_FALSE(CanUndoContinue());
+    macroState.currentProfile = 0;
+    EXPECT_TRUE(CanUndoContinue());
 }
 
 TEST_F(ImportsTest, AHeldNameIsChosenWhenItIsConfirmed) {
