@@ -24,7 +24,7 @@ enum class PortalState { Asked, Open, Refused, Answered, Lost };
 struct Conversation {
     Conversation() = default;
     ~Conversation() {
-        if (bus != nullptr) {
+        if (library != nullptr && bus != nullptr) {
             library->flushCloseUnref(bus);
         }
     }
