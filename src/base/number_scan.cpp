@@ -20,10 +20,6 @@ bool IsDigit(char c) {
     return static_cast<unsigned char>(c - '0') < 10;
 }
 
-bool IsHexDigit(char c) {
-    return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
 const char* SkipSpaces(const char* at, const char* end) {
     while (at != end && IsSpace(*at)) {
         ++at;
@@ -146,7 +142,7 @@ const char* HexEnd(const char* at, const char* end, bool* nonZero) {
             pointSeen = true;
             continue;
         }
-        if (!IsHexDigit(*at)) {
+        if (HexDigit(*at) < 0) {
             break;
         }
         digitSeen = true;

@@ -6,5 +6,6 @@
 #include <cstdint>
 
 const char* ScanInt(const char* from, const char* end, int32_t* value);
-const char* ScanUnsignedLong(const char* from, const char* end, uint32_t* value);
+const char* ScanUnsignedLong(const char* from, const char* end,
+                             uint32_t* value);  // stoul: "-1" is 4294967295
 const char* ScanDouble(const char* from, const char* end, double* value);

@@ -11,10 +11,6 @@ bool ParseInt(std::string_view text, int32_t* value) {
     return ScanInt(text.data(), text.data() + text.size(), value) != nullptr;
 }
 
-bool ParseUnsignedLong(std::string_view text, uint32_t* value) {
-    return ScanUnsignedLong(text.data(), text.data() + text.size(), value) != nullptr;
-}
-
 bool ParseDouble(std::string_view text, double* value) {
     return ScanDouble(text.data(), text.data() + text.size(), value) != nullptr;
 }
@@ -201,11 +197,6 @@ void AppendInt(std::string& out, int64_t value) {
     out.append(buffer, std::to_chars(buffer, buffer + sizeof(buffer), value).ptr);
 }
 
-void AppendUnsigned(std::string& out, uint64_t value) {
-    char buffer[20];
-    out.append(buffer, std::to_chars(buffer, buffer + sizeof(buffer), value).ptr);
-}
-
 std::string JsonText(std::string_view text) {
     constexpr char kHex[] = "0123456789abcdef";
     std::string json = "\"";
@@ -272,4 +263,14 @@ bool EndsWithNoCase(std::string_view text, std::string_view suffix) {
         }
     }
     return true;
+}
+
+int HexDigit(char digit) {
+    if (digit >= '0' && digit <= '9') {
+        return digit - '0';
+    }
+    if (digit >= 'a' && digit <= 'f') {
+        return digit - 'a' + 10;
+    }
+    return digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
 }

@@ -1,6 +1,6 @@
 // Small text operations shared by every reader and writer of our own formats.
 //
-// The number reads follow the C++ library's stoi, stol, stoul, stod and stof, with the integer widths of 64-bit
+// The number reads follow the C++ library's stoi, stol, stod and stof, with the integer widths of 64-bit
 // Windows on every platform: int and long have 32 bits. Leading white space and a sign are allowed, conversion stops
 // at the first character that does not fit, and the rest is ignored. No leading number or a value out of range is a
 // failure: the Parse* forms return false and leave *value alone, the Read* forms throw.
@@ -22,10 +22,9 @@ class NumberError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-bool ParseInt(std::string_view text, int32_t* value);            // stoi and stol
-bool ParseUnsignedLong(std::string_view text, uint32_t* value);  // stoul: "-1" wraps to 4294967295
-bool ParseDouble(std::string_view text, double* value);          // stod
-bool ParseFloat(std::string_view text, float* value);            // stof
+bool ParseInt(std::string_view text, int32_t* value);    // stoi and stol
+bool ParseDouble(std::string_view text, double* value);  // stod
+bool ParseFloat(std::string_view text, float* value);    // stof
 int32_t ReadInt(std::string_view text);
 double ReadDouble(std::string_view text);
 float ReadFloat(std::string_view text);
@@ -55,7 +54,6 @@ void AppendStreamDouble(std::string& out, double value);
 constexpr int kStreamDoubleLength = 16;
 char* FormatStreamDouble(char* out, double value);
 void AppendInt(std::string& out, int64_t value);
-void AppendUnsigned(std::string& out, uint64_t value);
 
 // `text` in double quotes, escaped for JSON: `"`, `\` and the controls b f n r t by their short escapes, every other
 // byte below 0x20 as \u00 and two lower-case hex digits; all other bytes pass through unchanged.
@@ -64,3 +62,4 @@ std::string JsonText(std::string_view text);
 std::string_view TrimBlanks(std::string_view text);  // blanks and tabs at both ends
 bool StartsWith(std::string_view text, std::string_view prefix);
 bool EndsWithNoCase(std::string_view text, std::string_view suffix);  // ASCII letters only
+int HexDigit(char digit);  // 0 to 15, in either case of letters; -1 if it is none

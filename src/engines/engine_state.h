@@ -155,6 +155,7 @@ struct MacroState {
     std::vector<UnifiedEvent> continueResult;    // the macro when it ended
     int32_t continueProfile = -1;                // the profile these belong to, -1 none
     uint64_t continueKeepCount = 0;              // how many leading events are old; 0 for a fresh recording
+    bool takeOpen = false;  // a recording has begun and its events are not joined to the macro yet
 };
 extern MacroState macroState GUARDED_BY(macroMutex);
 

@@ -190,9 +190,22 @@ void ForgetContinue() REQUIRES(macroMutex) {
     macroState.continueResult = {};
 }
 
-void StartRecordingClock() {
+void OpenTake() REQUIRES(macroMutex) {
+    macroState.takeOpen = true;
     engineState.recordStartQpc = ReadPerformanceCounter();
     engineState.recording = true;
+}
+
+// The events that the recording has appended to the current macro become part of it.
+void JoinTake(double clickGap) REQUIRES(macroMutex) {
+    if (Profile* profile = CurrentProfile()) {
+        JoinContinuedRecording(profile->events, macroState.continueKeepCount, kMinGapSeconds, clickGap);
+        MarkMacroChanged();
+        if (macroState.continueProfile == macroState.currentProfile) {
+            macroState.continueResult = profile->events;
+        }
+    }
+    macroState.continueKeepCount = 0;
 }
 
 }  // namespace
@@ -284,16 +297,21 @@ double RecordingSeconds(int64_t counter) {
 }
 
 void FinishRecording() {
-    const double clickGap = DoubleClickMilliseconds() / 1000.0 + kClickMarginSeconds;
+    const double clickGap = ClickGapSeconds();
     MutexLock lock(macroMutex);
-    if (Profile* profile = CurrentProfile()) {
-        JoinContinuedRecording(profile->events, macroState.continueKeepCount, kMinGapSeconds, clickGap);
-        MarkMacroChanged();
-        if (macroState.continueProfile >= 0) {
-            macroState.continueResult = profile->events;
-        }
+    macroState.takeOpen = false;
+    JoinTake(clickGap);
+}
+
+void MoveRecording(size_t keepCount, double clickGap) {
+    if (macroState.takeOpen) {
+        JoinTake(clickGap);
+        macroState.continueKeepCount = keepCount;
     }
-    macroState.continueKeepCount = 0;
+}
+
+double ClickGapSeconds() {
+    return DoubleClickMilliseconds() / 1000.0 + kClickMarginSeconds;
 }
 
 void BeginFreshRecording() {
@@ -305,7 +323,7 @@ void BeginFreshRecording() {
         }
         macroState.continueKeepCount = 0;
         MarkMacroChanged();
-        StartRecordingClock();
+        OpenTake();
     }
     HookInterestChanged();
 }
@@ -319,7 +337,7 @@ void BeginContinuedRecording() {
         }
         macroState.continueKeepCount = macroState.continueBaseline.size();
         macroState.continueProfile = macroState.currentProfile;
-        StartRecordingClock();
+        OpenTake();
     }
     HookInterestChanged();
 }

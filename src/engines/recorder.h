@@ -28,6 +28,13 @@ double RecordingSeconds(int64_t counter);
 
 // Dispatcher thread, after `recording` was cleared. Takes macroMutex.
 void FinishRecording() EXCLUDES(macroMutex);
+// Before another profile becomes current, with macroMutex held until it is: what a running recording has appended is
+// joined to its macro as at the recording's end, and what it appends from now on belongs behind the `keepCount` events
+// that the other profile has. Nothing without a recording. `clickGap` is that of ClickGapSeconds.
+void MoveRecording(size_t keepCount, double clickGap) REQUIRES(macroMutex);
+// The least time between two presses of one button that the system does not take for a double click. Any thread; asks
+// the system.
+double ClickGapSeconds();
 // Both begin under macroMutex and end with `recording` set.
 void BeginFreshRecording() EXCLUDES(macroMutex);
 void BeginContinuedRecording() EXCLUDES(macroMutex);

@@ -2,6 +2,7 @@
 
 #include "base/mutex.h"
 #include "base/text.h"
+#include "engines/recorder.h"
 #include "imports/page_notice.h"
 #include "storage/profiles.h"
 
@@ -53,7 +54,8 @@ std::string PendingDocument(const std::string& pendingId, const std::string& lev
         first = false;
         json += R"({"severity":")" + match.severity + R"(","message":)" + JsonText(match.message);
         json += R"(,"atSec":)";
-        AppendStreamDouble(json, match.atSec);
+        // A file may give any time at all, JSON has no number for some: those findings stand at the start.
+        AppendStreamDouble(json, std::isfinite(match.atSec) ? match.atSec : 0.0);
         json += '}';
     }
     json += "]}";
@@ -125,6 +127,14 @@ bool IsHeld(std::string_view id) REQUIRES(pendingMutex) {
     return pendingMacroImport.active && pendingMacroImport.pendingId == id;
 }
 
+// A recording that runs meanwhile goes on in the new profile: the imported events stay as they are before it.
+void AddImported(ParsedMacro macro) {
+    const double clickGap = ClickGapSeconds();
+    MutexLock lock(macroMutex);
+    MoveRecording(macro.events.size(), clickGap);
+    AppendProfile(std::move(macro));
+}
+
 }  // namespace
 
 OfferResult OfferMacro(ParsedMacro macro) {
@@ -133,7 +143,7 @@ OfferResult OfferMacro(ParsedMacro macro) {
     result.level = std::move(report.level);
     result.matches = std::move(report.matches);
     if (result.matches.empty()) {
-        AppendProfile(std::move(macro));
+        AddImported(std::move(macro));
         result.committed = true;
         return result;
     }
@@ -160,7 +170,7 @@ void ConfirmMacroImport(std::string_view id) {
         return;
     }
     PendingMacroImport held = std::exchange(pendingMacroImport, {});
-    AppendProfile({std::move(held.name), std::move(held.settings), std::move(held.events)});
+    AddImported({std::move(held.name), std::move(held.settings), std::move(held.events)});
     TellPageProfileImported();
 }
 

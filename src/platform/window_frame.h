@@ -43,7 +43,8 @@ void MinimiseWindow(WindowRef window);
 
 // Called on the UI thread. Null ones are not called.
 struct WindowHandlers {
-    // The person has moved, resized or maximised the window, or it is about to go.
+    // The person has moved, resized or maximised the window, or it is about to go. Where the system does not tell who
+    // did it, a change by the program is told too.
     void (*placementChanged)(const WindowPlacement& placement) = nullptr;
     // Files were dropped on the window, in the order of the drop. Without it nothing can be dropped.
     void (*filesDropped)(const std::vector<std::string>& paths) = nullptr;

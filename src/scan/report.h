@@ -24,7 +24,8 @@ struct ScanReport {
 };
 
 ScanReport ScanMacro(const std::vector<UnifiedEvent>& events);
-// {"level":...,"matches":[{"id":...,"severity":...,"atSec":...}]}, without blanks.
+// {"level":...,"matches":[{"id":...,"severity":...,"atSec":...}]}, without blanks. A time that is no finite number stands
+// there as a stream writes it, "inf" or "nan".
 std::string ScanReportJson(const ScanReport& report);
 
 }  // namespace MacroScan

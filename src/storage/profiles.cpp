@@ -120,7 +120,6 @@ void ClearProfile() {
 }
 
 void AppendProfile(ParsedMacro macro) {
-    MutexLock lock(macroMutex);
     Profile profile{FreeProfileName(std::move(macro.name)), std::move(macro.settings),
                     std::move(macro.events)};
     if (profile.settings.empty()) {

@@ -2,6 +2,8 @@
 // ClearProfile refuse while a recording runs.
 #pragma once
 
+#include "base/mutex.h"
+#include "engines/engine_state.h"
 #include "storage/macro_file.h"
 
 #include <string>
@@ -14,6 +16,6 @@ void ClearProfile();
 std::string GetProfiles();  // JSON
 // Any thread. Adds an imported macro and makes it current, under its own name or the first free "name (2)" to
 // "name (999)". The live setup stays, but for a macro without settings, which brings the defaults.
-void AppendProfile(ParsedMacro macro);
+void AppendProfile(ParsedMacro macro) REQUIRES(macroMutex);
 // Any thread. Copies the live tool setup into the current profile.
 void SyncProfileSettings();

@@ -16,11 +16,8 @@ bool StartsLiteral(char c) {
     return c == 't' || c == 'f' || c == 'n' || c == '-' || (c >= '0' && c <= '9');
 }
 
-// How many bytes follow this first byte of a character in a string; -1 for a byte that starts none.
+// How many bytes follow this first byte of a character beyond ASCII in a string; -1 for a byte that starts none.
 int ContinuationBytes(unsigned char c) {
-    if (c >= 0x20 && c < 0x7F) {
-        return 0;
-    }
     if (c >= 0xC0 && c <= 0xDF) {
         return 1;
     }

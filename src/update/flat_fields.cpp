@@ -33,20 +33,6 @@ char Unescaped(char byte) {
     }
 }
 
-// 0 to 15, or -1.
-int HexDigit(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    if (digit >= 'a' && digit <= 'f') {
-        return digit - 'a' + 10;
-    }
-    if (digit >= 'A' && digit <= 'F') {
-        return digit - 'A' + 10;
-    }
-    return -1;
-}
-
 }  // namespace
 
 std::string ReadFlatField(std::string_view text, std::string_view key) {

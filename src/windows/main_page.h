@@ -5,7 +5,8 @@
 
 #include <string>
 
-// The page's host once the web view exists, null again before it is destroyed. UI thread.
+// The page's host once the web view exists, null again before it is destroyed. Either way file dialogs may be shown
+// again that TerminateMainPage has forbidden. UI thread.
 void SetMainPage(PageHost* host);
 // The same host, null when there is none. UI thread.
 PageHost* MainPage();

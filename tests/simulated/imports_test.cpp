@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -244,6 +245,72 @@ TEST_F(ImportFlowTest, TheEnginesServeOnWhileADialogIsOpen) {
         });
         EXPECT_EQ(Call("importProfile"), R"({"outcome":"cancelled"})");
         EXPECT_EQ(SimShownDialogs().size(), 1U);
+    });
+}
+
+// The recording goes on in the profile that is current now. What was recorded before stays with the macro that it
+// continued and can be taken back there; the imported events keep their times.
+TEST_F(ImportFlowTest, AnImportBesideAContinuedRecordingLeavesBothMacrosWhole) {
+    const std::string first =
+        File("a.vrlmacro", "First\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n0,2,11,11,0,0,0,0\n");
+    const std::string second = File("b.vrlmacro", "Second\nSETTINGS:\n0,5,20,20,0,0,0,0\n0,4,21,21,0,0,0,0\n"
+                                                  "0,7,22,22,0,0,0,0\n");
+    const auto press = [](uint32_t key) {
+        SimRunFor(1000);
+        SimKey(key, true);
+        SimRunFor(250);
+        SimKey(key, false);
+        SimSettle();
+    };
+    const auto timesOf = [](size_t profile) {
+        MutexLock lock(macroMutex);
+        std::vector<double> times;
+        for (const UnifiedEvent& event : macroState.profiles.at(profile).events) {
+            times.push_back(std::round(event.time * 1000) / 1000);
+        }
+        return times;
+    };
+    using Times = std::vector<double>;
+    Run([&] {
+        EXPECT_EQ(ImportMacroFile(first), R"({"outcome":"imported"})");
+        Call("continueRecording");
+        SimSettle();
+        press('A');
+        EXPECT_EQ(ImportMacroFile(second), R"({"outcome":"imported"})");
+        EXPECT_EQ(timesOf(1), (Times{0.5, 2, 2.1, 2.35}));
+        press('B');
+        Call("stopRecording");
+        SimSettle();
+        EXPECT_EQ(timesOf(1), (Times{0.5, 2, 2.1, 2.35}));
+        EXPECT_EQ(timesOf(2), (Times{5, 4, 7, 7.1, 7.35}));
+        Call("switchProfile", "[\"1\"]");
+        Call("undoContinueRecording");
+        SimSettle();
+        EXPECT_EQ(timesOf(1), (Times{0.5, 2}));
+        EXPECT_EQ(timesOf(2), (Times{5, 4, 7, 7.1, 7.35}));
+    });
+}
+
+TEST_F(ImportFlowTest, AnImportBesideAFreshRecordingKeepsItsTimes) {
+    const std::string path = File("a.vrlmacro", "Late\nSETTINGS:\n0,5,20,20,0,0,0,0\n");
+    const auto press = [](uint32_t key) {
+        SimRunFor(1000);
+        SimKey(key, true);
+        SimSettle();
+    };
+    Run([&] {
+        Call("startRecording");
+        SimSettle();
+        press('A');
+        EXPECT_EQ(ImportMacroFile(path), R"({"outcome":"imported"})");
+        Call("stopRecording");  // with nothing recorded behind it
+        SimSettle();
+        MutexLock lock(macroMutex);
+        ASSERT_EQ(macroState.profiles.size(), 2U);
+        ASSERT_EQ(macroState.profiles[0].events.size(), 1U);
+        EXPECT_EQ(macroState.profiles[0].events[0].time, 0.0);
+        ASSERT_EQ(macroState.profiles[1].events.size(), 1U);
+        EXPECT_EQ(macroState.profiles[1].events[0].time, 5.0);
     });
 }
 

@@ -1,6 +1,7 @@
 #include "imports/macro_import.h"
 
 #include "base/text.h"
+#include "engines/recorder.h"
 #include "imports/pending_import.h"
 #include "imports/self_check.h"
 #include "platform/files.h"
@@ -10,6 +11,7 @@
 #include "windows/main_page.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -79,6 +81,10 @@ class ImportsTest : public DataFolderTest {
         EXPECT_EQ(ParseMacroText(text, &macro), "");
         return macro;
     }
+    static void Append(ParsedMacro macro) {
+        MutexLock lock(macroMutex);
+        AppendProfile(std::move(macro));
+    }
     static ParsedMacro Held(const std::string& name) {
         return Macro(name + "\nSETTINGS:\n" + kCautionEvents);
     }
@@ -122,27 +128,27 @@ TEST_F(ImportsTest, TheSameFileTwiceTakesTheNextNumber) {
 
 TEST_F(ImportsTest, NumbersEndAt999AndFillGapsFirst) {
     for (int number = 1; number <= 999; ++number) {
-        AppendProfile(Clean("Farm"));
+        Append(Clean("Farm"));
         EXPECT_EQ(Current().name, number == 1 ? "Farm" : "Farm (" + std::to_string(number) + ")");
     }
-    AppendProfile(Clean("Farm"));
+    Append(Clean("Farm"));
     EXPECT_EQ(Current().name, "Farm");  // the plain name, twice in the list
     {
         MutexLock lock(macroMutex);
         std::erase_if(macroState.profiles, [](const Profile& p) { return p.name == "Farm (500)"; });
     }
-    AppendProfile(Clean("Farm"));
+    Append(Clean("Farm"));
     EXPECT_EQ(Current().name, "Farm (500)");
-    AppendProfile(Clean("Farm"));
+    Append(Clean("Farm"));
     EXPECT_EQ(Current().name, "Farm");
 }
 
 TEST_F(ImportsTest, ANameIsTakenByteForByte) {
-    AppendProfile(Clean("farm"));
-    AppendProfile(Clean("Farm"));
-    AppendProfile(Clean("Farm (2)"));
-    AppendProfile(Clean("Farm"));
-    AppendProfile(Clean(DefaultProfileName));
+    Append(Clean("farm"));
+    Append(Clean("Farm"));
+    Append(Clean("Farm (2)"));
+    Append(Clean("Farm"));
+    Append(Clean(DefaultProfileName));
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "farm", "Farm", "Farm (2)", "Farm (3)",
                                  "Default Tracking Profile (2)"}));
 }
@@ -249,6 +255,21 @@ TEST_F(ImportsTest, SeveralFindingsStandInTheReportsOrder) {
     }
     EXPECT_EQ(offer.matches.front().severity, "DANGER");
     EXPECT_EQ(offer.matches.back().severity, "CAUTION");
+}
+
+// The page reads the document as JSON, which has no such numbers: without it the macro could neither be shown nor
+// dropped.
+TEST_F(ImportsTest, AFindingWithoutAPlaceInTimeStandsAtTheStart) {
+    for (const std::string time : {"inf", "-inf", "nan", "infinity"}) {
+        const std::string path = File("odd.vrlmacro", "Odd\nSETTINGS:\n3," + time + ",0,0,0,91,1,0\n3," +
+                                                          time + ",0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n");
+        const std::string document = ImportMacroFile(path);
+        EXPECT_EQ(document, "{\"outcome\":\"pending\",\"pendingId\":\"" + HeldId() +
+                                "\",\"level\":\"caution\",\"matches\":[{\"severity\":\"CAUTION\",\"message\":"
+                                "\"Uses Windows system shortcuts.\",\"atSec\":0}]}")
+            << time;
+        EXPECT_EQ(document, GetPendingMacroImport());
+    }
 }
 
 TEST_F(ImportsTest, WhatIsOfferedIsToldInBothCases) {
@@ -375,9 +396,46 @@ TEST_F(ImportsTest, ACleanMacroPassesAHeldOne) {
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
 }
 
+// The recording goes on behind the events of each new profile; those events and what was recorded before stay right.
+TEST_F(ImportsTest, ARecordingGoesOnBehindWhatIsImported) {
+    const auto times = [](size_t profile) {
+        MutexLock lock(macroMutex);
+        std::vector<double> all;
+        for (const UnifiedEvent& event : macroState.profiles.at(profile).events) {
+            all.push_back(std::round(event.time * 1000) / 1000);
+        }
+        return all;
+    };
+    using Times = std::vector<double>;
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events = {{.type = EvKey, .time = 4}, {.type = EvKey, .time = 2}};
+    }
+    const std::string id = OfferMacro(Held("Held")).pendingId;
+    BeginContinuedRecording();
+    AppendRecordedEvent({.type = EvKey, .time = 9});
+    EXPECT_TRUE(OfferMacro(Clean("Clean")).committed);
+    EXPECT_EQ(times(0), (Times{4, 2, 4.1}));
+    AppendRecordedEvent({.type = EvKey, .time = 20});
+    ConfirmMacroImport(id);
+    engineState.recording = false;
+    FinishRecording();  // with nothing recorded behind the last import
+    EXPECT_EQ(times(0), (Times{4, 2, 4.1}));
+    EXPECT_EQ(times(1), (Times{0.5, 0.6}));
+    EXPECT_EQ(times(2), (Times{1.25, 1.5, 1.75, 1.8}));
+    // Without a recording nothing is moved.
+    OfferMacro(Clean("Later"));
+    OfferMacro(Clean("Last"));
+    EXPECT_EQ(times(3), (Times{0.5}));
+    MutexLock lock(macroMutex);
+    EXPECT_FALSE(CanUndoContinue());
+    macroState.currentProfile = 0;
+    EXPECT_TRUE(CanUndoContinue());
+}
+
 TEST_F(ImportsTest, AHeldNameIsChosenWhenItIsConfirmed) {
     const std::string id = OfferMacro(Held("Farm")).pendingId;
-    AppendProfile(Clean("Farm"));
+    Append(Clean("Farm"));
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm", "Farm (2)"}));
 }

@@ -26,7 +26,8 @@ std::optional<int32_t> Int(std::string_view text) {
 
 std::optional<uint32_t> Unsigned(std::string_view text) {
     uint32_t value = 0;
-    return ParseUnsignedLong(text, &value) ? std::optional(value) : std::nullopt;
+    const bool read = ScanUnsignedLong(text.data(), text.data() + text.size(), &value) != nullptr;
+    return read ? std::optional(value) : std::nullopt;
 }
 
 std::optional<double> Double(std::string_view text) {
@@ -93,7 +94,7 @@ TEST(ParseInt, FailureLeavesTheValueAlone) {
     EXPECT_EQ(value, 77);
 }
 
-TEST(ParseUnsignedLong, WrapsAMinusSignAsStoulDoes) {
+TEST(ScanUnsignedLong, WrapsAMinusSignAsStoulDoes) {
     EXPECT_EQ(Unsigned("-1"), 4294967295U);
     EXPECT_EQ(Unsigned("-4294967295"), 1U);
     EXPECT_EQ(Unsigned("-4294967296"), std::nullopt);
@@ -381,8 +382,8 @@ TEST(AppendInt, WritesPlainDecimals) {
     AppendInt(text, 0);
     AppendInt(text, -5);
     AppendInt(text, std::numeric_limits<int64_t>::min());
-    AppendUnsigned(text, std::numeric_limits<uint64_t>::max());
-    EXPECT_EQ(text, "0-5-922337203685477580818446744073709551615");
+    AppendInt(text, std::numeric_limits<int64_t>::max());
+    EXPECT_EQ(text, "0-5-92233720368547758089223372036854775807");
 }
 
 TEST(JsonText, EscapesQuotesBackslashesAndControls) {
@@ -404,6 +405,13 @@ TEST(Text, TrimsAndCompares) {
     EXPECT_TRUE(EndsWithNoCase("a.VrlMacro", ".vrlmacro"));
     EXPECT_FALSE(EndsWithNoCase("vrlmacro", ".vrlmacro"));
     EXPECT_FALSE(EndsWithNoCase("a.vrl[acro", ".vrl{acro")) << "only letters have a case";
+    EXPECT_EQ(HexDigit('0'), 0);
+    EXPECT_EQ(HexDigit('9'), 9);
+    EXPECT_EQ(HexDigit('a'), 10);
+    EXPECT_EQ(HexDigit('F'), 15);
+    for (const char other : {'/', ':', '@', 'G', '`', 'g', '\0', '\xF0'}) {
+        EXPECT_EQ(HexDigit(other), -1) << other;
+    }
 }
 
 }  // namespace

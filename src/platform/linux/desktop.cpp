@@ -7,9 +7,7 @@
 #include "platform/linux/x11_windows.h"
 
 #include <X11/Xatom.h>
-#include <X11/Xutil.h>
 #include <cstdio>
-#include <cstring>
 
 namespace {
 
@@ -99,12 +97,7 @@ std::vector<TitledWindow> ListTopLevelWindows() {
 
 bool IsWindowMinimised(WindowRef window) {
     Display* display = ThreadDisplay();
-    if (display == nullptr || window == 0) {
-        return false;
-    }
-    Property state;
-    return ReadProperty(display, window, "WM_STATE", &state) && state.format == 32 && state.count > 0 &&
-           state.Long(0) == IconicState;
+    return display != nullptr && window != 0 && IsIconic(display, window);
 }
 
 void RestoreWindow(WindowRef window) {
@@ -122,10 +115,8 @@ void ForceForeground(WindowRef window) {
     }
     WhenManaged(window, [window](Display* display) {
         if (HasWindowManager(display)) {
-            // Source 2, a pager, and the time of now: what window managers obey also when the person is busy elsewhere.
-            constexpr long kPager = 2;
             SendRootMessage(display, window, "_NET_ACTIVE_WINDOW",
-                            {kPager, static_cast<long>(ServerTime(display)), 0});
+                            {kAskedByPager, static_cast<long>(ServerTime(display)), 0});
         } else {
             XRaiseWindow(display, window);
             XSetInputFocus(display, window, RevertToParent, CurrentTime);
@@ -147,9 +138,8 @@ void SetWindowOnTop(WindowRef window, bool onTop) {
         // there for whoever gets the message.
         constexpr long kRemove = 0;
         constexpr long kAdd = 1;
-        constexpr long kApplication = 1;  // who asks
         SendRootMessage(display, window, "_NET_WM_STATE",
-                        {onTop ? kAdd : kRemove, static_cast<long>(above), 0, kApplication});
+                        {onTop ? kAdd : kRemove, static_cast<long>(above), 0, kAskedByApplication});
     });
 }
 

@@ -1,5 +1,7 @@
 #include "platform/linux/dialog_helper.h"
 
+#include "platform/linux/child_program.h"
+
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -14,7 +16,6 @@
 namespace {
 
 constexpr const char* kHelper = "zenity";
-constexpr int kCouldNotStart = 127;
 constexpr int kClosedByPerson = 1;
 constexpr size_t kLongestAnswer = 64 * 1024;
 
@@ -64,22 +65,48 @@ std::vector<std::string> HelperArguments(const DialogRequest& request) {
     return arguments;
 }
 
+// Asks it to end, then makes it.
+void EndChild(pid_t process) {
+    constexpr int kPatienceTurns = 50;
+    constexpr int kTurnMilliseconds = 10;
+    kill(process, SIGTERM);
+    for (int i = 0; i < kPatienceTurns; ++i) {
+        if (waitpid(process, nullptr, WNOHANG) != 0) {
+            return;
+        }
+        poll(nullptr, 0, kTurnMilliseconds);
+    }
+    kill(process, SIGKILL);
+    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
+
+// Ended and closed with it, however the dialog is left.
 struct Helper {
-    pid_t process = -1;
-    int output = -1;  // what it prints; does not block
+    Helper() = default;
+    ~Helper() {
+        if (process > 0) {
+            EndChild(process);
+        }
+        if (output >= 0) {
+            close(output);
+        }
+    }
+    Helper(const Helper&) = delete;
+    Helper& operator=(const Helper&) = delete;
+
+    pid_t process = -1;  // -1 also once it is gone
+    int output = -1;     // what it prints; does not block
 };
 
-// What happens in the child between fork and exec: system calls only, other threads' locks may be held.
+// In the new process.
 [[noreturn]] void BecomeHelper(const char* file, char* const* arguments, int output, pid_t parent) {
     // A dialog whose program has died would be left standing.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
-    const int nothing = open("/dev/null", O_RDWR);
-    if (getppid() == parent && nothing >= 0 && dup2(nothing, STDIN_FILENO) >= 0 &&
-        dup2(output, STDOUT_FILENO) >= 0 && dup2(nothing, STDERR_FILENO) >= 0) {
-        close_range(STDERR_FILENO + 1, ~0U, 0);
-        execv(file, arguments);
+    if (getppid() == parent) {
+        BecomeProgram(file, arguments, output);
     }
-    _exit(kCouldNotStart);
+    _exit(kNotStarted);
 }
 
 bool StartHelper(const std::string& file, std::vector<std::string> arguments, Helper* helper) {
@@ -101,11 +128,7 @@ bool StartHelper(const std::string& file, std::vector<std::string> arguments, He
     }
     close(ends[1]);
     helper->output = ends[0];
-    if (helper->process < 0) {
-        close(ends[0]);
-        return false;
-    }
-    return true;
+    return helper->process > 0;
 }
 
 // Takes what there is; false at the end of it.
@@ -121,39 +144,25 @@ bool ReadOutput(int file, std::string* text) {
     }
 }
 
-// Asks it to end, then makes it.
-void EndHelper(pid_t process) {
-    constexpr int kPatienceTurns = 50;
-    constexpr int kTurnMilliseconds = 10;
-    kill(process, SIGTERM);
-    for (int i = 0; i < kPatienceTurns; ++i) {
-        if (waitpid(process, nullptr, WNOHANG) != 0) {
-            return;
-        }
-        poll(nullptr, 0, kTurnMilliseconds);
-    }
-    kill(process, SIGKILL);
-    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
-    }
-}
-
 enum class HelperEnd { Exited, Ended, Dismissed };
 
-// Until the helper's process is gone, whatever it leaves behind.
-HelperEnd WaitForHelper(const Helper& helper, std::string* text, int* exitCode) {
+// Until the helper's process is gone, whatever it leaves behind, or its dialog has to close.
+HelperEnd WaitForHelper(Helper* helper, std::string* text, int* exitCode) {
     const DialogLoop loop = OpenDialogLoop();
-    pollfd output = {helper.output, POLLIN, 0};
+    pollfd output = {helper->output, POLLIN, 0};
     for (;;) {
         if (!TakeDialogTurn(loop, &output, 1)) {
-            EndHelper(helper.process);
             return HelperEnd::Dismissed;
         }
         int status = 0;
-        const pid_t ended = waitpid(helper.process, &status, WNOHANG);
-        if (!ReadOutput(helper.output, text)) {
+        const pid_t ended = waitpid(helper->process, &status, WNOHANG);
+        if (ended != 0) {
+            helper->process = -1;
+        }
+        if (!ReadOutput(helper->output, text)) {
             output.fd = -1;  // closed: nothing to wait for but the process
         }
-        if (ended == helper.process) {
+        if (ended > 0) {
             *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
             return WIFEXITED(status) ? HelperEnd::Exited : HelperEnd::Ended;
         }
@@ -191,8 +200,7 @@ bool AskByHelper(const DialogRequest& request, FileDialogResult* result) {
     }
     std::string text;
     int exitCode = -1;
-    const HelperEnd end = WaitForHelper(helper, &text, &exitCode);
-    close(helper.output);
+    const HelperEnd end = WaitForHelper(&helper, &text, &exitCode);
     *result = ResultOfHelper(end, exitCode, std::move(text));
     return true;
 }

@@ -1,5 +1,6 @@
 #include "platform/linux/dialog_portal.h"
 
+#include "base/text.h"
 #include "platform/linux/bus_library.h"
 
 #include <algorithm>
@@ -19,7 +20,17 @@ constexpr uint64_t kAnswerMicroseconds = 10'000'000;
 
 enum class PortalState { Asked, Open, Refused, Answered, Lost };
 
+// Its bus is closed with it.
 struct Conversation {
+    Conversation() = default;
+    ~Conversation() {
+        if (library != nullptr && bus != nullptr) {
+            library->flushCloseUnref(bus);
+        }
+    }
+    Conversation(const Conversation&) = delete;
+    Conversation& operator=(const Conversation&) = delete;
+
     const BusLibrary* library = nullptr;
     sd_bus* bus = nullptr;
     PortalState state = PortalState::Asked;
@@ -76,8 +87,13 @@ void ReadUri(const BusLibrary& library, sd_bus_message* message, std::string* ur
 int OnResponse(sd_bus_message* message, void* userData, BusError* /*error*/) {
     auto* talk = static_cast<Conversation*>(userData);
     if (talk->library->read(message, "u", &talk->response) > 0) {
-        talk->state = PortalState::Answered;
-        ReadUri(*talk->library, message, &talk->uri);
+        try {
+            ReadUri(*talk->library, message, &talk->uri);
+            talk->state = PortalState::Answered;
+        } catch (...) {
+            // No memory for the name; no exception may cross the library.
+            talk->state = PortalState::Lost;
+        }
     }
     return 0;
 }
@@ -219,13 +235,6 @@ bool AskOverBus(Conversation* talk, const DialogRequest& request, FileDialogResu
     return true;
 }
 
-int HexDigit(char digit) {
-    const std::string_view digits = "0123456789abcdef";
-    const char lower = digit >= 'A' && digit <= 'F' ? static_cast<char>(digit - 'A' + 'a') : digit;
-    const size_t at = digits.find(lower);
-    return at == std::string_view::npos ? -1 : static_cast<int>(at);
-}
-
 }  // namespace
 
 std::string PathOfFileUri(const std::string& uri) {
@@ -262,7 +271,5 @@ bool AskByPortal(const DialogRequest& request, FileDialogResult* result) {
         return false;
     }
     *result = {};
-    const bool shown = AskOverBus(&talk, request, result);
-    talk.library->flushCloseUnref(talk.bus);
-    return shown;
+    return AskOverBus(&talk, request, result);
 }

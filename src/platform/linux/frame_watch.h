@@ -19,5 +19,6 @@ void WhenManaged(Window window, std::function<void(Display*)> request);
 // coordinates of the root window.
 void NoteAskedPlace(Window window, const ScreenRectangle& outer);
 
-// From now on what the person does to the window is told, through the page's queue, once it has come to rest.
+// From now on every change of the window's place, size or being maximised is told, through the page's queue, once it has
+// come to rest. X11 does not say who wanted it: the program's own changes are told too.
 void TellPlacements(void (*placementChanged)(const WindowPlacement& placement));

@@ -5,33 +5,14 @@
 #include "platform/files.h"
 #include "platform/linux/autostart_entry.h"
 #include "platform/linux/base_folders.h"
+#include "platform/linux/child_program.h"
 #include "platform/process.h"
 
 #include <cerrno>
-#include <csignal>
-#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
-
-// Between fork and exec of a program with threads: only calls that are safe in a signal handler.
-[[noreturn]] void BecomeProgram(const char* const* arguments) {
-    // What we ignore or block would stay so in the other program.
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    signal(SIGPIPE, SIG_DFL);
-    const int nothing = open("/dev/null", O_RDWR);
-    if (nothing >= 0) {
-        dup2(nothing, STDIN_FILENO);
-        dup2(nothing, STDOUT_FILENO);
-        dup2(nothing, STDERR_FILENO);
-    }
-    close_range(STDERR_FILENO + 1, ~0U, 0);
-    execvp(arguments[0], const_cast<char* const*>(arguments));
-    _exit(127);
-}
 
 // Starts a program that lives on without us, and leaves nothing to wait for.
 void StartDetached(const char* const* arguments) {
@@ -40,7 +21,7 @@ void StartDetached(const char* const* arguments) {
         // The one in the middle ends at once, so that the program belongs to nobody and no dead child stays behind.
         setsid();
         if (fork() == 0) {
-            BecomeProgram(arguments);
+            BecomeProgram(arguments[0], const_cast<char* const*>(arguments), -1);
         }
         _exit(0);
     }

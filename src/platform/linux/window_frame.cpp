@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr long kApplication = 1;  // who asks, in messages to the window manager
-constexpr long kPager = 2;
-
 ScreenRectangle FromPrimary(Display* display, const ScreenRectangle& rectangle) {
     const ScreenArea screen = QueryPrimaryScreen(display);
     return Moved(rectangle, -screen.x, -screen.y);
@@ -28,7 +25,7 @@ void MoveFrame(Display* display, Window window, int32_t x, int32_t y, int32_t wi
         // HACK: the gravity of the corner, which means the frame everywhere, whatever the window itself asks for.
         constexpr long kPlace = 1L << 8 | 1L << 9;
         constexpr long kSize = 1L << 10 | 1L << 11;
-        const long flags = NorthWestGravity | kPlace | (width > 0 ? kSize : 0) | kPager << 12;
+        const long flags = NorthWestGravity | kPlace | (width > 0 ? kSize : 0) | kAskedByPager << 12;
         SendRootMessage(display, window, "_NET_MOVERESIZE_WINDOW", {flags, x, y, width, height});
     } else if (width > 0) {
         XMoveResizeWindow(display, window, x, y, static_cast<unsigned>(width), static_cast<unsigned>(height));
@@ -125,7 +122,8 @@ void MaximiseWindow(WindowRef window) {
             static_cast<long>(XInternAtom(display, "_NET_WM_STATE_MAXIMIZED_VERT", False));
         const auto horizontally =
             static_cast<long>(XInternAtom(display, "_NET_WM_STATE_MAXIMIZED_HORZ", False));
-        SendRootMessage(display, window, "_NET_WM_STATE", {kAdd, vertically, horizontally, kApplication});
+        SendRootMessage(display, window, "_NET_WM_STATE",
+                        {kAdd, vertically, horizontally, kAskedByApplication});
     });
 }
 

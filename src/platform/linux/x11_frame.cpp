@@ -83,13 +83,13 @@ bool ReadManagersWorkArea(Display* display, ScreenRectangle* area) {
     const Window root = DefaultRootWindow(display);
     const std::vector<int32_t> areas = ReadNumbers(display, root, "_NET_WORKAREA");
     const std::vector<int32_t> desktop = ReadNumbers(display, root, "_NET_CURRENT_DESKTOP");
-    size_t first = desktop.empty() ? 0 : static_cast<size_t>(desktop[0]) * 4;
-    if (first + 4 > areas.size()) {
-        first = 0;
-    }
-    if (areas.size() < 4) {
+    constexpr size_t kNumbers = 4;  // of each desktop's area
+    if (areas.size() < kNumbers) {
         return false;
     }
+    const bool known =
+        !desktop.empty() && desktop[0] >= 0 && static_cast<size_t>(desktop[0]) < areas.size() / kNumbers;
+    const size_t first = known ? static_cast<size_t>(desktop[0]) * kNumbers : 0;
     *area = ScreenRectangle{areas[first], areas[first + 1], areas[first] + areas[first + 2],
                             areas[first + 1] + areas[first + 3]};
     return true;

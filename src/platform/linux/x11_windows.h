@@ -39,6 +39,10 @@ std::vector<Window> TopLevelWindows(Display* display);
 
 // Whether a window manager runs that one can talk to.
 bool HasWindowManager(Display* display);
+// Who asks, where a request has a place for it. A pager asks in the person's name, and window managers obey it also when
+// the person is busy elsewhere.
+constexpr long kAskedByApplication = 1;
+constexpr long kAskedByPager = 2;
 // A request about a window to the window manager: at most five numbers.
 void SendRootMessage(Display* display, Window window, const char* message,
                      std::initializer_list<long> numbers);

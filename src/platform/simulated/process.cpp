@@ -9,8 +9,6 @@ namespace {
 constexpr uint32_t kOwnProcessId = 1000;
 
 struct ProcessState {
-    bool prepared = false;
-    bool consoleEnsured = false;
     std::string programPath = "/program/varnelle";
     std::set<uint32_t> ownImageProcesses{kOwnProcessId};
     std::set<std::string> namesOfOthers;
@@ -22,17 +20,11 @@ ProcessState state;
 
 }  // namespace
 
-void PrepareProcess() {
-    state.prepared = true;
-}
+void PrepareProcess() {}
 
-void EndProcess() {
-    state.prepared = false;
-}
+void EndProcess() {}
 
-void EnsureConsole() {
-    state.consoleEnsured = true;
-}
+void EnsureConsole() {}
 
 std::string ProgramPath() {
     return state.programPath;
@@ -86,14 +78,6 @@ void SimCrash() {
     if (state.crashHandler != nullptr) {
         state.crashHandler();
     }
-}
-
-bool SimConsoleEnsured() {
-    return state.consoleEnsured;
-}
-
-bool SimProcessPrepared() {
-    return state.prepared;
 }
 
 void SimResetProcess() {

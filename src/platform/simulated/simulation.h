@@ -217,6 +217,4 @@ bool SimOwnsInstanceName(const std::string& name);
 void SimCrash();        // runs the crash handler, if one is set
 int SimTimerPeriods();  // Begin calls without their End
 bool SimTimerKeptWhenHidden();
-bool SimConsoleEnsured();
-bool SimProcessPrepared();
 void SimRequestEnd();  // somebody outside asks the program to end, as by SIGTERM

@@ -159,6 +159,43 @@ TEST(WindowFrame, DocksAreNoPartOfTheWorkArea) {
     }
 }
 
+// A property of the root window with other numbers in it, until this ends.
+class RootNumbers {
+  public:
+    RootNumbers(const char* name, const std::vector<int32_t>& numbers)
+        : name_(name), before_(ReadNumbers(ThreadDisplay(), DefaultRootWindow(ThreadDisplay()), name)) {
+        Write(numbers);
+    }
+    ~RootNumbers() { Write(before_); }
+    RootNumbers(const RootNumbers&) = delete;
+    RootNumbers& operator=(const RootNumbers&) = delete;
+
+  private:
+    void Write(const std::vector<int32_t>& numbers) const {
+        Display* display = ThreadDisplay();
+        const std::vector<long> items(numbers.begin(), numbers.end());
+        XChangeProperty(display, DefaultRootWindow(display), XInternAtom(display, name_, False), XA_CARDINAL,
+                        32, PropModeReplace, reinterpret_cast<const unsigned char*>(items.data()),
+                        static_cast<int>(items.size()));
+        XSync(display, False);
+    }
+
+    const char* name_;
+    std::vector<int32_t> before_;
+};
+
+TEST(WindowFrame, ADesktopWithoutAWorkAreaHasTheFirstOnes) {
+    const RootNumbers areas("_NET_WORKAREA", {0, 50, 1600, 900, 10, 0, 1500, 1000, 7, 7, 7});
+    for (const int32_t none : {-1, 2, 1000, INT32_MAX, INT32_MIN, 0x40000000}) {
+        const RootNumbers desktop("_NET_CURRENT_DESKTOP", {none});
+        EXPECT_EQ(Text(MonitorWorkArea(0)), "0,50 to 1600,950") << none;
+    }
+    const RootNumbers desktop("_NET_CURRENT_DESKTOP", {1});
+    EXPECT_EQ(Text(MonitorWorkArea(0)), "10,0 to 1510,1000");
+    const RootNumbers few("_NET_WORKAREA", {0, 50, 1600});
+    EXPECT_EQ(Text(MonitorWorkArea(0)), "0,0 to 1600,1000");
+}
+
 TEST(WindowFrame, EachMonitorHasItsOwnWorkArea) {
     ManagedWindow window("On the right", 900, 100, 1);
     ASSERT_TRUE(WaitFor([&] { return IsShown(window); }));
