@@ -46,6 +46,7 @@ export function EventList() {
   const [error, setError] = useState('');
   const [told, setTold] = useState('');
   const [asking, setAsking] = useState(false);
+  const deleting = useRef(false);
   const { list } = view.value;
   const { mask, count, active } = selection.value;
   const current = viewIsCurrent() && !recording.value && !batch.value;
@@ -64,6 +65,10 @@ export function EventList() {
     handle.current?.reveal(rowOfIndex(sought.value.at(-1) ?? first));
     handle.current?.reveal(row);
   }, [sought.value]);
+  // A macro that took this one's place behind the question leaves nothing to ask for.
+  useEffect(() => {
+    if (count === 0) setAsking(false);
+  }, [count]);
   // The focus does not stay on a button that is gone.
   useEffect(() => {
     if (!batch.value?.shown && document.activeElement === document.body && told) handle.current?.focus();
@@ -74,7 +79,9 @@ export function EventList() {
     setAsking(false);
     const next = indexes[0];
     if (next === undefined) return;
+    deleting.current = true;
     const result = indexes.length > 1 ? await deleteEvents(indexes) : await deleteEvent(next);
+    deleting.current = false;
     if (viewIsCurrent() && (!result || result.end === 'done')) {
       const row = rowOfIndex(next);
       if (row >= 0) selectOnly(row);
@@ -82,7 +89,8 @@ export function EventList() {
     if (result) setTold(endText('Deleted', result, indexes.length));
   };
   const askOrRemove = () => {
-    if (!current || count === 0) return;
+    // A key that is held, or pressed twice, must not reach what has moved to the places of the deleted ones.
+    if (!current || count === 0 || deleting.current) return;
     if (count < kAskFrom) void remove(selectedIndexes());
     else setAsking(true);
   };
@@ -311,7 +319,7 @@ function DeleteDialog(props: { count: number; onCancel: () => void; onDelete: ()
       actions={
         <>
           <Button onPress={props.onCancel}>Cancel</Button>
-          <Button kind="primary" onPress={props.onDelete}>
+          <Button kind="stop" onPress={props.onDelete}>
             {`Delete ${counted(props.count)}`}
           </Button>
         </>
