@@ -243,6 +243,18 @@ test('while a recording runs, profiles stay as they are', async () => {
   await pages.close(page);
 });
 
+test('a step on the profile that a recording makes useless is given up', async () => {
+  const page = await pages.open({ before: kMacro });
+  await button(page, 'Clear profile').click();
+  await button(page, 'Clear now').waitFor();
+  await change(page, "host.status.state = 'Recording'");
+  await page.getByText('The profile stays as it is while a recording runs.').waitFor();
+  await change(page, "host.status.state = 'Idle'");
+  assert.equal(await button(page, 'Clear now').count(), 0);
+  assert.deepEqual(await callsOf(page, 'clearProfile'), []);
+  await pages.close(page);
+});
+
 test('the large Stop stops what runs and nothing else', async () => {
   const page = await pages.open({
     before: "host.status.autoClicking = true; host.status.keySpamming = true; host.status.state = 'Playing';",

@@ -1,4 +1,4 @@
-import { useId, useLayoutEffect, useRef, useState } from 'preact/hooks';
+import { useEffect, useId, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { has } from '../bridge';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
 import { exportProfile, importNote, importProfile, useImportedSettings } from '../imports';
@@ -29,6 +29,10 @@ export function ProfilePanel() {
   const isDefault = name === defaultName;
   const fixed = recording.value || fileDialog.value !== '';
   const select = useRef<HTMLSelectElement>(null);
+  // A step that a recording would make useless does not wait for its end.
+  useEffect(() => {
+    if (recording.value) setStep('choose');
+  }, [recording.value]);
   const done = () => {
     setStep('choose');
     select.current?.focus();
