@@ -188,6 +188,11 @@ test('the events of a recording are shown when it has ended', async () => {
   await change(page, "host.status.state = 'Recording'; host.events = []");
   assert.equal(await page.locator('#events').getByRole('option').count(), 0);
   assert.ok(await page.getByText('The events are shown when the recording ends.').isVisible());
+  assert.deepEqual(
+    await page.locator('.filter__count').allInnerTexts(),
+    Array(5).fill('\u2013'),
+    'no counts are known',
+  );
   await change(page, "host.events = [{ time: 0, desc: 'Mouse Scroll Delta: -120' }]");
   await change(page, "host.status.state = 'Idle'");
   await page.getByText('Wheel down 120').waitFor();

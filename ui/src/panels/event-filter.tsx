@@ -17,14 +17,15 @@ export function FilterChips() {
   return (
     <div class="filter" role="group" aria-label="Kinds of events shown">
       {kGroups.map((group, i) => {
-        const count = counts?.[i] ?? 0;
+        const count = counts?.[i];
+        const whole = count === undefined ? '' : groupedNumber(count);
         const shown = shownGroups.value.has(group);
         return (
           <button
             key={group}
             type="button"
             class="filter__chip"
-            title={groupedNumber(count)}
+            title={whole}
             aria-pressed={shown}
             disabled={!counts || view.value.list.length === 0}
             onClick={() => setGroupShown(group, !shown)}
@@ -32,9 +33,9 @@ export function FilterChips() {
             <span class="filter__title">{kTitles[group]}</span>{' '}
             <span class={`filter__mark filter__mark--${group}`} aria-hidden="true" />
             <span class="filter__count" aria-hidden="true">
-              {shortCount(count)}
+              {count === undefined ? '\u2013' : shortCount(count)}
             </span>
-            <span class="unseen">{groupedNumber(count)}</span>
+            <span class="unseen">{whole}</span>
           </button>
         );
       })}
