@@ -5,7 +5,7 @@ import { Button } from '../components/button';
 import { Dialog } from '../components/dialog';
 import { List, type ListHandle, type Pick } from '../components/list';
 import { NumberField } from '../components/number-field';
-import { groupedNumber } from '../components/numbers';
+import { counted, groupedNumber } from '../components/numbers';
 import { Group } from '../components/panel';
 import { eventsLoading, playing, recording } from '../store';
 import { eventText } from './event-text';
@@ -39,7 +39,7 @@ const kPicks: Record<Pick, (row: number) => void> = {
   move: moveActive,
 };
 
-const counted = (count: number) => `${groupedNumber(count)} ${count === 1 ? 'event' : 'events'}`;
+const countedEvents = (count: number) => counted(count, 'event');
 
 export function EventList() {
   const handle = useRef<ListHandle>(null);
@@ -229,7 +229,7 @@ function EditRow(props: {
         />
       )}
       <Button
-        label={count > 1 ? `Delete ${counted(count)}` : 'Delete event'}
+        label={count > 1 ? `Delete ${countedEvents(count)}` : 'Delete event'}
         disabled={count === 0 || recording.value}
         waiting={!current}
         onPress={props.onDelete}
@@ -313,14 +313,14 @@ function Progress() {
 function DeleteDialog(props: { count: number; onCancel: () => void; onDelete: () => void }) {
   return (
     <Dialog
-      title={`Delete ${counted(props.count)}?`}
+      title={`Delete ${countedEvents(props.count)}?`}
       alarming
       onClose={props.onCancel}
       actions={
         <>
           <Button onPress={props.onCancel}>Cancel</Button>
           <Button kind="stop" onPress={props.onDelete}>
-            {`Delete ${counted(props.count)}`}
+            {`Delete ${countedEvents(props.count)}`}
           </Button>
         </>
       }
@@ -331,8 +331,8 @@ function DeleteDialog(props: { count: number; onCancel: () => void; onDelete: ()
 }
 
 function endText(verb: string, { end, done }: { end: BatchEnd; done: number }, all: number): string {
-  if (end === 'done') return `${verb} ${counted(done)}.`;
-  const part = `${verb} ${groupedNumber(done)} of ${counted(all)}`;
+  if (end === 'done') return `${verb} ${countedEvents(done)}.`;
+  const part = `${verb} ${groupedNumber(done)} of ${countedEvents(all)}`;
   if (end === 'cancelled') return `${part}, then cancelled.`;
   return end === 'changed' ? `The macro changed meanwhile. ${part}.` : `${part}.`;
 }
@@ -341,7 +341,7 @@ function hintFor(selected: number, rows: number): string {
   if (eventsLoading.value || !viewIsCurrent()) return 'Loading the events';
   if (recording.value || rows === 0) return 'Filter, select, retime and delete what you recorded.';
   if (playing.value && selected > 0) return 'Playback has its own copy: a change counts from the next round.';
-  if (selected > 1) return `${groupedNumber(selected)} of ${counted(rows)} selected.`;
+  if (selected > 1) return `${groupedNumber(selected)} of ${countedEvents(rows)} selected.`;
   if (selected === 1) return 'An event keeps its place in the list when its time changes.';
   return 'Shift and Ctrl select several, Ctrl+A all.';
 }
