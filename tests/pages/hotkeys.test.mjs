@@ -151,6 +151,13 @@ test('a press shows at once, before the program has answered', async () => {
   await button(page, 'Stop clicking').waitFor();
   assert.equal((await callsOf(page, 'startSpammer')).length, 1, 'pressed twice, started once');
   assert.equal(await button(page, 'Stop clicking').getAttribute('aria-busy'), null);
+  await page.evaluate(() => (host.events = [{ time: 0, desc: 'Autoclicker ON' }]));
+  const play = button(page, 'Play').and(page.locator(':enabled'));
+  await play.click();
+  assert.equal(await play.getAttribute('aria-busy'), 'true');
+  await play.click();
+  await page.getByText('Playing, clicking').waitFor();
+  assert.equal((await callsOf(page, 'startPlayback')).length, 1);
   // A program that refuses in silence leaves no button waiting.
   await page.evaluate(() => {
     host.delay = 0;

@@ -446,6 +446,15 @@ describe('the panel', () => {
     await pages.close(page);
     const long = await pages.open({ before: "host.events = [{ time: 3725, desc: 'Autoclicker ON' }]" });
     await long.getByText('One round takes 1 h 2 min.').waitFor();
+    for (const [time, text] of [
+      [59.999, '1 min'],
+      [83.4, '1 min 23 s'],
+      [7199.9, '2 h'],
+    ]) {
+      await change(long, `host.events = []`);
+      await change(long, `host.events = [{ time: ${time}, desc: 'Autoclicker ON' }]`);
+      await long.getByText(`One round takes ${text}.`).waitFor();
+    }
     await pages.close(long);
   });
 
