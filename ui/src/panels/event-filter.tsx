@@ -4,6 +4,8 @@ import { recording } from '../store';
 import { type Group, kGroups } from './macro-data';
 import { reading, setGroupShown, shownGroups, view } from './macro-model';
 
+const kShortFrom = 10_000; // events, from which on a count is shown rounded
+
 const kTitles: Record<Group, string> = {
   moves: 'Moves',
   buttons: 'Buttons',
@@ -25,7 +27,7 @@ export function FilterChips() {
             key={group}
             type="button"
             class="filter__chip"
-            title={whole}
+            title={count !== undefined && count >= kShortFrom ? whole : undefined}
             aria-pressed={shown}
             disabled={!counts || view.value.list.length === 0}
             onClick={() => setGroupShown(group, !shown)}
@@ -45,6 +47,6 @@ export function FilterChips() {
 
 // At most four signs, which fit the narrowest window. Readers get the whole number.
 function shortCount(count: number): string {
-  if (count < 10_000) return String(count);
+  if (count < kShortFrom) return String(count);
   return count < 1_000_000 ? `${Math.floor(count / 1000)}k` : `${Math.floor(count / 100_000) / 10}M`;
 }

@@ -40,8 +40,9 @@ function noticeOf(hotkey: Hotkey): string {
 }
 
 export function HotkeysPanel() {
+  const summary = hotkeysOff.value ? 'Off' : locked.value ? 'Locked' : 'Work in every window';
   return (
-    <Panel id="panel-ui" title="Hotkeys" summary={hotkeysOff.value ? 'Off' : 'Work in every window'}>
+    <Panel id="panel-ui" title="Hotkeys" summary={summary}>
       <div class="panel__wide">
         {has('setAppSetting') && (
           <div class="row hotkeys__row-of-switches">
