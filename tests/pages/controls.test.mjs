@@ -310,6 +310,14 @@ test('the next key is waited for where it will stand, also behind many', async (
   await pages.close(page);
 });
 
+test('what a place means is told', async () => {
+  const page = await pages.open({ before: 'Object.assign(host.settings, { fixedX: 7, fixedY: 8 })' });
+  await page.getByText('Clicks this window too: start it with its hotkey.').waitFor();
+  await page.getByLabel('Fixed', { exact: true }).click();
+  await page.getByText('Fixed place: X 7, Y 8').waitFor();
+  await pages.close(page);
+});
+
 test('a pick ends with the new place, or with a press that reaches the page', async () => {
   const page = await pages.open();
   const waiting = page.getByText('Click the place. Right-click cancels.');

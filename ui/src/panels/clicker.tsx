@@ -97,8 +97,11 @@ function PlaceGroup() {
       hint={
         picking.value ? (
           <span class="clicker__waiting">Click the place. Right-click cancels.</span>
-        ) : (
+        ) : locMode === 1 ? (
           `Fixed place: X ${fixedX}, Y ${fixedY}`
+        ) : (
+          // Started by its button, it would click on what is then Stop.
+          'Clicks this window too: start it with its hotkey.'
         )
       }
     >
