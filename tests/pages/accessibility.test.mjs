@@ -1,7 +1,7 @@
 // By keyboard, by screen reader, by eye: what is computed rather than hoped for.
 import assert from 'node:assert/strict';
 import { after, before, test } from 'node:test';
-import { button, callsOf, expectCall, Pages, settled } from './browser.mjs';
+import { button, callsOf, expectCall, Pages, picture, settled } from './browser.mjs';
 import { axeFinds, contrastOf } from './checks.mjs';
 
 let pages;
@@ -174,6 +174,43 @@ test('the state is a live region that stays, and a failure is an alert', async (
   assert.equal(await page.locator('[role=alert]').count(), 1, 'there before there is anything to say');
   await pages.close(page);
 });
+
+for (const colorScheme of ['dark', 'light']) {
+  test(`in the system's high contrast (${colorScheme}) it is still seen what is on and what is chosen`, async () => {
+    const page = await pages.open({
+      before: `${states.macro} host.appSettings.hotkeyLock = false; host.status.lockOn = false;`,
+      context: { forcedColors: 'active', colorScheme },
+    });
+    await settled(page);
+    await page.locator('#events-1').click();
+    await page.locator('.filter__chip').last().click();
+    const grounds = await page.evaluate(() => {
+      const ground = (selector) =>
+        getComputedStyle(document.querySelector(selector)).backgroundColor.replace(/^rgba\(.*, 0\)$/, 'none');
+      return {
+        'switch on': [
+          ground('#panel-ui .toggle :checked + span'),
+          ground('#panel-ui .toggle :checked + span span'),
+        ],
+        'switch off': [
+          ground('#panel-ui .toggle :not(:checked) + span'),
+          ground('#panel-ui .toggle :not(:checked) + span span'),
+        ],
+        switches: [
+          ground('#panel-ui .toggle :checked + span'),
+          ground('#panel-ui .toggle :not(:checked) + span'),
+        ],
+        choice: [ground('.segmented :checked + span'), ground('.segmented :not(:checked) + span')],
+        row: [ground('[role=option][aria-selected=true]'), ground('[role=option][aria-selected=false]')],
+        chip: [ground('.filter__chip[aria-pressed=true]'), ground('.filter__chip[aria-pressed=false]')],
+        lamp: [ground('.state-line__lamp'), ground('.state-line')],
+      };
+    });
+    for (const [what, [one, other]] of Object.entries(grounds)) assert.notEqual(one, other, what);
+    await picture(page, `high-contrast-${colorScheme}`, { fullPage: true });
+    await pages.close(page);
+  });
+}
 
 test('no motion for those who want none', async () => {
   const page = await pages.open({ context: { reducedMotion: 'reduce' } });

@@ -243,6 +243,18 @@ test('while a recording runs, profiles stay as they are', async () => {
   await pages.close(page);
 });
 
+test('a step on the profile that a recording makes useless is given up', async () => {
+  const page = await pages.open({ before: kMacro });
+  await button(page, 'Clear profile').click();
+  await button(page, 'Clear now').waitFor();
+  await change(page, "host.status.state = 'Recording'");
+  await page.getByText('The profile stays as it is while a recording runs.').waitFor();
+  await change(page, "host.status.state = 'Idle'");
+  assert.equal(await button(page, 'Clear now').count(), 0);
+  assert.deepEqual(await callsOf(page, 'clearProfile'), []);
+  await pages.close(page);
+});
+
 test('the large Stop stops what runs and nothing else', async () => {
   const page = await pages.open({
     before: "host.status.autoClicking = true; host.status.keySpamming = true; host.status.state = 'Playing';",
@@ -295,6 +307,14 @@ test('the next key is waited for where it will stand, also behind many', async (
   await change(page, "host.status.reassigning = ''; host.status.keySpamTargets.push('A')");
   assert.equal(await page.getByRole('list', { name: 'Keys to press' }).getByRole('listitem').count(), 256);
   assert.ok(await button(page, 'Add key').isDisabled(), 'the list is full');
+  await pages.close(page);
+});
+
+test('what a place means is told', async () => {
+  const page = await pages.open({ before: 'Object.assign(host.settings, { fixedX: 7, fixedY: 8 })' });
+  await page.getByText('Clicks this window too: start it with its hotkey.').waitFor();
+  await page.getByLabel('Fixed', { exact: true }).click();
+  await page.getByText('Fixed place: X 7, Y 8').waitFor();
   await pages.close(page);
 });
 

@@ -188,6 +188,11 @@ test('the events of a recording are shown when it has ended', async () => {
   await change(page, "host.status.state = 'Recording'; host.events = []");
   assert.equal(await page.locator('#events').getByRole('option').count(), 0);
   assert.ok(await page.getByText('The events are shown when the recording ends.').isVisible());
+  assert.deepEqual(
+    await page.locator('.filter__count').allInnerTexts(),
+    Array(5).fill('\u2013'),
+    'no counts are known',
+  );
   await change(page, "host.events = [{ time: 0, desc: 'Mouse Scroll Delta: -120' }]");
   await change(page, "host.status.state = 'Idle'");
   await page.getByText('Wheel down 120').waitFor();
@@ -296,6 +301,45 @@ test('several are deleted from the last one on, and the list goes with them', as
   await settled(page);
   assert.deepEqual(await callsOf(page, 'getMacroEvents'), [], 'nothing is fetched again');
   assert.deepEqual(await page.evaluate(() => host.events.map((one) => one.time)), [0, 2, 5, 7, 8, 9, 10, 11]);
+  await pages.close(page);
+});
+
+test('Delete pressed again before the program has answered deletes nothing else', async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 1).waitFor();
+  for (const name of ['Moves', 'Buttons', 'Wheel', 'Tools']) await chip(page, name).click();
+  await page.waitForFunction(() => document.querySelectorAll('#events [role=option]').length === 2);
+  await option(page, 0).click();
+  await page.evaluate(() => (host.delay = 150));
+  for (let i = 0; i < 3; i++) await list(page).press('Delete');
+  await page.waitForFunction(() => document.querySelectorAll('#events [role=option]').length === 1);
+  assert.deepEqual(await callsOf(page, 'deleteEvent'), ['1'], 'not what stands at its place now, unseen');
+
+  await button(page, 'Keys 1').click();
+  await button(page, 'Show all').click();
+  await option(page, 2).click();
+  await option(page, 3).click({ modifiers: ['Shift'] });
+  await forgetCalls(page);
+  for (let i = 0; i < 3; i++) await list(page).press('Delete');
+  await page.getByText('Deleted 2 events.').waitFor();
+  await settled(page);
+  assert.deepEqual(await callsOf(page, 'deleteEvent'), ['3', '2']);
+  assert.equal(await page.evaluate(() => host.events.length), 9);
+  await pages.close(page);
+});
+
+test('a question about events that are gone goes away', async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 0).click();
+  await list(page).press('Control+a');
+  await list(page).press('Delete');
+  await page.getByRole('alertdialog').waitFor();
+  await change(page, "host.events = [{ time: 0, desc: 'Keyboard VK: 65 (UP)' }]");
+  await page.getByRole('alertdialog').waitFor({ state: 'detached' });
+  await option(page, 0).click();
+  await settled(page);
+  assert.equal(await page.getByRole('alertdialog').count(), 0);
+  assert.deepEqual(await callsOf(page, 'deleteEvent'), []);
   await pages.close(page);
 });
 

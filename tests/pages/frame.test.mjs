@@ -315,6 +315,25 @@ describe('the window fits its content', () => {
     await pages.close(page);
   });
 
+  test('panels that collapse before the first fit is answered are part of it', async () => {
+    const page = await pages.open(desktop(420, 560, 'host.silent.resizeWindow = true;'));
+    const whole = await contentHeight(page);
+    assert.deepEqual(await expectCall(page, 'resizeWindow'), [`420,${whole}`]);
+    await button(page, 'Macro: show settings').click();
+    await page.waitForFunction(() => host.calls.filter(([name]) => name === 'resizeWindow').length === 2);
+    const less = await contentHeight(page);
+    assert.ok(less < whole - 500 && less > 560, `${less} of ${whole}`);
+    assert.deepEqual(await callsOf(page, 'resizeWindow'), [`420,${whole}`, `420,${less}`]);
+    // Both answers come late, one after the other; what follows still fits.
+    await page.setViewportSize({ width: 420, height: whole });
+    await page.setViewportSize({ width: 420, height: less });
+    await settled(page);
+    await forgetCalls(page);
+    await button(page, 'Macro: show settings').click();
+    assert.deepEqual(await expectCall(page, 'resizeWindow'), [`420,${whole}`]);
+    await pages.close(page);
+  });
+
   test("never in answer to the person's own resizing, whose smaller window stays small", async () => {
     const page = await pages.open(desktop(500, 640));
     await settled(page);

@@ -102,6 +102,23 @@ test('the switches: hotkeys on, and the lock', async () => {
   await pages.close(page);
 });
 
+test('the header of the closed panel says whether the hotkeys act', async () => {
+  const page = await pages.open({ before: "host.appSettings.minimizedPanels = ['panel-ui']" });
+  const summary = page.locator('#panel-ui .panel__summary');
+  for (const [script, text] of [
+    ['', 'Work in every window'],
+    ['host.status.unlocked = false', 'Locked'],
+    ['host.status.lockOn = false', 'Work in every window'],
+  ]) {
+    await change(page, script);
+    assert.equal(await summary.innerText(), text);
+  }
+  await button(page, 'Preferences').click();
+  await page.getByRole('switch', { name: 'Hotkeys on' }).click();
+  await summary.getByText('Off', { exact: true }).waitFor();
+  await pages.close(page);
+});
+
 test('the reset asks where keys of the person would go, and not where none would', async () => {
   const page = await pages.open({ before: "host.status.hkAuto = 'Num 5'" });
   await settled(page);
@@ -151,6 +168,13 @@ test('a press shows at once, before the program has answered', async () => {
   await button(page, 'Stop clicking').waitFor();
   assert.equal((await callsOf(page, 'startSpammer')).length, 1, 'pressed twice, started once');
   assert.equal(await button(page, 'Stop clicking').getAttribute('aria-busy'), null);
+  await page.evaluate(() => (host.events = [{ time: 0, desc: 'Autoclicker ON' }]));
+  const play = button(page, 'Play').and(page.locator(':enabled'));
+  await play.click();
+  assert.equal(await play.getAttribute('aria-busy'), 'true');
+  await play.click();
+  await page.getByText('Playing, clicking').waitFor();
+  assert.equal((await callsOf(page, 'startPlayback')).length, 1);
   // A program that refuses in silence leaves no button waiting.
   await page.evaluate(() => {
     host.delay = 0;

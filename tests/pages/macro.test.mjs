@@ -421,6 +421,21 @@ describe('the panel', () => {
     await pages.close(page);
   });
 
+  test('what it dropped is told also where an undo is used up by it', async () => {
+    const page = await pages.open({
+      before: `host.events = Array.from({ length: 50 }, (_, i) => ({ time: i, desc: 'Abs Move to X:' + i % 5 + ' Y:0' }));
+        host.status.canUndoContinue = true;
+        host.commands.optimizeMacro = () => {
+          host.events = [host.events[0], host.events[49]]; host.status.canUndoContinue = false;
+        };`,
+    });
+    await page.getByText('Drop 48 of 50 moves').waitFor();
+    await page.evaluate(() => (host.delay = 40));
+    await button(page, 'Optimise').click();
+    await page.getByText('Dropped 48 moves. No more would be.').waitFor();
+    await pages.close(page);
+  });
+
   test('what a round takes', async () => {
     const page = await pages.open({
       before: "host.events = [{ time: 6.2, desc: 'Autoclicker ON' }]; host.settings.tspd = 2",
@@ -431,6 +446,15 @@ describe('the panel', () => {
     await pages.close(page);
     const long = await pages.open({ before: "host.events = [{ time: 3725, desc: 'Autoclicker ON' }]" });
     await long.getByText('One round takes 1 h 2 min.').waitFor();
+    for (const [time, text] of [
+      [59.999, '1 min'],
+      [83.4, '1 min 23 s'],
+      [7199.9, '2 h'],
+    ]) {
+      await change(long, `host.events = []`);
+      await change(long, `host.events = [{ time: ${time}, desc: 'Autoclicker ON' }]`);
+      await long.getByText(`One round takes ${text}.`).waitFor();
+    }
     await pages.close(long);
   });
 

@@ -55,6 +55,27 @@ describe('a bad number is not sent', { concurrency: 4 }, () => {
   }
 });
 
+test('a bad entry that was left gives way to another value, and to a field that is disabled', async () => {
+  const page = await pages.open({ before: "host.profiles.names.push('Farm'); host.settings.rptMode = 0;" });
+  await settled(page);
+  const pause = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
+  await pause.fill('abc');
+  const times = page.getByRole('textbox', { name: 'Number of clicks' });
+  await times.fill('0');
+  await times.blur();
+  assert.equal(await pause.inputValue(), 'abc', 'it stays to be mended');
+  await page.evaluate(() => (host.settings.sms = 40));
+  await page.getByRole('combobox').selectOption('Farm');
+  await page.waitForFunction(
+    () => document.querySelector('[aria-label="Click interval: milliseconds"]').value === '40',
+  );
+  assert.equal(await pause.getAttribute('aria-invalid'), 'false');
+  assert.equal(await times.inputValue(), '0', 'its value is the same');
+  await page.locator('#panel-spammer').getByLabel('Until stopped').click();
+  await page.waitForFunction(() => document.querySelector('[aria-label="Number of clicks"]').value === '10');
+  await pages.close(page);
+});
+
 test('readings', async () => {
   const { readNumber, stepped } = await importSource('components/numbers.ts');
   const whole = { name: 'Hours', min: 0, max: 1193, decimals: 0 };

@@ -170,6 +170,43 @@ for (const [width, height] of [
   });
 }
 
+for (const width of [360, 420]) {
+  test(`which key stops what is never cut off, nor a usual number, at ${width}`, async () => {
+    const page = await pages.open({
+      before: 'Object.assign(host.settings, { tspd: 12.75, tloop: true, tloopMs: 60000, sms: 10000 });',
+      viewport: { width, height: 560 },
+    });
+    for (const script of [
+      '',
+      "Object.assign(host.status, { state: 'Recording', autoClicking: true, keySpamming: true })",
+      'host.status.unlocked = false',
+      "host.status.unlocked = true; host.status.reassigning = 'keyspamhotkey'",
+      "host.status.reassigning = ''; host.status.state = 'Idle'; host.status.hkAuto = 'F9'; host.status.hkRec = 'F9'",
+    ]) {
+      await change(page, script);
+      const cut = await page.evaluate(() => {
+        const { scrollHeight, clientHeight } = document.querySelector('.state-line__detail');
+        const stop = document.querySelector('.state-line .button');
+        return scrollHeight > clientHeight || (stop && stop.scrollWidth > stop.clientWidth);
+      });
+      assert.ok(!cut, script);
+    }
+    const numbers = await page
+      .locator('.number__input')
+      .evaluateAll((all) =>
+        all.filter((one) => one.scrollWidth > one.clientWidth).map((one) => one.ariaLabel),
+      );
+    assert.deepEqual(numbers, []);
+    await page.getByRole('switch', { name: 'Hotkeys on' }).click();
+    await settled(page);
+    const { scrollHeight, clientHeight } = await page
+      .locator('.state-line__detail')
+      .evaluate(({ scrollHeight, clientHeight }) => ({ scrollHeight, clientHeight }));
+    assert.equal(scrollHeight, clientHeight, 'hotkeys off');
+    await pages.close(page);
+  });
+}
+
 test('nothing moves when the state changes', async () => {
   const page = await pages.open({ before: kMacro });
   await settled(page);

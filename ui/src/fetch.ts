@@ -63,18 +63,24 @@ const isSameMacro = (a: readonly MacroEvent[], b: readonly MacroEvent[]) =>
 
 // Only the answer to the last question counts.
 let eventQuestions = 0;
+let lastQuestion = Promise.resolve();
 
-export async function fetchEvents(): Promise<void> {
-  if (!has('getMacroEvents')) return;
+// Resolves when the last question is answered, which may be a later one.
+export function fetchEvents(): Promise<void> {
+  if (has('getMacroEvents')) lastQuestion = askForEvents();
+  return lastQuestion;
+}
+
+async function askForEvents(): Promise<void> {
   const asked = ++eventQuestions;
   eventsLoading.value = true;
   try {
     const list = readEvents(await call('getMacroEvents'));
-    if (asked !== eventQuestions) return;
+    if (asked !== eventQuestions) return await lastQuestion;
     if (!isSameMacro(list, events.value)) events.value = list;
     eventsFailedAt.value = -1;
   } catch (reason) {
-    if (asked !== eventQuestions) return;
+    if (asked !== eventQuestions) return await lastQuestion;
     eventsFailedAt.value = status.value.count;
     showFailure('read the events', reason);
   } finally {

@@ -5,22 +5,29 @@ import { call } from './bridge';
 // The client size in which the program opens the window where no one has chosen another.
 const kFirstWidth = 420;
 const kFirstHeight = 560;
-const kAnswerTime = 500; // ms after a request in which a new size is taken to be its result
+const kAnswerTime = 500; // ms after the program's answer in which a new size is taken to be its result
 
 let shownHeight = 0; // px of the content when it was last measured
 let fittedHeight = -1; // px of the window as our last request left it; -1 once the person has chosen another
-let requestedAt = -Infinity;
+let askedHeight = -1; // px that the last request asked for, while the window has not taken its new size
+let expectedUntil = -Infinity; // ms; a new size until then is what we asked for
 let suspended = false;
 
 const contentHeight = () => Math.ceil(document.getElementById('app')?.getBoundingClientRect().height ?? 0);
 // A window as wide as its screen is maximised or was made so by hand.
 const fillsScreen = () => window.innerWidth >= window.screen.availWidth;
 
+const isExpected = () => performance.now() < expectedUntil;
+// The height that the window will have, as far as its limits allow.
+const comingHeight = () => (askedHeight >= 0 && isExpected() ? askedHeight : window.innerHeight);
+
 function request(height: number): void {
-  if (height < 1 || height === window.innerHeight) return;
-  requestedAt = performance.now();
+  if (height < 1 || height === comingHeight()) return;
+  askedHeight = height;
+  expectedUntil = Infinity;
+  const answered = () => (expectedUntil = performance.now() + kAnswerTime);
   // Best effort: a window that cannot be fitted scrolls.
-  call('resizeWindow', `${window.innerWidth},${height}`).catch(() => {});
+  call('resizeWindow', `${window.innerWidth},${height}`).then(answered, answered);
 }
 
 // Without conditions but a drag: a panel's own window is as large as the panel.
@@ -35,8 +42,9 @@ export function fitWindow(): void {
   const before = shownHeight;
   shownHeight = contentHeight();
   if (shownHeight === before || suspended || fillsScreen()) return;
-  const allInSight = window.innerHeight >= before || window.innerHeight === fittedHeight;
-  if (allInSight || shownHeight < window.innerHeight) request(shownHeight);
+  const coming = comingHeight();
+  const allInSight = coming >= before || coming === fittedHeight;
+  if (allInSight || shownHeight < coming) request(shownHeight);
 }
 
 // The page has been painted for the first time.
@@ -54,7 +62,8 @@ export function suspendFit(drag: boolean): void {
 export function installFit(): void {
   Object.assign(window, { resizeHostWindow });
   window.addEventListener('resize', () => {
-    fittedHeight = performance.now() - requestedAt < kAnswerTime ? window.innerHeight : -1;
+    fittedHeight = isExpected() ? window.innerHeight : -1;
+    askedHeight = -1;
     shownHeight = contentHeight();
   });
 }

@@ -9,6 +9,7 @@ import { startPolling } from './poll';
 import { appSettings, clicking, known, picking, playing } from './store';
 import './theme.css';
 import './app.css';
+import './forced-colors.css';
 
 plugPromiseLeak();
 

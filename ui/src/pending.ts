@@ -29,7 +29,7 @@ export interface HeldMacro extends Summary {
   findings: readonly Finding[]; // the first of them, the most serious first
 }
 
-export const kShownFindings = 100;
+const kShownFindings = 100;
 const kMostParts = 100;
 
 type Fields = Record<string, unknown>;

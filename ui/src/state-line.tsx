@@ -1,81 +1,27 @@
 import { Fragment, type ComponentChildren } from 'preact';
 import { has } from './bridge';
-import { setAppSwitch, stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
+import { setAppSwitch } from './commands';
 import { Button } from './components/button';
 import { Icon, type IconName } from './components/icon';
 import { KeyCap } from './components/key-cap';
-import { groupedNumber } from './components/numbers';
+import { counted, sentence } from './components/numbers';
 import { PreferencesButton } from './components/preferences';
 import { usePending } from './components/run-button';
 import { type Hotkey, kHotkeys, takenBy } from './hotkey-order';
 import type { Capture } from './reports';
+import { type Running, runningWords, stopAll, whatRuns } from './running';
 import {
   answering,
-  clicking,
   eventCount,
   hotkeysOff,
   locked,
   picking,
-  playing,
-  pressing,
   reassigning,
   recording,
-  settings,
   status,
   unanswered,
 } from './store';
 import './state-line.css';
-
-interface Running {
-  word: string;
-  kind: 'recording' | 'playing' | 'tool';
-  sign: IconName;
-  hotkey: Hotkey['capture'];
-  held: boolean; // the key runs the tool only while it is held
-  stop: () => Promise<boolean>;
-}
-
-function whatRuns(): Running[] {
-  const { holdAuto, holdKeySpam } = settings.value;
-  const recorder: Running = {
-    word: 'Recording',
-    kind: 'recording',
-    sign: 'record',
-    hotkey: 'rec',
-    held: false,
-    stop: stopRecording,
-  };
-  const player: Running = {
-    word: 'Playing',
-    kind: 'playing',
-    sign: 'play',
-    hotkey: 'play',
-    held: false,
-    stop: stopPlayback,
-  };
-  const clicker: Running = {
-    word: 'Clicking',
-    kind: 'tool',
-    sign: 'pointer',
-    hotkey: 'auto',
-    held: holdAuto,
-    stop: stopClicking,
-  };
-  const presser: Running = {
-    word: 'Pressing',
-    kind: 'tool',
-    sign: 'key',
-    hotkey: 'keyspamhotkey',
-    held: holdKeySpam,
-    stop: stopPressing,
-  };
-  return [
-    ...(recording.value ? [recorder] : []),
-    ...(playing.value ? [player] : []),
-    ...(clicking.value ? [clicker] : []),
-    ...(pressing.value ? [presser] : []),
-  ];
-}
 
 // The name of the key that acts for a hotkey; empty where another hotkey takes it.
 function keyOf(capture: Hotkey['capture']): string {
@@ -94,8 +40,7 @@ function look(running: Running[]): Look {
   const first = running[0];
   if (!answering.value) return { kind: 'off', sign: '', title: unanswered.value };
   if (first) {
-    const title = running.map((entry, i) => (i ? entry.word.toLowerCase() : entry.word)).join(', ');
-    return { kind: first.kind, sign: first.sign, title };
+    return { kind: first.kind, sign: first.sign, title: sentence(runningWords(running)) };
   }
   if (reassigning.value) return { kind: 'waiting', sign: 'key', title: 'Waiting for a key' };
   if (picking.value) return { kind: 'waiting', sign: 'target', title: 'Picking a place' };
@@ -123,9 +68,7 @@ export function StateLine() {
         </div>
         {/* Outside of what is read aloud at each change. */}
         {recording.value && running.length === 1 && (
-          <div class="state-line__count">
-            {groupedNumber(eventCount.value)} {eventCount.value === 1 ? 'event' : 'events'}
-          </div>
+          <div class="state-line__count">{counted(eventCount.value, 'event')}</div>
         )}
       </div>
       {running.length > 0 && (
@@ -137,7 +80,7 @@ export function StateLine() {
           pending={stopping}
           onPress={() => {
             setStopping(true);
-            running.forEach((entry) => void entry.stop());
+            stopAll(running);
           }}
         >
           Stop
@@ -209,7 +152,7 @@ function stoppingKeys(running: Running[]): ComponentChildren {
       <span class="state-line__pair">
         {entry.held && (i > 0 ? 'releasing ' : 'Releasing ')}
         <KeyCap name={keyOf(entry.hotkey)} /> {i === 0 && 'stops '}
-        {many ? entry.word.toLowerCase() : 'it'}
+        {many ? entry.word : 'it'}
       </span>
     </Fragment>
   ));

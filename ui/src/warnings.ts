@@ -1,4 +1,4 @@
-// Warnings before a step that may surprise. Each is shown until the person goes on from it once; the program keeps
+// Warnings before a step that may surprise, at its button: a hotkey acts at once. Each is shown until the person goes on from it once; the program keeps
 // which, and the preferences can turn them all off.
 import { signal } from '@preact/signals';
 import { call, has } from './bridge';
@@ -40,7 +40,7 @@ export const kWarnings = {
   replacing: {
     id: 'replacing-recording',
     title: 'A new recording replaces this one',
-    text: 'The events of this profile are cleared first, and that cannot be undone. Continue adds to them instead; recorded in a new profile, both are kept.',
+    text: 'The events of this profile are cleared first, and that cannot be undone. Continue adds to them instead; recorded in a new profile, both are kept. The record hotkey starts over without asking.',
     verb: 'Record anew',
   },
   // Told in the step that asks each time, not in a sheet of its own.

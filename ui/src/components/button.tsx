@@ -7,7 +7,7 @@ export interface ButtonProps {
   onPress: () => void;
   icon?: IconName;
   kind?: 'plain' | 'primary' | 'stop' | 'quiet' | 'danger';
-  label?: string; // the accessible name, where the visible words are not enough; it must contain them
+  label?: string | undefined; // the accessible name, where the visible words are not enough; it must contain them
   disabled?: boolean;
   waiting?: boolean; // not to be pressed now, but keeps the focus
   busy?: boolean; // waiting, because what it started has not ended
@@ -39,7 +39,7 @@ export function Button(props: ButtonProps) {
       onClick={() => !props.waiting && !props.busy && props.onPress()}
     >
       {props.icon && <Icon name={props.icon} />}
-      <span class="button__text">{props.children}</span>
+      <span>{props.children}</span>
     </button>
   );
 }

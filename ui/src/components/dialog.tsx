@@ -30,7 +30,7 @@ export function Dialog(props: DialogProps) {
     return () => {
       close.current = null;
       dialog?.close();
-      if (opener instanceof HTMLElement) opener.focus();
+      if (opener instanceof HTMLElement) opener.focus({ preventScroll: true });
     };
   }, []);
   return (

@@ -5,7 +5,7 @@ import { recording } from '../store';
 import { Button } from './button';
 import { Dialog } from './dialog';
 import { Icon } from './icon';
-import { groupedNumber } from './numbers';
+import { counted, groupedNumber } from './numbers';
 import { clockTime } from './time-marks';
 import { FindingSign, TimePicture } from './time-picture';
 import './held-macro.css';
@@ -18,13 +18,10 @@ export function HeldMacroDialog() {
   return macro && <Decision key={macro.pendingId} macro={macro} />;
 }
 
-const counted = (count: number, one: string, many: string) =>
-  `${groupedNumber(count)} ${count === 1 ? one : many}`;
-
 function level({ danger, dangers, cautions }: HeldMacro): string {
   const found = [
-    dangers > 0 && counted(dangers, 'danger', 'dangers'),
-    cautions > 0 && counted(cautions, 'caution', 'cautions'),
+    dangers > 0 && counted(dangers, 'danger'),
+    cautions > 0 && counted(cautions, 'caution'),
   ].filter((text) => text !== false);
   const what = danger ? 'Parts of it can do harm' : 'Parts of it may surprise you';
   return found.length > 0 ? `${what}: ${found.join(', ')}.` : `${what}.`;
@@ -32,7 +29,7 @@ function level({ danger, dangers, cautions }: HeldMacro): string {
 
 function facts({ events, seconds }: HeldMacro): string {
   const known = [
-    events !== undefined && counted(events, 'event', 'events'),
+    events !== undefined && counted(events, 'event'),
     seconds !== undefined && `${clockTime(seconds)} long`,
   ];
   return known.filter((text) => text !== false).join(', ');

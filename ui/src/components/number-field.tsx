@@ -30,6 +30,11 @@ export function NumberField(props: NumberFieldProps) {
   const text = typed ?? String(value);
   const shown = useRef(text);
   shown.current = text;
+  const input = useRef<HTMLInputElement>(null);
+  // A bad entry that was left is not kept over another value, nor in a field that cannot be mended.
+  useEffect(() => {
+    if (disabled || document.activeElement !== input.current) setTyped(undefined);
+  }, [value, disabled]);
   const error = disabled ? '' : readNumber(text, props).error;
   useEffect(() => props.onError(error), [error]);
 
@@ -89,6 +94,7 @@ export function NumberField(props: NumberFieldProps) {
   return (
     <div class={`number${error ? ' number--bad' : ''}${disabled ? ' number--disabled' : ''}`}>
       <input
+        ref={input}
         class="number__input"
         type="text"
         inputMode={props.decimals > 0 ? 'decimal' : 'numeric'}

@@ -11,6 +11,10 @@ export type Reading = { value: number; error: '' } | { value: undefined; error: 
 
 const grouped = new Intl.NumberFormat('en', { maximumFractionDigits: 6 });
 export const groupedNumber = (value: number) => grouped.format(value);
+// "1 event", "1,204 events"
+export const counted = (count: number, one: string, many = `${one}s`) =>
+  `${groupedNumber(count)} ${count === 1 ? one : many}`;
+export const sentence = (text: string) => text.charAt(0).toUpperCase() + text.slice(1);
 
 export function readNumber(text: string, rule: NumberRule): Reading {
   const range = `${groupedNumber(rule.min)} to ${groupedNumber(rule.max)}`;

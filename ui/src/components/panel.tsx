@@ -132,15 +132,20 @@ export function Group(props: {
   error?: string;
   tall?: boolean; // the hint may take two lines
   notable?: boolean; // the hint says what the settings cannot do
+  silent?: boolean; // the hint follows the pointer, and what it says is read aloud elsewhere
 }) {
-  const { title, children, hint, hintId, error, tall = false, notable = false } = props;
+  const { title, children, hint, hintId, error, tall = false, notable = false, silent = false } = props;
   const kind = error ? ' group__hint--error' : notable ? ' group__hint--notable' : '';
   return (
     <fieldset class="group">
       <legend>{title}</legend>
       {children}
       {(hint !== undefined || hintId !== undefined) && (
-        <p class={`group__hint${tall ? ' group__hint--tall' : ''}${kind}`} id={hintId} aria-live="polite">
+        <p
+          class={`group__hint${tall ? ' group__hint--tall' : ''}${kind}`}
+          id={hintId}
+          aria-live={silent ? 'off' : 'polite'}
+        >
           {error || hint}
         </p>
       )}

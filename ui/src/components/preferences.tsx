@@ -69,7 +69,8 @@ export function Preferences() {
           When off, nothing slides or fades.
         </Switch>
         <Switch of="showWarnings" label="Warnings">
-          The first time you take a step that may surprise, it is explained before it happens.
+          The first time you press a button that may surprise, it is explained before anything happens.
+          Hotkeys never ask.
         </Switch>
       </Section>
       {has('openLink') && (

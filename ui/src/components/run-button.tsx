@@ -1,5 +1,6 @@
 import { useEffect, useState } from 'preact/hooks';
 import { Button } from './button';
+import type { IconName } from './icon';
 
 const kPatience = 1000; // ms after which a press counts as refused: the program refuses in silence
 
@@ -15,31 +16,35 @@ export function usePending(shown: unknown): [boolean, (pressed: boolean) => void
   return [pending, setPending];
 }
 
-// Starts a tool, and stops it while it runs.
+// Starts something, and stops it while it runs.
 export function RunButton(props: {
   running: boolean;
-  what: string; // "clicking": left out of what is seen where the window is narrow
+  start?: string;
+  what?: string; // "clicking": left out of what is seen where the window is narrow
+  icon?: IconName;
+  kind?: 'plain' | 'primary';
   disabled?: boolean;
   onStart: () => Promise<boolean>; // false: nothing was started, by the person's own choice or a failure
   onStop: () => Promise<boolean>;
 }) {
-  const { running, disabled = false } = props;
+  const { running, start = 'Start', what, icon = 'play', kind = 'primary', disabled = false } = props;
   const [pending, setPending] = usePending(running);
   const run = async () => {
     setPending(true);
     if (!(await (running ? props.onStop() : props.onStart()))) setPending(false);
   };
+  const verb = running ? 'Stop' : start;
   return (
     <Button
-      kind={running ? 'stop' : 'primary'}
-      icon={running ? 'stop' : 'play'}
-      label={`${running ? 'Stop' : 'Start'} ${props.what}`}
+      kind={running ? 'stop' : kind}
+      icon={running ? 'stop' : icon}
+      label={what && `${verb} ${what}`}
       disabled={disabled && !running}
       pending={pending}
       onPress={() => (running || !pending) && void run()}
     >
-      {running ? 'Stop' : 'Start'}
-      <span class="button__more"> {props.what}</span>
+      {verb}
+      {what && <span class="button__more"> {what}</span>}
     </Button>
   );
 }

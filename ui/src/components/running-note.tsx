@@ -1,20 +1,14 @@
-import { stopClicking, stopPlayback, stopPressing, stopRecording } from '../commands';
-import { clicking, playing, pressing, recording } from '../store';
+import { runningWords, stopAll, whatRuns } from '../running';
 import { Button } from './button';
 
 // What runs behind a sheet, and the way to stop it from there.
 export function RunningNote() {
-  const running = [
-    { on: recording.value, word: 'recording', stop: stopRecording },
-    { on: playing.value, word: 'playing', stop: stopPlayback },
-    { on: clicking.value, word: 'clicking', stop: stopClicking },
-    { on: pressing.value, word: 'pressing', stop: stopPressing },
-  ].filter((entry) => entry.on);
+  const running = whatRuns();
   if (running.length === 0) return null;
   return (
     <div class="dialog__running">
-      <span>{`Still ${running.map((entry) => entry.word).join(', ')}.`}</span>
-      <Button kind="stop" icon="stop" onPress={() => running.forEach((entry) => void entry.stop())}>
+      <span>{`Still ${runningWords(running)}.`}</span>
+      <Button kind="stop" icon="stop" onPress={() => stopAll(running)}>
         Stop now
       </Button>
     </div>

@@ -8,7 +8,7 @@ export interface ScrollRange {
   viewHeight: number; // px
 }
 
-export const fullHeight = (range: ScrollRange) => range.rows * range.rowHeight;
+const fullHeight = (range: ScrollRange) => range.rows * range.rowHeight;
 export const scrolledHeight = (range: ScrollRange) => Math.min(fullHeight(range), kMaxRange);
 
 // How many pixels of rows one pixel of scrolling stands for; 1 unless the list is too tall.

@@ -1,7 +1,7 @@
 import { changeClicker, changeHoldAuto, pickLocation, startClicking, stopClicking } from '../commands';
 import { has } from '../bridge';
 import { Button } from '../components/button';
-import { groupedNumber } from '../components/numbers';
+import { counted } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
 import { RunButton } from '../components/run-button';
 import { Segmented } from '../components/segmented';
@@ -84,7 +84,7 @@ export function ClickerPanel() {
 
 function repeatHint(mode: number, times: number, double: boolean): string {
   if (mode !== 0) return 'Clicks until you stop it.';
-  const ending = `Stops by itself after ${groupedNumber(times)} ${times === 1 ? 'click' : 'clicks'}.`;
+  const ending = `Stops by itself after ${counted(times, 'click')}.`;
   return double ? `${ending} A double click counts as one.` : ending;
 }
 
@@ -97,8 +97,11 @@ function PlaceGroup() {
       hint={
         picking.value ? (
           <span class="clicker__waiting">Click the place. Right-click cancels.</span>
-        ) : (
+        ) : locMode === 1 ? (
           `Fixed place: X ${fixedX}, Y ${fixedY}`
+        ) : (
+          // Started by its button, it would click on what is then Stop.
+          'Clicks this window too: start it with its hotkey.'
         )
       }
     >

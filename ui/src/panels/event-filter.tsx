@@ -4,6 +4,8 @@ import { recording } from '../store';
 import { type Group, kGroups } from './macro-data';
 import { reading, setGroupShown, shownGroups, view } from './macro-model';
 
+const kShortFrom = 10_000; // events, from which on a count is shown rounded
+
 const kTitles: Record<Group, string> = {
   moves: 'Moves',
   buttons: 'Buttons',
@@ -17,14 +19,15 @@ export function FilterChips() {
   return (
     <div class="filter" role="group" aria-label="Kinds of events shown">
       {kGroups.map((group, i) => {
-        const count = counts?.[i] ?? 0;
+        const count = counts?.[i];
+        const whole = count === undefined ? '' : groupedNumber(count);
         const shown = shownGroups.value.has(group);
         return (
           <button
             key={group}
             type="button"
             class="filter__chip"
-            title={groupedNumber(count)}
+            title={count !== undefined && count >= kShortFrom ? whole : undefined}
             aria-pressed={shown}
             disabled={!counts || view.value.list.length === 0}
             onClick={() => setGroupShown(group, !shown)}
@@ -32,9 +35,9 @@ export function FilterChips() {
             <span class="filter__title">{kTitles[group]}</span>{' '}
             <span class={`filter__mark filter__mark--${group}`} aria-hidden="true" />
             <span class="filter__count" aria-hidden="true">
-              {shortCount(count)}
+              {count === undefined ? '\u2013' : shortCount(count)}
             </span>
-            <span class="unseen">{groupedNumber(count)}</span>
+            <span class="unseen">{whole}</span>
           </button>
         );
       })}
@@ -44,6 +47,6 @@ export function FilterChips() {
 
 // At most four signs, which fit the narrowest window. Readers get the whole number.
 function shortCount(count: number): string {
-  if (count < 10_000) return String(count);
+  if (count < kShortFrom) return String(count);
   return count < 1_000_000 ? `${Math.floor(count / 1000)}k` : `${Math.floor(count / 100_000) / 10}M`;
 }

@@ -5,7 +5,7 @@ import { Button } from '../components/button';
 import { Dialog } from '../components/dialog';
 import { List, type ListHandle, type Pick } from '../components/list';
 import { NumberField } from '../components/number-field';
-import { groupedNumber } from '../components/numbers';
+import { counted, groupedNumber } from '../components/numbers';
 import { Group } from '../components/panel';
 import { eventsLoading, playing, recording } from '../store';
 import { eventText } from './event-text';
@@ -39,13 +39,14 @@ const kPicks: Record<Pick, (row: number) => void> = {
   move: moveActive,
 };
 
-const counted = (count: number) => `${groupedNumber(count)} ${count === 1 ? 'event' : 'events'}`;
+const countedEvents = (count: number) => counted(count, 'event');
 
 export function EventList() {
   const handle = useRef<ListHandle>(null);
   const [error, setError] = useState('');
   const [told, setTold] = useState('');
   const [asking, setAsking] = useState(false);
+  const deleting = useRef(false);
   const { list } = view.value;
   const { mask, count, active } = selection.value;
   const current = viewIsCurrent() && !recording.value && !batch.value;
@@ -64,6 +65,10 @@ export function EventList() {
     handle.current?.reveal(rowOfIndex(sought.value.at(-1) ?? first));
     handle.current?.reveal(row);
   }, [sought.value]);
+  // A macro that took this one's place behind the question leaves nothing to ask for.
+  useEffect(() => {
+    if (count === 0) setAsking(false);
+  }, [count]);
   // The focus does not stay on a button that is gone.
   useEffect(() => {
     if (!batch.value?.shown && document.activeElement === document.body && told) handle.current?.focus();
@@ -74,7 +79,9 @@ export function EventList() {
     setAsking(false);
     const next = indexes[0];
     if (next === undefined) return;
+    deleting.current = true;
     const result = indexes.length > 1 ? await deleteEvents(indexes) : await deleteEvent(next);
+    deleting.current = false;
     if (viewIsCurrent() && (!result || result.end === 'done')) {
       const row = rowOfIndex(next);
       if (row >= 0) selectOnly(row);
@@ -82,7 +89,8 @@ export function EventList() {
     if (result) setTold(endText('Deleted', result, indexes.length));
   };
   const askOrRemove = () => {
-    if (!current || count === 0) return;
+    // A key that is held, or pressed twice, must not reach what has moved to the places of the deleted ones.
+    if (!current || count === 0 || deleting.current) return;
     if (count < kAskFrom) void remove(selectedIndexes());
     else setAsking(true);
   };
@@ -221,7 +229,7 @@ function EditRow(props: {
         />
       )}
       <Button
-        label={count > 1 ? `Delete ${counted(count)}` : 'Delete event'}
+        label={count > 1 ? `Delete ${countedEvents(count)}` : 'Delete event'}
         disabled={count === 0 || recording.value}
         waiting={!current}
         onPress={props.onDelete}
@@ -305,14 +313,14 @@ function Progress() {
 function DeleteDialog(props: { count: number; onCancel: () => void; onDelete: () => void }) {
   return (
     <Dialog
-      title={`Delete ${counted(props.count)}?`}
+      title={`Delete ${countedEvents(props.count)}?`}
       alarming
       onClose={props.onCancel}
       actions={
         <>
           <Button onPress={props.onCancel}>Cancel</Button>
-          <Button kind="primary" onPress={props.onDelete}>
-            {`Delete ${counted(props.count)}`}
+          <Button kind="stop" onPress={props.onDelete}>
+            {`Delete ${countedEvents(props.count)}`}
           </Button>
         </>
       }
@@ -323,8 +331,8 @@ function DeleteDialog(props: { count: number; onCancel: () => void; onDelete: ()
 }
 
 function endText(verb: string, { end, done }: { end: BatchEnd; done: number }, all: number): string {
-  if (end === 'done') return `${verb} ${counted(done)}.`;
-  const part = `${verb} ${groupedNumber(done)} of ${counted(all)}`;
+  if (end === 'done') return `${verb} ${countedEvents(done)}.`;
+  const part = `${verb} ${groupedNumber(done)} of ${countedEvents(all)}`;
   if (end === 'cancelled') return `${part}, then cancelled.`;
   return end === 'changed' ? `The macro changed meanwhile. ${part}.` : `${part}.`;
 }
@@ -333,7 +341,7 @@ function hintFor(selected: number, rows: number): string {
   if (eventsLoading.value || !viewIsCurrent()) return 'Loading the events';
   if (recording.value || rows === 0) return 'Filter, select, retime and delete what you recorded.';
   if (playing.value && selected > 0) return 'Playback has its own copy: a change counts from the next round.';
-  if (selected > 1) return `${groupedNumber(selected)} of ${counted(rows)} selected.`;
+  if (selected > 1) return `${groupedNumber(selected)} of ${countedEvents(rows)} selected.`;
   if (selected === 1) return 'An event keeps its place in the list when its time changes.';
   return 'Shift and Ctrl select several, Ctrl+A all.';
 }

@@ -3,6 +3,7 @@ import { has } from '../bridge';
 import { captureKey, resetHotkeys, setAppSwitch } from '../commands';
 import { Button } from '../components/button';
 import { CaptureNote } from '../components/capture-note';
+import { Confirm } from '../components/confirm';
 import { Icon } from '../components/icon';
 import { KeyCap } from '../components/key-cap';
 import { Panel } from '../components/panel';
@@ -39,9 +40,10 @@ function noticeOf(hotkey: Hotkey): string {
 }
 
 export function HotkeysPanel() {
+  const summary = hotkeysOff.value ? 'Off' : locked.value ? 'Locked' : 'Work in every window';
   return (
-    <Panel id="panel-ui" title="Hotkeys" summary={hotkeysOff.value ? 'Off' : 'Work in every window'}>
-      <div class="panel__wide hotkeys__switches">
+    <Panel id="panel-ui" title="Hotkeys" summary={summary}>
+      <div class="panel__wide">
         {has('setAppSetting') && (
           <div class="row hotkeys__row-of-switches">
             <Toggle
@@ -105,12 +107,10 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
 // has no way to bring the former ones back.
 function Reset() {
   const [asking, setAsking] = useState(false);
-  const cancel = useRef<HTMLButtonElement>(null);
   const opener = useRef<HTMLButtonElement>(null);
   const returns = useRef(false);
   useLayoutEffect(() => {
-    if (asking) cancel.current?.focus();
-    else if (returns.current) opener.current?.focus();
+    if (!asking && returns.current) opener.current?.focus();
     returns.current = asking;
   }, [asking]);
   const differs = kHotkeys.some(({ field, first }) => status.value[field] !== first);
@@ -138,19 +138,10 @@ function Reset() {
     );
   }
   return (
-    <div
-      class="panel__wide hotkeys__reset"
-      role="group"
-      aria-label={question}
-      onKeyDown={(event) => event.key === 'Escape' && setAsking(false)}
-    >
-      <p class="group__hint group__hint--notable">{question}</p>
-      <Button buttonRef={cancel} onPress={() => setAsking(false)}>
-        Cancel
-      </Button>
-      <Button kind="stop" onPress={reset}>
-        Reset now
-      </Button>
+    <div class="panel__wide hotkeys__ask">
+      <Confirm verb="Reset now" onConfirm={reset} onCancel={() => setAsking(false)}>
+        <p class="group__hint group__hint--notable">{question}</p>
+      </Confirm>
     </div>
   );
 }

@@ -4,7 +4,7 @@ import { has } from '../bridge';
 import { batch } from '../batch';
 import { optimiseMacro } from '../commands';
 import { Button } from '../components/button';
-import { groupedNumber } from '../components/numbers';
+import { counted, groupedNumber, sentence } from '../components/numbers';
 import { appSettings, eventCount, events, recording } from '../store';
 import { keyName } from './event-text';
 import { reading, setGroupShown, shownGroups, sought } from './macro-model';
@@ -19,8 +19,6 @@ function listed(names: readonly string[]): string {
   const last = names.length > named.length ? `${names.length - named.length} more` : named.pop();
   return named.length > 0 ? `${named.join(', ')} and ${last}` : String(last);
 }
-
-const sentence = (text: string) => text.charAt(0).toUpperCase() + text.slice(1);
 
 // Playback sends what the macro holds and no more: at its end it releases nothing, and a stop lets go of the left and
 // the right button only.
@@ -92,19 +90,17 @@ export function OptimiseRow() {
         Optimise
       </Button>
       <p id="optimise-hint" aria-live="polite">
-        {dropped ? `Dropped ${moves(dropped.count)}. ` : ''}
+        {dropped ? `Dropped ${counted(dropped.count, 'move')}. ` : ''}
         {facts ? wouldText(facts, dropped !== null) : 'Drop moves within 10 px of the last one kept.'}
       </p>
     </div>
   );
 }
 
-const moves = (count: number) => `${groupedNumber(count)} ${count === 1 ? 'move' : 'moves'}`;
-
 function wouldText({ dropped, counts }: Facts, again: boolean): string {
   const all = counts[0] ?? 0;
   if (dropped > 0) {
-    return `${again ? 'Again: drop' : 'Drop'} ${groupedNumber(dropped)} of ${moves(all)}, within 10 px of the last one kept.`;
+    return `${again ? 'Again: drop' : 'Drop'} ${groupedNumber(dropped)} of ${counted(all, 'move')}, within 10 px of the last one kept.`;
   }
   return again ? 'No more would be.' : 'No move would be dropped.';
 }

@@ -37,6 +37,7 @@ export function MacroPicture() {
       title="Path and timing"
       hint={shown && strip ? readout(strip, at) : 'Time runs from left to right.'}
       hintId="picture-hint"
+      silent
     >
       <div class="picture">
         <PathCanvas shown={shown} onDrawn={setPath} />

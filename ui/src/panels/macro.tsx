@@ -10,8 +10,10 @@ import {
 } from '../commands';
 import { Button } from '../components/button';
 import { NumberField } from '../components/number-field';
-import { groupedNumber } from '../components/numbers';
+import { counted, groupedNumber } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
+import { RunButton } from '../components/run-button';
+import { timeText } from '../rate';
 import type { Settings } from '../reports';
 import { Toggle } from '../components/toggle';
 import { eventCount, macroLength, playing, recording, settings, status } from '../store';
@@ -64,39 +66,31 @@ export function MacroPanel() {
 
 function macroSummary(): string {
   const count = eventCount.value;
-  const counted = `${groupedNumber(count)} ${count === 1 ? 'event' : 'events'}`;
-  if (recording.value || count === 0) return counted;
-  return `${counted}, ${groupedNumber(Number(macroLength.value.toFixed(2)))} s`;
+  const events = counted(count, 'event');
+  if (recording.value || count === 0) return events;
+  return `${events}, ${groupedNumber(Number(macroLength.value.toFixed(2)))} s`;
 }
 
 // Each of the two turns into Stop while it runs, in its own place.
 function Transport() {
-  const stop = (onPress: () => Promise<boolean>) => (
-    <Button kind="stop" icon="stop" onPress={() => void onPress()}>
-      Stop
-    </Button>
-  );
   return (
     <div class="macro__transport" role="group" aria-label="Recording and playback">
-      {recording.value ? (
-        stop(stopRecording)
-      ) : (
-        <Button icon="record" disabled={playing.value} onPress={() => void startRecording()}>
-          Record
-        </Button>
-      )}
-      {playing.value ? (
-        stop(stopPlayback)
-      ) : (
-        <Button
-          kind="primary"
-          icon="play"
-          disabled={recording.value || eventCount.value === 0}
-          onPress={() => void startPlayback()}
-        >
-          Play
-        </Button>
-      )}
+      <RunButton
+        running={recording.value}
+        start="Record"
+        icon="record"
+        kind="plain"
+        disabled={playing.value}
+        onStart={startRecording}
+        onStop={stopRecording}
+      />
+      <RunButton
+        running={playing.value}
+        start="Play"
+        disabled={recording.value || eventCount.value === 0}
+        onStart={startPlayback}
+        onStop={stopPlayback}
+      />
     </div>
   );
 }
@@ -155,11 +149,10 @@ function playbackHint(): string {
   return `One round takes ${spanText(round)}, with the pause ${spanText(every)}${rate}.`;
 }
 
+// As exact as its length makes sense: to hundredths, seconds, minutes.
 function spanText(seconds: number): string {
-  if (seconds < 60) return `${groupedNumber(Number(seconds.toFixed(2)))} s`;
-  const whole = Math.round(seconds);
-  const [hours, minutes, rest] = [Math.floor(whole / 3600), Math.floor(whole / 60) % 60, whole % 60];
-  return hours > 0 ? `${groupedNumber(hours)} h ${minutes} min` : `${minutes} min ${rest} s`;
+  const step = seconds < 60 ? 10 : seconds < 3600 ? 1000 : 60000; // ms
+  return timeText(Math.round((seconds * 1000) / step) * step);
 }
 
 function recordHint({ tmv, tclk, tscr, tkey, trel }: Settings): string {

@@ -12,7 +12,7 @@ import { Button } from '../components/button';
 import { CaptureNote } from '../components/capture-note';
 import { Icon } from '../components/icon';
 import { KeyCap } from '../components/key-cap';
-import { groupedNumber } from '../components/numbers';
+import { counted } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
 import { RunButton } from '../components/run-button';
 import { Segmented } from '../components/segmented';
@@ -82,7 +82,7 @@ export function PresserPanel() {
 function repeatHint(mode: number, times: number, chord: boolean): string {
   const round = chord ? 'A round presses every key.' : 'A round presses one key.';
   if (mode !== 0) return `Presses until you stop it. ${round}`;
-  return `Stops by itself after ${groupedNumber(times)} ${times === 1 ? 'round' : 'rounds'}. ${round}`;
+  return `Stops by itself after ${counted(times, 'round')}. ${round}`;
 }
 
 // Stands where the key will, and is brought in sight: there may be 256 before it.

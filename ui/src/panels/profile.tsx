@@ -1,10 +1,11 @@
-import { useId, useLayoutEffect, useRef, useState } from 'preact/hooks';
+import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { has } from '../bridge';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
 import { exportProfile, importNote, importProfile, useImportedSettings } from '../imports';
 import { Button } from '../components/button';
+import { Confirm } from '../components/confirm';
 import { Icon } from '../components/icon';
-import { groupedNumber } from '../components/numbers';
+import { counted } from '../components/numbers';
 import { Panel } from '../components/panel';
 import { eventCount, fileDialog, profiles, recording } from '../store';
 import { isDue, kWarnings, markSeen } from '../warnings';
@@ -29,13 +30,17 @@ export function ProfilePanel() {
   const isDefault = name === defaultName;
   const fixed = recording.value || fileDialog.value !== '';
   const select = useRef<HTMLSelectElement>(null);
+  // A step that a recording would make useless does not wait for its end.
+  useEffect(() => {
+    if (recording.value) setStep('choose');
+  }, [recording.value]);
   const done = () => {
     setStep('choose');
     select.current?.focus();
   };
   // What is asked each time is explained the first time.
   const explained = eventCount.value > 0 && isDue(kWarnings.losingEvents);
-  const events = `${groupedNumber(eventCount.value)} ${eventCount.value === 1 ? 'event' : 'events'}`;
+  const events = counted(eventCount.value, 'event');
   return (
     <Panel id="panel-profile" title="Profile" summary={name}>
       <div class="profile__first">
@@ -91,7 +96,7 @@ export function ProfilePanel() {
         )}
         {step === 'add' && <AddProfile names={names} onDone={done} />}
         {step === 'clear' && (
-          <Confirm
+          <Ask
             question={`Clear its ${events} and its settings?`}
             verb="Clear now"
             explained={explained}
@@ -100,7 +105,7 @@ export function ProfilePanel() {
           />
         )}
         {step === 'delete' && (
-          <Confirm
+          <Ask
             question={`Delete it with its ${events}?`}
             verb="Delete now"
             explained={explained}
@@ -156,40 +161,23 @@ function Hint({ isDefault }: { isDefault: boolean }) {
   );
 }
 
-function Confirm(props: {
+function Ask(props: {
   question: string;
   verb: string;
   explained: boolean;
   onConfirm: () => Promise<void>;
   onDone: () => void;
 }) {
-  const cancel = useRef<HTMLButtonElement>(null);
-  const id = useId();
-  useLayoutEffect(() => cancel.current?.focus(), []);
+  const { question, verb, explained, onConfirm, onDone } = props;
   const confirm = () => {
-    if (props.explained) void markSeen(kWarnings.losingEvents);
-    void props.onConfirm().then(props.onDone);
+    if (explained) void markSeen(kWarnings.losingEvents);
+    void onConfirm().then(onDone);
   };
   return (
-    <div
-      class="profile__ask"
-      role="group"
-      aria-label={props.question}
-      onKeyDown={(event) => event.key === 'Escape' && props.onDone()}
-    >
-      <span>{props.question}</span>
-      <p class="group__hint" id={id}>
-        {props.explained ? kWarnings.losingEvents.text : 'This cannot be undone.'}
-      </p>
-      <div class="row profile__answers">
-        <Button buttonRef={cancel} describedBy={id} onPress={props.onDone}>
-          Cancel
-        </Button>
-        <Button kind="stop" onPress={confirm}>
-          {props.verb}
-        </Button>
-      </div>
-    </div>
+    <Confirm verb={verb} onConfirm={confirm} onCancel={onDone}>
+      <span>{question}</span>
+      <p class="group__hint">{explained ? kWarnings.losingEvents.text : 'This cannot be undone.'}</p>
+    </Confirm>
   );
 }
 

@@ -1,0 +1,38 @@
+import type { ComponentChildren } from 'preact';
+import { useId, useLayoutEffect, useRef } from 'preact/hooks';
+import { Button } from './button';
+import './confirm.css';
+
+// A question in the place of what asked it, with the safe answer focused. Where the focus goes afterwards is for whoever
+// asks.
+export function Confirm(props: {
+  children: ComponentChildren; // the question, and what comes of it
+  verb: string;
+  onConfirm: () => void;
+  onCancel: () => void; // also by Esc
+}) {
+  const { children, verb, onConfirm, onCancel } = props;
+  const cancel = useRef<HTMLButtonElement>(null);
+  const id = useId();
+  useLayoutEffect(() => cancel.current?.focus(), []);
+  return (
+    <div
+      class="confirm"
+      role="group"
+      aria-labelledby={id}
+      onKeyDown={(event) => event.key === 'Escape' && onCancel()}
+    >
+      <div class="confirm__text" id={id}>
+        {children}
+      </div>
+      <div class="row">
+        <Button buttonRef={cancel} onPress={onCancel}>
+          Cancel
+        </Button>
+        <Button kind="stop" onPress={onConfirm}>
+          {verb}
+        </Button>
+      </div>
+    </div>
+  );
+}
