@@ -2,6 +2,7 @@
 // the plain form, which scans the text from its start for every value asked for: once for each of ten values, three of
 // the skin and every piece. Growth is the cost of a byte in the large file against the small one.
 // Usage: theme_bench [THEME_FILE]
+#include "../tests/unit/theme_bytes.h"
 #include "../tests/unit/theme_literal.cpp"
 
 #include <algorithm>
@@ -18,29 +19,9 @@ constexpr size_t kLarge = kMaxThemeFileBytes;
 constexpr size_t kSmall = kLarge / 10;
 constexpr int kRounds = 3;
 
-std::string Encode(const std::string& bytes) {
-    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (size_t at = 0; at + 2 < bytes.size(); at += 3) {
-        uint32_t bits = 0;
-        for (size_t i = at; i < at + 3; ++i) {
-            bits = bits << 8 | static_cast<unsigned char>(bytes[i]);
-        }
-        for (int shift = 18; shift >= 0; shift -= 6) {
-            text += alphabet[bits >> shift & 63];
-        }
-    }
-    return text;
-}
-
 // A piece of about `size` bytes, of whole groups of three.
 std::string Png(const ThemePiece& piece, size_t size) {
-    std::string bytes("\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR", 16);
-    for (const uint32_t value : {piece.width, piece.height}) {
-        for (int shift = 24; shift >= 0; shift -= 8) {
-            bytes += static_cast<char>(value >> shift);
-        }
-    }
+    std::string bytes = PngHead(piece.width, piece.height);
     bytes.resize(std::max<size_t>(bytes.size(), size / 3 * 3), '\x5A');
     return bytes;
 }

@@ -12,8 +12,6 @@ const floors = [
   'engines',
   'scan',
   'themes',
-  'timeline',
-  'shell',
   'windows',
   'update',
   'imports',

@@ -1,22 +1,17 @@
 // Any bytes as "appsettings.txt": what they set must survive being written and read again, and nothing comes in that
 // the page or the window could not bear.
-#include "storage/app_settings.h"
+#include "fuzz_input.h"
+
 #include "base/text.h"
 #include "engines/engine_state.h"
+#include "storage/app_settings.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <set>
 #include <string>
 #include <string_view>
 
 namespace {
-
-void Require(bool good) {
-    if (!good) {
-        std::abort();
-    }
-}
 
 void Reset() {
     ResetEngineState();

@@ -2,19 +2,13 @@
 // piece as often as it is named. The listing of keys and the lookup also run on the bytes as they are.
 #include "../unit/theme_literal.cpp"
 
+#include "fuzz_input.h"
 #include "themes/json_lookup.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 namespace {
-
-void Require(bool good) {
-    if (!good) {
-        std::abort();
-    }
-}
 
 void RequireSame(const std::string& text) {
     ThemeRecord record;

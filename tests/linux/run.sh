@@ -1,6 +1,6 @@
 #!/bin/sh
 # Runs the Linux home's platform tests in nested servers: run.sh BUILD_DIRECTORY [TEST_FILTER]. Ends with a line
-# "linux: N passed, N failed".
+# "linux: N passed, N failed, N skipped".
 set -u
 build=$1
 filter=${2:-*}
@@ -11,6 +11,7 @@ mkdir -m 700 "$work/home" "$work/runtime"
 
 passed=0
 failed=0
+skipped=0
 # Run PROGRAM WINDOW_MANAGER
 Run() {
     code=0
@@ -19,8 +20,11 @@ Run() {
     if [ -s "$work/result.json" ]; then
         tests=$(sed -n '2,3s/.*"tests": \([0-9]*\).*/\1/p' "$work/result.json" | head -1)
         failures=$(sed -n '2,4s/.*"failures": \([0-9]*\).*/\1/p' "$work/result.json" | head -1)
-        passed=$((passed + tests - failures))
+        # A skipped test is among the tests, and says why.
+        skips=$(grep -c '"result": "SKIPPED"' "$work/result.json")
+        passed=$((passed + tests - failures - skips))
         failed=$((failed + failures))
+        skipped=$((skipped + skips))
     else
         echo "$(basename "$1") ended with code $code under $2 before its tests were through" >&2
         failed=$((failed + 1))
@@ -35,5 +39,5 @@ done
 for program in "$build"/tests/desktop_tests "$build"/tests/window_frame_tests; do
     Run "$program" xfwm4
 done
-echo "linux: $passed passed, $failed failed"
+echo "linux: $passed passed, $failed failed, $skipped skipped"
 [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

@@ -11,31 +11,16 @@
 #include "platform/clock.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
-
-#include <unistd.h>
+#include "temp_folder.h"
 
 #include <cstring>
 #include <exception>
-#include <filesystem>
 #include <future>
 #include <thread>
 
 namespace {
 
 std::vector<std::thread> threads;
-
-struct TemporaryFolder {
-    std::string path;
-    TemporaryFolder() {
-        path = (std::filesystem::temp_directory_path() / ("varnelle-simulated-" + std::to_string(getpid())))
-                   .string();
-        std::filesystem::create_directories(path);
-    }
-    ~TemporaryFolder() {
-        std::error_code error;
-        std::filesystem::remove_all(path, error);
-    }
-};
 
 void CloseEvent(std::atomic<WakeEvent*>& event) {
     CloseWakeEvent(event.exchange(nullptr));
@@ -44,8 +29,8 @@ void CloseEvent(std::atomic<WakeEvent*>& event) {
 }  // namespace
 
 std::string RigFolder() {
-    static const TemporaryFolder folder;
-    return folder.path;
+    static const TempFolder folder;
+    return folder.Path();
 }
 
 void BeginRig(const SimOptions& options, bool hooks) {

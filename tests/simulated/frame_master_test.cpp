@@ -1,21 +1,18 @@
 // The master's whole life on the simulated platform: what is there when the page appears, and what is left when it has
 // gone.
 #include "frame/master.h"
-#include "windows/main_page.h"
-#include "windows/main_window.h"
 
 #include "engines/engine_state.h"
 #include "frame/commands.h"
 #include "platform/simulated/simulation.h"
 #include "storage/app_settings.h"
 #include "storage/data_folder.h"
+#include "temp_folder.h"
+#include "windows/main_page.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
 
 namespace {
 
@@ -25,8 +22,6 @@ constexpr uint32_t kF8 = 119;
 class FrameMasterTest : public ::testing::Test {
   protected:
     FrameMasterTest() {
-        std::random_device random;
-        root_ = std::filesystem::temp_directory_path() / ("varnelle-frame-" + std::to_string(random()));
         std::filesystem::create_directories(root_ / "program" / "ui");
         Begin({});
     }
@@ -35,8 +30,6 @@ class FrameMasterTest : public ::testing::Test {
         SimEnd();
         ResetEngineState();
         SetSessionPath("");
-        std::error_code ignored;
-        std::filesystem::remove_all(root_, ignored);
     }
 
     void Begin(const SimOptions& options) {
@@ -49,16 +42,6 @@ class FrameMasterTest : public ::testing::Test {
     }
 
     std::string DataFile(const char* name) const { return (root_ / "Varnelle" / name).string(); }
-
-    static std::string Read(const std::string& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
-
-    static void Write(const std::string& path, const std::string& text) {
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-        std::ofstream(path, std::ios::binary) << text;
-    }
 
     // Everything that a master takes is given back. One of its two timer periods ends with the process.
     static void ExpectNothingIsLeft() {
@@ -74,13 +57,14 @@ class FrameMasterTest : public ::testing::Test {
         }
     }
 
-    std::filesystem::path root_;
+    TempFolder folder_;
+    const std::filesystem::path root_ = folder_.Path();
 };
 
 }  // namespace
 
 TEST_F(FrameMasterTest, ServesAPageAndEndsInOrder) {
-    Write((root_ / "program" / "ui" / "index.html").string(), "<p>page</p>");
+    WriteFile((root_ / "program" / "ui" / "index.html").string(), "<p>page</p>");
     bool served = false;
     SimOnPageRun([&] {
         served = true;
@@ -120,7 +104,8 @@ TEST_F(FrameMasterTest, AFreshStartHasTheDefaultProfile) {
                   "\"defaultName\":\"Default Tracking Profile\"}");
     });
     EXPECT_EQ(RunMaster({}), 0);
-    EXPECT_NE(Read(DataFile("session.dat")).find("PROFILE:Default Tracking Profile\n"), std::string::npos);
+    EXPECT_NE(ReadFile(DataFile("session.dat")).find("PROFILE:Default Tracking Profile\n"),
+              std::string::npos);
 }
 
 TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWas) {
@@ -130,11 +115,11 @@ TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWa
         SimPageCall("updateSpammer", "[0,0,0,77,0,0,1,10,0]");
     });
     EXPECT_EQ(RunMaster({}), 0);
-    std::string session = Read(DataFile("session.dat"));
+    std::string session = ReadFile(DataFile("session.dat"));
     const std::string name = "PROFILE:Default Tracking Profile\n";
     ASSERT_NE(session.find(name), std::string::npos);
     session.replace(session.find(name), name.size(), "PROFILE:Another\n");
-    Write(DataFile("session.dat"), session);
+    WriteFile(DataFile("session.dat"), session);
 
     Begin({});
     SimOnPageRun([] {
@@ -148,26 +133,26 @@ TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWa
 
 TEST_F(FrameMasterTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
     const std::string program = (root_ / "program").string();
-    Write(program + "/session.mcr", "SETTINGS:\nCURRENT:0\nPROFILE:Old\n");
-    Write(program + "/theme.txt", "dark");
-    Write(program + "/appsettings.txt", "launchOnStartup=0\n");
-    Write(program + "/status.txt", "{}");
-    Write(program + "/macroevents.txt", "[]");
+    WriteFile(program + "/session.mcr", "SETTINGS:\nCURRENT:0\nPROFILE:Old\n");
+    WriteFile(program + "/theme.txt", "dark");
+    WriteFile(program + "/appsettings.txt", "launchOnStartup=0\n");
+    WriteFile(program + "/status.txt", "{}");
+    WriteFile(program + "/macroevents.txt", "[]");
     SimOnPageRun([this] {
         EXPECT_NE(SimPageCall("getProfiles", "[]").text.find("\"Old\""), std::string::npos);
-        EXPECT_EQ(Read(DataFile("appsettings.txt")), "launchOnStartup=0\n");
+        EXPECT_EQ(ReadFile(DataFile("appsettings.txt")), "launchOnStartup=0\n");
     });
     EXPECT_EQ(RunMaster({}), 0);
     for (const char* name :
          {"session.mcr", "theme.txt", "appsettings.txt", "status.txt", "macroevents.txt"}) {
         EXPECT_FALSE(std::filesystem::exists(program + "/" + name)) << name;
     }
-    EXPECT_EQ(Read(DataFile("theme.txt")), "dark");
+    EXPECT_EQ(ReadFile(DataFile("theme.txt")), "dark");
 }
 
 TEST_F(FrameMasterTest, SettingsStandBeforeTheFirstThread) {
-    Write(DataFile("appsettings.txt"),
-          "launchOnStartup=1\nhotkeysEnabled=0\nseenWarnings=loop\nwindowX=77\n");
+    WriteFile(DataFile("appsettings.txt"),
+              "launchOnStartup=1\nhotkeysEnabled=0\nseenWarnings=loop\nwindowX=77\n");
     SimOnPageRun([&] {
         EXPECT_EQ(SimGetShell().launchAtStartup, std::vector<bool>{true});
         EXPECT_NE(SimPageCall("getAppSettings", "[]").text.find("\"seenWarnings\":[\"loop\"]"),
@@ -186,7 +171,7 @@ TEST_F(FrameMasterTest, SettingsStandBeforeTheFirstThread) {
     });
     EXPECT_EQ(RunMaster({}), 0);
     EXPECT_EQ(SimGetShell().launchAtStartup, (std::vector<bool>{true, false}));
-    const std::string file = Read(DataFile("appsettings.txt"));
+    const std::string file = ReadFile(DataFile("appsettings.txt"));
     EXPECT_NE(file.find("launchOnStartup=0\nstartMinimized=0\nhotkeysEnabled=1\n"), std::string::npos)
         << file;
     EXPECT_NE(file.find("windowX=77\n"), std::string::npos) << file;
@@ -199,7 +184,7 @@ TEST_F(FrameMasterTest, AFreshStartArrangesNoStartWithTheSession) {
     });
     EXPECT_EQ(RunMaster({}), 0);
     // The end of the window is the first that there is to save.
-    EXPECT_NE(Read(DataFile("appsettings.txt")).find("windowWidth=420\nwindowHeight=560\n"),
+    EXPECT_NE(ReadFile(DataFile("appsettings.txt")).find("windowWidth=420\nwindowHeight=560\n"),
               std::string::npos);
 }
 
@@ -308,7 +293,7 @@ TEST_F(FrameMasterTest, EndsWithinASecondWhateverRuns) {
         const uint64_t sent = SimSentCount();
         EXPECT_EQ(SimEnd(), "");
         EXPECT_EQ(SimSentCount(), sent);
-        EXPECT_NE(Read(DataFile("session.dat")).find("\n3,"), std::string::npos);  // the recorded key
+        EXPECT_NE(ReadFile(DataFile("session.dat")).find("\n3,"), std::string::npos);  // the recorded key
     }
 }
 
@@ -321,7 +306,7 @@ TEST_F(FrameMasterTest, ARequestToEndFromOutsideIsAClosedWindow) {
     });
     EXPECT_EQ(RunMaster({}), 0);
     ExpectNothingIsLeft();
-    EXPECT_NE(Read(DataFile("session.dat")).find("88"), std::string::npos);
+    EXPECT_NE(ReadFile(DataFile("session.dat")).find("88"), std::string::npos);
     SimRequestEnd();  // nobody listens any more
 }
 
@@ -340,7 +325,7 @@ TEST_F(FrameMasterTest, ACrashSavesTheSession) {
         SimPageCall("addProfile", "[\"Before the crash\"]");
         EXPECT_FALSE(std::filesystem::exists(DataFile("session.dat")));
         SimCrash();
-        EXPECT_NE(Read(DataFile("session.dat")).find("PROFILE:Before the crash\n"), std::string::npos);
+        EXPECT_NE(ReadFile(DataFile("session.dat")).find("PROFILE:Before the crash\n"), std::string::npos);
     });
     EXPECT_EQ(RunMaster({}), 0);
 }
@@ -351,7 +336,7 @@ TEST_F(FrameMasterTest, AutosaveNeedsNoShutdown) {
         SimRunFor(4900);
         EXPECT_FALSE(std::filesystem::exists(DataFile("session.dat")));
         SimRunFor(200);
-        EXPECT_NE(Read(DataFile("session.dat")).find("PROFILE:Kept\n"), std::string::npos);
+        EXPECT_NE(ReadFile(DataFile("session.dat")).find("PROFILE:Kept\n"), std::string::npos);
     });
     EXPECT_EQ(RunMaster({}), 0);
 }

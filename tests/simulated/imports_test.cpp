@@ -1,20 +1,19 @@
 // The import flow in a running master: dialogs with scripted answers, what the page is told, what a start finds.
 #include "frame/master.h"
 #include "imports/macro_import.h"
-#include "imports/pending_import.h"
 #include "windows/main_page.h"
 
+#include "base/text.h"
 #include "engines/engine_state.h"
+#include "held_macro.h"
 #include "platform/simulated/simulation.h"
 #include "storage/data_folder.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
 
 namespace {
 
@@ -23,29 +22,22 @@ constexpr const char* kHeldText =
     "Held\nSETTINGS:\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n3,1.8,0,0,0,82,0,0\n";
 constexpr const char* kCleanText = "Clean\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\n";
 constexpr const char* kToldImported = "if (window.onProfileImported) window.onProfileImported();";
-constexpr const char* kUnreadable =
-    "\"That macro file could not be imported - it may be corrupted or from a version this build doesn't "
-    "recognize. Since this is recorded work, it's worth checking the original file is intact before trying "
-    "again.\"";
+const std::string kUnreadable = JsonText(kUnreadableMacro);
 constexpr const char* kNothingHeld = R"({"outcome":"none"})";
 
 class ImportFlowTest : public ::testing::Test {
   protected:
     ImportFlowTest() {
-        std::random_device random;
-        root_ = std::filesystem::temp_directory_path() / ("varnelle-import-" + std::to_string(random()));
         std::filesystem::create_directories(root_ / "program" / "ui");
         Begin();
-        CancelMacroImport(HeldId());
+        DropHeldMacro();
         TakePendingThemeAlert();
     }
     ~ImportFlowTest() override {
         SimEnd();
         ResetEngineState();
         SetSessionPath("");
-        CancelMacroImport(HeldId());
-        std::error_code ignored;
-        std::filesystem::remove_all(root_, ignored);
+        DropHeldMacro();
     }
 
     void Begin() {
@@ -68,14 +60,9 @@ class ImportFlowTest : public ::testing::Test {
     }
 
     std::string File(const std::string& name, const std::string& text) const {
-        const std::filesystem::path path = root_ / name;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << text;
-        return path.string();
-    }
-    static std::string Read(const std::string& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+        const std::string path = folder_.File(name);
+        WriteFile(path, text);
+        return path;
     }
     static std::string Call(const std::string& name, const std::string& request = "[]") {
         const SimPageAnswer answer = SimPageCall(name, request);
@@ -85,19 +72,14 @@ class ImportFlowTest : public ::testing::Test {
     static bool HasProfile(const std::string& name) {
         return Call("getProfiles").find("\"" + name + "\"") != std::string::npos;
     }
-    static std::string IdIn(const std::string& document) {
-        const std::string key = R"("pendingId":")";
-        const size_t at = document.find(key);
-        return at == std::string::npos ? "" : document.substr(at + key.size(), 32);
-    }
-    static std::string HeldId() { return IdIn(GetPendingMacroImport()); }
     // The scripts that have reached the page since the last question.
     static std::vector<std::string> TakeScripts() {
         Call("getProfiles");  // lets them arrive
         return std::exchange(SimGetPage().evals, {});
     }
 
-    std::filesystem::path root_;
+    TempFolder folder_;
+    const std::filesystem::path root_ = folder_.Path();
 };
 
 }  // namespace
@@ -106,22 +88,22 @@ TEST_F(ImportFlowTest, AChosenFileIsImportedAndTheReportsFollow) {
     const std::string path = File("a.vrlmacro", kCleanText);
     Run([&] {
         Call("getTrackerStatus");
-        EXPECT_EQ(Read(DataFilePath("macroevents.txt")), "[]");
+        EXPECT_EQ(ReadFile(DataFilePath("macroevents.txt")), "[]");
         SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
         EXPECT_EQ(Call("importProfile"), R"({"outcome":"imported"})");
         EXPECT_TRUE(HasProfile("Clean (Imported)"));
         EXPECT_TRUE(TakeScripts().empty());  // the page knows by the answer
         const std::string status = Call("getTrackerStatus");
-        EXPECT_EQ(Read(DataFilePath("status.txt")), status);
+        EXPECT_EQ(ReadFile(DataFilePath("status.txt")), status);
         EXPECT_NE(status.find("\"count\":2"), std::string::npos) << status;
-        EXPECT_EQ(Read(DataFilePath("macroevents.txt")), Call("getMacroEvents"));
+        EXPECT_EQ(ReadFile(DataFilePath("macroevents.txt")), Call("getMacroEvents"));
         EXPECT_NE(Call("getMacroEvents").find("Keyboard VK: 65 (DOWN)"), std::string::npos);
         ASSERT_EQ(SimShownDialogs().size(), 1U);
         EXPECT_FALSE(SimShownDialogs()[0].save);
         EXPECT_EQ(SimShownDialogs()[0].filters,
                   (std::vector<std::string>{"Varnelle Macro (*.vrlmacro)|*.vrlmacro", "All Files|*.*"}));
     });
-    EXPECT_NE(Read(DataFilePath("session.dat")).find("PROFILE:Clean (Imported)\n"), std::string::npos);
+    EXPECT_NE(ReadFile(DataFilePath("session.dat")).find("PROFILE:Clean (Imported)\n"), std::string::npos);
 }
 
 TEST_F(ImportFlowTest, AHeldMacroShowsInTheReportsWhenItIsConfirmed) {
@@ -134,12 +116,12 @@ TEST_F(ImportFlowTest, AHeldMacroShowsInTheReportsWhenItIsConfirmed) {
         EXPECT_FALSE(HasProfile("Held (Imported)"));
         EXPECT_NE(Call("getTrackerStatus").find("\"count\":0"), std::string::npos);
         EXPECT_TRUE(TakeScripts().empty());
-        EXPECT_EQ(Call("confirmMacroImport", "[\"" + IdIn(document) + "\"]"), "");
+        EXPECT_EQ(Call("confirmMacroImport", "[\"" + PendingIdIn(document) + "\"]"), "");
         EXPECT_EQ(TakeScripts(), (std::vector<std::string>{kToldImported}));
         EXPECT_TRUE(HasProfile("Held (Imported)"));
         EXPECT_NE(Call("getTrackerStatus").find("\"count\":4"), std::string::npos);
-        EXPECT_NE(Read(DataFilePath("macroevents.txt")).find("Keyboard VK: 82 (UP)"), std::string::npos);
-        EXPECT_EQ(Call("confirmMacroImport", "[\"" + IdIn(document) + "\"]"), "");
+        EXPECT_NE(ReadFile(DataFilePath("macroevents.txt")).find("Keyboard VK: 82 (UP)"), std::string::npos);
+        EXPECT_EQ(Call("confirmMacroImport", "[\"" + PendingIdIn(document) + "\"]"), "");
         EXPECT_TRUE(TakeScripts().empty());
     });
 }
@@ -148,7 +130,7 @@ TEST_F(ImportFlowTest, DroppingAHeldMacroTellsThePageNothing) {
     const std::string path = File("a.vrlmacro", kHeldText);
     Run([&] {
         SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
-        EXPECT_EQ(Call("cancelMacroImport", "[\"" + IdIn(Call("importProfile")) + "\"]"), "");
+        EXPECT_EQ(Call("cancelMacroImport", "[\"" + PendingIdIn(Call("importProfile")) + "\"]"), "");
         EXPECT_EQ(Call("getPendingMacroImport"), kNothingHeld);
         EXPECT_TRUE(TakeScripts().empty());
     });
@@ -190,7 +172,7 @@ TEST_F(ImportFlowTest, WhatIsExportedComesBackTheSame) {
         EXPECT_TRUE(SimShownDialogs()[1].save);
         EXPECT_EQ(SimShownDialogs()[1].defaultExtension, "vrlmacro");
         EXPECT_EQ(SimShownDialogs()[1].filters, SimShownDialogs()[0].filters);
-        EXPECT_EQ(Read(target).substr(0, 33), "Clean (Imported)\nSETTINGS:0,0,0,7");
+        EXPECT_EQ(ReadFile(target).substr(0, 33), "Clean (Imported)\nSETTINGS:0,0,0,7");
         SimAnswerDialog({FileDialogOutcome::Chosen, target, {}});
         EXPECT_EQ(Call("importProfile"), R"({"outcome":"imported"})");
         EXPECT_TRUE(HasProfile("Clean (Imported) (Imported)"));
@@ -208,7 +190,7 @@ TEST_F(ImportFlowTest, AnExportIsOfTheMomentInWhichItWasAskedFor) {
         SimOnDialog([] { Call("clearProfile"); });
         SimAnswerDialog({FileDialogOutcome::Chosen, target, {}});
         EXPECT_EQ(Call("exportProfile"), "");
-        EXPECT_NE(Read(target).find("\n3,0.75,0,0,0,65,1,0\n"), std::string::npos);
+        EXPECT_NE(ReadFile(target).find("\n3,0.75,0,0,0,65,1,0\n"), std::string::npos);
     });
 }
 
@@ -323,7 +305,7 @@ TEST_F(ImportFlowTest, ARequestToEndClosesTheDialog) {
         EXPECT_EQ(Call("importProfile"), R"({"outcome":"cancelled"})");
         EXPECT_EQ(SimShownDialogs().size(), 1U);  // and no other opens
     });
-    EXPECT_EQ(Read(DataFilePath("session.dat")).find("Clean"), std::string::npos);
+    EXPECT_EQ(ReadFile(DataFilePath("session.dat")).find("Clean"), std::string::npos);
 }
 
 TEST_F(ImportFlowTest, StagedMacrosTellThePage) {
@@ -345,7 +327,7 @@ TEST_F(ImportFlowTest, StagedMacrosTellThePage) {
 
         const std::string bad = File("Varnelle/themes/bad.vrlmacro", "\n");
         ImportStagedMacro("bad");
-        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{std::string("alert(") + kUnreadable + ");"}));
+        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{"alert(" + kUnreadable + ");"}));
         EXPECT_EQ(Call("getPendingThemeAlert"), "\"\"");
         EXPECT_FALSE(std::filesystem::exists(bad));
 
@@ -360,7 +342,7 @@ TEST_F(ImportFlowTest, AStagedMacroThatCannotBeReadOrDeletedIsSaid) {
         const std::string path = File("Varnelle/themes/a.vrlmacro", kCleanText);
         SimFailFileOperation(2);  // 1 looks for it, 2 reads, 3 deletes
         ImportStagedMacro("a");
-        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{std::string("alert(") + kUnreadable + ");"}));
+        EXPECT_EQ(TakeScripts(), (std::vector<std::string>{"alert(" + kUnreadable + ");"}));
         EXPECT_FALSE(std::filesystem::exists(path));
         File("Varnelle/themes/a.vrlmacro", kCleanText);
         SimFailFileOperation(3);
@@ -390,20 +372,20 @@ TEST_F(ImportFlowTest, AHeldMacroOfTheCommandLineWaitsForThePageAndEndsWithThePr
     Run(
         [&] {
             EXPECT_FALSE(HasProfile("Held"));
-            EXPECT_EQ(IdIn(Call("getPendingMacroImport")).size(), 32U);
+            EXPECT_EQ(PendingIdIn(Call("getPendingMacroImport")).size(), 32U);
             Call("confirmMacroImport", "[\"" + HeldId() + "\"]");
             EXPECT_TRUE(HasProfile("Held"));
             EXPECT_EQ(TakeScripts(), (std::vector<std::string>{kToldImported}));
         },
         options);
-    EXPECT_NE(Read(DataFilePath("session.dat")).find("PROFILE:Held\n"), std::string::npos);
+    EXPECT_NE(ReadFile(DataFilePath("session.dat")).find("PROFILE:Held\n"), std::string::npos);
 }
 
 TEST_F(ImportFlowTest, AHeldMacroIsNotSaved) {
     LaunchOptions options;
     options.openMacroPath = File("a.vrlmacro", kHeldText);
     Run([] { EXPECT_EQ(HeldId().size(), 32U); }, options);
-    EXPECT_EQ(Read(DataFilePath("session.dat")).find("Held"), std::string::npos);
+    EXPECT_EQ(ReadFile(DataFilePath("session.dat")).find("Held"), std::string::npos);
 }
 
 TEST_F(ImportFlowTest, ABadMacroOfTheCommandLineIsThePagesFirstMessage) {

@@ -6,14 +6,12 @@
 #include "platform/simulated/simulation.h"
 #include "storage/app_settings.h"
 #include "storage/data_folder.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
 
 namespace {
 
@@ -22,8 +20,6 @@ using Calls = std::vector<std::string>;
 class MainWindowTest : public ::testing::Test {
   protected:
     MainWindowTest() {
-        std::random_device random;
-        root_ = std::filesystem::temp_directory_path() / ("varnelle-window-" + std::to_string(random()));
         std::filesystem::create_directories(root_ / "Varnelle");
         Begin();
     }
@@ -31,8 +27,6 @@ class MainWindowTest : public ::testing::Test {
     ~MainWindowTest() override {
         SimEnd();
         appSettings = AppSettings();
-        std::error_code ignored;
-        std::filesystem::remove_all(root_, ignored);
     }
 
     void Begin() {
@@ -67,19 +61,14 @@ class MainWindowTest : public ::testing::Test {
         return {Window().left, Window().top, Window().right - Window().left, Window().bottom - Window().top};
     }
 
-    void WriteSettings(const std::string& lines) {
-        std::ofstream(root_ / "Varnelle" / "appsettings.txt", std::ios::binary) << lines;
-    }
-    std::string ReadSettings() {
-        std::ifstream in(root_ / "Varnelle" / "appsettings.txt", std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
+    std::string SettingsFile() const { return (root_ / "Varnelle" / "appsettings.txt").string(); }
+    std::string ReadSettings() const { return ReadFile(SettingsFile()); }
 
     // What happened to the window while the program started with these settings.
     Calls Start(
         const std::string& lines, const std::function<void()>& serve = [] {}) {
         Begin();
-        WriteSettings(lines);
+        WriteFile(SettingsFile(), lines);
         return Run(serve);
     }
     Calls Run(const std::function<void()>& serve) {
@@ -92,7 +81,8 @@ class MainWindowTest : public ::testing::Test {
         return calls;
     }
 
-    std::filesystem::path root_;
+    TempFolder folder_;
+    const std::filesystem::path root_ = folder_.Path();
 };
 
 // The work area of the simulated primary monitor is 1920 by 1040.
@@ -248,7 +238,7 @@ TEST_F(MainWindowTest, WhatThePersonDoesToItIsSavedAtOnceAndAtTheEnd) {
 
 TEST_F(MainWindowTest, APlaceThatCannotBeSavedIsNoReasonToStop) {
     Start("", [this] {
-        SimFailPath((root_ / "Varnelle" / "appsettings.txt").string());
+        SimFailPath(SettingsFile());
         SimMovePageWindow({30, 40, 470, 340});
         EXPECT_EQ(appSettings.windowX, 30);
     });

@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 #include "engines/recorder.h"
-#include "imports/pending_import.h"
+#include "held_macro.h"
 #include "imports/self_check.h"
 #include "platform/files.h"
 #include "storage/profiles.h"
@@ -23,11 +23,6 @@ namespace {
 constexpr const char* kImported = R"({"outcome":"imported"})";
 constexpr const char* kNothingHeld = R"({"outcome":"none"})";
 constexpr const char* kDefaults = "0,0,0,5,0,0,1,10,0,0,0,0,0,0,5,1,10,32,32,0";
-constexpr const char* kUnreadable =
-    "That macro file could not be imported - it may be corrupted or from a version this build doesn't "
-    "recognize. Since this is recorded work, it's worth checking the original file is intact before trying "
-    "again.";
-
 // Win+R held, which is a "CAUTION" at one and a half seconds.
 constexpr const char* kCautionEvents =
     "3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n3,1.8,0,0,0,82,0,0\n";
@@ -36,24 +31,16 @@ constexpr const char* kCleanEvents = "0,0.5,10,10,0,0,0\n";
 class ImportsTest : public DataFolderTest {
   protected:
     ImportsTest() {
-        DropHeld();
+        DropHeldMacro();
         TakePendingThemeAlert();
         MutexLock lock(macroMutex);
         macroState.profiles = {{DefaultProfileName, {}, {}}};
         macroState.currentProfile = 0;
     }
     ~ImportsTest() override {
-        DropHeld();
+        DropHeldMacro();
         TakePendingThemeAlert();
     }
-
-    static std::string IdIn(const std::string& document) {
-        const std::string key = R"("pendingId":")";
-        const size_t at = document.find(key);
-        return at == std::string::npos ? "" : document.substr(at + key.size(), 32);
-    }
-    static std::string HeldId() { return IdIn(GetPendingMacroImport()); }
-    static void DropHeld() { CancelMacroImport(HeldId()); }
 
     std::string File(const std::string& name, const std::string& text) {
         std::string path = root_.File(name);
@@ -181,7 +168,7 @@ TEST_F(ImportsTest, AHeldFileWithoutSettingsBringsThemOnlyWhenItIsConfirmed) {
     const std::string live = BuildProfileSettings();
     const std::string document = ImportMacroFile(File("a.vrlmacro", std::string("A\n") + kCautionEvents));
     EXPECT_EQ(BuildProfileSettings(), live);
-    ConfirmMacroImport(IdIn(document));
+    ConfirmMacroImport(PendingIdIn(document));
     EXPECT_EQ(BuildProfileSettings(), kDefaults);
     EXPECT_EQ(Current().settings, kDefaults);
 }
@@ -217,7 +204,7 @@ TEST_F(ImportsTest, AFileThatCannotBeReadIsSaidInItsOwnWords) {
 TEST_F(ImportsTest, OneCautionHoldsAMacro) {
     const std::string path = File("a.vrlmacro", std::string("A\nSETTINGS:\n") + kCautionEvents);
     const std::string document = ImportMacroFile(path);
-    const std::string id = IdIn(document);
+    const std::string id = PendingIdIn(document);
     ASSERT_EQ(id.size(), 32U);
     EXPECT_EQ(id.find_first_not_of("0123456789abcdef"), std::string::npos);
     const auto matches = MacroScan::ScanMacro(Held("A").events).matches;
@@ -459,7 +446,7 @@ TEST_F(ImportsTest, AStagedFileIsDeletedAlsoWhenItIsHeldOrBad) {
     const std::string bad = Stage("Bad", "");
     ImportStagedMacro("Bad");
     EXPECT_FALSE(FileExists(bad));
-    EXPECT_EQ(TakePendingThemeAlert(), kUnreadable);  // there is no page to tell
+    EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);  // there is no page to tell
     EXPECT_EQ(TakePendingThemeAlert(), "");
     EXPECT_EQ(HeldId().size(), 32U);
 }
@@ -475,9 +462,9 @@ TEST_F(ImportsTest, AMacroOfTheCommandLineComesInOrIsHeld) {
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
     EXPECT_EQ(TakePendingThemeAlert(), "");
     ImportFromCommandLine(root_.File("none.vrlmacro"));
-    EXPECT_EQ(TakePendingThemeAlert(), kUnreadable);
+    EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);
     ImportFromCommandLine(File("empty.vrlmacro", ""));
-    EXPECT_EQ(TakePendingThemeAlert(), kUnreadable);
+    EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);
     EXPECT_TRUE(FileExists(clean));
     EXPECT_TRUE(FileExists(held));
 }
@@ -511,7 +498,7 @@ TEST_F(ImportsTest, TheSelfCheckFailsWhereItCannotWrite) {
                    "FAIL import: macro with no SETTINGS line still imports\n");
 }
 
-// Offers, answers and the page's other commands from several threads: nobody waits for ever, every confirmed macro is
+// Offers, answers and the page's other commands from several threads: nobody waits for ever, every macro that came in is
 // there once. (The thread sanitizer sees a lock order that turns round, too.)
 TEST_F(ImportsTest, OffersAndAnswersFromSeveralThreads) {
     constexpr int kRounds = 200;
@@ -535,8 +522,8 @@ TEST_F(ImportsTest, OffersAndAnswersFromSeveralThreads) {
         while (!done) {
             GetProfiles();
             SyncProfileSettings();
-            AddProfile("Added");
-            DeleteProfile();
+            SwitchProfile("0");
+            ClearProfile();
         }
     });
     EXPECT_TRUE(WaitUntil([&] { return offered == 2 * kRounds; }));
@@ -546,4 +533,15 @@ TEST_F(ImportsTest, OffersAndAnswersFromSeveralThreads) {
     }
     ConfirmMacroImport(HeldId());
     EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+
+    const NameList names = Names();
+    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), names.size());
+    const auto count = [&](const char* name) {
+        return std::count_if(names.begin(), names.end(),
+                             [name](const std::string& each) { return StartsWith(each, name); });
+    };
+    EXPECT_EQ(count("Clean"), kRounds);
+    EXPECT_GE(count("Held"), 1);
+    EXPECT_LE(count("Held"), kRounds) << "one that was replaced is gone";
+    EXPECT_EQ(names.size(), static_cast<size_t>(1 + count("Clean") + count("Held")));
 }

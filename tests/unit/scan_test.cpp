@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <string>
@@ -265,6 +266,54 @@ TEST(ScanBurst, EightKeysWithinFiveSeconds) {
     EXPECT_EQ(burst(ten).lastIndex, 9U);
 }
 
+TEST(ScanScenarios, TheTableIsTheSettledOne) {
+    struct Row {
+        const char* id;
+        const char* severity;
+        const char* title;
+        const char* message;
+    };
+    const Row rows[] = {
+        {"run-command", "DANGER", "Opens Run and executes",
+         "Opens the Windows Run box, types something and presses Enter. This can start programs or run "
+         "commands on your PC."},
+        {"admin-approve", "DANGER", "Approves admin permission",
+         "Tries to run something as administrator and may approve the permission prompt."},
+        {"power-menu", "DANGER", "Opens the power menu",
+         "Opens the Windows power menu and picks an item such as Terminal or Task Manager."},
+        {"start-launch", "DANGER", "Searches and launches",
+         "Searches the Start menu and launches whatever it finds."},
+        {"copy-paste-send", "DANGER", "Copies, pastes and sends",
+         "Copies something, pastes it somewhere else and presses Enter. It could send private text such as "
+         "passwords or messages."},
+        {"screenshot-paste", "DANGER", "Screenshots and pastes",
+         "Takes a screenshot and pastes it somewhere. It could share what is on your screen."},
+        {"select-all-delete", "DANGER", "Selects all and deletes", "Selects everything and deletes it."},
+        {"permanent-delete", "DANGER", "Permanently deletes",
+         "Permanently deletes the selection and skips the Recycle Bin."},
+        {"wipe-and-save", "DANGER", "Replaces and overwrites a file",
+         "Replaces a document's contents and saves over it."},
+        {"open-address", "CAUTION", "Opens a web address", "Types a web address and opens it."},
+        {"copy-paste", "CAUTION", "Copies and pastes", "Copies something and pastes it into another place."},
+        {"type-and-send", "CAUTION", "Types and presses Enter",
+         "Types text and presses Enter. It could send a message or submit a form."},
+        {"close-windows", "CAUTION", "Closes windows",
+         "Closes windows or tabs. You could lose unsaved work."},
+        {"task-manager", "CAUTION", "Opens Task Manager", "Opens Task Manager or the security screen."},
+        {"switch-windows", "CAUTION", "Switches windows",
+         "Switches between your open windows, so its keys and clicks may land somewhere unexpected."},
+        {"system-keys", "CAUTION", "Uses Windows shortcuts", "Uses Windows system shortcuts."},
+    };
+    const auto& scenarios = MacroScan::Scenarios();
+    ASSERT_EQ(scenarios.size(), std::size(rows));
+    for (size_t i = 0; i < std::size(rows); ++i) {
+        EXPECT_EQ(scenarios[i].id, rows[i].id);
+        EXPECT_EQ(scenarios[i].severity, rows[i].severity) << rows[i].id;
+        EXPECT_EQ(scenarios[i].title, rows[i].title) << rows[i].id;
+        EXPECT_EQ(scenarios[i].message, rows[i].message) << rows[i].id;
+    }
+}
+
 TEST(ScanScenarios, ACapitalLetterIsTypedAndNoShortcut) {
     EXPECT_EQ(Macro().Tap(0, {kWin}, 82).Tap(900, {}, 65).Tap(900, {}, 13).Matches(),
               "run-command start-launch system-keys");
@@ -348,6 +397,7 @@ TEST(ScanScenarios, ClosingAndSwitching) {
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 87).Tap(30.001, {kCtrl}, 87).Matches(), "");
     EXPECT_EQ(Macro().Tap(0, {kAlt}, 9).Tap(1, {kAlt}, 9).Matches(), "");
     EXPECT_EQ(Macro().Tap(0, {kAlt}, 9).Tap(1, {kAlt}, 9).Tap(10, {kAlt}, 9).Matches(), "switch-windows");
+    EXPECT_EQ(Macro().Tap(0, {kAlt}, 9).Tap(1, {kAlt}, 9).Tap(10.001, {kAlt}, 9).Matches(), "");
     EXPECT_EQ(Macro().Tap(0, {kAlt}, 9).Tap(1, {kAlt}, 9).Tap(2, {kAlt, kShift}, 9).Matches(), "");
     EXPECT_EQ(Macro().Tap(0, {kCtrl, kShift}, 27).Matches(), "task-manager");
     EXPECT_EQ(Macro().Tap(0, {kCtrl, kAlt}, 46).Matches(), "task-manager");

@@ -1,45 +1,18 @@
-// What the unit tests share: scratch folders, environment variables, whole files, fixtures and a clean engine state.
+// What the unit tests share: environment variables, fixtures and a clean engine state.
 #pragma once
 
 #include "engines/engine_state.h"
 #include "storage/data_folder.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
-#include <random>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <thread>
-
-// A new, empty folder that goes away with everything in it.
-class TempFolder {
-  public:
-    TempFolder() {
-        std::random_device random;
-        do {
-            path_ = std::filesystem::temp_directory_path() / ("varnelle-test-" + std::to_string(random()));
-        } while (!std::filesystem::create_directory(path_));
-    }
-    ~TempFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-
-    std::string Path() const { return path_.string(); }
-    std::string File(std::string_view name) const { return (path_ / name).string(); }
-
-  private:
-    std::filesystem::path path_;
-};
 
 // Sets (or, with null, removes) an environment variable and puts it back at the end.
 class ScopedEnv {
@@ -72,19 +45,6 @@ class ScopedEnv {
     std::string before_;
     bool hadValue_ = false;
 };
-
-// The whole file, byte for byte; empty if there is none.
-inline std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline void WriteFile(const std::string& path, std::string_view bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    out.close();
-    ASSERT_TRUE(out.good()) << path;
-}
 
 // Tests run with the project's root as their working directory.
 inline std::string FixturePath(std::string_view name) {

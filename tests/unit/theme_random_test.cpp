@@ -2,6 +2,7 @@
 // another, escaped and side by side, values that just pass and just do not.
 #include "themes/base64.h"
 #include "themes/json_lookup.h"
+#include "unit/theme_bytes.h"
 #include "unit/theme_literal.h"
 
 #include <gtest/gtest.h>
@@ -171,27 +172,6 @@ class FileMaker {
                     "\"pieces\":{\"panel\":1}", "\"template\":1"});
     }
 
-    std::string Encode(const std::string& bytes) {
-        const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-        std::string text;
-        for (size_t at = 0; at < bytes.size(); at += 3) {
-            const size_t there = std::min<size_t>(3, bytes.size() - at);
-            uint32_t bits = 0;
-            for (size_t i = 0; i < 3; ++i) {
-                bits = bits << 8 | (i < there ? static_cast<unsigned char>(bytes[at + i]) : 0U);
-            }
-            for (size_t i = 0; i < 4; ++i) {
-                text += i <= there ? alphabet[bits >> (18 - 6 * i) & 63] : '=';
-            }
-        }
-        return text;
-    }
-
-    static std::string BigEndian(uint32_t value) {
-        return {static_cast<char>(value >> 24), static_cast<char>(value >> 16), static_cast<char>(value >> 8),
-                static_cast<char>(value)};
-    }
-
     struct Piece {
         const char* name;
         uint32_t width;
@@ -205,8 +185,7 @@ class FileMaker {
             {"radio.on", 52, 52},  {"switch-knob", 28, 28},
         };
         const Piece& piece = kPieces[Below(std::size(kPieces))];
-        std::string bytes = "\x89PNG\r\n\x1A\n" + BigEndian(13) + "IHDR" + BigEndian(piece.width) +
-                            BigEndian(piece.height) + std::string(Below(8), '\xFF');
+        std::string bytes = PngHead(piece.width, piece.height) + std::string(Below(8), '\xFF');
         if (OneIn(40)) {
             const auto at = Below(static_cast<uint32_t>(bytes.size()));
             bytes[at] = static_cast<char>(bytes[at] ^ (1 << Below(8)));

@@ -1,9 +1,10 @@
 #include "themes/validator.h"
 
 #include "unit/test_support.h"
+#include "unit/theme_bytes.h"
 
-#include <algorithm>
 #include <cstdint>
+#include <fstream>
 #include <map>
 #include <string>
 #include <utility>
@@ -11,29 +12,8 @@
 
 namespace {
 
-std::string Encode(const std::string& bytes) {
-    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (size_t at = 0; at < bytes.size(); at += 3) {
-        const size_t there = std::min<size_t>(3, bytes.size() - at);
-        uint32_t bits = 0;
-        for (size_t i = 0; i < 3; ++i) {
-            bits = (bits << 8) | (i < there ? static_cast<unsigned char>(bytes[at + i]) : 0U);
-        }
-        for (size_t i = 0; i < 4; ++i) {
-            text += i <= there ? alphabet[(bits >> (18 - 6 * i)) & 63] : '=';
-        }
-    }
-    return text;
-}
-
-std::string BigEndian(uint32_t value) {
-    return {static_cast<char>(value >> 24), static_cast<char>(value >> 16), static_cast<char>(value >> 8),
-            static_cast<char>(value)};
-}
-
 std::string Png(uint32_t width, uint32_t height, size_t size = 40) {
-    std::string bytes = "\x89PNG\r\n\x1A\n" + BigEndian(13) + "IHDR" + BigEndian(width) + BigEndian(height);
+    std::string bytes = PngHead(width, height);
     bytes.resize(size, '\x42');
     return bytes;
 }
@@ -443,6 +423,25 @@ TEST(ThemeFile, ThatEndsEarlyCannotBeRead) {
     EXPECT_EQ(report.message, "could not read file");
     EXPECT_EQ(text, "before");
     EXPECT_EQ(record.path, "");
+}
+
+// No machine could hold such a file in its memory.
+TEST(ThemeFile, AFileBeyondTheCapIsNotRead) {
+    TempFolder folder;
+    const std::string path = folder.File("huge.vrltheme");
+    WriteFile(path, Object(kColours));
+    std::ofstream end(path, std::ios::binary | std::ios::in | std::ios::out);
+    end.seekp(std::streamoff{1} << 42).put(' ');
+    end.close();
+    if (!end.good()) {
+        GTEST_SKIP() << "no file of four terabytes here, not even an empty one";
+    }
+    ThemeRecord record;
+    ThemeReport report;
+    std::string text = "before";
+    EXPECT_FALSE(ValidateThemeFile(path, &record, &report, &text));
+    EXPECT_EQ(report.message, "file exceeds the 12 MB cap");
+    EXPECT_EQ(text, "before");
 }
 
 TEST(ThemeFile, HasACap) {

@@ -2,7 +2,7 @@
 # The Windows home on real input: tests/windows/run.sh BUILD_DIR
 #
 # An X server of its own holds a Wine desktop; xdotool is the person, hook_probe.exe the program with the hooks,
-# target.exe the application in front. Ends with the line "windows: N passed, N failed".
+# target.exe the application in front. Ends with the line "windows: N passed, N failed, N skipped".
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 . tests/windows/wine_env.sh
@@ -11,6 +11,7 @@ build=${1:?usage: run.sh BUILD_DIR}
 work=$(mktemp -d)
 passed=0
 failed=0
+skipped=0
 
 # ---- waiting and comparing ----
 
@@ -368,14 +369,16 @@ EndRun() {
 RunTestProgram() {
     local log=$work/$1.out status=0
     Wine 200 "$build/tests/$1.exe" </dev/null >"$log" 2>&1 || status=$?
-    local good bad
+    local good bad left
     good=$(tr -d '\r' <"$log" | sed -n 's/^\[  PASSED  \] \([0-9]*\) test.*/\1/p')
     bad=$(tr -d '\r' <"$log" | sed -n 's/^\[  FAILED  \] \([0-9]*\) test.*/\1/p')
+    left=$(tr -d '\r' <"$log" | sed -n 's/^\[  SKIPPED \] \([0-9]*\) test.*/\1/p')
     if [ "$status" != 0 ] && [ -z "$bad" ]; then
         bad=1  # it did not come to its end
     fi
     passed=$((passed + ${good:-0}))
     failed=$((failed + ${bad:-0}))
+    skipped=$((skipped + ${left:-0}))
     echo "$1: ${good:-0} of $((${good:-0} + ${bad:-0})) ok"
     if [ "${bad:-0}" != 0 ]; then
         sed 's/^/    /' "$log"
@@ -412,5 +415,5 @@ Test TheProgramFileCarriesIconsManifestAndVersion
 Test MacroFilesAreJudgedInOneLineAndACode
 Test PathsAreCutToTheirLowBytes
 
-echo "windows: $passed passed, $failed failed"
+echo "windows: $passed passed, $failed failed, $skipped skipped"
 [ "$failed" = 0 ]

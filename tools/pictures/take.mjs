@@ -47,9 +47,9 @@ const panel = (name) => program.panel(name);
 const pointAway = () => program.page.mouse.move(1, 1);
 
 // Of the page's height between two things that are in sight.
-async function saveBetween(name, first, last, { above = kGap, below = kGap } = {}) {
+async function saveBetween(name, first, last, { below = kGap } = {}) {
   const [top, bottom] = [await boxOf(first), await boxOf(last)];
-  const y = Math.max(0, top.y - above);
+  const y = Math.max(0, top.y - kGap);
   const { width } = program.page.viewportSize();
   await save(name, { clip: { x: 0, y, width, height: bottom.y + bottom.height + below - y } });
 }

@@ -139,7 +139,7 @@ async function takePicture(browser, html, deviceScaleFactor, file) {
 const [themesFolder, picturesFolder] = process.argv.slice(2);
 if (!picturesFolder) {
   console.error('usage: pictures.mjs THEMES_FOLDER PICTURES_FOLDER');
-  process.exit(1);
+  process.exit(2);
 }
 mkdirSync(picturesFolder, { recursive: true });
 const themes = readdirSync(themesFolder)

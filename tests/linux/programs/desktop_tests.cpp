@@ -5,9 +5,6 @@
 #include "platform/desktop.h"
 
 #include <X11/Xatom.h>
-#include <X11/Xutil.h>
-#include <algorithm>
-#include <array>
 #include <string>
 
 namespace {

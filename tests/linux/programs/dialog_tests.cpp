@@ -1,12 +1,11 @@
 // File dialogs of other processes: the desktop's portal and zenity, both pretended, so that each way they can end is
 // seen. Real ones are driven in tests/program. Run by tests/linux/run.sh.
-#include "platform/clock.h"
+#include "test_desktop.h"
+
 #include "platform/dialogs.h"
 #include "platform/linux/bus_library.h"
 #include "platform/linux/dialog_loop.h"
 #include "platform/linux/dialog_portal.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
@@ -14,7 +13,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
@@ -31,17 +29,6 @@
 namespace {
 
 constexpr FileDialogFilter kFilters[] = {{"Macro (*.vrlmacro)", "*.vrlmacro"}, {"All Files", "*.*"}};
-
-bool Await(const std::function<bool()>& condition) {
-    const int64_t deadline = ReadPerformanceCounter() + 20 * ReadPerformanceFrequency();
-    while (!condition()) {
-        if (ReadPerformanceCounter() > deadline) {
-            return false;
-        }
-        SleepMilliseconds(2);
-    }
-    return true;
-}
 
 size_t OpenFiles() {
     size_t count = 0;
@@ -177,9 +164,10 @@ TEST_F(Helper, WhatItLeavesBehindDoesNotHoldUsUp) {
     EXPECT_EQ(AskForFileToOpen(kFilters).path, "/a.x");
     Touch("over");
     // The other way round: nothing to read any more, but still open.
-    PutHelper("exec >&-; until [ -e " + folder + "/go ]; do sleep 0.05; done; exit 1");
+    PutHelper("exec >&-; echo >" + folder + "/closed; until [ -e " + folder +
+              "/go ]; do sleep 0.05; done; exit 1");
     std::thread later([&] {
-        SleepMilliseconds(100);
+        EXPECT_TRUE(WaitFor([&] { return !Read("closed").empty(); }));
         Touch("go");
     });
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Cancelled);
@@ -222,7 +210,7 @@ TEST_F(Helper, AProgramThatEndsWaitsForNoDialog) {
     PutHelper("trap '' TERM; echo $$ >" + folder + "/pid.new; mv " + folder + "/pid.new " + folder +
               "/pid; while true; do sleep 0.05; done");
     std::thread ending([&] {
-        EXPECT_TRUE(Await([&] { return !Read("pid").empty(); }));
+        EXPECT_TRUE(WaitFor([&] { return !Read("pid").empty(); }));
         AllowFileDialogs(false);
     });
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Cancelled);
@@ -297,7 +285,7 @@ class Portal : public Dialogs {
         setenv("PATH", (folder + "/bin").c_str(), 1);
         setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
         ASSERT_NE(library, nullptr);
-        ASSERT_TRUE(Await(
+        ASSERT_TRUE(WaitFor(
             [&] { return access((folder + "/bus").c_str(), F_OK) == 0 && library->openUser(&portal) >= 0; }));
         ASSERT_GE(Function<int (*)(sd_bus*, const char*, uint64_t)>("sd_bus_request_name")(
                       portal, "org.freedesktop.portal.Desktop", 0),
@@ -494,7 +482,7 @@ TEST_F(Portal, ABusThatVanishesDoesNotHoldUsUp) {
     manner = Manner::Wait;
     Serve();
     std::thread ending([&] {
-        EXPECT_TRUE(Await([&] { return opened == 1; }));
+        EXPECT_TRUE(WaitFor([&] { return opened == 1; }));
         kill(bus, SIGKILL);
     });
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Unavailable);
@@ -541,12 +529,12 @@ TEST_F(Portal, AProgramThatEndsClosesTheDialog) {
     manner = Manner::Wait;
     Serve();
     std::thread ending([&] {
-        EXPECT_TRUE(Await([&] { return opened == 1; }));
+        EXPECT_TRUE(WaitFor([&] { return opened == 1; }));
         AllowFileDialogs(false);
     });
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Cancelled);
     ending.join();
-    EXPECT_TRUE(Await([&] { return closed == 1; }));
+    EXPECT_TRUE(WaitFor([&] { return closed == 1; }));
 }
 
 TEST_F(Portal, NoFileIsLeftOpen) {

@@ -65,6 +65,12 @@ class ManagedWindow {
         XTranslateCoordinates(display_, window_, DefaultRootWindow(display_), 0, 0, &x, &y, &child);
         return {x, y, attributes.width, attributes.height};
     }
+    // Whether somebody wants to hear of its properties. The window itself asks for no events.
+    bool IsWatched() {
+        XWindowAttributes attributes;
+        XGetWindowAttributes(display_, window_, &attributes);
+        return (attributes.all_event_masks & PropertyChangeMask) != 0;
+    }
     void Minimise() {
         XIconifyWindow(display_, window_, DefaultScreen(display_));
         XSync(display_, False);

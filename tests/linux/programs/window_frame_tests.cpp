@@ -237,7 +237,7 @@ TEST(WindowFrame, WishesOfAWindowThatIsNotShownYetAreKept) {
     PlaceWindow(late.Id(), 200, 150, 420, 310);
     SetWindowOnTop(late.Id(), true);
     ForceForeground(late.Id());
-    SleepMilliseconds(50);
+    ASSERT_TRUE(WaitFor([&] { return late.IsWatched(); })) << "the thread has looked at it";
     late.Show();
     EXPECT_TRUE(Becomes("200,150 to 620,460", [&] { return OuterText(late); }));
     EXPECT_TRUE(WaitFor([&] { return late.IsOnTop(); }));

@@ -13,6 +13,7 @@
 
 #include <wtsapi32.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <stdexcept>
@@ -117,7 +118,13 @@ class Hooks : public testing::Test {
             SendInputRecord(KeyRecord(0x2A, kKeyUp));
             return KeyCount() > 0 && MouseCount() > 0;
         }));
-        Sleep(50);  // lets the last of those events arrive
+        // Events arrive in the order in which they were sent: behind this one, which comes once, none of those is left.
+        SendInputRecord(MouseRecord(kMouseWheel, 0, 0, 120));
+        ASSERT_TRUE(Eventually([] {
+            std::lock_guard lock(received.mutex);
+            return std::any_of(received.mice.begin(), received.mice.end(),
+                               [](const MouseHookRecord& record) { return record.message == kWheelMessage; });
+        }));
         Clear();
     }
     void TearDown() override {
