@@ -335,6 +335,12 @@ export class Program {
       return status && condition(status) ? status : null;
     }, what);
   }
+  // The program waits for a key. The input thread takes hold of the keyboard a moment after it was asked: no hand goes
+  // from the mouse to a key as fast as that.
+  async waitForCapture(condition = (s) => s.reassigning !== '') {
+    await this.waitForStatus(condition, 'the capture waits');
+    await pause(kQuietMilliseconds);
+  }
   readData(name) {
     return readFileSync(join(this.installation.data, name), 'latin1').replaceAll('\r\n', '\n');
   }

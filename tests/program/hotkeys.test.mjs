@@ -31,9 +31,7 @@ const clicking = (on) => program.waitForStatus((s) => s.autoClicking === on, `cl
 
 async function capture(what, press, done) {
   await program.press(`Change the ${what} hotkey`, hotkeys());
-  await program.waitForStatus((s) => s.reassigning !== '', 'the capture waits');
-  // The input thread takes hold a moment after it was asked; no hand moves from the mouse to a key as fast as that.
-  await pause(kQuietMilliseconds);
+  await program.waitForCapture();
   await press();
   await program.waitForStatus((s) => s.reassigning === '' && done(s), 'the capture is over');
 }
@@ -162,7 +160,7 @@ test(
     await begin();
     const count = program.status().keySpamTargets.length;
     await program.press('Add key', program.panel('Key presser'));
-    await program.waitForStatus((s) => s.reassigning === 'keyspamtarget', 'the capture waits');
+    await program.waitForCapture((s) => s.reassigning === 'keyspamtarget');
     await hand.click(Button.Left);
     await waitUntil(() => observer.buttons().length === 2, 'the click reaches the application');
     assert.equal(program.status().reassigning, 'keyspamtarget');

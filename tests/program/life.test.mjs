@@ -46,7 +46,7 @@ test('everything is back after closing and starting again', limit, async () => {
     'the settings',
   );
   await program.press('Change the clicker hotkey', program.panel('Hotkeys'));
-  await program.waitForStatus((s) => s.reassigning === 'auto', 'the capture waits');
+  await program.waitForCapture((s) => s.reassigning === 'auto');
   await hand.click(Button.Middle);
   await program.waitForStatus((s) => s.hkAuto === 'Middle Mouse', 'the hotkey');
   await hand.tap(Key.F8);

@@ -169,7 +169,7 @@ async function chooseTargets(letters) {
   await program.press(/^Remove .*, key 1$/, presser());
   for (const [index, letter] of [...letters].entries()) {
     await program.press('Add key', presser());
-    await program.waitForStatus((s) => s.reassigning === 'keyspamtarget', 'the capture waits');
+    await program.waitForCapture((s) => s.reassigning === 'keyspamtarget');
     await hand.tap(Key[letter]);
     await program.waitForStatus((s) => s.keySpamTargets.length === index + 1 && s.reassigning === '', letter);
   }
