@@ -334,6 +334,23 @@ describe('the window fits its content', () => {
     await pages.close(page);
   });
 
+  test('also when the window takes an earlier size while a panel collapses', async () => {
+    const page = await pages.open(desktop(420, 560));
+    for (const name of ['Clicker', 'Key presser']) await button(page, `${name}: show settings`).click();
+    await answer(page, 1040);
+    await forgetCalls(page);
+    // The page is told of a size after the panel has gone and before it is painted without it.
+    await page.evaluate(() => {
+      new MutationObserver(() => window.dispatchEvent(new Event('resize'))).observe(
+        document.getElementById('dashboard'),
+        { subtree: true, childList: true, attributes: true },
+      );
+    });
+    await button(page, 'Macro: show settings').click();
+    assert.deepEqual(await expectCall(page, 'resizeWindow'), [`420,${await contentHeight(page)}`]);
+    await pages.close(page);
+  });
+
   test("never in answer to the person's own resizing, whose smaller window stays small", async () => {
     const page = await pages.open(desktop(500, 640));
     await settled(page);

@@ -37,11 +37,12 @@ function resizeHostWindow(): void {
   request(shownHeight);
 }
 
-// The content has changed its height by the person's doing.
+// The content has changed its height by the person's doing. A size that the window took meanwhile may have measured it
+// already.
 export function fitWindow(): void {
   const before = shownHeight;
   shownHeight = contentHeight();
-  if (shownHeight === before || suspended || fillsScreen()) return;
+  if (suspended || fillsScreen()) return;
   const coming = comingHeight();
   const allInSight = coming >= before || coming === fittedHeight;
   if (allInSight || shownHeight < coming) request(shownHeight);
