@@ -336,15 +336,17 @@ describe('the window fits its content', () => {
 
   test('also when the window takes an earlier size while a panel collapses', async () => {
     const page = await pages.open(desktop(420, 560));
-    for (const name of ['Clicker', 'Key presser']) await button(page, `${name}: show settings`).click();
-    await answer(page, 1040);
+    await expectCall(page, 'resizeWindow');
+    await answer(page, 2000);
     await forgetCalls(page);
     // The page is told of a size after the panel has gone and before it is painted without it.
     await page.evaluate(() => {
-      new MutationObserver(() => window.dispatchEvent(new Event('resize'))).observe(
-        document.getElementById('dashboard'),
-        { subtree: true, childList: true, attributes: true },
-      );
+      const header = document.querySelector('#panel-tracker [aria-expanded]');
+      const observer = new MutationObserver(() => {
+        observer.disconnect();
+        window.dispatchEvent(new Event('resize'));
+      });
+      observer.observe(header, { attributeFilter: ['aria-expanded'] });
     });
     await button(page, 'Macro: show settings').click();
     assert.deepEqual(await expectCall(page, 'resizeWindow'), [`420,${await contentHeight(page)}`]);
