@@ -337,11 +337,10 @@ describe('the window fits its content', () => {
   test('also when the window takes an earlier size while a panel collapses', async () => {
     const page = await pages.open(desktop(420, 560));
     await expectCall(page, 'resizeWindow');
-    await answer(page, 2000);
+    await answer(page, 6000); // all of it in sight
     await forgetCalls(page);
     // The page is told of a size after the panel has gone and before it is painted without it.
-    await page.evaluate(() => {
-      const header = document.querySelector('#panel-tracker [aria-expanded]');
+    await button(page, 'Macro: show settings').evaluate((header) => {
       const observer = new MutationObserver(() => {
         observer.disconnect();
         window.dispatchEvent(new Event('resize'));
