@@ -284,6 +284,17 @@ export class Observer {
       this.say(`window ${title}`);
     });
   }
+  // The same, once it has not changed for a while.
+  async windowAtRest(title) {
+    let window = await this.window(title);
+    for (let since = Date.now(); !window.found || Date.now() - since < kQuietMilliseconds; ) {
+      await pause(20);
+      const next = await this.window(title);
+      if (JSON.stringify(next) !== JSON.stringify(window)) since = Date.now();
+      window = next;
+    }
+    return window;
+  }
   closeWindow(title) {
     this.say(`close ${title}`);
   }

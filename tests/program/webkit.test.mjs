@@ -194,12 +194,12 @@ test('the view takes the size that its page asks for, within the screen', option
 
 test('closing the window ends the program, its dialog and every process of the view', options, async () => {
   const session = join(installation.data, 'session.dat');
-  const { outer } = await observer.window(kMainTitle);
+  const { outer } = await observer.windowAtRest(kMainTitle);
   await openFileDialog();
   assert.equal(await program.closeWindow(observer), 0);
   const settings = readFileSync(join(installation.data, 'appsettings.txt'), 'utf8');
   const place = `windowX=${outer.left}\nwindowY=${outer.top}\nwindowWidth=${outer.width}\nwindowHeight=${outer.height}\n`;
-  assert.ok(settings.includes(place), settings);
+  assert.ok(settings.includes(place), `${place} in ${settings}`);
   assert.ok(existsSync(session));
   assert.match(readFileSync(session, 'utf8'), /PROFILE:Large/);
   const left = () =>
