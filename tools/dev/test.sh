@@ -56,6 +56,8 @@ TestKind() {
     failedTotal=$((failedTotal + failed))
     skippedTotal=$((skippedTotal + skipped))
     printf '%-18s %6d passed %4d failed %4d skipped %5d s\n' "$kind" "$passed" "$failed" "$skipped" $((SECONDS - begin))
+    # What was tried a second time is to be seen, also where it then passed.
+    grep -a '^again: ' "$log" || true
     if [ "$failed" != 0 ]; then
         failedKinds+=("$kind")
         echo "---- $log (exit $status)"
