@@ -127,6 +127,7 @@ function windowTests(windowManager) {
     const resized = await atRest(observer);
     assert.ok(resized.outer.width > moved.outer.width + 40, 'it is wider');
     assert.ok(resized.outer.height < moved.outer.height - 30, 'and less high');
+    assert.deepEqual([resized.outer.left, resized.outer.top], [moved.outer.left, moved.outer.top]);
     await isSaved(resized.outer);
     assert.equal(await program.closeWindow(observer), 0);
     await observer.kill();
