@@ -5,6 +5,7 @@
 
 #include "base/text.h"
 #include "engines/engine_state.h"
+#include "event_times.h"
 #include "held_macro.h"
 #include "platform/simulated/simulation.h"
 #include "storage/data_folder.h"
@@ -12,7 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <filesystem>
 
 namespace {
@@ -244,14 +244,6 @@ TEST_F(ImportFlowTest, AnImportBesideAContinuedRecordingLeavesBothMacrosWhole) {
         SimKey(key, false);
         SimSettle();
     };
-    const auto timesOf = [](size_t profile) {
-        MutexLock lock(macroMutex);
-        std::vector<double> times;
-        for (const UnifiedEvent& event : macroState.profiles.at(profile).events) {
-            times.push_back(std::round(event.time * 1000) / 1000);
-        }
-        return times;
-    };
     using Times = std::vector<double>;
     Run([&] {
         EXPECT_EQ(ImportMacroFile(first), R"({"outcome":"imported"})");
@@ -259,17 +251,17 @@ TEST_F(ImportFlowTest, AnImportBesideAContinuedRecordingLeavesBothMacrosWhole) {
         SimSettle();
         press('A');
         EXPECT_EQ(ImportMacroFile(second), R"({"outcome":"imported"})");
-        EXPECT_EQ(timesOf(1), (Times{0.5, 2, 2.1, 2.35}));
+        EXPECT_EQ(EventTimes(1), (Times{0.5, 2, 2.1, 2.35}));
         press('B');
         Call("stopRecording");
         SimSettle();
-        EXPECT_EQ(timesOf(1), (Times{0.5, 2, 2.1, 2.35}));
-        EXPECT_EQ(timesOf(2), (Times{5, 4, 7, 7.1, 7.35}));
+        EXPECT_EQ(EventTimes(1), (Times{0.5, 2, 2.1, 2.35}));
+        EXPECT_EQ(EventTimes(2), (Times{5, 4, 7, 7.1, 7.35}));
         Call("switchProfile", "[\"1\"]");
         Call("undoContinueRecording");
         SimSettle();
-        EXPECT_EQ(timesOf(1), (Times{0.5, 2}));
-        EXPECT_EQ(timesOf(2), (Times{5, 4, 7, 7.1, 7.35}));
+        EXPECT_EQ(EventTimes(1), (Times{0.5, 2}));
+        EXPECT_EQ(EventTimes(2), (Times{5, 4, 7, 7.1, 7.35}));
     });
 }
 

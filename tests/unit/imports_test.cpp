@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "engines/recorder.h"
+#include "event_times.h"
 #include "held_macro.h"
 #include "imports/self_check.h"
 #include "platform/files.h"
@@ -11,7 +12,6 @@
 #include "windows/main_page.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -385,14 +385,6 @@ TEST_F(ImportsTest, ACleanMacroPassesAHeldOne) {
 
 // The recording goes on behind the events of each new profile; those events and what was recorded before stay right.
 TEST_F(ImportsTest, ARecordingGoesOnBehindWhatIsImported) {
-    const auto times = [](size_t profile) {
-        MutexLock lock(macroMutex);
-        std::vector<double> all;
-        for (const UnifiedEvent& event : macroState.profiles.at(profile).events) {
-            all.push_back(std::round(event.time * 1000) / 1000);
-        }
-        return all;
-    };
     using Times = std::vector<double>;
     {
         MutexLock lock(macroMutex);
@@ -402,18 +394,18 @@ TEST_F(ImportsTest, ARecordingGoesOnBehindWhatIsImported) {
     BeginContinuedRecording();
     AppendRecordedEvent({.type = EvKey, .time = 9});
     EXPECT_TRUE(OfferMacro(Clean("Clean")).committed);
-    EXPECT_EQ(times(0), (Times{4, 2, 4.1}));
+    EXPECT_EQ(EventTimes(0), (Times{4, 2, 4.1}));
     AppendRecordedEvent({.type = EvKey, .time = 20});
     ConfirmMacroImport(id);
     engineState.recording = false;
     FinishRecording();  // with nothing recorded behind the last import
-    EXPECT_EQ(times(0), (Times{4, 2, 4.1}));
-    EXPECT_EQ(times(1), (Times{0.5, 0.6}));
-    EXPECT_EQ(times(2), (Times{1.25, 1.5, 1.75, 1.8}));
+    EXPECT_EQ(EventTimes(0), (Times{4, 2, 4.1}));
+    EXPECT_EQ(EventTimes(1), (Times{0.5, 0.6}));
+    EXPECT_EQ(EventTimes(2), (Times{1.25, 1.5, 1.75, 1.8}));
     // Without a recording nothing is moved.
     OfferMacro(Clean("Later"));
     OfferMacro(Clean("Last"));
-    EXPECT_EQ(times(3), (Times{0.5}));
+    EXPECT_EQ(EventTimes(3), (Times{0.5}));
     MutexLock lock(macroMutex);
     EXPECT_FALSE(CanUndoContinue());
     macroState.currentProfile = 0;
