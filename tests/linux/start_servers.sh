@@ -82,7 +82,7 @@ case ${VARNELLE_WINDOW_MANAGER:-openbox} in
         ;;
 esac
 children="$! $children"
-wait_until 30 wmctrl -m
+"$(dirname "$0")/../../tools/dev/await_window_manager.sh"
 
 # The host's own auto-repeat would look like a person's releases and presses, and its pointer has to be inside.
 DISPLAY=$VARNELLE_HOST_DISPLAY xset r off

@@ -9,7 +9,7 @@ import { chromium } from 'playwright-core';
 
 export const root = fileURLToPath(new URL('../../', import.meta.url));
 export const pictures = join(root, 'build/pages');
-const kDeadline = 10000; // ms that a condition is waited for
+const kDeadline = 30000; // ms that a condition is waited for
 
 export function builtPage() {
   const folder = mkdtempSync(join(tmpdir(), 'varnelle-page-'));
@@ -107,6 +107,10 @@ export async function expectCall(page, name) {
 }
 
 export const forgetCalls = (page) => page.evaluate(() => void (host.calls.length = 0));
+
+// From here on nothing is answered until `letGo`: what a page does before an answer is seen however slow the machine is.
+export const holdAnswers = (page) => page.evaluate(() => void (host.holding = true));
+export const letGo = (page) => page.evaluate(() => host.letGo());
 
 export const button = (page, name) => page.getByRole('button', { name, exact: true });
 

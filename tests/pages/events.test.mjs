@@ -7,7 +7,9 @@ import {
   change,
   expectCall,
   forgetCalls,
+  holdAnswers,
   importSource,
+  letGo,
   Pages,
   picture,
   settled,
@@ -310,8 +312,9 @@ test('Delete pressed again before the program has answered deletes nothing else'
   for (const name of ['Moves', 'Buttons', 'Wheel', 'Tools']) await chip(page, name).click();
   await page.waitForFunction(() => document.querySelectorAll('#events [role=option]').length === 2);
   await option(page, 0).click();
-  await page.evaluate(() => (host.delay = 150));
+  await holdAnswers(page);
   for (let i = 0; i < 3; i++) await list(page).press('Delete');
+  await letGo(page);
   await page.waitForFunction(() => document.querySelectorAll('#events [role=option]').length === 1);
   assert.deepEqual(await callsOf(page, 'deleteEvent'), ['1'], 'not what stands at its place now, unseen');
 
@@ -320,7 +323,9 @@ test('Delete pressed again before the program has answered deletes nothing else'
   await option(page, 2).click();
   await option(page, 3).click({ modifiers: ['Shift'] });
   await forgetCalls(page);
+  await holdAnswers(page);
   for (let i = 0; i < 3; i++) await list(page).press('Delete');
+  await letGo(page);
   await page.getByText('Deleted 2 events.').waitFor();
   await settled(page);
   assert.deepEqual(await callsOf(page, 'deleteEvent'), ['3', '2']);

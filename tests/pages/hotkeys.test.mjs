@@ -7,7 +7,9 @@ import {
   change,
   expectCall,
   forgetCalls,
+  holdAnswers,
   importSource,
+  letGo,
   Pages,
   picture,
   settled,
@@ -159,27 +161,28 @@ test('a capture says what counts', async () => {
 });
 
 test('a press shows at once, before the program has answered', async () => {
-  const page = await pages.open({ before: 'host.delay = 600' });
-  await settled(page);
+  const page = await pages.open();
   const start = button(page, 'Start clicking');
+  await holdAnswers(page);
   await start.click();
   assert.equal(await start.getAttribute('aria-busy'), 'true');
   await start.click();
+  await letGo(page);
   await button(page, 'Stop clicking').waitFor();
   assert.equal((await callsOf(page, 'startSpammer')).length, 1, 'pressed twice, started once');
   assert.equal(await button(page, 'Stop clicking').getAttribute('aria-busy'), null);
-  await page.evaluate(() => (host.events = [{ time: 0, desc: 'Autoclicker ON' }]));
+  await change(page, "host.events = [{ time: 0, desc: 'Autoclicker ON' }]");
   const play = button(page, 'Play').and(page.locator(':enabled'));
+  await play.waitFor();
+  await holdAnswers(page);
   await play.click();
   assert.equal(await play.getAttribute('aria-busy'), 'true');
   await play.click();
+  await letGo(page);
   await page.getByText('Playing, clicking').waitFor();
   assert.equal((await callsOf(page, 'startPlayback')).length, 1);
   // A program that refuses in silence leaves no button waiting.
-  await page.evaluate(() => {
-    host.delay = 0;
-    host.commands.startKeySpam = () => {};
-  });
+  await page.evaluate(() => (host.commands.startKeySpam = () => {}));
   await button(page, 'Start pressing').click();
   await page.waitForFunction(() => document.querySelectorAll('[aria-busy]').length === 0);
   await pages.close(page);

@@ -1,4 +1,10 @@
-#!/bin/sh
-# The page tests: the built page in Chromium on a stand-in host. Pictures of every state land in build/pages.
-cd "$(dirname "$0")/../.." || exit 1
-exec node --test --test-reporter=tap tests/pages/
+#!/usr/bin/env bash
+# The page tests: the built page in Chromium on a stand-in host: tests/pages/run.sh [FILE...]
+# Pictures of every state land in build/pages.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+. tests/node_files.sh
+
+files=("$@")
+[ ${#files[@]} -gt 0 ] || files=(tests/pages/*.test.mjs)
+RunNodeFiles pages "${files[@]}"

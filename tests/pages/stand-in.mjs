@@ -9,6 +9,12 @@
     inFlight: 0, // polls asked and not answered
     mostInFlight: 0,
     delay: 0, // ms before an answer
+    holding: false, // answers wait in `held` until letGo()
+    held: [],
+    letGo() {
+      host.holding = false;
+      for (const answer of host.held.splice(0)) answer();
+    },
     failing: {}, // name -> text: calls that are rejected
     silent: {}, // name -> true: calls that are never answered
     shortStatus: false,
@@ -201,7 +207,8 @@
       const text = commands[method](argText);
       window.__webview__.onReply(id, 0, text === undefined ? undefined : text);
     };
-    if (host.delay > 0) setTimeout(answer, host.delay);
+    if (host.holding) host.held.push(answer);
+    else if (host.delay > 0) setTimeout(answer, host.delay);
     else queueMicrotask(answer);
   }
 

@@ -3,8 +3,13 @@
 import { spawnSync } from 'node:child_process';
 import { mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
+import { fileURLToPath } from 'node:url';
 import { start, stop, waitUntil } from './processes.mjs';
 import { openRealHand } from './real_hand.mjs';
+
+const kAwaitWindowManager = fileURLToPath(
+  new URL('../../tools/dev/await_window_manager.sh', import.meta.url),
+);
 
 export const kScreen = { width: 1024, height: 768 };
 
@@ -87,7 +92,8 @@ export async function openDesktop(folder, { windowManager = 'openbox' } = {}) {
       managerEnv.DBUS_SESSION_BUS_ADDRESS = bus.address;
     }
     children.push(start(program, args, { env: managerEnv, stdio: 'ignore' }));
-    await waitUntil(() => spawnSync('wmctrl', ['-m'], { env }).status === 0, 'the window manager answers');
+    const taken = spawnSync(kAwaitWindowManager, { env, stdio: 'inherit' });
+    if (taken.status !== 0) throw new Error(`${windowManager} did not start`);
     const hand = await openRealHand(outer.display);
     await hand.moveTo(kScreen.width - 30, kScreen.height - 30);
     return {

@@ -38,10 +38,7 @@ EnsureDisplay() {
     openbox --sm-disable >/dev/null 2>&1 &
     openboxProcess=$!
     trap EndVirtualScreen EXIT
-    for _ in $(seq 100); do
-        wmctrl -m >/dev/null 2>&1 && break
-        sleep 0.1
-    done
+    tools/dev/await_window_manager.sh
     echo "No display here: the program runs on the virtual screen $DISPLAY."
     echo "To look at it: import -display $DISPLAY -window root picture.png"
 }
