@@ -3,12 +3,17 @@
 #
 # A window manager answers (wmctrl -m) before it has read the windows that are already there, and a window shown in
 # between is never looked after: openbox loses one in eight on a busy machine. So a window of no other use is shown until
-# one is taken, and goes away again.
+# one is taken, and goes away again. Not before there is an answer: xfwm4 dies of a window that is shown while it starts
+# (BadGC).
 set -u
 
 # listed TITLE
 listed() { wmctrl -l 2>/dev/null | grep -q " $1\$"; }
 
+for _ in $(seq 1200); do
+    ! wmctrl -m >/dev/null 2>&1 || break
+    sleep 0.05
+done
 title=await-$$
 taken=no
 for _ in $(seq 20); do
