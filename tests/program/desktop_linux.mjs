@@ -94,12 +94,16 @@ export async function openDesktop(folder, { windowManager = 'openbox' } = {}) {
     children.push(start(program, args, { env: managerEnv, stdio: 'ignore' }));
     const taken = spawnSync(kAwaitWindowManager, { env, stdio: 'inherit' });
     if (taken.status !== 0) throw new Error(`${windowManager} did not start`);
+    // A key whose release comes late on a busy machine would arrive as several.
+    const repeatKeys = (on) => spawnSync('xset', ['r', on ? 'on' : 'off'], { env });
+    if (repeatKeys(false).status !== 0) throw new Error('xset does not end the key repeat');
     const hand = await openRealHand(outer.display);
     await hand.moveTo(kScreen.width - 30, kScreen.height - 30);
     return {
       home: 'linux',
       env,
       hand,
+      repeatKeys, // as a desktop does by itself
       screenshot: (file) => spawnSync('import', ['-window', 'root', file], { env, timeout: 10000 }),
       close: async () => {
         hand.close();

@@ -21,6 +21,7 @@ export async function openDesktop() {
     home: 'windows',
     env: { ...process.env },
     hand,
+    repeatKeys: () => {}, // there is one server, and on it the hand needs its keys unrepeated
     screenshot: (file) => spawnSync('import', ['-window', 'root', file], { timeout: 10000 }),
     close: async () => hand.close(),
   };

@@ -16,7 +16,10 @@ before(async () => {
   world = await openWorld();
   hand = world.hand;
 }, limit);
-afterEach(() => world.closeOpened(), limit);
+afterEach(async () => {
+  world.desktop.repeatKeys(false);
+  await world.closeOpened();
+}, limit);
 after(() => world?.close(), limit);
 
 async function begin() {
@@ -40,6 +43,7 @@ test('in hold mode the tool runs while the hotkey is held', limit, async () => {
   await begin();
   await program.choose('Clicker hotkey', 'Hold to run', program.panel('Clicker'));
   await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
+  world.desktop.repeatKeys(true);
   await hand.keyDown(Key.F6);
   await clicking(true);
   await waitUntil(() => observer.presses().length > 20, 'it clicks on while the key is held');
@@ -55,6 +59,7 @@ test('in hold mode the tool runs while the hotkey is held', limit, async () => {
 
 test('holding a toggle hotkey does not flip it again', limit, async () => {
   await begin();
+  world.desktop.repeatKeys(true);
   await hand.keyDown(Key.F6);
   await clicking(true);
   // Longer than a keyboard takes to begin repeating.
