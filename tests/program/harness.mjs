@@ -12,14 +12,23 @@ import {
   readFileSync,
   readdirSync,
   rmSync,
+  statSync,
   writeFileSync,
 } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { dirname, join, resolve } from 'node:path';
 import { createInterface } from 'node:readline';
 import { fileURLToPath } from 'node:url';
+import { isDeepStrictEqual } from 'node:util';
 import { pause } from './real_hand.mjs';
-import { kQuietMilliseconds, setWineRegistryValue, start, stop, waitUntil } from './processes.mjs';
+import {
+  kPatienceMilliseconds,
+  kQuietMilliseconds,
+  setWineRegistryValue,
+  start,
+  stop,
+  waitUntil,
+} from './processes.mjs';
 import { launchBrowser, startWebViewServer } from './web_view_server.mjs';
 
 export const home = process.env.VARNELLE_HOME ?? 'linux';
@@ -27,6 +36,8 @@ export const onWindows = home === 'windows';
 export const root = join(dirname(fileURLToPath(import.meta.url)), '../..');
 export const buildFolder = resolve(process.env.VARNELLE_BUILD ?? join(root, 'build', home));
 export const kMainTitle = 'Varnelle (Plus Version 1.0.1)';
+// What the shipped page asks as it starts: application settings, settings, profiles, status.
+const kFirstQuestions = 4;
 export const kScreenshots = join(buildFolder, 'tests/program');
 
 const exe = onWindows ? '.exe' : '';
@@ -36,6 +47,9 @@ export const testPrograms = join(buildFolder, 'tests/program');
 
 // A path as the programs of this home read it.
 export const nativePath = (path) => (onWindows ? `Z:${path.replaceAll('/', '\\')}` : path);
+
+// When a file was last written; 0 while there is none.
+const timeOfChange = (file) => statSync(file, { throwIfNoEntry: false })?.mtimeMs ?? 0;
 
 // Gives the path of a file among the person's own.
 export function putFile(installation, name, text) {
@@ -105,6 +119,8 @@ class World {
 
   // Starts the program and gives it with its page ready to press. `installation` keeps its data for a later start.
   async startProgram({ installation = this.installWithoutWarnings(), args = [] } = {}) {
+    const mirror = join(installation.data, 'status.txt');
+    const leftBehind = timeOfChange(mirror);
     const child = this.startBare(installation, args);
     const program = new Program(this, child, installation);
     this.opened.push(program);
@@ -116,14 +132,14 @@ class World {
     program.view = view;
     program.page = await view.ready;
     // The page is alive once its first poll was answered.
-    await waitUntil(() => existsSync(join(installation.data, 'status.txt')), 'the first poll').catch(
-      async (error) => {
-        throw new Error(`${error.message}; ${await program.situation()}`);
-      },
-    );
-    // The shipped page then shows itself and fits the window.
+    await waitUntil(() => timeOfChange(mirror) !== leftBehind, 'the first poll').catch(async (error) => {
+      throw new Error(`${error.message}; ${await program.situation()}`);
+    });
+    // The shipped page then shows itself and fits the window. It does not wait long for what it asks first.
     if ((await program.page.locator('#app').count()) > 0) {
       await program.page.locator('#app.app--known').waitFor();
+      await waitUntil(() => view.answered >= kFirstQuestions, 'the first answers');
+      await program.page.evaluate(() => new Promise((drawn) => setTimeout(drawn)));
     }
     return program;
   }
@@ -191,7 +207,11 @@ class World {
   async openApplication() {
     const observer = await this.openObserver('Another application');
     await observer.pointAt();
-    await observer.settle();
+    // A program that is just starting may take the keyboard once more.
+    do {
+      await observer.takeFocus();
+      await observer.settle();
+    } while (!observer.focused);
     observer.clear();
     return observer;
   }
@@ -295,6 +315,16 @@ export class Observer {
     }
     return window;
   }
+  // Waits until it rests at an outer place.
+  async waitForPlace(title, outer) {
+    let last;
+    await waitUntil(async () => {
+      last = (await this.windowAtRest(title)).outer;
+      return isDeepStrictEqual(last, outer);
+    }, 'the window rests').catch((error) => {
+      throw new Error(`${error.message} at ${JSON.stringify(outer)}; it is at ${JSON.stringify(last)}`);
+    });
+  }
   closeWindow(title) {
     this.say(`close ${title}`);
   }
@@ -312,6 +342,7 @@ export class Observer {
       if (count === this.events.length) return true;
       count = this.events.length;
       await pause(kQuietMilliseconds);
+      await this.window(''); // an answer comes behind everything that it had to tell
       return false;
     }, 'nothing more comes');
   }
@@ -328,15 +359,19 @@ export class Program {
     this.installation = installation;
   }
 
-  // The mirror of the last poll, as other programs see it; null before there is one. While it is being written it is
-  // read again, for a time in which every writing ends.
+  // The mirror of the last poll, as other programs see it; null before there is one.
   status() {
-    const deadline = Date.now() + 100;
+    return this.readMirror('status.txt');
+  }
+  // While it is being written it is read again, for a time in which every writing ends.
+  readMirror(name) {
+    const deadline = Date.now() + kPatienceMilliseconds / 10;
     for (;;) {
       try {
-        return JSON.parse(readFileSync(join(this.installation.data, 'status.txt'), 'utf8'));
+        return JSON.parse(readFileSync(join(this.installation.data, name), 'utf8'));
       } catch (error) {
         if (error.code === 'ENOENT' || Date.now() > deadline) return null;
+        Atomics.wait(new Int32Array(new SharedArrayBuffer(4)), 0, 0, 1); // a millisecond for the writer
       }
     }
   }

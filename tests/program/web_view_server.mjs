@@ -27,6 +27,7 @@ class WebView {
     this.boundNames = [];
     this.initScripts = [];
     this.messageCounts = {};
+    this.answered = 0; // calls of the page whose answers have reached it
     this.sizes = []; // every size that the program gave its page, as "420x560"
     this.title = '';
     this.closed = false; // the program's loop has ended
@@ -122,6 +123,7 @@ class WebView {
         await this.evaluate(
           `__webview__.onReply(${JSON.stringify(message.id)}, ${message.status}, ${result})`,
         );
+        ++this.answered;
         return;
       }
     }
