@@ -4,7 +4,7 @@ import { createHash, randomBytes } from 'node:crypto';
 import http from 'node:http';
 import { pause } from './real_hand.mjs';
 
-const kAnswerMilliseconds = 2000;
+const kAnswerMilliseconds = 5000;
 
 function get(port, path) {
   return new Promise((resolve, reject) => {

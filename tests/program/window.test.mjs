@@ -5,6 +5,7 @@ import { spawnSync } from 'node:child_process';
 import { existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { dirname, join } from 'node:path';
 import { after, afterEach, before, describe, test } from 'node:test';
+import { isDeepStrictEqual } from 'node:util';
 import { home, kMainTitle, kScreenshots, makeInstallation, onWindows, openWorld } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
 import { Button, pause } from './real_hand.mjs';
@@ -108,11 +109,19 @@ function windowTests(windowManager) {
     x: w.outer.left + w.outer.width - 2,
     y: w.outer.top + w.outer.height - 2,
   });
+  // Drags a window that was at rest; gives it at its new rest.
+  async function dragFrom(observer, from, point, dx, dy) {
+    await drag(point, dx, dy);
+    await waitUntil(
+      async () => !isDeepStrictEqual((await look(observer)).outer, from.outer),
+      'the window follows the pointer',
+    );
+    return atRest(observer);
+  }
   // Moves the window so that its outer corner ends there; gives it at rest.
   async function dragTo(observer, left, top) {
     const from = await atRest(observer);
-    await drag(titleBar(from), left - from.outer.left, top - from.outer.top);
-    return atRest(observer);
+    return dragFrom(observer, from, titleBar(from), left - from.outer.left, top - from.outer.top);
   }
 
   test('moved and resized, it comes back there, start after start', limit, async () => {
@@ -123,8 +132,7 @@ function windowTests(windowManager) {
     const moved = await dragTo(observer, 150, 70);
     assert.ok(Math.abs(moved.outer.left - 150) <= 10 && Math.abs(moved.outer.top - 70) <= 10);
     await isSaved(moved.outer);
-    await drag(corner(moved), 70, -60);
-    const resized = await atRest(observer);
+    const resized = await dragFrom(observer, moved, corner(moved), 70, -60);
     assert.ok(resized.outer.width > moved.outer.width + 40, 'it is wider');
     assert.ok(resized.outer.height < moved.outer.height - 30, 'and less high');
     assert.deepEqual([resized.outer.left, resized.outer.top], [moved.outer.left, moved.outer.top]);
@@ -133,7 +141,7 @@ function windowTests(windowManager) {
     await observer.kill();
     for (let start = 0; start < 3; ++start) {
       ({ program, observer } = await startWithObserver());
-      assert.deepEqual((await atRest(observer)).outer, resized.outer);
+      await observer.waitForPlace(kMainTitle, resized.outer);
       assert.equal(await program.closeWindow(observer), 0);
       await observer.kill();
       await isSaved(resized.outer);
@@ -152,12 +160,10 @@ function windowTests(windowManager) {
     await observer.kill();
     await isSaved(moved.outer, true);
     ({ program, observer } = await startWithObserver());
-    const maximised = await waitUntil(async () => {
-      const window = await look(observer);
-      return window.maximised && window;
+    await waitUntil(async () => {
+      const window = await atRest(observer);
+      return window.maximised && window.width >= kScreen.width - 10;
     }, 'it starts maximised');
-    assert.ok(maximised.width >= kScreen.width - 10);
-    await atRest(observer);
     assert.equal(await program.closeWindow(observer), 0);
     await observer.kill();
     await isSaved(moved.outer, true);
@@ -166,7 +172,7 @@ function windowTests(windowManager) {
     await atRest(observer);
     observer.maximiseWindow(kMainTitle, false);
     await waitUntil(async () => !(await look(observer)).maximised, 'no longer');
-    assert.deepEqual((await atRest(observer)).outer, moved.outer);
+    await observer.waitForPlace(kMainTitle, moved.outer);
   });
 
   test('killed after a move, it comes back where it was moved to', limit, async () => {
@@ -178,7 +184,7 @@ function windowTests(windowManager) {
     await program.child.ended;
     await observer.kill();
     ({ program, observer } = await startWithObserver());
-    assert.deepEqual((await atRest(observer)).outer, moved.outer);
+    await observer.waitForPlace(kMainTitle, moved.outer);
   });
 
   test('a corner on a monitor that is gone is forgotten, and the size with it', limit, async () => {
@@ -192,17 +198,24 @@ function windowTests(windowManager) {
   test('a saved size is cut to the work area, the corner stays', limit, async () => {
     install({ windowX: 40, windowY: 30, windowWidth: 3000, windowHeight: 2000, windowMaximized: 0 });
     const { observer } = await startWithObserver();
-    const { outer } = await atRest(observer);
-    assert.deepEqual(outer, { left: 40, top: 30, width: kScreen.width, height: kScreen.height });
+    const outer = { left: 40, top: 30, width: kScreen.width, height: kScreen.height };
+    await observer.waitForPlace(kMainTitle, outer);
   });
 
   test('a page that asks for more than the work area gets what fits', limit, async () => {
     install({ windowX: 100, windowY: 150, windowWidth: 400, windowHeight: 400 });
     const { program, observer } = await startWithObserver();
-    const before = await atRest(observer);
+    const before = await waitUntil(async () => {
+      const window = await atRest(observer);
+      return window.outer.left === 100 && window.outer.top === 150 && window;
+    }, 'it is at its saved place');
     const frameHeight = before.outer.height - before.height;
     await program.call('resizeWindow', 420, 900);
-    const window = await atRest(observer);
+    const window = await waitUntil(async () => {
+      const now = await atRest(observer);
+      const isOnScreen = now.outer.top + now.outer.height <= kScreen.height;
+      return isOnScreen && program.view.sizes.at(-1) === `${now.width}x${now.height}` && now;
+    }, 'the last size that it was given');
     const expected = Math.trunc(((kScreen.height - 20) / (900 + frameHeight)) * 900);
     const asked = program.view.sizes.slice(program.view.sizes.indexOf('420x900'));
     // Windows lets no window be much higher than the screen, so that it takes some more steps there.
@@ -235,9 +248,8 @@ function windowTests(windowManager) {
     await program.call('resizeWindow', 400, 300);
     const window = await waitUntil(async () => {
       const now = await atRest(observer);
-      return now.height === 300 && now;
-    }, 'the new size');
-    assert.equal(window.outer.top + window.outer.height, kScreen.height);
+      return now.height === 300 && now.outer.top + now.outer.height === kScreen.height && now;
+    }, 'the new size, down to the lower edge of the screen');
     assert.equal(window.outer.left, low.outer.left);
   });
 
@@ -262,9 +274,8 @@ function windowTests(windowManager) {
       }
       await waitUntil(async () => !(await look(observer)).minimised, 'it is restored');
       await waitUntil(async () => (await look(observer)).active, 'and in front');
-      const { outer, maximised } = await atRest(observer);
-      assert.equal(maximised, false);
-      assert.deepEqual(outer, { left: 90, top: 80, width: 430, height: 410 });
+      await observer.waitForPlace(kMainTitle, { left: 90, top: 80, width: 430, height: 410 });
+      assert.equal((await look(observer)).maximised, false);
     },
   );
 
@@ -286,8 +297,8 @@ function windowTests(windowManager) {
     try {
       install({ windowX: half + 30, windowY: 40, windowWidth: 600, windowHeight: 300 });
       let { program, observer } = await startWithObserver();
-      const { outer } = await atRest(observer);
-      assert.deepEqual(outer, { left: half + 30, top: 40, width: half, height: 300 }, 'its width is cut');
+      const outer = { left: half + 30, top: 40, width: half, height: 300 }; // its width is cut
+      await observer.waitForPlace(kMainTitle, outer);
       assert.equal(await program.closeWindow(observer), 0);
       await observer.kill();
       await isSaved(outer);
