@@ -132,7 +132,9 @@ test('a second start brings the first window to the front and ends with code 0',
   const observer = await world.openApplication();
   observer.minimiseWindow(kMainTitle);
   await waitUntil(async () => (await observer.window(kMainTitle)).minimised, 'minimised');
-  const before = session(installation);
+  // While the file is being written it is empty.
+  const savedSession = () => waitUntil(() => session(installation), 'a save');
+  const before = await savedSession();
   const second = world.startBare(installation);
   try {
     const result = await waitUntil(() => second.result, 'the second one ends');
@@ -143,7 +145,7 @@ test('a second start brings the first window to the front and ends with code 0',
     }, 'the first one is restored');
     assert.ok(window.found);
     await waitUntil(async () => (await observer.window(kMainTitle)).active, 'and in front');
-    assert.equal(session(installation), before, 'the second one saves nothing');
+    assert.equal(await savedSession(), before, 'the second one saves nothing');
     assert.equal(program.child.result, undefined);
   } finally {
     await stop(second);
