@@ -13,7 +13,7 @@ const exe = onWindows ? '.exe' : '';
 const libraryName = onWindows ? 'libwebview.dll' : 'libwebview.so';
 const testLibrary = join(buildFolder, 'tests/webview', libraryName);
 const realLibrary = join(buildFolder, 'dist', libraryName);
-const limit = { timeout: 60000 };
+const limit = { timeout: 240000 };
 
 let world;
 let folder;
@@ -53,7 +53,7 @@ function startProbe(name, { library, env = {}, cwd } = {}) {
 async function failureOf(name, options) {
   const child = startProbe(name, options);
   try {
-    const result = await waitUntil(() => child.result, 'the probe ends', 30000);
+    const result = await waitUntil(() => child.result, 'the probe ends');
     assert.equal(result.code, 1);
     assert.equal(child.lines.length, 1);
     const sentence = child.lines[0].replace(/^failed /, '');

@@ -57,7 +57,7 @@ StartXServer() {
     file=$(mktemp)
     Xvfb -displayfd 3 -screen 0 "${kDesktopSize}x24" -nolisten tcp 3>"$file" </dev/null >/dev/null 2>&1 9>&- &
     xServerPid=$!
-    local deadline=$((SECONDS + 20))
+    local deadline=$((SECONDS + 60))
     until [ -s "$file" ] && number=$(<"$file") && [ -n "$number" ]; do
         if [ $SECONDS -ge $deadline ]; then
             echo "wine_env: no X server" >&2

@@ -84,7 +84,7 @@ class Session : public testing::Test {
     }
 
     static bool Await(const std::function<bool()>& condition) {
-        const int64_t deadline = ReadPerformanceCounter() + 20 * ReadPerformanceFrequency();
+        const int64_t deadline = ReadPerformanceCounter() + 60 * ReadPerformanceFrequency();
         while (!condition()) {
             if (ReadPerformanceCounter() > deadline) {
                 return false;

@@ -25,7 +25,7 @@
 #include <unistd.h>
 #include <vector>
 
-constexpr int kDeadlineSeconds = 20;
+constexpr int kDeadlineSeconds = 60;
 
 // Waits until `condition` holds; false after the deadline.
 inline bool WaitFor(const std::function<bool()>& condition) {
@@ -189,6 +189,9 @@ class TargetWindow {
             std::fprintf(stderr, "the target window cannot get the keyboard\n");
             std::exit(3);
         }
+        // Behind another key none of these is on its way any more.
+        person.Tap(kKeyB);
+        WaitFor([&] { return Count('K', kKeyB) > 0; });
         Clear();
     }
 

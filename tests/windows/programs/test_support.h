@@ -68,10 +68,10 @@ class ChildProcess {
 
     bool Started() const { return started_; }
     DWORD Id() const { return process_.dwProcessId; }
-    // Its exit code, STILL_ACTIVE (259) if it does not end within 20 seconds, or if it could not be started.
+    // Its exit code, STILL_ACTIVE (259) if it does not end within 60 seconds, or if it could not be started.
     DWORD ExitCode() const {
         DWORD code = STILL_ACTIVE;
-        if (started_ && WaitForSingleObject(process_.hProcess, 20000) == WAIT_OBJECT_0) {
+        if (started_ && WaitForSingleObject(process_.hProcess, 60000) == WAIT_OBJECT_0) {
             GetExitCodeProcess(process_.hProcess, &code);
         }
         return code;
@@ -92,9 +92,9 @@ inline std::wstring OwnRole(const std::wstring& role, const std::wstring& rest =
     return L"\"" + OwnProgram() + L"\" --role=" + role + (rest.empty() ? L"" : L" " + rest);
 }
 
-// Waits up to 20 seconds until `condition` holds; says whether it does.
+// Waits up to 60 seconds until `condition` holds; says whether it does.
 template <typename Condition> bool Eventually(Condition condition) {
-    for (int i = 0; i < 2000; ++i) {
+    for (int i = 0; i < 6000; ++i) {
         if (condition()) {
             return true;
         }
