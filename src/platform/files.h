@@ -14,6 +14,7 @@ std::string DataFolderRoot();
 std::string SystemTempFolder();
 
 bool FileExists(const std::string& path);  // file or folder
+bool IsFolder(const std::string& path);    // false also where there is nothing
 bool CreateFolder(const std::string& path);
 bool RemoveFile(const std::string& path);
 // Moves, also across volumes; an existing target is not replaced and is a failure.

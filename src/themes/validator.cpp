@@ -1,5 +1,6 @@
 #include "themes/validator.h"
 
+#include "platform/files.h"
 #include "themes/base64.h"
 #include "themes/json_lookup.h"
 
@@ -268,7 +269,8 @@ bool Conclude(std::string reason, ThemeReport* report) {
 
 std::string ReadThemeFile(const std::string& path, std::string* text) {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
-    if (!file) {
+    // Not every system refuses to open a folder; it has a size there, and no bytes.
+    if (!file || IsFolder(path)) {
         return "could not open file";
     }
     const std::streamoff size = file.tellg();

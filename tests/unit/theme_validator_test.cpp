@@ -299,6 +299,8 @@ TEST(ThemeText, APieceIsStrictBase64) {
           std::string(), good + "\\u0041\\u0041"}) {
         EXPECT_EQ(verdict("\"" + bad + "\""), wrong) << bad;
     }
+    // As it stands a line break is no part of a string: nothing behind it is found.
+    EXPECT_EQ(verdict("\"" + good.substr(0, 20) + "\n" + good.substr(20) + "\""), "invalid or missing text");
     EXPECT_EQ(verdict("{}"), wrong);
     EXPECT_EQ(verdict("true"), "invalid or wrong-size PNG for piece: panel")
         << "four letters of the alphabet";
@@ -408,6 +410,8 @@ TEST(ThemeFile, HandsOutNothingOnRejection) {
     EXPECT_FALSE(ValidateThemeFile(folder.File("none.vrltheme"), &record, &report, &text));
     EXPECT_EQ(report.message, "could not open file");
     EXPECT_FALSE(ValidateThemeFile(folder.File("none.vrltheme"), &record, nullptr, nullptr));
+    EXPECT_FALSE(ValidateThemeFile(folder.Path(), &record, &report, &text));
+    EXPECT_EQ(report.message, "could not open file") << "a folder, also where it opens like a file";
 }
 
 // The kernel's files tell a size of a page and hold less: such a file ends before it has been read. Wine shows them too.

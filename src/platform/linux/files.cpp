@@ -110,6 +110,11 @@ bool FileExists(const std::string& path) {
     return stat(path.c_str(), &status) == 0;
 }
 
+bool IsFolder(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 // For the owner only: a recorded macro may hold a typed password.
 bool CreateFolder(const std::string& path) {
     return mkdir(path.c_str(), 0700) == 0;

@@ -67,6 +67,11 @@ bool FileExists(const std::string& path) {
     return !Fails(path) && Exists(path);
 }
 
+bool IsFolder(const std::string& path) {
+    std::error_code error;
+    return !Fails(path) && std::filesystem::is_directory(path, error);
+}
+
 bool CreateFolder(const std::string& path) {
     std::error_code error;
     return !Fails(path) && std::filesystem::create_directory(path, error);
