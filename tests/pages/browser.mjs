@@ -9,7 +9,7 @@ import { chromium } from 'playwright-core';
 
 export const root = fileURLToPath(new URL('../../', import.meta.url));
 export const pictures = join(root, 'build/pages');
-const kDeadline = 30000; // ms that a condition is waited for
+const kDeadline = 120000; // ms that a condition is waited for
 
 export function builtPage() {
   const folder = mkdtempSync(join(tmpdir(), 'varnelle-page-'));
@@ -61,7 +61,10 @@ export class Pages {
     await page.goto('about:blank');
     await page.evaluate(`window.absentCommands = ${JSON.stringify(absent)};\n${standIn}\n{ ${before} }`);
     await page.setContent(this.html);
-    await page.waitForFunction(() => host.polls > 0 && host.inFlight === 0);
+    // The page has asked everything that it asks at first, so that what comes later is the test's own doing.
+    await page.waitForFunction(
+      () => host.polls > 0 && host.inFlight === 0 && document.querySelector('#app.app--known'),
+    );
     return page;
   }
 
