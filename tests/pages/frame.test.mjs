@@ -153,7 +153,8 @@ for (const [width, height] of [
     assert.ok(box.height < 70, 'only its header is dragged');
     for (let i = 0; i < 20 && (await orderOf(page)).indexOf('panel-spammer') !== 2; i++) {
       await page.mouse.move(x, y + 14 + i * 6);
-      await page.waitForTimeout(60);
+      // Longer than the pause after which the page looks where the pointer is, by the page's own clock.
+      await page.evaluate(() => new Promise((looked) => setTimeout(looked, 60)));
     }
     await picture(page, `dragging-${width}`);
     await page.mouse.up();
@@ -364,7 +365,11 @@ describe('the window fits its content', () => {
     assert.deepEqual(await callsOf(page, 'resizeWindow'), []);
     // Only empty room goes away.
     for (const name of kTitles.slice(1)) await button(page, `${name}: show settings`).click();
-    assert.deepEqual((await expectCall(page, 'resizeWindow')).at(-1), `420,${await contentHeight(page)}`);
+    const height = await contentHeight(page);
+    await page.waitForFunction(
+      (wanted) => host.calls.findLast(([name]) => name === 'resizeWindow')?.[1] === wanted,
+      `420,${height}`,
+    );
     await pages.close(page);
   });
 
