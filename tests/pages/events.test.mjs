@@ -401,14 +401,29 @@ async function startDeletingAll(page, count) {
     .click();
 }
 
+// The program falls silent when it has deleted so many of the thousand, until letGo(): a batch is met in its midst.
+async function holdAfterDeleting(page, count) {
+  await page.evaluate((left) => {
+    const { deleteEvent } = host.commands;
+    host.commands.deleteEvent = (text) => {
+      deleteEvent(text);
+      if (host.events.length === left) host.holding = true;
+    };
+  }, 1000 - count);
+}
+const held = (page) => page.waitForFunction(() => host.holding);
+
 test('a long batch shows how far it is and can be cancelled', async () => {
   const page = await pages.open({ before: kThousand });
   await page.evaluate(() => (host.delay = 5));
+  await holdAfterDeleting(page, 400); // two seconds; from one second on it shows
   await startDeletingAll(page, '1,000');
   await page.getByRole('progressbar', { name: 'Deleting events' }).waitFor();
   await page.getByText(/^Deleting: \d+ of 1,000$/).waitFor();
+  await held(page);
   await picture(page, 'events-progress', { fullPage: true });
   await button(page, 'Cancel').click();
+  await letGo(page);
   await page.getByText(/^Deleted \d+ of 1,000 events, then cancelled\.$/).waitFor();
   const sent = (await callsOf(page, 'deleteEvent')).length;
   assert.ok(sent > 0 && sent < 1000, `${sent} sent`);
@@ -425,12 +440,14 @@ test('a long batch shows how far it is and can be cancelled', async () => {
 test('a batch ends where the macro becomes another', async () => {
   const page = await pages.open({ before: kThousand });
   await page.evaluate(() => (host.delay = 3));
+  await holdAfterDeleting(page, 20);
   await startDeletingAll(page, '1,000');
-  await page.waitForFunction(() => host.calls.filter(([name]) => name === 'deleteEvent').length > 20);
+  await held(page);
   await page.evaluate(() => {
     host.status.state = 'Recording';
     host.events = [];
   });
+  await letGo(page);
   await page.getByText('The events are shown when the recording ends.').waitFor();
   await page.getByText(/^The macro changed meanwhile\. Deleted \d+ of 1,000 events\.$/).waitFor();
   const sent = (await callsOf(page, 'deleteEvent')).length;
@@ -444,9 +461,11 @@ test('another command on the macro waits until the batch has stopped', async () 
     before: `${kThousand} host.profiles.names = ['Default Tracking Profile', 'Farm'];`,
   });
   await page.evaluate(() => (host.delay = 3));
+  await holdAfterDeleting(page, 5);
   await startDeletingAll(page, '1,000');
-  await page.waitForFunction(() => host.calls.filter(([name]) => name === 'deleteEvent').length > 5);
+  await held(page);
   await page.getByRole('combobox').selectOption('Farm');
+  await letGo(page);
   await expectCall(page, 'switchProfile');
   await settled(page);
   const names = await page.evaluate(() => host.calls.map(([name]) => name));
