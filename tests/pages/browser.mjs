@@ -115,6 +115,14 @@ export const forgetCalls = (page) => page.evaluate(() => void (host.calls.length
 export const holdAnswers = (page) => page.evaluate(() => void (host.holding = true));
 export const letGo = (page) => page.evaluate(() => host.letGo());
 
+// The page's time stands still until the test lets some pass: page.clock.runFor(milliseconds), page.clock.resume(). Only
+// for a page with a viewport of its own, which no later test gets.
+export async function stopClock(page) {
+  await page.clock.install();
+  await settled(page); // what was waited for by the clock of before is over
+  await page.clock.pauseAt(Date.now() + 60_000);
+}
+
 export const button = (page, name) => page.getByRole('button', { name, exact: true });
 
 export async function picture(page, name, options = {}) {

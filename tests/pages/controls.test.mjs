@@ -1,7 +1,7 @@
 // Every control, and the exact argument text that the program gets from it.
 import assert from 'node:assert/strict';
 import { after, before, describe, test } from 'node:test';
-import { button, callsOf, change, expectCall, forgetCalls, Pages, settled } from './browser.mjs';
+import { button, callsOf, change, expectCall, forgetCalls, Pages, settled, stopClock } from './browser.mjs';
 
 let pages;
 before(async () => (pages = await Pages.start()));
@@ -136,7 +136,7 @@ test('the settings of the program are shown', async () => {
 });
 
 test('a number is sent when typing rests, when the field is left, and once', async () => {
-  const page = await pages.open();
+  const page = await pages.open({ viewport: { width: 420, height: 560 } });
   const field = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
   await field.fill('70');
   assert.deepEqual(await expectCall(page, 'updateSpammer'), ['0,0,0,70,0,0,1,10,0']);
@@ -144,9 +144,11 @@ test('a number is sent when typing rests, when the field is left, and once', asy
   await field.blur();
   await settled(page);
   assert.deepEqual(await callsOf(page, 'updateSpammer'), ['0,0,0,70,0,0,1,10,0', '0,0,0,80,0,0,1,10,0']);
+  await stopClock(page);
   await field.fill('90');
   await field.press('Escape');
   assert.equal(await field.inputValue(), '80');
+  await page.clock.resume();
   await button(page, 'Start clicking').click();
   await settled(page);
   assert.equal((await callsOf(page, 'updateSpammer')).length, 2);
@@ -298,12 +300,14 @@ test('the next key is waited for where it will stand, also behind many', async (
   await button(page, 'Add key').click();
   const note = page.locator('#panel-keyspam').getByText('Press a key...');
   await note.waitFor();
-  const inSight = await note.evaluate((element) => {
-    const box = element.getBoundingClientRect();
-    const list = element.closest('ul').getBoundingClientRect();
-    return box.top >= list.top && box.bottom <= list.bottom;
-  });
-  assert.ok(inSight);
+  await page.waitForFunction(
+    (element) => {
+      const box = element.getBoundingClientRect();
+      const list = element.closest('ul').getBoundingClientRect();
+      return box.top >= list.top && box.bottom <= list.bottom;
+    },
+    await note.elementHandle(),
+  );
   await change(page, "host.status.reassigning = ''; host.status.keySpamTargets.push('A')");
   assert.equal(await page.getByRole('list', { name: 'Keys to press' }).getByRole('listitem').count(), 256);
   assert.ok(await button(page, 'Add key').isDisabled(), 'the list is full');

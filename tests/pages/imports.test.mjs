@@ -13,6 +13,7 @@ import {
   Pages,
   picture,
   settled,
+  stopClock,
 } from './browser.mjs';
 
 let pages;
@@ -30,6 +31,7 @@ const kSummary = `host.pendingSummary = { pendingId: 'aa', name: 'Farm run', eve
   moves: Array.from({ length: 100 }, (_, i) => Math.round(400 + 380 * Math.sin(i / 7))),
   clicks: Array.from({ length: 100 }, (_, i) => (i % 11 ? 0 : 3)),
   keys: Array.from({ length: 100 }, (_, i) => ((i > 2 && i < 9) || (i > 70 && i < 76) ? (i % 5) + 1 : 0)) };`;
+const kWindow = { width: 420, height: 560 };
 const dialog = (page) => page.getByRole('alertdialog');
 const focused = (page) =>
   page.evaluate(() => document.activeElement.ariaLabel ?? document.activeElement.innerText);
@@ -351,7 +353,9 @@ describe('the held macro', () => {
   }
 
   test('it is let in, by keyboard alone, and not before a moment has passed', async () => {
-    const page = await pages.open({ before: `host.pending = ${held('aa')}` });
+    const page = await pages.open({ viewport: kWindow });
+    await stopClock(page);
+    await page.evaluate(`host.pending = ${held('aa')}; window.onPendingMacroImport(host.pending)`);
     await dialog(page).waitFor();
     const anyway = button(page, 'Import anyway');
     assert.equal(await anyway.getAttribute('aria-disabled'), 'true');
@@ -359,6 +363,7 @@ describe('the held macro', () => {
     assert.equal(await focused(page), 'Import anyway');
     await page.keyboard.press('Enter');
     assert.deepEqual(await callsOf(page, 'confirmMacroImport'), []);
+    await page.clock.resume();
     await anyway.and(page.locator(':not([aria-disabled])')).waitFor();
     await page.keyboard.press('Enter');
     await dialog(page).waitFor({ state: 'detached' });
@@ -392,10 +397,11 @@ describe('the held macro', () => {
   });
 
   test('one that comes while another is in sight takes its place, visibly', async () => {
-    const page = await pages.open({ before: `host.pending = ${held('aa')}` });
+    const page = await pages.open({ before: `host.pending = ${held('aa')}`, viewport: kWindow });
     const anyway = button(page, 'Import anyway');
     await anyway.and(page.locator(':not([aria-disabled])')).waitFor();
     await anyway.focus();
+    await stopClock(page);
     await page.evaluate(`host.pending = ${held('bb')}; host.pending.matches.shift();
       eval('if (window.onPendingMacroImport) window.onPendingMacroImport(' + JSON.stringify(host.pending) + ');')`);
     await dialog(page).getByText('in place of the one before, which was not imported').waitFor();
@@ -406,6 +412,7 @@ describe('the held macro', () => {
       'true',
       'a press meant for the other is not taken',
     );
+    await page.clock.resume();
     await picture(page, 'held-replaced');
     await anyway.click();
     await dialog(page).waitFor({ state: 'detached' });
@@ -576,8 +583,8 @@ describe('what native code calls', () => {
 describe('the notice of what is done', () => {
   const shown = (page) => done(page).getByText('Imported as Farm (Imported)');
   const open = async () => {
-    const page = await pages.open({ viewport: { width: 420, height: 560 } });
-    await page.clock.install();
+    const page = await pages.open({ viewport: kWindow });
+    await stopClock(page);
     return page;
   };
   const announce = (page) => page.evaluate(() => (host.import(), window.onProfileImported()));

@@ -1,7 +1,7 @@
 // The status poll: how often, never two at once, and what it makes the page ask for.
 import assert from 'node:assert/strict';
 import { after, before, test } from 'node:test';
-import { button, callsOf, change, forgetCalls, Pages, settled } from './browser.mjs';
+import { button, callsOf, change, forgetCalls, Pages, settled, stopClock } from './browser.mjs';
 
 let pages;
 before(async () => (pages = await Pages.start()));
@@ -31,17 +31,25 @@ const hide = (page, hidden) =>
   }, hidden);
 
 test('about eight polls a second, fewer when nobody can see the page, at once when it is seen again', async () => {
-  const page = await pages.open();
-  const seen = await medianPause(page, 9);
-  assert.ok(seen >= 110, `${seen} ms`);
+  const page = await pages.open({ viewport: { width: 420, height: 560 } });
+  await stopClock(page);
+  const polls = () => page.evaluate(() => host.polls);
+  const pollsWithin = async (milliseconds) => {
+    const before = await polls();
+    await page.clock.runFor(milliseconds);
+    return (await polls()) - before;
+  };
+  const seen = await pollsWithin(10_000);
+  assert.ok(seen >= 75 && seen <= 85, `${seen} while it is seen`);
   await hide(page, true);
-  await settled(page);
-  const hidden = await medianPause(page, 2);
-  assert.ok(hidden >= 900, `${hidden} ms`);
-  assert.ok(hidden / seen >= 3, `${hidden} against ${seen} ms`);
+  await pollsWithin(1000);
+  const hidden = await pollsWithin(10_000);
+  assert.ok(hidden >= 9 && hidden <= 11, `${hidden} while it is hidden`);
+  const before = await polls();
   await hide(page, false);
-  const again = await medianPause(page, 5);
-  assert.ok(again * 2 < hidden, `${again} ms`);
+  assert.equal((await polls()) - before, 1, 'at once');
+  const again = await pollsWithin(10_000);
+  assert.ok(again >= 75 && again <= 85, `${again} when it is seen again`);
   await pages.close(page);
 });
 
