@@ -128,7 +128,7 @@ test('the reset asks where keys of the person would go, and not where none would
   const height = () => page.evaluate(() => document.documentElement.scrollHeight);
   const before = await height();
   await button(page, 'Reset hotkeys').click();
-  await page.getByText('Back to F6, F9, F8, F7 and F10? This cannot be undone.').waitFor();
+  await page.getByText('Back to F6, F9, F8, F7 and F10? Undo then asks for your own keys.').waitFor();
   assert.equal(await height(), before, 'the question takes no further room');
   assert.equal(await page.evaluate(() => document.activeElement.innerText), 'Cancel', 'the safe choice');
   await picture(page, 'hotkeys-reset');
@@ -139,9 +139,58 @@ test('the reset asks where keys of the person would go, and not where none would
   await button(page, 'Reset hotkeys').click();
   await button(page, 'Reset now').click();
   assert.deepEqual(await expectCall(page, 'resetHotkeys'), ['']);
-  await page.getByText('These are the keys of a first start.').waitFor();
+  await button(page, 'Undo the reset').waitFor();
   await button(page, 'Reset hotkeys').click();
   await page.waitForFunction(() => host.calls.filter(([name]) => name === 'resetHotkeys').length === 2);
+  await pages.close(page);
+});
+
+test('a reset is undone key by key, as the program takes none that is not pressed', async () => {
+  const page = await pages.open({
+    before: "Object.assign(host.status, { hkAuto: 'Num 5', hkPlay: 'Mouse 4 (Side)' })",
+  });
+  await settled(page);
+  const undo = button(page, 'Undo the reset');
+  assert.equal(await undo.count(), 0, 'nothing to undo before');
+  const height = () => page.evaluate(() => document.documentElement.scrollHeight);
+  const before = await height();
+  await button(page, 'Reset hotkeys').click();
+  await button(page, 'Reset now').click();
+  await page
+    .getByText('The clicker hotkey was Num 5. Undo waits for that key, and for 1 more after that.')
+    .waitFor();
+  assert.equal(await height(), before, 'it takes no further room');
+  await picture(page, 'hotkeys-undo', { fullPage: true });
+
+  await undo.press('Enter');
+  assert.deepEqual(await expectCall(page, 'reassignKey'), ['auto']);
+  const note = rowOf(page, 'Clicker').getByText('It was Num 5: press that to have it back.');
+  await note.waitFor();
+  await change(page, "host.status.reassigning = ''"); // by Esc
+  await undo.press('Enter');
+  await note.waitFor();
+  await change(page, "Object.assign(host.status, { hkAuto: 'Num 5', reassigning: '' })");
+  await page.getByText('The play hotkey was Mouse 4 (Side). Undo waits for that key.').waitFor();
+  assert.deepEqual(await callsOf(page, 'reassignKey'), ['auto', 'auto'], 'a held key is not taken twice');
+
+  await undo.press('Enter');
+  await rowOf(page, 'Play').getByText('It was Mouse 4 (Side): press that to have it back.').waitFor();
+  assert.deepEqual((await callsOf(page, 'reassignKey')).slice(2), ['play']);
+  await change(page, "Object.assign(host.status, { hkPlay: 'Mouse 4 (Side)', reassigning: '' })");
+  await page.getByText('Your own keys take the place of some.').waitFor();
+  assert.equal(await undo.count(), 0);
+  assert.equal(await page.evaluate(() => document.activeElement.innerText.trim()), 'Reset hotkeys');
+  await pages.close(page);
+});
+
+test('a reset that failed or took nothing has nothing to undo', async () => {
+  const page = await pages.open({ before: "host.failing.resetHotkeys = 'no'; host.status.hkAuto = 'Num 5'" });
+  await settled(page);
+  await button(page, 'Reset hotkeys').click();
+  await button(page, 'Reset now').click();
+  await page.getByText('Varnelle could not reset the hotkeys').waitFor();
+  await settled(page);
+  assert.equal(await button(page, 'Undo the reset').count(), 0);
   await pages.close(page);
 });
 

@@ -1,5 +1,5 @@
-// Warnings before a step that may surprise, at its button: a hotkey acts at once. Each is shown until the person goes on from it once; the program keeps
-// which, and the preferences can turn them all off.
+// Warnings before a step that may surprise, at its button: a hotkey acts at once. Each is shown until the person goes on
+// from it once; the program keeps which, and the preferences can turn them all off.
 import { signal } from '@preact/signals';
 import { call, has } from './bridge';
 import { fetchAppSettings, showFailure } from './fetch';

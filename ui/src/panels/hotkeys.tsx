@@ -1,3 +1,4 @@
+import { signal } from '@preact/signals';
 import { useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { has } from '../bridge';
 import { captureKey, resetHotkeys, setAppSwitch } from '../commands';
@@ -78,6 +79,7 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
   const { capture, field, what, name } = hotkey;
   const waiting = reassigning.value === capture;
   const notice = noticeOf(hotkey);
+  const former = lostKeys().find((lost) => lost.hotkey === hotkey);
   const noticeId = `hotkey-${capture}-notice`;
   return (
     <li class={`hotkeys__row${waiting ? ' hotkeys__row--waiting' : ''}`}>
@@ -94,43 +96,90 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
       <span class={`hotkeys__mode${notice && !waiting ? ' hotkeys__mode--notice' : ''}`} id={noticeId}>
         {notice && !waiting && <Icon name="caution" />}
         {waiting
-          ? capture === 'unlock'
-            ? 'Any key, or a mouse button but the left.'
-            : 'Any key or mouse button: a click counts too.'
+          ? former
+            ? `It was ${former.key}: press that to have it back.`
+            : capture === 'unlock'
+              ? 'Any key, or a mouse button but the left.'
+              : 'Any key or mouse button: a click counts too.'
           : notice || modeText[capture](settings.value, status.value.lockOn)}
       </span>
     </li>
   );
 }
 
-// Asked before and not undone after: the program takes a binding only from a key that is really pressed, so the page
-// has no way to bring the former ones back.
+// The person's own keys of before a reset, by name.
+const formerKeys = signal<Partial<Record<Hotkey['capture'], string>>>({});
+
+// Those that a reset has taken and that nothing else has replaced since.
+function lostKeys(): { hotkey: Hotkey; key: string }[] {
+  return kHotkeys.flatMap((hotkey) => {
+    const key = formerKeys.value[hotkey.capture];
+    return key !== undefined && status.value[hotkey.field] === hotkey.first ? [{ hotkey, key }] : [];
+  });
+}
+
+function resetHint(lost: ReturnType<typeof lostKeys>, differs: boolean): string {
+  const [first] = lost;
+  if (first) {
+    const more = lost.length > 1 ? `, and for ${lost.length - 1} more after that` : '';
+    return `The ${first.hotkey.name} hotkey was ${first.key}. Undo waits for that key${more}.`;
+  }
+  return differs ? 'Your own keys take the place of some.' : 'These are the keys of a first start.';
+}
+
+// The program takes a binding only from a key that is really pressed. So the page remembers which keys a reset has
+// taken, and its undo asks for one of them at a time: a key that is still held would be taken for the next one too.
 function Reset() {
   const [asking, setAsking] = useState(false);
   const opener = useRef<HTMLButtonElement>(null);
   const returns = useRef(false);
+  const undid = useRef(false);
+  const lost = lostKeys();
   useLayoutEffect(() => {
     if (!asking && returns.current) opener.current?.focus();
     returns.current = asking;
   }, [asking]);
+  // The focus does not stay on an Undo that is gone.
+  useLayoutEffect(() => {
+    if (lost.length === 0 && undid.current && document.activeElement === document.body)
+      opener.current?.focus();
+    undid.current = false;
+  }, [lost.length === 0]);
   const differs = kHotkeys.some(({ field, first }) => status.value[field] !== first);
   const keys = kHotkeys.map(({ first }) => first);
-  const question = `Back to ${keys.slice(0, -1).join(', ')} and ${keys.at(-1)}? This cannot be undone.`;
-  const reset = () => {
+  const question = `Back to ${keys.slice(0, -1).join(', ')} and ${keys.at(-1)}? Undo then asks for your own keys.`;
+  const reset = async () => {
     setAsking(false);
-    void resetHotkeys();
+    const own = kHotkeys
+      .map(({ capture, field, first }) => [capture, status.value[field], first] as const)
+      .filter(([, key, first]) => key !== '' && key !== first);
+    if (await resetHotkeys()) formerKeys.value = { ...formerKeys.value, ...Object.fromEntries(own) };
+  };
+  const undo = () => {
+    undid.current = true;
+    if (lost[0]) void captureKey(lost[0].hotkey.capture);
   };
   if (!asking) {
     return (
       <div class="panel__wide hotkeys__reset">
-        <p class="group__hint">
-          {differs ? 'Your own keys take the place of some.' : 'These are the keys of a first start.'}
+        <p class="group__hint" id="hotkeys-reset-hint" aria-live="polite">
+          {resetHint(lost, differs)}
         </p>
+        {lost.length > 0 && (
+          <Button
+            icon="undo"
+            label="Undo the reset"
+            describedBy="hotkeys-reset-hint"
+            waiting={reassigning.value !== ''}
+            onPress={undo}
+          >
+            Undo
+          </Button>
+        )}
         <Button
           buttonRef={opener}
-          icon="undo"
           waiting={reassigning.value !== ''}
-          onPress={() => (differs ? setAsking(true) : reset())}
+          onPress={() => (differs ? setAsking(true) : void reset())}
         >
           Reset hotkeys
         </Button>
@@ -139,7 +188,7 @@ function Reset() {
   }
   return (
     <div class="panel__wide hotkeys__ask">
-      <Confirm verb="Reset now" onConfirm={reset} onCancel={() => setAsking(false)}>
+      <Confirm verb="Reset now" onConfirm={() => void reset()} onCancel={() => setAsking(false)}>
         <p class="group__hint group__hint--notable">{question}</p>
       </Confirm>
     </div>
