@@ -1,7 +1,18 @@
 // Every control, and the exact argument text that the program gets from it.
 import assert from 'node:assert/strict';
 import { after, before, describe, test } from 'node:test';
-import { button, callsOf, change, expectCall, forgetCalls, Pages, settled, stopClock } from './browser.mjs';
+import {
+  button,
+  callsOf,
+  change,
+  expectCall,
+  forgetCalls,
+  holdAnswers,
+  letGo,
+  Pages,
+  settled,
+  stopClock,
+} from './browser.mjs';
 
 let pages;
 before(async () => (pages = await Pages.start()));
@@ -225,6 +236,77 @@ test('names that the program would change are explained and not sent', async () 
   assert.deepEqual(await callsOf(page, 'addProfile'), []);
   await name.fill('Default Tracking Profile');
   assert.ok(await page.getByText('There is a profile of this name already.').isVisible());
+  await pages.close(page);
+});
+
+test('a step on the profile that is pressed twice is taken once', async () => {
+  const page = await pages.open({ before: `host.profiles.names.push('Farm', 'Fish'); ${kMacro}` });
+  await page.getByRole('combobox', { name: 'Profile' }).selectOption('Farm');
+  await page.waitForFunction(() => host.profiles.current === 1);
+  await settled(page);
+  for (const [open, verb, command] of [
+    ['Delete profile', 'Delete now', 'deleteProfile'],
+    ['Clear profile', 'Clear now', 'clearProfile'],
+  ]) {
+    await button(page, open).click();
+    await holdAnswers(page);
+    for (let i = 0; i < 3; i++) await button(page, verb).click();
+    await letGo(page);
+    await button(page, open).waitFor();
+    await settled(page);
+    assert.equal((await callsOf(page, command)).length, 1, command);
+  }
+  assert.deepEqual(await page.evaluate(() => host.profiles.names), ['Default Tracking Profile', 'Fish']);
+  await button(page, 'New profile').click();
+  await page.getByRole('textbox', { name: 'Profile name' }).fill('Wheat');
+  await holdAnswers(page);
+  for (let i = 0; i < 3; i++) await page.getByRole('textbox', { name: 'Profile name' }).press('Enter');
+  await button(page, 'Add profile').click();
+  await letGo(page);
+  await button(page, 'New profile').and(page.locator(':enabled')).waitFor();
+  assert.deepEqual(await callsOf(page, 'addProfile'), ['Wheat']);
+  await pages.close(page);
+});
+
+test('a question about a profile goes away when an import makes another one current', async () => {
+  const page = await pages.open({
+    before: `host.profiles.names.push('Farm'); host.profiles.current = 1; ${kMacro}`,
+  });
+  for (const [open, verb] of [
+    ['Clear profile', 'Clear now'],
+    ['Delete profile', 'Delete now'],
+  ]) {
+    await button(page, open).click();
+    await button(page, verb).waitFor();
+    await page.evaluate(() => {
+      host.import();
+      window.onProfileImported();
+    });
+    await button(page, open).waitFor();
+    assert.equal(await button(page, verb).count(), 0);
+    assert.equal(
+      await page.evaluate(() => document.activeElement.tagName),
+      'SELECT',
+      'the focus is not lost',
+    );
+  }
+  assert.deepEqual(await callsOf(page, 'clearProfile'), []);
+  assert.deepEqual(await callsOf(page, 'deleteProfile'), []);
+  await pages.close(page);
+});
+
+test('a key is removed once, however often its cross is pressed before it is gone', async () => {
+  const page = await pages.open({ before: "host.status.keySpamTargets = ['A', 'B', 'C', 'D']" });
+  await settled(page);
+  await holdAnswers(page);
+  const cross = page.getByRole('button', { name: 'Remove B, key 2' });
+  for (let i = 0; i < 3; i++) await cross.click();
+  await letGo(page);
+  await page.getByRole('button', { name: 'Remove C, key 2' }).waitFor();
+  assert.deepEqual(await page.evaluate(() => host.status.keySpamTargets), ['A', 'C', 'D']);
+  await page.getByRole('button', { name: 'Remove C, key 2' }).click();
+  await page.getByRole('button', { name: 'Remove D, key 2' }).waitFor();
+  assert.deepEqual(await callsOf(page, 'removeKeySpamTarget'), ['1', '1']);
   await pages.close(page);
 });
 

@@ -1,7 +1,18 @@
 // What the page tells of a macro: its picture, its facts, what optimising would drop, and its timing.
 import assert from 'node:assert/strict';
 import { after, before, describe, test } from 'node:test';
-import { button, callsOf, change, expectCall, importSource, Pages, picture, settled } from './browser.mjs';
+import {
+  button,
+  callsOf,
+  change,
+  expectCall,
+  holdAnswers,
+  importSource,
+  letGo,
+  Pages,
+  picture,
+  settled,
+} from './browser.mjs';
 
 let pages;
 let data;
@@ -433,6 +444,20 @@ describe('the panel', () => {
     await page.evaluate(() => (host.delay = 40));
     await button(page, 'Optimise').click();
     await page.getByText('Dropped 48 moves. No more would be.').waitFor();
+    await pages.close(page);
+  });
+
+  test('pressed twice, it optimises once', async () => {
+    const page = await pages.open({
+      before: `host.events = Array.from({ length: 50 }, (_, i) => ({ time: i, desc: 'Abs Move to X:' + i % 5 + ' Y:0' }));
+        host.commands.optimizeMacro = () => void host.events.splice(0, 20);`,
+    });
+    await page.getByText('Drop 48 of 50 moves').waitFor();
+    await holdAnswers(page);
+    for (let i = 0; i < 3; i++) await button(page, 'Optimise').click({ force: true });
+    await letGo(page);
+    await page.getByText('Dropped 20 moves.').waitFor();
+    assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);
     await pages.close(page);
   });
 

@@ -1,10 +1,10 @@
 import type { ComponentChildren } from 'preact';
-import { useId, useLayoutEffect, useRef } from 'preact/hooks';
+import { useId, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { Button } from './button';
 import './confirm.css';
 
-// A question in the place of what asked it, with the safe answer focused. Where the focus goes afterwards is for whoever
-// asks.
+// A question in the place of what asked it, with the safe answer focused. It is answered once, also where it stays in
+// sight until the program is through. Where the focus goes afterwards is for whoever asks.
 export function Confirm(props: {
   children: ComponentChildren; // the question, and what comes of it
   verb: string;
@@ -14,6 +14,12 @@ export function Confirm(props: {
   const { children, verb, onConfirm, onCancel } = props;
   const cancel = useRef<HTMLButtonElement>(null);
   const id = useId();
+  const [confirmed, setConfirmed] = useState(false);
+  const confirm = () => {
+    if (confirmed) return;
+    setConfirmed(true);
+    onConfirm();
+  };
   useLayoutEffect(() => cancel.current?.focus(), []);
   return (
     <div
@@ -29,7 +35,7 @@ export function Confirm(props: {
         <Button buttonRef={cancel} onPress={onCancel}>
           Cancel
         </Button>
-        <Button kind="stop" onPress={onConfirm}>
+        <Button kind="stop" pending={confirmed} onPress={confirm}>
           {verb}
         </Button>
       </div>

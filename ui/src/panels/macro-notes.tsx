@@ -67,6 +67,7 @@ export function LeftAtEnd() {
 
 export function OptimiseRow() {
   const [dropped, setDropped] = useState<{ of: unknown; count: number } | null>(null);
+  const [optimising, setOptimising] = useState(false);
   useEffect(() => {
     if (dropped && dropped.of !== events.value) setDropped(null);
   }, [events.value]);
@@ -74,7 +75,10 @@ export function OptimiseRow() {
   const current = reading.value?.list === events.value ? reading.value : null;
   const facts = recording.value || eventCount.value === 0 ? undefined : current?.facts;
   const optimise = async () => {
+    // Once more would drop what nobody was told of.
+    setOptimising(true);
     const count = await optimiseMacro();
+    setOptimising(false);
     if (count !== undefined) setDropped({ of: events.value, count });
   };
   const would = facts?.dropped ?? 0;
@@ -84,7 +88,7 @@ export function OptimiseRow() {
         icon="thin"
         describedBy="optimise-hint"
         disabled={recording.value || eventCount.value === 0}
-        waiting={would === 0 || batch.value !== null}
+        waiting={would === 0 || batch.value !== null || optimising}
         onPress={() => void optimise()}
       >
         Optimise

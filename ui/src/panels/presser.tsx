@@ -14,7 +14,7 @@ import { Icon } from '../components/icon';
 import { KeyCap } from '../components/key-cap';
 import { counted } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
-import { RunButton } from '../components/run-button';
+import { RunButton, usePending } from '../components/run-button';
 import { Segmented } from '../components/segmented';
 import { type Action, rateText } from '../rate';
 import { pressing, reassigning, settings, status } from '../store';
@@ -100,6 +100,13 @@ function TargetsGroup() {
   const { keySpamTargets, keySpamChord } = status.value;
   const waiting = reassigning.value === 'keyspamtarget';
   const full = keySpamTargets.length >= kMostTargets;
+  // Until the list shows the removal, a second press would mean the key that has moved to this place.
+  const [removing, setRemoving] = usePending(keySpamTargets.join());
+  const remove = (index: number) => {
+    if (removing) return;
+    setRemoving(true);
+    void removeTarget(index);
+  };
   return (
     <Group title="Keys">
       <ul class="targets" aria-label="Keys to press">
@@ -110,7 +117,7 @@ function TargetsGroup() {
               type="button"
               class="targets__remove"
               aria-label={`Remove ${name}, key ${index + 1}`}
-              onClick={() => void removeTarget(index)}
+              onClick={() => remove(index)}
             >
               <Icon name="cross" />
             </button>

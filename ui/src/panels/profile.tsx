@@ -38,6 +38,13 @@ export function ProfilePanel() {
     setStep('choose');
     select.current?.focus();
   };
+  // A question is about the profile that it was asked for, not about one that an import makes current behind it.
+  const inPlace = useRef<HTMLDivElement>(null);
+  useEffect(() => {
+    if (step !== 'clear' && step !== 'delete') return;
+    if (inPlace.current?.contains(document.activeElement)) done();
+    else setStep('choose');
+  }, [current, name, names.length]);
   // What is asked each time is explained the first time.
   const explained = eventCount.value > 0 && isDue(kWarnings.losingEvents);
   const events = counted(eventCount.value, 'event');
@@ -70,7 +77,7 @@ export function ProfilePanel() {
           New
         </Button>
       </div>
-      <div class="profile__step">
+      <div class="profile__step" ref={inPlace}>
         {step === 'choose' && (
           <>
             <div class="profile__more">
@@ -169,9 +176,12 @@ function Ask(props: {
   onDone: () => void;
 }) {
   const { question, verb, explained, onConfirm, onDone } = props;
+  const inSight = useRef(true);
+  useEffect(() => () => void (inSight.current = false), []);
   const confirm = () => {
     if (explained) void markSeen(kWarnings.losingEvents);
-    void onConfirm().then(onDone);
+    // The list may have told it already, and the person may be at another step.
+    void onConfirm().then(() => inSight.current && onDone());
   };
   return (
     <Confirm verb={verb} onConfirm={confirm} onCancel={onDone}>
@@ -185,12 +195,15 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
   const input = useRef<HTMLInputElement>(null);
   const [name, setName] = useState('');
   const [tried, setTried] = useState(false);
+  const [sent, setSent] = useState(false);
   useLayoutEffect(() => input.current?.focus(), []);
   const error = nameError(name);
   const known = names.includes(name.trim());
   const add = () => {
     setTried(true);
-    if (!error) void addProfile(name.trim()).then(onDone);
+    if (error || sent) return;
+    setSent(true);
+    void addProfile(name.trim()).then(onDone);
   };
   const hint = known ? 'There is a profile of this name already.' : 'It starts with the present settings.';
   const shownError = tried || name !== '' ? error : '';
@@ -216,7 +229,7 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
           onInput={(event) => setName(event.currentTarget.value)}
         />
         <Button onPress={onDone}>Cancel</Button>
-        <Button kind="primary" onPress={add}>
+        <Button kind="primary" pending={sent} onPress={add}>
           Add profile
         </Button>
       </div>
