@@ -390,6 +390,33 @@ test('a selection is shifted by an amount, each by its own call', async () => {
   await pages.close(page);
 });
 
+test('pressed again before the program has answered, a shift and a delete do not mix', async () => {
+  const page = await pages.open({ before: kMixed });
+  await option(page, 1).click();
+  await option(page, 2).click({ modifiers: ['Shift'] });
+  await page.getByRole('textbox', { name: 'Shift the times by' }).fill('2');
+  await page.getByRole('textbox', { name: 'Shift the times by' }).press('Enter');
+  await holdAnswers(page);
+  for (let i = 0; i < 2; i++) await button(page, 'Shift').click();
+  await list(page).press('Delete');
+  await letGo(page);
+  await page.getByText('Shifted 2 events.').waitFor();
+  await settled(page);
+  assert.deepEqual(await callsOf(page, 'updateEventTime'), ['1,3.000000', '2,4.000000']);
+  assert.deepEqual(await callsOf(page, 'deleteEvent'), []);
+
+  await forgetCalls(page);
+  await holdAnswers(page);
+  await list(page).press('Delete');
+  await button(page, 'Shift').click();
+  await letGo(page);
+  await page.getByText('Deleted 2 events.').waitFor();
+  await settled(page);
+  assert.deepEqual(await callsOf(page, 'deleteEvent'), ['2', '1']);
+  assert.deepEqual(await callsOf(page, 'updateEventTime'), []);
+  await pages.close(page);
+});
+
 const kThousand = `host.events = Array.from({ length: 1000 }, (_, i) => ({ time: i / 10, desc: 'Abs Move to X:' + i * 20 + ' Y:0' }));`;
 async function startDeletingAll(page, count) {
   await option(page, 0).click();

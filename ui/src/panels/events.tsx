@@ -46,7 +46,7 @@ export function EventList() {
   const [error, setError] = useState('');
   const [told, setTold] = useState('');
   const [asking, setAsking] = useState(false);
-  const deleting = useRef(false);
+  const editing = useRef(false);
   const { list } = view.value;
   const { mask, count, active } = selection.value;
   const current = viewIsCurrent() && !recording.value && !batch.value;
@@ -79,9 +79,9 @@ export function EventList() {
     setAsking(false);
     const next = indexes[0];
     if (next === undefined) return;
-    deleting.current = true;
+    editing.current = true;
     const result = indexes.length > 1 ? await deleteEvents(indexes) : await deleteEvent(next);
-    deleting.current = false;
+    editing.current = false;
     if (viewIsCurrent() && (!result || result.end === 'done')) {
       const row = rowOfIndex(next);
       if (row >= 0) selectOnly(row);
@@ -90,13 +90,17 @@ export function EventList() {
   };
   const askOrRemove = () => {
     // A key that is held, or pressed twice, must not reach what has moved to the places of the deleted ones.
-    if (!current || count === 0 || deleting.current) return;
+    if (!current || count === 0 || editing.current) return;
     if (count < kAskFrom) void remove(selectedIndexes());
     else setAsking(true);
   };
   const shift = async (seconds: number) => {
+    if (editing.current) return;
     const indexes = selectedIndexes();
-    setTold(endText('Shifted', await shiftEvents(indexes, seconds), indexes.length));
+    editing.current = true;
+    const result = await shiftEvents(indexes, seconds);
+    editing.current = false;
+    setTold(endText('Shifted', result, indexes.length));
   };
   const onKey = (key: string) => {
     if (key === 'Delete') askOrRemove();
