@@ -207,6 +207,35 @@ for (const width of [360, 420]) {
   });
 }
 
+for (const width of [360, 420, 1200]) {
+  test(`names of the hotkeys stay beside what waits, and the length of a macro is whole, at ${width}`, async () => {
+    const page = await pages.open({ before: kMacro, viewport: { width, height: 560 } });
+    await settled(page);
+    const summary = page.locator('#panel-tracker .panel__summary');
+    assert.ok(
+      await summary.evaluate((line) => line.scrollWidth <= line.clientWidth),
+      await summary.innerText(),
+    );
+    const rows = page.locator('.hotkeys__row');
+    for (const [row, capture] of ['auto', 'keyspamhotkey', 'rec', 'play', 'unlock'].entries()) {
+      const height = () => rows.nth(row).evaluate((element) => element.offsetHeight);
+      const before = await height();
+      await change(page, `host.status.reassigning = '${capture}'`);
+      const [name, note] = await rows.nth(row).evaluate((element) => {
+        const words = document.createRange();
+        words.selectNodeContents(element.querySelector('.hotkeys__name'));
+        const { left } = element.querySelector('.capture-note').getBoundingClientRect();
+        return [words.getBoundingClientRect().right, left];
+      });
+      assert.ok(name < note, `${capture}: the name ends at ${name}, the note begins at ${note}`);
+      assert.equal(await height(), before, capture);
+      if (width === 360 && capture === 'unlock') await picture(page, 'capture-narrow', { fullPage: true });
+      await change(page, "host.status.reassigning = ''");
+    }
+    await pages.close(page);
+  });
+}
+
 test('nothing moves when the state changes', async () => {
   const page = await pages.open({ before: kMacro });
   await settled(page);
