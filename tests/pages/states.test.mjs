@@ -14,6 +14,14 @@ const kMacro = `host.events = Array.from({ length: 240 }, (_, i) => ({ time: i *
 const stateText = async (page) =>
   (await page.getByRole('status', { name: 'State' }).innerText()).replace(/\s+/g, ' ').trim();
 
+// The words that have less room than they need.
+const cutOff = (page) =>
+  page.evaluate(() =>
+    [...document.querySelectorAll('button, .segmented span, .toggle span:last-child, .group__hint, .key-cap')]
+      .filter((element) => element.scrollWidth > element.clientWidth + 1)
+      .map((element) => element.innerText),
+  );
+
 const states = [
   ['idle-empty', '', 'Idle F6 click F9 press F8 record F7 play'],
   ['idle', kMacro, 'Idle F6 click F9 press F8 record F7 play'],
@@ -83,9 +91,19 @@ describe('states', { concurrency: 4 }, () => {
       await picture(page, `${name}-whole`, { fullPage: true });
       const sideways = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
       assert.ok(sideways <= 0, 'nothing reaches over the side');
+      assert.deepEqual(await cutOff(page), [], 'at 420');
       assert.deepEqual(page.faults, []);
       await pages.close(page);
     });
+  }
+});
+
+test('no words reach out of their control in any state, at 360', async () => {
+  for (const [name, script] of states) {
+    const page = await pages.open({ before: script, viewport: { width: 360, height: 560 } });
+    await settled(page);
+    assert.deepEqual(await cutOff(page), [], name);
+    await pages.close(page);
   }
 });
 
