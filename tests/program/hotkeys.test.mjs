@@ -192,4 +192,15 @@ test('resetting brings the hotkeys back', limit, async () => {
   await clicking(true);
   await hand.tap(Key.F6);
   await clicking(false);
+
+  // And undone: the page asks for the key that the reset has taken.
+  await program.press('Undo the reset', hotkeys());
+  await program.waitForCapture();
+  await hand.tap(Key.F12);
+  await program.waitForStatus((s) => s.reassigning === '' && s.hkAuto !== before.hkAuto, 'the own key again');
+  await program.button('Undo the reset').waitFor({ state: 'detached' });
+  await hand.tap(Key.F12);
+  await clicking(true);
+  await hand.tap(Key.F12);
+  await clicking(false);
 });
