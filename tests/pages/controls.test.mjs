@@ -236,6 +236,10 @@ test('names that the program would change are explained and not sent', async () 
   assert.deepEqual(await callsOf(page, 'addProfile'), []);
   await name.fill('Default Tracking Profile');
   assert.ok(await page.getByText('There is a profile of this name already.').isVisible());
+  await name.fill('F\u00e4rm\t\u7530');
+  assert.equal(await name.inputValue(), 'F\u00e4rm \u7530', 'a tab is a blank');
+  await name.press('Enter');
+  assert.deepEqual(await expectCall(page, 'addProfile'), ['F\u00e4rm \u7530']);
   await pages.close(page);
 });
 

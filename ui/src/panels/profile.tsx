@@ -14,6 +14,9 @@ import './profile.css';
 const kLongestName = 60;
 const kHintId = 'profile-hint';
 
+// A pasted tab would arrive as two letters.
+const withoutTabs = (name: string) => name.replace(/\p{Cc}/gu, ' ');
+
 // The program takes names as they come but drops these signs on the way.
 function nameError(name: string): string {
   if (/["[\]\\]/.test(name)) return 'Leave out these signs: " [ ] \\';
@@ -226,7 +229,7 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
           aria-describedby="profile-name-hint"
           maxLength={kLongestName}
           value={name}
-          onInput={(event) => setName(event.currentTarget.value)}
+          onInput={(event) => setName(withoutTabs(event.currentTarget.value))}
         />
         <Button onPress={onDone}>Cancel</Button>
         <Button kind="primary" pending={sent} onPress={add}>
