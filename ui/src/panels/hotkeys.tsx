@@ -178,6 +178,7 @@ function Reset() {
         )}
         <Button
           buttonRef={opener}
+          {...(lost.length === 0 && { icon: 'undo' as const })}
           waiting={reassigning.value !== ''}
           onPress={() => (differs ? setAsking(true) : void reset())}
         >
