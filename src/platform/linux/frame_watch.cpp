@@ -197,6 +197,10 @@ void Watch(Display* events, const bool* lost) {
         if (!managed && selected) {
             managed = IsManaged(display, frame.window) || !HasWindowManager(display);
             if (managed) {
+                // First: a window that goes as soon as it was asked something has had a place too.
+                if (!Look(display, &sight)) {
+                    return;
+                }
                 RunRequests(display);
                 look = true;
             }
