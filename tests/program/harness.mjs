@@ -379,7 +379,10 @@ export class Program {
     return waitUntil(() => {
       const status = this.status();
       return status && condition(status) ? status : null;
-    }, what);
+    }, what).catch(async (error) => {
+      const status = JSON.stringify(this.status());
+      throw new Error(`${error.message}; the status is ${status}; ${await this.situation()}`);
+    });
   }
   // The program waits for a key. The input thread takes hold of the keyboard a moment after it was asked: no hand goes
   // from the mouse to a key as fast as that.
