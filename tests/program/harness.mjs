@@ -22,6 +22,7 @@ import { fileURLToPath } from 'node:url';
 import { isDeepStrictEqual } from 'node:util';
 import { pause } from './real_hand.mjs';
 import {
+  kHandMilliseconds,
   kPatienceMilliseconds,
   kQuietMilliseconds,
   setWineRegistryValue,
@@ -384,11 +385,19 @@ export class Program {
       throw new Error(`${error.message}; the status is ${status}; ${await this.situation()}`);
     });
   }
-  // The program waits for a key. The input thread takes hold of the keyboard a moment after it was asked: no hand goes
-  // from the mouse to a key as fast as that.
+  // Each of these says that keys or buttons are the program's from now on. The input thread takes hold of them a moment
+  // after it was asked to: no hand goes from the mouse to a key as fast as that.
   async waitForCapture(condition = (s) => s.reassigning !== '') {
     await this.waitForStatus(condition, 'the capture waits');
-    await pause(kQuietMilliseconds);
+    await pause(kHandMilliseconds);
+  }
+  async waitForPick() {
+    await this.waitForStateText(/Right-click cancels/);
+    await pause(kHandMilliseconds);
+  }
+  async waitForUnlocked() {
+    await this.waitForStatus((s) => s.unlocked, 'unlocked');
+    await pause(kHandMilliseconds);
   }
   readData(name) {
     return readFileSync(join(this.installation.data, name), 'latin1').replaceAll('\r\n', '\n');

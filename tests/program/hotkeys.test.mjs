@@ -86,7 +86,7 @@ test('the lock stops the tools and lets the other hotkeys through as ordinary ke
   await waitUntil(() => observer.keys().length === 2, 'F6 is an ordinary key now');
   assert.equal(program.status().autoClicking, false);
   await hand.tap(Key.F10);
-  await program.waitForStatus((s) => s.unlocked, 'unlocked');
+  await program.waitForUnlocked();
   observer.clear();
   await hand.tap(Key.F6);
   await clicking(true);

@@ -51,5 +51,8 @@ export async function waitUntil(condition, what, limitMilliseconds = kPatienceMi
   }
 }
 
+// What a hand needs from the mouse to a key, and longer than the input thread needs to take hold of it on a busy machine.
+export const kHandMilliseconds = 1000;
+
 // What must not happen has had this long to happen.
 export const kQuietMilliseconds = 300;

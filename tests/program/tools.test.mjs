@@ -103,7 +103,7 @@ test('a place is picked by a real click, which the application does not get, and
   await begin();
   await setCount(clicker(), 'clicks', 3);
   await program.press('Pick location');
-  await program.waitForStateText(/Right-click cancels/);
+  await program.waitForPick();
   await observer.pointAt(-60, 40);
   const place = await hand.position();
   await hand.click(Button.Left);
@@ -127,7 +127,7 @@ test('a right press cancels a pick', limit, async () => {
   await begin();
   const before = await program.call('getSettings');
   await program.press('Pick location');
-  await program.waitForStateText(/Right-click cancels/);
+  await program.waitForPick();
   await hand.click(Button.Right);
   await observer.settle();
   assert.deepEqual(observer.presses(), [], 'the cancelling press does not reach the application');
