@@ -22,13 +22,13 @@ export const kWarnings = {
   fastestClicking: {
     id: 'fastest-clicking',
     title: 'As fast as it can click',
-    text: 'An interval of zero counts as 1 ms: up to 1,000 clicks a second. Other programs may fall behind and go on clicking for a while after the stop.',
+    text: 'An interval of zero counts as 1 ms: clicks as fast as the timer goes. Other programs may fall behind and go on clicking for a while after the stop.',
     verb: 'Start clicking',
   },
   fastestPressing: {
     id: 'fastest-pressing',
     title: 'As fast as it can press',
-    text: 'An interval of zero counts as 1 ms: up to 1,000 rounds a second. Other programs may fall behind and go on typing for a while after the stop.',
+    text: 'An interval of zero counts as 1 ms: keys as fast as the timer goes. Other programs may fall behind and go on typing for a while after the stop.',
     verb: 'Start pressing',
   },
   looping: {
