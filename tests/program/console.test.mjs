@@ -248,9 +248,9 @@ test('a file and a pipe get the same bytes', limit, () => {
     const toFile = run(args, { stdio: ['ignore', output, 'pipe'] });
     closeSync(output);
     const toPipe = run(args);
-    assert.equal(plain(readFileSync(redirected, 'latin1')), toPipe.printed);
+    toFile.printed = plain(readFileSync(redirected, 'latin1'));
+    assert.deepEqual(toFile, toPipe);
     assert.ok(toPipe.printed.length > 0);
-    assert.equal(toFile.code, toPipe.code);
   }
 });
 
