@@ -300,8 +300,10 @@ test('a continued recording keeps two clicks of one button apart', limit, async 
   await record(() => hand.click(Button.Left), { continued: true });
   const left = await events();
   const gap = left[2].time - before[0].time;
-  // The system's double-click time and 50 ms; 500 ms is what both homes have without a setting.
-  assert.ok(Math.abs(gap - 0.55) < 2e-6, `${gap}`);
+  // The system's double-click time and 50 ms; 500 ms is what both homes have without a setting. A busy machine may have
+  // held the button for so long that the gap of every continuation asks for more.
+  const asked = Math.max(0.55, before[1].time - before[0].time + 0.1);
+  assert.ok(Math.abs(gap - asked) < 2e-6, `${gap}, not ${asked}`);
 
   await program.press('Undo');
   await program.waitForStatus((s) => s.count === 2, 'it was undone');
