@@ -85,7 +85,7 @@ BuildFor() {
 
 TestOne() {
     case "$1" in
-        check) TestKind check 1800 ./dev check ;;
+        check) TestKind check 3000 ./dev check ;;
         unit) BuildFor unit linux unit_tests && TestKind unit 600 build/linux/unit_tests --gtest_brief=1 ;;
         simulated)
             BuildFor simulated linux simulated_tests &&
@@ -96,7 +96,7 @@ TestOne() {
             ;;
         linux) BuildFor linux linux && TestKind linux 800 tests/linux/run.sh build/linux ;;
         windows) BuildFor windows windows && TestKind windows 800 tests/windows/run.sh build/windows ;;
-        pages) TestKind pages 1200 tests/pages/run.sh ;;
+        pages) TestKind pages 2400 tests/pages/run.sh ;;
         program) BuildFor program linux all dist && TestKind program 1500 tests/program/run.sh linux build/linux ;;
         program-windows)
             BuildFor program-windows windows all dist &&
