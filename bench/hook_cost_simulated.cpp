@@ -1,7 +1,7 @@
 // What one hook call costs while recording with a million events already in the macro: the time that all input of the
 // session waits for us. On the simulated platform, so that nothing but our own code is measured.
-#include "engines/engine_state.h"
 #include "engines/recorder.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/simulated/simulation.h"
 

@@ -4,9 +4,8 @@
 // way. Needs DISPLAY; prints one table. Usage: input_bench
 #include "engines/autoclicker.h"
 #include "engines/dispatcher.h"
-#include "engines/engine_state.h"
 #include "engines/playback.h"
-#include "engines/requests.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/input.h"
 #include "platform/threads.h"

@@ -1,8 +1,8 @@
 // How fast a large macro is read, written, saved and listed, beside the plain iostream way of doing the same, which is
 // kept here as the yardstick. Prints one table of `name | ours | yardstick | ratio`, all measured in this one run.
 // Usage: storage_bench
-#include "engines/engine_state.h"
-#include "engines/macro_edits.h"
+#include "editing/macro_edits.h"
+#include "model/engine_state.h"
 #include "platform/files.h"
 #include "storage/data_folder.h"
 #include "storage/macro_file.h"

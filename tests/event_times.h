@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/mutex.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 
 #include <cmath>
 #include <vector>

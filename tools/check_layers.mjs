@@ -1,26 +1,25 @@
-// The house stays drawable: what each room may include, no operating-system header above the seam, no circle.
+// Checks the layers: which modules each module may include, no operating-system header above the seam, no include
+// circle of any length.
 //
-// Run from the root of the project. Prints each break of a rule with its file and line; exit code 1 if there is one.
+// Run from the root of the project. Prints each violation with its file and line; exit code 1 if there is one.
 import { readdirSync, readFileSync } from 'node:fs';
 import { dirname, join, posix } from 'node:path';
 
-// Floors, lowest first: a file may include from its own floor and from lower ones.
-const floors = [
+// Modules, lowest layer first. A file includes from its own module and from modules that stand before it.
+const modules = [
   'base',
   'platform',
-  'storage',
-  'engines',
+  'model',
   'scan',
   'themes',
+  'storage',
+  'editing',
+  'engines',
   'windows',
-  'update',
   'imports',
-  'frame',
+  'update',
+  'app',
 ];
-
-// Records and the small headers by which a lower room tells a higher one: standard library and records only, so they
-// may be included from anywhere.
-const recordHeaders = new Set(['engines/unified_event.h', 'engines/engine_state.h', 'storage/profile.h']);
 
 // Standard headers that this project uses; anything else in <> above the seam is an operating-system header.
 const standardHeader = /^[a-z_]+$|^c(math|stdint|stdio|stdlib|string|errno|time|limits)$/;
@@ -34,13 +33,17 @@ function* filesBelow(folder) {
 }
 
 const problems = [];
-const includes = new Map(); // file below src -> own headers it includes
+
+// A header and the source of the same name are one component: a circle that leads through a source is a circle too.
+const components = new Map(); // component -> components that it includes
+const componentOf = (file) => file.replace(/\.(h|cpp)$/, '');
 
 for (const path of filesBelow('src')) {
   const file = posix.relative('src', path.split('\\').join('/'));
-  const room = file.split('/')[0];
-  const aboveSeam = room !== 'platform';
-  const own = [];
+  const module = file.split('/')[0];
+  const aboveSeam = module !== 'platform';
+  const component = componentOf(file);
+  if (!components.has(component)) components.set(component, new Set());
   readFileSync(path, 'utf8')
     .split('\n')
     .forEach((line, index) => {
@@ -50,48 +53,39 @@ for (const path of filesBelow('src')) {
         problems.push(`${where}: <${system[1]}> belongs behind the platform seam`);
       }
       if (aboveSeam && /^\s*#.*\b(_WIN32|__linux__|__unix__|WIN32)\b/.test(line)) {
-        problems.push(`${where}: a question about the operating system belongs behind the platform seam`);
+        problems.push(`${where}: code for one operating system belongs behind the platform seam`);
       }
       const local = line.match(/^\s*#\s*include\s*"([^"]+)"/);
       if (!local) return;
       const target = local[1];
-      own.push(target);
-      const targetRoom = target.split('/')[0];
-      if (!floors.includes(targetRoom)) {
-        problems.push(`${where}: "${target}" names no room`);
-      } else if (!recordHeaders.has(target) && floors.indexOf(targetRoom) > floors.indexOf(room)) {
-        problems.push(`${where}: "${target}" is on a higher floor`);
+      const targetModule = target.split('/')[0];
+      if (componentOf(target) !== component) components.get(component).add(componentOf(target));
+      if (!modules.includes(targetModule)) {
+        problems.push(`${where}: "${target}" names no module`);
+      } else if (modules.indexOf(targetModule) > modules.indexOf(module)) {
+        problems.push(`${where}: "${target}" is in a higher layer`);
       }
-      if (aboveSeam && targetRoom === 'platform' && dirname(target) !== 'platform') {
-        problems.push(`${where}: "${target}" is one home of the platform, not the seam`);
+      if (aboveSeam && targetModule === 'platform' && dirname(target) !== 'platform') {
+        problems.push(`${where}: "${target}" belongs to one backend, not to the seam`);
       }
     });
-  includes.set(file, own);
-}
-
-for (const header of recordHeaders) {
-  for (const target of includes.get(header) ?? []) {
-    if (!recordHeaders.has(target) && !target.startsWith('base/')) {
-      problems.push(`src/${header}: a record header includes "${target}"`);
-    }
-  }
 }
 
 // Circles: depth-first, each reported once by the path that closes it.
 const state = new Map();
-function visit(file, path) {
-  state.set(file, 'open');
-  for (const target of includes.get(file) ?? []) {
+function visit(component, path) {
+  state.set(component, 'open');
+  for (const target of components.get(component) ?? []) {
     if (state.get(target) === 'open') {
       problems.push(`circle: ${[...path.slice(path.indexOf(target)), target].join(' -> ')}`);
-    } else if (!state.has(target) && includes.has(target)) {
+    } else if (!state.has(target) && components.has(target)) {
       visit(target, [...path, target]);
     }
   }
-  state.set(file, 'done');
+  state.set(component, 'done');
 }
-for (const file of includes.keys()) if (!state.has(file)) visit(file, [file]);
+for (const component of components.keys()) if (!state.has(component)) visit(component, [component]);
 
 for (const problem of problems) console.error(problem);
-console.log(`${includes.size} files, ${problems.length} problems`);
+console.log(`${components.size} components, ${problems.length} problems`);
 process.exit(problems.length ? 1 : 0);

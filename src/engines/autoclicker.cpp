@@ -1,7 +1,7 @@
 #include "engines/autoclicker.h"
 
-#include "engines/engine_state.h"
 #include "engines/injection.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/wake.h"
 

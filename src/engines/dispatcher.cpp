@@ -1,10 +1,10 @@
 #include "engines/dispatcher.h"
 
-#include "engines/engine_state.h"
 #include "engines/hotkeys.h"
 #include "engines/injection.h"
 #include "engines/key_spammer.h"
 #include "engines/recorder.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/hooks.h"
 #include "platform/wake.h"

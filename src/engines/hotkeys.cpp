@@ -1,9 +1,9 @@
 #include "engines/hotkeys.h"
 
-#include "engines/engine_state.h"
+#include "editing/settings_updates.h"
 #include "engines/injection.h"
 #include "engines/key_spammer.h"
-#include "engines/requests.h"
+#include "model/engine_state.h"
 #include "platform/input.h"
 #include "platform/wake.h"
 

@@ -1,11 +1,9 @@
 #include "engines/key_spammer.h"
 
 #include "engines/autoclicker.h"
-#include "engines/editor_notice.h"
 #include "engines/injection.h"
-#include "engines/requests.h"
+#include "model/engine_state.h"
 #include "platform/wake.h"
-#include "storage/profiles.h"
 
 namespace {
 
@@ -93,33 +91,4 @@ void KeySpamThreadMain() {
             WaitForAny(events, 2, limit);
         }
     }
-}
-
-void RemoveKeySpamTarget(int32_t index) {
-    const int32_t count = keySpamSettings.keySpamTargetCount;
-    if (index < 0 || index >= count) {
-        return;
-    }
-    for (int32_t i = index; i + 1 < count; ++i) {
-        keySpamSettings.keySpamTargets[i] = keySpamSettings.keySpamTargets[i + 1].load();
-    }
-    keySpamSettings.keySpamTargetCount = count - 1;
-    if (count > 1) {
-        keySpamSettings.ksKey = keySpamSettings.keySpamTargets[0].load();
-    }
-    SyncProfileSettings();
-    if (count == 1 && engineState.keySpamming) {
-        RaiseRequest(engineState.reqStopKeySpam);
-    }
-}
-
-void AddKeySpamTarget(uint32_t virtualKey) {
-    const int32_t count = keySpamSettings.keySpamTargetCount;
-    if (count >= kMaxKeySpamTargets) {
-        return;
-    }
-    keySpamSettings.keySpamTargets[count] = virtualKey;
-    keySpamSettings.keySpamTargetCount = count + 1;
-    keySpamSettings.ksKey = keySpamSettings.keySpamTargets[0].load();
-    SyncProfileSettings();
 }

@@ -1,7 +1,7 @@
 // Presses keys again and again, in turn or as a chord. Driven by engineState.keySpamming alone.
 #pragma once
 
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 
 #include <cstdint>
 
@@ -27,8 +27,3 @@ bool KeySpamRound(KeySpamThreadState& state, uint32_t* limitMilliseconds);
 
 // Any thread. A key-up for every target, in list order.
 void ReleaseKeySpamTargets();
-
-// Any thread. Removes one target; an index out of range does nothing.
-void RemoveKeySpamTarget(int32_t index);
-// Dispatcher thread. Adds a target at the end; dropped in silence when the list is full.
-void AddKeySpamTarget(uint32_t virtualKey);

@@ -1,10 +1,8 @@
 #include "engines/playback.h"
 
 #include "engines/autoclicker.h"
-#include "engines/editor_notice.h"
-#include "engines/engine_state.h"
 #include "engines/injection.h"
-#include "engines/requests.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/wake.h"
 

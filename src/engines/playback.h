@@ -1,7 +1,7 @@
 // Plays the macro on its recorded schedule. Driven by engineState.playing alone.
 #pragma once
 
-#include "engines/unified_event.h"
+#include "model/event.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,10 +1,10 @@
 #include "engines/recorder.h"
 
+#include "editing/profiles.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/input.h"
 #include "platform/process.h"
-#include "storage/profiles.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "base/mutex.h"
-#include "engines/engine_state.h"
 #include "engines/hotkeys.h"
+#include "model/engine_state.h"
 #include "platform/hooks.h"
 
 #include <cstddef>

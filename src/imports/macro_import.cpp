@@ -1,9 +1,9 @@
 #include "imports/macro_import.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
 #include "imports/page_notice.h"
 #include "imports/pending_import.h"
+#include "model/engine_state.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "platform/process.h"

@@ -2,9 +2,9 @@
 
 #include "base/mutex.h"
 #include "base/text.h"
+#include "editing/profiles.h"
 #include "engines/recorder.h"
 #include "imports/page_notice.h"
-#include "storage/profiles.h"
 
 #include <algorithm>
 #include <array>

@@ -5,7 +5,7 @@
 // not a number is never outside a limit of a sequence.
 #pragma once
 
-#include "engines/unified_event.h"
+#include "model/event.h"
 
 #include <cstddef>
 #include <cstdint>

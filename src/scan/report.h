@@ -2,7 +2,7 @@
 // one failure is std::bad_alloc.
 #pragma once
 
-#include "engines/unified_event.h"
+#include "model/event.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 #include "storage/app_settings.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "platform/files.h"
 #include "platform/hooks.h"
 #include "storage/data_folder.h"

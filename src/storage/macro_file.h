@@ -1,8 +1,8 @@
 // Reading and writing .vrlmacro files, and the event line that the session file shares with them.
 #pragma once
 
-#include "engines/unified_event.h"
-#include "storage/profile.h"
+#include "model/event.h"
+#include "model/profile.h"
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,7 @@
 #include "storage/session.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
-#include "platform/clock.h"
+#include "model/engine_state.h"
 #include "platform/files.h"
 #include "storage/data_folder.h"
 #include "storage/macro_file.h"
@@ -207,32 +206,4 @@ bool LoadSessionText(std::string_view bytes) {
     }
     MarkMacroChanged();
     return true;
-}
-
-void EnsureDefaultProfile() {
-    MutexLock lock(macroMutex);
-    for (const Profile& profile : macroState.profiles) {
-        if (profile.name == DefaultProfileName) {
-            return;
-        }
-    }
-    const bool wasEmpty = macroState.profiles.empty();
-    macroState.profiles.insert(macroState.profiles.begin(), Profile{DefaultProfileName, {}, {}});
-    if (!wasEmpty) {
-        ++macroState.currentProfile;
-    }
-    MarkMacroChanged();
-}
-
-void AutosaveThreadMain() {
-    constexpr int kRounds = 50;
-    constexpr uint32_t kRoundMilliseconds = 100;
-    while (engineState.running) {
-        for (int round = 0; round < kRounds && engineState.running; ++round) {
-            SleepMilliseconds(kRoundMilliseconds);
-        }
-        if (engineState.running) {
-            SaveSession();
-        }
-    }
 }

@@ -9,7 +9,3 @@ void SaveSession();
 bool LoadSession();
 // The same on bytes already in memory.
 bool LoadSessionText(std::string_view bytes);
-// A profile named DefaultProfileName exists afterwards.
-void EnsureDefaultProfile();
-// Thread body: every 5 seconds, until running is false.
-void AutosaveThreadMain();

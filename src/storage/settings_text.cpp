@@ -1,7 +1,7 @@
 #include "storage/settings_text.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "platform/hooks.h"
 
 #include <vector>

@@ -2,12 +2,12 @@
 // commands, the address of a file from the desktop's dialog, an autostart entry, a text for the page.
 #include "fuzz_input.h"
 
+#include "app/commands.h"
+#include "app/launch_options.h"
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "editing/settings_updates.h"
 #include "engines/hotkeys.h"
-#include "engines/tool_settings.h"
-#include "frame/commands.h"
-#include "frame/launch_options.h"
+#include "model/engine_state.h"
 #include "platform/linux/autostart_entry.h"
 #include "platform/linux/dialog_portal.h"
 #include "platform/shared/valid_utf8.h"

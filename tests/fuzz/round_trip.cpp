@@ -2,7 +2,7 @@
 // rounded as the C library prints it with six digits.
 #include "fuzz_input.h"
 
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "storage/macro_file.h"
 #include "storage/settings_text.h"
 

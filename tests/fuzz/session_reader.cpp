@@ -2,10 +2,10 @@
 // same file.
 #include "fuzz_input.h"
 
-#include "engines/engine_state.h"
+#include "editing/profiles.h"
+#include "model/engine_state.h"
 #include "platform/files.h"
 #include "storage/data_folder.h"
-#include "storage/profiles.h"
 #include "storage/session.h"
 
 #include <cmath>

@@ -3,7 +3,7 @@
 #include "fuzz_input.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "storage/settings_text.h"
 
 #include <cstdint>

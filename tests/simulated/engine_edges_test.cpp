@@ -1,12 +1,13 @@
 // What the engines do at their limits, where a script would say less than code.
 #include "simulated/engine_rig.h"
 
+#include "app/autosave.h"
 #include "engines/autoclicker.h"
 #include "engines/dispatcher.h"
-#include "engines/editor_notice.h"
 #include "engines/injection.h"
 #include "engines/key_spammer.h"
 #include "engines/recorder.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/hooks.h"

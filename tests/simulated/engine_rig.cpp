@@ -1,13 +1,13 @@
 #include "simulated/engine_rig.h"
 
+#include "app/commands.h"
 #include "base/text.h"
 #include "engines/autoclicker.h"
 #include "engines/dispatcher.h"
-#include "engines/editor_notice.h"
 #include "engines/key_spammer.h"
 #include "engines/playback.h"
 #include "engines/recorder.h"
-#include "frame/commands.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
@@ -97,7 +97,7 @@ bool RigCanUndo() {
 
 std::string RigPage(const std::string& name, const std::string& argument) {
     int count = 0;
-    const PageCommand* commands = MasterCommands(&count);
+    const PageCommand* commands = MainProcessCommands(&count);
     for (int index = 0; index < count; ++index) {
         if (name != commands[index].name) {
             continue;

@@ -2,7 +2,7 @@
 // starts them.
 #pragma once
 
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "platform/simulated/simulation.h"
 
 #include <gtest/gtest.h>

@@ -2,11 +2,12 @@
 // on. Nothing crashes, nothing that was loaded is lost, the answer is the documented one, and once the disk is well
 // again everything is as if nothing had been. The tests themselves look at the disk past the double, so that looking
 // is never the operation that fails.
-#include "engines/engine_state.h"
-#include "frame/master.h"
+#include "app/main_process.h"
+#include "editing/profiles.h"
 #include "held_macro.h"
 #include "imports/macro_import.h"
 #include "imports/self_check.h"
+#include "model/engine_state.h"
 #include "platform/files.h"
 #include "platform/simulated/simulation.h"
 #include "storage/data_folder.h"
@@ -528,7 +529,7 @@ TEST_F(FileFaults, TheMasterLivesThrough) {
         });
     };
     const int count = ForEachFailure(
-        prepare, [&] { exitCode = RunMaster({}); },
+        prepare, [&] { exitCode = RunMainProcess({}); },
         [&](const Failure& failure) {
             EXPECT_EQ(exitCode, 0);
             EXPECT_TRUE(served);

@@ -1,12 +1,12 @@
 // The import flow in a running master: dialogs with scripted answers, what the page is told, what a start finds.
-#include "frame/master.h"
+#include "app/main_process.h"
 #include "imports/macro_import.h"
 #include "windows/main_page.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
 #include "event_times.h"
 #include "held_macro.h"
+#include "model/engine_state.h"
 #include "platform/simulated/simulation.h"
 #include "storage/data_folder.h"
 #include "temp_folder.h"
@@ -55,7 +55,7 @@ class ImportFlowTest : public ::testing::Test {
             SimSettle();
             serve();
         });
-        EXPECT_EQ(RunMaster(options), 0);
+        EXPECT_EQ(RunMainProcess(options), 0);
         EXPECT_TRUE(served);
     }
 

@@ -1,8 +1,8 @@
 // The master's window on the simulated desktop: fitting it to its page, and where it stands from start to start.
 #include "windows/main_window.h"
 
-#include "engines/engine_state.h"
-#include "frame/master.h"
+#include "app/main_process.h"
+#include "model/engine_state.h"
 #include "platform/simulated/simulation.h"
 #include "storage/app_settings.h"
 #include "storage/data_folder.h"
@@ -77,7 +77,7 @@ class MainWindowTest : public ::testing::Test {
             calls = SimGetDesktop().frameCalls;
             serve();
         });
-        EXPECT_EQ(RunMaster({}), 0);
+        EXPECT_EQ(RunMainProcess({}), 0);
         return calls;
     }
 

@@ -1,6 +1,6 @@
 #include "simulated/random_model.h"
 
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "platform/process.h"
 
 const char* ModelRequestName(int bit) {

@@ -2,7 +2,7 @@
 // engines, so that random scripts can be held against it.
 #pragma once
 
-#include "engines/unified_event.h"
+#include "model/event.h"
 #include "platform/simulated/simulation.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // How scripts write keys, buttons, times, input and events.
 #pragma once
 
-#include "engines/unified_event.h"
+#include "model/event.h"
 #include "platform/simulated/simulation.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "docs/commands_document.h"
 
+#include "app/commands.h"
 #include "base/build_settings.h"
-#include "frame/commands.h"
 #include "unit/test_support.h"
 #include "windows/main_window.h"
 
@@ -17,7 +17,7 @@ TEST(CommandsDocument, IsWhatTheTableSays) {
 TEST(CommandsDocument, NamesEveryCommandInItsOrder) {
     const std::string document = CommandsDocument();
     int count = 0;
-    const PageCommand* commands = MasterCommands(&count);
+    const PageCommand* commands = MainProcessCommands(&count);
     size_t at = 0;
     for (int i = 0; i < count; ++i) {
         at = document.find("\n| `" + std::string(commands[i].name) + "` | ", at);

@@ -1,8 +1,8 @@
-#include "frame/commands.h"
+#include "app/commands.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
 #include "imports/pending_import.h"
+#include "model/engine_state.h"
 #include "test_support.h"
 #include "windows/main_page.h"
 
@@ -21,7 +21,7 @@ class CommandsTest : public DataFolderTest {
     // As the page calls: a JSON array text in, a JSON text or an empty one out.
     static std::string Call(const char* name, const std::string& request = "[]") {
         int count = 0;
-        const PageCommand* commands = MasterCommands(&count);
+        const PageCommand* commands = MainProcessCommands(&count);
         for (int i = 0; i < count; ++i) {
             if (std::strcmp(commands[i].name, name) == 0) {
                 return commands[i].function(request);
@@ -103,7 +103,7 @@ TEST_F(CommandsTest, AreBoundInTheirSettledOrder) {
         "reassignKey",
     };
     int count = 0;
-    const PageCommand* commands = MasterCommands(&count);
+    const PageCommand* commands = MainProcessCommands(&count);
     ASSERT_EQ(count, static_cast<int>(std::size(expected)));
     for (int i = 0; i < count; ++i) {
         EXPECT_STREQ(commands[i].name, expected[i]) << i;

@@ -2,8 +2,7 @@
 // a running engine stop.
 #include "engines/dispatcher.h"
 
-#include "engines/engine_state.h"
-#include "engines/requests.h"
+#include "model/engine_state.h"
 #include "platform/wake.h"
 #include "test_support.h"
 

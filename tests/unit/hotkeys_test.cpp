@@ -1,7 +1,7 @@
 #include "engines/hotkeys.h"
 
-#include "engines/engine_state.h"
 #include "engines/recorder.h"
+#include "model/engine_state.h"
 #include "platform/wake.h"
 #include "test_support.h"
 

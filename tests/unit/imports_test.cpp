@@ -1,12 +1,12 @@
 #include "imports/macro_import.h"
 
 #include "base/text.h"
+#include "editing/profiles.h"
 #include "engines/recorder.h"
 #include "event_times.h"
 #include "held_macro.h"
 #include "imports/self_check.h"
 #include "platform/files.h"
-#include "storage/profiles.h"
 #include "storage/settings_text.h"
 #include "unit/test_support.h"
 #include "windows/main_page.h"

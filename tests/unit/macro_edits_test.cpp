@@ -1,7 +1,7 @@
-#include "engines/macro_edits.h"
+#include "editing/macro_edits.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "platform/files.h"
 #include "test_support.h"
 

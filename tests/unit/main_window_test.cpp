@@ -1,6 +1,6 @@
 #include "windows/main_window.h"
 
-#include "frame/master.h"
+#include "app/main_process.h"
 
 #include <gtest/gtest.h>
 

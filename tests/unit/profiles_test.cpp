@@ -1,4 +1,4 @@
-#include "storage/profiles.h"
+#include "editing/profiles.h"
 
 #include "storage/settings_text.h"
 #include "unit/test_support.h"

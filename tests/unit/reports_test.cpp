@@ -1,8 +1,8 @@
-#include "frame/reports.h"
+#include "app/reports.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
 #include "engines/hotkeys.h"
+#include "model/engine_state.h"
 #include "test_support.h"
 
 namespace {

@@ -1,5 +1,7 @@
 #include "storage/session.h"
 
+#include "app/autosave.h"
+#include "editing/profiles.h"
 #include "platform/files.h"
 #include "storage/settings_text.h"
 #include "unit/test_support.h"

@@ -1,7 +1,7 @@
 // What the unit tests share: environment variables, fixtures and a clean engine state.
 #pragma once
 
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "storage/data_folder.h"
 #include "temp_folder.h"
 

@@ -87,9 +87,9 @@ ClangTidy() {
     mkdir -p build/check/tidy
     local headers stamp file failed=0 list=()
     headers=$(git ls-files -co --exclude-standard .clang-tidy 'src/*.h' | xargs cat | sha256sum | cut -c1-16)
-    for file in $(git ls-files -co --exclude-standard 'src/base/*.cpp' 'src/storage/*.cpp' 'src/engines/*.cpp' \
-        'src/scan/*.cpp' 'src/themes/*.cpp' 'src/update/*.cpp' 'src/windows/*.cpp' 'src/imports/*.cpp' \
-        'src/frame/*.cpp' 'src/platform/linux/*.cpp' 'src/platform/shared/*.cpp'); do
+    for file in $(git ls-files -co --exclude-standard 'src/base/*.cpp' 'src/model/*.cpp' 'src/scan/*.cpp' \
+        'src/themes/*.cpp' 'src/storage/*.cpp' 'src/editing/*.cpp' 'src/engines/*.cpp' 'src/windows/*.cpp' \
+        'src/imports/*.cpp' 'src/update/*.cpp' 'src/app/*.cpp' 'src/platform/linux/*.cpp' 'src/platform/shared/*.cpp'); do
         stamp=build/check/tidy/$(cat "$file" <(echo "$headers $file") | sha256sum | cut -c1-32)
         [ -f "$stamp" ] || list+=("$file:$stamp")
     done

@@ -1,6 +1,6 @@
 #include "docs/commands_document.h"
 
-#include "frame/commands.h"
+#include "app/commands.h"
 
 #include <string_view>
 
@@ -36,7 +36,7 @@ void AppendCell(std::string& out, std::string_view text) {
 std::string CommandsDocument() {
     std::string document(kIntroduction);
     int count = 0;
-    const PageCommand* commands = MasterCommands(&count);
+    const PageCommand* commands = MainProcessCommands(&count);
     for (int i = 0; i < count; ++i) {
         document += "| `";
         document += commands[i].name;

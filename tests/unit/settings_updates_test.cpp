@@ -1,7 +1,7 @@
-#include "engines/tool_settings.h"
+#include "editing/settings_updates.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "storage/settings_text.h"
 #include "test_support.h"
 

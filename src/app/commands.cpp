@@ -1,19 +1,18 @@
-#include "frame/commands.h"
+#include "app/commands.h"
 
+#include "app/app_settings_commands.h"
+#include "app/reports.h"
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "editing/macro_edits.h"
+#include "editing/profiles.h"
+#include "editing/settings_updates.h"
 #include "engines/hotkeys.h"
 #include "engines/key_spammer.h"
-#include "engines/macro_edits.h"
-#include "engines/requests.h"
-#include "engines/tool_settings.h"
-#include "frame/app_settings_commands.h"
-#include "frame/reports.h"
 #include "imports/macro_import.h"
 #include "imports/pending_import.h"
+#include "model/engine_state.h"
 #include "platform/hooks.h"
 #include "storage/app_settings.h"
-#include "storage/profiles.h"
 #include "windows/main_page.h"
 #include "windows/main_window.h"
 
@@ -123,12 +122,12 @@ std::string ArgText(std::string_view request) {
     return text;
 }
 
-const PageCommand* MasterCommands(int* count) {
+const PageCommand* MainProcessCommands(int* count) {
     *count = static_cast<int>(std::size(kMasterCommands));
     return kMasterCommands;
 }
 
-void BindMasterCommands(PageHost* host) {
+void BindMainProcessCommands(PageHost* host) {
     for (const PageCommand& command : kMasterCommands) {
         BindPageFunction(host, command.name, command.function);
     }

@@ -1,14 +1,16 @@
-#include "frame/master.h"
+#include "app/main_process.h"
 
+#include "app/autosave.h"
+#include "app/commands.h"
 #include "base/mutex.h"
+#include "editing/profiles.h"
 #include "engines/autoclicker.h"
 #include "engines/dispatcher.h"
-#include "engines/engine_state.h"
 #include "engines/key_spammer.h"
 #include "engines/playback.h"
 #include "engines/recorder.h"
-#include "frame/commands.h"
 #include "imports/macro_import.h"
+#include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/end_request.h"
@@ -41,14 +43,14 @@ constexpr int kWindowHeight = 560;
 std::atomic<bool> endRequested{false};  // somebody outside wants the program to end
 
 // The same as closing the window. A request before there is a page is seen when the page would start to serve.
-void EndMaster() {
+void EndMainProcess() {
     endRequested = true;
     TerminateMainPage();
 }
 
 void ListenForEndRequests() {
     endRequested = false;
-    SetEndRequestHandler(EndMaster);
+    SetEndRequestHandler(EndMainProcess);
 }
 
 // ---- Threads ----------------------------------------------------------------------------------------------------
@@ -81,16 +83,16 @@ constexpr std::array<ThreadIndex, kThreadCount> kJoinOrder = {
     kAutoclick, kKeySpam, kRawInput, kPlayback, kDispatcher, kAutosave,
 };
 
-using MasterThreads = std::array<std::thread, kThreadCount>;
+using MainProcessThreads = std::array<std::thread, kThreadCount>;
 
-void StartThreads(MasterThreads* threads) {
+void StartThreads(MainProcessThreads* threads) {
     rawInputEnded = false;
     for (size_t i = 0; i < kThreads.size(); ++i) {
         (*threads)[i] = StartThread(kThreads[i].name, kThreads[i].body);
     }
 }
 
-void JoinThreads(MasterThreads* threads) {
+void JoinThreads(MainProcessThreads* threads) {
     for (const ThreadIndex index : kJoinOrder) {
         std::thread& thread = (*threads)[index];
         if (index == kRawInput && thread.joinable()) {
@@ -181,7 +183,7 @@ std::string ServePage(PageHost** host) {
     SetWindowIcons(PageHostWindow(*host));
     DisableBrowserFeatures(*host);
     ShowAtItsPlace(*host);
-    BindMasterCommands(*host);
+    BindMainProcessCommands(*host);
     LoadMainPage(*host);
     // Once more: on some homes the window comes into being only when it is shown.
     SetWindowIcons(PageHostWindow(*host));
@@ -208,7 +210,7 @@ void CloseEvents() {
     CloseEvent(engineState.playWakeEvent);
 }
 
-void Shutdown(MasterThreads* threads, PageHost* host) {
+void Shutdown(MainProcessThreads* threads, PageHost* host) {
     SaveSession();
     engineState.running = false;
     StopHookThread();
@@ -225,7 +227,7 @@ void Shutdown(MasterThreads* threads, PageHost* host) {
 
 }  // namespace
 
-int RunMaster(const LaunchOptions& options) {
+int RunMainProcess(const LaunchOptions& options) {
     if (ClaimSingleInstance(kSingleInstanceName) == InstanceResult::AlreadyRunning) {
         return RunSecondInstance();
     }
@@ -235,7 +237,7 @@ int RunMaster(const LaunchOptions& options) {
     CreateEvents();
 
     // The engines start before the window, so that the hotkeys work from the first moment.
-    MasterThreads threads;
+    MainProcessThreads threads;
     PageHost* host = nullptr;
     std::string failure;
     try {

@@ -1,11 +1,11 @@
 // The process-wide state that the engines, the hooks, the page commands and storage share. One definition, in
-// engine_state.cpp. Records only: may be included from anywhere.
+// engine_state.cpp.
 #pragma once
 
 #include "base/mutex.h"
 #include "base/relaxed.h"
-#include "engines/unified_event.h"
-#include "storage/profile.h"
+#include "model/event.h"
+#include "model/profile.h"
 
 #include <atomic>
 #include <cstdint>
@@ -162,6 +162,15 @@ extern MacroState macroState GUARDED_BY(macroMutex);
 // The current profile, or null if the index is out of range (before start-up has loaded a session).
 Profile* CurrentProfile() REQUIRES(macroMutex);
 void MarkMacroChanged() REQUIRES(macroMutex);
+
+// Any thread, the hook procedures included. Raises a request flag, wakes the dispatcher and returns without waiting.
+// Every command takes this way.
+void RaiseRequest(std::atomic<bool>& flag);
+
+// Notifies a running timeline editor that the engines are busy. Start-up sets it; null notifies nobody.
+extern std::atomic<void (*)(bool wait)> editorBusyNotice;
+// Any thread. Calls editorBusyNotice. With `wait`, waits up to 500 ms for the editor's answer.
+void NotifyEditorBusy(bool wait);
 
 // Puts all of the above back to its defaults. Tests only; no engine thread may run.
 void ResetEngineState();

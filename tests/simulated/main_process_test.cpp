@@ -1,9 +1,9 @@
 // The master's whole life on the simulated platform: what is there when the page appears, and what is left when it has
 // gone.
-#include "frame/master.h"
+#include "app/main_process.h"
 
-#include "engines/engine_state.h"
-#include "frame/commands.h"
+#include "app/commands.h"
+#include "model/engine_state.h"
 #include "platform/simulated/simulation.h"
 #include "storage/app_settings.h"
 #include "storage/data_folder.h"
@@ -75,7 +75,7 @@ TEST_F(FrameMasterTest, ServesAPageAndEndsInOrder) {
         EXPECT_EQ(page.html, "<p>page</p>");
         EXPECT_TRUE(page.browserFeaturesOff);
         int count = 0;
-        const PageCommand* commands = MasterCommands(&count);
+        const PageCommand* commands = MainProcessCommands(&count);
         ASSERT_EQ(page.bound.size(), static_cast<size_t>(count));
         for (int i = 0; i < count; ++i) {
             EXPECT_EQ(page.bound[static_cast<size_t>(i)], commands[i].name);
@@ -90,7 +90,7 @@ TEST_F(FrameMasterTest, ServesAPageAndEndsInOrder) {
         EXPECT_FALSE(SimGetDesktop().icons.empty());
         EXPECT_TRUE(SimOwnsInstanceName("Local\\VarnelleUI_SingleInstance"));
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     EXPECT_TRUE(served);
     EXPECT_TRUE(SimGetDesktop().messages.empty());
     EXPECT_TRUE(SimOwnsInstanceName("Local\\VarnelleUI_SingleInstance"));  // until the process ends
@@ -103,7 +103,7 @@ TEST_F(FrameMasterTest, AFreshStartHasTheDefaultProfile) {
                   "{\"current\":0,\"names\":[\"Default Tracking Profile\"],\"cap\":-1,"
                   "\"defaultName\":\"Default Tracking Profile\"}");
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     EXPECT_NE(ReadFile(DataFile("session.dat")).find("PROFILE:Default Tracking Profile\n"),
               std::string::npos);
 }
@@ -114,7 +114,7 @@ TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWa
         SimPageCall("switchProfile", "[0]");
         SimPageCall("updateSpammer", "[0,0,0,77,0,0,1,10,0]");
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     std::string session = ReadFile(DataFile("session.dat"));
     const std::string name = "PROFILE:Default Tracking Profile\n";
     ASSERT_NE(session.find(name), std::string::npos);
@@ -128,7 +128,7 @@ TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWa
                   "\"defaultName\":\"Default Tracking Profile\"}");
         EXPECT_EQ(spammerSettings.sms, 77);
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
 }
 
 TEST_F(FrameMasterTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
@@ -142,7 +142,7 @@ TEST_F(FrameMasterTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
         EXPECT_NE(SimPageCall("getProfiles", "[]").text.find("\"Old\""), std::string::npos);
         EXPECT_EQ(ReadFile(DataFile("appsettings.txt")), "launchOnStartup=0\n");
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     for (const char* name :
          {"session.mcr", "theme.txt", "appsettings.txt", "status.txt", "macroevents.txt"}) {
         EXPECT_FALSE(std::filesystem::exists(program + "/" + name)) << name;
@@ -169,7 +169,7 @@ TEST_F(FrameMasterTest, SettingsStandBeforeTheFirstThread) {
         SimRunFor(50);
         EXPECT_TRUE(engineState.autoClicking);
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     EXPECT_EQ(SimGetShell().launchAtStartup, (std::vector<bool>{true, false}));
     const std::string file = ReadFile(DataFile("appsettings.txt"));
     EXPECT_NE(file.find("launchOnStartup=0\nstartMinimized=0\nhotkeysEnabled=1\n"), std::string::npos)
@@ -182,7 +182,7 @@ TEST_F(FrameMasterTest, AFreshStartArrangesNoStartWithTheSession) {
         EXPECT_EQ(SimGetShell().launchAtStartup, std::vector<bool>{false});
         EXPECT_FALSE(std::filesystem::exists(DataFile("appsettings.txt"))) << "nothing was changed";
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     // The end of the window is the first that there is to save.
     EXPECT_NE(ReadFile(DataFile("appsettings.txt")).find("windowWidth=420\nwindowHeight=560\n"),
               std::string::npos);
@@ -202,7 +202,7 @@ TEST_F(FrameMasterTest, AMissingPageIsSaidAndTheHotkeysServeOn) {
         EXPECT_TRUE(engineState.autoClicking);
         EXPECT_GT(SimSentCount(kInputMouse, kMouseLeftDown), 5U);
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     ExpectNothingIsLeft();
 }
 
@@ -211,7 +211,7 @@ TEST_F(FrameMasterTest, ASecondInstanceOnlyRaisesTheFirst) {
     const WindowRef first = SimAddWindow("Varnelle (Plus Version 1.0.0)", 7, 0, 0, 420, 560);
     SimAddWindow("Something else", 8, 0, 0, 800, 600);
     SimGetDesktop().windows.front().minimised = true;
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     EXPECT_EQ(SimGetDesktop().foreground, first);
     for (const SimWindow& window : SimGetDesktop().windows) {
         EXPECT_FALSE(window.minimised) << window.title;
@@ -224,7 +224,7 @@ TEST_F(FrameMasterTest, ASecondInstanceOnlyRaisesTheFirst) {
 
 TEST_F(FrameMasterTest, ASecondInstanceWithoutAWindowToRaiseJustEnds) {
     SimTakeInstanceName("Local\\VarnelleUI_SingleInstance");
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     EXPECT_EQ(SimGetPage().created, 0);
     EXPECT_FALSE(SimOwnsInstanceName("Local\\VarnelleUI_SingleInstance"));
 }
@@ -236,7 +236,7 @@ TEST_F(FrameMasterTest, WithoutAWebViewItSaysSoSavesAndEnds) {
         Begin({.seed = seed, .preemptPercent = 50});
         std::filesystem::remove_all(root_ / "Varnelle");
         SimFailPageHost("Install the web view.");
-        EXPECT_EQ(RunMaster({}), 1);
+        EXPECT_EQ(RunMainProcess({}), 1);
         ASSERT_EQ(SimGetDesktop().messages.size(), 1U);
         EXPECT_EQ(SimGetDesktop().messages[0].title, "Varnelle");
         EXPECT_EQ(SimGetDesktop().messages[0].text, "Install the web view.");
@@ -249,7 +249,7 @@ TEST_F(FrameMasterTest, WithoutAWebViewItSaysSoSavesAndEnds) {
 TEST_F(FrameMasterTest, RefusedHooksDoNotKeepItFromEnding) {
     SimRefuseHooks(true);
     SimOnPageRun([] { SimRunFor(1000); });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     ExpectNothingIsLeft();
 }
 
@@ -287,7 +287,7 @@ TEST_F(FrameMasterTest, EndsWithinASecondWhateverRuns) {
             EXPECT_TRUE(engineState.keySpamming);
             closed = SimMilliseconds();
         });
-        EXPECT_EQ(RunMaster({}), 0);
+        EXPECT_EQ(RunMainProcess({}), 0);
         EXPECT_LE(SimMilliseconds() - closed, 1000);
         ExpectNothingIsLeft();
         const uint64_t sent = SimSentCount();
@@ -304,7 +304,7 @@ TEST_F(FrameMasterTest, ARequestToEndFromOutsideIsAClosedWindow) {
         asked = SimMilliseconds();
         SimRequestEnd();
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     ExpectNothingIsLeft();
     EXPECT_NE(ReadFile(DataFile("session.dat")).find("88"), std::string::npos);
     SimRequestEnd();  // nobody listens any more
@@ -315,7 +315,7 @@ TEST_F(FrameMasterTest, ARequestToEndBeforeTheMainLoopIsNotLost) {
     bool served = false;
     SimOnPageRun([&] { served = true; });
     SimGetDesktop().onMessage = [] { SimRequestEnd(); };
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     EXPECT_FALSE(served);
     ExpectNothingIsLeft();
 }
@@ -327,7 +327,7 @@ TEST_F(FrameMasterTest, ACrashSavesTheSession) {
         SimCrash();
         EXPECT_NE(ReadFile(DataFile("session.dat")).find("PROFILE:Before the crash\n"), std::string::npos);
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
 }
 
 TEST_F(FrameMasterTest, AutosaveNeedsNoShutdown) {
@@ -338,7 +338,7 @@ TEST_F(FrameMasterTest, AutosaveNeedsNoShutdown) {
         SimRunFor(200);
         EXPECT_NE(ReadFile(DataFile("session.dat")).find("PROFILE:Kept\n"), std::string::npos);
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
 }
 
 TEST_F(FrameMasterTest, AMalformedNumberRejectsItsCallAndNothingElse) {
@@ -349,7 +349,7 @@ TEST_F(FrameMasterTest, AMalformedNumberRejectsItsCallAndNothingElse) {
         EXPECT_TRUE(answer.resolved);
         EXPECT_EQ(answer.text.substr(0, 7), "{\"sh\":1");
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
 }
 
 TEST_F(FrameMasterTest, ScriptsReachThePageWhileItLives) {
@@ -359,7 +359,7 @@ TEST_F(FrameMasterTest, ScriptsReachThePageWhileItLives) {
         PageEval("second()");
         EXPECT_TRUE(SimGetPage().evals.empty());  // not before the UI thread gets to it
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     PageEval("after()");
     EXPECT_EQ(SimGetPage().evals, (std::vector<std::string>{"first()", "second()"}));
 }
@@ -382,7 +382,7 @@ TEST_F(FrameMasterTest, TheNextStartFindsEverything) {
         SimPageCall("stopRecording", "[]");
         SimRunFor(5);
     });
-    EXPECT_EQ(RunMaster({}), 0);
+    EXPECT_EQ(RunMainProcess({}), 0);
     std::string settings;
     std::string events;
     {
@@ -392,7 +392,7 @@ TEST_F(FrameMasterTest, TheNextStartFindsEverything) {
             events = SimPageCall("getMacroEvents", "[]").text;
             EXPECT_EQ(hotkeyTable.rec, 82U);
         });
-        EXPECT_EQ(RunMaster({}), 0);
+        EXPECT_EQ(RunMainProcess({}), 0);
     }
     EXPECT_EQ(settings.substr(0, settings.find(",\"locMode\"")),
               "{\"sh\":1,\"sm\":2,\"ss\":3,\"sms\":4,\"sbtn\":1,\"stype\":1,\"rptMode\":0,\"rptTimes\":7");

@@ -1,12 +1,12 @@
 // The page polls about eight times a second, so an idle poll must cost next to nothing even with a huge macro: the
 // event list's text is kept and built again only when the macro has changed.
-#include "frame/reports.h"
+#include "app/reports.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "editing/macro_edits.h"
 #include "engines/hotkeys.h"
-#include "engines/macro_edits.h"
 #include "engines/recorder.h"
+#include "model/engine_state.h"
 #include "platform/files.h"
 #include "storage/data_folder.h"
 

@@ -1,9 +1,9 @@
-#include "engines/tool_settings.h"
+#include "editing/settings_updates.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "editing/profiles.h"
+#include "model/engine_state.h"
 #include "platform/hooks.h"
-#include "storage/profiles.h"
 
 void UpdateSpammer(std::string_view payload) {
     const std::vector<std::string_view> fields = SplitParts(payload, ',');
@@ -69,5 +69,34 @@ void SetHoldMode(std::string_view payload) {
 
 void SetKeySpamChordMode(std::string_view payload) {
     keySpamSettings.keySpamChord = payload == "1";
+    SyncProfileSettings();
+}
+
+void RemoveKeySpamTarget(int32_t index) {
+    const int32_t count = keySpamSettings.keySpamTargetCount;
+    if (index < 0 || index >= count) {
+        return;
+    }
+    for (int32_t i = index; i + 1 < count; ++i) {
+        keySpamSettings.keySpamTargets[i] = keySpamSettings.keySpamTargets[i + 1].load();
+    }
+    keySpamSettings.keySpamTargetCount = count - 1;
+    if (count > 1) {
+        keySpamSettings.ksKey = keySpamSettings.keySpamTargets[0].load();
+    }
+    SyncProfileSettings();
+    if (count == 1 && engineState.keySpamming) {
+        RaiseRequest(engineState.reqStopKeySpam);
+    }
+}
+
+void AddKeySpamTarget(uint32_t virtualKey) {
+    const int32_t count = keySpamSettings.keySpamTargetCount;
+    if (count >= kMaxKeySpamTargets) {
+        return;
+    }
+    keySpamSettings.keySpamTargets[count] = virtualKey;
+    keySpamSettings.keySpamTargetCount = count + 1;
+    keySpamSettings.ksKey = keySpamSettings.keySpamTargets[0].load();
     SyncProfileSettings();
 }

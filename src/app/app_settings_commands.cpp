@@ -1,8 +1,8 @@
-#include "frame/app_settings_commands.h"
+#include "app/app_settings_commands.h"
 
 #include "base/build_settings.h"
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "platform/desktop.h"
 #include "platform/hooks.h"
 #include "platform/shell.h"

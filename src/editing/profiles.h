@@ -3,7 +3,7 @@
 #pragma once
 
 #include "base/mutex.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "storage/macro_file.h"
 
 #include <string>
@@ -19,3 +19,5 @@ std::string GetProfiles();  // JSON
 void AppendProfile(ParsedMacro macro) REQUIRES(macroMutex);
 // Any thread. Copies the live tool setup into the current profile.
 void SyncProfileSettings();
+// A profile named DefaultProfileName exists afterwards.
+void EnsureDefaultProfile();

@@ -17,5 +17,5 @@ struct PageCommand {
 };
 
 // The master's commands in the order in which they are bound.
-const PageCommand* MasterCommands(int* count);
-void BindMasterCommands(PageHost* host);
+const PageCommand* MainProcessCommands(int* count);
+void BindMainProcessCommands(PageHost* host);

@@ -1,7 +1,7 @@
-#include "engines/macro_edits.h"
+#include "editing/macro_edits.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "storage/data_folder.h"
 
 #include <array>

@@ -1,7 +1,7 @@
-#include "storage/profiles.h"
+#include "editing/profiles.h"
 
 #include "base/text.h"
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
 #include "storage/settings_text.h"
 
 #include <unordered_set>
@@ -156,4 +156,19 @@ void SyncProfileSettings() {
     if (Profile* current = CurrentProfile()) {
         current->settings = std::move(settings);
     }
+}
+
+void EnsureDefaultProfile() {
+    MutexLock lock(macroMutex);
+    for (const Profile& profile : macroState.profiles) {
+        if (profile.name == DefaultProfileName) {
+            return;
+        }
+    }
+    const bool wasEmpty = macroState.profiles.empty();
+    macroState.profiles.insert(macroState.profiles.begin(), Profile{DefaultProfileName, {}, {}});
+    if (!wasEmpty) {
+        ++macroState.currentProfile;
+    }
+    MarkMacroChanged();
 }

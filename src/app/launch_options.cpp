@@ -1,4 +1,4 @@
-#include "frame/launch_options.h"
+#include "app/launch_options.h"
 
 #include "base/text.h"
 

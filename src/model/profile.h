@@ -1,7 +1,7 @@
-// A named macro with its tool setup, and the list of them. Standard library and records only.
+// A named macro with its tool settings.
 #pragma once
 
-#include "engines/unified_event.h"
+#include "model/event.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,6 @@
-#include "engines/engine_state.h"
+#include "model/engine_state.h"
+
+#include "platform/wake.h"
 
 #include <memory>
 
@@ -9,6 +11,7 @@ HotkeyTable hotkeyTable;
 EngineState engineState;
 Mutex macroMutex;
 MacroState macroState;
+std::atomic<void (*)(bool wait)> editorBusyNotice{nullptr};
 
 Profile* CurrentProfile() {
     if (macroState.currentProfile < 0) {
@@ -22,10 +25,21 @@ void MarkMacroChanged() {
     ++macroState.revision;
 }
 
+void RaiseRequest(std::atomic<bool>& flag) {
+    flag.store(true);
+    SignalWake(engineState.dispatchEvent.load());
+}
+
+void NotifyEditorBusy(bool wait) {
+    if (auto notice = editorBusyNotice.load()) {
+        notice(wait);
+    }
+}
+
 namespace {
 
-// Atomics cannot be assigned, so a record is made anew in its place.
-template <typename Record> void MakeAnew(Record& record) {
+// Atomics cannot be assigned, so a record is constructed again in its place.
+template <typename Record> void Reconstruct(Record& record) {
     std::destroy_at(&record);
     std::construct_at(&record);
 }
@@ -33,11 +47,11 @@ template <typename Record> void MakeAnew(Record& record) {
 }  // namespace
 
 void ResetEngineState() {
-    MakeAnew(spammerSettings);
-    MakeAnew(keySpamSettings);
-    MakeAnew(trackerSettings);
-    MakeAnew(hotkeyTable);
-    MakeAnew(engineState);
+    Reconstruct(spammerSettings);
+    Reconstruct(keySpamSettings);
+    Reconstruct(trackerSettings);
+    Reconstruct(hotkeyTable);
+    Reconstruct(engineState);
     MutexLock lock(macroMutex);
     const uint64_t revision = macroState.revision;
     macroState = MacroState{};

@@ -1,7 +1,7 @@
 #include "platform/program.h"
 
-#include "frame/launch_options.h"
-#include "frame/master.h"
+#include "app/launch_options.h"
+#include "app/main_process.h"
 #include "imports/self_check.h"
 #include "platform/files.h"
 #include "scan/report.h"
@@ -85,7 +85,7 @@ constexpr ModeRow kModes[] = {
     {LaunchMode::ValidateMacro, ValidateMacro},
     {LaunchMode::ScanMacro, ScanMacroFile},
     {LaunchMode::SelfTest, SelfTest},
-    {LaunchMode::Master, RunMaster},
+    {LaunchMode::Master, RunMainProcess},
 };
 
 int RunMode(const LaunchOptions& options) {

@@ -1,7 +1,7 @@
 // Small edits of the current macro. Caller's thread; macroMutex is taken inside and held only for the change.
 #pragma once
 
-#include "engines/unified_event.h"
+#include "model/event.h"
 
 #include <cstdint>
 #include <string>

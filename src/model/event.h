@@ -1,4 +1,4 @@
-// The one record of which macros are made. Standard library only: may be included from anywhere.
+// The one record of which macros are made.
 #pragma once
 
 #include <cstdint>
