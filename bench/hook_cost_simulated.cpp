@@ -21,8 +21,8 @@ void PrepareRecording() {
     ResetEngineState();
     MutexLock lock(macroMutex);
     macroState.profiles.push_back(Profile{DefaultProfileName, "", std::vector<UnifiedEvent>(kEventsBefore)});
-    engineState.qpcFrequency = ReadPerformanceFrequency();
-    engineState.recordStartQpc = ReadPerformanceCounter();
+    engineState.counterFrequency = ReadPerformanceFrequency();
+    engineState.recordingStartCounter = ReadPerformanceCounter();
     engineState.recording = true;
 }
 

@@ -100,11 +100,11 @@ std::vector<int64_t> ObserveWhile(bool keys, const std::function<void()>& work, 
 }
 
 void CreateEvents() {
-    engineState.qpcFrequency = ReadPerformanceFrequency();
+    engineState.counterFrequency = ReadPerformanceFrequency();
     engineState.quitEvent = CreateWakeEvent(WakeReset::Manual);
     engineState.dispatchEvent = CreateWakeEvent(WakeReset::Automatic);
-    engineState.autoWakeEvent = CreateWakeEvent(WakeReset::Automatic);
-    engineState.keySpamWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.autoclickerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.keySpammerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
     engineState.playWakeEvent = CreateWakeEvent(WakeReset::Automatic);
 }
 
@@ -165,12 +165,12 @@ void PlayOurs() {
             UnifiedEvent event;
             event.type = EvKey;
             event.time = i * kGridSeconds;
-            event.vk = kKeyA;
+            event.virtualKey = kKeyA;
             event.down = i % 2 == 0;
             macroState.profiles[0].events.push_back(event);
         }
     }
-    RaiseRequest(engineState.reqStartPlay);
+    RaiseRequest(engineState.requestStartPlay);
     while (!engineState.playing) {
         SleepMilliseconds(1);
     }
@@ -180,11 +180,11 @@ void PlayOurs() {
 }
 
 void ClickOurs() {
-    spammerSettings.sms = 1;
-    spammerSettings.rptMode = 1;
-    RaiseRequest(engineState.reqStartAuto);
+    autoclickerSettings.intervalMilliseconds = 1;
+    autoclickerSettings.repeatMode = 1;
+    RaiseRequest(engineState.requestStartAutoclicker);
     SleepMilliseconds(kClickSeconds * 1000);
-    RaiseRequest(engineState.reqStopAuto);
+    RaiseRequest(engineState.requestStopAutoclicker);
     while (engineState.autoClicking) {
         SleepMilliseconds(1);
     }
@@ -234,7 +234,7 @@ int main() {
     CreateEvents();
     std::thread dispatcher = StartThread("dispatcher", DispatcherThreadMain);
     std::thread playback = StartThread("playback", PlaybackThreadMain);
-    std::thread clicker = StartThread("autoclick", AutoclickThreadMain);
+    std::thread clicker = StartThread("autoclick", AutoclickerThreadMain);
 
     std::printf("1,000 key events on a 5 ms grid, at an observer of the X server\n");
     Schedule ours = Judge(ObserveWhile(true, PlayOurs, kKeyEvents));

@@ -60,10 +60,10 @@ std::vector<UnifiedEvent> Presses(const Worst& worst, size_t count) {
     event.type = EvKey;
     event.down = true;
     if (worst.modifier != 0) {
-        event.vk = worst.modifier;
+        event.virtualKey = worst.modifier;
         events.push_back(event);
     }
-    event.vk = worst.vk;
+    event.virtualKey = worst.virtualKey;
     while (events.size() < count) {
         event.time += worst.step;
         events.push_back(event);
@@ -73,7 +73,8 @@ std::vector<UnifiedEvent> Presses(const Worst& worst, size_t count) {
 
 std::vector<UnifiedEvent> Presses(const Late& late, size_t count) {
     constexpr size_t kBeginnings = 501;  // behind the modifier
-    std::vector<UnifiedEvent> events = Presses(Worst{late.modifier, late.vk, 0}, count - late.end.size());
+    std::vector<UnifiedEvent> events =
+        Presses(Worst{late.modifier, late.virtualKey, 0}, count - late.end.size());
     double time = kTooLate * 2;
     for (size_t i = kBeginnings; late.falling && i < events.size(); ++i) {
         // Not a beginning any more: those are all used up.
@@ -82,7 +83,7 @@ std::vector<UnifiedEvent> Presses(const Late& late, size_t count) {
     }
     for (const uint32_t vk : late.end) {
         UnifiedEvent event = events.back();
-        event.vk = vk;
+        event.virtualKey = vk;
         event.time = kTooLate;
         events.push_back(event);
     }

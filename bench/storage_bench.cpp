@@ -39,7 +39,7 @@ std::vector<UnifiedEvent> Recording(size_t count) {
         switch (random() % 16) {
         case 0:
             event.type = EvKey;
-            event.vk = static_cast<uint32_t>(65 + random() % 26);
+            event.virtualKey = static_cast<uint32_t>(65 + random() % 26);
             event.down = random() % 2 == 0;
             break;
         case 1:
@@ -103,7 +103,7 @@ void Require(bool good, const char* what) {
 void PlainWriteEvents(std::ostream& out, const std::vector<UnifiedEvent>& events) {
     for (const UnifiedEvent& event : events) {
         out << static_cast<int>(event.type) << ',' << event.time << ',' << event.x << ',' << event.y << ','
-            << event.flags << ',' << static_cast<int>(event.vk) << ',' << (event.down ? 1 : 0) << ','
+            << event.flags << ',' << static_cast<int>(event.virtualKey) << ',' << (event.down ? 1 : 0) << ','
             << event.wheel << '\n';
     }
 }
@@ -146,7 +146,7 @@ bool PlainReadEvent(const std::string& line, UnifiedEvent* event) {
         next();
         event->flags = static_cast<uint32_t>(std::stoul(field));
         next();
-        event->vk = static_cast<uint32_t>(std::stoi(field));
+        event->virtualKey = static_cast<uint32_t>(std::stoi(field));
         next();
         event->down = std::stoi(field) != 0;
         if (next()) {

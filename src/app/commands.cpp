@@ -48,7 +48,7 @@ template <std::string (*Function)()> std::string Report(const std::string&) {
 void RemoveTarget(std::string_view indexText) {
     int32_t index = 0;
     if (ParseInt(indexText, &index)) {
-        RemoveKeySpamTarget(index);
+        RemoveKeySpammerTarget(index);
     }
 }
 
@@ -64,14 +64,14 @@ std::string FetchPendingThemeAlert() {
 // In binding order. A new command goes beside those of its subject; the order of the rest stays.
 constexpr PageCommand kMasterCommands[] = {
     {"resizeWindow", "width,height", "fit the window to the page's content", Call<ResizeMainWindow>},
-    {"updateSpammer", "9 comma fields", "store the autoclicker's settings", Call<UpdateSpammer>},
-    {"startSpammer", "", "ask for the autoclicker", Raise<&EngineState::reqStartAuto>},
-    {"stopSpammer", "", "ask for its end", Raise<&EngineState::reqStopAuto>},
-    {"updateKeySpam", "6 comma fields", "store the key spammer's settings", Call<UpdateKeySpam>},
-    {"startKeySpam", "", "ask for the key spammer", Raise<&EngineState::reqStartKeySpam>},
-    {"stopKeySpam", "", "ask for its end", Raise<&EngineState::reqStopKeySpam>},
+    {"updateSpammer", "9 comma fields", "store the autoclicker's settings", Call<UpdateAutoclickerSettings>},
+    {"startSpammer", "", "ask for the autoclicker", Raise<&EngineState::requestStartAutoclicker>},
+    {"stopSpammer", "", "ask for its end", Raise<&EngineState::requestStopAutoclicker>},
+    {"updateKeySpam", "6 comma fields", "store the key spammer's settings", Call<UpdateKeySpammerSettings>},
+    {"startKeySpam", "", "ask for the key spammer", Raise<&EngineState::requestStartKeySpammer>},
+    {"stopKeySpam", "", "ask for its end", Raise<&EngineState::requestStopKeySpammer>},
     {"removeKeySpamTarget", "index", "remove that target; a bad number does nothing", Call<RemoveTarget>},
-    {"setKeySpamChordMode", "1 or other", "targets together, or in turn", Call<SetKeySpamChordMode>},
+    {"setKeySpamChordMode", "1 or other", "targets together, or in turn", Call<SetKeySpammerChord>},
     {"pickLocation", "", "the next left press anywhere becomes the click location", Call<PickLocation>},
     {"setHoldMode", "auto,0|1 or keyspam,0|1", "a hotkey runs its tool while held", Call<SetHoldMode>},
     {"getPendingThemeAlert", "", "the message that waits for the page, once", Report<FetchPendingThemeAlert>},
@@ -83,15 +83,17 @@ constexpr PageCommand kMasterCommands[] = {
      Call<SetPanelOrder>},
     {"resetHotkeys", "", "F8, F7, F6, F9, F10", Call<ResetHotkeys>},
     {"openLink", "docs or discord", "open that page in the person's browser", Call<OpenLink>},
-    {"updateTracker", "8 comma fields", "store what is recorded and how it is played", Call<UpdateTracker>},
-    {"startRecording", "", "ask for a fresh recording", Raise<&EngineState::reqStartRecord>},
-    {"stopRecording", "", "ask for its end", Raise<&EngineState::reqStopRecord>},
-    {"continueRecording", "", "ask to record on behind the macro", Raise<&EngineState::reqContinueRecord>},
-    {"undoContinueRecording", "", "ask for the macro of before", Raise<&EngineState::reqUndoContinue>},
-    {"startPlayback", "", "ask for playback", Raise<&EngineState::reqStartPlay>},
-    {"stopPlayback", "", "ask for its end", Raise<&EngineState::reqStopPlay>},
+    {"updateTracker", "8 comma fields", "store what is recorded and how it is played",
+     Call<UpdateMacroSettings>},
+    {"startRecording", "", "ask for a fresh recording", Raise<&EngineState::requestStartRecord>},
+    {"stopRecording", "", "ask for its end", Raise<&EngineState::requestStopRecord>},
+    {"continueRecording", "", "ask to record on behind the macro",
+     Raise<&EngineState::requestContinueRecord>},
+    {"undoContinueRecording", "", "ask for the macro of before", Raise<&EngineState::requestUndoContinue>},
+    {"startPlayback", "", "ask for playback", Raise<&EngineState::requestStartPlay>},
+    {"stopPlayback", "", "ask for its end", Raise<&EngineState::requestStopPlay>},
     {"optimizeMacro", "", "thin out pointer paths", Call<OptimizeMacro>},
-    {"getTrackerStatus", "", "one status poll", Report<PollTrackerStatus>},
+    {"getTrackerStatus", "", "one status poll", Report<PollStatus>},
     {"getMacroEvents", "", "the event list", Report<ReportMacroEvents>},
     {"deleteEvent", "index", "remove that event", Call<DeleteEvent>},
     {"updateEventTime", "index,seconds", "set that event's time", Call<UpdateEventTime>},

@@ -58,7 +58,7 @@ void ListenForEndRequests() {
 std::atomic<bool> rawInputEnded{false};
 
 void RawInputThreadMain() {
-    HookThreadMain();
+    InputThreadMain();
     rawInputEnded = true;
 }
 
@@ -71,8 +71,8 @@ struct ThreadRow {
 
 // In the order of starting, by ThreadIndex.
 constexpr std::array<ThreadRow, kThreadCount> kThreads = {{
-    {"autoclick", AutoclickThreadMain},
-    {"key spam", KeySpamThreadMain},
+    {"autoclick", AutoclickerThreadMain},
+    {"key spam", KeySpammerThreadMain},
     {"raw input", RawInputThreadMain},
     {"playback", PlaybackThreadMain},
     {"autosave", AutosaveThreadMain},
@@ -98,7 +98,7 @@ void JoinThreads(MainProcessThreads* threads) {
         if (index == kRawInput && thread.joinable()) {
             // A stop has no effect on a thread that has not begun to listen yet, so it is said until it was heard.
             while (!rawInputEnded) {
-                StopHookThread();
+                StopInputThread();
                 SleepMilliseconds(1);
             }
         }
@@ -137,7 +137,7 @@ void BringInState(const LaunchOptions& options) {
     }
     EnsureDefaultProfile();
     BeginTimerPeriod();
-    engineState.qpcFrequency = ReadPerformanceFrequency();
+    engineState.counterFrequency = ReadPerformanceFrequency();
     LoadAppSettings();
     SetLaunchAtStartup(appSettings.launchOnStartup);
     if (!options.openMacroPath.empty()) {
@@ -148,8 +148,8 @@ void BringInState(const LaunchOptions& options) {
 void CreateEvents() {
     engineState.quitEvent = CreateWakeEvent(WakeReset::Manual);
     engineState.dispatchEvent = CreateWakeEvent(WakeReset::Automatic);
-    engineState.autoWakeEvent = CreateWakeEvent(WakeReset::Automatic);
-    engineState.keySpamWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.autoclickerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.keySpammerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
     engineState.playWakeEvent = CreateWakeEvent(WakeReset::Automatic);
     engineState.timelineAckEvent = CreateWakeEvent(WakeReset::Automatic);
 }
@@ -205,15 +205,15 @@ void CloseEvents() {
     CloseEvent(engineState.quitEvent);
     CloseEvent(engineState.timelineAckEvent);
     CloseEvent(engineState.dispatchEvent);
-    CloseEvent(engineState.autoWakeEvent);
-    CloseEvent(engineState.keySpamWakeEvent);
+    CloseEvent(engineState.autoclickerWakeEvent);
+    CloseEvent(engineState.keySpammerWakeEvent);
     CloseEvent(engineState.playWakeEvent);
 }
 
 void Shutdown(MainProcessThreads* threads, PageHost* host) {
     SaveSession();
     engineState.running = false;
-    StopHookThread();
+    StopInputThread();
     SignalWake(engineState.quitEvent);
     JoinThreads(threads);
     CloseEvents();

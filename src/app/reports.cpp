@@ -107,13 +107,13 @@ void AppendKeyNameField(std::string& out, const char* key, const std::atomic<uin
 
 // The names of the key spammer's targets as a JSON array.
 std::string TargetNames() {
-    const int count = std::clamp(keySpamSettings.keySpamTargetCount.load(), 0, kMaxKeySpamTargets);
+    const int count = std::clamp(keySpammerSettings.targetCount.load(), 0, kMaxKeySpammerTargets);
     std::string names = "[";
     for (int i = 0; i < count; ++i) {
         if (i > 0) {
             names += ',';
         }
-        names += JsonText(KeyNameText(keySpamSettings.keySpamTargets[i]));
+        names += JsonText(KeyNameText(keySpammerSettings.targets[i]));
     }
     return names + "]";
 }
@@ -137,16 +137,16 @@ std::string StatusReport() {
     AppendIntField(report, "count", static_cast<int64_t>(count));
     AppendKey(report, "restore");  // ids of the panels that have ended since the last poll
     report += "[]";
-    AppendKeyNameField(report, "hkRec", hotkeyTable.rec);
+    AppendKeyNameField(report, "hkRec", hotkeyTable.record);
     AppendKeyNameField(report, "hkPlay", hotkeyTable.play);
-    AppendKeyNameField(report, "hkAuto", hotkeyTable.autoKey);
-    AppendKeyNameField(report, "hkKeySpam", hotkeyTable.keyspam);
+    AppendKeyNameField(report, "hkAuto", hotkeyTable.autoclicker);
+    AppendKeyNameField(report, "hkKeySpam", hotkeyTable.keySpammer);
     AppendKeyNameField(report, "hkUnlock", hotkeyTable.unlock);
     AppendBoolField(report, "lockOn", engineState.lockOn);
     AppendBoolField(report, "unlocked", engineState.unlocked);
     AppendKey(report, "keySpamTargets");
     report += TargetNames();
-    AppendBoolField(report, "keySpamChord", keySpamSettings.keySpamChord);
+    AppendBoolField(report, "keySpamChord", keySpammerSettings.chord);
     AppendIntField(report, "ksCap", -1);  // no limit that the page need know
     AppendTextField(report, "reassigning", ReassignTargetText());
     AppendBoolField(report, "panelHover", engineState.panelHover);
@@ -159,7 +159,7 @@ std::string StatusReport() {
 
 }  // namespace
 
-std::string PollTrackerStatus() {
+std::string PollStatus() {
     std::string report = StatusReport();
     WriteStatusMirror(report);
     RefreshEventList();
@@ -169,34 +169,34 @@ std::string PollTrackerStatus() {
 
 std::string SettingsReport() {
     std::string report = "{";
-    AppendIntField(report, "sh", spammerSettings.sh);
-    AppendIntField(report, "sm", spammerSettings.sm);
-    AppendIntField(report, "ss", spammerSettings.ss);
-    AppendIntField(report, "sms", spammerSettings.sms);
-    AppendIntField(report, "sbtn", spammerSettings.sbtn);
-    AppendIntField(report, "stype", spammerSettings.stype);
-    AppendIntField(report, "rptMode", spammerSettings.rptMode);
-    AppendIntField(report, "rptTimes", spammerSettings.rptTimes);
-    AppendIntField(report, "locMode", spammerSettings.locMode);
-    AppendIntField(report, "fixedX", spammerSettings.fixedX);
-    AppendIntField(report, "fixedY", spammerSettings.fixedY);
-    AppendBoolField(report, "tmv", trackerSettings.tmv);
-    AppendBoolField(report, "tclk", trackerSettings.tclk);
-    AppendBoolField(report, "tscr", trackerSettings.tscr);
-    AppendBoolField(report, "tkey", trackerSettings.tkey);
-    AppendBoolField(report, "trel", trackerSettings.trel);
+    AppendIntField(report, "sh", autoclickerSettings.intervalHours);
+    AppendIntField(report, "sm", autoclickerSettings.intervalMinutes);
+    AppendIntField(report, "ss", autoclickerSettings.intervalSeconds);
+    AppendIntField(report, "sms", autoclickerSettings.intervalMilliseconds);
+    AppendIntField(report, "sbtn", autoclickerSettings.button);
+    AppendIntField(report, "stype", autoclickerSettings.doubleClick);
+    AppendIntField(report, "rptMode", autoclickerSettings.repeatMode);
+    AppendIntField(report, "rptTimes", autoclickerSettings.repeatCount);
+    AppendIntField(report, "locMode", autoclickerSettings.locationMode);
+    AppendIntField(report, "fixedX", autoclickerSettings.fixedX);
+    AppendIntField(report, "fixedY", autoclickerSettings.fixedY);
+    AppendBoolField(report, "tmv", macroSettings.recordMoves);
+    AppendBoolField(report, "tclk", macroSettings.recordButtons);
+    AppendBoolField(report, "tscr", macroSettings.recordWheel);
+    AppendBoolField(report, "tkey", macroSettings.recordKeys);
+    AppendBoolField(report, "trel", macroSettings.recordRawMoves);
     AppendKey(report, "tspd");
-    AppendStreamDouble(report, static_cast<double>(trackerSettings.tspd.Get()));
-    AppendBoolField(report, "tloop", trackerSettings.tloop);
-    AppendIntField(report, "tloopMs", trackerSettings.tloopMs);
-    AppendIntField(report, "ksh", keySpamSettings.ksh);
-    AppendIntField(report, "ksm", keySpamSettings.ksm);
-    AppendIntField(report, "kss", keySpamSettings.kss);
-    AppendIntField(report, "ksms", keySpamSettings.ksms);
-    AppendIntField(report, "ksRptMode", keySpamSettings.ksRptMode);
-    AppendIntField(report, "ksRptTimes", keySpamSettings.ksRptTimes);
-    AppendBoolField(report, "holdAuto", hotkeyTable.holdAuto);
-    AppendBoolField(report, "holdKeySpam", hotkeyTable.holdKeySpam);
+    AppendStreamDouble(report, static_cast<double>(macroSettings.playbackSpeed.Get()));
+    AppendBoolField(report, "tloop", macroSettings.loop);
+    AppendIntField(report, "tloopMs", macroSettings.loopPauseMilliseconds);
+    AppendIntField(report, "ksh", keySpammerSettings.intervalHours);
+    AppendIntField(report, "ksm", keySpammerSettings.intervalMinutes);
+    AppendIntField(report, "kss", keySpammerSettings.intervalSeconds);
+    AppendIntField(report, "ksms", keySpammerSettings.intervalMilliseconds);
+    AppendIntField(report, "ksRptMode", keySpammerSettings.repeatMode);
+    AppendIntField(report, "ksRptTimes", keySpammerSettings.repeatCount);
+    AppendBoolField(report, "holdAuto", hotkeyTable.holdAutoclicker);
+    AppendBoolField(report, "holdKeySpam", hotkeyTable.holdKeySpammer);
     report += '}';
     return report;
 }

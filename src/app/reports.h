@@ -4,7 +4,7 @@
 #include <string>
 
 // One poll: builds the status report, rewrites status.txt and macroevents.txt, gives the report.
-std::string PollTrackerStatus();
+std::string PollStatus();
 std::string SettingsReport();
 // The events JSON, also written to macroevents.txt.
 std::string ReportMacroEvents();

@@ -127,7 +127,7 @@ void WriteDescription(Writer& out, const UnifiedEvent& event) {
         break;
     case EvKey:
         out.Text("Keyboard VK: ");
-        out.Unsigned(event.vk);
+        out.Unsigned(event.virtualKey);
         event.down ? out.Text(" (DOWN)") : out.Text(" (UP)");
         break;
     case EvScroll:
@@ -135,7 +135,7 @@ void WriteDescription(Writer& out, const UnifiedEvent& event) {
         out.Signed(event.wheel);
         break;
     case EvToolState:
-        event.vk == kToolKeySpammer ? out.Text("Key Spammer ") : out.Text("Autoclicker ");
+        event.virtualKey == kToolKeySpammer ? out.Text("Key Spammer ") : out.Text("Autoclicker ");
         event.down ? out.Text("ON") : out.Text("OFF");
         break;
     default:

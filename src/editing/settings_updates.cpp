@@ -5,52 +5,52 @@
 #include "model/engine_state.h"
 #include "platform/hooks.h"
 
-void UpdateSpammer(std::string_view payload) {
+void UpdateAutoclickerSettings(std::string_view payload) {
     const std::vector<std::string_view> fields = SplitParts(payload, ',');
     if (fields.size() < 9) {
         return;
     }
-    spammerSettings.sh = ReadInt(fields[0]);
-    spammerSettings.sm = ReadInt(fields[1]);
-    spammerSettings.ss = ReadInt(fields[2]);
-    spammerSettings.sms = ReadInt(fields[3]);
-    spammerSettings.sbtn = ReadInt(fields[4]);
-    spammerSettings.stype = ReadInt(fields[5]);
-    spammerSettings.rptMode = ReadInt(fields[6]);
-    spammerSettings.rptTimes = ReadInt(fields[7]);
-    spammerSettings.locMode = ReadInt(fields[8]);
+    autoclickerSettings.intervalHours = ReadInt(fields[0]);
+    autoclickerSettings.intervalMinutes = ReadInt(fields[1]);
+    autoclickerSettings.intervalSeconds = ReadInt(fields[2]);
+    autoclickerSettings.intervalMilliseconds = ReadInt(fields[3]);
+    autoclickerSettings.button = ReadInt(fields[4]);
+    autoclickerSettings.doubleClick = ReadInt(fields[5]);
+    autoclickerSettings.repeatMode = ReadInt(fields[6]);
+    autoclickerSettings.repeatCount = ReadInt(fields[7]);
+    autoclickerSettings.locationMode = ReadInt(fields[8]);
     SyncProfileSettings();
 }
 
-void UpdateKeySpam(std::string_view payload) {
+void UpdateKeySpammerSettings(std::string_view payload) {
     const std::vector<std::string_view> fields = SplitParts(payload, ',');
     if (fields.size() < 6) {
         return;
     }
-    keySpamSettings.ksh = ReadInt(fields[0]);
-    keySpamSettings.ksm = ReadInt(fields[1]);
-    keySpamSettings.kss = ReadInt(fields[2]);
-    keySpamSettings.ksms = ReadInt(fields[3]);
-    keySpamSettings.ksRptMode = ReadInt(fields[4]);
-    keySpamSettings.ksRptTimes = ReadInt(fields[5]);
+    keySpammerSettings.intervalHours = ReadInt(fields[0]);
+    keySpammerSettings.intervalMinutes = ReadInt(fields[1]);
+    keySpammerSettings.intervalSeconds = ReadInt(fields[2]);
+    keySpammerSettings.intervalMilliseconds = ReadInt(fields[3]);
+    keySpammerSettings.repeatMode = ReadInt(fields[4]);
+    keySpammerSettings.repeatCount = ReadInt(fields[5]);
     SyncProfileSettings();
 }
 
-void UpdateTracker(std::string_view payload) {
+void UpdateMacroSettings(std::string_view payload) {
     const std::vector<std::string_view> fields = SplitParts(payload, ',');
     if (fields.size() < 8) {
         return;
     }
-    trackerSettings.tmv = fields[0] == "true";
-    trackerSettings.tclk = fields[1] == "true";
-    trackerSettings.tscr = fields[2] == "true";
-    trackerSettings.tkey = fields[3] == "true";
-    trackerSettings.trel = fields[4] == "true";
+    macroSettings.recordMoves = fields[0] == "true";
+    macroSettings.recordButtons = fields[1] == "true";
+    macroSettings.recordWheel = fields[2] == "true";
+    macroSettings.recordKeys = fields[3] == "true";
+    macroSettings.recordRawMoves = fields[4] == "true";
     // Raw mouse reports may be wanted from now on; said before a malformed number can end the update.
     HookInterestChanged();
-    trackerSettings.tspd = ReadFloat(fields[5]);
-    trackerSettings.tloop = fields[6] == "true";
-    trackerSettings.tloopMs = ReadInt(fields[7]);
+    macroSettings.playbackSpeed = ReadFloat(fields[5]);
+    macroSettings.loop = fields[6] == "true";
+    macroSettings.loopPauseMilliseconds = ReadInt(fields[7]);
 }
 
 void SetHoldMode(std::string_view payload) {
@@ -61,42 +61,42 @@ void SetHoldMode(std::string_view payload) {
     const std::string_view tool = payload.substr(0, comma);
     const bool hold = payload.substr(comma + 1) == "1";
     if (tool == "auto") {
-        hotkeyTable.holdAuto = hold;
+        hotkeyTable.holdAutoclicker = hold;
     } else if (tool == "keyspam") {
-        hotkeyTable.holdKeySpam = hold;
+        hotkeyTable.holdKeySpammer = hold;
     }
 }
 
-void SetKeySpamChordMode(std::string_view payload) {
-    keySpamSettings.keySpamChord = payload == "1";
+void SetKeySpammerChord(std::string_view payload) {
+    keySpammerSettings.chord = payload == "1";
     SyncProfileSettings();
 }
 
-void RemoveKeySpamTarget(int32_t index) {
-    const int32_t count = keySpamSettings.keySpamTargetCount;
+void RemoveKeySpammerTarget(int32_t index) {
+    const int32_t count = keySpammerSettings.targetCount;
     if (index < 0 || index >= count) {
         return;
     }
     for (int32_t i = index; i + 1 < count; ++i) {
-        keySpamSettings.keySpamTargets[i] = keySpamSettings.keySpamTargets[i + 1].load();
+        keySpammerSettings.targets[i] = keySpammerSettings.targets[i + 1].load();
     }
-    keySpamSettings.keySpamTargetCount = count - 1;
+    keySpammerSettings.targetCount = count - 1;
     if (count > 1) {
-        keySpamSettings.ksKey = keySpamSettings.keySpamTargets[0].load();
+        keySpammerSettings.singleKey = keySpammerSettings.targets[0].load();
     }
     SyncProfileSettings();
     if (count == 1 && engineState.keySpamming) {
-        RaiseRequest(engineState.reqStopKeySpam);
+        RaiseRequest(engineState.requestStopKeySpammer);
     }
 }
 
-void AddKeySpamTarget(uint32_t virtualKey) {
-    const int32_t count = keySpamSettings.keySpamTargetCount;
-    if (count >= kMaxKeySpamTargets) {
+void AddKeySpammerTarget(uint32_t virtualKey) {
+    const int32_t count = keySpammerSettings.targetCount;
+    if (count >= kMaxKeySpammerTargets) {
         return;
     }
-    keySpamSettings.keySpamTargets[count] = virtualKey;
-    keySpamSettings.keySpamTargetCount = count + 1;
-    keySpamSettings.ksKey = keySpamSettings.keySpamTargets[0].load();
+    keySpammerSettings.targets[count] = virtualKey;
+    keySpammerSettings.targetCount = count + 1;
+    keySpammerSettings.singleKey = keySpammerSettings.targets[0].load();
     SyncProfileSettings();
 }

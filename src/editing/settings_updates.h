@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <string_view>
 
-void UpdateSpammer(std::string_view payload);        // 9 comma fields; fewer change nothing
-void UpdateKeySpam(std::string_view payload);        // 6
-void UpdateTracker(std::string_view payload);        // 8; does not sync the session
-void SetHoldMode(std::string_view payload);          // "auto,1", "keyspam,0"
-void SetKeySpamChordMode(std::string_view payload);  // exactly "1" is true
+void UpdateAutoclickerSettings(std::string_view payload);  // 9 comma fields; fewer change nothing
+void UpdateKeySpammerSettings(std::string_view payload);   // 6
+void UpdateMacroSettings(std::string_view payload);        // 8; does not sync the session
+void SetHoldMode(std::string_view payload);                // "auto,1", "keyspam,0"
+void SetKeySpammerChord(std::string_view payload);         // exactly "1" is true
 
 // Any thread. Removes one target; an index out of range does nothing.
-void RemoveKeySpamTarget(int32_t index);
+void RemoveKeySpammerTarget(int32_t index);
 // Dispatcher thread. Adds a target at the end; dropped in silence when the list is full.
-void AddKeySpamTarget(uint32_t virtualKey);
+void AddKeySpammerTarget(uint32_t virtualKey);

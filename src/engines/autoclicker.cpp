@@ -31,7 +31,7 @@ ButtonFlags FlagsOfButton(int32_t button) {
 
 // 15 milliseconds by the counter. The deadline comes first, so that an overlong sleep is made up for.
 void WaitDoubleClickGap() {
-    const auto ticks = static_cast<int64_t>(static_cast<double>(engineState.qpcFrequency.load()) * 0.015);
+    const auto ticks = static_cast<int64_t>(static_cast<double>(engineState.counterFrequency.load()) * 0.015);
     const int64_t deadline = ReadPerformanceCounter() + ticks;
     SleepMilliseconds(13);
     while (ReadPerformanceCounter() < deadline) {
@@ -40,11 +40,11 @@ void WaitDoubleClickGap() {
 }
 
 void ClickOnce() {
-    if (spammerSettings.locMode == 1) {
-        MoveMouseAbsolute(spammerSettings.fixedX, spammerSettings.fixedY);
+    if (autoclickerSettings.locationMode == 1) {
+        MoveMouseAbsolute(autoclickerSettings.fixedX, autoclickerSettings.fixedY);
     }
-    const ButtonFlags button = FlagsOfButton(spammerSettings.sbtn);
-    const bool isDouble = spammerSettings.stype == 1;
+    const ButtonFlags button = FlagsOfButton(autoclickerSettings.button);
+    const bool isDouble = autoclickerSettings.doubleClick == 1;
     SendMouseFlags(button.press);
     SendMouseFlags(button.release);
     if (isDouble) {
@@ -65,28 +65,30 @@ uint32_t ToolIntervalLimit(double intervalMilliseconds) {
     return static_cast<uint32_t>(static_cast<int64_t>(intervalMilliseconds));
 }
 
-bool AutoclickRound(uint32_t* limitMilliseconds) {
+bool AutoclickerRound(uint32_t* limitMilliseconds) {
     if (!engineState.autoClicking) {
-        engineState.autoClickCount = 0;
+        engineState.autoclickerCount = 0;
         *limitMilliseconds = kNoLimit;
         return true;
     }
-    if (spammerSettings.rptMode == 0 && engineState.autoClickCount >= spammerSettings.rptTimes) {
+    if (autoclickerSettings.repeatMode == 0 &&
+        engineState.autoclickerCount >= autoclickerSettings.repeatCount) {
         engineState.autoClicking = false;
         return false;
     }
     ClickOnce();
-    engineState.autoClickCount.fetch_add(1);
-    *limitMilliseconds = ToolIntervalLimit(ToolIntervalMilliseconds(spammerSettings.sh, spammerSettings.sm,
-                                                                    spammerSettings.ss, spammerSettings.sms));
+    engineState.autoclickerCount.fetch_add(1);
+    *limitMilliseconds = ToolIntervalLimit(ToolIntervalMilliseconds(
+        autoclickerSettings.intervalHours, autoclickerSettings.intervalMinutes,
+        autoclickerSettings.intervalSeconds, autoclickerSettings.intervalMilliseconds));
     return true;
 }
 
-void AutoclickThreadMain() {
-    WakeEvent* const events[] = {engineState.autoWakeEvent, engineState.quitEvent};
+void AutoclickerThreadMain() {
+    WakeEvent* const events[] = {engineState.autoclickerWakeEvent, engineState.quitEvent};
     while (engineState.running) {
         uint32_t limit = kNoLimit;
-        if (AutoclickRound(&limit)) {
+        if (AutoclickerRound(&limit)) {
             WaitForAny(events, 2, limit);
         }
     }

@@ -4,11 +4,11 @@
 #include <cstdint>
 
 // Thread body, from start to shutdown.
-void AutoclickThreadMain();
+void AutoclickerThreadMain();
 
 // One way round the thread's loop, up to its wait. True: wait *limitMilliseconds (kNoLimit: until woken) before the
 // next round. False: go round at once.
-bool AutoclickRound(uint32_t* limitMilliseconds);
+bool AutoclickerRound(uint32_t* limitMilliseconds);
 
 // Milliseconds of a tool's interval: ceil(max(1, sum)), in double precision.
 double ToolIntervalMilliseconds(int32_t hours, int32_t minutes, int32_t seconds, int32_t milliseconds);

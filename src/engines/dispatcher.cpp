@@ -21,8 +21,8 @@ bool Take(std::atomic<bool>& request) {
 // No wake: the pass that stops the macro serves these later on.
 void StopToolsWithMacro() {
     if (engineState.stopToolsWithMacro) {
-        engineState.reqStopAuto = true;
-        engineState.reqStopKeySpam = true;
+        engineState.requestStopAutoclicker = true;
+        engineState.requestStopKeySpammer = true;
     }
 }
 
@@ -38,23 +38,23 @@ bool IsIdle() {
 }
 
 void DispatchRecording() {
-    if (Take(engineState.reqToggleRecord) && !engineState.playing) {
+    if (Take(engineState.requestToggleRecord) && !engineState.playing) {
         if (engineState.recording) {
             EndRecording();
         } else {
             BeginFreshRecording();
         }
     }
-    if (Take(engineState.reqStartRecord) && IsIdle()) {
+    if (Take(engineState.requestStartRecord) && IsIdle()) {
         BeginFreshRecording();
     }
-    if (Take(engineState.reqContinueRecord) && IsIdle()) {
+    if (Take(engineState.requestContinueRecord) && IsIdle()) {
         BeginContinuedRecording();
     }
-    if (Take(engineState.reqUndoContinue)) {
+    if (Take(engineState.requestUndoContinue)) {
         UndoContinuedRecording();
     }
-    if (Take(engineState.reqStopRecord) && engineState.recording) {
+    if (Take(engineState.requestStopRecord) && engineState.recording) {
         EndRecording();
     }
 }
@@ -75,13 +75,13 @@ void SetPlaying(bool on) {
 }
 
 void DispatchPlayback() {
-    if (Take(engineState.reqTogglePlay) && !engineState.recording) {
+    if (Take(engineState.requestTogglePlay) && !engineState.recording) {
         SetPlaying(!engineState.playing);
     }
-    if (Take(engineState.reqStartPlay) && IsIdle()) {
+    if (Take(engineState.requestStartPlay) && IsIdle()) {
         SetPlaying(true);
     }
-    if (Take(engineState.reqStopPlay) && engineState.playing && !engineState.recording) {
+    if (Take(engineState.requestStopPlay) && engineState.playing && !engineState.recording) {
         SetPlaying(false);
     }
 }
@@ -94,42 +94,42 @@ void SetAutoClicking(bool on) {
         SendMouseFlags(kMouseRightUp);
         SendMouseFlags(kMouseMiddleUp);
     }
-    SignalWake(engineState.autoWakeEvent);
+    SignalWake(engineState.autoclickerWakeEvent);
 }
 
 void DispatchAutoclicker() {
-    if (Take(engineState.reqToggleAuto)) {
+    if (Take(engineState.requestToggleAutoclicker)) {
         SetAutoClicking(!engineState.autoClicking);
     }
-    if (Take(engineState.reqStartAuto) && !engineState.autoClicking) {
+    if (Take(engineState.requestStartAutoclicker) && !engineState.autoClicking) {
         SetAutoClicking(true);
     }
-    if (Take(engineState.reqStopAuto) && engineState.autoClicking) {
+    if (Take(engineState.requestStopAutoclicker) && engineState.autoClicking) {
         SetAutoClicking(false);
     }
 }
 
 void StopKeySpam() {
     engineState.keySpamming = false;
-    ReleaseKeySpamTargets();
-    SignalWake(engineState.keySpamWakeEvent);
+    ReleaseKeySpammerTargets();
+    SignalWake(engineState.keySpammerWakeEvent);
 }
 
 void DispatchKeySpam() {
-    const auto hasTarget = [] { return keySpamSettings.keySpamTargetCount > 0; };
-    if (Take(engineState.reqToggleKeySpam)) {
+    const auto hasTarget = [] { return keySpammerSettings.targetCount > 0; };
+    if (Take(engineState.requestToggleKeySpammer)) {
         if (engineState.keySpamming) {
             StopKeySpam();
         } else {
             engineState.keySpamming = hasTarget();
-            SignalWake(engineState.keySpamWakeEvent);
+            SignalWake(engineState.keySpammerWakeEvent);
         }
     }
-    if (Take(engineState.reqStartKeySpam) && !engineState.keySpamming && hasTarget()) {
+    if (Take(engineState.requestStartKeySpammer) && !engineState.keySpamming && hasTarget()) {
         engineState.keySpamming = true;
-        SignalWake(engineState.keySpamWakeEvent);
+        SignalWake(engineState.keySpammerWakeEvent);
     }
-    if (Take(engineState.reqStopKeySpam) && engineState.keySpamming) {
+    if (Take(engineState.requestStopKeySpammer) && engineState.keySpamming) {
         StopKeySpam();
     }
 }
@@ -138,7 +138,7 @@ void DispatchKeySpam() {
 
 void RecordToolState(uint32_t toolCode, bool on) {
     const double time = RecordingSeconds(ReadPerformanceCounter());
-    AppendRecordedEvent({.type = EvToolState, .time = time, .vk = toolCode, .down = on});
+    AppendRecordedEvent({.type = EvToolState, .time = time, .virtualKey = toolCode, .down = on});
 }
 
 // The order decides how contradicting requests of one pass come out: captures, recording, playback, tools. The tools

@@ -14,7 +14,7 @@ namespace {
 constexpr uint32_t kEscapeKey = 27;
 
 // What is physically held, and whose press was consumed so that its release must be too. By the low 8 bits of a code.
-// Hook thread only.
+// Input thread only.
 struct HeldInput {
     bool keyDown[256] = {};
     bool keySwallowed[256] = {};
@@ -36,7 +36,7 @@ void Capture(uint32_t code) {
 bool CapturesButton(uint32_t target, uint32_t button) {
     switch (target) {
     case kReassignNone:
-    case kReassignKeySpamTarget:
+    case kReassignKeySpammerTarget:
         return false;
     case kReassignUnlock:
         return button != kLeftButton;
@@ -49,23 +49,25 @@ void ToggleLock() {
     const bool unlockedNow = !engineState.unlocked;
     engineState.unlocked = unlockedNow;
     if (!unlockedNow) {
-        engineState.reqStopAuto = true;
-        engineState.reqStopKeySpam = true;
-        engineState.reqStopPlay = true;
+        engineState.requestStopAutoclicker = true;
+        engineState.requestStopKeySpammer = true;
+        engineState.requestStopPlay = true;
     }
     HookInterestChanged();
 }
 
 // Raises what a binding asks for; false if no binding has this code. The first match ends the comparison.
 bool RaiseForBinding(uint32_t code) {
-    if (code == hotkeyTable.rec) {
-        engineState.reqToggleRecord = true;
+    if (code == hotkeyTable.record) {
+        engineState.requestToggleRecord = true;
     } else if (code == hotkeyTable.play) {
-        engineState.reqTogglePlay = true;
-    } else if (code == hotkeyTable.autoKey) {
-        (hotkeyTable.holdAuto ? engineState.reqStartAuto : engineState.reqToggleAuto) = true;
-    } else if (code == hotkeyTable.keyspam) {
-        (hotkeyTable.holdKeySpam ? engineState.reqStartKeySpam : engineState.reqToggleKeySpam) = true;
+        engineState.requestTogglePlay = true;
+    } else if (code == hotkeyTable.autoclicker) {
+        (hotkeyTable.holdAutoclicker ? engineState.requestStartAutoclicker
+                                     : engineState.requestToggleAutoclicker) = true;
+    } else if (code == hotkeyTable.keySpammer) {
+        (hotkeyTable.holdKeySpammer ? engineState.requestStartKeySpammer
+                                    : engineState.requestToggleKeySpammer) = true;
     } else {
         return false;
     }
@@ -137,11 +139,11 @@ bool HotkeyPressed(uint32_t code) {
 }
 
 void HotkeyReleased(uint32_t code) {
-    if (code == hotkeyTable.autoKey && hotkeyTable.holdAuto) {
-        RaiseRequest(engineState.reqStopAuto);
+    if (code == hotkeyTable.autoclicker && hotkeyTable.holdAutoclicker) {
+        RaiseRequest(engineState.requestStopAutoclicker);
     }
-    if (code == hotkeyTable.keyspam && hotkeyTable.holdKeySpam) {
-        RaiseRequest(engineState.reqStopKeySpam);
+    if (code == hotkeyTable.keySpammer && hotkeyTable.holdKeySpammer) {
+        RaiseRequest(engineState.requestStopKeySpammer);
     }
 }
 
@@ -151,11 +153,11 @@ void SessionChanged(uint32_t change) {
     }
     // A release that goes to the other desktop must not leave a key marked as held, nor a tool running for it.
     ClearHeldInput();
-    if (hotkeyTable.holdAuto) {
-        engineState.reqStopAuto = true;
+    if (hotkeyTable.holdAutoclicker) {
+        engineState.requestStopAutoclicker = true;
     }
-    if (hotkeyTable.holdKeySpam) {
-        engineState.reqStopKeySpam = true;
+    if (hotkeyTable.holdKeySpammer) {
+        engineState.requestStopKeySpammer = true;
     }
     WakeDispatcher();
 }
@@ -173,10 +175,10 @@ void ReadHookInterest(HookInterest* interest) {
             addCode(hotkeyTable.unlock);
         }
         if (!lockOn || engineState.unlocked) {
-            addCode(hotkeyTable.rec);
+            addCode(hotkeyTable.record);
             addCode(hotkeyTable.play);
-            addCode(hotkeyTable.autoKey);
-            addCode(hotkeyTable.keyspam);
+            addCode(hotkeyTable.autoclicker);
+            addCode(hotkeyTable.keySpammer);
         }
     }
     const auto addButtons = [interest](auto wanted) {
@@ -194,7 +196,7 @@ void ReadHookInterest(HookInterest* interest) {
         addButtons([](uint32_t button) { return button <= kMiddleButton; });
     }
     interest->everyEvent = engineState.recording;
-    interest->rawMotion = engineState.recording && trackerSettings.tmv && trackerSettings.trel;
+    interest->rawMotion = engineState.recording && macroSettings.recordMoves && macroSettings.recordRawMoves;
 }
 
 std::string KeyNameText(uint32_t code) {
@@ -220,7 +222,7 @@ std::string KeyNameText(uint32_t code) {
 }
 
 void ReassignKey(std::string_view target) {
-    for (uint32_t code = kReassignRec; code < std::size(kReassignTexts); ++code) {
+    for (uint32_t code = kReassignRecord; code < std::size(kReassignTexts); ++code) {
         if (target == kReassignTexts[code]) {
             engineState.reassignTarget = code;
             HookInterestChanged();
@@ -237,20 +239,20 @@ void ApplyCapturedKey() {
     const uint32_t key = engineState.capturedKey;
     if (key != kEscapeKey) {
         switch (engineState.reassignTarget) {
-        case kReassignRec:
-            hotkeyTable.rec = key;
+        case kReassignRecord:
+            hotkeyTable.record = key;
             break;
         case kReassignPlay:
             hotkeyTable.play = key;
             break;
-        case kReassignAuto:
-            hotkeyTable.autoKey = key;
+        case kReassignAutoclicker:
+            hotkeyTable.autoclicker = key;
             break;
-        case kReassignKeySpamHotkey:
-            hotkeyTable.keyspam = key;
+        case kReassignKeySpammer:
+            hotkeyTable.keySpammer = key;
             break;
-        case kReassignKeySpamTarget:
-            AddKeySpamTarget(key);
+        case kReassignKeySpammerTarget:
+            AddKeySpammerTarget(key);
             break;
         case kReassignUnlock:
             hotkeyTable.unlock = key;
@@ -266,10 +268,10 @@ void ApplyCapturedKey() {
 }
 
 void ResetHotkeys() {
-    hotkeyTable.rec = 119;
+    hotkeyTable.record = 119;
     hotkeyTable.play = 118;
-    hotkeyTable.autoKey = 117;
-    hotkeyTable.keyspam = 120;
+    hotkeyTable.autoclicker = 117;
+    hotkeyTable.keySpammer = 120;
     hotkeyTable.unlock = 121;
     HookInterestChanged();
 }

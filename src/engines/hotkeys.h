@@ -14,18 +14,18 @@ constexpr uint32_t kMiddleButton = 4;
 constexpr uint32_t kFirstSideButton = 5;
 constexpr uint32_t kSecondSideButton = 6;
 
-// Hook thread. What a real key event or mouse button does to a capture and to the hotkeys; Consume hides it from the
+// Input thread. What a real key event or mouse button does to a capture and to the hotkeys; Consume hides it from the
 // recorder and the applications.
 HookAnswer DecideKey(uint32_t virtualKey, bool down);
 HookAnswer DecideButton(uint32_t button, bool press);
 
-// Hook thread. True if the press is consumed.
+// Input thread. True if the press is consumed.
 bool HotkeyPressed(uint32_t code);
-// Hook thread; only for a press that HotkeyPressed consumed.
+// Input thread; only for a press that HotkeyPressed consumed.
 void HotkeyReleased(uint32_t code);
-// Hook thread: WTS_* session change.
+// Input thread: WTS_* session change.
 void SessionChanged(uint32_t change);
-// Hook thread, and tests: forgets what is held and swallowed.
+// Input thread, and tests: forgets what is held and swallowed.
 void ClearHeldInput();
 // Any thread: what the hooks may consume now. A swallowed press that is still held is not in it: whoever reserved the
 // press with the system keeps it until its release.

@@ -7,7 +7,7 @@
 
 namespace {
 
-void RefreshSlot(KeySpamThreadState::Slot& slot, uint32_t virtualKey) {
+void RefreshSlot(KeySpammerThreadState::Slot& slot, uint32_t virtualKey) {
     if (slot.cachedVk != virtualKey) {
         slot.cachedVk = virtualKey;
         slot.cachedScan = ScanCodeOfKey(virtualKey);
@@ -15,14 +15,14 @@ void RefreshSlot(KeySpamThreadState::Slot& slot, uint32_t virtualKey) {
     }
 }
 
-void SendSlot(const KeySpamThreadState::Slot& slot, bool down) {
+void SendSlot(const KeySpammerThreadState::Slot& slot, bool down) {
     SendInputRecord(KeyRecord(slot.cachedScan, slot.cachedExtended, down));
 }
 
 // The releases go by the slots that the presses filled, whatever the list has become in between.
-void SendChord(KeySpamThreadState& state, int32_t count) {
+void SendChord(KeySpammerThreadState& state, int32_t count) {
     for (int32_t i = 0; i < count; ++i) {
-        RefreshSlot(state.slots[i], keySpamSettings.keySpamTargets[i]);
+        RefreshSlot(state.slots[i], keySpammerSettings.targets[i]);
         SendSlot(state.slots[i], true);
     }
     for (int32_t i = 0; i < count; ++i) {
@@ -30,9 +30,9 @@ void SendChord(KeySpamThreadState& state, int32_t count) {
     }
 }
 
-void SendNextTarget(KeySpamThreadState& state, int32_t count) {
-    KeySpamThreadState::Slot& slot = state.slots[state.nextTarget];
-    RefreshSlot(slot, keySpamSettings.keySpamTargets[state.nextTarget]);
+void SendNextTarget(KeySpammerThreadState& state, int32_t count) {
+    KeySpammerThreadState::Slot& slot = state.slots[state.nextTarget];
+    RefreshSlot(slot, keySpammerSettings.targets[state.nextTarget]);
     SendSlot(slot, true);
     SendSlot(slot, false);
     state.nextTarget = (state.nextTarget + 1) % count;
@@ -40,17 +40,17 @@ void SendNextTarget(KeySpamThreadState& state, int32_t count) {
 
 }  // namespace
 
-void ReleaseKeySpamTargets() {
-    const int32_t count = keySpamSettings.keySpamTargetCount;
+void ReleaseKeySpammerTargets() {
+    const int32_t count = keySpammerSettings.targetCount;
     for (int32_t i = 0; i < count; ++i) {
-        SendKey(keySpamSettings.keySpamTargets[i], false);
+        SendKey(keySpammerSettings.targets[i], false);
     }
 }
 
-bool KeySpamRound(KeySpamThreadState& state, uint32_t* limitMilliseconds) {
+bool KeySpammerRound(KeySpammerThreadState& state, uint32_t* limitMilliseconds) {
     if (!engineState.keySpamming) {
         state.announced = false;
-        engineState.keySpamCount = 0;
+        engineState.keySpammerCount = 0;
         *limitMilliseconds = kNoLimit;
         return true;
     }
@@ -58,12 +58,12 @@ bool KeySpamRound(KeySpamThreadState& state, uint32_t* limitMilliseconds) {
         NotifyEditorBusy(true);
         state.announced = true;
     }
-    if (keySpamSettings.ksRptMode == 0 && engineState.keySpamCount >= keySpamSettings.ksRptTimes) {
+    if (keySpammerSettings.repeatMode == 0 && engineState.keySpammerCount >= keySpammerSettings.repeatCount) {
         engineState.keySpamming = false;
-        ReleaseKeySpamTargets();
+        ReleaseKeySpammerTargets();
         return false;
     }
-    const int32_t count = keySpamSettings.keySpamTargetCount;
+    const int32_t count = keySpammerSettings.targetCount;
     if (count < 1) {
         engineState.keySpamming = false;
         return false;
@@ -71,23 +71,24 @@ bool KeySpamRound(KeySpamThreadState& state, uint32_t* limitMilliseconds) {
     if (state.nextTarget >= count) {
         state.nextTarget = 0;
     }
-    if (keySpamSettings.keySpamChord) {
+    if (keySpammerSettings.chord) {
         SendChord(state, count);
     } else {
         SendNextTarget(state, count);
     }
-    engineState.keySpamCount.fetch_add(1);
+    engineState.keySpammerCount.fetch_add(1);
     *limitMilliseconds = ToolIntervalLimit(ToolIntervalMilliseconds(
-        keySpamSettings.ksh, keySpamSettings.ksm, keySpamSettings.kss, keySpamSettings.ksms));
+        keySpammerSettings.intervalHours, keySpammerSettings.intervalMinutes,
+        keySpammerSettings.intervalSeconds, keySpammerSettings.intervalMilliseconds));
     return true;
 }
 
-void KeySpamThreadMain() {
-    KeySpamThreadState state;
-    WakeEvent* const events[] = {engineState.keySpamWakeEvent, engineState.quitEvent};
+void KeySpammerThreadMain() {
+    KeySpammerThreadState state;
+    WakeEvent* const events[] = {engineState.keySpammerWakeEvent, engineState.quitEvent};
     while (engineState.running) {
         uint32_t limit = kNoLimit;
-        if (KeySpamRound(state, &limit)) {
+        if (KeySpammerRound(state, &limit)) {
             WaitForAny(events, 2, limit);
         }
     }

@@ -31,7 +31,7 @@ std::vector<UnifiedEvent> CopyOfMacro() {
 
 double SecondsInto(const PlaybackRound& round) {
     const int64_t ticks = ReadPerformanceCounter() - round.roundStart;
-    return static_cast<double>(ticks) / static_cast<double>(engineState.qpcFrequency.load());
+    return static_cast<double>(ticks) / static_cast<double>(engineState.counterFrequency.load());
 }
 
 int32_t PointBetween(int32_t from, int32_t to, double fraction) {
@@ -62,7 +62,7 @@ void PlayEvents(PlaybackRound& round, const std::vector<UnifiedEvent>& events) {
             return;
         }
         // The speed is read for every event, and always counts from the round's start.
-        const double target = event.time / static_cast<double>(trackerSettings.tspd.Get());
+        const double target = event.time / static_cast<double>(macroSettings.playbackSpeed.Get());
         WaitForEvent(round, event, target);
         if (!engineState.playing || !engineState.running) {
             return;
@@ -73,18 +73,18 @@ void PlayEvents(PlaybackRound& round, const std::vector<UnifiedEvent>& events) {
 }
 
 void PerformToolEvent(const UnifiedEvent& event) {
-    if (event.vk == kToolAutoclicker) {
-        RaiseRequest(event.down ? engineState.reqStartAuto : engineState.reqStopAuto);
-    } else if (event.vk == kToolKeySpammer) {
-        RaiseRequest(event.down ? engineState.reqStartKeySpam : engineState.reqStopKeySpam);
+    if (event.virtualKey == kToolAutoclicker) {
+        RaiseRequest(event.down ? engineState.requestStartAutoclicker : engineState.requestStopAutoclicker);
+    } else if (event.virtualKey == kToolKeySpammer) {
+        RaiseRequest(event.down ? engineState.requestStartKeySpammer : engineState.requestStopKeySpammer);
     }
 }
 
 void EndRun() {
     engineState.playing = false;
     if (engineState.stopToolsWithMacro) {
-        engineState.reqStopAuto = true;
-        engineState.reqStopKeySpam = true;
+        engineState.requestStopAutoclicker = true;
+        engineState.requestStopKeySpammer = true;
         SignalWake(engineState.dispatchEvent);
     }
 }
@@ -140,7 +140,7 @@ void PerformEvent(PlaybackRound& round, const UnifiedEvent& event) {
         round.fromY = event.y;
         break;
     case EvKey:
-        SendKey(event.vk, event.down);
+        SendKey(event.virtualKey, event.down);
         break;
     case EvScroll:
         SendWheel(event.wheel);
@@ -170,8 +170,8 @@ void PlaybackThreadMain() {
         PositionForRound(round, macro);
         round.roundStart = ReadPerformanceCounter();
         PlayEvents(round, macro);
-        if (trackerSettings.tloop && engineState.playing) {
-            const double pause = std::ceil(trackerSettings.tloopMs / 1000.0 * 1000.0);
+        if (macroSettings.loop && engineState.playing) {
+            const double pause = std::ceil(macroSettings.loopPauseMilliseconds / 1000.0 * 1000.0);
             WaitForAny(events, 2, ToolIntervalLimit(pause));
         } else {
             EndRun();

@@ -20,7 +20,7 @@ constexpr double kMinGapSeconds = 0.1;
 // On top of the double-click time, so that two clicks across the seam never read as a double click.
 constexpr double kClickMarginSeconds = 0.05;
 
-// Hook thread only.
+// Input thread only.
 struct HookState {
     int32_t lastX = 0;  // where the pointer was last seen
     int32_t lastY = 0;
@@ -70,9 +70,9 @@ bool PickLocation(const MouseHookRecord& record, const ButtonChange& change) {
         return false;
     }
     if (change.button == kLeftButton) {
-        spammerSettings.fixedX = record.x;
-        spammerSettings.fixedY = record.y;
-        spammerSettings.locMode = 1;
+        autoclickerSettings.fixedX = record.x;
+        autoclickerSettings.fixedY = record.y;
+        autoclickerSettings.locationMode = 1;
     }
     engineState.pickingLocation = false;
     HookInterestChanged();
@@ -105,7 +105,7 @@ bool IsOwnClick(const MouseHookRecord& record, const ButtonChange& change) {
 }
 
 void RecordMove(const MouseHookRecord& record, double time) {
-    if (trackerSettings.trel) {
+    if (macroSettings.recordRawMoves) {
         RememberPoint(record);
         return;
     }
@@ -119,7 +119,7 @@ void RecordMove(const MouseHookRecord& record, double time) {
 void RecordButton(const MouseHookRecord& record, const ButtonChange& change, double time) {
     // The test comes first, also when buttons are not recorded, so that its table stays right.
     const bool own = IsOwnClick(record, change);
-    if (trackerSettings.tclk && !own && change.flags != 0) {
+    if (macroSettings.recordButtons && !own && change.flags != 0) {
         AppendRecordedEvent(
             {.type = EvMouseButton, .time = time, .x = record.x, .y = record.y, .flags = change.flags});
     }
@@ -129,9 +129,9 @@ void RecordMouse(const MouseHookRecord& record, const ButtonChange& change) {
     const double time = RecordingSeconds(record.counter);
     if (change.button != 0) {
         RecordButton(record, change, time);
-    } else if (record.message == kMouseMoveMessage && trackerSettings.tmv) {
+    } else if (record.message == kMouseMoveMessage && macroSettings.recordMoves) {
         RecordMove(record, time);
-    } else if (record.message == kWheelMessage && trackerSettings.tscr) {
+    } else if (record.message == kWheelMessage && macroSettings.recordWheel) {
         const auto delta = static_cast<int16_t>(record.mouseData >> 16);
         AppendRecordedEvent({.type = EvScroll, .time = time, .wheel = delta});
     }
@@ -192,7 +192,7 @@ void ForgetContinue() REQUIRES(macroMutex) {
 
 void OpenTake() REQUIRES(macroMutex) {
     macroState.takeOpen = true;
-    engineState.recordStartQpc = ReadPerformanceCounter();
+    engineState.recordingStartCounter = ReadPerformanceCounter();
     engineState.recording = true;
 }
 
@@ -210,13 +210,13 @@ void JoinTake(double clickGap) REQUIRES(macroMutex) {
 
 }  // namespace
 
-void HookThreadMain() {
-    ResetHookState();
-    RunHookThread({.onKey = KeyboardHook,
-                   .onMouse = MouseHook,
-                   .onRawMouse = RawMouseReport,
-                   .onSessionChange = SessionChanged,
-                   .readInterest = ReadHookInterest});
+void InputThreadMain() {
+    ResetInputState();
+    RunInputThread({.onKey = KeyboardHook,
+                    .onMouse = MouseHook,
+                    .onRawMouse = RawMouseReport,
+                    .onSessionChange = SessionChanged,
+                    .readInterest = ReadHookInterest});
 }
 
 HookAnswer KeyboardHook(const KeyHookRecord& record) {
@@ -227,9 +227,11 @@ HookAnswer KeyboardHook(const KeyHookRecord& record) {
     if (DecideKey(record.virtualKey, down) == HookAnswer::Consume) {
         return HookAnswer::Consume;
     }
-    if (engineState.recording && trackerSettings.tkey) {
-        AppendRecordedEvent(
-            {.type = EvKey, .time = RecordingSeconds(record.counter), .vk = record.virtualKey, .down = down});
+    if (engineState.recording && macroSettings.recordKeys) {
+        AppendRecordedEvent({.type = EvKey,
+                             .time = RecordingSeconds(record.counter),
+                             .virtualKey = record.virtualKey,
+                             .down = down});
     }
     return HookAnswer::Pass;
 }
@@ -260,7 +262,7 @@ HookAnswer MouseHook(const MouseHookRecord& record) {
 }
 
 void RawMouseReport(const RawMouseRecord& record) {
-    if (!engineState.recording || !trackerSettings.tmv || !trackerSettings.trel) {
+    if (!engineState.recording || !macroSettings.recordMoves || !macroSettings.recordRawMoves) {
         return;
     }
     if (record.dx == 0 && record.dy == 0) {
@@ -270,7 +272,7 @@ void RawMouseReport(const RawMouseRecord& record) {
         {.type = EvRelMove, .time = RecordingSeconds(record.counter), .x = record.dx, .y = record.dy});
 }
 
-void ResetHookState() {
+void ResetInputState() {
     hookState = HookState{};
     ClearHeldInput();
 }
@@ -292,8 +294,8 @@ void AppendRecordedEvent(const UnifiedEvent& event) {
 }
 
 double RecordingSeconds(int64_t counter) {
-    const int64_t ticks = counter - engineState.recordStartQpc;
-    return static_cast<double>(ticks) / static_cast<double>(engineState.qpcFrequency.load());
+    const int64_t ticks = counter - engineState.recordingStartCounter;
+    return static_cast<double>(ticks) / static_cast<double>(engineState.counterFrequency.load());
 }
 
 void FinishRecording() {

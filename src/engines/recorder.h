@@ -9,16 +9,16 @@
 #include <cstddef>
 #include <vector>
 
-// The input thread's body: runs the platform's hook thread with the hook procedures below. Starts with nothing held.
-void HookThreadMain();
+// The input thread's body: runs the platform's input thread with the hook procedures below. Starts with nothing held.
+void InputThreadMain();
 
-// Hook thread. Hotkeys first, then the recorder; the answer says whether the applications may see the event.
+// Input thread. Hotkeys first, then the recorder; the answer says whether the applications may see the event.
 HookAnswer KeyboardHook(const KeyHookRecord& record);
 HookAnswer MouseHook(const MouseHookRecord& record);
 void RawMouseReport(const RawMouseRecord& record);
 
-// Hook thread, and tests: forgets the pointer's last place, the presses on own windows, and what is held.
-void ResetHookState();
+// Input thread, and tests: forgets the pointer's last place, the presses on own windows, and what is held.
+void ResetInputState();
 
 // Any thread. Appends to the running recording; an event that comes too late for it, or does not fit into memory, is
 // lost.

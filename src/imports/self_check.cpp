@@ -23,12 +23,12 @@ constexpr std::string_view kBare = "Bare\n0,0.5,10,10,0,0,0\n";
 
 // The old file's autoclicker, the importer's key spammer with its one key, no chord.
 std::string OldFormatSettings() {
-    constexpr size_t kFirstKeySpamField = 11;
+    constexpr size_t kFirstKeySpammerField = 11;
     constexpr size_t kSingleKeyField = 17;
     std::string expected = "1,2,3,77,1,1,0,9,1,100,200";
     const std::string live = BuildProfileSettings();
     const std::vector<std::string_view> fields = SplitParts(live, ',');
-    for (size_t i = kFirstKeySpamField; i <= kSingleKeyField; ++i) {
+    for (size_t i = kFirstKeySpammerField; i <= kSingleKeyField; ++i) {
         expected += ',';
         expected += fields.at(i);
     }

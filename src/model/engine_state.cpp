@@ -4,9 +4,9 @@
 
 #include <memory>
 
-SpammerSettings spammerSettings;
-KeySpamSettings keySpamSettings;
-TrackerSettings trackerSettings;
+AutoclickerSettings autoclickerSettings;
+KeySpammerSettings keySpammerSettings;
+MacroSettings macroSettings;
 HotkeyTable hotkeyTable;
 EngineState engineState;
 Mutex macroMutex;
@@ -47,9 +47,9 @@ template <typename Record> void Reconstruct(Record& record) {
 }  // namespace
 
 void ResetEngineState() {
-    Reconstruct(spammerSettings);
-    Reconstruct(keySpamSettings);
-    Reconstruct(trackerSettings);
+    Reconstruct(autoclickerSettings);
+    Reconstruct(keySpammerSettings);
+    Reconstruct(macroSettings);
     Reconstruct(hotkeyTable);
     Reconstruct(engineState);
     MutexLock lock(macroMutex);

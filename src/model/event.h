@@ -7,9 +7,9 @@ enum EventType : uint32_t {
     EvAbsMove = 0,      // x, y: pointer moved to a screen pixel
     EvRelMove = 1,      // x, y: raw device counts
     EvMouseButton = 2,  // x, y, flags: one button press or release
-    EvKey = 3,          // vk, down
+    EvKey = 3,          // virtualKey, down
     EvScroll = 4,       // wheel
-    EvToolState = 5,    // vk: kToolAutoclicker or kToolKeySpammer; down: switched on
+    EvToolState = 5,    // virtualKey: kToolAutoclicker or kToolKeySpammer; down: switched on
 };
 
 constexpr uint32_t kToolAutoclicker = 1;
@@ -21,7 +21,7 @@ struct UnifiedEvent {
     int32_t x = 0;
     int32_t y = 0;
     uint32_t flags = 0;  // a MOUSEEVENTF_* button value; 128 stands for both side buttons and has no release
-    uint32_t vk = 0;     // virtual-key code, or a tool
+    uint32_t virtualKey = 0;  // virtual-key code, or a tool
     bool down = false;
     int32_t wheel = 0;  // 120 a notch
 

@@ -74,12 +74,12 @@ struct HookSinks {
     void (*readInterest)(HookInterest* interest) = nullptr;
 };
 
-// The input thread's whole life: installs, calls the sinks, removes. Returns after StopHookThread, or at once if the
+// The input thread's whole life: installs, calls the sinks, removes. Returns after StopInputThread, or at once if the
 // system refuses everything; a hook that cannot be had is quietly done without.
-void RunHookThread(const HookSinks& sinks);
+void RunInputThread(const HookSinks& sinks);
 
-// Any thread. Ends a running RunHookThread; without effect before it has begun.
-void StopHookThread();
+// Any thread. Ends a running RunInputThread; without effect before it has begun.
+void StopInputThread();
 
 // Any thread. What readInterest would say may have changed since it was last asked.
 void HookInterestChanged();

@@ -130,7 +130,7 @@ std::vector<KeyEv> NormaliseKeys(const std::vector<UnifiedEvent>& events) {
         if (event.down) {
             keys.push_back(KeyEv{event, held});
         }
-        if (bool* flag = FlagOf(&held, FamilyOfKey(event.vk))) {
+        if (bool* flag = FlagOf(&held, FamilyOfKey(event.virtualKey))) {
             *flag = event.down;
         }
     }
@@ -145,7 +145,7 @@ KeyPredicate Combo(std::initializer_list<ModFamily> families, int32_t vk) {
         }
     }
     return [wanted, key = static_cast<uint32_t>(vk)](const UnifiedEvent& event, const HeldMods& held) {
-        return event.vk == key && held.ctrl == wanted.ctrl && held.alt == wanted.alt &&
+        return event.virtualKey == key && held.ctrl == wanted.ctrl && held.alt == wanted.alt &&
                held.shift == wanted.shift && held.win == wanted.win;
     };
 }
@@ -158,14 +158,14 @@ KeyPredicate AnyOf(std::vector<KeyPredicate> predicates) {
 }
 
 bool IsTypingKey(const UnifiedEvent& event, const HeldMods& held) {
-    const uint32_t vk = event.vk;
+    const uint32_t vk = event.virtualKey;
     const bool text = (vk >= 48 && vk <= 57) || (vk >= 65 && vk <= 90) || vk == 32 ||
                       (vk >= 96 && vk <= 105) || (vk >= 186 && vk <= 192) || (vk >= 219 && vk <= 223);
     return text && !held.ctrl && !held.alt && !held.win;
 }
 
 bool IsBareWinKey(const UnifiedEvent& event, const HeldMods& held) {
-    return FamilyOfKey(event.vk) == ModWin && !held.ctrl && !held.alt && !held.shift;
+    return FamilyOfKey(event.virtualKey) == ModWin && !held.ctrl && !held.alt && !held.shift;
 }
 
 SeqResult MatchSequence(const std::vector<KeyEv>& keys, const std::vector<KeyPredicate>& steps,

@@ -113,7 +113,7 @@ SeqResult SwitchWindows(const Keys& keys) {
 
 SeqResult SystemKeys(const Keys& keys) {
     for (const KeyEv& key : keys) {
-        if (key.held.win && FamilyOfKey(key.event.vk) == ModNone) {
+        if (key.held.win && FamilyOfKey(key.event.virtualKey) == ModNone) {
             return {true, key.event.time};
         }
     }

@@ -39,7 +39,7 @@ char* PutEventLine(char* out, const UnifiedEvent& event) {
     *out++ = ',';
     out = PutInteger(out, event.flags);
     *out++ = ',';
-    out = PutInteger(out, static_cast<int32_t>(event.vk));
+    out = PutInteger(out, static_cast<int32_t>(event.virtualKey));
     *out++ = ',';
     *out++ = event.down ? '1' : '0';
     *out++ = ',';
@@ -90,7 +90,7 @@ bool ReadSevenFields(FieldWalk& fields, UnifiedEvent* event) {
         return false;
     }
     event->type = static_cast<uint32_t>(type);
-    event->vk = static_cast<uint32_t>(vk);
+    event->virtualKey = static_cast<uint32_t>(vk);
     event->down = down != 0;
     return true;
 }

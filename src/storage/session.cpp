@@ -45,7 +45,7 @@ template <typename Buffer> void LetGoIfOversized(Buffer& buffer, size_t needed) 
     }
 }
 
-// Makes room for a copy of the store, so that the hook thread never waits for memory while the copy is made. False if
+// Makes room for a copy of the store, so that the input thread never waits for memory while the copy is made. False if
 // the lock is held.
 bool PrepareCopy(SaveBuffers* copy) {
     std::vector<size_t> eventCounts;

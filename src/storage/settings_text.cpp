@@ -10,7 +10,7 @@ namespace {
 
 // Field counts of the settings line, by the oldest form that has the fields.
 constexpr size_t kFirstForm = 23;
-constexpr size_t kKeySpamForm = 31;
+constexpr size_t kKeySpammerForm = 31;
 constexpr size_t kTargetsForm = 33;
 constexpr size_t kHoldForm = 35;
 constexpr size_t kUnlockForm = 36;
@@ -95,47 +95,50 @@ class FieldReader {
 
 // The eleven numbers that both texts begin with, in order. `Fields` writes or reads.
 template <typename Fields> void SpammerFields(Fields& fields) {
-    SpammerSettings& s = spammerSettings;
-    for (Relaxed<int32_t>* setting : {&s.sh, &s.sm, &s.ss, &s.sms, &s.sbtn, &s.stype, &s.rptMode, &s.rptTimes,
-                                      &s.locMode, &s.fixedX, &s.fixedY}) {
+    AutoclickerSettings& s = autoclickerSettings;
+    for (Relaxed<int32_t>* setting :
+         {&s.intervalHours, &s.intervalMinutes, &s.intervalSeconds, &s.intervalMilliseconds, &s.button,
+          &s.doubleClick, &s.repeatMode, &s.repeatCount, &s.locationMode, &s.fixedX, &s.fixedY}) {
         fields.Int(*setting);
     }
 }
 
-template <typename Fields> void KeySpamNumberFields(Fields& fields) {
-    KeySpamSettings& s = keySpamSettings;
-    for (Relaxed<int32_t>* setting : {&s.ksh, &s.ksm, &s.kss, &s.ksms, &s.ksRptMode, &s.ksRptTimes}) {
+template <typename Fields> void KeySpammerNumberFields(Fields& fields) {
+    KeySpammerSettings& s = keySpammerSettings;
+    for (Relaxed<int32_t>* setting : {&s.intervalHours, &s.intervalMinutes, &s.intervalSeconds,
+                                      &s.intervalMilliseconds, &s.repeatMode, &s.repeatCount}) {
         fields.Int(*setting);
     }
 }
 
 template <typename Fields> void TrackerFields(Fields& fields) {
-    TrackerSettings& s = trackerSettings;
-    for (Relaxed<bool>* setting : {&s.tmv, &s.tclk, &s.tscr, &s.tkey, &s.trel}) {
+    MacroSettings& s = macroSettings;
+    for (Relaxed<bool>* setting :
+         {&s.recordMoves, &s.recordButtons, &s.recordWheel, &s.recordKeys, &s.recordRawMoves}) {
         fields.Bool(*setting);
     }
-    fields.Float(s.tspd);
-    fields.Bool(s.tloop);
-    fields.Int(s.tloopMs);
+    fields.Float(s.playbackSpeed);
+    fields.Bool(s.loop);
+    fields.Int(s.loopPauseMilliseconds);
 }
 
 std::string KeyTargetsText() {
     std::string text;
-    const int32_t count = keySpamSettings.keySpamTargetCount;
-    for (int32_t i = 0; i < count && i < kMaxKeySpamTargets; ++i) {
+    const int32_t count = keySpammerSettings.targetCount;
+    for (int32_t i = 0; i < count && i < kMaxKeySpammerTargets; ++i) {
         if (i > 0) {
             text += '|';
         }
-        AppendInt(text, static_cast<int32_t>(keySpamSettings.keySpamTargets[i].load()));
+        AppendInt(text, static_cast<int32_t>(keySpammerSettings.targets[i].load()));
     }
     return text;
 }
 
 // What the older forms with a single key mean.
 void TakeSingleKey() {
-    keySpamSettings.keySpamTargets[0] = keySpamSettings.ksKey.load();
-    keySpamSettings.keySpamTargetCount = 1;
-    keySpamSettings.keySpamChord = false;
+    keySpammerSettings.targets[0] = keySpammerSettings.singleKey.load();
+    keySpammerSettings.targetCount = 1;
+    keySpammerSettings.chord = false;
 }
 
 bool WholeInts(const std::vector<std::string_view>& fields, size_t first, size_t last) {
@@ -153,17 +156,17 @@ std::string BuildSettingsLine() {
     FieldWriter fields;
     SpammerFields(fields);
     TrackerFields(fields);
-    fields.Code(hotkeyTable.rec);
+    fields.Code(hotkeyTable.record);
     fields.Code(hotkeyTable.play);
     fields.Text("0");  // reserved
-    fields.Code(hotkeyTable.autoKey);
-    KeySpamNumberFields(fields);
-    fields.Code(hotkeyTable.keyspam);
-    fields.Code(keySpamSettings.ksKey);
+    fields.Code(hotkeyTable.autoclicker);
+    KeySpammerNumberFields(fields);
+    fields.Code(hotkeyTable.keySpammer);
+    fields.Code(keySpammerSettings.singleKey);
     fields.Text(KeyTargetsText());
-    fields.Bool(keySpamSettings.keySpamChord);
-    fields.Bool(hotkeyTable.holdAuto);
-    fields.Bool(hotkeyTable.holdKeySpam);
+    fields.Bool(keySpammerSettings.chord);
+    fields.Bool(hotkeyTable.holdAutoclicker);
+    fields.Bool(hotkeyTable.holdKeySpammer);
     fields.Code(hotkeyTable.unlock);
     return fields.Take();
 }
@@ -177,25 +180,25 @@ void ApplySettingsLine(std::string_view text) {
     FieldReader first(fields, 0);
     SpammerFields(first);
     TrackerFields(first);
-    first.Code(hotkeyTable.rec);
+    first.Code(hotkeyTable.record);
     first.Code(hotkeyTable.play);
     first.Skip();
-    first.Code(hotkeyTable.autoKey);
-    if (fields.size() >= kKeySpamForm) {
+    first.Code(hotkeyTable.autoclicker);
+    if (fields.size() >= kKeySpammerForm) {
         FieldReader keySpam(fields, kFirstForm);
-        KeySpamNumberFields(keySpam);
-        keySpam.Code(hotkeyTable.keyspam);
-        keySpam.Code(keySpamSettings.ksKey);
+        KeySpammerNumberFields(keySpam);
+        keySpam.Code(hotkeyTable.keySpammer);
+        keySpam.Code(keySpammerSettings.singleKey);
     }
     if (fields.size() >= kTargetsForm) {
         ParseKeyTargets(fields[31]);
-        keySpamSettings.keySpamChord = fields[32] == "1";
+        keySpammerSettings.chord = fields[32] == "1";
     } else {
         TakeSingleKey();
     }
     if (fields.size() >= kHoldForm) {
-        hotkeyTable.holdAuto = fields[33] == "1";
-        hotkeyTable.holdKeySpam = fields[34] == "1";
+        hotkeyTable.holdAutoclicker = fields[33] == "1";
+        hotkeyTable.holdKeySpammer = fields[34] == "1";
     }
     if (fields.size() >= kUnlockForm) {
         FieldReader unlock(fields, 35);
@@ -207,10 +210,10 @@ void ApplySettingsLine(std::string_view text) {
 std::string BuildProfileSettings() {
     FieldWriter fields;
     SpammerFields(fields);
-    KeySpamNumberFields(fields);
-    fields.Code(keySpamSettings.ksKey);
+    KeySpammerNumberFields(fields);
+    fields.Code(keySpammerSettings.singleKey);
     fields.Text(KeyTargetsText());
-    fields.Bool(keySpamSettings.keySpamChord);
+    fields.Bool(keySpammerSettings.chord);
     return fields.Take();
 }
 
@@ -221,8 +224,8 @@ void ApplyProfileSettings(std::string_view text) {
     }
     FieldReader numbers(fields, 0);
     SpammerFields(numbers);
-    KeySpamNumberFields(numbers);
-    numbers.Code(keySpamSettings.ksKey);
+    KeySpammerNumberFields(numbers);
+    numbers.Code(keySpammerSettings.singleKey);
     if (!numbers.Good()) {
         return;
     }
@@ -231,7 +234,7 @@ void ApplyProfileSettings(std::string_view text) {
         return;
     }
     ParseKeyTargets(fields[kProfileTargets]);
-    keySpamSettings.keySpamChord = fields[kProfileChord] == "1";
+    keySpammerSettings.chord = fields[kProfileChord] == "1";
 }
 
 std::string ProfileSettingsFromLine(std::string_view line) {
@@ -243,7 +246,7 @@ std::string ProfileSettingsFromLine(std::string_view line) {
             profile[i] = file[i];
         }
     }
-    if (file.size() >= kKeySpamForm && WholeInts(file, 23, 28) && WholeInts(file, 30, 30)) {
+    if (file.size() >= kKeySpammerForm && WholeInts(file, 23, 28) && WholeInts(file, 30, 30)) {
         for (size_t i = 0; i <= 5; ++i) {
             profile[11 + i] = file[23 + i];
         }
@@ -264,16 +267,16 @@ std::string ProfileSettingsFromLine(std::string_view line) {
 }
 
 void ResetToolSettings() {
-    spammerSettings = SpammerSettings{};
-    KeySpamSettings& s = keySpamSettings;
-    const KeySpamSettings defaults;
-    s.ksh = defaults.ksh;
-    s.ksm = defaults.ksm;
-    s.kss = defaults.kss;
-    s.ksms = defaults.ksms;
-    s.ksRptMode = defaults.ksRptMode;
-    s.ksRptTimes = defaults.ksRptTimes;
-    s.ksKey = kSpaceKey;
+    autoclickerSettings = AutoclickerSettings{};
+    KeySpammerSettings& s = keySpammerSettings;
+    const KeySpammerSettings defaults;
+    s.intervalHours = defaults.intervalHours;
+    s.intervalMinutes = defaults.intervalMinutes;
+    s.intervalSeconds = defaults.intervalSeconds;
+    s.intervalMilliseconds = defaults.intervalMilliseconds;
+    s.repeatMode = defaults.repeatMode;
+    s.repeatCount = defaults.repeatCount;
+    s.singleKey = kSpaceKey;
     TakeSingleKey();
 }
 
@@ -281,9 +284,9 @@ void ParseKeyTargets(std::string_view text) {
     int32_t count = 0;
     for (const std::string_view piece : SplitParts(text, '|')) {
         int32_t code = 0;
-        if (count < kMaxKeySpamTargets && ParseInt(piece, &code)) {
-            keySpamSettings.keySpamTargets[count++] = static_cast<uint32_t>(code);
+        if (count < kMaxKeySpammerTargets && ParseInt(piece, &code)) {
+            keySpammerSettings.targets[count++] = static_cast<uint32_t>(code);
         }
     }
-    keySpamSettings.keySpamTargetCount = count;
+    keySpammerSettings.targetCount = count;
 }

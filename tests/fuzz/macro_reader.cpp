@@ -70,7 +70,7 @@ bool PlainEvent(const std::string& line, UnifiedEvent* event) {
         next();
         event->flags = PlainUnsigned(field);
         next();
-        event->vk = static_cast<uint32_t>(PlainInt(field));
+        event->virtualKey = static_cast<uint32_t>(PlainInt(field));
         next();
         event->down = PlainInt(field) != 0;
         event->wheel = next() ? PlainInt(field) : 0;
@@ -86,7 +86,8 @@ bool Same(const UnifiedEvent& a, const UnifiedEvent& b) {
         c.time = a.time;
     }
     return std::memcmp(&a.time, &c.time, sizeof(a.time)) == 0 && a.type == c.type && a.x == c.x &&
-           a.y == c.y && a.flags == c.flags && a.vk == c.vk && a.down == c.down && a.wheel == c.wheel;
+           a.y == c.y && a.flags == c.flags && a.virtualKey == c.virtualKey && a.down == c.down &&
+           a.wheel == c.wheel;
 }
 
 // Empty: the file is refused.

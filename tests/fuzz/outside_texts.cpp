@@ -43,7 +43,8 @@ void RequireSettingsStay(const std::string& text) {
     const std::string argument = ArgText(text);
     Require(argument.find_first_of("[]\"") == std::string::npos);
     for (void (*command)(std::string_view) :
-         {UpdateSpammer, UpdateKeySpam, UpdateTracker, SetHoldMode, SetKeySpamChordMode, ReassignKey}) {
+         {UpdateAutoclickerSettings, UpdateKeySpammerSettings, UpdateMacroSettings, SetHoldMode,
+          SetKeySpammerChord, ReassignKey}) {
         try {
             command(argument);
         } catch (const NumberError&) {

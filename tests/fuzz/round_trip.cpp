@@ -20,7 +20,7 @@ UnifiedEvent TakeEvent(FuzzBytes& input) {
     event.x = input.Take<int32_t>();
     event.y = input.Take<int32_t>();
     event.flags = input.Take<uint32_t>();
-    event.vk = input.Take<uint32_t>();
+    event.virtualKey = input.Take<uint32_t>();
     event.down = (input.Take<uint8_t>() & 1) != 0;
     event.wheel = input.Take<int32_t>();
     return event;
@@ -57,8 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             profile.name += letter;
         }
     }
-    spammerSettings.sms = input.Take<int32_t>();
-    keySpamSettings.ksKey = input.Take<int32_t>();
+    autoclickerSettings.intervalMilliseconds = input.Take<int32_t>();
+    keySpammerSettings.singleKey = input.Take<int32_t>();
     while (input.Left() > 0) {
         profile.events.push_back(TakeEvent(input));
     }

@@ -23,7 +23,7 @@ std::vector<UnifiedEvent> Events(FuzzBytes input) {
     while (input.Left() > 0 && events.size() < kMostEvents) {
         const auto key = input.Take<uint8_t>();
         const auto step = input.Take<uint8_t>();
-        event.vk = kKeys[(key & 0x7F) % std::size(kKeys)];
+        event.virtualKey = kKeys[(key & 0x7F) % std::size(kKeys)];
         event.down = (key & 0x80) == 0;
         size_t times = 1;
         if ((step & 0x80) != 0) {

@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     ApplyProfileSettings(text);
     ParseKeyTargets(text);
-    const int32_t count = keySpamSettings.keySpamTargetCount;
-    Require(count >= 0 && count <= kMaxKeySpamTargets);
+    const int32_t count = keySpammerSettings.targetCount;
+    Require(count >= 0 && count <= kMaxKeySpammerTargets);
     return 0;
 }

@@ -152,13 +152,13 @@ class DoubleHooks : public DoubleSession {
         DoubleSession::SetUp();
         notes = SinkNotes();
         thread_ = StartThread("hooks", [] {
-            RunHookThread({NoteKey, NoteMouse, NoteRaw, NoteSession, NoteInterest});
+            RunInputThread({NoteKey, NoteMouse, NoteRaw, NoteSession, NoteInterest});
         });
         SimSettle();
         ASSERT_TRUE(SimHooksInstalled());
     }
     void TearDown() override {
-        StopHookThread();
+        StopInputThread();
         JoinThread(thread_);
         EXPECT_FALSE(SimHooksInstalled());
         DoubleSession::TearDown();
@@ -258,13 +258,13 @@ TEST_F(DoubleSession, RefusedHooksLetInputThrough) {
     SimRefuseHooks(true);
     notes = SinkNotes();
     std::thread thread = StartThread("hooks", [] {
-        RunHookThread({NoteKey, NoteMouse, NoteRaw, NoteSession, NoteInterest});
+        RunInputThread({NoteKey, NoteMouse, NoteRaw, NoteSession, NoteInterest});
     });
     JoinThread(thread);
     SimKey('A', true);
     EXPECT_TRUE(notes.keys.empty());
     EXPECT_EQ(Seen(), "A+ ");
-    StopHookThread();  // without effect
+    StopInputThread();  // without effect
 }
 
 // Desktop, process, page, files.

@@ -49,7 +49,7 @@ class EightHours : public EngineTest {
 };
 
 TEST_F(EightHours, ClickingEveryMillisecond) {
-    spammerSettings.sms = 1;
+    autoclickerSettings.intervalMilliseconds = 1;
     RigPage("startSpammer");
     SimRunFor(60000);
     const int64_t memory = ResidentKilobytes();
@@ -58,7 +58,7 @@ TEST_F(EightHours, ClickingEveryMillisecond) {
     EXPECT_EQ(SimSentCount(kInputMouse, kMouseLeftDown), clicks);
     EXPECT_EQ(SimSentCount(kInputMouse, kMouseLeftUp), clicks);
     EXPECT_EQ(SimSeenCount(), 2 * clicks);
-    EXPECT_EQ(static_cast<uint64_t>(engineState.autoClickCount), clicks);
+    EXPECT_EQ(static_cast<uint64_t>(engineState.autoclickerCount), clicks);
     EXPECT_EQ(SimLastSentTicks(), kSeconds * 1000 * kSimTicksPerMillisecond);
     RigPage("stopSpammer");
     SimSettle();
@@ -67,9 +67,9 @@ TEST_F(EightHours, ClickingEveryMillisecond) {
 }
 
 TEST_F(EightHours, ClickingACountedNumber) {
-    spammerSettings.sms = 1;
-    spammerSettings.rptMode = 0;
-    spammerSettings.rptTimes = static_cast<int32_t>(kSeconds * 1000);
+    autoclickerSettings.intervalMilliseconds = 1;
+    autoclickerSettings.repeatMode = 0;
+    autoclickerSettings.repeatCount = static_cast<int32_t>(kSeconds * 1000);
     RigPage("startSpammer");
     SimRunFor(kMilliseconds - 1);
     EXPECT_TRUE(engineState.autoClicking);
@@ -80,7 +80,7 @@ TEST_F(EightHours, ClickingACountedNumber) {
 
 // A key every second of the recording, with the clicker running every millisecond beside it.
 void RecordKeysEverySecond(std::vector<UnifiedEvent>* macro) {
-    spammerSettings.sms = 1;
+    autoclickerSettings.intervalMilliseconds = 1;
     RigPage("startRecording");
     SimSettle();
     RigPage("startSpammer");
@@ -161,8 +161,8 @@ TEST(EightHoursLate, ReplayingDoesNotDrift) {
 }
 
 TEST_F(EightHours, ReplayingInALoop) {
-    trackerSettings.tloop = true;
-    trackerSettings.tloopMs = 500;
+    macroSettings.loop = true;
+    macroSettings.loopPauseMilliseconds = 500;
     SetRigMacro({KeyEvent(0, 'A', true), KeyEvent(1.0, 'A', false)});
     RigPage("startPlayback");
     SimRunFor(60000);
@@ -182,7 +182,8 @@ TEST_F(EightHours, ReplayingInALoop) {
 TEST_F(EightHours, ReplayingWhatWasRecorded) {
     std::vector<UnifiedEvent> macro;
     RecordKeysEverySecond(&macro);
-    spammerSettings.sms = 600000;  // the clicker that the macro starts clicks every ten minutes
+    autoclickerSettings.intervalMilliseconds =
+        600000;  // the clicker that the macro starts clicks every ten minutes
     const uint64_t sentBefore = SimSentCount();
     RigPage("startPlayback");
     SimRunFor(kMilliseconds - 1000);

@@ -74,20 +74,20 @@ TEST_F(Edges, AFullTargetListDropsTheKey) {
     RigPage("reassignKey", "keyspamtarget");
     SimKey('B', true);
     SimSettle();
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 256);
-    EXPECT_EQ(keySpamSettings.keySpamTargets[255], 65U);
+    EXPECT_EQ(keySpammerSettings.targetCount, 256);
+    EXPECT_EQ(keySpammerSettings.targets[255], 65U);
     EXPECT_EQ(engineState.reassignTarget, 0U);
     RigPage("removeKeySpamTarget", "0");
     RigPage("reassignKey", "keyspamtarget");
     SimKey('C', true);
     SimSettle();
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 256);
-    EXPECT_EQ(keySpamSettings.keySpamTargets[255], 67U);
+    EXPECT_EQ(keySpammerSettings.targetCount, 256);
+    EXPECT_EQ(keySpammerSettings.targets[255], 67U);
 }
 
 TEST_F(Edges, AChordOfAllTargetsIsReleasedToTheLast) {
     SetRigTargets(std::vector<uint32_t>(256, 'A'));
-    keySpamSettings.keySpamChord = true;
+    keySpammerSettings.chord = true;
     RigPage("startKeySpam");
     SimSettle();
     EXPECT_EQ(SimSentCount(kInputKeyboard, 8), 256U);
@@ -122,8 +122,8 @@ TEST_F(Edges, TheEditorHearsOfEachRunOfTheKeySpammerAndEachRoundOfThePlayback) {
     RigPage("startPlayback");  // empty: nothing to be busy with
     SimSettle();
     EXPECT_EQ(notices, 2);
-    trackerSettings.tloop = true;
-    trackerSettings.tloopMs = 10;
+    macroSettings.loop = true;
+    macroSettings.loopPauseMilliseconds = 10;
     SetRigMacro({KeyEvent(0, 'A', true)});
     RigPage("startPlayback");
     SimRunFor(25);
@@ -133,7 +133,7 @@ TEST_F(Edges, TheEditorHearsOfEachRunOfTheKeySpammerAndEachRoundOfThePlayback) {
 // The spammer's first round waits for the editor; the run goes on when it has answered.
 TEST_F(Edges, ASlowEditorDelaysTheFirstRoundOnly) {
     editorBusyNotice = [](bool) { SleepMilliseconds(500); };
-    keySpamSettings.ksms = 100;
+    keySpammerSettings.intervalMilliseconds = 100;
     RigPage("startKeySpam");
     SimRunFor(499.9);
     EXPECT_EQ(SimSentCount(), 0U);
@@ -144,10 +144,10 @@ TEST_F(Edges, ASlowEditorDelaysTheFirstRoundOnly) {
 
 TEST_F(Edges, AKeyReplacedInAChordIsReleasedAsPressed) {
     SetRigTargets({'A', 'B'});
-    keySpamSettings.keySpamChord = true;
+    keySpammerSettings.chord = true;
     SimOnSent([](const SimSent& sent) {
         if (sent.record.wScan == ScanCodeOfKey('B') && sent.record.dwFlags == 8) {
-            keySpamSettings.keySpamTargets[0] = 'C';
+            keySpammerSettings.targets[0] = 'C';
         }
     });
     RigPage("startKeySpam");
@@ -182,10 +182,10 @@ TEST_F(Edges, AHiddenPointerCountsAsTheCorner) {
 }
 
 TEST_F(Edges, ShutdownEndsEveryRunAtOnce) {
-    trackerSettings.tloop = true;
-    trackerSettings.tloopMs = -1;
-    keySpamSettings.ksh = 100;
-    spammerSettings.sh = 100;
+    macroSettings.loop = true;
+    macroSettings.loopPauseMilliseconds = -1;
+    keySpammerSettings.intervalHours = 100;
+    autoclickerSettings.intervalHours = 100;
     SetRigMacro({KeyEvent(0, 'A', true)});
     RigPage("startPlayback");
     RigPage("startSpammer");
@@ -231,7 +231,7 @@ TEST(EdgesWithoutHooks, TheEnginesServeThePageAllTheSame) {
 
 TEST_F(Edges, SignalsWithoutEventsAreNothing) {
     EXPECT_EQ(EndRig(), "");
-    engineState.reqStartAuto = true;
+    engineState.requestStartAutoclicker = true;
     DispatchRequests();  // every event is closed and cleared
     EXPECT_TRUE(engineState.autoClicking);
     BeginRig();

@@ -42,16 +42,16 @@ void BeginRig(const SimOptions& options, bool hooks) {
         MutexLock lock(macroMutex);
         macroState.profiles.push_back(Profile{DefaultProfileName, "", {}});
     }
-    engineState.qpcFrequency = ReadPerformanceFrequency();
+    engineState.counterFrequency = ReadPerformanceFrequency();
     engineState.quitEvent = CreateWakeEvent(WakeReset::Manual);
     engineState.dispatchEvent = CreateWakeEvent(WakeReset::Automatic);
-    engineState.autoWakeEvent = CreateWakeEvent(WakeReset::Automatic);
-    engineState.keySpamWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.autoclickerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+    engineState.keySpammerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
     engineState.playWakeEvent = CreateWakeEvent(WakeReset::Automatic);
     threads.clear();
-    threads.push_back(StartThread("autoclick", AutoclickThreadMain));
-    threads.push_back(StartThread("key spam", KeySpamThreadMain));
-    threads.push_back(StartThread("hooks", HookThreadMain));
+    threads.push_back(StartThread("autoclick", AutoclickerThreadMain));
+    threads.push_back(StartThread("key spam", KeySpammerThreadMain));
+    threads.push_back(StartThread("hooks", InputThreadMain));
     threads.push_back(StartThread("playback", PlaybackThreadMain));
     threads.push_back(StartThread("dispatcher", DispatcherThreadMain));
     SimSettle();
@@ -59,7 +59,7 @@ void BeginRig(const SimOptions& options, bool hooks) {
 
 std::string EndRig() {
     engineState.running = false;
-    StopHookThread();
+    StopInputThread();
     SignalWake(engineState.quitEvent);
     std::string waiting = SimEnd();
     if (!waiting.empty()) {
@@ -71,8 +71,8 @@ std::string EndRig() {
     }
     threads.clear();
     for (std::atomic<WakeEvent*>* event :
-         {&engineState.quitEvent, &engineState.dispatchEvent, &engineState.autoWakeEvent,
-          &engineState.keySpamWakeEvent, &engineState.playWakeEvent}) {
+         {&engineState.quitEvent, &engineState.dispatchEvent, &engineState.autoclickerWakeEvent,
+          &engineState.keySpammerWakeEvent, &engineState.playWakeEvent}) {
         CloseEvent(*event);
     }
     editorBusyNotice = nullptr;
@@ -120,11 +120,11 @@ void RigRequest(const std::vector<std::atomic<bool>*>& requests) {
 
 void SetRigTargets(const std::vector<uint32_t>& targets) {
     for (size_t index = 0; index < targets.size(); ++index) {
-        keySpamSettings.keySpamTargets[index] = targets[index];
+        keySpammerSettings.targets[index] = targets[index];
     }
-    keySpamSettings.keySpamTargetCount = static_cast<int32_t>(targets.size());
+    keySpammerSettings.targetCount = static_cast<int32_t>(targets.size());
     if (!targets.empty()) {
-        keySpamSettings.ksKey = targets[0];
+        keySpammerSettings.singleKey = targets[0];
     }
 }
 
@@ -143,7 +143,7 @@ void WithMacroMutexHeld(const std::function<void()>& call) {
 }
 
 UnifiedEvent KeyEvent(double time, uint32_t virtualKey, bool down) {
-    return {.type = EvKey, .time = time, .vk = virtualKey, .down = down};
+    return {.type = EvKey, .time = time, .virtualKey = virtualKey, .down = down};
 }
 
 UnifiedEvent ButtonEvent(double time, uint32_t flags, int32_t x, int32_t y) {

@@ -105,7 +105,7 @@ Profile SomeProfile(const std::string& name, uint32_t vk) {
         UnifiedEvent event;
         event.type = EvKey;
         event.time = i;
-        event.vk = vk;
+        event.virtualKey = vk;
         event.down = i % 2 == 0;
         profile.events.push_back(event);
     }
@@ -115,7 +115,7 @@ Profile SomeProfile(const std::string& name, uint32_t vk) {
 // One profile and a click interval to know it by.
 void SetState(const std::string& name, int32_t interval) {
     ResetEngineState();
-    spammerSettings.sms = interval;
+    autoclickerSettings.intervalMilliseconds = interval;
     MutexLock lock(macroMutex);
     macroState.profiles = {SomeProfile(name, static_cast<uint32_t>(interval))};
     macroState.profiles[0].settings = BuildProfileSettings();

@@ -51,8 +51,8 @@ class FrameMasterTest : public ::testing::Test {
         EXPECT_EQ(SimTimerPeriods(), 1);
         EXPECT_FALSE(engineState.running);
         for (const std::atomic<WakeEvent*>* event :
-             {&engineState.quitEvent, &engineState.dispatchEvent, &engineState.autoWakeEvent,
-              &engineState.keySpamWakeEvent, &engineState.playWakeEvent, &engineState.timelineAckEvent}) {
+             {&engineState.quitEvent, &engineState.dispatchEvent, &engineState.autoclickerWakeEvent,
+              &engineState.keySpammerWakeEvent, &engineState.playWakeEvent, &engineState.timelineAckEvent}) {
             EXPECT_EQ(event->load(), nullptr);
         }
     }
@@ -85,7 +85,7 @@ TEST_F(FrameMasterTest, ServesAPageAndEndsInOrder) {
         EXPECT_TRUE(SimHooksInstalled());
         EXPECT_EQ(SimTimerPeriods(), 2);
         EXPECT_TRUE(SimTimerKeptWhenHidden());
-        EXPECT_EQ(engineState.qpcFrequency, kSimTicksPerMillisecond * 1000);
+        EXPECT_EQ(engineState.counterFrequency, kSimTicksPerMillisecond * 1000);
         EXPECT_NE(SimGetDesktop().foreground, 0U);
         EXPECT_FALSE(SimGetDesktop().icons.empty());
         EXPECT_TRUE(SimOwnsInstanceName("Local\\VarnelleUI_SingleInstance"));
@@ -126,7 +126,7 @@ TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWa
         EXPECT_EQ(SimPageCall("getProfiles", "[]").text,
                   "{\"current\":1,\"names\":[\"Default Tracking Profile\",\"Another\",\"Farm\"],\"cap\":-1,"
                   "\"defaultName\":\"Default Tracking Profile\"}");
-        EXPECT_EQ(spammerSettings.sms, 77);
+        EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 77);
     });
     EXPECT_EQ(RunMainProcess({}), 0);
 }
@@ -344,7 +344,7 @@ TEST_F(FrameMasterTest, AutosaveNeedsNoShutdown) {
 TEST_F(FrameMasterTest, AMalformedNumberRejectsItsCallAndNothingElse) {
     SimOnPageRun([] {
         EXPECT_FALSE(SimPageCall("updateSpammer", "[1,x,0,0,0,0,0,0,0]").resolved);
-        EXPECT_EQ(spammerSettings.sh, 1);
+        EXPECT_EQ(autoclickerSettings.intervalHours, 1);
         const SimPageAnswer answer = SimPageCall("getSettings", "[]");
         EXPECT_TRUE(answer.resolved);
         EXPECT_EQ(answer.text.substr(0, 7), "{\"sh\":1");
@@ -390,7 +390,7 @@ TEST_F(FrameMasterTest, TheNextStartFindsEverything) {
         SimOnPageRun([&] {
             settings = SimPageCall("getSettings", "[]").text;
             events = SimPageCall("getMacroEvents", "[]").text;
-            EXPECT_EQ(hotkeyTable.rec, 82U);
+            EXPECT_EQ(hotkeyTable.record, 82U);
         });
         EXPECT_EQ(RunMainProcess({}), 0);
     }

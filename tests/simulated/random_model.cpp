@@ -18,8 +18,8 @@ Situation ReadSituation() {
     now.autoClicking = engineState.autoClicking;
     now.keySpamming = engineState.keySpamming;
     now.stopToolsWithMacro = engineState.stopToolsWithMacro;
-    for (int32_t index = 0; index < keySpamSettings.keySpamTargetCount; ++index) {
-        now.targets.push_back(keySpamSettings.keySpamTargets[index]);
+    for (int32_t index = 0; index < keySpammerSettings.targetCount; ++index) {
+        now.targets.push_back(keySpammerSettings.targets[index]);
     }
     return now;
 }
@@ -149,14 +149,14 @@ HookVerdict ExpectHotkey(uint32_t code) {
         verdict.requests = locked ? 0 : kStopAuto | kStopKeySpam | kStopPlay;
     } else if (locked) {
         return verdict;
-    } else if (code == hotkeyTable.rec) {
+    } else if (code == hotkeyTable.record) {
         verdict.requests = kToggleRecord;
     } else if (code == hotkeyTable.play) {
         verdict.requests = kTogglePlay;
-    } else if (code == hotkeyTable.autoKey) {
-        verdict.requests = hotkeyTable.holdAuto ? kStartAuto : kToggleAuto;
-    } else if (code == hotkeyTable.keyspam) {
-        verdict.requests = hotkeyTable.holdKeySpam ? kStartKeySpam : kToggleKeySpam;
+    } else if (code == hotkeyTable.autoclicker) {
+        verdict.requests = hotkeyTable.holdAutoclicker ? kStartAuto : kToggleAuto;
+    } else if (code == hotkeyTable.keySpammer) {
+        verdict.requests = hotkeyTable.holdKeySpammer ? kStartKeySpam : kToggleKeySpam;
     } else {
         return verdict;
     }
@@ -184,10 +184,10 @@ HookVerdict ExpectRelease(bool& down, bool& swallowed, uint32_t code) {
     }
     swallowed = false;
     verdict.consumed = true;
-    if (code == hotkeyTable.autoKey && hotkeyTable.holdAuto) {
+    if (code == hotkeyTable.autoclicker && hotkeyTable.holdAutoclicker) {
         verdict.requests |= kStopAuto;
     }
-    if (code == hotkeyTable.keyspam && hotkeyTable.holdKeySpam) {
+    if (code == hotkeyTable.keySpammer && hotkeyTable.holdKeySpammer) {
         verdict.requests |= kStopKeySpam;
     }
     return verdict;
@@ -239,7 +239,7 @@ void RecordSeenButton(RecorderModel& model, const SimSeen& seen) {
     }
     onOwn = seen.down && own;
     const uint32_t flags = RecordedFlags(seen.code, seen.down);
-    if (trackerSettings.tclk && !own && flags != 0) {
+    if (macroSettings.recordButtons && !own && flags != 0) {
         model.events.push_back({.type = EvMouseButton, .x = seen.x, .y = seen.y, .flags = flags});
     }
 }
@@ -250,10 +250,10 @@ void RecordSeen(RecorderModel& model, const SimSeen& seen) {
     const bool recording = engineState.recording && !seen.injected;
     if (seen.kind == SimSeenKind::Move) {
         const bool same = seen.x == model.lastX && seen.y == model.lastY;
-        if (recording && !trackerSettings.tmv) {
+        if (recording && !macroSettings.recordMoves) {
             return;
         }
-        if (recording && !trackerSettings.trel && !same) {
+        if (recording && !macroSettings.recordRawMoves && !same) {
             model.events.push_back({.type = EvAbsMove, .x = seen.x, .y = seen.y});
         }
         model.lastX = seen.x;
@@ -265,9 +265,9 @@ void RecordSeen(RecorderModel& model, const SimSeen& seen) {
     }
     if (seen.kind == SimSeenKind::Button) {
         RecordSeenButton(model, seen);
-    } else if (seen.kind == SimSeenKind::Key && trackerSettings.tkey) {
-        model.events.push_back({.type = EvKey, .vk = seen.code, .down = seen.down});
-    } else if (seen.kind == SimSeenKind::Wheel && trackerSettings.tscr) {
+    } else if (seen.kind == SimSeenKind::Key && macroSettings.recordKeys) {
+        model.events.push_back({.type = EvKey, .virtualKey = seen.code, .down = seen.down});
+    } else if (seen.kind == SimSeenKind::Wheel && macroSettings.recordWheel) {
         model.events.push_back({.type = EvScroll, .wheel = seen.wheel});
     }
 }

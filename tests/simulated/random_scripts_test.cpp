@@ -257,7 +257,7 @@ bool SameMacros(const std::vector<Profile>& left, const std::vector<Profile>& ri
 
 bool RoundCanEndAtOnce(const std::vector<UnifiedEvent>& macro) {
     for (const UnifiedEvent& event : macro) {
-        const double target = event.time / static_cast<double>(trackerSettings.tspd.Get());
+        const double target = event.time / static_cast<double>(macroSettings.playbackSpeed.Get());
         if (!(target <= 0)) {
             return false;
         }
@@ -308,11 +308,11 @@ void CheckWait(const Situation& before, const Situation& after, size_t sentBefor
     const bool played = run.playedLately;
     const bool toolsPlayed = played && run.toolEventsSeen;
     Check(after.autoClicking == before.autoClicking ||
-              (after.autoClicking ? toolsPlayed : played || spammerSettings.rptMode == 0),
+              (after.autoClicking ? toolsPlayed : played || autoclickerSettings.repeatMode == 0),
           "a wait changed the clicker");
     Check(after.keySpamming == before.keySpamming ||
               (after.keySpamming ? toolsPlayed
-                                 : played || keySpamSettings.ksRptMode == 0 || before.targets.empty()),
+                                 : played || keySpammerSettings.repeatMode == 0 || before.targets.empty()),
           "a wait changed the key spammer");
     if (!Works(before)) {
         const std::vector<InputRecord> sent = SentSince(sentBefore);
@@ -331,7 +331,7 @@ void CheckPass(const Situation& before, const PassOutcome& expected, const Situa
     Check(after.recording == expected.after.recording, "recording is not as the state table says");
     // Let in at a signal of the pass, a worker may end its run itself before the pass is through.
     const bool mayEndWithin = (expected.playSet && RoundCanEndAtOnce(macroAfter)) ||
-                              spammerSettings.rptMode == 0 || keySpamSettings.ksRptMode == 0;
+                              autoclickerSettings.repeatMode == 0 || keySpammerSettings.repeatMode == 0;
     if (run.preempted && mayEndWithin) {
         return;
     }
@@ -341,17 +341,17 @@ void CheckPass(const Situation& before, const PassOutcome& expected, const Situa
     const bool played = expected.playSet && (HasToolEvents(macroAfter) || endedItself);
     if (!played) {
         Check(after.autoClicking == expected.after.autoClicking ||
-                  (!after.autoClicking && spammerSettings.rptMode == 0),
+                  (!after.autoClicking && autoclickerSettings.repeatMode == 0),
               "autoClicking is not as the state table says");
         Check(after.keySpamming == expected.after.keySpamming ||
-                  (!after.keySpamming && keySpamSettings.ksRptMode == 0),
+                  (!after.keySpamming && keySpammerSettings.repeatMode == 0),
               "keySpamming is not as the state table says");
     }
     const std::vector<InputRecord> sent = SentSince(sentBefore);
     Check(IsSubsequence(expected.cleanUps, sent), "a clean-up was not sent");
     Check(expected.somethingRan || sent.empty(), "something was sent while nothing ran");
-    if (before.recording && after.recording && !expected.ended && spammerSettings.rptMode != 0 &&
-        keySpamSettings.ksRptMode != 0) {
+    if (before.recording && after.recording && !expected.ended && autoclickerSettings.repeatMode != 0 &&
+        keySpammerSettings.repeatMode != 0) {
         const size_t changes = (before.autoClicking != after.autoClicking ? 1U : 0U) +
                                (before.keySpamming != after.keySpamming ? 1U : 0U);
         Check(CountToolEvents(macroAfter) == changes, "tool events do not match the tools' changes");
@@ -385,7 +385,8 @@ uint32_t ExpectRequests(const Step& step, HookVerdict* verdict, const Situation&
             return 0;
         }
         run.hooks = HookModel();
-        return (hotkeyTable.holdAuto ? kStopAuto : 0U) | (hotkeyTable.holdKeySpam ? kStopKeySpam : 0U);
+        return (hotkeyTable.holdAutoclicker ? kStopAuto : 0U) |
+               (hotkeyTable.holdKeySpammer ? kStopKeySpam : 0U);
     }
     case StepKind::RemoveTarget:
         return before.targets.size() == 1 && before.keySpamming && step.text.back() == '0' ? kStopKeySpam
@@ -396,8 +397,8 @@ uint32_t ExpectRequests(const Step& step, HookVerdict* verdict, const Situation&
 }
 
 void ExpectRawMove(const Step& step) {
-    if (step.kind == StepKind::RawMove && engineState.recording && trackerSettings.tmv &&
-        trackerSettings.trel && (step.dx != 0 || step.dy != 0)) {
+    if (step.kind == StepKind::RawMove && engineState.recording && macroSettings.recordMoves &&
+        macroSettings.recordRawMoves && (step.dx != 0 || step.dy != 0)) {
         run.recorder.events.push_back({.type = EvRelMove, .x = step.dx, .y = step.dy});
     }
 }

@@ -27,35 +27,39 @@ using Words = std::vector<std::string>;
 
 const std::map<std::string, Relaxed<int32_t>*>& IntSettings() {
     static const std::map<std::string, Relaxed<int32_t>*> settings = {
-        {"sh", &spammerSettings.sh},
-        {"sm", &spammerSettings.sm},
-        {"ss", &spammerSettings.ss},
-        {"sms", &spammerSettings.sms},
-        {"sbtn", &spammerSettings.sbtn},
-        {"stype", &spammerSettings.stype},
-        {"rptMode", &spammerSettings.rptMode},
-        {"rptTimes", &spammerSettings.rptTimes},
-        {"locMode", &spammerSettings.locMode},
-        {"fixedX", &spammerSettings.fixedX},
-        {"fixedY", &spammerSettings.fixedY},
-        {"ksh", &keySpamSettings.ksh},
-        {"ksm", &keySpamSettings.ksm},
-        {"kss", &keySpamSettings.kss},
-        {"ksms", &keySpamSettings.ksms},
-        {"ksRptMode", &keySpamSettings.ksRptMode},
-        {"ksRptTimes", &keySpamSettings.ksRptTimes},
-        {"tloopMs", &trackerSettings.tloopMs},
+        {"sh", &autoclickerSettings.intervalHours},
+        {"sm", &autoclickerSettings.intervalMinutes},
+        {"ss", &autoclickerSettings.intervalSeconds},
+        {"sms", &autoclickerSettings.intervalMilliseconds},
+        {"sbtn", &autoclickerSettings.button},
+        {"stype", &autoclickerSettings.doubleClick},
+        {"rptMode", &autoclickerSettings.repeatMode},
+        {"rptTimes", &autoclickerSettings.repeatCount},
+        {"locMode", &autoclickerSettings.locationMode},
+        {"fixedX", &autoclickerSettings.fixedX},
+        {"fixedY", &autoclickerSettings.fixedY},
+        {"ksh", &keySpammerSettings.intervalHours},
+        {"ksm", &keySpammerSettings.intervalMinutes},
+        {"kss", &keySpammerSettings.intervalSeconds},
+        {"ksms", &keySpammerSettings.intervalMilliseconds},
+        {"ksRptMode", &keySpammerSettings.repeatMode},
+        {"ksRptTimes", &keySpammerSettings.repeatCount},
+        {"tloopMs", &macroSettings.loopPauseMilliseconds},
     };
     return settings;
 }
 
 const std::map<std::string, Relaxed<bool>*>& BoolSettings() {
     static const std::map<std::string, Relaxed<bool>*> settings = {
-        {"chord", &keySpamSettings.keySpamChord},  {"tmv", &trackerSettings.tmv},
-        {"tclk", &trackerSettings.tclk},           {"tscr", &trackerSettings.tscr},
-        {"tkey", &trackerSettings.tkey},           {"trel", &trackerSettings.trel},
-        {"tloop", &trackerSettings.tloop},         {"holdAuto", &hotkeyTable.holdAuto},
-        {"holdKeySpam", &hotkeyTable.holdKeySpam},
+        {"chord", &keySpammerSettings.chord},
+        {"tmv", &macroSettings.recordMoves},
+        {"tclk", &macroSettings.recordButtons},
+        {"tscr", &macroSettings.recordWheel},
+        {"tkey", &macroSettings.recordKeys},
+        {"trel", &macroSettings.recordRawMoves},
+        {"tloop", &macroSettings.loop},
+        {"holdAuto", &hotkeyTable.holdAutoclicker},
+        {"holdKeySpam", &hotkeyTable.holdKeySpammer},
     };
     return settings;
 }
@@ -71,28 +75,29 @@ const std::map<std::string, std::atomic<bool>*>& Flags() {
         {"autoClicking", &engineState.autoClicking},
         {"keySpamming", &engineState.keySpamming},
         {"pickingLocation", &engineState.pickingLocation},
-        {"reqToggleRecord", &engineState.reqToggleRecord},
-        {"reqStartRecord", &engineState.reqStartRecord},
-        {"reqStopRecord", &engineState.reqStopRecord},
-        {"reqContinueRecord", &engineState.reqContinueRecord},
-        {"reqUndoContinue", &engineState.reqUndoContinue},
-        {"reqTogglePlay", &engineState.reqTogglePlay},
-        {"reqStartPlay", &engineState.reqStartPlay},
-        {"reqStopPlay", &engineState.reqStopPlay},
-        {"reqToggleAuto", &engineState.reqToggleAuto},
-        {"reqStartAuto", &engineState.reqStartAuto},
-        {"reqStopAuto", &engineState.reqStopAuto},
-        {"reqToggleKeySpam", &engineState.reqToggleKeySpam},
-        {"reqStartKeySpam", &engineState.reqStartKeySpam},
-        {"reqStopKeySpam", &engineState.reqStopKeySpam},
+        {"reqToggleRecord", &engineState.requestToggleRecord},
+        {"reqStartRecord", &engineState.requestStartRecord},
+        {"reqStopRecord", &engineState.requestStopRecord},
+        {"reqContinueRecord", &engineState.requestContinueRecord},
+        {"reqUndoContinue", &engineState.requestUndoContinue},
+        {"reqTogglePlay", &engineState.requestTogglePlay},
+        {"reqStartPlay", &engineState.requestStartPlay},
+        {"reqStopPlay", &engineState.requestStopPlay},
+        {"reqToggleAuto", &engineState.requestToggleAutoclicker},
+        {"reqStartAuto", &engineState.requestStartAutoclicker},
+        {"reqStopAuto", &engineState.requestStopAutoclicker},
+        {"reqToggleKeySpam", &engineState.requestToggleKeySpammer},
+        {"reqStartKeySpam", &engineState.requestStartKeySpammer},
+        {"reqStopKeySpam", &engineState.requestStopKeySpammer},
     };
     return flags;
 }
 
 const std::map<std::string, std::atomic<uint32_t>*>& Bindings() {
     static const std::map<std::string, std::atomic<uint32_t>*> bindings = {
-        {"rec", &hotkeyTable.rec},         {"play", &hotkeyTable.play},     {"auto", &hotkeyTable.autoKey},
-        {"keyspam", &hotkeyTable.keyspam}, {"unlock", &hotkeyTable.unlock},
+        {"rec", &hotkeyTable.record},       {"play", &hotkeyTable.play},
+        {"auto", &hotkeyTable.autoclicker}, {"keyspam", &hotkeyTable.keySpammer},
+        {"unlock", &hotkeyTable.unlock},
     };
     return bindings;
 }
@@ -123,14 +128,14 @@ bool ParseMacroEvent(const Words& words, UnifiedEvent* event) {
         event->y = IntAt(words, 4);
     } else if (kind == "key") {
         event->type = EvKey;
-        event->vk = SimKeyFromName(At(words, 3));
+        event->virtualKey = SimKeyFromName(At(words, 3));
         event->down = At(words, 4) == "down";
     } else if (kind == "wheel") {
         event->type = EvScroll;
         event->wheel = IntAt(words, 3);
     } else if (kind == "tool") {
         event->type = EvToolState;
-        event->vk = static_cast<uint32_t>(IntAt(words, 3));
+        event->virtualKey = static_cast<uint32_t>(IntAt(words, 3));
         event->down = At(words, 4) == "on";
     } else if (kind == "type") {
         event->type = static_cast<uint32_t>(IntAt(words, 3));
@@ -202,7 +207,7 @@ bool StepSet(const Words& words) {
         return true;
     }
     if (name == "tspd") {
-        trackerSettings.tspd = std::stof(value);
+        macroSettings.playbackSpeed = std::stof(value);
         return true;
     }
     if (name == "targets") {
@@ -311,16 +316,16 @@ bool StepShow(const Words& words) {
         Show(text);
     } else if (what == "targets") {
         std::string text = "targets:";
-        for (int32_t index = 0; index < keySpamSettings.keySpamTargetCount; ++index) {
-            text += " " + NameOfCode(keySpamSettings.keySpamTargets[index]);
+        for (int32_t index = 0; index < keySpammerSettings.targetCount; ++index) {
+            text += " " + NameOfCode(keySpammerSettings.targets[index]);
         }
-        Show(text + "; first " + NameOfCode(keySpamSettings.ksKey));
+        Show(text + "; first " + NameOfCode(keySpammerSettings.singleKey));
     } else if (what == "location") {
-        Show("location: mode " + std::to_string(spammerSettings.locMode) + " at " +
-             std::to_string(spammerSettings.fixedX) + " " + std::to_string(spammerSettings.fixedY));
+        Show("location: mode " + std::to_string(autoclickerSettings.locationMode) + " at " +
+             std::to_string(autoclickerSettings.fixedX) + " " + std::to_string(autoclickerSettings.fixedY));
     } else if (what == "counts") {
-        Show("counts: " + std::to_string(engineState.autoClickCount) + " clicks, " +
-             std::to_string(engineState.keySpamCount) + " rounds");
+        Show("counts: " + std::to_string(engineState.autoclickerCount) + " clicks, " +
+             std::to_string(engineState.keySpammerCount) + " rounds");
     } else if (what == "undo") {
         Show(std::string("undo: ") + (RigCanUndo() ? "possible" : "not possible"));
     } else if (what == "lock") {

@@ -133,11 +133,11 @@ std::string EventText(const UnifiedEvent& event) {
     case EvMouseButton:
         return text + ActionOfFlags(event.flags) + " at " + point;
     case EvKey:
-        return text + SimNameOfKey(event.vk) + (event.down ? " down" : " up");
+        return text + SimNameOfKey(event.virtualKey) + (event.down ? " down" : " up");
     case EvScroll:
         return text + "wheel " + std::to_string(event.wheel);
     case EvToolState:
-        return text + "tool " + std::to_string(event.vk) + (event.down ? " on" : " off");
+        return text + "tool " + std::to_string(event.virtualKey) + (event.down ? " on" : " off");
     default:
         return text + "type " + std::to_string(event.type);
     }

@@ -46,7 +46,7 @@ class CommandsTest : public DataFolderTest {
         UnifiedEvent event;
         event.type = EvKey;
         event.time = time;
-        event.vk = vk;
+        event.virtualKey = vk;
         event.down = true;
         return event;
     }
@@ -117,16 +117,16 @@ TEST_F(CommandsTest, StartsAndStopsOnlyRaiseTheirRequest) {
         const char* name;
         std::atomic<bool> EngineState::*flag;
     } rows[] = {
-        {"startSpammer", &EngineState::reqStartAuto},
-        {"stopSpammer", &EngineState::reqStopAuto},
-        {"startKeySpam", &EngineState::reqStartKeySpam},
-        {"stopKeySpam", &EngineState::reqStopKeySpam},
-        {"startRecording", &EngineState::reqStartRecord},
-        {"stopRecording", &EngineState::reqStopRecord},
-        {"continueRecording", &EngineState::reqContinueRecord},
-        {"undoContinueRecording", &EngineState::reqUndoContinue},
-        {"startPlayback", &EngineState::reqStartPlay},
-        {"stopPlayback", &EngineState::reqStopPlay},
+        {"startSpammer", &EngineState::requestStartAutoclicker},
+        {"stopSpammer", &EngineState::requestStopAutoclicker},
+        {"startKeySpam", &EngineState::requestStartKeySpammer},
+        {"stopKeySpam", &EngineState::requestStopKeySpammer},
+        {"startRecording", &EngineState::requestStartRecord},
+        {"stopRecording", &EngineState::requestStopRecord},
+        {"continueRecording", &EngineState::requestContinueRecord},
+        {"undoContinueRecording", &EngineState::requestUndoContinue},
+        {"startPlayback", &EngineState::requestStartPlay},
+        {"stopPlayback", &EngineState::requestStopPlay},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(Call(row.name), "");
@@ -143,26 +143,26 @@ TEST_F(CommandsTest, StartsAndStopsOnlyRaiseTheirRequest) {
 
 TEST_F(CommandsTest, ArgumentsAsOneTextOrOneByOneAreTheSame) {
     for (const char* request : {"[1,2,3,4,1,1,0,10,0]", "[\"1,2,3,4,1,1,0,10,0\"]"}) {
-        spammerSettings.sh = 0;
-        spammerSettings.rptMode = 1;
+        autoclickerSettings.intervalHours = 0;
+        autoclickerSettings.repeatMode = 1;
         EXPECT_EQ(Call("updateSpammer", request), "");
-        EXPECT_EQ(spammerSettings.sh, 1);
-        EXPECT_EQ(spammerSettings.sms, 4);
-        EXPECT_EQ(spammerSettings.rptMode, 0);
-        EXPECT_EQ(spammerSettings.rptTimes, 10);
+        EXPECT_EQ(autoclickerSettings.intervalHours, 1);
+        EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 4);
+        EXPECT_EQ(autoclickerSettings.repeatMode, 0);
+        EXPECT_EQ(autoclickerSettings.repeatCount, 10);
     }
 }
 
 TEST_F(CommandsTest, AMalformedNumberEndsTheUpdateAndKeepsTheEarlierFields) {
     EXPECT_THROW(Call("updateSpammer", "[7,8,x,4,1,1,0,10,0]"), NumberError);
-    EXPECT_EQ(spammerSettings.sh, 7);
-    EXPECT_EQ(spammerSettings.sm, 8);
-    EXPECT_EQ(spammerSettings.ss, 0);
-    EXPECT_EQ(spammerSettings.sms, 5);
+    EXPECT_EQ(autoclickerSettings.intervalHours, 7);
+    EXPECT_EQ(autoclickerSettings.intervalMinutes, 8);
+    EXPECT_EQ(autoclickerSettings.intervalSeconds, 0);
+    EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 5);
     EXPECT_THROW(Call("updateKeySpam", "[3,x,0,0,0,0]"), NumberError);
-    EXPECT_EQ(keySpamSettings.ksh, 3);
+    EXPECT_EQ(keySpammerSettings.intervalHours, 3);
     EXPECT_THROW(Call("updateTracker", "[0,1,1,1,0,x,0,500]"), NumberError);
-    EXPECT_FALSE(trackerSettings.tmv);
+    EXPECT_FALSE(macroSettings.recordMoves);
 }
 
 TEST_F(CommandsTest, RemovingATargetForgivesABadNumber) {
@@ -170,20 +170,20 @@ TEST_F(CommandsTest, RemovingATargetForgivesABadNumber) {
     EXPECT_EQ(Call("removeKeySpamTarget", "[]"), "");
     EXPECT_EQ(Call("removeKeySpamTarget", "[99999999999]"), "");
     EXPECT_EQ(Call("removeKeySpamTarget", "[5]"), "");
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 1);
+    EXPECT_EQ(keySpammerSettings.targetCount, 1);
     EXPECT_EQ(Call("removeKeySpamTarget", "[0]"), "");
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 0);
+    EXPECT_EQ(keySpammerSettings.targetCount, 0);
 }
 
 TEST_F(CommandsTest, ChordAndHoldModes) {
     EXPECT_EQ(Call("setKeySpamChordMode", "[\"1\"]"), "");
-    EXPECT_TRUE(keySpamSettings.keySpamChord);
+    EXPECT_TRUE(keySpammerSettings.chord);
     EXPECT_EQ(Call("setKeySpamChordMode", "[true]"), "");
-    EXPECT_FALSE(keySpamSettings.keySpamChord);
+    EXPECT_FALSE(keySpammerSettings.chord);
     EXPECT_EQ(Call("setHoldMode", "[\"auto\",1]"), "");
     EXPECT_EQ(Call("setHoldMode", "[\"keyspam,1\"]"), "");
-    EXPECT_TRUE(hotkeyTable.holdAuto);
-    EXPECT_TRUE(hotkeyTable.holdKeySpam);
+    EXPECT_TRUE(hotkeyTable.holdAutoclicker);
+    EXPECT_TRUE(hotkeyTable.holdKeySpammer);
 }
 
 TEST_F(CommandsTest, PickingIsArmedForTheHook) {
@@ -203,16 +203,16 @@ TEST_F(CommandsTest, ReassigningKnowsSixWords) {
 }
 
 TEST_F(CommandsTest, ResettingBringsTheFiveBindingsBack) {
-    hotkeyTable.rec = 65;
+    hotkeyTable.record = 65;
     hotkeyTable.play = 66;
-    hotkeyTable.autoKey = 67;
-    hotkeyTable.keyspam = 68;
+    hotkeyTable.autoclicker = 67;
+    hotkeyTable.keySpammer = 68;
     hotkeyTable.unlock = 69;
     EXPECT_EQ(Call("resetHotkeys"), "");
-    EXPECT_EQ(hotkeyTable.rec, 119U);
+    EXPECT_EQ(hotkeyTable.record, 119U);
     EXPECT_EQ(hotkeyTable.play, 118U);
-    EXPECT_EQ(hotkeyTable.autoKey, 117U);
-    EXPECT_EQ(hotkeyTable.keyspam, 120U);
+    EXPECT_EQ(hotkeyTable.autoclicker, 117U);
+    EXPECT_EQ(hotkeyTable.keySpammer, 120U);
     EXPECT_EQ(hotkeyTable.unlock, 121U);
 }
 

@@ -14,8 +14,8 @@ class DispatcherTest : public EngineStateTest {
   protected:
     DispatcherTest() {
         engineState.dispatchEvent = CreateWakeEvent(WakeReset::Automatic);
-        engineState.autoWakeEvent = CreateWakeEvent(WakeReset::Automatic);
-        engineState.keySpamWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+        engineState.autoclickerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
+        engineState.keySpammerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
         engineState.playWakeEvent = CreateWakeEvent(WakeReset::Automatic);
         engineState.quitEvent = CreateWakeEvent(WakeReset::Manual);
         MutexLock lock(macroMutex);
@@ -23,7 +23,7 @@ class DispatcherTest : public EngineStateTest {
     }
     ~DispatcherTest() override {
         for (std::atomic<WakeEvent*>* event :
-             {&engineState.dispatchEvent, &engineState.autoWakeEvent, &engineState.keySpamWakeEvent,
+             {&engineState.dispatchEvent, &engineState.autoclickerWakeEvent, &engineState.keySpammerWakeEvent,
               &engineState.playWakeEvent, &engineState.quitEvent}) {
             CloseWakeEvent(event->exchange(nullptr));
         }
@@ -35,42 +35,44 @@ class DispatcherTest : public EngineStateTest {
         return macroState.profiles[0].events;
     }
     static bool AnyRequest() {
-        return engineState.reqToggleRecord || engineState.reqStartRecord || engineState.reqStopRecord ||
-               engineState.reqContinueRecord || engineState.reqUndoContinue || engineState.reqTogglePlay ||
-               engineState.reqStartPlay || engineState.reqStopPlay || engineState.reqToggleAuto ||
-               engineState.reqStartAuto || engineState.reqStopAuto || engineState.reqToggleKeySpam ||
-               engineState.reqStartKeySpam || engineState.reqStopKeySpam;
+        return engineState.requestToggleRecord || engineState.requestStartRecord ||
+               engineState.requestStopRecord || engineState.requestContinueRecord ||
+               engineState.requestUndoContinue || engineState.requestTogglePlay ||
+               engineState.requestStartPlay || engineState.requestStopPlay ||
+               engineState.requestToggleAutoclicker || engineState.requestStartAutoclicker ||
+               engineState.requestStopAutoclicker || engineState.requestToggleKeySpammer ||
+               engineState.requestStartKeySpammer || engineState.requestStopKeySpammer;
     }
 };
 
 }  // namespace
 
 TEST_F(DispatcherTest, ARequestWakesTheDispatcherAndIsTakenOnce) {
-    RaiseRequest(engineState.reqStartAuto);
-    EXPECT_TRUE(engineState.reqStartAuto);
+    RaiseRequest(engineState.requestStartAutoclicker);
+    EXPECT_TRUE(engineState.requestStartAutoclicker);
     EXPECT_TRUE(TakeWake(engineState.dispatchEvent));
     DispatchRequests();
-    EXPECT_FALSE(engineState.reqStartAuto);
+    EXPECT_FALSE(engineState.requestStartAutoclicker);
     EXPECT_TRUE(engineState.autoClicking);
-    EXPECT_TRUE(TakeWake(engineState.autoWakeEvent));
-    RaiseRequest(engineState.reqStartAuto);
+    EXPECT_TRUE(TakeWake(engineState.autoclickerWakeEvent));
+    RaiseRequest(engineState.requestStartAutoclicker);
     DispatchRequests();
     EXPECT_TRUE(engineState.autoClicking);
-    EXPECT_FALSE(TakeWake(engineState.autoWakeEvent));  // it ran already
+    EXPECT_FALSE(TakeWake(engineState.autoclickerWakeEvent));  // it ran already
 }
 
 TEST_F(DispatcherTest, WithoutEventsRequestsAreServedAllTheSame) {
-    for (std::atomic<WakeEvent*>* event : {&engineState.dispatchEvent, &engineState.autoWakeEvent}) {
+    for (std::atomic<WakeEvent*>* event : {&engineState.dispatchEvent, &engineState.autoclickerWakeEvent}) {
         CloseWakeEvent(event->exchange(nullptr));
     }
-    RaiseRequest(engineState.reqToggleAuto);
+    RaiseRequest(engineState.requestToggleAutoclicker);
     DispatchRequests();
     EXPECT_TRUE(engineState.autoClicking);
 }
 
 TEST_F(DispatcherTest, RecordingComesBeforePlaying) {
-    engineState.reqStartPlay = true;
-    engineState.reqStartRecord = true;
+    engineState.requestStartPlay = true;
+    engineState.requestStartRecord = true;
     DispatchRequests();
     EXPECT_TRUE(engineState.recording);
     EXPECT_FALSE(engineState.playing);
@@ -80,12 +82,12 @@ TEST_F(DispatcherTest, RecordingComesBeforePlaying) {
 
 TEST_F(DispatcherTest, RefusedRequestsAreForgotten) {
     engineState.playing = true;
-    engineState.reqToggleRecord = true;
-    engineState.reqStartRecord = true;
-    engineState.reqContinueRecord = true;
-    engineState.reqUndoContinue = true;
-    engineState.reqStopRecord = true;
-    engineState.reqStartPlay = true;
+    engineState.requestToggleRecord = true;
+    engineState.requestStartRecord = true;
+    engineState.requestContinueRecord = true;
+    engineState.requestUndoContinue = true;
+    engineState.requestStopRecord = true;
+    engineState.requestStartPlay = true;
     DispatchRequests();
     EXPECT_FALSE(AnyRequest());
     EXPECT_FALSE(engineState.recording);
@@ -97,11 +99,11 @@ TEST_F(DispatcherTest, RefusedRequestsAreForgotten) {
 }
 
 TEST_F(DispatcherTest, PlayRequestsAreRefusedWhileRecording) {
-    engineState.reqStartRecord = true;
+    engineState.requestStartRecord = true;
     DispatchRequests();
-    engineState.reqTogglePlay = true;
-    engineState.reqStartPlay = true;
-    engineState.reqStopPlay = true;
+    engineState.requestTogglePlay = true;
+    engineState.requestStartPlay = true;
+    engineState.requestStopPlay = true;
     DispatchRequests();
     EXPECT_FALSE(AnyRequest());
     EXPECT_TRUE(engineState.recording);
@@ -109,22 +111,22 @@ TEST_F(DispatcherTest, PlayRequestsAreRefusedWhileRecording) {
 }
 
 TEST_F(DispatcherTest, StopsOfWhatDoesNotRunDoNothing) {
-    engineState.reqStopRecord = true;
-    engineState.reqStopPlay = true;
-    engineState.reqStopAuto = true;
-    engineState.reqStopKeySpam = true;
+    engineState.requestStopRecord = true;
+    engineState.requestStopPlay = true;
+    engineState.requestStopAutoclicker = true;
+    engineState.requestStopKeySpammer = true;
     DispatchRequests();
     EXPECT_FALSE(AnyRequest());
     EXPECT_FALSE(TakeWake(engineState.playWakeEvent));
-    EXPECT_FALSE(TakeWake(engineState.autoWakeEvent));
-    EXPECT_FALSE(TakeWake(engineState.keySpamWakeEvent));
+    EXPECT_FALSE(TakeWake(engineState.autoclickerWakeEvent));
+    EXPECT_FALSE(TakeWake(engineState.keySpammerWakeEvent));
 }
 
 TEST_F(DispatcherTest, RecordToggleBeginsAndEnds) {
-    engineState.reqToggleRecord = true;
+    engineState.requestToggleRecord = true;
     DispatchRequests();
     EXPECT_TRUE(engineState.recording);
-    engineState.reqToggleRecord = true;
+    engineState.requestToggleRecord = true;
     DispatchRequests();
     EXPECT_FALSE(engineState.recording);
     EXPECT_FALSE(AnyRequest());  // the tool stops it raised are served in the same pass
@@ -132,73 +134,73 @@ TEST_F(DispatcherTest, RecordToggleBeginsAndEnds) {
 
 TEST_F(DispatcherTest, TheEndOfARecordingRaisesNoToolStopsWithoutTheSetting) {
     engineState.stopToolsWithMacro = false;
-    engineState.reqStartRecord = true;
+    engineState.requestStartRecord = true;
     DispatchRequests();
-    engineState.reqStartAuto = true;
+    engineState.requestStartAutoclicker = true;
     DispatchRequests();
-    engineState.reqStopRecord = true;
+    engineState.requestStopRecord = true;
     DispatchRequests();
     EXPECT_FALSE(engineState.recording);
     EXPECT_TRUE(engineState.autoClicking);
 }
 
 TEST_F(DispatcherTest, StartAndStopOfARecordingInOnePass) {
-    engineState.reqStartRecord = true;
-    engineState.reqStopRecord = true;
+    engineState.requestStartRecord = true;
+    engineState.requestStopRecord = true;
     DispatchRequests();
     EXPECT_FALSE(engineState.recording);
 }
 
 TEST_F(DispatcherTest, PlayStartsOnce) {
-    engineState.reqTogglePlay = true;
-    engineState.reqStartPlay = true;
+    engineState.requestTogglePlay = true;
+    engineState.requestStartPlay = true;
     DispatchRequests();
     EXPECT_TRUE(engineState.playing);
     EXPECT_TRUE(TakeWake(engineState.playWakeEvent));
-    engineState.reqStartPlay = true;
+    engineState.requestStartPlay = true;
     DispatchRequests();
     EXPECT_FALSE(TakeWake(engineState.playWakeEvent));
 }
 
-TEST_F(DispatcherTest, KeySpamNeedsATarget) {
-    keySpamSettings.keySpamTargetCount = 0;
-    engineState.reqStartKeySpam = true;
+TEST_F(DispatcherTest, KeySpammerNeedsATarget) {
+    keySpammerSettings.targetCount = 0;
+    engineState.requestStartKeySpammer = true;
     DispatchRequests();
     EXPECT_FALSE(engineState.keySpamming);
-    EXPECT_FALSE(TakeWake(engineState.keySpamWakeEvent));
-    engineState.reqToggleKeySpam = true;
+    EXPECT_FALSE(TakeWake(engineState.keySpammerWakeEvent));
+    engineState.requestToggleKeySpammer = true;
     DispatchRequests();
     EXPECT_FALSE(engineState.keySpamming);
-    EXPECT_TRUE(TakeWake(engineState.keySpamWakeEvent));  // the toggle signals in either case
-    keySpamSettings.keySpamTargetCount = 1;
-    engineState.reqStartKeySpam = true;
+    EXPECT_TRUE(TakeWake(engineState.keySpammerWakeEvent));  // the toggle signals in either case
+    keySpammerSettings.targetCount = 1;
+    engineState.requestStartKeySpammer = true;
     DispatchRequests();
     EXPECT_TRUE(engineState.keySpamming);
-    EXPECT_TRUE(TakeWake(engineState.keySpamWakeEvent));
+    EXPECT_TRUE(TakeWake(engineState.keySpammerWakeEvent));
 }
 
 TEST_F(DispatcherTest, ToolStartsAreRecordedInOrder) {
-    engineState.reqStartRecord = true;
-    engineState.reqStartAuto = true;
-    engineState.reqStartKeySpam = true;
+    engineState.requestStartRecord = true;
+    engineState.requestStartAutoclicker = true;
+    engineState.requestStartKeySpammer = true;
     DispatchRequests();
     const std::vector<UnifiedEvent> macro = Macro();
     ASSERT_EQ(macro.size(), 2U);
     EXPECT_EQ(macro[0].type, static_cast<uint32_t>(EvToolState));
-    EXPECT_EQ(macro[0].vk, kToolAutoclicker);
+    EXPECT_EQ(macro[0].virtualKey, kToolAutoclicker);
     EXPECT_TRUE(macro[0].down);
     EXPECT_GE(macro[0].time, 0.0);
-    EXPECT_EQ(macro[1].vk, kToolKeySpammer);
+    EXPECT_EQ(macro[1].virtualKey, kToolKeySpammer);
     EXPECT_TRUE(macro[1].down);
     DispatchRequests();
     EXPECT_EQ(Macro().size(), 2U);  // no change, no event
 }
 
 TEST_F(DispatcherTest, ToolStartsOutsideARecordingLeaveNoEvent) {
-    engineState.reqStartAuto = true;
+    engineState.requestStartAutoclicker = true;
     DispatchRequests();
     EXPECT_TRUE(Macro().empty());
-    engineState.reqStartRecord = true;
+    engineState.requestStartRecord = true;
     DispatchRequests();
     EXPECT_TRUE(Macro().empty());
 }
@@ -209,46 +211,46 @@ TEST_F(DispatcherTest, ToolStateEventsHoldOnlyTheToolAndTheSwitch) {
     std::vector<UnifiedEvent> macro = Macro();
     ASSERT_EQ(macro.size(), 1U);
     macro[0].time = 0.0;
-    EXPECT_EQ(macro[0], (UnifiedEvent{.type = EvToolState, .vk = 2}));
+    EXPECT_EQ(macro[0], (UnifiedEvent{.type = EvToolState, .virtualKey = 2}));
 }
 
 TEST_F(DispatcherTest, ACapturedKeyIsAppliedBeforeTheRequests) {
-    engineState.reassignTarget = kReassignKeySpamTarget;
+    engineState.reassignTarget = kReassignKeySpammerTarget;
     engineState.capturedKey = 65;
-    keySpamSettings.keySpamTargetCount = 0;
-    engineState.reqStartKeySpam = true;
+    keySpammerSettings.targetCount = 0;
+    engineState.requestStartKeySpammer = true;
     DispatchRequests();
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 1);
-    EXPECT_EQ(keySpamSettings.keySpamTargets[0], 65U);
-    EXPECT_EQ(keySpamSettings.ksKey, 65U);
+    EXPECT_EQ(keySpammerSettings.targetCount, 1);
+    EXPECT_EQ(keySpammerSettings.targets[0], 65U);
+    EXPECT_EQ(keySpammerSettings.singleKey, 65U);
     EXPECT_TRUE(engineState.keySpamming);
 }
 
 TEST_F(DispatcherTest, ACaptureWithoutAKeyWaits) {
-    engineState.reassignTarget = kReassignRec;
+    engineState.reassignTarget = kReassignRecord;
     DispatchRequests();
-    EXPECT_EQ(engineState.reassignTarget, static_cast<uint32_t>(kReassignRec));
+    EXPECT_EQ(engineState.reassignTarget, static_cast<uint32_t>(kReassignRecord));
     engineState.reassignTarget = 0;
     engineState.capturedKey = 65;
     DispatchRequests();
-    EXPECT_EQ(hotkeyTable.rec, 119U);
+    EXPECT_EQ(hotkeyTable.record, 119U);
     EXPECT_EQ(engineState.capturedKey, 65U);
 }
 
 TEST_F(DispatcherTest, AFullTargetListDropsTheKey) {
-    keySpamSettings.keySpamTargetCount = kMaxKeySpamTargets;
-    engineState.reassignTarget = kReassignKeySpamTarget;
+    keySpammerSettings.targetCount = kMaxKeySpammerTargets;
+    engineState.reassignTarget = kReassignKeySpammerTarget;
     engineState.capturedKey = 65;
     DispatchRequests();
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, kMaxKeySpamTargets);
+    EXPECT_EQ(keySpammerSettings.targetCount, kMaxKeySpammerTargets);
     EXPECT_EQ(engineState.reassignTarget, 0U);
 }
 
 TEST_F(DispatcherTest, TheThreadServesRequestsUntilQuit) {
     std::thread dispatcher(DispatcherThreadMain);
-    RaiseRequest(engineState.reqStartAuto);
+    RaiseRequest(engineState.requestStartAutoclicker);
     EXPECT_TRUE(WaitUntil([] { return engineState.autoClicking.load(); }));
-    RaiseRequest(engineState.reqStartKeySpam);
+    RaiseRequest(engineState.requestStartKeySpammer);
     EXPECT_TRUE(WaitUntil([] { return engineState.keySpamming.load(); }));
     engineState.running = false;
     SignalWake(engineState.quitEvent);

@@ -24,7 +24,7 @@ using Names = std::set<std::string>;
 class HotkeysTest : public EngineStateTest {
   protected:
     HotkeysTest() {
-        ResetHookState();
+        ResetInputState();
         engineState.dispatchEvent = CreateWakeEvent(WakeReset::Automatic);
         MutexLock lock(macroMutex);
         macroState.profiles = {Profile{DefaultProfileName, {}, {}}};
@@ -32,27 +32,27 @@ class HotkeysTest : public EngineStateTest {
     ~HotkeysTest() override {
         CloseWakeEvent(engineState.dispatchEvent);
         engineState.dispatchEvent = nullptr;
-        ResetHookState();
+        ResetInputState();
     }
 
     // The requests raised since the last call.
     static Names TakeRaised() {
         Names raised;
         const std::map<std::string, std::atomic<bool>*> requests = {
-            {"toggleRecord", &engineState.reqToggleRecord},
-            {"startRecord", &engineState.reqStartRecord},
-            {"stopRecord", &engineState.reqStopRecord},
-            {"continueRecord", &engineState.reqContinueRecord},
-            {"undoContinue", &engineState.reqUndoContinue},
-            {"togglePlay", &engineState.reqTogglePlay},
-            {"startPlay", &engineState.reqStartPlay},
-            {"stopPlay", &engineState.reqStopPlay},
-            {"toggleAuto", &engineState.reqToggleAuto},
-            {"startAuto", &engineState.reqStartAuto},
-            {"stopAuto", &engineState.reqStopAuto},
-            {"toggleKeySpam", &engineState.reqToggleKeySpam},
-            {"startKeySpam", &engineState.reqStartKeySpam},
-            {"stopKeySpam", &engineState.reqStopKeySpam},
+            {"toggleRecord", &engineState.requestToggleRecord},
+            {"startRecord", &engineState.requestStartRecord},
+            {"stopRecord", &engineState.requestStopRecord},
+            {"continueRecord", &engineState.requestContinueRecord},
+            {"undoContinue", &engineState.requestUndoContinue},
+            {"togglePlay", &engineState.requestTogglePlay},
+            {"startPlay", &engineState.requestStartPlay},
+            {"stopPlay", &engineState.requestStopPlay},
+            {"toggleAuto", &engineState.requestToggleAutoclicker},
+            {"startAuto", &engineState.requestStartAutoclicker},
+            {"stopAuto", &engineState.requestStopAutoclicker},
+            {"toggleKeySpam", &engineState.requestToggleKeySpammer},
+            {"startKeySpam", &engineState.requestStartKeySpammer},
+            {"stopKeySpam", &engineState.requestStopKeySpammer},
         };
         for (const auto& [name, flag] : requests) {
             if (flag->exchange(false)) {
@@ -126,8 +126,8 @@ TEST_F(HotkeysTest, CodesAreTakenTo8Bits) {
 }
 
 TEST_F(HotkeysTest, HoldModeStartsAtThePressAndStopsAtTheRelease) {
-    hotkeyTable.holdAuto = true;
-    hotkeyTable.holdKeySpam = true;
+    hotkeyTable.holdAutoclicker = true;
+    hotkeyTable.holdKeySpammer = true;
     PressConsumed(kF6);
     PressConsumed(kF6);
     EXPECT_EQ(TakeRaised(), Names{"startAuto"});
@@ -142,23 +142,23 @@ TEST_F(HotkeysTest, HoldModeStartsAtThePressAndStopsAtTheRelease) {
 }
 
 TEST_F(HotkeysTest, TheReleaseFollowsTheHoldModeOfItsMoment) {
-    hotkeyTable.holdAuto = true;
+    hotkeyTable.holdAutoclicker = true;
     PressConsumed(kF6);
     TakeRaised();
-    hotkeyTable.holdAuto = false;
+    hotkeyTable.holdAutoclicker = false;
     EXPECT_TRUE(ReleaseConsumed(kF6));
     EXPECT_EQ(TakeRaised(), Names{});
     PressConsumed(kF6);
     EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
-    hotkeyTable.holdAuto = true;
+    hotkeyTable.holdAutoclicker = true;
     ReleaseConsumed(kF6);
     EXPECT_EQ(TakeRaised(), Names{"stopAuto"});
 }
 
 TEST_F(HotkeysTest, BothToolsOnOneHeldKeyStopTogether) {
-    hotkeyTable.holdAuto = true;
-    hotkeyTable.holdKeySpam = true;
-    hotkeyTable.keyspam = kF6;
+    hotkeyTable.holdAutoclicker = true;
+    hotkeyTable.holdKeySpammer = true;
+    hotkeyTable.keySpammer = kF6;
     PressConsumed(kF6);
     EXPECT_EQ(TakeRaised(), Names{"startAuto"});  // the first match ends the comparison
     ReleaseConsumed(kF6);
@@ -170,7 +170,7 @@ TEST_F(HotkeysTest, TheFirstBindingOfAKeyWins) {
     PressConsumed(kF8);
     EXPECT_EQ(TakeRaised(), Names{"toggleRecord"});
     hotkeyTable.unlock = kF7;
-    hotkeyTable.rec = kF7;
+    hotkeyTable.record = kF7;
     PressConsumed(kF7);
     EXPECT_EQ(TakeRaised(), (Names{"stopAuto", "stopKeySpam", "stopPlay"}));
     EXPECT_FALSE(engineState.unlocked);
@@ -196,7 +196,7 @@ TEST_F(HotkeysTest, TheLockStopsTheToolsAndPlaybackAndDeafensTheRest) {
 }
 
 TEST_F(HotkeysTest, TheLockDoesNotReachTheReleaseOfAHeldTool) {
-    hotkeyTable.holdAuto = true;
+    hotkeyTable.holdAutoclicker = true;
     PressConsumed(kF6);
     PressConsumed(kF10);
     TakeRaised();
@@ -228,7 +228,7 @@ TEST_F(HotkeysTest, SwitchedOffHotkeysPassButTheTablesFollow) {
 }
 
 TEST_F(HotkeysTest, AButtonCanBeAHotkey) {
-    hotkeyTable.autoKey = kFirstSideButton;
+    hotkeyTable.autoclicker = kFirstSideButton;
     EXPECT_TRUE(ClickConsumed(kFirstSideButton));
     EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
     EXPECT_TRUE(UnclickConsumed(kFirstSideButton));
@@ -236,7 +236,7 @@ TEST_F(HotkeysTest, AButtonCanBeAHotkey) {
     EXPECT_FALSE(ClickConsumed(kSecondSideButton));
     EXPECT_FALSE(UnclickConsumed(kSecondSideButton));
     // Buttons and keys of one code are told apart only by the bindings, not by the tables.
-    hotkeyTable.autoKey = kF6;
+    hotkeyTable.autoclicker = kF6;
     EXPECT_FALSE(ClickConsumed(kFirstSideButton));
 }
 
@@ -249,7 +249,7 @@ TEST_F(HotkeysTest, CaptureTakesTheNextKeyWhateverItIsBoundTo) {
     EXPECT_TRUE(TakeWake());
     EXPECT_FALSE(ReleaseConsumed(kF6));  // no swallow mark: the release passes
     ApplyCapturedKey();
-    EXPECT_EQ(hotkeyTable.rec, kF6);
+    EXPECT_EQ(hotkeyTable.record, kF6);
     EXPECT_EQ(engineState.reassignTarget, 0U);
     EXPECT_EQ(engineState.capturedKey, 0U);
     EXPECT_TRUE(PressConsumed(kF6));
@@ -272,13 +272,13 @@ TEST_F(HotkeysTest, CaptureByEachWord) {
         ApplyCapturedKey();
         EXPECT_STREQ(ReassignTargetText(), "");
     }
-    EXPECT_EQ(hotkeyTable.rec, 201U);
+    EXPECT_EQ(hotkeyTable.record, 201U);
     EXPECT_EQ(hotkeyTable.play, 202U);
-    EXPECT_EQ(hotkeyTable.autoKey, 203U);
-    EXPECT_EQ(hotkeyTable.keyspam, 204U);
+    EXPECT_EQ(hotkeyTable.autoclicker, 203U);
+    EXPECT_EQ(hotkeyTable.keySpammer, 204U);
     EXPECT_EQ(hotkeyTable.unlock, 206U);
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 2);
-    EXPECT_EQ(keySpamSettings.keySpamTargets[1], 205U);
+    EXPECT_EQ(keySpammerSettings.targetCount, 2);
+    EXPECT_EQ(keySpammerSettings.targets[1], 205U);
 }
 
 TEST_F(HotkeysTest, EscapeCancelsACapture) {
@@ -289,12 +289,12 @@ TEST_F(HotkeysTest, EscapeCancelsACapture) {
         EXPECT_EQ(engineState.reassignTarget, 0U);
         EXPECT_EQ(engineState.capturedKey, 0U);
     }
-    EXPECT_EQ(hotkeyTable.rec, kF8);
+    EXPECT_EQ(hotkeyTable.record, kF8);
     EXPECT_EQ(hotkeyTable.play, kF7);
-    EXPECT_EQ(hotkeyTable.autoKey, kF6);
-    EXPECT_EQ(hotkeyTable.keyspam, kF9);
+    EXPECT_EQ(hotkeyTable.autoclicker, kF6);
+    EXPECT_EQ(hotkeyTable.keySpammer, kF9);
     EXPECT_EQ(hotkeyTable.unlock, kF10);
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 1);
+    EXPECT_EQ(keySpammerSettings.targetCount, 1);
 }
 
 TEST_F(HotkeysTest, CaptureWorksWithHotkeysOffAndLocked) {
@@ -327,7 +327,7 @@ TEST_F(HotkeysTest, ButtonsThatACaptureTakes) {
 }
 
 TEST_F(HotkeysTest, AButtonThatACaptureLetsThroughIsStillAHotkey) {
-    hotkeyTable.autoKey = kLeftButton;
+    hotkeyTable.autoclicker = kLeftButton;
     ReassignKey("unlock");
     EXPECT_TRUE(ClickConsumed(kLeftButton));
     EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
@@ -336,29 +336,29 @@ TEST_F(HotkeysTest, AButtonThatACaptureLetsThroughIsStillAHotkey) {
 }
 
 TEST_F(HotkeysTest, ResetPutsTheFiveBindingsBackAndNothingElse) {
-    for (std::atomic<uint32_t>* binding : {&hotkeyTable.rec, &hotkeyTable.play, &hotkeyTable.autoKey,
-                                           &hotkeyTable.keyspam, &hotkeyTable.unlock}) {
+    for (std::atomic<uint32_t>* binding : {&hotkeyTable.record, &hotkeyTable.play, &hotkeyTable.autoclicker,
+                                           &hotkeyTable.keySpammer, &hotkeyTable.unlock}) {
         *binding = 1;
     }
-    hotkeyTable.holdAuto = true;
-    hotkeyTable.holdKeySpam = true;
+    hotkeyTable.holdAutoclicker = true;
+    hotkeyTable.holdKeySpammer = true;
     engineState.unlocked = false;
     ReassignKey("auto");
     ResetHotkeys();
-    EXPECT_EQ(hotkeyTable.rec, 119U);
+    EXPECT_EQ(hotkeyTable.record, 119U);
     EXPECT_EQ(hotkeyTable.play, 118U);
-    EXPECT_EQ(hotkeyTable.autoKey, 117U);
-    EXPECT_EQ(hotkeyTable.keyspam, 120U);
+    EXPECT_EQ(hotkeyTable.autoclicker, 117U);
+    EXPECT_EQ(hotkeyTable.keySpammer, 120U);
     EXPECT_EQ(hotkeyTable.unlock, 121U);
-    EXPECT_TRUE(hotkeyTable.holdAuto);
-    EXPECT_TRUE(hotkeyTable.holdKeySpam);
+    EXPECT_TRUE(hotkeyTable.holdAutoclicker);
+    EXPECT_TRUE(hotkeyTable.holdKeySpammer);
     EXPECT_FALSE(engineState.unlocked);
     EXPECT_STREQ(ReassignTargetText(), "auto");
 }
 
 TEST_F(HotkeysTest, SessionChangesForgetWhatIsHeld) {
     for (const uint32_t change : {2U, 4U, 7U}) {
-        hotkeyTable.autoKey = kF6;
+        hotkeyTable.autoclicker = kF6;
         PressConsumed(kF6);
         hotkeyTable.play = kFirstSideButton;
         ClickConsumed(kFirstSideButton);
@@ -375,16 +375,16 @@ TEST_F(HotkeysTest, SessionChangesForgetWhatIsHeld) {
 }
 
 TEST_F(HotkeysTest, SessionChangesStopHeldTools) {
-    hotkeyTable.holdAuto = true;
+    hotkeyTable.holdAutoclicker = true;
     SessionChanged(kSessionLock);
     EXPECT_EQ(TakeRaised(), Names{"stopAuto"});
-    hotkeyTable.holdKeySpam = true;
+    hotkeyTable.holdKeySpammer = true;
     SessionChanged(kSessionRemoteDisconnect);
     EXPECT_EQ(TakeRaised(), (Names{"stopAuto", "stopKeySpam"}));
 }
 
 TEST_F(HotkeysTest, OtherSessionChangesDoNothing) {
-    hotkeyTable.holdAuto = true;
+    hotkeyTable.holdAutoclicker = true;
     PressConsumed(kF6);
     TakeRaised();
     TakeWake();
@@ -430,7 +430,7 @@ TEST_F(HotkeysTest, InterestOfPickingAndRecording) {
     EXPECT_EQ(InterestingButtons(), 1U << 1 | 1U << 2 | 1U << 4);
     engineState.pickingLocation = false;
     HookInterest interest;
-    trackerSettings.trel = true;
+    macroSettings.recordRawMoves = true;
     ReadHookInterest(&interest);
     EXPECT_FALSE(interest.everyEvent);
     EXPECT_FALSE(interest.rawMotion);
@@ -438,7 +438,7 @@ TEST_F(HotkeysTest, InterestOfPickingAndRecording) {
     ReadHookInterest(&interest);
     EXPECT_TRUE(interest.everyEvent);
     EXPECT_TRUE(interest.rawMotion);
-    trackerSettings.tmv = false;
+    macroSettings.recordMoves = false;
     ReadHookInterest(&interest);
     EXPECT_FALSE(interest.rawMotion);
 }

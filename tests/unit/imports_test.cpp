@@ -156,11 +156,11 @@ TEST_F(ImportsTest, AFileWithSettingsLeavesTheLiveSetupAlone) {
 
 TEST_F(ImportsTest, AFileWithoutSettingsBringsTheDefaults) {
     ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
-    hotkeyTable.rec = 65;
+    hotkeyTable.record = 65;
     EXPECT_EQ(ImportMacroFile(File("a.vrlmacro", std::string("A\n") + kCleanEvents)), kImported);
     EXPECT_EQ(BuildProfileSettings(), kDefaults);
     EXPECT_EQ(Current().settings, kDefaults);
-    EXPECT_EQ(hotkeyTable.rec, 65U);
+    EXPECT_EQ(hotkeyTable.record, 65U);
 }
 
 TEST_F(ImportsTest, AHeldFileWithoutSettingsBringsThemOnlyWhenItIsConfirmed) {
@@ -462,7 +462,7 @@ TEST_F(ImportsTest, AMacroOfTheCommandLineComesInOrIsHeld) {
 }
 
 TEST_F(ImportsTest, TheSelfCheckPassesAndLeavesNothing) {
-    hotkeyTable.rec = 65;
+    hotkeyTable.record = 65;
     ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
     const std::string live = BuildSettingsLine();
     std::string log = "before\n";

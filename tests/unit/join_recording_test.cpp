@@ -13,7 +13,7 @@ constexpr double kMinGap = 0.1;
 constexpr double kClickGap = 0.55;
 
 UnifiedEvent Key(double time) {
-    return {.type = EvKey, .time = time, .vk = 65, .down = true};
+    return {.type = EvKey, .time = time, .virtualKey = 65, .down = true};
 }
 
 UnifiedEvent Button(double time, uint32_t flags) {

@@ -46,7 +46,7 @@ UnifiedEvent Click(int32_t x, int32_t y) {
 }
 
 UnifiedEvent Key(double time) {
-    return {.type = EvKey, .time = time, .vk = 65, .down = true};
+    return {.type = EvKey, .time = time, .virtualKey = 65, .down = true};
 }
 
 std::string PrintedTime(double time) {
@@ -72,12 +72,12 @@ TEST(EventDescriptionTest, EveryType) {
     EXPECT_EQ(EventDescription(Click(7, 8)), "Mouse Click at X:7 Y:8");
     EXPECT_EQ(EventDescription({.type = EvMouseButton, .x = 7, .y = 8, .flags = 4}),
               "Mouse Click at X:7 Y:8");
-    EXPECT_EQ(EventDescription({.type = EvKey, .vk = 65, .down = true}), "Keyboard VK: 65 (DOWN)");
-    EXPECT_EQ(EventDescription({.type = EvKey, .vk = 4294967295}), "Keyboard VK: 4294967295 (UP)");
+    EXPECT_EQ(EventDescription({.type = EvKey, .virtualKey = 65, .down = true}), "Keyboard VK: 65 (DOWN)");
+    EXPECT_EQ(EventDescription({.type = EvKey, .virtualKey = 4294967295}), "Keyboard VK: 4294967295 (UP)");
     EXPECT_EQ(EventDescription({.type = EvScroll, .wheel = -120}), "Mouse Scroll Delta: -120");
-    EXPECT_EQ(EventDescription({.type = EvToolState, .vk = 1, .down = true}), "Autoclicker ON");
-    EXPECT_EQ(EventDescription({.type = EvToolState, .vk = 2, .down = false}), "Key Spammer OFF");
-    EXPECT_EQ(EventDescription({.type = EvToolState, .vk = 9}), "Autoclicker OFF");
+    EXPECT_EQ(EventDescription({.type = EvToolState, .virtualKey = 1, .down = true}), "Autoclicker ON");
+    EXPECT_EQ(EventDescription({.type = EvToolState, .virtualKey = 2, .down = false}), "Key Spammer OFF");
+    EXPECT_EQ(EventDescription({.type = EvToolState, .virtualKey = 9}), "Autoclicker OFF");
     EXPECT_EQ(EventDescription({.type = 6, .x = 1}), "");
     EXPECT_EQ(EventDescription({.type = EvMouseButton, .x = INT32_MIN, .y = INT32_MIN}),
               "Mouse Click at X:-2147483648 Y:-2147483648");

@@ -202,9 +202,9 @@ TEST_F(MacroFileTest, SettingsOfEveryForm) {
 
 TEST_F(MacroFileTest, UnreadableTargetsAreSkippedWhenTheProfileIsApplied) {
     ApplyProfileSettings(Fixture("bad-targets.vrlmacro").settings);
-    EXPECT_EQ(keySpamSettings.keySpamTargetCount, 2);
-    EXPECT_EQ(keySpamSettings.keySpamTargets[0], 66U);
-    EXPECT_EQ(keySpamSettings.keySpamTargets[1], 67U);
+    EXPECT_EQ(keySpammerSettings.targetCount, 2);
+    EXPECT_EQ(keySpammerSettings.targets[0], 66U);
+    EXPECT_EQ(keySpammerSettings.targets[1], 67U);
 }
 
 TEST_F(MacroFileTest, LineEndsOfBothHomesReadAlike) {
@@ -234,7 +234,7 @@ TEST_F(MacroFileTest, ShortAndBadLines) {
     ASSERT_EQ(survivors.size(), 3U);
     EXPECT_EQ(survivors[0].type, 12U);
     EXPECT_EQ(survivors[1], Event(0, 1.5, 7, -8, 4294967295U, 0, true, 3));
-    EXPECT_EQ(survivors[2].vk, 65U);
+    EXPECT_EQ(survivors[2].virtualKey, 65U);
 }
 
 TEST_F(MacroFileTest, NamesPassThroughByteForByte) {

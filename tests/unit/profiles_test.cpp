@@ -218,7 +218,7 @@ TEST_F(ProfilesTest, TheListIsJson) {
 
 TEST_F(ProfilesTest, SyncStoresTheLiveSetupInTheCurrentProfile) {
     SwitchProfile("2");
-    spammerSettings.sms = 123;
+    autoclickerSettings.intervalMilliseconds = 123;
     SyncProfileSettings();
     EXPECT_EQ(At(2).settings, "0,0,9,123,2,0,1,10,0,0,0,0,0,8,0,1,10,67,67,0");
     EXPECT_EQ(At(1).settings, kFast);

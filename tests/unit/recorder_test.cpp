@@ -13,13 +13,13 @@ constexpr int64_t kStart = 50000;
 class RecorderTest : public EngineStateTest {
   protected:
     RecorderTest() {
-        ResetHookState();
-        engineState.qpcFrequency = kFrequency;
+        ResetInputState();
+        engineState.counterFrequency = kFrequency;
         SetMacro({});
         // The pointer comes from somewhere that no test uses.
         MouseHook(Mouse(kMouseMoveMessage, -500, -500, 0));
     }
-    ~RecorderTest() override { ResetHookState(); }
+    ~RecorderTest() override { ResetInputState(); }
 
     static void SetMacro(std::vector<UnifiedEvent> events) {
         MutexLock lock(macroMutex);
@@ -34,7 +34,7 @@ class RecorderTest : public EngineStateTest {
         return CanUndoContinue();
     }
     static void StartAt(int64_t counter) {
-        engineState.recordStartQpc = counter;
+        engineState.recordingStartCounter = counter;
         engineState.recording = true;
     }
     static KeyHookRecord Key(uint32_t message, uint32_t key, int64_t counter = kStart) {
@@ -55,7 +55,7 @@ TEST_F(RecorderTest, NothingIsRecordedWhileIdle) {
     MouseHook(Mouse(kMouseMoveMessage, 1, 2, kStart));
     MouseHook(Mouse(kLeftDownMessage, 1, 2, kStart));
     MouseHook(Mouse(kWheelMessage, 1, 2, kStart, 120));
-    trackerSettings.trel = true;
+    macroSettings.recordRawMoves = true;
     RawMouseReport({.dx = 1, .dy = 2, .counter = kStart});
     EXPECT_EQ(Macro(), Events{});
 }
@@ -67,11 +67,11 @@ TEST_F(RecorderTest, KeysWithTheirCaptureTime) {
     KeyboardHook(Key(kKeyUpMessage, 65, kStart + 300));
     KeyboardHook(Key(kSysKeyDownMessage, 164, kStart + 400));
     KeyboardHook(Key(kSysKeyUpMessage, 164, kStart + 1500));
-    EXPECT_EQ(Macro(), (Events{{.type = EvKey, .time = 0.25, .vk = 65, .down = true},
-                               {.type = EvKey, .time = 0.28, .vk = 65, .down = true},
-                               {.type = EvKey, .time = 0.3, .vk = 65},
-                               {.type = EvKey, .time = 0.4, .vk = 164, .down = true},
-                               {.type = EvKey, .time = 1.5, .vk = 164}}));
+    EXPECT_EQ(Macro(), (Events{{.type = EvKey, .time = 0.25, .virtualKey = 65, .down = true},
+                               {.type = EvKey, .time = 0.28, .virtualKey = 65, .down = true},
+                               {.type = EvKey, .time = 0.3, .virtualKey = 65},
+                               {.type = EvKey, .time = 0.4, .virtualKey = 164, .down = true},
+                               {.type = EvKey, .time = 1.5, .virtualKey = 164}}));
 }
 
 TEST_F(RecorderTest, InjectedInputIsNeitherRecordedNorAHotkey) {
@@ -82,15 +82,15 @@ TEST_F(RecorderTest, InjectedInputIsNeitherRecordedNorAHotkey) {
     key.virtualKey = 65;
     EXPECT_EQ(KeyboardHook(key), HookAnswer::Pass);
     engineState.pickingLocation = true;
-    hotkeyTable.autoKey = kRightButton;
+    hotkeyTable.autoclicker = kRightButton;
     for (const uint32_t message : {kLeftDownMessage, kLeftUpMessage, kRightDownMessage, kWheelMessage}) {
         MouseHookRecord click = Mouse(message, 5, 5, kStart, 120);
         click.injected = true;
         EXPECT_EQ(MouseHook(click), HookAnswer::Pass);
     }
     EXPECT_EQ(Macro(), Events{});
-    EXPECT_FALSE(engineState.reqTogglePlay);
-    EXPECT_FALSE(engineState.reqToggleAuto);
+    EXPECT_FALSE(engineState.requestTogglePlay);
+    EXPECT_FALSE(engineState.requestToggleAutoclicker);
     EXPECT_TRUE(engineState.pickingLocation);
 }
 
@@ -140,7 +140,7 @@ TEST_F(RecorderTest, SideButtonsAreOnePressWithoutARelease) {
 }
 
 TEST_F(RecorderTest, SideButtonsAreToldApartForHotkeys) {
-    hotkeyTable.autoKey = kSecondSideButton;
+    hotkeyTable.autoclicker = kSecondSideButton;
     EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 1)), HookAnswer::Pass);
     EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 2)), HookAnswer::Consume);
     EXPECT_EQ(MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 1)), HookAnswer::Pass);
@@ -158,16 +158,16 @@ TEST_F(RecorderTest, TheWheelIsASignedDeltaWithoutAPlace) {
 
 TEST_F(RecorderTest, EachFilterDropsItsKind) {
     StartAt(kStart);
-    trackerSettings.tmv = false;
-    trackerSettings.tclk = false;
-    trackerSettings.tscr = false;
-    trackerSettings.tkey = false;
+    macroSettings.recordMoves = false;
+    macroSettings.recordButtons = false;
+    macroSettings.recordWheel = false;
+    macroSettings.recordKeys = false;
     MouseHook(Mouse(kMouseMoveMessage, 1, 1, kStart));
     MouseHook(Mouse(kLeftDownMessage, 1, 1, kStart));
     MouseHook(Mouse(kLeftUpMessage, 1, 1, kStart));
     MouseHook(Mouse(kWheelMessage, 1, 1, kStart, 120));
     KeyboardHook(Key(kKeyDownMessage, 65));
-    trackerSettings.trel = true;
+    macroSettings.recordRawMoves = true;
     RawMouseReport({.dx = 1, .dy = 1, .counter = kStart});
     EXPECT_EQ(Macro(), Events{});
 }
@@ -175,13 +175,13 @@ TEST_F(RecorderTest, EachFilterDropsItsKind) {
 TEST_F(RecorderTest, RelativeMovesComeFromRawReports) {
     StartAt(kStart);
     RawMouseReport({.dx = 9, .dy = 9, .counter = kStart});  // not asked for
-    trackerSettings.trel = true;
+    macroSettings.recordRawMoves = true;
     MouseHook(Mouse(kMouseMoveMessage, 60, 70, kStart + 100));
     RawMouseReport({.dx = -3, .dy = 0, .counter = kStart + 100});
     RawMouseReport({.dx = 0, .dy = 0, .counter = kStart + 150});  // a report about buttons only
     RawMouseReport({.dx = 0, .dy = 4, .counter = kStart + 200});
     MouseHook(Mouse(kLeftDownMessage, 60, 70, kStart + 300));
-    trackerSettings.trel = false;
+    macroSettings.recordRawMoves = false;
     MouseHook(Mouse(kMouseMoveMessage, 60, 70, kStart + 400));  // where it was seen last
     EXPECT_EQ(Macro(), (Events{{.type = EvRelMove, .time = 0.1, .x = -3},
                                {.type = EvRelMove, .time = 0.2, .y = 4},
@@ -208,7 +208,7 @@ TEST_F(RecorderTest, ACapturedKeyIsNotRecordedButItsReleaseIs) {
     ReassignKey("play");
     EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 65)), HookAnswer::Consume);
     EXPECT_EQ(KeyboardHook(Key(kKeyUpMessage, 65)), HookAnswer::Pass);
-    EXPECT_EQ(Macro(), (Events{{.type = EvKey, .vk = 65}}));
+    EXPECT_EQ(Macro(), (Events{{.type = EvKey, .virtualKey = 65}}));
 }
 
 TEST_F(RecorderTest, ALeftPressPicksTheLocationAndReachesNothing) {
@@ -216,9 +216,9 @@ TEST_F(RecorderTest, ALeftPressPicksTheLocationAndReachesNothing) {
     ReassignKey("play");
     StartAt(kStart);
     EXPECT_EQ(MouseHook(Mouse(kLeftDownMessage, 123, -45, kStart)), HookAnswer::Consume);
-    EXPECT_EQ(spammerSettings.fixedX, 123);
-    EXPECT_EQ(spammerSettings.fixedY, -45);
-    EXPECT_EQ(spammerSettings.locMode, 1);
+    EXPECT_EQ(autoclickerSettings.fixedX, 123);
+    EXPECT_EQ(autoclickerSettings.fixedY, -45);
+    EXPECT_EQ(autoclickerSettings.locationMode, 1);
     EXPECT_FALSE(engineState.pickingLocation);
     EXPECT_EQ(engineState.capturedKey, 0U);  // the pick comes before a capture
     EXPECT_EQ(Macro(), Events{});
@@ -235,8 +235,8 @@ TEST_F(RecorderTest, ARightOrMiddlePressCancelsThePick) {
         engineState.pickingLocation = true;
         EXPECT_EQ(MouseHook(Mouse(message, 9, 9, kStart)), HookAnswer::Consume);
         EXPECT_FALSE(engineState.pickingLocation);
-        EXPECT_EQ(spammerSettings.fixedX, 0);
-        EXPECT_EQ(spammerSettings.locMode, 0);
+        EXPECT_EQ(autoclickerSettings.fixedX, 0);
+        EXPECT_EQ(autoclickerSettings.locationMode, 0);
     }
     MutexLock lock(macroMutex);
     EXPECT_EQ(macroState.profiles[0].settings, "untouched");
@@ -244,9 +244,9 @@ TEST_F(RecorderTest, ARightOrMiddlePressCancelsThePick) {
 
 TEST_F(RecorderTest, SideButtonsKeysAndReleasesDoNotEndThePick) {
     engineState.pickingLocation = true;
-    hotkeyTable.autoKey = kFirstSideButton;
+    hotkeyTable.autoclicker = kFirstSideButton;
     EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 1, kStart, 1)), HookAnswer::Consume);  // as a hotkey
-    EXPECT_TRUE(engineState.reqToggleAuto);
+    EXPECT_TRUE(engineState.requestToggleAutoclicker);
     EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 1, kStart, 2)), HookAnswer::Pass);
     EXPECT_EQ(MouseHook(Mouse(kLeftUpMessage, 1, 1, kStart)), HookAnswer::Pass);
     EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 65)), HookAnswer::Pass);
@@ -265,7 +265,7 @@ TEST_F(RecorderTest, AFreshRecordingEmptiesTheMacroAndEndsTheUndo) {
     }
     BeginFreshRecording();
     EXPECT_TRUE(engineState.recording);
-    EXPECT_NE(engineState.recordStartQpc, 0);
+    EXPECT_NE(engineState.recordingStartCounter, 0);
     EXPECT_EQ(Macro(), Events{});
     MutexLock lock(macroMutex);
     EXPECT_EQ(macroState.continueProfile, -1);
@@ -276,7 +276,7 @@ TEST_F(RecorderTest, AFreshRecordingEmptiesTheMacroAndEndsTheUndo) {
 
 TEST_F(RecorderTest, AFreshTakeIsCutToItsFirstEvent) {
     BeginFreshRecording();
-    engineState.recordStartQpc = kStart;
+    engineState.recordingStartCounter = kStart;
     KeyboardHook(Key(kKeyDownMessage, 65, kStart + 4000));
     KeyboardHook(Key(kKeyUpMessage, 65, kStart + 4250));
     engineState.recording = false;
@@ -287,10 +287,10 @@ TEST_F(RecorderTest, AFreshTakeIsCutToItsFirstEvent) {
 }
 
 TEST_F(RecorderTest, AContinuedTakeGoesBehindTheMacroAndCanBeUndone) {
-    const Events before = {{.type = EvKey, .time = 10.0, .vk = 65, .down = true}};
+    const Events before = {{.type = EvKey, .time = 10.0, .virtualKey = 65, .down = true}};
     SetMacro(before);
     BeginContinuedRecording();
-    engineState.recordStartQpc = kStart;
+    engineState.recordingStartCounter = kStart;
     EXPECT_FALSE(UndoPossible());  // not while it runs
     KeyboardHook(Key(kKeyDownMessage, 66, kStart + 3000));
     engineState.recording = false;
@@ -325,7 +325,7 @@ TEST_F(RecorderTest, AContinuedTakeWithNothingInItCanBeUndone) {
 
 TEST_F(RecorderTest, ContinuingAnEmptyMacroIsAFreshTakeWithAnUndo) {
     BeginContinuedRecording();
-    engineState.recordStartQpc = kStart;
+    engineState.recordingStartCounter = kStart;
     KeyboardHook(Key(kKeyDownMessage, 66, kStart + 3000));
     engineState.recording = false;
     FinishRecording();
@@ -337,7 +337,7 @@ TEST_F(RecorderTest, ContinuingAnEmptyMacroIsAFreshTakeWithAnUndo) {
 
 TEST_F(RecorderTest, EveryFieldOfAnEditLosesTheUndo) {
     BeginContinuedRecording();
-    engineState.recordStartQpc = kStart;
+    engineState.recordingStartCounter = kStart;
     KeyboardHook(Key(kKeyDownMessage, 66, kStart));
     engineState.recording = false;
     FinishRecording();
@@ -355,7 +355,7 @@ TEST_F(RecorderTest, EveryFieldOfAnEditLosesTheUndo) {
     EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.x = 1; }));
     EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.y = 1; }));
     EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.flags = 1; }));
-    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.vk = 1; }));
+    EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.virtualKey = 1; }));
     EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.down = false; }));
     EXPECT_FALSE(possibleWith([](UnifiedEvent& event) { event.wheel = 1; }));
     EXPECT_TRUE(possibleWith([](UnifiedEvent&) {}));
@@ -395,7 +395,7 @@ TEST_F(RecorderTest, WithoutAProfileEventsAreLost) {
 TEST_F(RecorderTest, AnEventThatComesTooLateIsLost) {
     StartAt(kStart);
     engineState.recording = false;
-    AppendRecordedEvent({.type = EvKey, .vk = 65});
+    AppendRecordedEvent({.type = EvKey, .virtualKey = 65});
     EXPECT_EQ(Macro(), Events{});
 }
 
@@ -404,7 +404,7 @@ TEST_F(RecorderTest, EventsOfTwoThreadsAllArrive) {
     StartAt(kStart);
     std::thread tools([] {
         for (int i = 0; i < kEach; ++i) {
-            AppendRecordedEvent({.type = EvToolState, .vk = 1});
+            AppendRecordedEvent({.type = EvToolState, .virtualKey = 1});
         }
     });
     for (int i = 0; i < kEach; ++i) {

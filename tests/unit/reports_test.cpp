@@ -36,7 +36,7 @@ bool Contains(const std::string& text, const char* part) {
 }  // namespace
 
 TEST_F(ReportsTest, StatusOfAFreshProgram) {
-    EXPECT_EQ(PollTrackerStatus(),
+    EXPECT_EQ(PollStatus(),
               "{\"state\":\"Idle\",\"count\":0,\"restore\":[],\"hkRec\":" + Name(119) +
                   ",\"hkPlay\":" + Name(118) + ",\"hkAuto\":" + Name(117) + ",\"hkKeySpam\":" + Name(120) +
                   ",\"hkUnlock\":" + Name(121) + ",\"lockOn\":true,\"unlocked\":true,\"keySpamTargets\":[" +
@@ -53,14 +53,14 @@ TEST_F(ReportsTest, StatusOfABusyProgram) {
     engineState.playing = true;
     engineState.unlocked = false;
     engineState.lockOn = false;
-    engineState.reassignTarget = kReassignKeySpamTarget;
-    keySpamSettings.keySpamTargets[0] = 65;
-    keySpamSettings.keySpamTargets[1] = 66;
-    keySpamSettings.keySpamTargetCount = 2;
-    keySpamSettings.keySpamChord = true;
-    hotkeyTable.rec = 1;
+    engineState.reassignTarget = kReassignKeySpammerTarget;
+    keySpammerSettings.targets[0] = 65;
+    keySpammerSettings.targets[1] = 66;
+    keySpammerSettings.targetCount = 2;
+    keySpammerSettings.chord = true;
+    hotkeyTable.record = 1;
     EXPECT_EQ(
-        PollTrackerStatus(),
+        PollStatus(),
         "{\"state\":\"Playing\",\"count\":2,\"restore\":[],\"hkRec\":" + Name(1) +
             ",\"hkPlay\":" + Name(118) + ",\"hkAuto\":" + Name(117) + ",\"hkKeySpam\":" + Name(120) +
             ",\"hkUnlock\":" + Name(121) + ",\"lockOn\":false,\"unlocked\":false,\"keySpamTargets\":[" +
@@ -72,12 +72,12 @@ TEST_F(ReportsTest, StatusOfABusyProgram) {
 TEST_F(ReportsTest, RecordingWinsOverPlaying) {
     engineState.recording = true;
     engineState.playing = true;
-    EXPECT_TRUE(Contains(PollTrackerStatus(), "{\"state\":\"Recording\","));
+    EXPECT_TRUE(Contains(PollStatus(), "{\"state\":\"Recording\","));
 }
 
 TEST_F(ReportsTest, NoTargetsIsAnEmptyList) {
-    keySpamSettings.keySpamTargetCount = 0;
-    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"keySpamTargets\":[],"));
+    keySpammerSettings.targetCount = 0;
+    EXPECT_TRUE(Contains(PollStatus(), "\"keySpamTargets\":[],"));
 }
 
 TEST_F(ReportsTest, ATakeThatCanBeUndoneIsReported) {
@@ -90,40 +90,40 @@ TEST_F(ReportsTest, ATakeThatCanBeUndoneIsReported) {
         macroState.continueBaseline = before;
         macroState.continueResult = after;
     }
-    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"canUndoContinue\":true}"));
+    EXPECT_TRUE(Contains(PollStatus(), "\"canUndoContinue\":true}"));
     SetMacro(before);
-    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"canUndoContinue\":false}"));
+    EXPECT_TRUE(Contains(PollStatus(), "\"canUndoContinue\":false}"));
 }
 
 TEST_F(ReportsTest, APollWritesBothMirrors) {
     SetMacro({MoveTo(100, 200)});
-    const std::string report = PollTrackerStatus();
+    const std::string report = PollStatus();
     EXPECT_EQ(ReadFile(DataFilePath("status.txt")), report);
     EXPECT_EQ(ReadFile(EventsFile()), "[{\"id\":0,\"time\":0.000000,\"desc\":\"Abs Move to X:100 Y:200\"}]");
 }
 
 TEST_F(ReportsTest, APollWithoutAPlaceToWriteStillReports) {
     WriteFile(root_.File("Varnelle"), "a file where the folder should be");
-    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"state\":\"Idle\""));
+    EXPECT_TRUE(Contains(PollStatus(), "\"state\":\"Idle\""));
     EXPECT_EQ(ReportMacroEvents(), "[]");
 }
 
 TEST_F(ReportsTest, AShortEventMirrorIsPutRightByTheNextPoll) {
-    PollTrackerStatus();
+    PollStatus();
     WriteFile(EventsFile(), "scribble");
-    PollTrackerStatus();
+    PollStatus();
     EXPECT_EQ(ReadFile(EventsFile()), "[]");
 }
 
 TEST_F(ReportsTest, EveryChangeOfTheMacroReachesTheNextPoll) {
     SetMacro({MoveTo(1, 2)});
-    PollTrackerStatus();
+    PollStatus();
     {
         MutexLock lock(macroMutex);
         macroState.profiles[0].events[0].x = 7;
         MarkMacroChanged();
     }
-    PollTrackerStatus();
+    PollStatus();
     EXPECT_TRUE(Contains(ReadFile(EventsFile()), "X:7 Y:2"));
     {
         MutexLock lock(macroMutex);
@@ -131,7 +131,7 @@ TEST_F(ReportsTest, EveryChangeOfTheMacroReachesTheNextPoll) {
         macroState.currentProfile = 1;
         MarkMacroChanged();
     }
-    EXPECT_TRUE(Contains(PollTrackerStatus(), "\"count\":1,"));
+    EXPECT_TRUE(Contains(PollStatus(), "\"count\":1,"));
     EXPECT_TRUE(Contains(ReadFile(EventsFile()), "X:8 Y:9"));
     EXPECT_TRUE(Contains(ReportMacroEvents(), "X:8 Y:9"));
 }
@@ -139,16 +139,16 @@ TEST_F(ReportsTest, EveryChangeOfTheMacroReachesTheNextPoll) {
 TEST_F(ReportsTest, AHugeEventMirrorIsWrittenOncePerChange) {
     std::vector<UnifiedEvent> events(20000, MoveTo(1, 2));
     SetMacro(events);
-    PollTrackerStatus();
+    PollStatus();
     const std::string whole = ReadFile(EventsFile());
     ASSERT_GT(whole.size(), 500000U);
 
     WriteFile(EventsFile(), "left alone");
-    PollTrackerStatus();
+    PollStatus();
     EXPECT_EQ(ReadFile(EventsFile()), "left alone");
 
     std::filesystem::remove(EventsFile());
-    PollTrackerStatus();
+    PollStatus();
     EXPECT_EQ(ReadFile(EventsFile()), whole);
 
     WriteFile(EventsFile(), "asked for");
@@ -157,7 +157,7 @@ TEST_F(ReportsTest, AHugeEventMirrorIsWrittenOncePerChange) {
 
     events[0].x = 5;
     SetMacro(events);
-    PollTrackerStatus();
+    PollStatus();
     EXPECT_TRUE(Contains(ReadFile(EventsFile()), "X:5 Y:2"));
 }
 
@@ -171,48 +171,48 @@ TEST_F(ReportsTest, SettingsOfAFreshProgram) {
 }
 
 TEST_F(ReportsTest, EverySettingHasItsOwnPlace) {
-    spammerSettings.sh = 1;
-    spammerSettings.sm = 2;
-    spammerSettings.ss = 3;
-    spammerSettings.sms = 4;
-    spammerSettings.sbtn = 5;
-    spammerSettings.stype = 6;
-    spammerSettings.rptMode = 7;
-    spammerSettings.rptTimes = 8;
-    spammerSettings.locMode = 9;
-    spammerSettings.fixedX = -10;
-    spammerSettings.fixedY = 2147483647;
-    trackerSettings.tmv = false;
-    trackerSettings.tclk = true;
-    trackerSettings.tscr = false;
-    trackerSettings.tkey = true;
-    trackerSettings.trel = true;
-    trackerSettings.tspd = 1.5F;
-    trackerSettings.tloop = true;
-    trackerSettings.tloopMs = 12;
-    keySpamSettings.ksh = 13;
-    keySpamSettings.ksm = 14;
-    keySpamSettings.kss = 15;
-    keySpamSettings.ksms = 16;
-    keySpamSettings.ksRptMode = 17;
-    keySpamSettings.ksRptTimes = 18;
-    hotkeyTable.holdAuto = true;
+    autoclickerSettings.intervalHours = 1;
+    autoclickerSettings.intervalMinutes = 2;
+    autoclickerSettings.intervalSeconds = 3;
+    autoclickerSettings.intervalMilliseconds = 4;
+    autoclickerSettings.button = 5;
+    autoclickerSettings.doubleClick = 6;
+    autoclickerSettings.repeatMode = 7;
+    autoclickerSettings.repeatCount = 8;
+    autoclickerSettings.locationMode = 9;
+    autoclickerSettings.fixedX = -10;
+    autoclickerSettings.fixedY = 2147483647;
+    macroSettings.recordMoves = false;
+    macroSettings.recordButtons = true;
+    macroSettings.recordWheel = false;
+    macroSettings.recordKeys = true;
+    macroSettings.recordRawMoves = true;
+    macroSettings.playbackSpeed = 1.5F;
+    macroSettings.loop = true;
+    macroSettings.loopPauseMilliseconds = 12;
+    keySpammerSettings.intervalHours = 13;
+    keySpammerSettings.intervalMinutes = 14;
+    keySpammerSettings.intervalSeconds = 15;
+    keySpammerSettings.intervalMilliseconds = 16;
+    keySpammerSettings.repeatMode = 17;
+    keySpammerSettings.repeatCount = 18;
+    hotkeyTable.holdAutoclicker = true;
     EXPECT_EQ(
         SettingsReport(),
         "{\"sh\":1,\"sm\":2,\"ss\":3,\"sms\":4,\"sbtn\":5,\"stype\":6,\"rptMode\":7,\"rptTimes\":8,"
         "\"locMode\":9,\"fixedX\":-10,\"fixedY\":2147483647,\"tmv\":false,\"tclk\":true,\"tscr\":false,"
         "\"tkey\":true,\"trel\":true,\"tspd\":1.5,\"tloop\":true,\"tloopMs\":12,\"ksh\":13,\"ksm\":14,"
         "\"kss\":15,\"ksms\":16,\"ksRptMode\":17,\"ksRptTimes\":18,\"holdAuto\":true,\"holdKeySpam\":false}");
-    hotkeyTable.holdAuto = false;
-    hotkeyTable.holdKeySpam = true;
+    hotkeyTable.holdAutoclicker = false;
+    hotkeyTable.holdKeySpammer = true;
     EXPECT_TRUE(Contains(SettingsReport(), "\"holdAuto\":false,\"holdKeySpam\":true}"));
 }
 
 TEST_F(ReportsTest, SpeedHasSixSignificantDigits) {
-    trackerSettings.tspd = 0.1F;
+    macroSettings.playbackSpeed = 0.1F;
     EXPECT_TRUE(Contains(SettingsReport(), "\"tspd\":0.1,"));
-    trackerSettings.tspd = 1.2345678F;
+    macroSettings.playbackSpeed = 1.2345678F;
     EXPECT_TRUE(Contains(SettingsReport(), "\"tspd\":1.23457,"));
-    trackerSettings.tspd = 1234567.0F;
+    macroSettings.playbackSpeed = 1234567.0F;
     EXPECT_TRUE(Contains(SettingsReport(), "\"tspd\":1.23457e+06,"));
 }

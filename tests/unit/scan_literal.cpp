@@ -20,7 +20,7 @@ KeyPredicate Press(const std::string& mods, uint32_t vk) {
         now += held.alt ? 'a' : '-';
         now += held.shift ? 's' : '-';
         now += held.win ? 'w' : '-';
-        return event.vk == vk && now == mods;
+        return event.virtualKey == vk && now == mods;
     };
 }
 
@@ -40,11 +40,11 @@ bool Typing(const UnifiedEvent& event, const HeldMods& held) {
         }
         return all;
     }();
-    return !held.ctrl && !held.alt && !held.win && text.count(event.vk) != 0;
+    return !held.ctrl && !held.alt && !held.win && text.count(event.virtualKey) != 0;
 }
 
 bool BareWin(const UnifiedEvent& event, const HeldMods& held) {
-    return (event.vk == 91 || event.vk == 92) && !held.ctrl && !held.alt && !held.shift;
+    return (event.virtualKey == 91 || event.virtualKey == 92) && !held.ctrl && !held.alt && !held.shift;
 }
 
 std::function<SeqResult(const std::vector<Key>&)> Steps(const std::vector<KeyPredicate>& steps) {
@@ -83,7 +83,7 @@ SeqResult Send(const std::vector<Key>& keys) {
 SeqResult WinHeld(const std::vector<Key>& keys) {
     const std::set<uint32_t> modifiers = {16, 17, 18, 91, 92, 160, 161, 162, 163, 164, 165};
     for (const Key& key : keys) {
-        if (key.held.win && modifiers.count(key.event.vk) == 0) {
+        if (key.held.win && modifiers.count(key.event.virtualKey) == 0) {
             return {true, key.event.time};
         }
     }
@@ -102,7 +102,7 @@ std::vector<Key> Normalise(const std::vector<UnifiedEvent>& events) {
         if (event.down) {
             keys.push_back({event, held});
         }
-        const uint32_t vk = event.vk;
+        const uint32_t vk = event.virtualKey;
         if (vk == 17 || vk == 162 || vk == 163) {
             held.ctrl = event.down;
         }

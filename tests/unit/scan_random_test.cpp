@@ -69,7 +69,7 @@ class MacroMaker {
     void Key(uint32_t vk, bool down) {
         UnifiedEvent event;
         event.type = EvKey;
-        event.vk = vk;
+        event.virtualKey = vk;
         event.down = down;
         event.time = time_;
         events_.push_back(event);
@@ -110,7 +110,7 @@ class MacroMaker {
         case 0: {
             UnifiedEvent other;
             other.type = Below(7);
-            other.vk = kKeys[Below(std::size(kKeys))];
+            other.virtualKey = kKeys[Below(std::size(kKeys))];
             other.down = true;
             other.time = time_;
             events_.push_back(other);
@@ -221,7 +221,7 @@ TEST(ScanRandom, MatchersAgreeOnAnySteps) {
         for (UnifiedEvent& event : events) {
             event.type = EvKey;
             event.down = true;
-            event.vk = 65 + maker.Below(3);
+            event.virtualKey = 65 + maker.Below(3);
             event.time = maker.Below(40) == 0 ? std::nan("") : maker.Below(30);
         }
         std::vector<MacroScan::KeyPredicate> steps(1 + maker.Below(4));

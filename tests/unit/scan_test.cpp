@@ -32,7 +32,7 @@ UnifiedEvent Event(double time, uint32_t vk, bool down) {
     UnifiedEvent event;
     event.type = EvKey;
     event.time = time;
-    event.vk = vk;
+    event.virtualKey = vk;
     event.down = down;
     return event;
 }

@@ -285,26 +285,26 @@ TEST_F(SessionTest, LoadsTheCurrentForm) {
 
 TEST_F(SessionTest, TheLiveSetupComesFromTheFirstLineNotFromTheProfile) {
     ASSERT_TRUE(LoadFixture("current.dat"));
-    EXPECT_EQ(spammerSettings.sms, 77) << "the current profile says 20";
+    EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 77) << "the current profile says 20";
 }
 
 TEST_F(SessionTest, LoadsOlderForms) {
     struct Row {
         const char* name;
-        int32_t ksms;
+        int32_t intervalMilliseconds;
         int32_t targets;
-        bool holdAuto;
+        bool holdAutoclicker;
         uint32_t unlock;
     };
     for (const Row& row : {Row{"form-35.dat", 88, 3, true, 121}, Row{"form-33.dat", 88, 3, false, 121},
                            Row{"form-31.dat", 88, 1, false, 121}, Row{"form-23.dat", 5, 1, false, 121}}) {
         ResetEngineState();
         ASSERT_TRUE(LoadFixture(row.name)) << row.name;
-        EXPECT_EQ(trackerSettings.tspd, 2.5F) << row.name;
-        EXPECT_EQ(hotkeyTable.autoKey, 67U) << row.name;
-        EXPECT_EQ(keySpamSettings.ksms, row.ksms) << row.name;
-        EXPECT_EQ(keySpamSettings.keySpamTargetCount, row.targets) << row.name;
-        EXPECT_EQ(hotkeyTable.holdAuto, row.holdAuto) << row.name;
+        EXPECT_EQ(macroSettings.playbackSpeed, 2.5F) << row.name;
+        EXPECT_EQ(hotkeyTable.autoclicker, 67U) << row.name;
+        EXPECT_EQ(keySpammerSettings.intervalMilliseconds, row.intervalMilliseconds) << row.name;
+        EXPECT_EQ(keySpammerSettings.targetCount, row.targets) << row.name;
+        EXPECT_EQ(hotkeyTable.holdAutoclicker, row.holdAutoclicker) << row.name;
         EXPECT_EQ(hotkeyTable.unlock, row.unlock) << row.name;
         EXPECT_EQ(ReadStore().profiles.at(0).events.size(), 1U) << row.name;
     }

@@ -42,8 +42,8 @@ std::string WithField(std::string_view line, size_t index, std::string_view text
 
 std::vector<uint32_t> Targets() {
     std::vector<uint32_t> targets;
-    for (int32_t i = 0; i < keySpamSettings.keySpamTargetCount; ++i) {
-        targets.push_back(keySpamSettings.keySpamTargets[i]);
+    for (int32_t i = 0; i < keySpammerSettings.targetCount; ++i) {
+        targets.push_back(keySpammerSettings.targets[i]);
     }
     return targets;
 }
@@ -64,41 +64,41 @@ TEST_F(SettingsTextTest, EachSettingHasItsField) {
         const char* text;
     };
     const Row rows[] = {
-        {0, 0, [] { spammerSettings.sh = -4; }, "-4"},
-        {1, 1, [] { spammerSettings.sm = 41; }, "41"},
-        {2, 2, [] { spammerSettings.ss = 42; }, "42"},
-        {3, 3, [] { spammerSettings.sms = 43; }, "43"},
-        {4, 4, [] { spammerSettings.sbtn = 2; }, "2"},
-        {5, 5, [] { spammerSettings.stype = 1; }, "1"},
-        {6, 6, [] { spammerSettings.rptMode = 0; }, "0"},
-        {7, 7, [] { spammerSettings.rptTimes = 44; }, "44"},
-        {8, 8, [] { spammerSettings.locMode = 1; }, "1"},
-        {9, 9, [] { spammerSettings.fixedX = -1920; }, "-1920"},
-        {10, 10, [] { spammerSettings.fixedY = 45; }, "45"},
-        {11, -1, [] { trackerSettings.tmv = false; }, "0"},
-        {12, -1, [] { trackerSettings.tclk = false; }, "0"},
-        {13, -1, [] { trackerSettings.tscr = false; }, "0"},
-        {14, -1, [] { trackerSettings.tkey = false; }, "0"},
-        {15, -1, [] { trackerSettings.trel = true; }, "1"},
-        {16, -1, [] { trackerSettings.tspd = 0.123456789F; }, "0.123457"},
-        {17, -1, [] { trackerSettings.tloop = true; }, "1"},
-        {18, -1, [] { trackerSettings.tloopMs = -1; }, "-1"},
-        {19, -1, [] { hotkeyTable.rec = 5; }, "5"},
+        {0, 0, [] { autoclickerSettings.intervalHours = -4; }, "-4"},
+        {1, 1, [] { autoclickerSettings.intervalMinutes = 41; }, "41"},
+        {2, 2, [] { autoclickerSettings.intervalSeconds = 42; }, "42"},
+        {3, 3, [] { autoclickerSettings.intervalMilliseconds = 43; }, "43"},
+        {4, 4, [] { autoclickerSettings.button = 2; }, "2"},
+        {5, 5, [] { autoclickerSettings.doubleClick = 1; }, "1"},
+        {6, 6, [] { autoclickerSettings.repeatMode = 0; }, "0"},
+        {7, 7, [] { autoclickerSettings.repeatCount = 44; }, "44"},
+        {8, 8, [] { autoclickerSettings.locationMode = 1; }, "1"},
+        {9, 9, [] { autoclickerSettings.fixedX = -1920; }, "-1920"},
+        {10, 10, [] { autoclickerSettings.fixedY = 45; }, "45"},
+        {11, -1, [] { macroSettings.recordMoves = false; }, "0"},
+        {12, -1, [] { macroSettings.recordButtons = false; }, "0"},
+        {13, -1, [] { macroSettings.recordWheel = false; }, "0"},
+        {14, -1, [] { macroSettings.recordKeys = false; }, "0"},
+        {15, -1, [] { macroSettings.recordRawMoves = true; }, "1"},
+        {16, -1, [] { macroSettings.playbackSpeed = 0.123456789F; }, "0.123457"},
+        {17, -1, [] { macroSettings.loop = true; }, "1"},
+        {18, -1, [] { macroSettings.loopPauseMilliseconds = -1; }, "-1"},
+        {19, -1, [] { hotkeyTable.record = 5; }, "5"},
         {20, -1, [] { hotkeyTable.play = 65; }, "65"},
-        {22, -1, [] { hotkeyTable.autoKey = 66; }, "66"},
-        {23, 11, [] { keySpamSettings.ksh = 51; }, "51"},
-        {24, 12, [] { keySpamSettings.ksm = 52; }, "52"},
-        {25, 13, [] { keySpamSettings.kss = 53; }, "53"},
-        {26, 14, [] { keySpamSettings.ksms = 54; }, "54"},
-        {27, 15, [] { keySpamSettings.ksRptMode = 0; }, "0"},
-        {28, 16, [] { keySpamSettings.ksRptTimes = 55; }, "55"},
-        {29, -1, [] { hotkeyTable.keyspam = 67; }, "67"},
-        {30, 17, [] { keySpamSettings.ksKey = 68; }, "68"},
+        {22, -1, [] { hotkeyTable.autoclicker = 66; }, "66"},
+        {23, 11, [] { keySpammerSettings.intervalHours = 51; }, "51"},
+        {24, 12, [] { keySpammerSettings.intervalMinutes = 52; }, "52"},
+        {25, 13, [] { keySpammerSettings.intervalSeconds = 53; }, "53"},
+        {26, 14, [] { keySpammerSettings.intervalMilliseconds = 54; }, "54"},
+        {27, 15, [] { keySpammerSettings.repeatMode = 0; }, "0"},
+        {28, 16, [] { keySpammerSettings.repeatCount = 55; }, "55"},
+        {29, -1, [] { hotkeyTable.keySpammer = 67; }, "67"},
+        {30, 17, [] { keySpammerSettings.singleKey = 68; }, "68"},
         {31, 18, [] { ParseKeyTargets("65|66|67"); }, "65|66|67"},
         {31, 18, [] { ParseKeyTargets(""); }, ""},
-        {32, 19, [] { keySpamSettings.keySpamChord = true; }, "1"},
-        {33, -1, [] { hotkeyTable.holdAuto = true; }, "1"},
-        {34, -1, [] { hotkeyTable.holdKeySpam = true; }, "1"},
+        {32, 19, [] { keySpammerSettings.chord = true; }, "1"},
+        {33, -1, [] { hotkeyTable.holdAutoclicker = true; }, "1"},
+        {34, -1, [] { hotkeyTable.holdKeySpammer = true; }, "1"},
         {35, -1, [] { hotkeyTable.unlock = 69; }, "69"},
     };
     for (const Row& row : rows) {
@@ -124,35 +124,35 @@ TEST_F(SettingsTextTest, EachSettingHasItsField) {
 
 TEST_F(SettingsTextTest, ApplyingTheOldestFormSetsWhatItHas) {
     ParseKeyTargets("65|66");
-    keySpamSettings.ksKey = 70;
-    keySpamSettings.keySpamChord = true;
-    hotkeyTable.holdAuto = true;
+    keySpammerSettings.singleKey = 70;
+    keySpammerSettings.chord = true;
+    hotkeyTable.holdAutoclicker = true;
     ApplySettingsLine(FirstFields(kStranger, 23));
-    EXPECT_EQ(spammerSettings.sms, 77);
-    EXPECT_EQ(trackerSettings.tspd, 3.0F);
-    EXPECT_FALSE(trackerSettings.tmv);
-    EXPECT_TRUE(trackerSettings.trel);
-    EXPECT_EQ(hotkeyTable.rec, 65U);
+    EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 77);
+    EXPECT_EQ(macroSettings.playbackSpeed, 3.0F);
+    EXPECT_FALSE(macroSettings.recordMoves);
+    EXPECT_TRUE(macroSettings.recordRawMoves);
+    EXPECT_EQ(hotkeyTable.record, 65U);
     EXPECT_EQ(hotkeyTable.play, 66U);
-    EXPECT_EQ(hotkeyTable.autoKey, 67U);
-    EXPECT_EQ(keySpamSettings.ksms, 5) << "not in this form";
+    EXPECT_EQ(hotkeyTable.autoclicker, 67U);
+    EXPECT_EQ(keySpammerSettings.intervalMilliseconds, 5) << "not in this form";
     EXPECT_EQ(Targets(), Keys{70}) << "the live single key becomes the only target";
-    EXPECT_FALSE(keySpamSettings.keySpamChord);
-    EXPECT_TRUE(hotkeyTable.holdAuto) << "not in this form";
+    EXPECT_FALSE(keySpammerSettings.chord);
+    EXPECT_TRUE(hotkeyTable.holdAutoclicker) << "not in this form";
     EXPECT_EQ(hotkeyTable.unlock, 121U);
 }
 
 TEST_F(SettingsTextTest, FormsOf31And32FieldsHaveASingleKey) {
     for (const size_t count : {31, 32}) {
         ResetEngineState();
-        keySpamSettings.keySpamChord = true;
+        keySpammerSettings.chord = true;
         ApplySettingsLine(FirstFields(kStranger, count));
-        EXPECT_EQ(keySpamSettings.kss, 1);
-        EXPECT_EQ(keySpamSettings.ksms, 88);
-        EXPECT_EQ(hotkeyTable.keyspam, 68U);
-        EXPECT_EQ(keySpamSettings.ksKey, 69U);
+        EXPECT_EQ(keySpammerSettings.intervalSeconds, 1);
+        EXPECT_EQ(keySpammerSettings.intervalMilliseconds, 88);
+        EXPECT_EQ(hotkeyTable.keySpammer, 68U);
+        EXPECT_EQ(keySpammerSettings.singleKey, 69U);
         EXPECT_EQ(Targets(), Keys{69});
-        EXPECT_FALSE(keySpamSettings.keySpamChord);
+        EXPECT_FALSE(keySpammerSettings.chord);
     }
 }
 
@@ -161,14 +161,14 @@ TEST_F(SettingsTextTest, FormsOf33To36FieldsAddTargetsHoldAndUnlock) {
         ResetEngineState();
         ApplySettingsLine(FirstFields(kStranger, count));
         EXPECT_EQ(Targets(), (Keys{69, 70}));
-        EXPECT_TRUE(keySpamSettings.keySpamChord);
-        EXPECT_FALSE(hotkeyTable.holdAuto);
-        EXPECT_FALSE(hotkeyTable.holdKeySpam);
+        EXPECT_TRUE(keySpammerSettings.chord);
+        EXPECT_FALSE(hotkeyTable.holdAutoclicker);
+        EXPECT_FALSE(hotkeyTable.holdKeySpammer);
     }
     ResetEngineState();
     ApplySettingsLine(kStranger);
-    EXPECT_TRUE(hotkeyTable.holdAuto);
-    EXPECT_TRUE(hotkeyTable.holdKeySpam);
+    EXPECT_TRUE(hotkeyTable.holdAutoclicker);
+    EXPECT_TRUE(hotkeyTable.holdKeySpammer);
     EXPECT_EQ(hotkeyTable.unlock, 121U);
     ApplySettingsLine(std::string(kStranger) + ",72,ignored");
     EXPECT_EQ(hotkeyTable.unlock, 72U);
@@ -184,32 +184,32 @@ TEST_F(SettingsTextTest, FewerThan23FieldsChangeNothing) {
 
 TEST_F(SettingsTextTest, ABadFieldEndsItsGroupAndTheNextStillRuns) {
     ApplySettingsLine(WithField(kStranger, 3, "x"));
-    EXPECT_EQ(spammerSettings.ss, 3) << "set before the bad field";
-    EXPECT_EQ(spammerSettings.sms, 5);
-    EXPECT_EQ(spammerSettings.sbtn, 0) << "the rest of the group is left out";
-    EXPECT_TRUE(trackerSettings.tmv);
-    EXPECT_EQ(hotkeyTable.rec, 119U);
-    EXPECT_EQ(keySpamSettings.ksms, 88) << "the next group ran";
+    EXPECT_EQ(autoclickerSettings.intervalSeconds, 3) << "set before the bad field";
+    EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 5);
+    EXPECT_EQ(autoclickerSettings.button, 0) << "the rest of the group is left out";
+    EXPECT_TRUE(macroSettings.recordMoves);
+    EXPECT_EQ(hotkeyTable.record, 119U);
+    EXPECT_EQ(keySpammerSettings.intervalMilliseconds, 88) << "the next group ran";
     EXPECT_EQ(Targets(), (Keys{69, 70}));
 
     ResetEngineState();
     ApplySettingsLine(WithField(kStranger, 16, "fast"));
-    EXPECT_TRUE(trackerSettings.trel);
-    EXPECT_EQ(trackerSettings.tspd, 1.0F);
-    EXPECT_FALSE(trackerSettings.tloop);
+    EXPECT_TRUE(macroSettings.recordRawMoves);
+    EXPECT_EQ(macroSettings.playbackSpeed, 1.0F);
+    EXPECT_FALSE(macroSettings.loop);
 
     ResetEngineState();
     ApplySettingsLine(WithField(kStranger, 26, "99999999999"));
-    EXPECT_EQ(keySpamSettings.kss, 1);
-    EXPECT_EQ(keySpamSettings.ksms, 5);
-    EXPECT_EQ(keySpamSettings.ksKey, 32U);
+    EXPECT_EQ(keySpammerSettings.intervalSeconds, 1);
+    EXPECT_EQ(keySpammerSettings.intervalMilliseconds, 5);
+    EXPECT_EQ(keySpammerSettings.singleKey, 32U);
     EXPECT_EQ(Targets(), (Keys{69, 70}));
-    EXPECT_TRUE(hotkeyTable.holdAuto);
+    EXPECT_TRUE(hotkeyTable.holdAutoclicker);
 }
 
 TEST_F(SettingsTextTest, TheReservedFieldIsNeverRead) {
     ApplySettingsLine(WithField(kStranger, 21, "not a number"));
-    EXPECT_EQ(hotkeyTable.autoKey, 67U);
+    EXPECT_EQ(hotkeyTable.autoclicker, 67U);
 }
 
 TEST_F(SettingsTextTest, OnlyTheExactTextOneIsTrue) {
@@ -217,22 +217,22 @@ TEST_F(SettingsTextTest, OnlyTheExactTextOneIsTrue) {
         std::string line = WithField(kDefaultLine, 11, text);
         line = WithField(line, 33, text);
         ResetEngineState();
-        hotkeyTable.holdAuto = true;
+        hotkeyTable.holdAutoclicker = true;
         ApplySettingsLine(line);
-        EXPECT_FALSE(trackerSettings.tmv) << text;
-        EXPECT_TRUE(trackerSettings.tclk) << "a boolean is never a bad field";
-        EXPECT_FALSE(hotkeyTable.holdAuto) << text;
+        EXPECT_FALSE(macroSettings.recordMoves) << text;
+        EXPECT_TRUE(macroSettings.recordButtons) << "a boolean is never a bad field";
+        EXPECT_FALSE(hotkeyTable.holdAutoclicker) << text;
     }
 }
 
 TEST_F(SettingsTextTest, IntegersAreReadWithToleranceInASessionLine) {
     ApplySettingsLine(WithField(kDefaultLine, 3, " 12abc"));
-    EXPECT_EQ(spammerSettings.sms, 12);
+    EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 12);
 }
 
 TEST_F(SettingsTextTest, CodesOutsideTheKeyRangeSurviveARoundTrip) {
     ApplySettingsLine(WithField(WithField(kDefaultLine, 19, "-5"), 31, "-1|2147483647"));
-    EXPECT_EQ(hotkeyTable.rec, 4294967291U);
+    EXPECT_EQ(hotkeyTable.record, 4294967291U);
     EXPECT_EQ(Targets(), (Keys{4294967295U, 2147483647U}));
     EXPECT_EQ(BuildSettingsLine(), WithField(WithField(kDefaultLine, 19, "-5"), 31, "-1|2147483647"));
 }
@@ -241,14 +241,14 @@ TEST_F(SettingsTextTest, ApplyProfileSettingsWantsEighteenNumbers) {
     ApplyProfileSettings("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17");
     EXPECT_EQ(BuildProfileSettings(), kDefaultProfile);
     ParseKeyTargets("65|66");
-    keySpamSettings.keySpamChord = true;
+    keySpammerSettings.chord = true;
     ApplyProfileSettings("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18");
     EXPECT_EQ(BuildProfileSettings(), "1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,18,0");
     ParseKeyTargets("65|66");
-    keySpamSettings.keySpamChord = true;
+    keySpammerSettings.chord = true;
     ApplyProfileSettings("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,19,70");
     EXPECT_EQ(Targets(), Keys{19}) << "19 fields: a target list without its chord field does not count";
-    EXPECT_FALSE(keySpamSettings.keySpamChord);
+    EXPECT_FALSE(keySpammerSettings.chord);
 }
 
 TEST_F(SettingsTextTest, ApplyProfileSettingsStopsAtABadNumber) {
@@ -262,7 +262,7 @@ TEST_F(SettingsTextTest, ApplyProfileSettingsStopsAtABadNumber) {
 TEST_F(SettingsTextTest, ApplyProfileSettingsLeavesHotkeysAndTrackerAlone) {
     ApplyProfileSettings("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,65|66,1,99");
     EXPECT_EQ(Targets(), (Keys{65, 66}));
-    EXPECT_TRUE(keySpamSettings.keySpamChord);
+    EXPECT_TRUE(keySpammerSettings.chord);
     EXPECT_EQ(
         BuildSettingsLine(),
         "1,2,3,4,5,6,7,8,9,10,11,1,1,1,1,0,1,0,500,119,118,0,117,12,13,14,15,16,17,120,18,65|66,1,0,0,121");
@@ -285,7 +285,7 @@ TEST_F(SettingsTextTest, ParseKeyTargetsStoresAtMost256) {
         text += std::to_string(i) + "|";
     }
     ParseKeyTargets("x|" + text);
-    ASSERT_EQ(keySpamSettings.keySpamTargetCount, 256);
+    ASSERT_EQ(keySpammerSettings.targetCount, 256);
     EXPECT_EQ(Targets().back(), 256U);
 }
 

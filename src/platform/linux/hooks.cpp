@@ -212,7 +212,7 @@ void WakeHookThread() {
     }
 }
 
-void RunHookThread(const HookSinks& sinks) {
+void RunInputThread(const HookSinks& sinks) {
     auto thread = std::make_unique<HookThread>();
     thread->sinks = sinks;
     thread->display = OpenDisplay(&thread->displayLost);
@@ -240,7 +240,7 @@ void RunHookThread(const HookSinks& sinks) {
     CloseDisplay(thread->display);
 }
 
-void StopHookThread() {
+void StopInputThread() {
     if (hookRunning.load()) {
         hookStopWanted.store(true);
         WakeHookThread();

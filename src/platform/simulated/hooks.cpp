@@ -21,7 +21,7 @@ struct HookEvent {
 
 struct HookState {
     bool refused = false;
-    const HookSinks* sinks = nullptr;  // while RunHookThread runs
+    const HookSinks* sinks = nullptr;  // while RunInputThread runs
     WakeEvent* wake = nullptr;
     bool stop = false;
     bool inSink = false;  // another thread may have been let in at a signal that a sink gave
@@ -183,7 +183,7 @@ void SimHandOver(const SimArrival& arrival, bool queued) {
     Deliver(stamped);
 }
 
-void RunHookThread(const HookSinks& sinks) {
+void RunInputThread(const HookSinks& sinks) {
     if (state.refused) {
         return;
     }
@@ -210,7 +210,7 @@ void RunHookThread(const HookSinks& sinks) {
     state.wake = nullptr;
 }
 
-void StopHookThread() {
+void StopInputThread() {
     if (state.sinks != nullptr) {
         state.stop = true;
         SignalWake(state.wake);

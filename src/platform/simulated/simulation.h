@@ -64,7 +64,7 @@ void SimWheel(int32_t delta, bool injected = false);
 void SimHorizontalWheel(int32_t delta);
 void SimRawMove(int32_t dx, int32_t dy);
 void SimSessionChange(uint32_t change);
-// RunHookThread returns at once, as where the system refuses the hooks.
+// RunInputThread returns at once, as where the system refuses the hooks.
 void SimRefuseHooks(bool refuse);
 bool SimHooksInstalled();
 // Presses that were consumed although the interest last read did not announce them.

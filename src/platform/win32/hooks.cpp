@@ -15,10 +15,10 @@ static_assert(kSessionRemoteDisconnect == WTS_REMOTE_DISCONNECT);
 
 static const wchar_t kWindowClass[] = L"RawInputHiddenWindow";
 
-// Written by RunHookThread, read by StopHookThread: the running hook thread, 0 while there is none.
+// Written by RunInputThread, read by StopInputThread: the running input thread, 0 while there is none.
 static std::atomic<DWORD> hookThreadId = 0;
 
-// The hook thread's own: what its procedures call.
+// The input thread's own: what its procedures call.
 static HookSinks activeSinks;
 
 // An exception must not reach the system that called us; input that could not be judged passes.
@@ -128,7 +128,7 @@ static void PumpMessages() {
     }
 }
 
-void RunHookThread(const HookSinks& sinks) {
+void RunInputThread(const HookSinks& sinks) {
     activeSinks = sinks;
     // A thread has no message queue before its first message call, and WM_QUIT posted before that is lost.
     MSG ignored;
@@ -155,7 +155,7 @@ void RunHookThread(const HookSinks& sinks) {
     activeSinks = HookSinks();
 }
 
-void StopHookThread() {
+void StopInputThread() {
     if (DWORD thread = hookThreadId) {
         PostThreadMessageW(thread, WM_QUIT, 0, 0);
     }

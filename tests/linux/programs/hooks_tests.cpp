@@ -729,7 +729,7 @@ int LoseServer() {
     std::puts("ready");
     std::fflush(stdout);
     JoinThread(thread);
-    StopHookThread();
+    StopInputThread();
     HookInterestChanged();
     return useAll() && useAll() ? 0 : 2;
 }

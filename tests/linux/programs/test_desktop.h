@@ -356,7 +356,7 @@ inline void TellInterest(HookInterest* interest) {
 }
 
 inline void RunNotingHooks() {
-    RunHookThread(HookSinks{NoteKey, NoteMouse, NoteRaw, NoteChange, TellInterest});
+    RunInputThread(HookSinks{NoteKey, NoteMouse, NoteRaw, NoteChange, TellInterest});
 }
 
 // The input thread with the sinks above. One at a time.
@@ -499,7 +499,7 @@ class HookedThread {
     bool Stopped() const { return !thread_.joinable(); }
     void Stop() {
         if (thread_.joinable()) {
-            StopHookThread();
+            StopInputThread();
             JoinThread(thread_);
         }
     }

@@ -1,4 +1,4 @@
-// The platform's hook thread with a person at the controls: writes down every record that the sinks receive and does
+// The platform's input thread with a person at the controls: writes down every record that the sinks receive and does
 // what it is told on standard input.
 //
 //   hook_probe.exe LOG
@@ -36,7 +36,7 @@
 
 namespace {
 
-// Written by the command loop, read by the sinks on the hook thread.
+// Written by the command loop, read by the sinks on the input thread.
 std::atomic<bool> consumedKeys[256];
 std::atomic<bool> throwingKeys[256];
 std::atomic<bool> consumedMessages[0x300];
@@ -78,7 +78,7 @@ void HookThread() {
     sinks.onMouse = OnMouse;
     sinks.onRawMouse = OnRawMouse;
     sinks.onSessionChange = OnSessionChange;
-    RunHookThread(sinks);
+    RunInputThread(sinks);
 }
 
 // The hooks come last in the thread's set-up, and nothing tells that they are there but an event.
@@ -172,7 +172,7 @@ int main(int argc, char** argv) {
         }
         Obey(command);
     }
-    StopHookThread();
+    StopInputThread();
     JoinThread(hookThread);
     LogLine("stopped %d", FindHiddenWindow() != nullptr);
     fclose(lineLogFile);

@@ -24,7 +24,7 @@ namespace {
 
 // ---- input and hooks ----
 
-// What the sinks of RunHookThread received. `mutex` guards the lists: the hook thread writes, the test reads.
+// What the sinks of RunInputThread received. `mutex` guards the lists: the input thread writes, the test reads.
 struct Received {
     std::mutex mutex;
     std::vector<KeyHookRecord> keys;
@@ -71,7 +71,7 @@ void HookBody() {
     sinks.onMouse = ReceiveMouse;
     sinks.onRawMouse = ReceiveRawMouse;
     sinks.onSessionChange = ReceiveSession;
-    RunHookThread(sinks);
+    RunInputThread(sinks);
 }
 
 size_t KeyCount() {
@@ -128,7 +128,7 @@ class Hooks : public testing::Test {
         Clear();
     }
     void TearDown() override {
-        StopHookThread();
+        StopInputThread();
         JoinThread(thread_);
     }
     static void Clear() {
@@ -226,7 +226,7 @@ TEST(HookLife, StopsAndStartsAgain) {
     for (int round = 0; round < 3; ++round) {
         std::thread thread = StartThread("hooks", HookBody);
         ASSERT_TRUE(Eventually([] { return FindHiddenWindow() != nullptr; }));
-        StopHookThread();
+        StopInputThread();
         JoinThread(thread);
         EXPECT_EQ(FindHiddenWindow(), nullptr);
         WNDCLASSEXW windowClass = {};
@@ -236,7 +236,7 @@ TEST(HookLife, StopsAndStartsAgain) {
 }
 
 TEST(HookLife, StopWithoutAThreadDoesNothing) {
-    StopHookThread();
+    StopInputThread();
     HookInterestChanged();
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
