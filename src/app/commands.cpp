@@ -21,15 +21,15 @@
 
 namespace {
 
-// An empty answer resolves the page's promise with undefined.
+// An empty result resolves the promise of the page with undefined.
 
-// A command that only raises a request: the dispatcher decides what becomes of it.
+// A command that only raises a request. The dispatcher decides what to do with it.
 template <std::atomic<bool> EngineState::*Flag> std::string Raise(const std::string&) {
     RaiseRequest(engineState.*Flag);
     return {};
 }
 
-// A command that hands its arguments to one function.
+// A command that passes its arguments to one function.
 template <void (*Function)(std::string_view)> std::string Call(const std::string& request) {
     Function(ArgText(request));
     return {};
@@ -61,57 +61,60 @@ std::string FetchPendingThemeAlert() {
     return JsonText(TakePendingThemeAlert());
 }
 
-// In binding order. A new command goes beside those of its subject; the order of the rest stays.
-constexpr PageCommand kMasterCommands[] = {
+// In binding order. Add a new command beside those of its subject; do not reorder the others.
+constexpr PageCommand kMainProcessCommands[] = {
     {"resizeWindow", "width,height", "fit the window to the page's content", Call<ResizeMainWindow>},
     {"updateSpammer", "9 comma fields", "store the autoclicker's settings", Call<UpdateAutoclickerSettings>},
-    {"startSpammer", "", "ask for the autoclicker", Raise<&EngineState::requestStartAutoclicker>},
-    {"stopSpammer", "", "ask for its end", Raise<&EngineState::requestStopAutoclicker>},
+    {"startSpammer", "", "request the start of the autoclicker",
+     Raise<&EngineState::requestStartAutoclicker>},
+    {"stopSpammer", "", "request its stop", Raise<&EngineState::requestStopAutoclicker>},
     {"updateKeySpam", "6 comma fields", "store the key spammer's settings", Call<UpdateKeySpammerSettings>},
-    {"startKeySpam", "", "ask for the key spammer", Raise<&EngineState::requestStartKeySpammer>},
-    {"stopKeySpam", "", "ask for its end", Raise<&EngineState::requestStopKeySpammer>},
-    {"removeKeySpamTarget", "index", "remove that target; a bad number does nothing", Call<RemoveTarget>},
-    {"setKeySpamChordMode", "1 or other", "targets together, or in turn", Call<SetKeySpammerChord>},
-    {"pickLocation", "", "the next left press anywhere becomes the click location", Call<PickLocation>},
-    {"setHoldMode", "auto,0|1 or keyspam,0|1", "a hotkey runs its tool while held", Call<SetHoldMode>},
-    {"getPendingThemeAlert", "", "the message that waits for the page, once", Report<FetchPendingThemeAlert>},
-    {"getAppSettings", "", "the application settings", Report<AppSettingsReport>},
-    {"markWarningSeen", "id", "remember a dismissed warning", Call<MarkWarningSeen>},
-    {"setAppSetting", "key,value", "store one application setting and carry it out; 1 is on",
+    {"startKeySpam", "", "request the start of the key spammer", Raise<&EngineState::requestStartKeySpammer>},
+    {"stopKeySpam", "", "request its stop", Raise<&EngineState::requestStopKeySpammer>},
+    {"removeKeySpamTarget", "index", "remove the target; ignore an invalid index", Call<RemoveTarget>},
+    {"setKeySpamChordMode", "1 or other", "press all targets together, or in turn", Call<SetKeySpammerChord>},
+    {"pickLocation", "", "use the position of the next left press as click location", Call<PickLocation>},
+    {"setHoldMode", "auto,0|1 or keyspam,0|1", "run the tool only while its hotkey is held",
+     Call<SetHoldMode>},
+    {"getPendingThemeAlert", "", "return the message that waits for the page, once",
+     Report<FetchPendingThemeAlert>},
+    {"getAppSettings", "", "return the application settings", Report<AppSettingsReport>},
+    {"markWarningSeen", "id", "remember that the user dismissed this warning", Call<MarkWarningSeen>},
+    {"setAppSetting", "key,value", "store one application setting and apply it; 1 is on",
      Call<SetAppSetting>},
-    {"setPanelOrder", "panel ids", "store the order of the panels, if it is a valid one",
-     Call<SetPanelOrder>},
-    {"resetHotkeys", "", "F8, F7, F6, F9, F10", Call<ResetHotkeys>},
-    {"openLink", "docs or discord", "open that page in the person's browser", Call<OpenLink>},
-    {"updateTracker", "8 comma fields", "store what is recorded and how it is played",
+    {"setPanelOrder", "panel ids", "store the order of the panels, if it is valid", Call<SetPanelOrder>},
+    {"resetHotkeys", "", "set the hotkeys to F8, F7, F6, F9, F10", Call<ResetHotkeys>},
+    {"openLink", "docs or discord", "open that page in the user's browser", Call<OpenLink>},
+    {"updateTracker", "8 comma fields", "store the recording and playback settings",
      Call<UpdateMacroSettings>},
-    {"startRecording", "", "ask for a fresh recording", Raise<&EngineState::requestStartRecord>},
-    {"stopRecording", "", "ask for its end", Raise<&EngineState::requestStopRecord>},
-    {"continueRecording", "", "ask to record on behind the macro",
+    {"startRecording", "", "request a new recording", Raise<&EngineState::requestStartRecord>},
+    {"stopRecording", "", "request its stop", Raise<&EngineState::requestStopRecord>},
+    {"continueRecording", "", "request a recording that continues the macro",
      Raise<&EngineState::requestContinueRecord>},
-    {"undoContinueRecording", "", "ask for the macro of before", Raise<&EngineState::requestUndoContinue>},
-    {"startPlayback", "", "ask for playback", Raise<&EngineState::requestStartPlay>},
-    {"stopPlayback", "", "ask for its end", Raise<&EngineState::requestStopPlay>},
+    {"undoContinueRecording", "", "request the macro from before the continued segment",
+     Raise<&EngineState::requestUndoContinue>},
+    {"startPlayback", "", "request playback", Raise<&EngineState::requestStartPlay>},
+    {"stopPlayback", "", "request its stop", Raise<&EngineState::requestStopPlay>},
     {"optimizeMacro", "", "thin out pointer paths", Call<OptimizeMacro>},
-    {"getTrackerStatus", "", "one status poll", Report<PollStatus>},
-    {"getMacroEvents", "", "the event list", Report<ReportMacroEvents>},
-    {"deleteEvent", "index", "remove that event", Call<DeleteEvent>},
-    {"updateEventTime", "index,seconds", "set that event's time", Call<UpdateEventTime>},
-    {"clearProfile", "", "empty the current profile", Call<ClearProfile>},
+    {"getTrackerStatus", "", "return one status report", Report<PollStatus>},
+    {"getMacroEvents", "", "return the event list", Report<ReportMacroEvents>},
+    {"deleteEvent", "index", "delete the event", Call<DeleteEvent>},
+    {"updateEventTime", "index,seconds", "set the time of the event", Call<UpdateEventTime>},
+    {"clearProfile", "", "clear the current profile", Call<ClearProfile>},
     {"addProfile", "name", "add a profile and make it current", Call<AddProfile>},
     {"deleteProfile", "", "delete the current profile", Call<DeleteProfile>},
-    {"switchProfile", "index", "make that profile current", Call<SwitchProfile>},
-    {"getProfiles", "", "the list of profiles", Report<GetProfiles>},
-    {"exportProfile", "", "ask where to, write the current profile", Call<ExportProfile>},
-    {"importProfile", "", "ask for a file, read it as a new profile", Report<ImportProfile>},
-    {"confirmMacroImport", "id", "add the held macro", Call<ConfirmMacroImport>},
-    {"cancelMacroImport", "id", "drop the held macro", Call<CancelMacroImport>},
-    {"getPendingMacroImport", "", "the held macro", Report<GetPendingMacroImport>},
-    {"getPendingMacroSummary", "", "what the held macro holds, over its time",
+    {"switchProfile", "index", "make the profile current", Call<SwitchProfile>},
+    {"getProfiles", "", "return the list of profiles", Report<GetProfiles>},
+    {"exportProfile", "", "ask for a file name and write the current profile", Call<ExportProfile>},
+    {"importProfile", "", "ask for a file and read it as a new profile", Report<ImportProfile>},
+    {"confirmMacroImport", "id", "add the pending import", Call<ConfirmMacroImport>},
+    {"cancelMacroImport", "id", "drop the pending import", Call<CancelMacroImport>},
+    {"getPendingMacroImport", "", "return the pending import", Report<GetPendingMacroImport>},
+    {"getPendingMacroSummary", "", "return event counts of the pending import over its time",
      Report<GetPendingMacroSummary>},
-    {"getSettings", "", "the settings report", Report<SettingsReport>},
+    {"getSettings", "", "return the settings report", Report<SettingsReport>},
     {"reassignKey", "rec, play, auto, keyspamhotkey, keyspamtarget or unlock",
-     "the next key or button becomes that binding", Call<ReassignKey>},
+     "make the next key or button this binding", Call<ReassignKey>},
 };
 
 }  // namespace
@@ -125,12 +128,12 @@ std::string ArgText(std::string_view request) {
 }
 
 const PageCommand* MainProcessCommands(int* count) {
-    *count = static_cast<int>(std::size(kMasterCommands));
-    return kMasterCommands;
+    *count = static_cast<int>(std::size(kMainProcessCommands));
+    return kMainProcessCommands;
 }
 
 void BindMainProcessCommands(PageHost* host) {
-    for (const PageCommand& command : kMasterCommands) {
+    for (const PageCommand& command : kMainProcessCommands) {
         BindPageFunction(host, command.name, command.function);
     }
 }

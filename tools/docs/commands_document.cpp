@@ -9,19 +9,20 @@ namespace {
 constexpr std::string_view kIntroduction =
     "# Commands of the page\n"
     "\n"
-    "Every function that the program binds into its page, in the order of binding. Made from the table in\n"
-    "`src/frame/commands.cpp` by `./dev docs`; a test fails while the two differ.\n"
+    "Every function that the program binds into its page, in binding order. `./dev docs` writes this page "
+    "from the\n"
+    "table in `src/app/commands.cpp`. A test fails if the two differ.\n"
     "\n"
-    "The page calls `window.<name>(...)` and gets a promise. Arguments are one text or several, which makes "
+    "The page calls `window.<name>(...)` and gets a promise. It passes one string or several, which makes "
     "no\n"
-    "difference: brackets and double quotes are taken out of the request, and the command splits what is "
-    "left. A\n"
-    "command that has nothing to say resolves with `undefined`.\n"
+    "difference: the program removes brackets and double quotes from the request, and the command splits the "
+    "rest.\n"
+    "A command without a result resolves with `undefined`.\n"
     "\n"
     "| Name | Arguments | Action |\n"
     "|---|---|---|\n";
 
-// In a table a bar would end the cell.
+// Escapes vertical bars, because a bar would end the cell.
 void AppendCell(std::string& out, std::string_view text) {
     for (const char c : text) {
         if (c == '|') {

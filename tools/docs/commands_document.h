@@ -1,4 +1,4 @@
-// docs/commands.md as it has to be: made from the table that binds the commands.
+// The expected docs/commands.md, built from the table that binds the commands.
 #pragma once
 
 #include <string>
