@@ -17,7 +17,7 @@ const wireNames =
 // The files that map wire names to spelled-out ones: the program's table and reports, the page's decoder and its
 // command arguments.
 const wireFiles =
-  /^src\/storage\/settings_table\.cpp$|^src\/app\/reports\.cpp$|^ui\/src\/(decode|command-arguments)\.ts$/;
+  /^src\/storage\/settings_table\.cpp$|^src\/app\/reports\.cpp$|^ui\/src\/(reports|commands)\.ts$/;
 
 // A rule: what must not appear, what to write in its place, one line that breaks it and lines that do not. `in` limits
 // a rule to the files where the word has that meaning.
