@@ -1,16 +1,16 @@
 # The folder as shipped, ${DIST}: the program, the web-view library, the pages, the themes, the licence texts. Node.js
 # is needed for this target only.
 if(WIN32)
-  set(DIST_HOME windows)
+  set(DIST_SYSTEM windows)
   set(DIST_LIBRARY ${DIST}/libwebview.dll)
 else()
-  set(DIST_HOME linux)
+  set(DIST_SYSTEM linux)
   set(DIST_LIBRARY ${DIST}/libwebview.so)
 endif()
 
 add_custom_command(
   OUTPUT ${DIST_LIBRARY}
-  COMMAND node ${CMAKE_SOURCE_DIR}/tools/build_dist.mjs libraries ${DIST_HOME} ${DIST}
+  COMMAND node ${CMAKE_SOURCE_DIR}/tools/build_dist.mjs libraries ${DIST_SYSTEM} ${DIST}
   COMMAND ${CMAKE_COMMAND} -E touch ${DIST_LIBRARY}
   DEPENDS ${CMAKE_SOURCE_DIR}/tools/build_dist.mjs ${CMAKE_SOURCE_DIR}/package-lock.json
   COMMENT "Web-view library and licence texts"
@@ -29,7 +29,7 @@ add_custom_command(
   COMMENT "Pages"
   VERBATIM)
 
-# The themes that come with the program, one of each source in assets/themes.
+# The themes beside the program, one from each source in assets/themes.
 file(GLOB DIST_THEME_SOURCES CONFIGURE_DEPENDS assets/themes/*.json tools/themes/*.mjs)
 set(DIST_THEMES "")
 foreach(source ${DIST_THEME_SOURCES})

@@ -1,24 +1,23 @@
-# The mark, assets/varnelle.svg, in the forms that the program ships with: icon resources on Windows, a PNG beside the
-# program elsewhere. Needs rsvg-convert, and icotool for Windows.
+# Renders the logo, assets/varnelle.svg: icon resources on Windows, a PNG beside the program elsewhere. Needs rsvg-convert, and icotool for Windows.
 find_program(RSVG_CONVERT rsvg-convert REQUIRED)
-set(MARK ${CMAKE_SOURCE_DIR}/assets/varnelle.svg)
+set(LOGO ${CMAKE_SOURCE_DIR}/assets/varnelle.svg)
 set(ICON_FOLDER ${CMAKE_BINARY_DIR}/icons)
 file(MAKE_DIRECTORY ${ICON_FOLDER})
 
-# One PNG of the mark, `size` pixels square; gives its path in `result`.
+# Renders one PNG of the logo, `size` pixels square, and sets `result` to its path.
 function(varnelle_render size result)
   set(picture ${ICON_FOLDER}/varnelle-${size}.png)
   add_custom_command(
     OUTPUT ${picture}
-    COMMAND ${RSVG_CONVERT} -w ${size} -h ${size} -o ${picture} ${MARK}
-    DEPENDS ${MARK}
+    COMMAND ${RSVG_CONVERT} -w ${size} -h ${size} -o ${picture} ${LOGO}
+    DEPENDS ${LOGO}
     VERBATIM)
   set(${result} ${picture} PARENT_SCOPE)
 endfunction()
 
 if(WIN32)
   find_program(ICOTOOL icotool REQUIRED)
-  # One icon file of the listed sizes. The largest goes in as PNG, as Windows expects of 256 pixels.
+  # Makes one icon file of the listed sizes. The largest is stored as PNG, as Windows expects for 256 pixels.
   function(varnelle_icon name)
     set(arguments "")
     set(pictures "")
@@ -47,11 +46,11 @@ if(WIN32)
     INCLUDE_DIRECTORIES "${ICON_FOLDER};${CMAKE_SOURCE_DIR}/src/platform/win32"
     COMPILE_DEFINITIONS "VARNELLE_VERSION_NUMBERS=${VERSION_NUMBERS};VARNELLE_VERSION=${PROJECT_VERSION}")
 else()
-  varnelle_render(256 MARK_PICTURE)
+  varnelle_render(256 LOGO_PICTURE)
   add_custom_command(
     OUTPUT ${DIST}/varnelle.png
-    COMMAND ${CMAKE_COMMAND} -E copy ${MARK_PICTURE} ${DIST}/varnelle.png
-    DEPENDS ${MARK_PICTURE}
+    COMMAND ${CMAKE_COMMAND} -E copy ${LOGO_PICTURE} ${DIST}/varnelle.png
+    DEPENDS ${LOGO_PICTURE}
     COMMENT "Icon varnelle.png"
     VERBATIM)
   add_custom_target(varnelle_icon DEPENDS ${DIST}/varnelle.png)

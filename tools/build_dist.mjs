@@ -1,9 +1,9 @@
-// Puts into a program folder what stands beside the program but is not compiled by us:
+// Adds to a program folder what ships beside the program:
 //
 //   node tools/build_dist.mjs libraries linux|windows FOLDER   the web-view library and the licence texts
 //   node tools/build_dist.mjs pages FOLDER                     the pages, in FOLDER/ui
 //
-// The library comes out of the pinned npm package, whose integrity `npm ci` has checked against package-lock.json.
+// The library comes from the pinned npm package, whose integrity `npm ci` has checked against package-lock.json.
 import { spawnSync } from 'node:child_process';
 import { copyFileSync, existsSync, mkdirSync, renameSync, rmSync } from 'node:fs';
 import { dirname, join } from 'node:path';
@@ -16,7 +16,7 @@ const kLibraries = {
   windows: { from: 'libwebview.dll', to: 'libwebview.dll' },
 };
 
-// The texts that go with what is in the folder; see THIRD-PARTY.md.
+// The licence texts of the parts in the folder; see THIRD-PARTY.md.
 const kLicences = [
   { from: 'node_modules/webview-bun/LICENSE', to: 'webview.txt' },
   { from: 'node_modules/preact/LICENSE', to: 'preact.txt' },
@@ -37,7 +37,7 @@ function run(program, args) {
   }
 }
 
-// Copies by way of a temporary name: a program that is running from the folder keeps the file it has mapped.
+// Copies through a temporary name, so that a program that runs from the folder keeps the file it has mapped.
 function replaceFile(from, to, change = () => {}) {
   const temporary = `${to}.new`;
   copyFileSync(from, temporary);
@@ -45,21 +45,21 @@ function replaceFile(from, to, change = () => {}) {
   renameSync(temporary, to);
 }
 
-function copyLibraries(home, folder) {
-  const library = kLibraries[home];
+function copyLibraries(system, folder) {
+  const library = kLibraries[system];
   const licences = join(folder, 'licenses');
   mkdirSync(licences, { recursive: true });
   replaceFile(
     join(root, 'node_modules/webview-bun/build', library.from),
     join(folder, library.to),
     (file) => {
-      if (home === 'linux') {
-        // Its search path has empty entries: the library would take its dependencies from the current directory.
+      if (system === 'linux') {
+        // Its search path has empty entries, which would load dependencies from the current directory.
         run('patchelf', ['--remove-rpath', file]);
       }
     },
   );
-  for (const licence of [...kLicences, ...(home === 'windows' ? kWindowsLicences : [])]) {
+  for (const licence of [...kLicences, ...(system === 'windows' ? kWindowsLicences : [])]) {
     const from = join(licence.from.startsWith('/') ? '/' : root, licence.from);
     if (!existsSync(from)) {
       throw new Error(`${licence.from} is missing; ./dev setup installs it`);

@@ -3,7 +3,7 @@
 //   node tools/release.mjs key PRIVATE.pem                      makes a key pair; prints the public key for the build
 //   node tools/release.mjs sign PRIVATE.pem TIER VERSION URL INSTALLER
 //                                                               prints the manifest of an installer
-//   node tools/release.mjs check MANIFEST INSTALLER             whether programs of this tree would take the two
+//   node tools/release.mjs check MANIFEST INSTALLER             checks that programs of this tree would accept both
 //   node tools/release.mjs vectors OUT.jsonl                    writes cases for --selftest-update=, signed by a key
 //                                                               that is made for them and not kept
 import {
@@ -32,7 +32,7 @@ const site = setting('kUpdateSiteHost');
 const api = setting('kApiHost');
 const testers = setting('kTesterSiteHost');
 
-// The key that programs of this tree accept, as it stands in their settings.
+// Returns the public key that programs of this tree accept, from their build settings.
 function acceptedBlob() {
   const body = settings.match(/kUpdatePublicKey\[72\] = \{([^}]*)\}/)?.[1] ?? '';
   return Buffer.from((body.match(/0x[0-9a-f]{2}/gi) ?? []).map(Number));
@@ -50,8 +50,8 @@ function publicKey(blob) {
   }
 }
 
-// The system's words for a file that cannot be had.
-function readOrSay(path, what) {
+// Reads a file, or throws one sentence that names it and the system's error code.
+function readOrFail(path, what) {
   try {
     return readFileSync(path);
   } catch (error) {
@@ -60,7 +60,7 @@ function readOrSay(path, what) {
 }
 
 function readKey(path) {
-  const text = readOrSay(path, 'the key file');
+  const text = readOrFail(path, 'the key file');
   let key;
   try {
     key = createPrivateKey(text);
@@ -79,14 +79,14 @@ function publicBlob(key) {
   return Buffer.concat([Buffer.from('ECS1'), Buffer.from([32, 0, 0, 0]), number(x), number(y)]);
 }
 
-// In the order in which the manifest lists them; the signed message has the hash before the address.
+// Members in the order of the manifest. The signed message has the hash before the address.
 function signed(key, { tier, version, url, sha256 }) {
   const message = `VRL-UPDATE-1|${tier}|${version}|${sha256}|${url}`;
   const sig = sign('sha256', Buffer.from(message), { key, dsaEncoding: 'ieee-p1363' }).toString('hex');
   return { tier, version, url, sha256, sig };
 }
 
-// What the program refuses of a manifest that it has read, but for the comparison with its own version and tier.
+// Throws what the program would reject about a manifest, except the comparison with its own version and tier.
 function checkManifest({ tier, version, url, sha256, sig }) {
   if (!tiers.includes(tier)) throw new Error(`the tier is one of ${tiers.join(', ')}`);
   if (!/^\d{1,5}\.\d{1,5}\.\d{1,5}(-preview\.\d{1,5})?$/.test(version)) {
@@ -107,19 +107,19 @@ function checkManifest({ tier, version, url, sha256, sig }) {
 
 function makeKey(path) {
   const folder = dirname(resolve(path));
-  let place;
+  let target;
   try {
-    place = join(realpathSync(folder), basename(path));
+    target = join(realpathSync(folder), basename(path));
   } catch {
     throw new Error(`there is no folder ${folder}`);
   }
-  const inTree = relative(tree, place);
+  const inTree = relative(tree, target);
   if (inTree !== '..' && !inTree.startsWith(`..${sep}`)) {
     throw new Error('a private key is kept outside of the source tree');
   }
   const { privateKey } = generateKeyPairSync('ec', { namedCurve: 'P-256' });
   try {
-    writeFileSync(place, privateKey.export({ type: 'pkcs8', format: 'pem' }), { mode: 0o600, flag: 'wx' });
+    writeFileSync(target, privateKey.export({ type: 'pkcs8', format: 'pem' }), { mode: 0o600, flag: 'wx' });
   } catch (error) {
     throw new Error(
       error.code === 'EEXIST'
@@ -132,9 +132,9 @@ function makeKey(path) {
 }
 
 const hashOf = (installer) =>
-  createHash('sha256').update(readOrSay(installer, 'the installer')).digest('hex');
+  createHash('sha256').update(readOrFail(installer, 'the installer')).digest('hex');
 
-// What is given out has been checked as it stands.
+// Checks the manifest in the form in which it is printed.
 function signInstaller(keyPath, tier, version, url, installer) {
   const manifest = signed(readKey(keyPath), { tier, version, url, sha256: hashOf(installer) });
   checkManifest(manifest);
@@ -145,7 +145,7 @@ function signInstaller(keyPath, tier, version, url, installer) {
 }
 
 function checkRelease(manifestPath, installer) {
-  const bytes = readOrSay(manifestPath, 'the manifest');
+  const bytes = readOrFail(manifestPath, 'the manifest');
   if (bytes.length > mostManifestBytes)
     throw new Error(`the manifest has more than ${mostManifestBytes} bytes`);
   const text = bytes.toString('utf8').trimEnd();
@@ -154,7 +154,7 @@ function checkRelease(manifestPath, installer) {
     const { tier, version, url, sha256, sig } = JSON.parse(text);
     manifest = { tier, version, url, sha256, sig };
   } catch {
-    // Said below.
+    // Reported below.
   }
   // The program reads the members without parsing: only the plain form is sure to mean the same to both.
   const texts = Object.values(manifest ?? { none: null }).every((value) => typeof value === 'string');
@@ -173,7 +173,7 @@ function writeVectors(path) {
     sha256: createHash('sha256').update('installer').digest('hex'),
   };
   const lines = [{ line: 'key', hex: publicBlob(privateKey).toString('hex') }];
-  // `changed` is signed too, `after` comes over the signed manifest.
+  // `changed` is applied before signing, `after` to the signed manifest.
   const add = (name, expect, changed = {}, { own = '1.0.1', after = {} } = {}) =>
     lines.push({
       line: 'case',
@@ -208,7 +208,7 @@ function writeVectors(path) {
   add('another tier', false, { tier: 'core' });
   add('tier in upper case', false, { tier: 'Plus' });
   add('unknown tier', false, { tier: 'nightly' });
-  add('blank in the address', false, { url: `https://${site}/a b` });
+  add('space in the address', false, { url: `https://${site}/a b` });
   add('separator in the address', false, { url: `https://${site}/a|b` });
   add('byte above ASCII in the address', false, { url: `https://${site}/\u00e9` });
   add('plain http', false, { url: `http://${site}/Setup.exe` });

@@ -1,10 +1,9 @@
 #!/bin/sh
-# Waits until the window manager of DISPLAY looks after windows that are shown, 60 seconds at most.
+# Waits until the window manager of DISPLAY manages windows that are shown, 60 seconds at most.
 #
-# A window manager answers (wmctrl -m) before it has read the windows that are already there, and a window shown in
-# between is never looked after: openbox loses one in eight on a busy machine. So a window of no other use is shown until
-# one is taken, and goes away again. Not before there is an answer: xfwm4 dies of a window that is shown while it starts
-# (BadGC).
+# A window manager answers (wmctrl -m) before it has read the existing windows, and never manages a window shown in
+# between: openbox loses one in eight on a busy machine. So show a test window until one is managed, then close it. Do
+# not show it before the manager answers: xfwm4 dies of a window that is shown while it starts (BadGC).
 set -u
 
 # listed TITLE

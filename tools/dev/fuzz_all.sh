@@ -3,14 +3,14 @@
 set -uo pipefail
 export seconds=$1
 
-# What the target says is shown when it is through, in one piece.
+# Shows the output of the target when it has ended, in one piece.
 RunTarget() {
     local name=$1 log=build/fuzz/$1.log status=ok
     mkdir -p "build/fuzz/$name"
     "build/linux-fuzz/$name" -max_total_time="$seconds" -rss_limit_mb=4096 -print_final_stats=1 \
         -artifact_prefix="build/fuzz/$name-" "build/fuzz/$name" "tests/fuzz/corpus/$name" >"$log" 2>&1 ||
         status="FAILED; the input is build/fuzz/$name-*"
-    # One write, so that the other target's lines do not come in between.
+    # One write, so that the lines of the other target do not come in between.
     printf '%s\n' "$(cat "$log")" "fuzz target $name $status" | grep -av '^#'
 }
 export -f RunTarget

@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# Starting the programs, measuring them, taking their picture. Sourced by ./dev.
+# Starts, measures and photographs the programs. Sourced by ./dev.
 
 # Starts a virtual screen with a window manager if there is no display; sets DISPLAY and VirtualScreen.
 VirtualScreen=
 program=
 
-# The program first, so that it saves what it has before its screen goes.
+# Ends the program first, so that it saves before its screen closes.
 EndVirtualScreen() {
     if [ -n "$program" ]; then
         kill "$program" 2>/dev/null || true
@@ -93,8 +93,8 @@ Bench() {
     bench/run.sh build/linux
 }
 
-# The pictures of the documents, from the running program with a session made for them. The page has few colours, so
-# little is lost with the rest of them, and the files are a third of the size; the themes' pictures need theirs.
+# Takes the pictures of the documents from the running program, with a session made for them. The page has few colours,
+# so a palette loses little and makes the files a third of the size. The pictures of the themes need all colours.
 Pictures() {
     BuildPreset linux dist observer test_webview
     rm -rf build/pictures

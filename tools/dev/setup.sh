@@ -8,7 +8,7 @@ libx11-dev libxi-dev libxtst-dev libxrandr-dev libssl-dev librsvg2-bin icoutils 
 libwebkitgtk-6.0-4 libgtk-4-1 libvulkan1 fonts-dejavu-core fonts-inter-variable fonttools
 xvfb xserver-xephyr openbox xfwm4 wmctrl xdotool x11-utils x11-xserver-utils x11-apps chromium shellcheck procps dbus-daemon zenity"
 
-# Installed by the bench only: what our playback is compared with.
+# Installed by the bench only, to compare our playback with.
 # shellcheck disable=SC2034
 BenchPackages="xmacro"
 
@@ -45,7 +45,7 @@ InstallDebianPackages() {
 Setup() {
     local packages=()
     read -r -d '' -a packages <<<"$DebianPackages" || true
-    # A Node.js that is already there may come from elsewhere and cannot be mixed with Debian's npm.
+    # An installed Node.js may come from another source, which cannot be mixed with Debian's npm.
     command -v node >/dev/null || packages+=(nodejs)
     command -v npm >/dev/null || packages+=(npm)
     InstallDebianPackages "${packages[@]}"

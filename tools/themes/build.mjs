@@ -1,9 +1,9 @@
-// Makes the theme files that stand beside the program, one from each assets/themes/*.json:
+// Makes the theme files beside the program, one from each assets/themes/*.json:
 //
 //   node tools/themes/build.mjs FOLDER
 //
-// Such a source holds the values of a theme file as they are to be written. "skin" adds pieces and a font: "drawings"
-// is a module with drawPieces(), "font" a row of kFonts. The same sources give the same bytes.
+// A source has the values of a theme file as they are written. "skin" adds pieces and a font: "drawings" is a module with
+// drawPieces(), "font" a row of kFonts. The same sources give the same bytes.
 import { spawnSync } from 'node:child_process';
 import {
   existsSync,
@@ -23,8 +23,8 @@ import { encodePng } from './png.mjs';
 const root = join(dirname(fileURLToPath(import.meta.url)), '../..');
 const kSources = join(root, 'assets/themes');
 
-// Fonts of Debian packages, cut down to the letters of the languages below and to the weights a page uses. A font with
-// a reserved name would have to be renamed; "Inter" has reserved none.
+// Fonts of Debian packages, reduced to the letters of the languages below and to the weights that a page uses. A font
+// with a reserved name would need another name; "Inter" has reserved none.
 const kFonts = {
   inter: {
     file: '/usr/share/fonts/truetype/inter-vf/Inter-roman.var.ttf',
@@ -36,7 +36,7 @@ const kFonts = {
       'U+0386-0386,U+0388-038A,U+038C,U+038E-03A1,U+03A3-03CE', // Greek
       'U+0400-045F,U+0490-0491', // Cyrillic
       'U+2010-2015,U+2018-201E,U+2020-2022,U+2026,U+2030,U+2032-2033,U+2039-203A,U+2044', // punctuation
-      'U+20AC,U+2116,U+2122,U+2190-2193,U+2212,U+221E,U+2248,U+2260,U+2264-2265', // signs
+      'U+20AC,U+2116,U+2122,U+2190-2193,U+2212,U+221E,U+2248,U+2260,U+2264-2265', // symbols
     ].join(','),
   },
 };
@@ -48,7 +48,7 @@ function run(program, args) {
   }
 }
 
-// Gives the bytes of a TrueType font.
+// Returns the bytes of a TrueType font.
 function subsetFont({ file, weights, features, unicodes }) {
   if (!existsSync(file)) throw new Error(`${file} is missing; ./dev setup installs it`);
   const work = mkdtempSync(join(tmpdir(), 'varnelle-font-'));
@@ -77,7 +77,7 @@ async function skinOf({ drawings, font }) {
   };
 }
 
-// The whole text of a theme file.
+// Returns the whole text of a theme file.
 async function themeText(source) {
   const { skin, ...theme } = JSON.parse(readFileSync(source, 'utf8'));
   if (skin) Object.assign(theme, { format: 2, skin: await skinOf(skin) });

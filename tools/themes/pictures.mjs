@@ -11,7 +11,7 @@ import { kSliceMargin } from './quiet_ridges.mjs';
 const pictureUrl = (base64) => `data:image/png;base64,${base64}`;
 const escaped = (text) => text.replaceAll('&', '&amp;').replaceAll('<', '&lt;');
 
-// A piece cut in nine, at one page pixel for two of its own.
+// Returns the CSS of a piece cut into nine parts, at one page pixel for two of its own.
 function sliced(pieces, name, slice = kSliceMargin) {
   if (!pieces?.[name]) return '';
   return `border: ${slice / 2}px solid transparent; background: none; padding: 0;
@@ -23,7 +23,7 @@ function whole(pieces, name) {
   return pieces?.[name] ? `background: url(${pictureUrl(pieces[name])}) center / 100% 100%; border: 0;` : '';
 }
 
-// Black or white, whichever is told better from a plain colour.
+// Returns black or white, whichever has more contrast with a plain colour.
 function inkOn(hex) {
   const [red, green, blue] = [1, 3, 5].map((at) => (parseInt(hex.slice(at, at + 2), 16) / 255) ** 2.2);
   return 0.2126 * red + 0.7152 * green + 0.0722 * blue > 0.18 ? '#000' : '#fff';
@@ -70,7 +70,7 @@ function windowOf(id, theme) {
     <section id="${id}" class="window">
       <h1>${escaped(theme.name)}</h1>
       <div class="panel"><div class="inner">
-        <div class="head"><div><b>Clicker</b><br><small>Up to 20 clicks/s</small></div></div>
+        <div class="head"><div><b>Autoclicker</b><br><small>Up to 20 clicks/s</small></div></div>
         <div class="body">
           <p>Click interval</p>
           <div class="row"><div class="field"><span>0 min</span></div><div class="field on"><span>50 ms</span></div>

@@ -35,7 +35,7 @@ function paeth(left, up, corner) {
   return byUp <= byCorner ? up : corner;
 }
 
-// What a filter expects a byte to be, from the bytes before it; indexed by the filter's number.
+// The byte that a filter predicts from the bytes before it; indexed by the filter's number.
 const kPredictions = [() => 0, (left) => left, (left, up) => up, (left, up) => (left + up) >> 1, paeth];
 
 // Runs `each(filter, predicted, at)` over the bytes of a row; `at` counts from the start of the picture.
@@ -50,7 +50,7 @@ function overRow(row, rowBytes, step, pixels, filter, each) {
   }
 }
 
-// `choose(row)` gives the filter of a row.
+// `choose(row)` returns the filter of a row.
 function filtered(height, rowBytes, step, pixels, choose) {
   const out = Buffer.alloc(height * (rowBytes + 1));
   for (let row = 0; row < height; ++row) {
@@ -64,7 +64,7 @@ function filtered(height, rowBytes, step, pixels, choose) {
   return out;
 }
 
-// The filter whose differences are smallest.
+// Returns the filter with the smallest differences.
 function flattest(row, rowBytes, step, pixels) {
   let best = 0;
   let bestSum = Infinity;
@@ -82,7 +82,7 @@ function flattest(row, rowBytes, step, pixels) {
   return best;
 }
 
-// `rgba`: width * height * 4 bytes, row by row, alpha not multiplied in. Alpha is left out where nothing is see-through.
+// `rgba`: width * height * 4 bytes, row by row, alpha not multiplied in. An opaque picture is written without alpha.
 export function encodePng(width, height, rgba) {
   const opaque = rgba.every((value, at) => at % 4 !== 3 || value === 255);
   const pixels = opaque ? rgba.filter((_, at) => at % 4 !== 3) : rgba;
@@ -102,7 +102,7 @@ export function encodePng(width, height, rgba) {
   return Buffer.concat([kSignature, ...chunks]);
 }
 
-// Reads what encodePng writes; throws at anything else. Gives { width, height, rgba }.
+// Reads what encodePng writes and returns { width, height, rgba }. Throws on anything else.
 export function decodePng(bytes) {
   if (!bytes.subarray(0, 8).equals(kSignature)) throw new Error('no PNG signature');
   const parts = {};
@@ -118,7 +118,7 @@ export function decodePng(bytes) {
   const width = parts.IHDR.readUInt32BE(0);
   const height = parts.IHDR.readUInt32BE(4);
   const step = { [kTrueColour]: 3, [kTrueColourWithAlpha]: 4 }[parts.IHDR[9]];
-  if (parts.IHDR[8] !== 8 || !step || parts.IHDR[12] !== 0) throw new Error('another form of PNG');
+  if (parts.IHDR[8] !== 8 || !step || parts.IHDR[12] !== 0) throw new Error('unsupported form of PNG');
   const rowBytes = width * step;
   const raw = inflateSync(parts.IDAT);
   if (raw.length !== height * (rowBytes + 1)) throw new Error('not all of the pixels');

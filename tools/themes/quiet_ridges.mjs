@@ -1,6 +1,6 @@
 // The 24 pieces of the theme "Quiet Ridges": hills at dusk, and controls of dark glass with warm light.
 //
-// Two pixels of a piece are one of the page's. Every corner and every edge line of a stretched piece lies within
+// Two pixels of a piece are one pixel of the page. Every corner and every edge line of a stretched piece lies within
 // `kSliceMargin` pixels of its border, so that a piece cut in nine keeps its corners at any size.
 import {
   below,
@@ -34,14 +34,14 @@ const everywhere = () => -1;
 
 // ---- the window ----
 
-// A repeatable number from 0 to 1 for a whole number.
+// Returns a repeatable number from 0 to 1 for a whole number.
 function hash(value) {
   let bits = Math.imul(value ^ 0x9e3779b9, 0x85ebca6b);
   bits = Math.imul(bits ^ (bits >>> 13), 0xc2b2ae35);
   return ((bits ^ (bits >>> 16)) >>> 0) / 0x100000000;
 }
 
-// Rolling heights from -1 to 1 with a longest wave of `length` pixels.
+// Returns rolling heights from -1 to 1 with a longest wave of `length` pixels.
 function rolling(x, length, seed, octaves) {
   let sum = 0;
   let strength = 1;
@@ -58,7 +58,7 @@ function rolling(x, length, seed, octaves) {
   return (2 * sum) / total - 1;
 }
 
-// Top edges of firs that stand along `ground`, about `spacing` pixels apart.
+// Returns the top edges of firs along `ground`, about `spacing` pixels apart.
 function firs(ground, spacing, seed) {
   return (x) => {
     let top = ground(x);
@@ -298,7 +298,7 @@ const kDrawings = [
   ['scroll-thumb.on', kSizes.thumb, (canvas) => drawScrollThumb(canvas, kAccent.top, kAccent.bottom)],
 ];
 
-// Gives [{ name, width, height, rgba }] in the order of the format's table.
+// Returns [{ name, width, height, rgba }] in the order of the format's table.
 export function drawPieces() {
   return kDrawings.map(([name, [width, height], draw]) => {
     const canvas = makeCanvas(width, height);

@@ -22,7 +22,7 @@ export function smooth(from, to, value) {
   return share * share * (3 - 2 * share);
 }
 
-// ---- shapes: (x, y) to distance; `bounds` may tell painting where to look ----
+// ---- shapes: (x, y) to distance; `bounds` limits where painting looks ----
 
 const bounded = (shape, left, top, right, bottom) =>
   Object.assign(shape, { bounds: { left, top, right, bottom } });
@@ -50,7 +50,7 @@ export const insideLine =
   (x, y) =>
     Math.abs(shape(x, y) + inset + width / 2) - width / 2;
 
-// Everything below the height that `edge` gives for an x.
+// Everything below the height that `edge` returns for an x.
 export const below = (edge) => (x, y) => edge(x) - y;
 
 // ---- fills: (x, y) to colour ----
@@ -64,7 +64,7 @@ export function makeCanvas(width, height) {
   return { width, height, pixels: new Float64Array(width * height * 4) };
 }
 
-// `fill` is a colour or a function that gives one. `within` may be a second shape that limits the first.
+// `fill` is a colour or a function that returns one. `within` is an optional second shape that limits the first.
 export function paint(canvas, shape, fill, within = null) {
   const { width, height, pixels } = canvas;
   const { left = 0, top = 0, right = width, bottom = height } = shape.bounds ?? {};
@@ -109,7 +109,7 @@ const kThresholds = Float64Array.from({ length: 64 }, (_, at) => {
   return (value + 0.5) / 64;
 });
 
-// The pixels as bytes, alpha not multiplied in.
+// Returns the pixels as bytes, alpha not multiplied in.
 export function toBytes({ width, height, pixels }) {
   const bytes = Buffer.alloc(width * height * 4);
   for (let i = 0; i < width * height; ++i) {
