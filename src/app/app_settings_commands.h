@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-// "key,value", the value on only as "1". Stores the setting, carries out what it means at once, and saves, also for a
-// key that there is not. Anything but two pieces does nothing at all.
+// Takes "key,value"; a value is on only if it is "1". Stores the setting, applies it at once and saves, even for an
+// unknown key. Does nothing unless there are exactly two parts.
 void SetAppSetting(std::string_view text);
 
-// Opens one of the program's pages in the person's browser: "docs" or "discord". Another word does nothing.
+// Opens one of the program's pages in the user's browser: "docs" or "discord". Ignores any other word.
 void OpenLink(std::string_view word);

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-// The arguments of a call: its JSON array text with every `[`, `]` and `"` removed.
+// Returns the arguments of a call: its JSON array text with every `[`, `]` and `"` removed.
 std::string ArgText(std::string_view request);
 
 struct PageCommand {
@@ -16,6 +16,6 @@ struct PageCommand {
     PageFunction function;
 };
 
-// The master's commands in the order in which they are bound.
+// Returns the commands of the main process in binding order.
 const PageCommand* MainProcessCommands(int* count);
 void BindMainProcessCommands(PageHost* host);

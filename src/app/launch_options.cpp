@@ -37,7 +37,7 @@ void ReadValueOptions(const ProcessArguments& arguments, LaunchOptions* options)
     }
 }
 
-// The first of these that is given runs, wherever it stands on the line.
+// The first of these that is given runs, whatever its position on the line.
 bool ChooseConsoleMode(LaunchOptions* options) {
     if (options->selftestUpdate) {
         options->mode = LaunchMode::SelfTestUpdate;
@@ -53,7 +53,7 @@ bool ChooseConsoleMode(LaunchOptions* options) {
     return true;
 }
 
-// The whole line is one path, blanks included.
+// The whole line is one path, spaces included.
 void ReadOpenPath(std::string_view line, LaunchOptions* options) {
     std::string_view path = TrimBlanks(line);
     if (path.size() >= 2 && path.front() == '"' && path.back() == '"') {
@@ -75,7 +75,7 @@ LaunchOptions ParseCommandLine(const ProcessArguments& arguments) {
         return options;
     }
 
-    // From here on the line counts as one text: a path that holds a role's word selects that role.
+    // From here on the line counts as one string: a path that contains a role's word selects that role.
     const std::string& line = arguments.line;
     if (line.find("--selftest") != std::string::npos) {
         options.mode = LaunchMode::SelfTest;

@@ -1,4 +1,4 @@
-// The command line, taken apart in its settled order.
+// Parses the command line, in its settled order.
 #pragma once
 
 #include "platform/process.h"
@@ -6,20 +6,20 @@
 #include <string>
 
 enum class LaunchMode {
-    SelfTestUpdate,  // console modes: print, end
+    SelfTestUpdate,  // console modes: print and end
     ValidateTheme,
     ValidateMacro,
     ScanMacro,
     SelfTest,
     Child,  // roles
     Timeline,
-    Master,
+    MainProcess,
 };
 
 struct LaunchOptions {
-    LaunchMode mode = LaunchMode::Master;
+    LaunchMode mode = LaunchMode::MainProcess;
 
-    // Which console modes were asked for, and with what.
+    // The console modes that were given, and their values.
     bool selftestUpdate = false;
     bool validateTheme = false;
     bool validateMacro = false;
@@ -35,5 +35,5 @@ struct LaunchOptions {
     std::string childLine;  // the whole line of a child panel
 };
 
-// The line as one text always counts, the split arguments only where the line could be split.
+// Always reads the line as one string, and the split arguments only if the line could be split.
 LaunchOptions ParseCommandLine(const ProcessArguments& arguments);

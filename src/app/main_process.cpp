@@ -40,9 +40,9 @@ constexpr int kWindowHeight = 560;
 
 // ---- Requests from outside to end -------------------------------------------------------------------------------
 
-std::atomic<bool> endRequested{false};  // somebody outside wants the program to end
+std::atomic<bool> endRequested{false};  // another process asks the program to end
 
-// The same as closing the window. A request before there is a page is seen when the page would start to serve.
+// Has the effect of closing the window. A request that comes before the page exists prevents its main loop.
 void EndMainProcess() {
     endRequested = true;
     TerminateMainPage();
@@ -55,14 +55,14 @@ void ListenForEndRequests() {
 
 // ---- Threads ----------------------------------------------------------------------------------------------------
 
-std::atomic<bool> rawInputEnded{false};
+std::atomic<bool> inputThreadEnded{false};
 
-void RawInputThreadMain() {
+void InputThreadBody() {
     InputThreadMain();
-    rawInputEnded = true;
+    inputThreadEnded = true;
 }
 
-enum ThreadIndex { kAutoclick, kKeySpam, kRawInput, kPlayback, kAutosave, kDispatcher, kThreadCount };
+enum ThreadIndex { kAutoclicker, kKeySpammer, kInput, kPlayback, kAutosave, kDispatcher, kThreadCount };
 
 struct ThreadRow {
     const char* name;
@@ -71,22 +71,22 @@ struct ThreadRow {
 
 // In the order of starting, by ThreadIndex.
 constexpr std::array<ThreadRow, kThreadCount> kThreads = {{
-    {"autoclick", AutoclickerThreadMain},
-    {"key spam", KeySpammerThreadMain},
-    {"raw input", RawInputThreadMain},
+    {"autoclicker", AutoclickerThreadMain},
+    {"key spammer", KeySpammerThreadMain},
+    {"input", InputThreadBody},
     {"playback", PlaybackThreadMain},
     {"autosave", AutosaveThreadMain},
     {"dispatcher", DispatcherThreadMain},
 }};
 
 constexpr std::array<ThreadIndex, kThreadCount> kJoinOrder = {
-    kAutoclick, kKeySpam, kRawInput, kPlayback, kDispatcher, kAutosave,
+    kAutoclicker, kKeySpammer, kInput, kPlayback, kDispatcher, kAutosave,
 };
 
 using MainProcessThreads = std::array<std::thread, kThreadCount>;
 
 void StartThreads(MainProcessThreads* threads) {
-    rawInputEnded = false;
+    inputThreadEnded = false;
     for (size_t i = 0; i < kThreads.size(); ++i) {
         (*threads)[i] = StartThread(kThreads[i].name, kThreads[i].body);
     }
@@ -95,9 +95,9 @@ void StartThreads(MainProcessThreads* threads) {
 void JoinThreads(MainProcessThreads* threads) {
     for (const ThreadIndex index : kJoinOrder) {
         std::thread& thread = (*threads)[index];
-        if (index == kRawInput && thread.joinable()) {
-            // A stop has no effect on a thread that has not begun to listen yet, so it is said until it was heard.
-            while (!rawInputEnded) {
+        if (index == kInput && thread.joinable()) {
+            // A stop has no effect on a thread that does not listen yet, so repeat it until the thread has ended.
+            while (!inputThreadEnded) {
                 StopInputThread();
                 SleepMilliseconds(1);
             }
@@ -108,7 +108,7 @@ void JoinThreads(MainProcessThreads* threads) {
 
 // ---- Start-up ---------------------------------------------------------------------------------------------------
 
-// The instance that runs already comes to the front; this one has nothing else to do.
+// Brings the running instance to the front. This one has nothing else to do.
 int RunSecondInstance() {
     if (const WindowRef window = FindMainWindow()) {
         if (IsWindowMinimised(window)) {
@@ -120,9 +120,9 @@ int RunSecondInstance() {
     return 0;
 }
 
-// What earlier runs have left, in the order in which the parts depend on each other: files of older versions are
-// brought in before anything is read; a crash from here on saves; settings come after the session, themes after the
-// settings, files given on the command line last.
+// Loads what earlier runs have left, in the order in which the parts depend on each other. Files of older versions are
+// migrated before anything is read. From SetCrashHandler on, a crash saves. Settings come after the session, themes
+// after the settings, files given on the command line last.
 void BringInState(const LaunchOptions& options) {
     MigrateSessionFile();
     MigrateStateFile(DataFilePath("theme.txt"), "theme.txt");
@@ -160,20 +160,21 @@ void LoadMainPage(PageHost* host) {
     std::string path;
     if (!ReadPage(programDirectory, "index.html", &page, &path)) {
         ShowErrorMessage("UI Error", "Failed to read:\n" + path);
-        return;  // the window stays empty; engines and hotkeys serve on
+        return;  // the window stays empty; engines and hotkeys still work
     }
     SetPageHtml(host, InlineScripts(std::move(page), programDirectory));
 }
 
-// The size shows the window. Its placement is restored once the page is there; doing the same around this moment keeps
-// it from showing up in another place first.
+// SetPageSize shows the window. Restoring the placement before and after it prevents the window from appearing
+// elsewhere first.
 void ShowAtItsPlace(PageHost* host) {
     RestoreMainWindowPlacement(host);
     SetPageSize(host, kWindowWidth, kWindowHeight);
     RestoreMainWindowPlacement(host);
 }
 
-// From the web view's making to the end of the main loop. Empty, or the sentence for the person why there is no page.
+// Runs from the creation of the web view to the end of the main loop. Returns an empty string, or the sentence that
+// tells the user why there is no page.
 std::string ServePage(PageHost** host) {
     if (std::string missing = CreatePageHost(host); !missing.empty()) {
         return missing;
@@ -185,7 +186,7 @@ std::string ServePage(PageHost** host) {
     ShowAtItsPlace(*host);
     BindMainProcessCommands(*host);
     LoadMainPage(*host);
-    // Once more: on some homes the window comes into being only when it is shown.
+    // Again, because on some backends the window exists only once it is shown.
     SetWindowIcons(PageHostWindow(*host));
     SetUpMainWindow(*host);
     if (!endRequested) {

@@ -1,4 +1,4 @@
-// The life of the master: start-up, main loop, shutdown, each in its fixed order. UI thread.
+// The life of the main process: start-up, main loop, shutdown, each in its fixed order. UI thread.
 #pragma once
 
 #include "app/launch_options.h"

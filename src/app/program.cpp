@@ -75,17 +75,17 @@ int SelfTest(const LaunchOptions&) {
 
 struct ModeRow {
     LaunchMode mode;
-    int (*run)(const LaunchOptions& options);  // gives the exit code
+    int (*run)(const LaunchOptions& options);  // returns the exit code
 };
 
-// What this program file can be. A mode of the command line that has no row here ends with a word about it.
+// The modes of the program. A mode of the command line without a row here ends with an error message.
 constexpr ModeRow kModes[] = {
     {LaunchMode::SelfTestUpdate, SelfTestUpdate},
     {LaunchMode::ValidateTheme, ValidateTheme},
     {LaunchMode::ValidateMacro, ValidateMacro},
     {LaunchMode::ScanMacro, ScanMacroFile},
     {LaunchMode::SelfTest, SelfTest},
-    {LaunchMode::Master, RunMainProcess},
+    {LaunchMode::MainProcess, RunMainProcess},
 };
 
 int RunMode(const LaunchOptions& options) {

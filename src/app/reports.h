@@ -1,10 +1,10 @@
-// The two reports from which the page learns everything, and what a status poll does besides. UI thread.
+// The reports that the page polls. UI thread.
 #pragma once
 
 #include <string>
 
-// One poll: builds the status report, rewrites status.txt and macroevents.txt, gives the report.
+// Builds and returns the status report, and rewrites status.txt and macroevents.txt.
 std::string PollStatus();
 std::string SettingsReport();
-// The events JSON, also written to macroevents.txt.
+// Returns the events JSON and writes it to macroevents.txt.
 std::string ReportMacroEvents();

@@ -43,7 +43,7 @@ bool CopyCurrentProfile(Profile* profile) {
 }  // namespace
 
 void ExportProfile() {
-    Profile profile;  // as it was when the person asked, whatever the dialog's time brings
+    Profile profile;  // as it was at the user's request, before the dialog
     if (!CopyCurrentProfile(&profile)) {
         return;
     }
@@ -99,9 +99,9 @@ void ImportStagedMacro(const std::string& stem) {
     }
     const OfferResult offer = OfferMacro(std::move(macro));
     if (offer.committed) {
-        TellPageProfileImported();
+        NotifyPageProfileImported();
     } else {
-        TellPageMacroPending(OfferDocument(offer));
+        NotifyPageMacroPending(OfferDocument(offer));
     }
 }
 

@@ -3,11 +3,11 @@
 #include "base/text.h"
 #include "windows/main_page.h"
 
-void TellPageProfileImported() {
+void NotifyPageProfileImported() {
     PageEval("if (window.onProfileImported) window.onProfileImported();");
 }
 
-void TellPageMacroPending(const std::string& pendingDocument) {
+void NotifyPageMacroPending(const std::string& pendingDocument) {
     PageEval("if (window.onPendingMacroImport) window.onPendingMacroImport(" + pendingDocument + ");");
 }
 

@@ -15,12 +15,12 @@
 
 namespace {
 
-// The lock order is pendingMutex, macroMutex, never the other way round; the page's lock may be taken under both.
+// Lock order: pendingMutex, then macroMutex, never the other way round. The page's lock may be taken under both.
 Mutex pendingMutex;
 
 struct PendingMacroImport {
-    bool active = false;    // a macro is held; without one, all fields are empty
-    std::string pendingId;  // what the page must give back
+    bool active = false;    // an import is pending; otherwise all fields are empty
+    std::string pendingId;  // the id that the page must pass back
     std::string name;
     std::string settings;  // profile settings text, possibly empty
     std::vector<UnifiedEvent> events;
@@ -29,7 +29,7 @@ struct PendingMacroImport {
 };
 PendingMacroImport pendingMacroImport GUARDED_BY(pendingMutex);
 
-// 32 hex digits, the top 4 bits of a random number each.
+// Returns 32 hex digits, each the top 4 bits of a random number.
 std::string DrawPendingId() REQUIRES(pendingMutex) {
     static std::mt19937_64 generator{std::random_device{}()};
     constexpr int kLength = 32;
@@ -41,7 +41,7 @@ std::string DrawPendingId() REQUIRES(pendingMutex) {
     return id;
 }
 
-// Only the messages are texts that need escaping.
+// Only the messages need escaping.
 std::string PendingDocument(const std::string& pendingId, const std::string& level,
                             const std::vector<MacroScan::ScanMatch>& matches) {
     std::string json =
@@ -54,7 +54,7 @@ std::string PendingDocument(const std::string& pendingId, const std::string& lev
         first = false;
         json += R"({"severity":")" + match.severity + R"(","message":)" + JsonText(match.message);
         json += R"(,"atSec":)";
-        // A file may give any time at all, JSON has no number for some: those findings stand at the start.
+        // A file may contain any time, and JSON has no number for some: those findings get time 0.
         AppendStreamDouble(json, std::isfinite(match.atSec) ? match.atSec : 0.0);
         json += '}';
     }
@@ -64,7 +64,7 @@ std::string PendingDocument(const std::string& pendingId, const std::string& lev
 
 using SummaryLane = std::array<int64_t, kSummaryParts>;
 
-// A file may give any time at all; what cannot be placed counts at the start.
+// A file may contain any time. An event that has no position in the summary counts at the start.
 bool IsPlaceable(double time) {
     return std::isfinite(time) && time > 0;
 }
@@ -123,11 +123,11 @@ std::string SummaryDocument(const PendingMacroImport& held) {
     return json;
 }
 
-bool IsHeld(std::string_view id) REQUIRES(pendingMutex) {
+bool IsPending(std::string_view id) REQUIRES(pendingMutex) {
     return pendingMacroImport.active && pendingMacroImport.pendingId == id;
 }
 
-// A recording that runs meanwhile goes on in the new profile: the imported events stay as they are before it.
+// A running recording goes on in the new profile, after the imported events, which stay unchanged.
 void AddImported(ParsedMacro macro) {
     const double clickGap = ClickGapSeconds();
     MutexLock lock(macroMutex);
@@ -166,17 +166,17 @@ std::string OfferDocument(const OfferResult& offer) {
 
 void ConfirmMacroImport(std::string_view id) {
     MutexLock lock(pendingMutex);
-    if (!IsHeld(id)) {
+    if (!IsPending(id)) {
         return;
     }
-    PendingMacroImport held = std::exchange(pendingMacroImport, {});
-    AddImported({std::move(held.name), std::move(held.settings), std::move(held.events)});
-    TellPageProfileImported();
+    PendingMacroImport confirmed = std::exchange(pendingMacroImport, {});
+    AddImported({std::move(confirmed.name), std::move(confirmed.settings), std::move(confirmed.events)});
+    NotifyPageProfileImported();
 }
 
 void CancelMacroImport(std::string_view id) {
     MutexLock lock(pendingMutex);
-    if (IsHeld(id)) {
+    if (IsPending(id)) {
         pendingMacroImport = {};
     }
 }

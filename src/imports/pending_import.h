@@ -1,5 +1,5 @@
-// The hold: a macro from outside in which the scan finds anything waits in one slot until the person has seen the
-// findings and said yes. It is not saved; a second held macro replaces the first. Any thread.
+// The pending import: an imported macro with findings waits in one slot until the user has seen the findings and
+// accepts or rejects it. It is not saved. A second one replaces the first. Any thread.
 #pragma once
 
 #include "scan/report.h"
@@ -10,24 +10,25 @@
 #include <vector>
 
 struct OfferResult {
-    bool committed = false;  // nothing was found and the profile was added
-    std::string pendingId;   // of the held macro; empty if committed
+    bool committed = false;  // no findings, the profile was added
+    std::string pendingId;   // empty if committed
     std::string level;       // of the scan
     std::vector<MacroScan::ScanMatch> matches;
 };
 
-// Scans the macro, with no lock held, and adds it as a profile or holds it. The caller tells the page.
+// Scans the macro, with no lock held. Adds it as a profile, or makes it the pending import. The caller notifies the
+// page.
 OfferResult OfferMacro(ParsedMacro macro);
-// The document of what was offered: {"outcome":"imported"} or the pending document.
+// Returns the outcome document of an offer: {"outcome":"imported"} or the pending document.
 std::string OfferDocument(const OfferResult& offer);
 
-// The page's answers. An id that is not that of the macro held now does nothing.
-void ConfirmMacroImport(std::string_view id);  // adds the profile and tells the page
+// The user's decision. Does nothing unless the id is that of the current pending import.
+void ConfirmMacroImport(std::string_view id);  // adds the profile and notifies the page
 void CancelMacroImport(std::string_view id);
-// The pending document, or {"outcome":"none"}.
+// Returns the pending document, or {"outcome":"none"}.
 std::string GetPendingMacroImport();
-// What the held macro holds, for a small picture of it in time, or {}: {"pendingId":ID,"name":TEXT,"events":COUNT,
-// "seconds":LENGTH,"moves":[...],"clicks":[...],"keys":[...]}. Each list has kSummaryParts counts of events over equal
-// parts of the length; the wheel is among the clicks. Linear in the macro.
+// Returns a summary of the pending import over its time, or {}: {"pendingId":ID,"name":TEXT,"events":COUNT,
+// "seconds":LENGTH,"moves":[...],"clicks":[...],"keys":[...]}. Each list has kSummaryParts counts of events in equal
+// parts of the length. The wheel counts as clicks. Linear in the macro.
 constexpr int kSummaryParts = 100;
 std::string GetPendingMacroSummary();

@@ -28,14 +28,14 @@ bool* FlagOf(HeldMods* held, ModFamily family) {
     return nullptr;
 }
 
-// Where the greedy scan from one start after another ends. The starts only move forward, and then so does the place
-// where each step is found: the cursors never go back, and all starts together cost one pass for each step.
+// Finds where the greedy scan from one start after another ends. The starts only move forward, and so does the position
+// of each step: the cursors never go back, and all starts together cost one pass for each step.
 class StepCursors {
   public:
     StepCursors(const std::vector<KeyEv>& keys, const std::vector<KeyPredicate>& steps)
         : keys_(keys), steps_(steps), places_(steps.size(), 0) {}
 
-    // The index of the last step's key; the number of keys when the steps do not all follow `start`.
+    // Returns the index of the last step's key, or the number of keys if not all steps follow `start`.
     size_t EndFrom(size_t start) {
         size_t place = start;
         for (size_t step = 1; step < steps_.size() && place < keys_.size(); ++step) {
@@ -45,7 +45,7 @@ class StepCursors {
     }
 
   private:
-    // The first key at `from` or behind it for which the step is true.
+    // Returns the first key from `from` on for which the step is true.
     size_t Advance(size_t step, size_t from) {
         size_t& place = places_[step];
         if (started_ <= step) {
@@ -63,16 +63,16 @@ class StepCursors {
     const std::vector<KeyEv>& keys_;
     const std::vector<KeyPredicate>& steps_;
     std::vector<size_t> places_;
-    size_t started_ = 1;  // steps below have a place
+    size_t started_ = 1;  // steps below this have a position
 };
 
-// The latest time of a stretch of keys whose two ends only move forward. Times that are not numbers take no part.
+// The latest time in a range of keys whose two ends only move forward. Ignores times that are not numbers.
 class LatestTime {
   public:
     explicit LatestTime(const std::vector<KeyEv>& keys) : keys_(keys) {}
 
-    // Whether a key behind `start`, up to `end`, stands more than `span` after the key at `start`. The differences
-    // are as ordered as the times are, rounding included, so the latest time speaks for all.
+    // Returns true if a key after `start`, up to `end`, is more than `span` after the key at `start`. The differences
+    // have the order of the times, rounding included, so testing the latest time is enough.
     bool IsBeyond(size_t start, size_t end, double span) {
         for (next_ = std::max(next_, start + 1); next_ <= end; ++next_) {
             const double time = keys_[next_].event.time;
@@ -92,8 +92,8 @@ class LatestTime {
 
   private:
     const std::vector<KeyEv>& keys_;
-    size_t next_ = 0;             // first key not looked at
-    std::deque<size_t> falling_;  // keys that no later key of the stretch reaches, latest time first
+    size_t next_ = 0;             // first key not examined
+    std::deque<size_t> falling_;  // keys that no later key of the range reaches, latest time first
 };
 
 }  // namespace
@@ -182,7 +182,7 @@ SeqResult MatchSequence(const std::vector<KeyEv>& keys, const std::vector<KeyPre
         }
         const size_t end = cursors.EndFrom(i);
         if (end == keys.size()) {
-            return {};  // what does not follow this start follows no later one
+            return {};  // steps that do not follow this start follow no later one
         }
         if (!maxSpan || !latest.IsBeyond(i, end, *maxSpan)) {
             return {true, keys[i].event.time};

@@ -27,7 +27,7 @@ bool StandsBefore(const ScanMatch& a, const ScanMatch& b) {
     return a.severity == b.severity ? a.atSec < b.atSec : a.severity == "DANGER";
 }
 
-// By hand, since a time that is not a number leaves the library's sorts without a defined result.
+// Sorts by hand, because a time that is not a number makes the result of the library's sorts undefined.
 void SortStably(std::vector<ScanMatch>* matches) {
     for (size_t end = 1; end < matches->size(); ++end) {
         for (size_t i = end; i > 0 && StandsBefore((*matches)[i], (*matches)[i - 1]); --i) {

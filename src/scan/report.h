@@ -1,4 +1,4 @@
-// What a macro from outside could do, as one level and a list of findings. Reads its argument only; any thread. The
+// Reports the risks of an imported macro as one level and a list of findings. Only reads its argument; any thread. The
 // one failure is std::bad_alloc.
 #pragma once
 
@@ -12,9 +12,9 @@ namespace MacroScan {
 struct ScanMatch {
     std::string id;
     std::string severity;  // "DANGER" or "CAUTION"
-    std::string message;   // the sentence for the person
+    std::string message;   // the sentence for the user
     std::string title;
-    double atSec = 0.0;  // where the pattern begins, seconds into the macro
+    double atSec = 0.0;  // start of the pattern, seconds into the macro
 };
 
 struct ScanReport {
@@ -24,8 +24,8 @@ struct ScanReport {
 };
 
 ScanReport ScanMacro(const std::vector<UnifiedEvent>& events);
-// {"level":...,"matches":[{"id":...,"severity":...,"atSec":...}]}, without blanks. A time that is no finite number stands
-// there as a stream writes it, "inf" or "nan".
+// Returns {"level":...,"matches":[{"id":...,"severity":...,"atSec":...}]}, without spaces. A time that is not finite is
+// written as a stream writes it: inf or nan.
 std::string ScanReportJson(const ScanReport& report);
 
 }  // namespace MacroScan

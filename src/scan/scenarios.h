@@ -1,4 +1,4 @@
-// What the scanner knows: the risks that key presses can be, in the order in which they are looked for.
+// The risky patterns of key presses that the scanner knows, in the order in which it looks for them.
 #pragma once
 
 #include "scan/matchers.h"
@@ -13,11 +13,11 @@ struct Scenario {
     std::string id;        // stable; used in reports and for suppression
     std::string severity;  // "DANGER" or "CAUTION"
     std::string title;
-    std::string message;  // the sentence for the person
+    std::string message;  // the sentence for the user
     std::function<SeqResult(const std::vector<KeyEv>& keys)> match;
 };
 
-// Built at first use, by whichever thread comes first, and constant from then on.
+// Returns the list, which the first call builds and no call changes. Any thread.
 const std::vector<Scenario>& Scenarios();
 
 }  // namespace MacroScan

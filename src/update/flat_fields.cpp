@@ -4,7 +4,7 @@
 
 namespace {
 
-// The text behind the colon of the first `"key"`; false if there is none.
+// Finds the text after the colon of the first `"key"`. Returns false if there is none.
 bool FindValue(std::string_view text, std::string_view key, std::string_view* value) {
     std::string quoted;
     quoted.append("\"").append(key).append("\"");

@@ -1,16 +1,17 @@
-// Reads single members out of one flat JSON object without parsing it. A member that is no string gives the next
-// string in the text: whoever uses a value checks its form.
+// Reads single members of one flat JSON object without parsing it. For a member that is not a string the result is the
+// next string in the text, so the caller validates the form of each value.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// The string behind the first `"key"`, its escapes undone (\u is not one); empty if there is none. A text that ends
-// inside the string gives what it has.
+// Returns the string after the first `"key"`, unescaped (\u is not an escape), or an empty string if there is none. If
+// the text ends inside the string, returns the part that is there.
 std::string ReadFlatField(std::string_view text, std::string_view key);
 
-// Whether `true` stands behind the first `"key"`, its colon and any blanks.
+// Returns true if `true` follows the first `"key"`, its colon and any spaces.
 bool ReadFlatTruth(std::string_view text, std::string_view key);
 
-// Bytes from pairs of hexadecimal digits in either case; false, *bytes untouched, if the text is anything else.
+// Reads bytes from pairs of hexadecimal digits in either case. Returns false, with *bytes unchanged, for any other
+// text.
 bool DecodeHex(std::string_view text, std::string* bytes);

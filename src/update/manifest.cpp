@@ -15,7 +15,7 @@ constexpr size_t kSha256Digits = 64;
 constexpr size_t kSignatureBytes = 64;
 constexpr size_t kMaxVersionDigits = 5;
 
-// Takes one to five digits off the front of *text.
+// Removes one to five digits from the front of *text and reads them.
 bool TakeNumber(std::string_view* text, int32_t* number) {
     size_t count = 0;
     int32_t value = 0;
@@ -103,7 +103,7 @@ bool IsAllowedDownloadUrl(std::string_view url) {
         return false;
     }
     url.remove_prefix(kSecurePrefix.size());
-    // Whole texts are compared: a port, a user name or a longer domain makes it another text.
+    // Compares the whole string: a port, a user name or a longer domain makes it differ.
     const std::string host = LowerAscii(url.substr(0, url.find_first_of("/?#")));
     return host == kUpdateSiteHost || host == kApiHost;
 }
@@ -141,7 +141,7 @@ bool EvaluateManifest(const P256Key* key, std::string_view body, std::string_vie
     if (!offered.valid || !IsSha256Text(info.sha256) || !IsPlainUrl(info.url)) {
         return false;
     }
-    // Before anything that depends on this build, so that an unsigned text learns nothing from the answer.
+    // Before any test that depends on this build, so that an unsigned manifest learns nothing from the result.
     if (!VerifyManifestSignature(key, BuildSignedMessage(info.tier, info.version, info.sha256, info.url),
                                  info.sig)) {
         return false;
@@ -153,7 +153,7 @@ bool EvaluateManifest(const P256Key* key, std::string_view body, std::string_vie
     if (!own.valid || !IsNewerVersion(offered, own)) {
         return false;
     }
-    // Signed as it is: the key may sign only what the rules also permit.
+    // Even a signed manifest must follow the rules: the key may sign only what they permit.
     if (!IsAllowedDownloadUrl(info.url)) {
         return false;
     }

@@ -1,5 +1,5 @@
-// Judges a small signed text that offers an update: does it name a newer, authentic, permitted one for this build?
-// Pure logic, no network, no messages: a refused manifest looks like no update at all. Any thread.
+// Validates the small signed text that offers an update: does it name a newer, authentic, permitted one for this build?
+// Pure logic, no network, no messages: a rejected manifest looks like no update at all. Any thread.
 #pragma once
 
 #include "platform/crypto.h"
@@ -27,19 +27,19 @@ struct SemanticVersion {
     bool valid = false;
 };
 
-SemanticVersion ParseVersion(std::string_view text);  // all at their defaults if it is no version
+SemanticVersion ParseVersion(std::string_view text);  // all at their defaults if the text is not a version
 bool IsNewerVersion(const SemanticVersion& candidate, const SemanticVersion& own);
 
-// "https://" in lower case, and a host that is, as a whole and in any case, the update site's or the API's.
+// Returns true for "https://" in lower case and a host that equals, in any case, that of the update site or the API.
 bool IsAllowedDownloadUrl(std::string_view url);
 
 std::string BuildSignedMessage(std::string_view tier, std::string_view version, std::string_view sha256,
                                std::string_view url);
 
-// False for a null key, and for anything but 128 hexadecimal digits in `sigHex`.
+// Returns false for a null key, and unless `sigHex` is 128 hexadecimal digits.
 bool VerifyManifestSignature(const P256Key* key, std::string_view message, std::string_view sigHex);
 
-// *out is filled if the answer is true and untouched otherwise. A manifest has at most 16384 bytes; whoever fetches one
-// takes no more than that, and what arrives here is judged by its members alone.
+// Fills *out if it returns true, and leaves it unchanged otherwise. A manifest has at most 16384 bytes. The code that
+// fetches one enforces that limit; this function validates only the members.
 bool EvaluateManifest(const P256Key* key, std::string_view body, std::string_view expectedTier,
                       std::string_view ownVersion, UpdateManifestInfo* out);

@@ -31,7 +31,7 @@ void CheckKey(SelfCheck& check, std::string_view line) {
     AddLine(check, check.key != nullptr, "test key loads as a valid P-256 public key");
 }
 
-// The five values of a case as a manifest. Nothing is escaped: a case may put any text into it.
+// Returns the five values of a case as a manifest. Escapes nothing, so that a case can contain any text.
 std::string CaseManifest(std::string_view line) {
     std::string manifest;
     for (const std::string_view key : {"tier", "version", "url", "sha256", "sig"}) {

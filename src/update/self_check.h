@@ -1,8 +1,8 @@
-// Proof that the update rules hold in this build: a file of signed cases, one JSON object a line, and a fixed list of
-// download addresses.
+// Checks that the update rules hold in this build: a file of signed cases, one JSON object per line, and a fixed list
+// of download addresses.
 #pragma once
 
 #include <string>
 
-// Appends one line for each thing tried to *report, "PASS " or "FAIL " in front. True only if every line passed.
+// Appends one line for each case to *report, beginning with "PASS " or "FAIL ". Returns true only if every case passes.
 bool RunUpdateSelfCheck(const std::string& vectorsPath, std::string* report);

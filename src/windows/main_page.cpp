@@ -7,7 +7,7 @@
 
 namespace {
 
-// The host may be destroyed only while nobody hands it work.
+// The host may be destroyed only while no thread passes work to it.
 Mutex pageMutex;
 PageHost* mainPage GUARDED_BY(pageMutex) = nullptr;  // null before the web view exists and after it is gone
 

@@ -1,25 +1,25 @@
-// The master's page, as the threads of the program reach it.
+// The page of the main process, for all threads of the program.
 #pragma once
 
 #include "platform/page_host.h"
 
 #include <string>
 
-// The page's host once the web view exists, null again before it is destroyed. Either way file dialogs may be shown
-// again that TerminateMainPage has forbidden. UI thread.
+// Sets the page's host once the web view exists, and null before it is destroyed. Either call allows file dialogs
+// again after TerminateMainPage has forbidden them. UI thread.
 void SetMainPage(PageHost* host);
-// The same host, null when there is none. UI thread.
+// Returns that host, or null if there is none. UI thread.
 PageHost* MainPage();
 
-// Any thread, all of these.
+// Any thread, for all of these.
 bool HasMainPage();
-// Runs a script in the main page soon; nothing before the web view exists and after it is gone. Scripts are written so
-// that they do nothing on a page that lacks the function they call.
+// Runs a script in the main page soon. Does nothing while there is no web view. A script must do nothing on a page that
+// lacks the function it calls.
 void PageEval(const std::string& script);
-// Ends the main loop, if there is a page. An open file dialog closes: it would keep the loop from ending.
+// Ends the main loop, if there is a page. Closes an open file dialog, which would prevent the end of the loop.
 void TerminateMainPage();
 
-// One message for the page to show, kept until the page fetches it. A later one replaces it.
+// Sets the one message that the page is to show, kept until the page fetches it. A later one replaces it.
 void SetPendingThemeAlert(const std::string& text);
-// The message, which is empty from then on.
+// Returns the message and clears it.
 std::string TakePendingThemeAlert();

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr int32_t kClearMargin = 20;  // pixels of the work area's height that a fitted window leaves free
-constexpr int kMostTries = 8;         // a page 30 times as high as the screen takes five
+constexpr int kMostTries = 8;         // a page 30 times as high as the screen needs five
 
 void StorePlacement(const WindowPlacement& placement) {
     appSettings.windowX = placement.normal.left;
@@ -24,7 +24,7 @@ void StorePlacement(const WindowPlacement& placement) {
 
 }  // namespace
 
-// Looser than the title that the program itself shows: the window of another version is the master's window too.
+// Accepts more than the program's own title, because the window of another version is a main window too.
 bool IsMainWindowTitle(std::string_view title) {
     if (title == "Varnelle Desk (Grand Web Edition)") {
         return true;
@@ -57,9 +57,9 @@ void FitWindowToContent(PageHost* host, int32_t width, int32_t height) {
         return;
     }
     if (outer.bottom - outer.top > limit) {
-        // By proportion: the page counts in its own pixels, which a scaled desktop makes larger. Once is nearly always
-        // enough. A frame higher than the margin, or a system that refuses a window so much larger than the screen and
-        // so hides how much too high it was, takes more.
+        // In proportion, because the page counts in its own pixels, which a scaled desktop enlarges. One step is nearly
+        // always enough. More are needed if the frame is higher than the margin, or if the system limits a window that
+        // is much larger than the screen and so hides the real excess.
         int32_t asked = height;
         for (int tries = 0;
              tries == 0 || (outer.bottom - outer.top > area.bottom - area.top && tries < kMostTries);
@@ -96,7 +96,7 @@ void RestoreMainWindowPlacement(PageHost* host) {
         !WorkAreaAtPoint(appSettings.windowX, appSettings.windowY, &area)) {
         return;
     }
-    // The corner stays as it was saved, even where the window then reaches out of the work area.
+    // The corner stays as it was saved, even if the window then reaches out of the work area.
     PlaceWindow(window, appSettings.windowX, appSettings.windowY,
                 std::min(area.right - area.left, appSettings.windowWidth),
                 std::min(area.bottom - area.top, appSettings.windowHeight));

@@ -1,5 +1,5 @@
-// Any bytes as each of the small texts that come from outside one at a time: a command line, the arguments of the page's
-// commands, the address of a file from the desktop's dialog, an autostart entry, a text for the page.
+// Any bytes as each of the small texts that come from outside one at a time: a command line, the arguments of the
+// page's commands, the address of a file from the desktop's dialog, an autostart entry, a text for the page.
 #include "fuzz_input.h"
 
 #include "app/commands.h"
@@ -29,7 +29,7 @@ void RequireOneRole(const std::string& text) {
     }
     const LaunchOptions options = ParseCommandLine(arguments);
     Require(options.openThemePath.empty() || options.openMacroPath.empty());
-    const bool mayOpen = options.mode == LaunchMode::Master || options.mode == LaunchMode::Timeline;
+    const bool mayOpen = options.mode == LaunchMode::MainProcess || options.mode == LaunchMode::Timeline;
     Require(mayOpen || (options.openThemePath.empty() && options.openMacroPath.empty()));
     Require(options.selftestUpdate || options.mode != LaunchMode::SelfTestUpdate);
     Require(options.validateTheme || options.mode != LaunchMode::ValidateTheme);

@@ -36,7 +36,7 @@ LaunchMode ModeOf(std::initializer_list<const char*> words) {
 
 TEST(LaunchOptions, NothingIsTheMaster) {
     const LaunchOptions options = ParseCommandLine({});
-    EXPECT_EQ(options.mode, LaunchMode::Master);
+    EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_EQ(options.openThemePath, "");
     EXPECT_EQ(options.openMacroPath, "");
     EXPECT_EQ(options.childLine, "");
@@ -88,19 +88,19 @@ TEST(LaunchOptions, AValueKeepsEverythingBehindItsFirstEqualsSign) {
 
 TEST(LaunchOptions, OptionsAreCaseSensitive) {
     const LaunchOptions options = ParseCommandLine(Line({"--VALIDATE-THEME=a"}));
-    EXPECT_EQ(options.mode, LaunchMode::Master);
+    EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_FALSE(options.validateTheme);
     EXPECT_EQ(options.openThemePath, "");
 }
 
 TEST(LaunchOptions, AValueOptionWithoutItsEqualsSignIsNone) {
-    EXPECT_EQ(ModeOf({"--validate-macro", "a.txt"}), LaunchMode::Master);
-    EXPECT_EQ(ModeOf({"x--validate-macro=a"}), LaunchMode::Master);
+    EXPECT_EQ(ModeOf({"--validate-macro", "a.txt"}), LaunchMode::MainProcess);
+    EXPECT_EQ(ModeOf({"x--validate-macro=a"}), LaunchMode::MainProcess);
 }
 
 TEST(LaunchOptions, TheManifestOverrideSelectsNoMode) {
     LaunchOptions options = ParseCommandLine(Line({"--update-manifest=x"}));
-    EXPECT_EQ(options.mode, LaunchMode::Master);
+    EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_EQ(options.updateManifestOverride, "x");
     options = ParseCommandLine(Line({"--update-manifest=x", "--validate-macro=m"}));
     EXPECT_EQ(options.mode, LaunchMode::ValidateMacro);
@@ -109,14 +109,14 @@ TEST(LaunchOptions, TheManifestOverrideSelectsNoMode) {
 
 TEST(LaunchOptions, UnknownArgumentsArePassedOver) {
     EXPECT_EQ(ModeOf({"--what", "--validate-macro=m", "/?"}), LaunchMode::ValidateMacro);
-    EXPECT_EQ(ModeOf({"--what", "/?"}), LaunchMode::Master);
+    EXPECT_EQ(ModeOf({"--what", "/?"}), LaunchMode::MainProcess);
 }
 
 TEST(LaunchOptions, ALineThatCannotBeSplitSkipsTheValueOptions) {
     ProcessArguments arguments = Line({"--validate-macro=a.vrlmacro"});
     arguments.wideViewValid = false;
     const LaunchOptions options = ParseCommandLine(arguments);
-    EXPECT_EQ(options.mode, LaunchMode::Master);
+    EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_FALSE(options.validateMacro);
     EXPECT_EQ(options.openMacroPath, "--validate-macro=a.vrlmacro");
 
@@ -144,22 +144,22 @@ TEST(LaunchOptions, ChildIsFoundAnywhereInTheLineAndKeepsIt) {
 TEST(LaunchOptions, TimelineMustStandAlone) {
     EXPECT_EQ(ModeOf({"--timeline"}), LaunchMode::Timeline);
     EXPECT_EQ(ParseCommandLine(Narrow(" \t--timeline\t ")).mode, LaunchMode::Timeline);
-    EXPECT_EQ(ModeOf({"--timeline", "x"}), LaunchMode::Master);
-    EXPECT_EQ(ModeOf({"x", "--timeline"}), LaunchMode::Master);
-    EXPECT_EQ(ModeOf({"--timelines"}), LaunchMode::Master);
-    EXPECT_EQ(ParseCommandLine(Narrow("\"--timeline\"")).mode, LaunchMode::Master);
-    EXPECT_EQ(ModeOf({"--update-manifest=x", "--timeline"}), LaunchMode::Master);
+    EXPECT_EQ(ModeOf({"--timeline", "x"}), LaunchMode::MainProcess);
+    EXPECT_EQ(ModeOf({"x", "--timeline"}), LaunchMode::MainProcess);
+    EXPECT_EQ(ModeOf({"--timelines"}), LaunchMode::MainProcess);
+    EXPECT_EQ(ParseCommandLine(Narrow("\"--timeline\"")).mode, LaunchMode::MainProcess);
+    EXPECT_EQ(ModeOf({"--update-manifest=x", "--timeline"}), LaunchMode::MainProcess);
 }
 
 TEST(LaunchOptions, ALineOfBlanksHasNoRole) {
     const LaunchOptions options = ParseCommandLine(Narrow(" \t  "));
-    EXPECT_EQ(options.mode, LaunchMode::Master);
+    EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_EQ(options.openMacroPath, "");
 }
 
 TEST(LaunchOptions, APathMayBeQuotedAndItsExtensionInAnyCase) {
     const LaunchOptions options = ParseCommandLine(Narrow(R"(  "C:\my files\a.VRLMACRO" )"));
-    EXPECT_EQ(options.mode, LaunchMode::Master);
+    EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_EQ(options.openMacroPath, R"(C:\my files\a.VRLMACRO)");
     EXPECT_EQ(options.openThemePath, "");
     EXPECT_EQ(ParseCommandLine(Narrow("dark.VrlTheme\t")).openThemePath, "dark.VrlTheme");
@@ -181,7 +181,7 @@ TEST(LaunchOptions, OnlyAPairOfQuotesIsTakenAway) {
 
 TEST(LaunchOptions, OtherFilesAreForgotten) {
     const LaunchOptions options = ParseCommandLine(Narrow("notes.txt"));
-    EXPECT_EQ(options.mode, LaunchMode::Master);
+    EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_EQ(options.openThemePath, "");
     EXPECT_EQ(options.openMacroPath, "");
     EXPECT_EQ(ParseCommandLine(Narrow("a.vrlmacro.bak")).openMacroPath, "");
