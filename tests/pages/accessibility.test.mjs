@@ -249,7 +249,7 @@ for (const deviceScaleFactor of [1.25, 1.5, 2]) {
       context: { deviceScaleFactor },
     });
     await settled(page);
-    await page.locator('.picture__canvas').scrollIntoViewIfNeeded();
+    await page.locator('.pointer-path__canvas').scrollIntoViewIfNeeded();
     assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= 420);
     const clipped = await page.evaluate(() =>
       [...document.querySelectorAll('button, .segmented span, .toggle span:last-child, .group__hint')]
@@ -260,7 +260,7 @@ for (const deviceScaleFactor of [1.25, 1.5, 2]) {
     // The canvases are drawn in the background.
     await page.waitForFunction(
       (scale) =>
-        [...document.querySelectorAll('.picture__canvas, .strip__canvas')].every(
+        [...document.querySelectorAll('.pointer-path__canvas, .strip__canvas')].every(
           (canvas) => canvas.width >= canvas.clientWidth * scale - 1,
         ),
       deviceScaleFactor,

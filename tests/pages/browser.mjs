@@ -36,6 +36,15 @@ export async function importSource(path) {
   return import(`data:text/javascript;base64,${text}`);
 }
 
+// The commands that only the main window has, not a panel's own window.
+export const mainWindowCommands = [
+  ...['pickLocation', 'resetHotkeys', 'openLink', 'markWarningSeen', 'setPanelOrder'],
+  ...['getAppSettings', 'setAppSetting', 'getPendingThemeAlert'],
+  ...['getProfiles', 'addProfile', 'deleteProfile', 'switchProfile', 'clearProfile'],
+  ...['exportProfile', 'importProfile', 'confirmMacroImport', 'cancelMacroImport'],
+  ...['getPendingMacroImport', 'getPendingMacroSummary'],
+];
+
 const standIn = readFileSync(new URL('stand-in.mjs', import.meta.url), 'utf8');
 
 export class Pages {

@@ -56,15 +56,15 @@ export const contrastOf = () => {
     // What tells a control from its surroundings: its border or its own face.
     if (
       element.matches(
-        '.button:not(.button--quiet), .number, .segmented, .toggle__track, .list, .targets, select, .filter__chip, .picture, .strip__lanes',
+        '.button:not(.button--quiet), .number, .segmented, .toggle__track, .list, .targets, select, .filter__chip, .pointer-path, .strip__lanes',
       )
     ) {
       const around = behind(element.parentElement);
       const best = Math.max(ratio(style.borderTopColor, around), ratio(behind(element), around));
       found.push([`edge of ${element.className}`, Math.round(best * 100) / 100, 3]);
     }
-    if (element.matches('.time-picture__lane, .time-picture__line')) {
-      const drawn = element.matches('.time-picture__line') ? style.borderBottomColor : style.color;
+    if (element.matches('.findings-timeline__lane, .findings-timeline__line')) {
+      const drawn = element.matches('.findings-timeline__line') ? style.borderBottomColor : style.color;
       check(element.className, drawn, behind(element), 3);
     }
     if (element.matches('.icon, .state-line__lamp, .toggle__knob')) {

@@ -8,6 +8,7 @@ import {
   expectCall,
   forgetCalls,
   importSource,
+  mainWindowCommands,
   Pages,
   picture,
   settled,
@@ -31,16 +32,16 @@ const contentHeight = (page) =>
 const collapseAll = `host.appSettings.minimizedPanels = ${JSON.stringify(kFirstOrder)};`;
 
 test('a kept order is made whole, and a move changes one place', async () => {
-  const { wholeOrder, movedTo } = await importSource('panel-order.ts');
-  assert.deepEqual(wholeOrder([]), kFirstOrder);
-  assert.deepEqual(wholeOrder(['panel-ui']), [
+  const { completeOrder, orderAfterMove } = await importSource('panel-order.ts');
+  assert.deepEqual(completeOrder([]), kFirstOrder);
+  assert.deepEqual(completeOrder(['panel-ui']), [
     'panel-profile',
     'panel-spammer',
     'panel-keyspam',
     'panel-tracker',
     'panel-ui',
   ]);
-  assert.deepEqual(wholeOrder(['panel-ui', 'panel-tracker', 'panel-profile']), [
+  assert.deepEqual(completeOrder(['panel-ui', 'panel-tracker', 'panel-profile']), [
     'panel-ui',
     'panel-tracker',
     'panel-profile',
@@ -48,7 +49,7 @@ test('a kept order is made whole, and a move changes one place', async () => {
     'panel-keyspam',
   ]);
   assert.deepEqual(
-    wholeOrder([
+    completeOrder([
       'panel-tracker',
       'nonsense',
       'panel-tracker',
@@ -58,16 +59,16 @@ test('a kept order is made whole, and a move changes one place', async () => {
     ]),
     ['panel-tracker', 'panel-ui', 'panel-spammer', 'panel-profile', 'panel-keyspam'],
   );
-  assert.deepEqual(movedTo(kFirstOrder, kFirstOrder, 'panel-ui', 0), [
+  assert.deepEqual(orderAfterMove(kFirstOrder, kFirstOrder, 'panel-ui', 0), [
     'panel-ui',
     ...kFirstOrder.slice(0, 4),
   ]);
-  assert.deepEqual(movedTo(kFirstOrder, kFirstOrder, 'panel-profile', 4), [
+  assert.deepEqual(orderAfterMove(kFirstOrder, kFirstOrder, 'panel-profile', 4), [
     ...kFirstOrder.slice(1),
     'panel-profile',
   ]);
   // A panel that is not shown keeps its neighbours.
-  assert.deepEqual(movedTo(kFirstOrder, kFirstOrder.slice(1), 'panel-ui', 1), [
+  assert.deepEqual(orderAfterMove(kFirstOrder, kFirstOrder.slice(1), 'panel-ui', 1), [
     'panel-profile',
     'panel-spammer',
     'panel-ui',
@@ -270,7 +271,7 @@ test('an order that the program refuses is not shown as if it held', async () =>
 });
 
 test('a page that may not keep an order offers no handles', async () => {
-  const page = await pages.open({ absent: ['setPanelOrder', 'getAppSettings', 'setAppSetting'] });
+  const page = await pages.open({ absent: mainWindowCommands });
   await settled(page);
   assert.equal(await button(page, 'Move Clicker').count(), 0);
   await button(page, 'Clicker: show settings').click();

@@ -26,25 +26,25 @@ const stateText = async (page) =>
   (await page.getByRole('status', { name: 'State' }).innerText()).replace(/\s+/g, ' ').trim();
 
 test('the first match wins, in the order in which the program compares', async () => {
-  const { takenBy } = await importSource('hotkey-order.ts');
-  const keys = { hkUnlock: 'F1', hkRec: 'F2', hkPlay: 'F3', hkAuto: 'F4', hkKeySpam: 'F5', lockOn: true };
-  const fields = ['hkUnlock', 'hkRec', 'hkPlay', 'hkAuto', 'hkKeySpam'];
-  const captures = ['unlock', 'rec', 'play', 'auto', 'keyspamhotkey'];
-  for (const capture of captures) assert.equal(takenBy(capture, keys), undefined);
+  const { hotkeyInPlaceOf } = await importSource('hotkey-order.ts');
+  const ids = ['unlock', 'record', 'play', 'autoclicker', 'keySpammer'];
+  const keys = { unlock: 'F1', record: 'F2', play: 'F3', autoclicker: 'F4', keySpammer: 'F5' };
+  const winnerOf = (id, hotkeys, lockEnabled = true) => hotkeyInPlaceOf(id, { hotkeys, lockEnabled })?.id;
+  for (const id of ids) assert.equal(winnerOf(id, keys), undefined);
   for (let winner = 0; winner < 5; winner++) {
     for (let loser = winner + 1; loser < 5; loser++) {
-      const shared = { ...keys, [fields[loser]]: keys[fields[winner]] };
-      assert.equal(takenBy(captures[loser], shared)?.capture, captures[winner]);
-      assert.equal(takenBy(captures[winner], shared), undefined);
-      const unlocked = takenBy(captures[loser], { ...shared, lockOn: false });
-      assert.equal(unlocked?.capture, winner === 0 ? undefined : captures[winner], 'without the lock');
+      const shared = { ...keys, [ids[loser]]: keys[ids[winner]] };
+      assert.equal(winnerOf(ids[loser], shared), ids[winner]);
+      assert.equal(winnerOf(ids[winner], shared), undefined);
+      const unlocked = winnerOf(ids[loser], shared, false);
+      assert.equal(unlocked, winner === 0 ? undefined : ids[winner], 'without the lock');
     }
   }
-  const all = Object.fromEntries(fields.map((field) => [field, 'A']));
-  assert.equal(takenBy('keyspamhotkey', { ...all, lockOn: true }).capture, 'unlock');
-  assert.equal(takenBy('keyspamhotkey', { ...all, lockOn: false }).capture, 'rec');
+  const all = Object.fromEntries(ids.map((id) => [id, 'A']));
+  assert.equal(winnerOf('keySpammer', all), 'unlock');
+  assert.equal(winnerOf('keySpammer', all, false), 'record');
   // A report without names tells nothing.
-  assert.equal(takenBy('play', { ...keys, hkRec: '', hkPlay: '' }), undefined);
+  assert.equal(winnerOf('play', { ...keys, record: '', play: '' }), undefined);
 });
 
 test('two hotkeys on one key: the one that never acts says so, also in the state line', async () => {

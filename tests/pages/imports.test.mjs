@@ -10,6 +10,7 @@ import {
   expectCall,
   forgetCalls,
   importSource,
+  mainWindowCommands,
   Pages,
   picture,
   settled,
@@ -120,9 +121,8 @@ describe('the file dialogs', () => {
     await pages.close(page);
   });
 
-  test('a page whose program offers neither has no buttons for them', async () => {
-    const absent = ['importProfile', 'exportProfile', 'getPendingMacroImport', 'getPendingThemeAlert'];
-    const page = await pages.open({ absent });
+  test('a page in the own window of a panel has no buttons for them', async () => {
+    const page = await pages.open({ absent: mainWindowCommands });
     await settled(page);
     assert.equal(await button(page, 'Import profile').count(), 0);
     assert.equal(await button(page, 'Export profile').count(), 0);
@@ -276,10 +276,10 @@ describe('the held macro', () => {
         ['3', 'Caution', 'at 1:05.0', kSwitch],
       ],
     );
-    assert.equal(await page.locator('.time-picture__lane path').count(), 3);
-    const places = await page.locator('.time-picture__sign').evaluateAll((all) =>
+    assert.equal(await page.locator('.findings-timeline__lane path').count(), 3);
+    const places = await page.locator('.findings-timeline__number').evaluateAll((all) =>
       all.map((sign) => {
-        const line = sign.closest('.time-picture__drawing').querySelector('svg').getBoundingClientRect();
+        const line = sign.closest('.findings-timeline__drawing').querySelector('svg').getBoundingClientRect();
         const box = sign.getBoundingClientRect();
         return [sign.innerText, (box.x + box.width / 2 - line.x) / line.width, box.y];
       }),
@@ -305,8 +305,8 @@ describe('the held macro', () => {
       absent: ['getPendingMacroSummary'],
     });
     await dialog(page).getByText('The macro may go on after the last.').waitFor();
-    assert.equal(await page.locator('.time-picture__lane').count(), 0);
-    assert.equal(await page.locator('.time-picture__sign').count(), 3);
+    assert.equal(await page.locator('.findings-timeline__lane').count(), 0);
+    assert.equal(await page.locator('.findings-timeline__number').count(), 3);
     assert.match(await dialog(page).innerText(), /Import this macro\?/);
     await picture(page, 'held-findings-only');
     await pages.close(page);
@@ -318,7 +318,7 @@ describe('the held macro', () => {
     });
     await expectCall(page, 'getPendingMacroSummary');
     await settled(page);
-    assert.equal(await page.locator('.time-picture__lane').count(), 0);
+    assert.equal(await page.locator('.findings-timeline__lane').count(), 0);
     assert.ok(!(await dialog(page).innerText()).includes('Farm run'));
     await pages.close(page);
   });
@@ -327,7 +327,7 @@ describe('the held macro', () => {
     const more = `, name: 'Own', events: 3, seconds: 70, lanes: { moves: [1, 0], clicks: [0, 1], keys: [2, 2] }`;
     const page = await pages.open({ before: `host.pending = ${held('aa', more)}` });
     await dialog(page).getByText('3 events, 1:10.0 long').waitFor();
-    assert.equal(await page.locator('.time-picture__lane path').count(), 3);
+    assert.equal(await page.locator('.findings-timeline__lane path').count(), 3);
     await pages.close(page);
   });
 
@@ -522,7 +522,7 @@ describe('the held macro', () => {
         found.filter(([, ratio, least]) => ratio < least),
         [],
       );
-      assert.ok(found.some(([what]) => what.startsWith('time-picture__lane')) === (name !== 'findings'));
+      assert.ok(found.some(([what]) => what.startsWith('findings-timeline__lane')) === (name !== 'findings'));
       assert.ok(
         (await page.evaluate(() => document.documentElement.scrollWidth)) <= page.viewportSize().width,
       );
@@ -637,7 +637,8 @@ describe('the notice of what is done', () => {
 });
 
 test('times and places', async () => {
-  const { clockTime, laneOutline, placeMarks } = await importSource('components/time-marks.ts');
+  const { clockTime } = await importSource('format.ts');
+  const { laneOutline, placeMarks } = await importSource('components/findings-layout.ts');
   for (const [seconds, text] of [
     [0, '0:00.0'],
     [0.04, '0:00.0'],
@@ -653,12 +654,12 @@ test('times and places', async () => {
   assert.equal(laneOutline([0, 0]), '');
   assert.equal(laneOutline([4, 0, 1, 0]), 'M0 20V0H25V20zM50 20V10H75V20z');
   assert.deepEqual(placeMarks([5, 0, 10, 20, -3], 10), [
-    { index: 4, place: 0, row: 0 },
-    { index: 1, place: 0, row: 1 },
-    { index: 0, place: 0.5, row: 0 },
-    { index: 2, place: 1, row: 0 },
-    { index: 3, place: 1, row: 1 },
+    { index: 4, position: 0, row: 0 },
+    { index: 1, position: 0, row: 1 },
+    { index: 0, position: 0.5, row: 0 },
+    { index: 2, position: 1, row: 0 },
+    { index: 3, position: 1, row: 1 },
   ]);
   assert.equal(placeMarks(Array(10).fill(1), 10).length, 3, 'no more than there is room for');
-  assert.deepEqual(placeMarks([0], 0), [{ index: 0, place: 0, row: 0 }]);
+  assert.deepEqual(placeMarks([0], 0), [{ index: 0, position: 0, row: 0 }]);
 });

@@ -17,14 +17,18 @@ import {
 let pages;
 let data;
 let facts;
-let raster;
+let drawings;
 before(async () => {
-  [pages, data, facts, raster] = await Promise.all([
+  let path;
+  let strip;
+  [pages, data, facts, path, strip] = await Promise.all([
     Pages.start(),
-    importSource('panels/macro-data.ts'),
+    importSource('panels/event-columns.ts'),
     importSource('panels/macro-facts.ts'),
-    importSource('panels/macro-raster.ts'),
+    importSource('panels/path-drawing.ts'),
+    importSource('panels/strip-drawing.ts'),
   ]);
+  drawings = { ...path, ...strip };
 });
 after(() => pages.stop());
 
@@ -35,7 +39,7 @@ function finish(work) {
     if (done) return { result: value, slices };
   }
 }
-const event = (desc, time = 0) => ({ id: 0, time, desc });
+const event = (description, time = 0) => ({ time, description });
 const move = (x, y, time = 0) => event(`Abs Move to X:${x} Y:${y}`, time);
 const columnsOf = (list) => finish(data.readColumns(list)).result;
 const factsOf = (list) => finish(facts.factsOf(columnsOf(list))).result;
@@ -70,28 +74,30 @@ const kTour = `
 
 describe('reading', () => {
   test('every kind of description, and nothing that only looks like one', () => {
+    const nothing = { x: 0, y: 0, virtualKey: 0, on: 0, tool: 0 };
     const rows = [
-      ['Abs Move to X:-100 Y:200', 0, -100, 200],
-      ['Rel Move dX:3 dY:-4', 1, 3, -4],
-      ['Mouse Click at X:1 Y:-2147483648', 2, 1, -2147483648],
-      ['Keyboard VK: 65 (DOWN)', 3, 65, 1],
-      ['Keyboard VK: 65 (UP)', 3, 65, 0],
-      ['Mouse Scroll Delta: -120', 4, -120, 0],
-      ['Autoclicker ON', 5, 1, 1],
-      ['Key Spammer OFF', 5, 2, 0],
-      ['', 6, 0, 0],
-      ['Abs Move to X: Y:2', 6],
-      ['Abs Move to X:1 Y:2 Z:3', 6],
-      ['Keyboard VK: 65 (LEFT)', 6],
-      ['Keyboard VK: (UP)', 6],
-      ['Mouse Scroll Delta: up', 6],
-      ['Something new', 6],
+      ['Abs Move to X:-100 Y:200', 0, { x: -100, y: 200 }],
+      ['Rel Move dX:3 dY:-4', 1, { x: 3, y: -4 }],
+      ['Mouse Click at X:1 Y:-2147483648', 2, { x: 1, y: -2147483648 }],
+      ['Keyboard VK: 65 (DOWN)', 3, { virtualKey: 65, on: 1 }],
+      ['Keyboard VK: 65 (UP)', 3, { virtualKey: 65 }],
+      ['Mouse Scroll Delta: -120', 4, {}],
+      ['Autoclicker ON', 5, { tool: 1, on: 1 }],
+      ['Key Spammer OFF', 5, { tool: 2 }],
+      ['', 6, {}],
+      ['Abs Move to X: Y:2', 6, {}],
+      ['Abs Move to X:1 Y:2 Z:3', 6, {}],
+      ['Keyboard VK: 65 (LEFT)', 6, {}],
+      ['Keyboard VK: (UP)', 6, {}],
+      ['Mouse Scroll Delta: up', 6, {}],
+      ['Something new', 6, {}],
     ];
-    const columns = columnsOf(rows.map(([desc], i) => event(desc, i / 2)));
-    rows.forEach(([desc, kind, a, b], i) => {
-      assert.equal(columns.kind[i], kind, desc);
+    const columns = columnsOf(rows.map(([description], i) => event(description, i / 2)));
+    rows.forEach(([description, kind, fields], i) => {
+      const read = Object.keys(nothing).map((name) => [name, columns[name][i]]);
+      assert.deepEqual(Object.fromEntries(read), { ...nothing, ...fields }, description);
+      assert.equal(columns.kind[i], kind, description);
       assert.equal(columns.time[i], i / 2);
-      if (a !== undefined) assert.deepEqual([columns.a[i], columns.b[i]], [a, b], desc);
     });
   });
 
@@ -103,24 +109,24 @@ describe('reading', () => {
       );
       const removed = [];
       const left = list.filter((_, i) => random(4) > 0 || !removed.push(i));
-      const derived = data.derivedColumns(columnsOf(list), list, left);
+      const derived = data.editedColumns(columnsOf(list), list, left);
       assert.deepEqual(derived.columns, columnsOf(left));
       assert.deepEqual([...derived.removed], removed);
       const retimed = list.map((one) => (random(3) ? one : { ...one, time: random(1000) }));
-      assert.deepEqual(data.derivedColumns(columnsOf(list), list, retimed).columns, columnsOf(retimed));
+      assert.deepEqual(data.editedColumns(columnsOf(list), list, retimed).columns, columnsOf(retimed));
     }
     const one = [move(1, 1), move(2, 2)];
-    assert.equal(data.derivedColumns(columnsOf(one), one, [move(3, 3)]), null, 'another macro');
-    assert.equal(data.derivedColumns(columnsOf(one), one, [move(3, 3), move(2, 2)]), null);
-    assert.equal(data.derivedColumns(columnsOf(one), one, [...one, move(3, 3)]), null);
+    assert.equal(data.editedColumns(columnsOf(one), one, [move(3, 3)]), null, 'another macro');
+    assert.equal(data.editedColumns(columnsOf(one), one, [move(3, 3), move(2, 2)]), null);
+    assert.equal(data.editedColumns(columnsOf(one), one, [...one, move(3, 3)]), null);
   });
 });
 
 // The rule as the guide tells it, on records, with 32-bit numbers of the platform.
 function plainOptimised(list) {
   const kept = [];
-  const isMove = (one) => one.desc.startsWith('Abs');
-  const place = (one) => one.desc.match(/-?\d+/g).map((text) => BigInt(text));
+  const isMove = (one) => one.description.startsWith('Abs');
+  const place = (one) => one.description.match(/-?\d+/g).map((text) => BigInt(text));
   list.forEach((one, i) => {
     const last = kept.at(-1);
     if (i > 0 && i < list.length - 1 && isMove(one) && isMove(list[i + 1]) && isMove(last)) {
@@ -152,7 +158,7 @@ describe('what optimising would drop', () => {
   ]; // prettier-ignore
   for (const [name, list, dropped] of cases) {
     test(name, () => {
-      assert.equal(factsOf(list).dropped, dropped);
+      assert.equal(factsOf(list).droppedMoves, dropped);
       assert.equal(list.length - plainOptimised(list).length, dropped);
     });
   }
@@ -172,7 +178,7 @@ describe('what optimising would drop', () => {
         random(6) ? move((random(span) - span / 2) | 0, random(12)) : event(kinds[random(4)]),
       );
       const expected = list.length - plainOptimised(list).length;
-      assert.equal(factsOf(list).dropped, expected, JSON.stringify(list.map((one) => one.desc)));
+      assert.equal(factsOf(list).droppedMoves, expected, JSON.stringify(list.map((one) => one.description)));
       dropped += expected;
     }
     assert.ok(dropped > 3000, `${dropped} drops in all`);
@@ -198,9 +204,9 @@ describe('facts and drawing', () => {
     assert.deepEqual(read.counts, [2, 1, 1, 5, 3]);
     assert.equal(read.length, 9, 'the latest time, wherever it stands');
     assert.deepEqual(read.box, { left: -5, top: -120, right: 170, bottom: 80 });
-    assert.equal(read.rawMoves, true);
-    assert.deepEqual(read.heldKeys, [{ vk: 65, index: 1 }], 'held from its first press on');
-    assert.equal(read.oddButtons, true);
+    assert.equal(read.hasRawMoves, true);
+    assert.deepEqual(read.heldKeys, [{ virtualKey: 65, index: 1 }], 'held from its first press on');
+    assert.equal(read.hasUnpairedButtons, true);
     assert.deepEqual(read.toolsOn, [2]);
     assert.equal(factsOf([event('Autoclicker ON')]).box, null);
   });
@@ -208,7 +214,7 @@ describe('facts and drawing', () => {
   test('the path lies where the positions are, and keeps its shape', () => {
     const size = { width: 200, height: 100, margin: 10 };
     const list = [move(0, 0), event('Mouse Click at X:100 Y:100'), move(200, 0)];
-    const { result } = finish(raster.drawPath(columnsOf(list), factsOf(list).box, size));
+    const { result } = finish(drawings.drawPath(columnsOf(list), factsOf(list).box, size));
     assert.deepEqual(result.frame, { left: 20, top: 10, right: 180, bottom: 90 });
     assert.deepEqual(result.ends, [
       { x: 20, y: 10 },
@@ -231,14 +237,14 @@ describe('facts and drawing', () => {
       [move(0, 0, 5), move(9, 9, -3), event('Keyboard VK: 65 (DOWN)', 4), event('Keyboard VK: 65 (UP)', 1)],
     ]) {
       const read = factsOf(list);
-      const { result } = finish(raster.drawPath(columnsOf(list), read.box, size));
+      const { result } = finish(drawings.drawPath(columnsOf(list), read.box, size));
       assert.ok(result.cells.some((late) => late > 0));
-      const strip = finish(raster.drawStrip(columnsOf(list), read, 50)).result;
+      const strip = finish(drawings.drawStrip(columnsOf(list), read, 50)).result;
       assert.equal(
         strip.marks.reduce((sum, lane) => sum + lane.reduce((a, b) => a + b, 0), 0),
         list.length,
       );
-      assert.ok([...strip.held, ...strip.running].every((count) => count >= 0));
+      assert.ok([...strip.heldKeys, ...strip.toolsOn].every((count) => count >= 0));
     }
   });
 
@@ -255,13 +261,13 @@ describe('facts and drawing', () => {
       event('Key Spammer ON', 9),
       move(3, 4, 10),
     ];
-    const strip = finish(raster.drawStrip(columnsOf(list), factsOf(list), 10)).result;
+    const strip = finish(drawings.drawStrip(columnsOf(list), factsOf(list), 10)).result;
     assert.deepEqual([...strip.marks[0]], [1, 0, 0, 0, 0, 0, 0, 0, 0, 1]);
     assert.deepEqual([...strip.marks[2]], [0, 0, 0, 0, 0, 0, 1, 0, 0, 0]);
     assert.deepEqual([...strip.marks[3]], [0, 0, 2, 0, 1, 0, 0, 0, 1, 0]);
-    assert.deepEqual([...strip.held], [0, 0, 1, 1, 1, 0, 0, 0, 1, 1]);
+    assert.deepEqual([...strip.heldKeys], [0, 0, 1, 1, 1, 0, 0, 0, 1, 1]);
     assert.deepEqual([...strip.marks[4]], [0, 0, 0, 0, 0, 1, 0, 1, 0, 1]);
-    assert.deepEqual([...strip.running], [0, 0, 0, 0, 0, 1, 1, 1, 0, 1]);
+    assert.deepEqual([...strip.toolsOn], [0, 0, 0, 0, 0, 1, 1, 1, 0, 1]);
     assert.deepEqual([...strip.first], [0, 1, 1, 3, 3, 4, 5, 6, 7, 8]);
     assert.deepEqual([strip.x[5], strip.y[9]], [1, 4]);
   });
@@ -280,9 +286,9 @@ describe('facts and drawing', () => {
     };
     const columns = measure('read', data.readColumns(list));
     const read = measure('facts', facts.factsOf(columns));
-    measure('filter', data.rowsOfGroups(columns, new Set(['moves'])));
-    measure('path', raster.drawPath(columns, read.box, { width: 740, height: 260, margin: 20 }));
-    measure('strip', raster.drawStrip(columns, read, 320));
+    measure('filter', data.indexesOfGroups(columns, new Set(['moves'])));
+    measure('path', drawings.drawPath(columns, read.box, { width: 740, height: 260, margin: 20 }));
+    measure('strip', drawings.drawStrip(columns, read, 320));
     console.log(`# ms of processor for a million far jumps: ${JSON.stringify(spent)}`);
   });
 });
@@ -291,7 +297,7 @@ const strip = (page) => page.getByRole('slider', { name: 'Time in the macro' });
 const drawn = (page, count) =>
   page.waitForFunction(
     (events) =>
-      [...document.querySelectorAll('.picture__canvas, .strip__canvas')].every(
+      [...document.querySelectorAll('.pointer-path__canvas, .strip__canvas')].every(
         (canvas) => canvas.dataset.events === String(events),
       ),
     count,
@@ -311,7 +317,7 @@ describe('the panel', () => {
     const page = await pages.open({ before: kTour });
     const count = await page.evaluate(() => host.events.length);
     await drawn(page, count);
-    const before = [await inkOf(page, '.picture__canvas'), await inkOf(page, '.strip__canvas')];
+    const before = [await inkOf(page, '.pointer-path__canvas'), await inkOf(page, '.strip__canvas')];
     assert.ok(
       before.every((ink) => ink > 1000),
       before.join(' '),
@@ -324,7 +330,7 @@ describe('the panel', () => {
 
     await change(page, 'host.events.splice(100)');
     await drawn(page, 100);
-    const now = [await inkOf(page, '.picture__canvas'), await inkOf(page, '.strip__canvas')];
+    const now = [await inkOf(page, '.pointer-path__canvas'), await inkOf(page, '.strip__canvas')];
     assert.notEqual(now[0], before[0]);
     assert.notEqual(now[1], before[1]);
     assert.deepEqual(page.faults, []);

@@ -115,11 +115,17 @@ test('readings', async () => {
 });
 
 test('the rate that the settings mean, and what the timer makes of it', async () => {
-  const { rateText, rateLimit, timeText, milliseconds } = await importSource('rate.ts');
-  const of = (hours, minutes, seconds, ms) => ({ hours, minutes, seconds, milliseconds: ms });
+  const { timeText } = await importSource('format.ts');
+  const { intervalLength, rateLimit, rateText } = await importSource('rate.ts');
+  const of = (intervalHours, intervalMinutes, intervalSeconds, intervalMilliseconds) => ({
+    intervalHours,
+    intervalMinutes,
+    intervalSeconds,
+    intervalMilliseconds,
+  });
   const click = { one: 'click', many: 'clicks', length: 0 };
   const double = { one: 'double click', many: 'double clicks', length: 15 };
-  assert.equal(milliseconds(of(1, 2, 3, 4)), 3723004);
+  assert.equal(intervalLength(of(1, 2, 3, 4)), 3723004);
   for (const [interval, rate, limit, limited] of [
     [of(0, 0, 0, 50), '20 clicks/s', ''],
     [of(0, 0, 0, 20), '50 clicks/s', ''],

@@ -1,7 +1,16 @@
 // The status poll: how often, never two at once, and what it makes the page ask for.
 import assert from 'node:assert/strict';
 import { after, before, test } from 'node:test';
-import { button, callsOf, change, forgetCalls, Pages, settled, stopClock } from './browser.mjs';
+import {
+  button,
+  callsOf,
+  change,
+  forgetCalls,
+  mainWindowCommands,
+  Pages,
+  settled,
+  stopClock,
+} from './browser.mjs';
 
 let pages;
 before(async () => (pages = await Pages.start()));
@@ -95,19 +104,11 @@ test('the shorter report of a panel without a program is accepted', async () => 
   await pages.close(page);
 });
 
-test('a page with few bound functions works with what there is', async () => {
-  const absent = [
-    'getProfiles',
-    'addProfile',
-    'switchProfile',
-    'pickLocation',
-    'resetHotkeys',
-    'optimizeMacro',
-  ];
-  const page = await pages.open({ absent });
+test('a page in the own window of a panel works with the commands that it has', async () => {
+  const page = await pages.open({ absent: mainWindowCommands });
   await settled(page);
   assert.equal(await page.locator('#panel-profile').count(), 0);
-  for (const name of ['Pick location', 'Reset hotkeys', 'Optimise']) {
+  for (const name of ['Pick location', 'Reset hotkeys', 'Preferences']) {
     assert.equal(await button(page, name).count(), 0, name);
   }
   await button(page, 'Start clicking').click();

@@ -1,7 +1,16 @@
 // The preferences: each switch with what it sends and what it shows, and the sheet by keyboard.
 import assert from 'node:assert/strict';
 import { after, before, describe, test } from 'node:test';
-import { button, callsOf, change, expectCall, Pages, picture, settled } from './browser.mjs';
+import {
+  button,
+  callsOf,
+  change,
+  expectCall,
+  mainWindowCommands,
+  Pages,
+  picture,
+  settled,
+} from './browser.mjs';
 import { axeFinds, contrastOf } from './checks.mjs';
 
 let pages;
@@ -157,7 +166,7 @@ test('animations off: nothing moves, at once and from the start', async () => {
 });
 
 test('a page whose program has no preferences has no button for them', async () => {
-  const page = await pages.open({ absent: ['getAppSettings', 'setAppSetting', 'openLink'] });
+  const page = await pages.open({ absent: mainWindowCommands });
   assert.equal(await button(page, 'Preferences').count(), 0);
   await pages.close(page);
 });

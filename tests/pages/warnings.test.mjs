@@ -1,7 +1,7 @@
 // Warnings before a step that may surprise: when, in which words, once, and never where they are turned off.
 import assert from 'node:assert/strict';
 import { after, before, describe, test } from 'node:test';
-import { button, callsOf, expectCall, Pages, picture, settled } from './browser.mjs';
+import { button, callsOf, expectCall, mainWindowCommands, Pages, picture, settled } from './browser.mjs';
 import { axeFinds, contrastOf } from './checks.mjs';
 
 let pages;
@@ -219,7 +219,7 @@ test('a warning that cannot be marked as seen is a failure, and the step is take
 test('a page whose program keeps no warnings shows none', async () => {
   const page = await pages.open({
     before: `${kOn} host.settings.sms = 0`,
-    absent: ['markWarningSeen', 'getAppSettings'],
+    absent: mainWindowCommands,
   });
   await settled(page);
   await button(page, 'Start clicking').click();

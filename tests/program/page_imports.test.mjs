@@ -78,7 +78,7 @@ async function assertDecisionTells(name) {
   // The picture: one sign for the finding, and of the three lanes those that have something in them stand out.
   const picture = decision().locator('figure');
   assert.match(await picture.innerText(), /What it does over time, and where each finding begins\./);
-  assert.equal(await picture.locator('.time-picture__sign').count(), 1);
+  assert.equal(await picture.locator('.findings-timeline__number').count(), 1);
   const heights = await picture
     .locator('svg path')
     .evaluateAll((paths) => paths.map((path) => path.getBBox().height));

@@ -1,20 +1,20 @@
-import { has } from './bridge';
-import { Board } from './components/board';
-import { HeldMacroDialog } from './components/held-macro';
+import { isMainWindow } from './bridge';
 import { Notices } from './components/notices';
+import { PanelList } from './components/panel-list';
+import { PendingImportDialog } from './components/pending-import-dialog';
 import { Preferences } from './components/preferences';
 import { WarningDialog } from './components/warning-dialog';
+import { AutoclickerPanel } from './panels/autoclicker';
 import { HotkeysPanel } from './panels/hotkeys';
-import { ClickerPanel } from './panels/clicker';
+import { KeySpammerPanel } from './panels/key-spammer';
 import { MacroPanel } from './panels/macro';
-import { PresserPanel } from './panels/presser';
 import { ProfilePanel } from './panels/profile';
 import { StateLine } from './state-line';
 
 const panels = {
-  ...(has('getProfiles') && { 'panel-profile': ProfilePanel }),
-  'panel-spammer': ClickerPanel,
-  'panel-keyspam': PresserPanel,
+  ...(isMainWindow() && { 'panel-profile': ProfilePanel }),
+  'panel-spammer': AutoclickerPanel,
+  'panel-keyspam': KeySpammerPanel,
   'panel-tracker': MacroPanel,
   'panel-ui': HotkeysPanel,
 };
@@ -23,10 +23,10 @@ export function App() {
   return (
     <>
       <StateLine />
-      <Board panels={panels} />
+      <PanelList panels={panels} />
       <Preferences />
       <WarningDialog />
-      <HeldMacroDialog />
+      <PendingImportDialog />
       <Notices />
     </>
   );

@@ -1,19 +1,19 @@
-// Many small edits of the macro in a row, one call each, for as long as the macro is the one they were meant for.
+// Sends many small edits of the macro in a row, one call each. Stops if the macro changes otherwise.
 import { signal } from '@preact/signals';
 import { call } from './bridge';
 import { status } from './store';
 
-const kShownAfter = 1000; // ms from which on the progress is shown
-const kProgressInterval = 100; // ms between two changes of the progress shown
+const kShownAfter = 1000; // ms after which the progress is shown
+const kProgressInterval = 100; // ms between two updates of the progress
 
 export interface Batch {
   doing: string; // "Deleting", "Shifting"
   done: number;
   of: number;
-  shown: boolean; // it takes so long that people want to know
+  shown: boolean; // it has run for kShownAfter
 }
 
-// How it ended: all sent, given up by the person, stopped because the macro is another by now, or refused.
+// Why it ended: all edits sent, cancelled by the user, stopped because the macro has changed, or an edit rejected.
 export type BatchEnd = 'done' | 'cancelled' | 'changed' | 'failed';
 
 export interface BatchWork {
@@ -27,10 +27,10 @@ export interface BatchWork {
 export interface BatchResult {
   end: BatchEnd;
   done: number;
-  reason?: unknown; // where it was refused
+  reason?: unknown; // of a rejected edit
 }
 
-// The one under way.
+// The batch that is running.
 export const batch = signal<Batch | null>(null);
 
 let cancelled = false;
@@ -40,7 +40,7 @@ export function cancelBatch(): void {
   cancelled = true;
 }
 
-// Gives up the batch under way, if there is one; what changes the macro must wait for this.
+// Cancels the running batch and waits for its end. Other changes of the macro wait for this.
 export async function endBatch(): Promise<void> {
   if (!batch.peek()) return;
   cancelBatch();
@@ -57,23 +57,23 @@ export function sendBatch(work: BatchWork): Promise<BatchResult> {
 
 async function send({ doing, command, count, argument, removes }: BatchWork): Promise<BatchResult> {
   let done = 0;
-  let another = false;
-  const before = status.peek().count;
-  // Every poll that is answered meanwhile must tell of the macro that the steps so far have made, or of one some steps
-  // back, which may be under way.
-  const unwatch = status.subscribe(({ state, count: now }) => {
+  let macroChanged = false;
+  const before = status.peek().eventCount;
+  // Each poll meanwhile must report the macro as the steps so far have left it, or one of the states before, as its
+  // reply may be older.
+  const unwatch = status.subscribe(({ state, eventCount: now }) => {
     const least = removes ? before - done - 1 : before;
-    if (state === 'Recording' || now > before || now < least) another = true;
+    if (state === 'Recording' || now > before || now < least) macroChanged = true;
   });
   const started = performance.now();
-  let told = started;
+  let updated = started;
   try {
-    while (done < count && !cancelled && !another) {
+    while (done < count && !cancelled && !macroChanged) {
       await call(command, argument(done));
       done++;
       const now = performance.now();
-      if (now - told < kProgressInterval) continue;
-      told = now;
+      if (now - updated < kProgressInterval) continue;
+      updated = now;
       batch.value = { doing, done, of: count, shown: now - started >= kShownAfter };
     }
   } catch (reason) {
@@ -81,6 +81,6 @@ async function send({ doing, command, count, argument, removes }: BatchWork): Pr
   } finally {
     unwatch();
   }
-  if (another) return { end: 'changed', done };
+  if (macroChanged) return { end: 'changed', done };
   return { end: done < count ? 'cancelled' : 'done', done };
 }

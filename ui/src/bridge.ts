@@ -1,9 +1,9 @@
-// The only module that talks to the native program. Everything else calls commands.ts, which calls this.
+// The only module that calls native functions.
 //
-// NOTE: the web-view library's page script keeps every answered promise, with its result, for as long as the page
-// lives; at eight polls a second that is a leak without end.
-// HACK: `call` and `onReply` on the library's prototype are replaced by ones that drop an entry when it is answered.
-// The bound functions reach `call` through the prototype at each call, so they are covered too.
+// NOTE: the page script of the web-view library keeps every settled promise, with its result, for the life of the page.
+// At eight polls a second the page's memory grows without limit.
+// HACK: plugPromiseLeak replaces `call` and `onReply` on the library's prototype by functions that drop an entry when
+// its reply arrives. The bound functions look up `call` on the prototype each time, so they use the replacement too.
 
 interface PageLibrary {
   post(message: string): unknown;
@@ -11,7 +11,7 @@ interface PageLibrary {
   onReply(id: string, status: number, result?: string): void;
 }
 
-interface Waiting {
+interface PendingCall {
   resolve(value: unknown): void;
   reject(reason: unknown): void;
 }
@@ -22,8 +22,8 @@ declare global {
   }
 }
 
-const waiting = new Map<string, Waiting>();
-// Replies to an earlier page of the same window must not match calls of this one.
+const pendingCalls = new Map<string, PendingCall>();
+// Replies to an earlier page of the same window must not match the calls of this page.
 const idPrefix = `${Math.random().toString(36).slice(2)}-`;
 let callCount = 0;
 
@@ -33,17 +33,17 @@ export function plugPromiseLeak(): void {
   const originalOnReply = library.onReply;
   library.call = function (method, ...params) {
     const id = idPrefix + String(++callCount);
-    const promise = new Promise((resolve, reject) => waiting.set(id, { resolve, reject }));
+    const promise = new Promise((resolve, reject) => pendingCalls.set(id, { resolve, reject }));
     this.post(JSON.stringify({ id, method, params }));
     return promise;
   };
   library.onReply = function (id, status, result) {
-    const entry = waiting.get(id);
+    const entry = pendingCalls.get(id);
     if (!entry) {
       originalOnReply.call(this, id, status, result);
       return;
     }
-    waiting.delete(id);
+    pendingCalls.delete(id);
     let value: unknown;
     try {
       value = result === undefined ? undefined : JSON.parse(result);
@@ -56,14 +56,15 @@ export function plugPromiseLeak(): void {
   };
 }
 
-// Whether the program offers a command: panels have fewer, and later versions more.
-export function has(name: string): boolean {
-  return typeof (window as unknown as Record<string, unknown>)[name] === 'function';
-}
+const isBound = (name: string) => typeof (window as unknown as Record<string, unknown>)[name] === 'function';
 
-// A command that the program does not offer resolves to undefined, as one that returns nothing does.
+// Returns whether this is the page of the main window. The page of a panel's own window has fewer commands: no
+// profiles, imports and preferences.
+export const isMainWindow = () => isBound('getAppSettings');
+
+// Resolves to undefined if the program does not offer the command, as for a command that returns nothing.
 export async function call(name: string, ...args: string[]): Promise<unknown> {
-  if (!has(name)) return undefined;
+  if (!isBound(name)) return undefined;
   const bound = (window as unknown as Record<string, (...params: string[]) => Promise<unknown>>)[name];
   return bound?.(...args);
 }

@@ -1,5 +1,5 @@
-// The commands of the program, with the exact argument texts it expects. Each resolves to whether it worked; a failure
-// is shown as a sentence and never thrown.
+// The commands of the program, with the exact argument texts that it expects. Each resolves to whether it worked; a
+// failure is shown as a sentence and never thrown.
 import { type BatchEnd, type BatchWork, endBatch, sendBatch } from './batch';
 import { call } from './bridge';
 import {
@@ -11,7 +11,20 @@ import {
   showFailure,
 } from './fetch';
 import { pollNow, pollSoon } from './poll';
-import type { AppSettings, AppSwitch, Capture, MacroEvent, PanelId, Settings } from './reports';
+import { intervalLength } from './rate';
+import {
+  type AppSettings,
+  type AppSwitch,
+  type AutoclickerSettings,
+  type Capture,
+  kCaptureWords,
+  type KeySpammerSettings,
+  type MacroEvent,
+  type MacroSettings,
+  type PanelId,
+  type RepeatMode,
+  type Settings,
+} from './reports';
 import {
   appSettings,
   events,
@@ -23,25 +36,25 @@ import {
   settings,
   status,
 } from './store';
-import { goesOn, kWarnings } from './warnings';
+import { confirmWarning, kWarnings } from './warnings';
 
-// Those that make another macro of the present one: a batch of edits must have come to rest before.
-const kChangesMacro = new Set([
+// Commands that change or replace the macro. A batch of edits ends before one of them is sent.
+const kMacroCommands = new Set([
   ...['startRecording', 'continueRecording', 'undoContinueRecording', 'optimizeMacro'],
   ...['deleteEvent', 'updateEventTime', 'confirmMacroImport'],
   ...['addProfile', 'switchProfile', 'clearProfile', 'deleteProfile'],
 ]);
 
-// `what` completes "Varnelle could not ..." where the command fails.
-async function run(what: string, name: string, ...args: string[]): Promise<boolean> {
+// `what` completes "Varnelle could not ..." if the command fails.
+async function runCommand(what: string, name: string, ...args: string[]): Promise<boolean> {
   try {
-    if (kChangesMacro.has(name)) await endBatch();
+    if (kMacroCommands.has(name)) await endBatch();
     await call(name, ...args);
     failure.value = '';
     return true;
   } catch (reason) {
     showFailure(what, reason);
-    // The controls follow the program again, which may not have changed.
+    // Draws the controls again: they show the program's state, which may not have changed.
     status.value = { ...status.value };
     return false;
   } finally {
@@ -49,128 +62,179 @@ async function run(what: string, name: string, ...args: string[]): Promise<boole
   }
 }
 
-// Engines. What starts one asks first where the person may be surprised; false if they would rather not.
+const flag = (on: boolean) => (on ? '1' : '0');
+
+// Engines. A start that may surprise the user shows its warning first and resolves to false if the user cancels it.
 export async function startClicking(): Promise<boolean> {
-  const { sh, sm, ss, sms, rptMode } = settings.value;
-  const endless = rptMode !== 0 && !appSettings.value.hotkeysEnabled;
-  if (endless && !(await goesOn(kWarnings.endlessClicking))) return false;
-  if (sh + sm + ss + sms === 0 && !(await goesOn(kWarnings.fastestClicking))) return false;
-  return run('start clicking', 'startSpammer');
+  const { autoclicker } = settings.value;
+  const endless = autoclicker.repeatMode !== 'count' && !appSettings.value.hotkeysEnabled;
+  if (endless && !(await confirmWarning(kWarnings.endlessClicking))) return false;
+  if (intervalLength(autoclicker) === 0 && !(await confirmWarning(kWarnings.fastestClicking))) return false;
+  return runCommand('start clicking', 'startSpammer');
 }
-export const stopClicking = () => run('stop clicking', 'stopSpammer');
+
+export const stopClicking = () => runCommand('stop clicking', 'stopSpammer');
+
 export async function startPressing(): Promise<boolean> {
-  const { ksh, ksm, kss, ksms } = settings.value;
-  if (ksh + ksm + kss + ksms === 0 && !(await goesOn(kWarnings.fastestPressing))) return false;
-  return run('start pressing', 'startKeySpam');
+  const fastest = intervalLength(settings.value.keySpammer) === 0;
+  if (fastest && !(await confirmWarning(kWarnings.fastestPressing))) return false;
+  return runCommand('start pressing', 'startKeySpam');
 }
-export const stopPressing = () => run('stop pressing', 'stopKeySpam');
+
+export const stopPressing = () => runCommand('stop pressing', 'stopKeySpam');
+
 export async function startRecording(): Promise<boolean> {
-  if (status.value.count > 0 && !(await goesOn(kWarnings.replacing))) return false;
-  return run('start the recording', 'startRecording');
+  if (status.value.eventCount > 0 && !(await confirmWarning(kWarnings.replacing))) return false;
+  return runCommand('start the recording', 'startRecording');
 }
-export const stopRecording = () => run('stop the recording', 'stopRecording');
-export const continueRecording = () => run('continue the recording', 'continueRecording');
-// The list follows from the status, which tells when the undo is used up.
-export const undoContinue = () => run('undo the recording', 'undoContinueRecording');
+
+export const stopRecording = () => runCommand('stop the recording', 'stopRecording');
+export const continueRecording = () => runCommand('continue the recording', 'continueRecording');
+// The next poll shows that the undo is used up, and fetches the list.
+export const undoContinue = () => runCommand('undo the recording', 'undoContinueRecording');
+
 export async function startPlayback(): Promise<boolean> {
-  if (settings.value.tloop && !(await goesOn(kWarnings.looping))) return false;
-  return run('start the playback', 'startPlayback');
+  if (settings.value.macro.loop && !(await confirmWarning(kWarnings.looping))) return false;
+  return runCommand('start the playback', 'startPlayback');
 }
-export const stopPlayback = () => run('stop the playback', 'stopPlayback');
-export const captureKey = (capture: Exclude<Capture, ''>) => run('wait for a key', 'reassignKey', capture);
-export const resetHotkeys = () => run('reset the hotkeys', 'resetHotkeys');
-export const removeTarget = (index: number) => run('remove the key', 'removeKeySpamTarget', String(index));
+
+export const stopPlayback = () => runCommand('stop the playback', 'stopPlayback');
+
+export const captureKey = (capture: Exclude<Capture, ''>) =>
+  runCommand('wait for a key', 'reassignKey', kCaptureWords[capture]);
+export const resetHotkeys = () => runCommand('reset the hotkeys', 'resetHotkeys');
+export const removeTarget = (index: number) =>
+  runCommand('remove the key', 'removeKeySpamTarget', String(index));
 export const setChordMode = (chord: boolean) =>
-  run('change the key order', 'setKeySpamChordMode', chord ? '1' : '0');
+  runCommand('change the key order', 'setKeySpamChordMode', flag(chord));
 
 export async function pickLocation(): Promise<void> {
-  picking.value = await run('wait for a place', 'pickLocation');
+  picking.value = await runCommand('wait for a place', 'pickLocation');
 }
 
-// Settings.
-async function change(changes: Partial<Settings>, name: string, argument: (s: Settings) => string) {
+// Settings. The page's copy changes at once.
+async function changeSettings(changed: Partial<Settings>, name: string, argument: string): Promise<void> {
   noteSettingsEdit();
-  settings.value = { ...settings.value, ...changes };
-  // A refused change leaves the program with part of it, so ask what it holds now.
-  if (!(await run('change the setting', name, argument(settings.value)))) await fetchSettings();
+  settings.value = { ...settings.value, ...changed };
+  // The program has taken part of a change that it rejects, so ask for all settings.
+  if (!(await runCommand('change the setting', name, argument))) await fetchSettings();
 }
 
-export const changeClicker = (changes: Partial<Settings>) =>
-  change(changes, 'updateSpammer', (s) =>
-    [s.sh, s.sm, s.ss, s.sms, s.sbtn, s.stype, s.rptMode, s.rptTimes, s.locMode].join(','),
-  );
-export const changePresser = (changes: Partial<Settings>) =>
-  change(changes, 'updateKeySpam', (s) => [s.ksh, s.ksm, s.kss, s.ksms, s.ksRptMode, s.ksRptTimes].join(','));
-export const changeTracker = (changes: Partial<Settings>) =>
-  change(changes, 'updateTracker', (s) =>
-    [s.tmv, s.tclk, s.tscr, s.tkey, s.trel, s.tspd, s.tloop, s.tloopMs].join(','),
-  );
-export const changeHoldAuto = (hold: boolean) =>
-  change({ holdAuto: hold }, 'setHoldMode', () => `auto,${hold ? '1' : '0'}`);
-export const changeHoldKeySpam = (hold: boolean) =>
-  change({ holdKeySpam: hold }, 'setHoldMode', () => `keyspam,${hold ? '1' : '0'}`);
+const repeatModeNumber = (mode: RepeatMode) => (mode === 'count' ? 0 : 1);
 
-// Whether the page's list is not the program's any more, as far as the last poll tells: places in it mean nothing then.
-const macroIsAnother = () => recording.value || status.value.count !== events.value.length;
+export function changeAutoclicker(changes: Partial<AutoclickerSettings>): Promise<void> {
+  const autoclicker = { ...settings.value.autoclicker, ...changes };
+  const fields = [
+    autoclicker.intervalHours,
+    autoclicker.intervalMinutes,
+    autoclicker.intervalSeconds,
+    autoclicker.intervalMilliseconds,
+    autoclicker.button,
+    flag(autoclicker.doubleClick),
+    repeatModeNumber(autoclicker.repeatMode),
+    autoclicker.repeatCount,
+    flag(autoclicker.locationMode === 'fixed'),
+  ];
+  return changeSettings({ autoclicker }, 'updateSpammer', fields.join(','));
+}
 
-// The list after an edit of the page's own, and its count, which the next poll will tell as well.
-function keepEdited(list: MacroEvent[]): void {
+export function changeKeySpammer(changes: Partial<KeySpammerSettings>): Promise<void> {
+  const keySpammer = { ...settings.value.keySpammer, ...changes };
+  const fields = [
+    keySpammer.intervalHours,
+    keySpammer.intervalMinutes,
+    keySpammer.intervalSeconds,
+    keySpammer.intervalMilliseconds,
+    repeatModeNumber(keySpammer.repeatMode),
+    keySpammer.repeatCount,
+  ];
+  return changeSettings({ keySpammer }, 'updateKeySpam', fields.join(','));
+}
+
+export function changeMacroSettings(changes: Partial<MacroSettings>): Promise<void> {
+  const macro = { ...settings.value.macro, ...changes };
+  const fields = [
+    macro.recordMoves,
+    macro.recordButtons,
+    macro.recordWheel,
+    macro.recordKeys,
+    macro.recordRawMoves,
+    macro.playbackSpeed,
+    macro.loop,
+    macro.loopPauseMilliseconds,
+  ];
+  return changeSettings({ macro }, 'updateTracker', fields.join(','));
+}
+
+export function changeHoldAutoclicker(holdAutoclicker: boolean): Promise<void> {
+  const hotkeys = { ...settings.value.hotkeys, holdAutoclicker };
+  return changeSettings({ hotkeys }, 'setHoldMode', `auto,${flag(holdAutoclicker)}`);
+}
+
+export function changeHoldKeySpammer(holdKeySpammer: boolean): Promise<void> {
+  const hotkeys = { ...settings.value.hotkeys, holdKeySpammer };
+  return changeSettings({ hotkeys }, 'setHoldMode', `keyspam,${flag(holdKeySpammer)}`);
+}
+
+// Returns whether the page's list differs from the program's, as far as the last poll shows. Indexes are meaningless
+// then.
+const listIsStale = () => recording.value || status.value.eventCount !== events.value.length;
+
+// Stores the list after an edit of the page's own, and its count, which the next poll reports as well.
+function storeEdited(list: MacroEvent[]): void {
   events.value = list;
-  if (status.value.count !== list.length) status.value = { ...status.value, count: list.length };
+  if (status.value.eventCount !== list.length) status.value = { ...status.value, eventCount: list.length };
 }
 
-// Edits of the macro. A macro may hold a million events, so a small edit is made in the page's copy as well, instead of
-// fetching everything again.
+// Edits of the macro. The page makes a small edit in its own copy as well: a macro may hold a million events, which are
+// not fetched again for each.
 export async function deleteEvent(index: number): Promise<void> {
-  if (macroIsAnother()) return fetchEvents();
-  if (!(await run('delete the event', 'deleteEvent', String(index))) || eventsLoading.value)
+  if (listIsStale()) return fetchEvents();
+  if (!(await runCommand('delete the event', 'deleteEvent', String(index))) || eventsLoading.value)
     return fetchEvents();
   const left = events.value.slice();
   left.splice(index, 1);
-  keepEdited(left);
+  storeEdited(left);
 }
 
 export async function retimeEvent(index: number, seconds: number): Promise<void> {
-  if (macroIsAnother()) return fetchEvents();
+  if (listIsStale()) return fetchEvents();
   const time = seconds.toFixed(6);
-  const worked = await run('change the time', 'updateEventTime', `${index},${time}`);
+  const worked = await runCommand('change the time', 'updateEventTime', `${index},${time}`);
   const event = events.value[index];
   if (!worked || !event || eventsLoading.value) return fetchEvents();
   const list = events.value.slice();
   list[index] = { ...event, time: Number(time) };
-  keepEdited(list);
+  storeEdited(list);
 }
 
-// How many events it dropped, as far as the two lists tell; undefined where it failed.
+// Resolves to how many events it dropped, by comparing the two lists, or to undefined if it failed.
 export async function optimiseMacro(): Promise<number | undefined> {
   const before = events.value.length;
-  const worked = await run('optimise the macro', 'optimizeMacro');
+  const worked = await runCommand('optimise the macro', 'optimizeMacro');
   await fetchEvents();
   return worked ? before - events.value.length : undefined;
 }
 
-// Many edits in a row. They go by the places in the list, so the program's list must be the page's at the start.
+// Sends many edits in a row. They go by indexes, so the program's list must be the page's at the start.
 async function runBatch(what: string, work: BatchWork): Promise<{ end: BatchEnd; done: number }> {
   await endBatch();
   await pollNow();
-  const { state, count } = status.value;
-  if (state === 'Recording' || count !== events.value.length || eventsLoading.value) {
-    return { end: 'changed', done: 0 };
-  }
+  if (listIsStale() || eventsLoading.value) return { end: 'changed', done: 0 };
   const result = await sendBatch(work);
   if (result.end === 'failed') showFailure(what, result.reason);
   else failure.value = '';
   return result;
 }
 
-// After a batch: the page's copy is edited in the same way, unless the macro is another by now.
-function afterBatch(end: BatchEnd, edited: () => MacroEvent[]): void {
-  if (end === 'done' || end === 'cancelled') keepEdited(edited());
+// After a batch: makes the same edits in the page's copy, or fetches the list if the macro has changed otherwise.
+function finishBatch(end: BatchEnd, edited: () => MacroEvent[]): void {
+  if (end === 'done' || end === 'cancelled') storeEdited(edited());
   else if (!recording.value) void fetchEvents();
   pollSoon();
 }
 
-// `indexes` ascending. They are deleted from the last one on, so that none moves before its turn.
+// `indexes` ascending. The last event is deleted first, so that no index changes before its turn.
 export async function deleteEvents(indexes: Uint32Array): Promise<{ end: BatchEnd; done: number }> {
   const result = await runBatch('delete the events', {
     doing: 'Deleting',
@@ -179,9 +243,9 @@ export async function deleteEvents(indexes: Uint32Array): Promise<{ end: BatchEn
     argument: (step) => String(indexes[indexes.length - 1 - step]),
     removes: true,
   });
-  afterBatch(result.end, () => {
-    const gone = new Set(indexes.subarray(indexes.length - result.done));
-    return events.value.filter((_, index) => !gone.has(index));
+  finishBatch(result.end, () => {
+    const deleted = new Set(indexes.subarray(indexes.length - result.done));
+    return events.value.filter((_, index) => !deleted.has(index));
   });
   return result;
 }
@@ -199,7 +263,7 @@ export async function shiftEvents(
     argument: (step) => `${indexes[step]},${shifted(indexes[step] as number)}`,
     removes: false,
   });
-  afterBatch(result.end, () => {
+  finishBatch(result.end, () => {
     const changed = list.slice();
     for (const index of indexes.subarray(0, result.done)) {
       changed[index] = { ...(list[index] as MacroEvent), time: Number(shifted(index)) };
@@ -209,24 +273,28 @@ export async function shiftEvents(
   return result;
 }
 
-// Profiles. Each of these changes the settings, the macro and the list together.
-async function runOnProfiles(what: string, name: string, ...args: string[]): Promise<void> {
+// Profiles. Each of these commands changes the settings, the macro and the list together.
+async function runProfileCommand(what: string, name: string, ...args: string[]): Promise<void> {
   noteSettingsEdit();
-  await run(what, name, ...args);
+  await runCommand(what, name, ...args);
   await Promise.all([fetchProfiles(), fetchSettings(), fetchEvents()]);
 }
 
-export const addProfile = (name: string) => runOnProfiles('add the profile', 'addProfile', name);
+export const addProfile = (name: string) => runProfileCommand('add the profile', 'addProfile', name);
 export const switchProfile = (index: number) =>
-  runOnProfiles('switch the profile', 'switchProfile', String(index));
-export const clearProfile = () => runOnProfiles('clear the profile', 'clearProfile');
-export const deleteProfile = () => runOnProfiles('delete the profile', 'deleteProfile');
+  runProfileCommand('switch the profile', 'switchProfile', String(index));
+export const clearProfile = () => runProfileCommand('clear the profile', 'clearProfile');
+export const deleteProfile = () => runProfileCommand('delete the profile', 'deleteProfile');
 
-// Macros from outside; imports.ts tells what comes of them. The file dialogs answer when they are closed.
-export const confirmImport = (pendingId: string) => run('import the macro', 'confirmMacroImport', pendingId);
-export const cancelImport = (pendingId: string) => run('drop the macro', 'cancelMacroImport', pendingId);
+// Imports and exports. imports.ts shows what comes of them.
+export const confirmImport = (pendingId: string) =>
+  runCommand('import the macro', 'confirmMacroImport', pendingId);
+export const cancelImport = (pendingId: string) =>
+  runCommand('drop the macro', 'cancelMacroImport', pendingId);
 
-export async function withFileDialog(which: 'import' | 'export'): Promise<unknown> {
+// Opens a file dialog of the program. Resolves to the program's report when the dialog is closed, or to undefined if it
+// failed or another dialog is open.
+export async function openFileDialog(which: 'import' | 'export'): Promise<unknown> {
   if (fileDialog.value) return undefined;
   fileDialog.value = which;
   try {
@@ -241,22 +309,26 @@ export async function withFileDialog(which: 'import' | 'export'): Promise<unknow
   }
 }
 
-// Preferences. The page's copy changes at once; a refused change asks what the program holds.
-async function prefer(changes: Partial<AppSettings>, name: string, argument: string): Promise<void> {
+// Preferences. The page's copy changes at once. If the program rejects a change, ask for all preferences.
+async function changeAppSettings(
+  changes: Partial<AppSettings>,
+  name: string,
+  argument: string,
+): Promise<void> {
   appSettings.value = { ...appSettings.value, ...changes };
-  if (!(await run('change the preference', name, argument))) await fetchAppSettings();
+  if (!(await runCommand('change the preference', name, argument))) await fetchAppSettings();
 }
 
 export const setAppSwitch = (key: AppSwitch, on: boolean) =>
-  prefer({ [key]: on }, 'setAppSetting', `${key},${on ? '1' : '0'}`);
+  changeAppSettings({ [key]: on }, 'setAppSetting', `${key},${flag(on)}`);
 
 export function setPanelMinimised(id: PanelId, minimised: boolean): Promise<void> {
   const others = appSettings.value.minimizedPanels.filter((other) => other !== id);
   const changes = { minimizedPanels: minimised ? [...others, id] : others };
-  return prefer(changes, 'setAppSetting', `min:${id},${minimised ? '1' : '0'}`);
+  return changeAppSettings(changes, 'setAppSetting', `min:${id},${flag(minimised)}`);
 }
 
 export const setPanelOrder = (order: PanelId[]) =>
-  prefer({ panelOrder: order }, 'setPanelOrder', order.join(','));
+  changeAppSettings({ panelOrder: order }, 'setPanelOrder', order.join(','));
 
-export const openLink = (which: 'docs' | 'discord') => run('open the page', 'openLink', which);
+export const openLink = (which: 'docs' | 'discord') => runCommand('open the page', 'openLink', which);

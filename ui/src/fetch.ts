@@ -1,5 +1,5 @@
-// Asks the program for what the status poll does not carry: settings, events, profiles.
-import { call, has } from './bridge';
+// Fetches what the status poll does not carry: settings, preferences, profiles, events.
+import { call, isMainWindow } from './bridge';
 import { type MacroEvent, readAppSettings, readEvents, readProfiles, readSettings } from './reports';
 import {
   appSettings,
@@ -18,27 +18,26 @@ export function showFailure(what: string, reason: unknown): void {
   failure.value = `Varnelle could not ${what}${cause ? ` (${cause})` : ''}. Please try again.`;
 }
 
-// The page's own changes stand at once; an answer to a question asked before them must not undo them.
+// The page shows its own changes at once. A reply to a request from before a change must not undo it.
 let settingsEdits = 0;
 export function noteSettingsEdit(): void {
   settingsEdits++;
 }
 
 export async function fetchSettings(): Promise<void> {
-  if (!has('getSettings')) return;
-  const asked = settingsEdits;
+  const editsBefore = settingsEdits;
   try {
     const report = readSettings(await call('getSettings'));
-    if (asked !== settingsEdits) return;
+    if (editsBefore !== settingsEdits) return;
     if (JSON.stringify(report) !== JSON.stringify(settings.value)) settings.value = report;
   } catch (reason) {
     showFailure('read the settings', reason);
   }
 }
 
-// Resolves to whether the list is the program's present one.
+// Resolves to whether it worked.
 export async function fetchProfiles(): Promise<boolean> {
-  if (!has('getProfiles')) return false;
+  if (!isMainWindow()) return false;
   try {
     profiles.value = readProfiles(await call('getProfiles'));
     return true;
@@ -49,7 +48,7 @@ export async function fetchProfiles(): Promise<boolean> {
 }
 
 export async function fetchAppSettings(): Promise<void> {
-  if (!has('getAppSettings')) return;
+  if (!isMainWindow()) return;
   try {
     appSettings.value = readAppSettings(await call('getAppSettings'));
   } catch (reason) {
@@ -57,33 +56,34 @@ export async function fetchAppSettings(): Promise<void> {
   }
 }
 
-// What is selected in the list stays selected where a new answer says what the page knew.
+// An unchanged list keeps its records, so that the selection in it stays.
 const isSameMacro = (a: readonly MacroEvent[], b: readonly MacroEvent[]) =>
-  a.length === b.length && a.every((event, i) => event.time === b[i]?.time && event.desc === b[i]?.desc);
+  a.length === b.length &&
+  a.every((event, i) => event.time === b[i]?.time && event.description === b[i]?.description);
 
-// Only the answer to the last question counts.
-let eventQuestions = 0;
-let lastQuestion = Promise.resolve();
+// Only the reply to the last request counts.
+let eventRequests = 0;
+let lastRequest = Promise.resolve();
 
-// Resolves when the last question is answered, which may be a later one.
+// Resolves when the last request is answered, which may be a later one.
 export function fetchEvents(): Promise<void> {
-  if (has('getMacroEvents')) lastQuestion = askForEvents();
-  return lastQuestion;
+  lastRequest = requestEvents();
+  return lastRequest;
 }
 
-async function askForEvents(): Promise<void> {
-  const asked = ++eventQuestions;
+async function requestEvents(): Promise<void> {
+  const request = ++eventRequests;
   eventsLoading.value = true;
   try {
     const list = readEvents(await call('getMacroEvents'));
-    if (asked !== eventQuestions) return await lastQuestion;
+    if (request !== eventRequests) return await lastRequest;
     if (!isSameMacro(list, events.value)) events.value = list;
     eventsFailedAt.value = -1;
   } catch (reason) {
-    if (asked !== eventQuestions) return await lastQuestion;
-    eventsFailedAt.value = status.value.count;
+    if (request !== eventRequests) return await lastRequest;
+    eventsFailedAt.value = status.value.eventCount;
     showFailure('read the events', reason);
   } finally {
-    if (asked === eventQuestions) eventsLoading.value = false;
+    if (request === eventRequests) eventsLoading.value = false;
   }
 }

@@ -1,34 +1,32 @@
-// Which hotkey acts where two share a key. The program compares a press with its bindings in a fixed order, and the
-// first match wins. It reports bindings by their names only, so names are what is compared.
-import type { Status } from './reports';
+// The hotkeys, and which one acts if two share a key. The program compares a press with its bindings in a fixed order,
+// and the first match wins. It reports a binding only by the name of its key, so the page compares names.
+import type { HotkeyId, Status } from './reports';
 
 export interface Hotkey {
-  capture: 'auto' | 'keyspamhotkey' | 'rec' | 'play' | 'unlock';
-  field: 'hkAuto' | 'hkKeySpam' | 'hkRec' | 'hkPlay' | 'hkUnlock';
-  what: string; // as shown
+  id: HotkeyId;
+  title: string;
   name: string; // inside a sentence
-  first: string; // the name of its key after a reset
+  defaultKey: string; // name of its key after a reset
 }
 
-// As the page lists them.
+// In the order of the page.
 export const kHotkeys: readonly Hotkey[] = [
-  { capture: 'auto', field: 'hkAuto', what: 'Clicker', name: 'clicker', first: 'F6' },
-  { capture: 'keyspamhotkey', field: 'hkKeySpam', what: 'Key presser', name: 'key presser', first: 'F9' },
-  { capture: 'rec', field: 'hkRec', what: 'Record', name: 'record', first: 'F8' },
-  { capture: 'play', field: 'hkPlay', what: 'Play', name: 'play', first: 'F7' },
-  { capture: 'unlock', field: 'hkUnlock', what: 'Lock and unlock', name: 'unlock', first: 'F10' },
+  { id: 'autoclicker', title: 'Clicker', name: 'clicker', defaultKey: 'F6' },
+  { id: 'keySpammer', title: 'Key presser', name: 'key presser', defaultKey: 'F9' },
+  { id: 'record', title: 'Record', name: 'record', defaultKey: 'F8' },
+  { id: 'play', title: 'Play', name: 'play', defaultKey: 'F7' },
+  { id: 'unlock', title: 'Lock and unlock', name: 'unlock', defaultKey: 'F10' },
 ];
 
-// As the program compares them.
-const kMatching: readonly Hotkey['capture'][] = ['unlock', 'rec', 'play', 'auto', 'keyspamhotkey'];
+// The order in which the program compares a press with them.
+const kMatchOrder: readonly HotkeyId[] = ['unlock', 'record', 'play', 'autoclicker', 'keySpammer'];
 
-// The hotkey that takes the key of `capture` away from it. While the lock is off its key has no meaning of its own.
-export function takenBy(capture: Hotkey['capture'], status: Status): Hotkey | undefined {
-  const inUse = (one: Hotkey) => one.capture !== 'unlock' || status.lockOn;
-  const own = kHotkeys.find((one) => one.capture === capture);
-  if (!own || !inUse(own) || status[own.field] === '') return undefined;
-  const earlier = kMatching.slice(0, kMatching.indexOf(capture));
-  return earlier
-    .map((other) => kHotkeys.find((one) => one.capture === other))
-    .find((one): one is Hotkey => !!one && inUse(one) && status[one.field] === status[own.field]);
+// Returns the hotkey that acts in place of `id`, because it has the same key and is compared first. The unlock hotkey
+// takes part only while the lock is enabled.
+export function hotkeyInPlaceOf(id: HotkeyId, { hotkeys, lockEnabled }: Status): Hotkey | undefined {
+  const isUsed = (one: HotkeyId) => one !== 'unlock' || lockEnabled;
+  if (!isUsed(id) || hotkeys[id] === '') return undefined;
+  const earlier = kMatchOrder.slice(0, kMatchOrder.indexOf(id));
+  const winner = earlier.find((one) => isUsed(one) && hotkeys[one] === hotkeys[id]);
+  return kHotkeys.find((one) => one.id === winner);
 }

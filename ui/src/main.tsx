@@ -4,7 +4,7 @@ import { plugPromiseLeak } from './bridge';
 import { App } from './app';
 import { fitFirstWindow, installFit } from './fit';
 import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
-import { fetchWaiting, listenForImports } from './imports';
+import { fetchPendingNotices, listenForImports } from './imports';
 import { startPolling } from './poll';
 import { appSettings, clicking, known, picking, playing } from './store';
 import './theme.css';
@@ -13,14 +13,14 @@ import './forced-colors.css';
 
 plugPromiseLeak();
 
-// The window is a tool, not a browser page: its menu is only of use where text is edited.
+// The web view's context menu is useful only in text fields.
 document.addEventListener('contextmenu', (event) => {
   const edited = event.target instanceof HTMLInputElement && event.target.type === 'text';
   if (!edited) event.preventDefault();
 });
 
-// A pick swallows the press that decides it, also one that cancels. So a press that reaches the page tells that no pick
-// is under way any more, unless it may be one that the program itself makes.
+// The program swallows the press that ends a pick. So a press that reaches the page shows that the pick is over, unless
+// the autoclicker or the playback may have made it.
 document.addEventListener(
   'pointerdown',
   () => {
@@ -33,20 +33,20 @@ effect(() => {
   document.documentElement.classList.toggle('still', appSettings.value.disableAnimations);
 });
 
-// The first answers decide how the page looks, so it is shown when they are in, or when they have taken too long.
-const kFirstAnswers = 800; // ms
-async function show(root: HTMLElement, answers: Promise<unknown>[]): Promise<void> {
+// Shows the page when the first reports have arrived or time out, so that nothing moves afterwards.
+const kFirstReportsTimeout = 800; // ms
+async function show(root: HTMLElement, reports: Promise<unknown>[]): Promise<void> {
   await Promise.race([
-    Promise.all(answers),
-    new Promise((resolve) => window.setTimeout(resolve, kFirstAnswers)),
+    Promise.all(reports),
+    new Promise((resolve) => window.setTimeout(resolve, kFirstReportsTimeout)),
   ]);
-  // The answers are drawn before anything is seen.
+  // Lets the page render the reports first.
   await new Promise((resolve) => window.setTimeout(resolve));
   root.classList.add('app--known');
   known.value = true;
   fitFirstWindow();
-  // A sheet takes the focus, which only what is seen can have.
-  void fetchWaiting();
+  // A dialog takes the focus, so it must not open before the page is visible.
+  void fetchPendingNotices();
 }
 
 installFit();

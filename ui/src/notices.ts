@@ -1,16 +1,16 @@
-// What the page says besides the state: what is done, in passing, and messages that stay until they are read.
+// Notices besides the state: what has been done, shown for a while, and messages that stay until they are dismissed.
 import { signal } from '@preact/signals';
 
-// Each is a new object, so that the same words said again count as said again.
-export const toast = signal<{ text: string } | null>(null);
-// The first is in sight.
+// A new object each time, so that the same text again counts as a new notice.
+export const doneNotice = signal<{ text: string } | null>(null);
+// The page shows the first.
 export const messages = signal<readonly string[]>([]);
 
-export function say(text: string): void {
-  toast.value = { text };
+export function showDone(text: string): void {
+  doneNotice.value = { text };
 }
 
-export function tell(text: string): void {
+export function showMessage(text: string): void {
   if (text.trim() !== '' && !messages.value.includes(text)) messages.value = [...messages.value, text];
 }
 

@@ -1,70 +1,55 @@
-// What an interval means in clicks or keys a second, as the engines take it.
-import { groupedNumber } from './components/numbers';
+// The rate that an interval means, as the engines take it: clicks or keys a second.
+import { groupedNumber, timeText } from './format';
+import type { Interval } from './reports';
 
-export interface Interval {
-  hours: number;
-  minutes: number;
-  seconds: number;
-  milliseconds: number;
-}
-
-export const kParts = [
-  { key: 'hours', name: 'Hours', unit: 'h', length: 3600000 },
-  { key: 'minutes', name: 'Minutes', unit: 'min', length: 60000 },
-  { key: 'seconds', name: 'Seconds', unit: 's', length: 1000 },
-  { key: 'milliseconds', name: 'Milliseconds', unit: 'ms', length: 1 },
+export const kIntervalParts = [
+  { key: 'intervalHours', name: 'Hours', unit: 'h', milliseconds: 3600000 },
+  { key: 'intervalMinutes', name: 'Minutes', unit: 'min', milliseconds: 60000 },
+  { key: 'intervalSeconds', name: 'Seconds', unit: 's', milliseconds: 1000 },
+  { key: 'intervalMilliseconds', name: 'Milliseconds', unit: 'ms', milliseconds: 1 },
 ] as const;
 
-// What is repeated: "click", "double click", and the milliseconds that it takes by itself.
+// What is repeated.
 export interface Action {
-  one: string;
+  one: string; // "click", "double click"
   many: string;
-  length: number;
+  length: number; // ms that it takes by itself
 }
 
-// A pause is never shorter, and ends with a tick of the timer: up to as much later than it should.
+// A pause is never shorter than a tick of the timer, and ends up to a tick late.
 const kTick = 1; // ms
-// From here on a tick makes no difference that anyone would see.
-const kSlow = 20; // ms
+// The shortest turn for which a late tick makes no visible difference.
+const kSlowTurn = 20; // ms
 
-export const milliseconds = (interval: Interval) =>
-  kParts.reduce((sum, part) => sum + interval[part.key] * part.length, 0);
+// In milliseconds.
+export const intervalLength = (interval: Interval) =>
+  kIntervalParts.reduce((sum, part) => sum + interval[part.key] * part.milliseconds, 0);
 
-const asRead = (value: number) => groupedNumber(Number(value.toPrecision(value >= 1000 ? 4 : 3)));
-const turns = (interval: Interval, action: Action) => Math.max(kTick, milliseconds(interval)) + action.length;
+const rounded = (value: number) => groupedNumber(Number(value.toPrecision(value >= 1000 ? 4 : 3)));
 
-// A time in words: "2 min 5 s".
-export function timeText(time: number): string {
-  const hours = Math.floor(time / 3600000);
-  const minutes = Math.floor((time % 3600000) / 60000);
-  const seconds = (time % 60000) / 1000;
-  const parts = [
-    hours > 0 && `${groupedNumber(hours)} h`,
-    minutes > 0 && `${minutes} min`,
-    (seconds > 0 || time < 60000) && `${groupedNumber(Number(seconds.toFixed(3)))} s`,
-  ];
-  return parts.filter(Boolean).join(' ');
-}
+// Milliseconds from one action to the next.
+const turnLength = (interval: Interval, action: Action) =>
+  Math.max(kTick, intervalLength(interval)) + action.length;
 
-// Sending the input comes on top of the pause, so a quick rate is the most that can be reached.
+// Sending the input takes time on top of the pause, so a quick rate is an upper limit.
 export function rateText(interval: Interval, action: Action): string {
-  const turn = turns(interval, action);
+  const turn = turnLength(interval, action);
   if (turn > 1000) return `1 ${action.one} every ${timeText(turn)}`;
-  const rate = `${asRead(1000 / turn)} ${turn === 1000 ? action.one : action.many}/s`;
-  return turn < kSlow ? `Up to ${rate}` : rate;
+  const rate = `${rounded(1000 / turn)} ${turn === 1000 ? action.one : action.many}/s`;
+  return turn < kSlowTurn ? `Up to ${rate}` : rate;
 }
 
-// What the timer makes of a quick rate; empty where the rate is what the interval says. `limited`: the settings ask for
-// more than there is.
+// Explains what the timer makes of a quick rate. The text is empty if the rate is what the interval says. `limited`:
+// the settings ask for more than the timer can do.
 export function rateLimit(interval: Interval, action: Action): { text: string; limited: boolean } {
-  const pause = milliseconds(interval);
-  const turn = turns(interval, action);
+  const pause = intervalLength(interval);
+  const turn = turnLength(interval, action);
   if (action.length > 0 && pause < action.length) {
-    const rate = `${asRead(1000 / turn)} a second`;
+    const rate = `${rounded(1000 / turn)} a second`;
     return { text: `A ${action.one} takes ${action.length} ms by itself: at most ${rate}.`, limited: true };
   }
-  if (turn >= kSlow) return { text: '', limited: false };
-  const range = `${asRead(1000 / (turn + kTick))} to ${asRead(1000 / turn)} ${action.many}/s`;
+  if (turn >= kSlowTurn) return { text: '', limited: false };
+  const range = `${rounded(1000 / (turn + kTick))} to ${rounded(1000 / turn)} ${action.many}/s`;
   if (pause < kTick) return { text: `The timer cannot go below ${kTick} ms: ${range}.`, limited: true };
   return { text: `The timer ticks every ms: expect ${range}.`, limited: false };
 }

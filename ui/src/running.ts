@@ -1,61 +1,60 @@
 // What runs, and how it is stopped.
 import { stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
 import type { IconName } from './components/icon';
-import type { Hotkey } from './hotkey-order';
+import type { HotkeyId } from './reports';
 import { clicking, playing, pressing, recording, settings } from './store';
 
 export interface Running {
   word: string; // inside a sentence
   kind: 'recording' | 'playing' | 'tool';
-  sign: IconName;
-  hotkey: Hotkey['capture'];
-  held: boolean; // the key runs the tool only while it is held
+  icon: IconName;
+  hotkey: HotkeyId;
+  held: boolean; // it runs only while its hotkey is held
   stop: () => Promise<boolean>;
 }
 
 export function whatRuns(): Running[] {
-  const { holdAuto, holdKeySpam } = settings.value;
+  const { holdAutoclicker, holdKeySpammer } = settings.value.hotkeys;
   const recorder: Running = {
     word: 'recording',
     kind: 'recording',
-    sign: 'record',
-    hotkey: 'rec',
+    icon: 'record',
+    hotkey: 'record',
     held: false,
     stop: stopRecording,
   };
   const player: Running = {
     word: 'playing',
     kind: 'playing',
-    sign: 'play',
+    icon: 'play',
     hotkey: 'play',
     held: false,
     stop: stopPlayback,
   };
-  const clicker: Running = {
+  const autoclicker: Running = {
     word: 'clicking',
     kind: 'tool',
-    sign: 'pointer',
-    hotkey: 'auto',
-    held: holdAuto,
+    icon: 'pointer',
+    hotkey: 'autoclicker',
+    held: holdAutoclicker,
     stop: stopClicking,
   };
-  const presser: Running = {
+  const keySpammer: Running = {
     word: 'pressing',
     kind: 'tool',
-    sign: 'key',
-    hotkey: 'keyspamhotkey',
-    held: holdKeySpam,
+    icon: 'key',
+    hotkey: 'keySpammer',
+    held: holdKeySpammer,
     stop: stopPressing,
   };
   return [
     ...(recording.value ? [recorder] : []),
     ...(playing.value ? [player] : []),
-    ...(clicking.value ? [clicker] : []),
-    ...(pressing.value ? [presser] : []),
+    ...(clicking.value ? [autoclicker] : []),
+    ...(pressing.value ? [keySpammer] : []),
   ];
 }
 
-// Names of what runs, as the words of a sentence.
 export const runningWords = (running: Running[]) => running.map((entry) => entry.word).join(', ');
 
 export const stopAll = (running: Running[]) => running.forEach((entry) => void entry.stop());

@@ -1,37 +1,38 @@
-// Long work in short pieces, so that the page answers in between. The work is a generator that yields after each piece.
+// Runs long work in short slices, so that the page stays responsive. The work is a generator that yields after each
+// slice.
 
-// Pieces of about this many events take a few milliseconds.
+// A slice of this many events takes a few milliseconds.
 export const kSliceEvents = 20_000;
 
 export type Sliced<T> = Generator<void, T, void>;
 
-const next: (() => void)[] = [];
+const steps: (() => void)[] = [];
 let channel: MessageChannel | undefined;
 
-// A message is delivered at once, where a timer of 0 ms would wait for 4 ms.
-function soon(step: () => void): void {
+// A message arrives at once, while a timer of 0 ms waits for 4 ms.
+function runSoon(step: () => void): void {
   if (!channel) {
     channel = new MessageChannel();
-    channel.port1.onmessage = () => next.shift()?.();
+    channel.port1.onmessage = () => steps.shift()?.();
   }
-  next.push(step);
+  steps.push(step);
   channel.port2.postMessage(null);
 }
 
-// Runs the work to its end, the first piece at once. Returns a function that gives it up.
-export function inSlices<T>(work: Sliced<T>, onDone: (result: T, slices: number) => void): () => void {
-  let given = false;
+// Runs the work to its end, the first slice at once. Returns a function that cancels it.
+export function runInSlices<T>(work: Sliced<T>, onDone: (result: T, slices: number) => void): () => void {
+  let cancelled = false;
   let slices = 0;
   const step = () => {
-    if (given) return;
+    if (cancelled) return;
     slices++;
     const { done, value } = work.next();
     if (done) {
       onDone(value, slices);
     } else {
-      soon(step);
+      runSoon(step);
     }
   };
   step();
-  return () => (given = true);
+  return () => (cancelled = true);
 }

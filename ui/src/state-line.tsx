@@ -1,72 +1,68 @@
 import { Fragment, type ComponentChildren } from 'preact';
-import { has } from './bridge';
+import { isMainWindow } from './bridge';
 import { setAppSwitch } from './commands';
 import { Button } from './components/button';
 import { Icon, type IconName } from './components/icon';
 import { KeyCap } from './components/key-cap';
-import { counted, sentence } from './components/numbers';
 import { PreferencesButton } from './components/preferences';
 import { usePending } from './components/run-button';
-import { type Hotkey, kHotkeys, takenBy } from './hotkey-order';
-import type { Capture } from './reports';
+import { capitalised, counted } from './format';
+import { hotkeyInPlaceOf } from './hotkey-order';
+import type { Capture, HotkeyId } from './reports';
 import { type Running, runningWords, stopAll, whatRuns } from './running';
 import {
   answering,
+  capture,
   eventCount,
   hotkeysOff,
   locked,
   picking,
-  reassigning,
   recording,
   status,
   unanswered,
 } from './store';
 import './state-line.css';
 
-// The name of the key that acts for a hotkey; empty where another hotkey takes it.
-function keyOf(capture: Hotkey['capture']): string {
-  if (takenBy(capture, status.value)) return '';
-  const field = kHotkeys.find((one) => one.capture === capture)?.field;
-  return field ? status.value[field] : '';
-}
+// Returns the name of the key of a hotkey, or an empty string if another hotkey acts in its place.
+const keyOf = (id: HotkeyId) => (hotkeyInPlaceOf(id, status.value) ? '' : status.value.hotkeys[id]);
 
 interface Look {
   kind: Running['kind'] | 'idle' | 'waiting' | 'locked' | 'off';
-  sign: IconName | '';
+  icon: IconName | '';
   title: string;
 }
 
 function look(running: Running[]): Look {
   const first = running[0];
-  if (!answering.value) return { kind: 'off', sign: '', title: unanswered.value };
+  if (!answering.value) return { kind: 'off', icon: '', title: unanswered.value };
   if (first) {
-    return { kind: first.kind, sign: first.sign, title: sentence(runningWords(running)) };
+    return { kind: first.kind, icon: first.icon, title: capitalised(runningWords(running)) };
   }
-  if (reassigning.value) return { kind: 'waiting', sign: 'key', title: 'Waiting for a key' };
-  if (picking.value) return { kind: 'waiting', sign: 'target', title: 'Picking a place' };
-  if (hotkeysOff.value) return { kind: 'off', sign: 'off', title: 'Hotkeys off' };
-  if (locked.value) return { kind: 'locked', sign: 'lock', title: 'Hotkeys locked' };
-  return { kind: 'idle', sign: '', title: 'Idle' };
+  if (capture.value) return { kind: 'waiting', icon: 'key', title: 'Waiting for a key' };
+  if (picking.value) return { kind: 'waiting', icon: 'target', title: 'Picking a place' };
+  if (hotkeysOff.value) return { kind: 'off', icon: 'off', title: 'Hotkeys off' };
+  if (locked.value) return { kind: 'locked', icon: 'lock', title: 'Hotkeys locked' };
+  return { kind: 'idle', icon: '', title: 'Idle' };
 }
 
-// What runs, and which key stops it. It stays in sight and keeps its height.
+// Shows what runs and which key stops it. Stays at the top while the page scrolls, and never changes its height.
 export function StateLine() {
   const running = whatRuns();
-  const { kind, sign, title } = look(running);
+  const { kind, icon, title } = look(running);
   const [stopping, setStopping] = usePending(running.length);
-  const offers = running.length === 0 && hotkeysOff.value && !reassigning.value && has('setAppSetting');
+  const offers = running.length === 0 && hotkeysOff.value && !capture.value && isMainWindow();
   return (
     <header class={`state-line state-line--${kind}`}>
       <h1 class="unseen">Varnelle</h1>
-      <span class="state-line__sign" aria-hidden="true">
-        {sign ? <Icon name={sign} /> : <span class="state-line__lamp" />}
+      <span class="state-line__icon" aria-hidden="true">
+        {icon ? <Icon name={icon} /> : <span class="state-line__lamp" />}
       </span>
       <div class="state-line__text">
         <div role="status" aria-label="State">
           <div class="state-line__title">{title}</div>
           <div class="state-line__detail">{detail(running)}</div>
         </div>
-        {/* Outside of what is read aloud at each change. */}
+        {/* Outside the status, which screen readers read aloud at each change. */}
         {recording.value && running.length === 1 && (
           <div class="state-line__count">{counted(eventCount.value, 'event')}</div>
         )}
@@ -96,18 +92,18 @@ export function StateLine() {
   );
 }
 
-const kCaptures: Record<Capture, string> = {
+const kCaptureTexts: Record<Capture, string> = {
   '': '',
-  auto: 'the new clicker hotkey',
-  keyspamhotkey: 'the new key presser hotkey',
-  rec: 'the new record hotkey',
+  autoclicker: 'the new clicker hotkey',
+  keySpammer: 'the new key presser hotkey',
+  record: 'the new record hotkey',
   play: 'the new play hotkey',
   unlock: 'the new unlock hotkey',
-  keyspamtarget: 'the key to add',
+  target: 'the key to add',
 };
 
 function detail(running: Running[]): ComponentChildren {
-  if (reassigning.value) return `Press ${kCaptures[reassigning.value]}. Esc cancels.`;
+  if (capture.value) return `Press ${kCaptureTexts[capture.value]}. Esc cancels.`;
   if (picking.value) return 'Click the place on the screen. Right-click cancels.';
   if (hotkeysOff.value) {
     return running.length > 0
@@ -118,7 +114,7 @@ function detail(running: Running[]): ComponentChildren {
     return (
       <>
         {running.length > 0 && 'Hotkeys are locked: '}
-        <KeyCap name={status.value.hkUnlock} /> unlocks them
+        <KeyCap name={status.value.hotkeys.unlock} /> unlocks them
       </>
     );
   }
@@ -126,17 +122,17 @@ function detail(running: Running[]): ComponentChildren {
 }
 
 function startingKeys(): ComponentChildren {
-  const words = { auto: 'click', keyspamhotkey: 'press', rec: 'record', play: 'play' } as const;
-  const captures = Object.keys(words) as (keyof typeof words)[];
-  const acting = captures.filter((capture) => keyOf(capture) !== '');
-  if (acting.length === 0 && status.value.hkUnlock !== '') {
+  const words = { autoclicker: 'click', keySpammer: 'press', record: 'record', play: 'play' } as const;
+  const ids = Object.keys(words) as (keyof typeof words)[];
+  const acting = ids.filter((id) => keyOf(id) !== '');
+  if (acting.length === 0 && status.value.hotkeys.unlock !== '') {
     return 'Every hotkey has the key that locks and unlocks.';
   }
-  return acting.map((capture, i) => (
-    <Fragment key={capture}>
+  return acting.map((id, i) => (
+    <Fragment key={id}>
       {i > 0 && ' '}
       <span class="state-line__pair">
-        <KeyCap name={keyOf(capture)} /> {words[capture]}
+        <KeyCap name={keyOf(id)} /> {words[id]}
       </span>
     </Fragment>
   ));

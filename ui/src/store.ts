@@ -1,21 +1,20 @@
-// What the page knows, all of it told by the program. The panels are a view of these signals.
+// The state of the page: what the program has reported, and what the page shows. The panels are a view of these
+// signals.
 import { computed, signal } from '@preact/signals';
 import {
-  type AppSettings,
-  firstAppSettings,
-  firstSettings,
-  idleStatus,
   type MacroEvent,
   type PanelId,
-  type ProfileList,
-  type Settings,
-  type Status,
+  readAppSettings,
+  readProfiles,
+  readSettings,
+  readStatus,
 } from './reports';
 
-export const status = signal<Status>(idleStatus);
-export const settings = signal<Settings>(firstSettings);
-export const appSettings = signal<AppSettings>(firstAppSettings);
-export const profiles = signal<ProfileList>({ current: 0, names: [], defaultName: '' });
+// The defaults of the reports, until the first ones arrive.
+export const status = signal(readStatus({}));
+export const settings = signal(readSettings({}));
+export const appSettings = signal(readAppSettings({}));
+export const profiles = signal(readProfiles({}));
 export const events = signal<readonly MacroEvent[]>([]);
 export const eventsLoading = signal(false);
 // The event count at which fetching the list failed, so that it is not tried again at every poll; -1 if it did not.
@@ -44,12 +43,13 @@ export const answering = signal(true);
 
 export const recording = computed(() => status.value.state === 'Recording');
 export const playing = computed(() => status.value.state === 'Playing');
-export const clicking = computed(() => status.value.autoClicking);
-export const pressing = computed(() => status.value.keySpamming);
-export const locked = computed(() => status.value.lockOn && !status.value.unlocked);
+export const clicking = computed(() => status.value.clicking);
+export const pressing = computed(() => status.value.pressing);
+export const locked = computed(() => status.value.lockEnabled && !status.value.unlocked);
 export const hotkeysOff = computed(() => !appSettings.value.hotkeysEnabled);
-export const reassigning = computed(() => status.value.reassigning);
-export const eventCount = computed(() => status.value.count);
+// What the program waits for a key for.
+export const capture = computed(() => status.value.capture);
+export const eventCount = computed(() => status.value.eventCount);
 // The time of the latest event. The list may be out of order after a change of time.
 export const macroLength = computed(() => {
   let longest = 0;

@@ -1,7 +1,7 @@
-// Warnings before a step that may surprise, at its button: a hotkey acts at once. Each is shown until the person goes on
-// from it once; the program keeps which, and the preferences can turn them all off.
+// Warnings before a button does something that may surprise the user. Hotkeys act at once. Each warning is shown until
+// the user has confirmed it once; the program keeps which. A preference turns all of them off.
 import { signal } from '@preact/signals';
-import { call, has } from './bridge';
+import { call, isMainWindow } from './bridge';
 import { fetchAppSettings, showFailure } from './fetch';
 import { appSettings } from './store';
 
@@ -9,7 +9,7 @@ export interface Warning {
   id: string; // kept by the program; letters and hyphens only
   title: string;
   text: string;
-  verb: string; // on the button that goes on
+  verb: string; // on the button that confirms
 }
 
 export const kWarnings = {
@@ -43,7 +43,7 @@ export const kWarnings = {
     text: 'The events of this profile are cleared first, and that cannot be undone. Continue adds to them instead; recorded in a new profile, both are kept. The record hotkey starts over without asking.',
     verb: 'Record anew',
   },
-  // Told in the step that asks each time, not in a sheet of its own.
+  // Shown in the question that is asked each time, not in a dialog of its own.
   losingEvents: {
     id: 'losing-events',
     title: '',
@@ -52,18 +52,18 @@ export const kWarnings = {
   },
 } as const satisfies Record<string, Warning>;
 
-interface Question {
+interface OpenWarning {
   warning: Warning;
-  answer: (goOn: boolean) => void;
+  answer: (confirmed: boolean) => void;
 }
 
-// The warning in sight, if there is one.
-export const question = signal<Question | null>(null);
+// The warning whose dialog is open.
+export const openWarning = signal<OpenWarning | null>(null);
 
-// A panel cannot know which have been seen, so it shows none.
+// False in a panel's own window: its page does not know which warnings have been seen.
 export function isDue({ id }: Warning): boolean {
   const { showWarnings, seenWarnings } = appSettings.value;
-  return has('markWarningSeen') && showWarnings && !seenWarnings.includes(id);
+  return isMainWindow() && showWarnings && !seenWarnings.includes(id);
 }
 
 export async function markSeen({ id }: Warning): Promise<void> {
@@ -78,17 +78,17 @@ export async function markSeen({ id }: Warning): Promise<void> {
   }
 }
 
-// Whether to go on. True at once where the warning is not due; false while another is in sight.
-export function goesOn(warning: Warning): Promise<boolean> {
+// Resolves to whether the user confirms, at once to true if the warning is not due. False if another warning is open.
+export function confirmWarning(warning: Warning): Promise<boolean> {
   if (!isDue(warning)) return Promise.resolve(true);
-  if (question.value) return Promise.resolve(false);
+  if (openWarning.value) return Promise.resolve(false);
   return new Promise((resolve) => {
-    question.value = {
+    openWarning.value = {
       warning,
-      answer: (goOn) => {
-        question.value = null;
-        if (goOn) void markSeen(warning);
-        resolve(goOn);
+      answer: (confirmed) => {
+        openWarning.value = null;
+        if (confirmed) void markSeen(warning);
+        resolve(confirmed);
       },
     };
   });

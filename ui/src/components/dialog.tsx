@@ -1,21 +1,22 @@
 import type { ComponentChildren } from 'preact';
 import { useId, useLayoutEffect, useRef } from 'preact/hooks';
+import { runningWords, stopAll, whatRuns } from '../running';
 import { failure } from '../store';
-import { RunningNote } from './running-note';
+import { Button } from './button';
 import './dialog.css';
 
 export interface DialogProps {
   title: string;
   children: ComponentChildren;
-  actions: ComponentChildren; // buttons; the first of them has the focus at first
-  alarming?: boolean; // an alertdialog: the person has to decide
+  actions: ComponentChildren; // buttons; the first gets the focus
+  alarming?: boolean; // an alertdialog: the user has to decide
   wide?: boolean;
-  bodyLabel?: string; // names the part that scrolls, where it holds nothing to tab to
+  bodyLabel?: string; // name of the body, for a body that scrolls and has no focusable element
   onClose: () => void; // Esc
 }
 
-// A modal sheet over the page. The element keeps the focus inside and gives it back when it is gone. What is behind it
-// cannot be pressed, so it shows what runs, and failures, itself.
+// A modal dialog. The browser keeps the focus inside and returns it at the end. The page behind cannot be used, so the
+// dialog itself shows what runs and what has failed.
 export function Dialog(props: DialogProps) {
   const { title, children, actions, alarming = false, wide = false, bodyLabel } = props;
   const element = useRef<HTMLDialogElement>(null);
@@ -44,7 +45,7 @@ export function Dialog(props: DialogProps) {
         event.preventDefault();
         close.current?.();
       }}
-      // NOTE: a second Esc closes the element without asking.
+      // NOTE: a second Esc closes the element without a cancel event.
       onClose={() => close.current?.()}
     >
       <h2 class="dialog__title" id={`${id}-title`}>
@@ -65,5 +66,19 @@ export function Dialog(props: DialogProps) {
       </div>
       <div class="dialog__actions">{actions}</div>
     </dialog>
+  );
+}
+
+// Shows what runs behind the dialog, and stops it.
+function RunningNote() {
+  const running = whatRuns();
+  if (running.length === 0) return null;
+  return (
+    <div class="dialog__running">
+      <span>{`Still ${runningWords(running)}.`}</span>
+      <Button kind="stop" icon="stop" onPress={() => stopAll(running)}>
+        Stop now
+      </Button>
+    </div>
   );
 }

@@ -1,16 +1,16 @@
 import { useEffect, useState } from 'preact/hooks';
-import { dismissMessage, messages, toast } from '../notices';
+import { dismissMessage, doneNotice, messages } from '../notices';
 import { failure } from '../store';
 import { Button } from './button';
 import { Icon } from './icon';
 import './notices.css';
 
-const kToastStay = 7000; // ms
+const kDoneTimeout = 7000; // ms
 
-// At the foot of the window. Both regions are there before there is anything to say, so that readers follow them.
+// The notices at the bottom of the window. Both regions exist while they are empty, so that screen readers watch them.
 export function Notices() {
   const more = messages.value.length - 1;
-  const said = toast.value;
+  const done = doneNotice.value;
   return (
     <div class="notices">
       <div class="notices__region" role="alert">
@@ -20,7 +20,7 @@ export function Notices() {
         )}
       </div>
       <div class="notices__region" role="status" aria-label="Done">
-        {said && <Toast text={said.text} said={said} />}
+        {done && <DoneNotice notice={done} />}
       </div>
     </div>
   );
@@ -29,7 +29,7 @@ export function Notices() {
 function Notice({ text, more = 0, onDismiss }: { text: string; more?: number; onDismiss: () => void }) {
   return (
     <div class="notice">
-      <span class="notice__sign">
+      <span class="notice__icon">
         <Icon name="danger" />
       </span>
       <span class="notice__text">
@@ -43,9 +43,9 @@ function Notice({ text, more = 0, onDismiss }: { text: string; more?: number; on
   );
 }
 
-// It goes by itself, but not while it is pointed at, has the focus, or nobody can see the page.
-function Toast({ text, said }: { text: string; said: object }) {
-  const [pointed, setPointed] = useState(false);
+// Disappears by itself, except while the pointer is over it, it has the focus or the page is hidden.
+function DoneNotice({ notice }: { notice: { text: string } }) {
+  const [hovered, setHovered] = useState(false);
   const [focused, setFocused] = useState(false);
   const [hidden, setHidden] = useState(document.hidden);
   useEffect(() => {
@@ -53,29 +53,29 @@ function Toast({ text, said }: { text: string; said: object }) {
     document.addEventListener('visibilitychange', follow);
     return () => document.removeEventListener('visibilitychange', follow);
   }, []);
-  const stays = pointed || focused || hidden;
+  const stays = hovered || focused || hidden;
   useEffect(() => {
     if (stays) return;
-    const timer = window.setTimeout(() => (toast.value = null), kToastStay);
+    const timer = window.setTimeout(() => (doneNotice.value = null), kDoneTimeout);
     return () => window.clearTimeout(timer);
-  }, [stays, said]);
+  }, [stays, notice]);
   return (
     <div
       class="notice notice--done"
-      onPointerEnter={() => setPointed(true)}
-      onPointerLeave={() => setPointed(false)}
+      onPointerEnter={() => setHovered(true)}
+      onPointerLeave={() => setHovered(false)}
       onFocusIn={() => setFocused(true)}
       onFocusOut={() => setFocused(false)}
     >
-      <span class="notice__sign">
+      <span class="notice__icon">
         <Icon name="done" />
       </span>
-      <span class="notice__text">{text}</span>
+      <span class="notice__text">{notice.text}</span>
       <button
         type="button"
         class="notice__close"
         aria-label="Dismiss the notice"
-        onClick={() => (toast.value = null)}
+        onClick={() => (doneNotice.value = null)}
       >
         <Icon name="cross" />
       </button>

@@ -1,7 +1,7 @@
 import type { ComponentChildren } from 'preact';
-import { movePanel, placeOf } from '../arrange';
-import { has } from '../bridge';
+import { isMainWindow } from '../bridge';
 import { setPanelMinimised } from '../commands';
+import { movePanel, panelPosition } from '../panel-order';
 import type { PanelId } from '../reports';
 import { appSettings, arranging } from '../store';
 import { Icon } from './icon';
@@ -15,25 +15,25 @@ export interface PanelProps {
   children: ComponentChildren;
 }
 
-// NOTE: what stands in an element of class panel-btn does not move the window when the panel is popped out.
+// NOTE: in a panel's own window, a press in the header drags the window, except inside an element of class panel-btn.
 export function Panel({ id, title, summary, action, children }: PanelProps) {
-  const open = !appSettings.value.minimizedPanels.includes(id);
-  const toggle = () => void setPanelMinimised(id, open);
+  const isOpen = !appSettings.value.minimizedPanels.includes(id);
+  const toggle = () => void setPanelMinimised(id, isOpen);
   const moving = arranging.value === id;
   return (
     <section
-      class={`panel${open ? '' : ' panel--collapsed'}`}
+      class={`panel${isOpen ? '' : ' panel--collapsed'}`}
       id={id}
       data-panel={id}
       aria-labelledby={`${id}-title`}
     >
       <header class="panel-header">
-        {has('setPanelOrder') && <Grip id={id} title={title} moving={moving} />}
+        {isMainWindow() && <Grip id={id} title={title} moving={moving} />}
         <button
           type="button"
           class="panel-btn panel__toggle"
           aria-label={`${title}: show settings`}
-          aria-expanded={open}
+          aria-expanded={isOpen}
           aria-controls={`${id}-body`}
           onClick={toggle}
         >
@@ -45,7 +45,7 @@ export function Panel({ id, title, summary, action, children }: PanelProps) {
         </div>
         <div class="panel-btn panel__action">{moving ? <Movers id={id} title={title} /> : action}</div>
       </header>
-      <div class="panel__body" id={`${id}-body`} hidden={!open}>
+      <div class="panel__body" id={`${id}-body`} hidden={!isOpen}>
         {children}
       </div>
     </section>
@@ -57,13 +57,13 @@ interface MoverProps {
   title: string;
 }
 
-// Drags the panel, moves it by the arrow keys, and pressed shows buttons that do the same.
+// Drags the panel and moves it by the arrow keys. A press shows buttons that move it.
 function Grip({ id, title, moving }: MoverProps & { moving: boolean }) {
   const onKeyDown = (event: KeyboardEvent) => {
-    const { place, count } = placeOf(id);
+    const { position, count } = panelPosition(id);
     const targets: Record<string, number> = {
-      ArrowUp: place - 1,
-      ArrowDown: place + 1,
+      ArrowUp: position - 1,
+      ArrowDown: position + 1,
       Home: 0,
       End: count - 1,
     };
@@ -91,7 +91,7 @@ function Grip({ id, title, moving }: MoverProps & { moving: boolean }) {
 }
 
 function Movers({ id, title }: MoverProps) {
-  const { place, count } = placeOf(id);
+  const { position, count } = panelPosition(id);
   const done = () => {
     arranging.value = '';
     document.querySelector<HTMLElement>(`#${id} .panel__grip`)?.focus();
@@ -101,8 +101,8 @@ function Movers({ id, title }: MoverProps) {
       type="button"
       class="panel__mover"
       aria-label={`Move ${title} ${icon}`}
-      aria-disabled={place + by < 0 || place + by >= count}
-      onClick={() => movePanel(id, title, place + by)}
+      aria-disabled={position + by < 0 || position + by >= count}
+      onClick={() => movePanel(id, title, position + by)}
     >
       <Icon name={icon} />
     </button>
@@ -123,7 +123,7 @@ function Movers({ id, title }: MoverProps) {
   );
 }
 
-// Controls that belong together, under one name. The line below them is kept free for the hint, and for what is wrong.
+// Controls that belong together, under one title. The line below them shows the hint or the error.
 export function Group(props: {
   title: ComponentChildren;
   children: ComponentChildren;
@@ -131,8 +131,8 @@ export function Group(props: {
   hintId?: string;
   error?: string;
   tall?: boolean; // the hint may take two lines
-  notable?: boolean; // the hint says what the settings cannot do
-  silent?: boolean; // the hint follows the pointer, and what it says is read aloud elsewhere
+  notable?: boolean; // the hint is a warning
+  silent?: boolean; // the hint follows the pointer; another element reports the same to screen readers
 }) {
   const { title, children, hint, hintId, error, tall = false, notable = false, silent = false } = props;
   const kind = error ? ' group__hint--error' : notable ? ' group__hint--notable' : '';

@@ -1,6 +1,6 @@
 import type { ComponentChildren } from 'preact';
 import { useId } from 'preact/hooks';
-import { has } from '../bridge';
+import { isMainWindow } from '../bridge';
 import { openLink, setAppSwitch } from '../commands';
 import type { AppSwitch } from '../reports';
 import { appSettings, preferencesOpen, status } from '../store';
@@ -12,7 +12,7 @@ import { Toggle } from './toggle';
 import './preferences.css';
 
 export function PreferencesButton() {
-  if (!has('getAppSettings')) return null;
+  if (!isMainWindow()) return null;
   return (
     <button
       type="button"
@@ -27,7 +27,7 @@ export function PreferencesButton() {
   );
 }
 
-// Each takes effect as it is switched.
+// Each switch takes effect at once.
 export function Preferences() {
   if (!preferencesOpen.value) return null;
   const close = () => (preferencesOpen.value = false);
@@ -57,8 +57,8 @@ export function Preferences() {
           When off, no key starts or stops anything: only the buttons of this window do.
         </Switch>
         <Switch of="hotkeyLock" label="Hotkey lock">
-          <KeyCap name={status.value.hkUnlock} /> turns the other hotkeys into ordinary keys for typing, and
-          back. Switching this unlocks them.
+          <KeyCap name={status.value.hotkeys.unlock} /> turns the other hotkeys into ordinary keys for typing,
+          and back. Switching this unlocks them.
         </Switch>
         <Switch of="stopToolsWithMacro" label="Stop the tools with the macro">
           When a recording or a playback ends, the clicker and the key presser stop as well.
@@ -73,15 +73,13 @@ export function Preferences() {
           Hotkeys never ask.
         </Switch>
       </Section>
-      {has('openLink') && (
-        <Section title="Help">
-          <div class="row preferences__links">
-            <Button onPress={() => void openLink('docs')}>Documentation</Button>
-            <Button onPress={() => void openLink('discord')}>Community</Button>
-          </div>
-          <p class="preferences__hint">Both open in your browser.</p>
-        </Section>
-      )}
+      <Section title="Help">
+        <div class="row preferences__links">
+          <Button onPress={() => void openLink('docs')}>Documentation</Button>
+          <Button onPress={() => void openLink('discord')}>Community</Button>
+        </div>
+        <p class="preferences__hint">Both open in your browser.</p>
+      </Section>
     </Dialog>
   );
 }
@@ -99,7 +97,7 @@ function Section({ title, children }: { title: string; children: ComponentChildr
 function Switch(props: {
   of: AppSwitch;
   label: string;
-  inverted?: boolean; // on where the setting is off
+  inverted?: boolean; // the switch is on while the setting is off
   children: ComponentChildren;
 }) {
   const { of, label, inverted = false, children } = props;

@@ -4,7 +4,7 @@ import './segmented.css';
 export interface SegmentedProps<T> {
   label: string;
   value: T;
-  options: readonly { value: T; label: string }[];
+  options: readonly { value: NoInfer<T>; label: string }[];
   onChange: (value: T) => void;
   disabled?: boolean;
 }

@@ -1,12 +1,11 @@
-import { question } from '../warnings';
+import { openWarning } from '../warnings';
 import { Button } from './button';
 import { Dialog } from './dialog';
 
-// The one warning in sight. Its safe answer has the focus.
+// Cancel has the focus.
 export function WarningDialog() {
-  const asked = question.value;
-  if (!asked) return null;
-  const { warning, answer } = asked;
+  if (!openWarning.value) return null;
+  const { warning, answer } = openWarning.value;
   return (
     <Dialog
       key={warning.id}

@@ -1,10 +1,10 @@
-// Which kinds of events the list shows, with how many there are of each.
-import { groupedNumber } from '../components/numbers';
+// The kinds of events that the list shows, with their counts.
+import { groupedNumber } from '../format';
 import { recording } from '../store';
-import { type Group, kGroups } from './macro-data';
-import { reading, setGroupShown, shownGroups, view } from './macro-model';
+import { type Group, kGroups } from './event-columns';
+import { macroData, setGroupShown, shownGroups, view } from './macro-model';
 
-const kShortFrom = 10_000; // events, from which on a count is shown rounded
+const kShortFrom = 10_000; // events from which on a count is rounded
 
 const kTitles: Record<Group, string> = {
   moves: 'Moves',
@@ -15,7 +15,7 @@ const kTitles: Record<Group, string> = {
 };
 
 export function FilterChips() {
-  const counts = recording.value ? undefined : reading.value?.facts.counts;
+  const counts = recording.value ? undefined : macroData.value?.facts.counts;
   return (
     <div class="filter" role="group" aria-label="Kinds of events shown">
       {kGroups.map((group, i) => {
@@ -45,7 +45,7 @@ export function FilterChips() {
   );
 }
 
-// At most four signs, which fit the narrowest window. Readers get the whole number.
+// At most four characters, which fit the narrowest window. Screen readers get the whole number.
 function shortCount(count: number): string {
   if (count < kShortFrom) return String(count);
   return count < 1_000_000 ? `${Math.floor(count / 1000)}k` : `${Math.floor(count / 100_000) / 10}M`;

@@ -1,4 +1,5 @@
-// The program's description of an event, in the words of the page.
+// Events in the words of the page.
+import { EventKind, readDescription, Tool } from '../event-description';
 
 const kNamedKeys: Record<number, string> = {
   8: 'Backspace',
@@ -40,31 +41,31 @@ const kNamedKeys: Record<number, string> = {
   165: 'Right Alt',
 };
 
-// Keys whose sign depends on the keyboard's layout keep their number.
-export function keyName(vk: number): string {
-  if ((vk >= 48 && vk <= 57) || (vk >= 65 && vk <= 90)) return String.fromCharCode(vk);
-  if (vk >= 96 && vk <= 105) return `Num ${vk - 96}`;
-  if (vk >= 112 && vk <= 135) return `F${vk - 111}`;
-  return kNamedKeys[vk] ?? String(vk);
+// A key whose character depends on the keyboard layout is named by its number.
+export function keyName(virtualKey: number): string {
+  if ((virtualKey >= 48 && virtualKey <= 57) || (virtualKey >= 65 && virtualKey <= 90))
+    return String.fromCharCode(virtualKey);
+  if (virtualKey >= 96 && virtualKey <= 105) return `Num ${virtualKey - 96}`;
+  if (virtualKey >= 112 && virtualKey <= 135) return `F${virtualKey - 111}`;
+  return kNamedKeys[virtualKey] ?? String(virtualKey);
 }
 
-const kForms: readonly [RegExp, (parts: string[]) => string][] = [
-  [/^Abs Move to X:(-?\d+) Y:(-?\d+)$/, ([, x, y]) => `Move to ${x}, ${y}`],
-  [/^Rel Move dX:(-?\d+) dY:(-?\d+)$/, ([, x, y]) => `Move by ${x}, ${y}`],
-  [/^Mouse Click at X:(-?\d+) Y:(-?\d+)$/, ([, x, y]) => `Button at ${x}, ${y}`],
-  [/^Keyboard VK: (\d+) \((DOWN|UP)\)$/, ([, vk, way]) => `Key ${keyName(Number(vk))} ${way?.toLowerCase()}`],
-  [
-    /^Mouse Scroll Delta: (-?\d+)$/,
-    ([, delta]) => `Wheel ${Number(delta) < 0 ? 'down' : 'up'} ${Math.abs(Number(delta))}`,
-  ],
-  [/^Autoclicker (ON|OFF)$/, ([, way]) => `Clicker ${way?.toLowerCase()}`],
-  [/^Key Spammer (ON|OFF)$/, ([, way]) => `Key presser ${way?.toLowerCase()}`],
-];
-
 export function eventText(description: string): string {
-  for (const [form, words] of kForms) {
-    const parts = form.exec(description);
-    if (parts) return words(parts);
+  const { kind, x, y, virtualKey, on, wheel, tool } = readDescription(description);
+  switch (kind) {
+    case EventKind.AbsoluteMove:
+      return `Move to ${x}, ${y}`;
+    case EventKind.RelativeMove:
+      return `Move by ${x}, ${y}`;
+    case EventKind.Button:
+      return `Button at ${x}, ${y}`;
+    case EventKind.Key:
+      return `Key ${keyName(virtualKey)} ${on ? 'down' : 'up'}`;
+    case EventKind.Wheel:
+      return `Wheel ${wheel < 0 ? 'down' : 'up'} ${Math.abs(wheel)}`;
+    case EventKind.Tool:
+      return `${tool === Tool.Autoclicker ? 'Clicker' : 'Key presser'} ${on ? 'on' : 'off'}`;
+    default:
+      return description || 'Unknown event';
   }
-  return description || 'Unknown event';
 }

@@ -1,39 +1,37 @@
 import { signal } from '@preact/signals';
 import { useLayoutEffect, useRef, useState } from 'preact/hooks';
-import { has } from '../bridge';
+import { isMainWindow } from '../bridge';
 import { captureKey, resetHotkeys, setAppSwitch } from '../commands';
 import { Button } from '../components/button';
-import { CaptureNote } from '../components/capture-note';
 import { Confirm } from '../components/confirm';
 import { Icon } from '../components/icon';
-import { KeyCap } from '../components/key-cap';
+import { CaptureNote, KeyCap } from '../components/key-cap';
 import { Panel } from '../components/panel';
 import { Toggle } from '../components/toggle';
-import { type Hotkey, kHotkeys, takenBy } from '../hotkey-order';
-import type { Settings, Status } from '../reports';
-import { appSettings, hotkeysOff, locked, reassigning, settings, status } from '../store';
+import { type Hotkey, hotkeyInPlaceOf, kHotkeys } from '../hotkey-order';
+import type { HotkeyId, Settings, Status } from '../reports';
+import { appSettings, capture, hotkeysOff, locked, settings, status } from '../store';
 import './hotkeys.css';
 
-function lockText({ lockOn, hkUnlock }: Status, isLocked: boolean): string {
-  if (!lockOn) return 'The hotkey lock is off.';
-  if (isLocked) return `Locked: all hotkeys but ${hkUnlock} are ordinary keys now.`;
-  return `Unlocked. ${hkUnlock} locks the hotkeys and stops clicking, pressing and playing.`;
+function lockText({ lockEnabled, hotkeys }: Status, isLocked: boolean): string {
+  if (!lockEnabled) return 'The hotkey lock is off.';
+  if (isLocked) return `Locked: all hotkeys but ${hotkeys.unlock} are ordinary keys now.`;
+  return `Unlocked. ${hotkeys.unlock} locks the hotkeys and stops clicking, pressing and playing.`;
 }
 
-const modeText: Record<Hotkey['capture'], (s: Settings, lockOn: boolean) => string> = {
-  auto: ({ holdAuto }) => (holdAuto ? 'Hold to run' : 'Press to start and stop'),
-  keyspamhotkey: ({ holdKeySpam }) => (holdKeySpam ? 'Hold to run' : 'Press to start and stop'),
-  rec: () => 'Press to start and stop',
+const modeText: Record<HotkeyId, (hotkeys: Settings['hotkeys'], lockEnabled: boolean) => string> = {
+  autoclicker: ({ holdAutoclicker }) => (holdAutoclicker ? 'Hold to run' : 'Press to start and stop'),
+  keySpammer: ({ holdKeySpammer }) => (holdKeySpammer ? 'Hold to run' : 'Press to start and stop'),
+  record: () => 'Press to start and stop',
   play: () => 'Press to start and stop',
-  unlock: (_, lockOn) => (lockOn ? 'Press to lock and unlock' : 'Of no use while the lock is off'),
+  unlock: (_, lockEnabled) => (lockEnabled ? 'Press to lock and unlock' : 'Of no use while the lock is off'),
 };
 
-// What a person should know about a binding: that another takes its key, or that a click is lost to it.
+// Returns a warning if another hotkey acts in place of this one, or if it takes every click of a mouse button.
 function noticeOf(hotkey: Hotkey): string {
-  const winner = takenBy(hotkey.capture, status.value);
-  if (winner)
-    return `${status.value[hotkey.field]} is taken: ${winner.what} comes first, so this never acts.`;
-  const name = status.value[hotkey.field];
+  const winner = hotkeyInPlaceOf(hotkey.id, status.value);
+  const name = status.value.hotkeys[hotkey.id];
+  if (winner) return `${name} is taken: ${winner.title} comes first, so this never acts.`;
   if (name === 'Left Mouse' || name === 'Right Mouse') {
     return `Every ${name === 'Left Mouse' ? 'left' : 'right'} click goes to this, in every window.`;
   }
@@ -45,7 +43,7 @@ export function HotkeysPanel() {
   return (
     <Panel id="panel-ui" title="Hotkeys" summary={summary}>
       <div class="panel__wide">
-        {has('setAppSetting') && (
+        {isMainWindow() && (
           <div class="row hotkeys__row-of-switches">
             <Toggle
               label="Hotkeys on"
@@ -67,29 +65,29 @@ export function HotkeysPanel() {
       </div>
       <ul class="panel__wide hotkeys">
         {kHotkeys.map((entry) => (
-          <HotkeyRow key={entry.capture} hotkey={entry} />
+          <HotkeyRow key={entry.id} hotkey={entry} />
         ))}
       </ul>
-      {has('resetHotkeys') && <Reset />}
+      {isMainWindow() && <Reset />}
     </Panel>
   );
 }
 
 function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
-  const { capture, field, what, name } = hotkey;
-  const waiting = reassigning.value === capture;
+  const { id, title, name } = hotkey;
+  const waiting = capture.value === id;
   const notice = noticeOf(hotkey);
   const former = lostKeys().find((lost) => lost.hotkey === hotkey);
-  const noticeId = `hotkey-${capture}-notice`;
+  const noticeId = `hotkey-${id}-notice`;
   return (
     <li class={`hotkeys__row${waiting ? ' hotkeys__row--waiting' : ''}`}>
-      <span class="hotkeys__name">{what}</span>
-      {waiting ? <CaptureNote what="Press a key..." /> : <KeyCap name={status.value[field]} />}
+      <span class="hotkeys__name">{title}</span>
+      {waiting ? <CaptureNote what="Press a key..." /> : <KeyCap name={status.value.hotkeys[id]} />}
       <Button
         label={`Change the ${name} hotkey`}
-        waiting={reassigning.value !== ''}
+        waiting={capture.value !== ''}
         describedBy={noticeId}
-        onPress={() => void captureKey(capture)}
+        onPress={() => void captureKey(id)}
       >
         Change
       </Button>
@@ -98,23 +96,25 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
         {waiting
           ? former
             ? `It was ${former.key}: press that to have it back.`
-            : capture === 'unlock'
+            : id === 'unlock'
               ? 'Any key, or a mouse button but the left.'
               : 'Any key or mouse button: a click counts too.'
-          : notice || modeText[capture](settings.value, status.value.lockOn)}
+          : notice || modeText[id](settings.value.hotkeys, status.value.lockEnabled)}
       </span>
     </li>
   );
 }
 
-// The person's own keys of before a reset, by name.
-const formerKeys = signal<Partial<Record<Hotkey['capture'], string>>>({});
+// The user's own keys before a reset, by name.
+const formerKeys = signal<Partial<Record<HotkeyId, string>>>({});
 
-// Those that a reset has taken and that nothing else has replaced since.
+// Returns the keys that a reset has removed and that the user has not replaced since.
 function lostKeys(): { hotkey: Hotkey; key: string }[] {
   return kHotkeys.flatMap((hotkey) => {
-    const key = formerKeys.value[hotkey.capture];
-    return key !== undefined && status.value[hotkey.field] === hotkey.first ? [{ hotkey, key }] : [];
+    const key = formerKeys.value[hotkey.id];
+    return key !== undefined && status.value.hotkeys[hotkey.id] === hotkey.defaultKey
+      ? [{ hotkey, key }]
+      : [];
   });
 }
 
@@ -127,8 +127,8 @@ function resetHint(lost: ReturnType<typeof lostKeys>, differs: boolean): string 
   return differs ? 'Your own keys take the place of some.' : 'These are the keys of a first start.';
 }
 
-// The program takes a binding only from a key that is really pressed. So the page remembers which keys a reset has
-// taken, and its undo asks for one of them at a time: a key that is still held would be taken for the next one too.
+// The program takes a binding only from a key press. So the page keeps the names of the keys that a reset has removed,
+// and Undo asks for one of them at a time: a key that is still held would be captured for the next hotkey too.
 function Reset() {
   const [asking, setAsking] = useState(false);
   const opener = useRef<HTMLButtonElement>(null);
@@ -139,25 +139,25 @@ function Reset() {
     if (!asking && returns.current) opener.current?.focus();
     returns.current = asking;
   }, [asking]);
-  // The focus does not stay on an Undo that is gone.
+  // Move the focus from an Undo button that has disappeared.
   useLayoutEffect(() => {
     if (lost.length === 0 && undid.current && document.activeElement === document.body)
       opener.current?.focus();
     undid.current = false;
   }, [lost.length === 0]);
-  const differs = kHotkeys.some(({ field, first }) => status.value[field] !== first);
-  const keys = kHotkeys.map(({ first }) => first);
+  const differs = kHotkeys.some(({ id, defaultKey }) => status.value.hotkeys[id] !== defaultKey);
+  const keys = kHotkeys.map(({ defaultKey }) => defaultKey);
   const question = `Back to ${keys.slice(0, -1).join(', ')} and ${keys.at(-1)}? Undo then asks for your own keys.`;
   const reset = async () => {
     setAsking(false);
     const own = kHotkeys
-      .map(({ capture, field, first }) => [capture, status.value[field], first] as const)
-      .filter(([, key, first]) => key !== '' && key !== first);
+      .map(({ id, defaultKey }) => [id, status.value.hotkeys[id], defaultKey] as const)
+      .filter(([, key, defaultKey]) => key !== '' && key !== defaultKey);
     if (await resetHotkeys()) formerKeys.value = { ...formerKeys.value, ...Object.fromEntries(own) };
   };
   const undo = () => {
     undid.current = true;
-    if (lost[0]) void captureKey(lost[0].hotkey.capture);
+    if (lost[0]) void captureKey(lost[0].hotkey.id);
   };
   if (!asking) {
     return (
@@ -170,7 +170,7 @@ function Reset() {
             icon="undo"
             label="Undo the reset"
             describedBy="hotkeys-reset-hint"
-            waiting={reassigning.value !== ''}
+            waiting={capture.value !== ''}
             onPress={undo}
           >
             Undo
@@ -179,7 +179,7 @@ function Reset() {
         <Button
           buttonRef={opener}
           {...(lost.length === 0 && { icon: 'undo' as const })}
-          waiting={reassigning.value !== ''}
+          waiting={capture.value !== ''}
           onPress={() => (differs ? setAsking(true) : void reset())}
         >
           Reset hotkeys

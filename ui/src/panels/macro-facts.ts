@@ -1,7 +1,7 @@
-// What can be said of a macro in numbers: counts, length, the place its positions cover, what it leaves held or on.
+// Facts about a macro: counts, length, the area of its positions, what it leaves held or on, and what optimising drops.
+import { EventKind, Tool } from '../event-description';
 import { kSliceEvents, type Sliced } from '../slices';
-import { type Columns, groupOfKind, Kind, kGroups } from './macro-data';
-import { countDropped } from './optimise-rule';
+import { type Columns, groupIndexOfKind, kGroups } from './event-columns';
 
 export interface Box {
   left: number;
@@ -13,31 +13,31 @@ export interface Box {
 export interface Facts {
   counts: number[]; // one for each of kGroups
   length: number; // s, to the latest event
-  box: Box | null; // of all positions; null: there are none
-  rawMoves: boolean; // some positions are only added up
-  heldKeys: { vk: number; index: number }[]; // down at the end, with the event that pressed them
-  oddButtons: boolean; // so not every press has its release; the program does not say which event is which
-  toolsOn: number[]; // 1 clicker, 2 key presser: switched on and not off again
-  dropped: number; // by an optimisation
+  box: Box | null; // of all positions; null if there are none
+  hasRawMoves: boolean; // some positions are sums of relative moves
+  heldKeys: { virtualKey: number; index: number }[]; // down at the end, with the event that pressed them
+  hasUnpairedButtons: boolean; // the number of button events is odd: the program does not report press or release
+  toolsOn: number[]; // of Tool: switched on and not off again
+  droppedMoves: number; // by an optimisation
 }
 
-// Where the pointer is after each event, as far as the macro tells: raw moves add up from the last known place, which
-// is 0, 0 before there is one.
+// Follows the position of the pointer through the events. Relative moves are added to the last known position, which is
+// 0, 0 at first.
 export class Pointer {
   x = 0;
   y = 0;
 
-  // Whether the event has a place.
-  follow({ kind, a, b }: Columns, i: number): boolean {
+  // Returns whether the event has a position.
+  follow({ kind, x, y }: Columns, i: number): boolean {
     switch (kind[i]) {
-      case Kind.AbsMove:
-      case Kind.Button:
-        this.x = a[i] as number;
-        this.y = b[i] as number;
+      case EventKind.AbsoluteMove:
+      case EventKind.Button:
+        this.x = x[i] as number;
+        this.y = y[i] as number;
         return true;
-      case Kind.RelMove:
-        this.x += a[i] as number;
-        this.y += b[i] as number;
+      case EventKind.RelativeMove:
+        this.x += x[i] as number;
+        this.y += y[i] as number;
         return true;
       default:
         return false;
@@ -46,31 +46,31 @@ export class Pointer {
 }
 
 export function* factsOf(columns: Columns): Sliced<Facts> {
-  const { count, kind, time, a, b } = columns;
+  const { count, kind, time, virtualKey, on, tool } = columns;
   const counts = kGroups.map(() => 0);
   const box: Box = { left: Infinity, top: Infinity, right: -Infinity, bottom: -Infinity };
   const pointer = new Pointer();
   const keys = new Map<number, number>();
   const tools = new Set<number>();
   let length = 0;
-  let rawMoves = false;
+  let hasRawMoves = false;
   for (let i = 0; i < count; i++) {
-    const group = groupOfKind(kind[i] as number);
+    const group = groupIndexOfKind(kind[i] as number);
     counts[group] = (counts[group] as number) + 1;
     length = Math.max(length, time[i] as number);
-    if (kind[i] === Kind.RelMove) rawMoves = true;
+    if (kind[i] === EventKind.RelativeMove) hasRawMoves = true;
     if (pointer.follow(columns, i)) {
       box.left = Math.min(box.left, pointer.x);
       box.right = Math.max(box.right, pointer.x);
       box.top = Math.min(box.top, pointer.y);
       box.bottom = Math.max(box.bottom, pointer.y);
-    } else if (kind[i] === Kind.Key) {
-      const vk = a[i] as number;
-      if (!b[i]) keys.delete(vk);
-      else if (!keys.has(vk)) keys.set(vk, i);
-    } else if (kind[i] === Kind.Tool) {
-      if (b[i]) tools.add(a[i] as number);
-      else tools.delete(a[i] as number);
+    } else if (kind[i] === EventKind.Key) {
+      const key = virtualKey[i] as number;
+      if (!on[i]) keys.delete(key);
+      else if (!keys.has(key)) keys.set(key, i);
+    } else if (kind[i] === EventKind.Tool) {
+      if (on[i]) tools.add(tool[i] as number);
+      else tools.delete(tool[i] as number);
     }
     if ((i + 1) % (kSliceEvents * 2) === 0) yield;
   }
@@ -79,10 +79,30 @@ export function* factsOf(columns: Columns): Sliced<Facts> {
     counts,
     length,
     box: box.left <= box.right ? box : null,
-    rawMoves,
-    heldKeys: [...keys].map(([vk, index]) => ({ vk, index })),
-    oddButtons: (counts[kGroups.indexOf('buttons')] as number) % 2 === 1,
-    toolsOn: [...tools].sort(),
-    dropped: yield* countDropped(columns),
+    hasRawMoves,
+    heldKeys: [...keys].map(([key, index]) => ({ virtualKey: key, index })),
+    hasUnpairedButtons: (counts[kGroups.indexOf('buttons')] as number) % 2 === 1,
+    toolsOn: Object.values(Tool).filter((one) => tools.has(one)),
+    droppedMoves: yield* countDropped(columns),
   };
+}
+
+// Square of the distance in pixels from which on a move is kept.
+const kKeptDistanceSquared = 101;
+
+// Counts the events that an optimisation drops: a move between moves that lies within 10 pixels of the last event kept.
+// The count equals the program's for every macro, so the arithmetic wraps at 32 bits as there.
+export function* countDropped({ count, kind, x, y }: Columns): Sliced<number> {
+  const isMove = (i: number) => kind[i] === EventKind.AbsoluteMove;
+  let dropped = 0;
+  let kept = 0; // index of the last event kept
+  for (let i = 1; i + 1 < count; i++) {
+    const dx = ((x[i] as number) - (x[kept] as number)) | 0;
+    const dy = ((y[i] as number) - (y[kept] as number)) | 0;
+    const isNear = ((Math.imul(dx, dx) + Math.imul(dy, dy)) | 0) < kKeptDistanceSquared;
+    if (isNear && isMove(i) && isMove(i + 1) && isMove(kept)) dropped++;
+    else kept = i;
+    if (i % (kSliceEvents * 5) === 0) yield;
+  }
+  return dropped;
 }

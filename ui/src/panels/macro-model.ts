@@ -1,43 +1,42 @@
-// What the macro panel shows of the macro: its columns and facts, the rows that the filter leaves, and which are
-// selected. All follow from the store's list, in slices where they are linear in it; an edit of the page's own is carried
-// over instead of read again.
+// What the macro panel shows of the macro: its columns and facts, the rows that the filter shows, and the selection.
+// All follow the store's list, in slices if the work is linear in it. After an edit of the page's own they are updated,
+// not read again.
 import { effect, signal } from '@preact/signals';
-import { inSlices, type Sliced } from '../slices';
 import type { MacroEvent } from '../reports';
+import { runInSlices, type Sliced } from '../slices';
 import { events } from '../store';
 import {
   type Columns,
   countBelow,
-  derivedColumns,
-  emptyColumns,
+  editedColumns,
   type Group,
+  indexesOfGroups,
   kGroups,
+  makeColumns,
   readColumns,
-  rowsOfGroups,
-} from './macro-data';
+} from './event-columns';
 import { type Facts, factsOf } from './macro-facts';
 
-// The list as it is shown. Rows are places in it, in order; null: every event has one.
+// The list as it is shown.
 export interface View {
   list: readonly MacroEvent[];
-  rows: Uint32Array | null;
-  // Where the event at a place of the view before is now, or the next one that is left.
-  moved: (index: number) => number;
+  rows: Uint32Array | null; // indexes in the list, ascending; null if every event has a row
+  moved: (index: number) => number; // from an index in the view before to the same event, or the next one that is left
 }
 
-// What the facts and the picture are made from.
-export interface Reading {
+// A macro that has been read.
+export interface MacroData {
   list: readonly MacroEvent[];
   columns: Columns;
   facts: Facts;
 }
 
-// By places in the view's list. The mask is changed in place; a change is told by a new record around it.
+// By indexes in the view's list. The mask is changed in place, in a new record, so that the signal reports the change.
 export interface Selection {
   mask: Uint8Array;
   count: number;
-  active: number; // where the keyboard is; -1 nowhere
-  anchor: number; // where a range begins; -1 nowhere
+  active: number; // index at the keyboard cursor, -1 none
+  anchor: number; // index where a range begins, -1 none
 }
 
 const nothingSelected = (length: number): Selection => ({
@@ -46,17 +45,21 @@ const nothingSelected = (length: number): Selection => ({
   active: -1,
   anchor: -1,
 });
-const stay = (index: number) => index;
+const unmoved = (index: number) => index;
 
-export const view = signal<View>({ list: [], rows: null, moved: stay });
-export const reading = signal<Reading | null>(null);
+export const view = signal<View>({ list: [], rows: null, moved: unmoved });
+export const macroData = signal<MacroData | null>(null);
 export const shownGroups = signal<ReadonlySet<Group>>(new Set(kGroups));
 export const selection = signal<Selection>(nothingSelected(0));
-// Events that the list is to select, the first of them in sight; a new record even for the same events.
-export const sought = signal<readonly number[]>([]);
+// Events that the list selects and scrolls to. A new array each time, even for the same events.
+export const revealed = signal<readonly number[]>([]);
 
-// The columns of `columnsOf`, which is the store's list unless that is still being read.
-let columns: Columns = emptyColumns();
+export function revealEvents(indexes: number[]): void {
+  revealed.value = indexes;
+}
+
+// The columns of the list `columnsOf`: the store's list, unless that is still being read.
+let columns: Columns = makeColumns();
 let columnsOf: readonly MacroEvent[] = view.value.list;
 let stopReading = () => {};
 let stopFacts = () => {};
@@ -64,77 +67,82 @@ let stopFilter = () => {};
 
 const allShown = () => shownGroups.peek().size === kGroups.length;
 
-// Whether places in the view are places in the program's list.
+// Returns whether indexes in the view are indexes in the store's list.
 export const viewIsCurrent = () => view.value.list === events.value;
 
-// The place of an event in another list of the same macro, found by its time and words, as near as possible to where it was.
-function findIn(list: readonly MacroEvent[], event: MacroEvent | undefined, near: number): number {
+// Returns the index of an event in another list of the same macro: the one with the same time and description that is
+// nearest to its old index.
+function findEvent(list: readonly MacroEvent[], event: MacroEvent | undefined, near: number): number {
   if (!event) return 0;
   const last = list.length - 1;
-  const same = (i: number) => list[i]?.time === event.time && list[i]?.desc === event.desc;
-  for (let away = 0; away <= last; away++) {
-    if (same(near - away)) return near - away;
-    if (same(near + away)) return near + away;
-    if (near - away < 0 && near + away > last) break;
+  const same = (i: number) => list[i]?.time === event.time && list[i]?.description === event.description;
+  for (let distance = 0; distance <= last; distance++) {
+    if (same(near - distance)) return near - distance;
+    if (same(near + distance)) return near + distance;
+    if (near - distance < 0 && near + distance > last) break;
   }
   return Math.max(0, Math.min(near, last));
 }
 
 function readFacts(list: readonly MacroEvent[]): void {
   stopFacts();
-  stopFacts = inSlices(factsOf(columns), (facts) => (reading.value = { list, columns, facts }));
+  stopFacts = runInSlices(factsOf(columns), (facts) => (macroData.value = { list, columns, facts }));
 }
 
-// Shows the list through the filter, with the selection as it is to be.
-function show(list: readonly MacroEvent[], moved: View['moved'], selected: Selection): void {
+// Shows the list through the filter, with the given selection.
+function showList(list: readonly MacroEvent[], moved: View['moved'], selected: Selection): void {
   stopFilter();
-  const put = (rows: Uint32Array | null) => {
+  const update = (rows: Uint32Array | null) => {
     selection.value = selected;
     view.value = { list, rows, moved };
   };
   if (allShown()) {
-    put(null);
+    update(null);
     return;
   }
-  stopFilter = inSlices(rowsOfGroups(columns, shownGroups.peek()), put);
+  stopFilter = runInSlices(indexesOfGroups(columns, shownGroups.peek()), update);
 }
 
-function follow(list: readonly MacroEvent[]): void {
+function followList(list: readonly MacroEvent[]): void {
   const before = view.peek().list;
   if (list === before) return;
   stopReading();
-  const derived = before === columnsOf ? derivedColumns(columns, before, list) : null;
-  if (derived) {
-    columns = derived.columns;
+  const edit = before === columnsOf ? editedColumns(columns, before, list) : null;
+  if (edit) {
+    columns = edit.columns;
     columnsOf = list;
-    const { removed } = derived;
+    const { removed } = edit;
     const moved = (index: number) => index - countBelow(removed, index);
-    show(list, moved, carried(selection.peek(), removed, list.length));
+    showList(list, moved, withoutRemoved(selection.peek(), removed, list.length));
     readFacts(list);
     return;
   }
   stopFacts();
-  const moved = (index: number) => findIn(list, before[index], index);
-  if (allShown()) show(list, moved, nothingSelected(list.length));
-  stopReading = inSlices(readColumns(list), (read) => {
-    columns = read;
+  const moved = (index: number) => findEvent(list, before[index], index);
+  if (allShown()) showList(list, moved, nothingSelected(list.length));
+  stopReading = runInSlices(readColumns(list), (newColumns) => {
+    columns = newColumns;
     columnsOf = list;
-    if (view.peek().list !== list) show(list, moved, nothingSelected(list.length));
+    if (view.peek().list !== list) showList(list, moved, nothingSelected(list.length));
     else if (!allShown()) setShownGroups(shownGroups.peek());
     readFacts(list);
   });
 }
 
-// The selection without the places that are gone.
-function carried({ mask, active, anchor }: Selection, removed: Uint32Array, length: number): Selection {
+// Returns the selection in the list without the removed events.
+function withoutRemoved(
+  { mask, active, anchor }: Selection,
+  removed: Uint32Array,
+  length: number,
+): Selection {
   if (removed.length === 0) return { ...selection.peek() };
   const left = nothingSelected(length);
-  let gone = 0;
+  let removedCount = 0;
   for (let i = 0; i < mask.length; i++) {
-    if (gone < removed.length && removed[gone] === i) {
-      gone++;
+    if (removedCount < removed.length && removed[removedCount] === i) {
+      removedCount++;
     } else if (mask[i]) {
-      left.mask[i - gone] = 1;
+      left.mask[i - removedCount] = 1;
       left.count++;
     }
   }
@@ -144,9 +152,9 @@ function carried({ mask, active, anchor }: Selection, removed: Uint32Array, leng
   return left;
 }
 
-effect(() => follow(events.value));
+effect(() => followList(events.value));
 
-// Filter. What is hidden is not selected any more, so that no command touches what nobody sees.
+// Filter. A hidden event is not selected any more, so that no command changes what the user does not see.
 export function setGroupShown(group: Group, shown: boolean): void {
   const groups = new Set(shownGroups.peek());
   if (shown) groups.add(group);
@@ -159,12 +167,12 @@ export const showAllGroups = () => setShownGroups(new Set(kGroups));
 function setShownGroups(groups: ReadonlySet<Group>): void {
   shownGroups.value = groups;
   const { list } = view.peek();
-  if (columnsOf !== list) return; // it is shown through the filter when it has been read
+  if (columnsOf !== list) return; // followList applies the filter when the list has been read
   stopFilter();
-  stopFilter = inSlices(filtered(groups), (rows) => {
+  stopFilter = runInSlices(filtered(groups), (rows) => {
     const before = selection.peek();
     const left = nothingSelected(list.length);
-    const visible = (index: number) => index >= 0 && (!rows || rows[countBelow(rows, index)] === index);
+    const isVisible = (index: number) => index >= 0 && (!rows || rows[countBelow(rows, index)] === index);
     const count = rows ? rows.length : list.length;
     for (let row = 0; row < count; row++) {
       const index = rows ? (rows[row] as number) : row;
@@ -173,21 +181,21 @@ function setShownGroups(groups: ReadonlySet<Group>): void {
         left.count++;
       }
     }
-    if (visible(before.active)) left.active = before.active;
-    if (visible(before.anchor)) left.anchor = before.anchor;
+    if (isVisible(before.active)) left.active = before.active;
+    if (isVisible(before.anchor)) left.anchor = before.anchor;
     selection.value = left;
-    view.value = { list, rows, moved: stay };
+    view.value = { list, rows, moved: unmoved };
   });
 }
 
 function* filtered(groups: ReadonlySet<Group>): Sliced<Uint32Array | null> {
-  return groups.size === kGroups.length ? null : yield* rowsOfGroups(columns, groups);
+  return groups.size === kGroups.length ? null : yield* indexesOfGroups(columns, groups);
 }
 
-// Rows and places.
+// Rows of the view and indexes in its list.
 export const rowCount = () => view.value.rows?.length ?? view.value.list.length;
 export const indexOfRow = (row: number) => view.value.rows?.[row] ?? row;
-// The row of an event, or of the next one that the filter leaves.
+// Returns the row of an event, or of the next one that the filter shows.
 export function rowOfIndex(index: number): number {
   const { rows, list } = view.value;
   const last = (rows?.length ?? list.length) - 1;
@@ -210,7 +218,7 @@ export function toggleRow(row: number): void {
   selection.value = { mask, count: count + (on ? 1 : -1), active: index, anchor: index };
 }
 
-// From where the last range began to the row, and nothing else.
+// Selects only the rows from the anchor to this one.
 export function selectTo(row: number): void {
   const { anchor } = selection.peek();
   const index = indexOfRow(row);
@@ -250,7 +258,7 @@ export function selectNone(): void {
   selection.value = { ...nothingSelected(view.peek().list.length), active, anchor: active };
 }
 
-// The places of the selected events, in order.
+// Returns the indexes of the selected events, ascending.
 export function selectedIndexes(): Uint32Array {
   const { mask, count } = selection.peek();
   const indexes = new Uint32Array(count);

@@ -1,6 +1,6 @@
 import { useState } from 'preact/hooks';
 import {
-  changeTracker,
+  changeMacroSettings,
   continueRecording,
   startPlayback,
   startRecording,
@@ -10,16 +10,15 @@ import {
 } from '../commands';
 import { Button } from '../components/button';
 import { NumberField } from '../components/number-field';
-import { counted, groupedNumber } from '../components/numbers';
 import { Group, Panel } from '../components/panel';
 import { RunButton } from '../components/run-button';
-import { timeText } from '../rate';
-import type { Settings } from '../reports';
 import { Toggle } from '../components/toggle';
+import { counted, groupedNumber, timeText } from '../format';
+import type { MacroSettings } from '../reports';
 import { eventCount, macroLength, playing, recording, settings, status } from '../store';
-import { EventList } from './events';
+import { EventList } from './event-list';
 import { LeftAtEnd, OptimiseRow } from './macro-notes';
-import { MacroPicture } from './macro-picture';
+import { PathAndTiming } from './path-and-timing';
 import './macro.css';
 
 export function MacroPanel() {
@@ -48,7 +47,7 @@ export function MacroPanel() {
           </p>
         </div>
         <div class="macro__noted">
-          <MacroPicture />
+          <PathAndTiming />
           <LeftAtEnd />
         </div>
       </div>
@@ -96,7 +95,7 @@ function Transport() {
 }
 
 function PlaybackGroup() {
-  const { tspd, tloop, tloopMs } = settings.value;
+  const { playbackSpeed, loop, loopPauseMilliseconds } = settings.value.macro;
   const [speedError, setSpeedError] = useState('');
   const [pauseError, setPauseError] = useState('');
   const hintId = 'playback-hint';
@@ -107,28 +106,28 @@ function PlaybackGroup() {
           label="Playback speed"
           name="Speed"
           unit={'\u00d7'}
-          value={tspd}
+          value={playbackSpeed}
           min={0.01}
           max={1000}
           decimals={2}
           step={0.25}
           hintId={hintId}
-          onChange={(speed) => void changeTracker({ tspd: speed })}
+          onChange={(speed) => void changeMacroSettings({ playbackSpeed: speed })}
           onError={setSpeedError}
         />
-        <Toggle label="Loop" checked={tloop} onChange={(loop) => void changeTracker({ tloop: loop })} />
+        <Toggle label="Loop" checked={loop} onChange={(on) => void changeMacroSettings({ loop: on })} />
         <NumberField
           label="Pause between rounds"
           name="Pause between rounds"
           unit="ms"
-          value={tloopMs}
+          value={loopPauseMilliseconds}
           min={0}
           max={0x7fffffff}
           decimals={0}
           step={100}
-          disabled={!tloop}
+          disabled={!loop}
           hintId={hintId}
-          onChange={(pause) => void changeTracker({ tloopMs: pause })}
+          onChange={(pause) => void changeMacroSettings({ loopPauseMilliseconds: pause })}
           onError={setPauseError}
         />
       </div>
@@ -138,11 +137,11 @@ function PlaybackGroup() {
 
 function playbackHint(): string {
   if (recording.value || eventCount.value === 0) return 'A round ends with its last event.';
-  const { tspd, tloop, tloopMs } = settings.value;
-  const round = macroLength.value / tspd;
-  if (!(tspd > 0) || !Number.isFinite(round)) return 'At this speed a round takes no sensible time.';
-  if (!tloop) return `One round takes ${spanText(round)}.`;
-  const every = round + Math.max(0, tloopMs) / 1000;
+  const { playbackSpeed, loop, loopPauseMilliseconds } = settings.value.macro;
+  const round = macroLength.value / playbackSpeed;
+  if (!(playbackSpeed > 0) || !Number.isFinite(round)) return 'At this speed a round takes no sensible time.';
+  if (!loop) return `One round takes ${spanText(round)}.`;
+  const every = round + Math.max(0, loopPauseMilliseconds) / 1000;
   const rounds = every > 0 ? 3600 / every : Infinity;
   const rate =
     rounds >= 1 && rounds <= 3_600_000 ? `, ${groupedNumber(Math.floor(rounds))} rounds an hour` : '';
@@ -155,27 +154,33 @@ function spanText(seconds: number): string {
   return timeText(Math.round((seconds * 1000) / step) * step);
 }
 
-function recordHint({ tmv, tclk, tscr, tkey, trel }: Settings): string {
-  if (!tmv && !tclk && !tscr && !tkey) return 'Nothing would be recorded.';
-  if (tmv && trel) return 'Raw moves suit games that hide the pointer.';
+function recordHint(macro: MacroSettings): string {
+  const { recordMoves, recordButtons, recordWheel, recordKeys, recordRawMoves } = macro;
+  if (!recordMoves && !recordButtons && !recordWheel && !recordKeys) return 'Nothing would be recorded.';
+  if (recordMoves && recordRawMoves) return 'Raw moves suit games that hide the pointer.';
   return 'Clicks in this window and the hotkeys are left out.';
 }
 
+type RecordSwitch = 'recordMoves' | 'recordButtons' | 'recordWheel' | 'recordKeys' | 'recordRawMoves';
+
 function RecordGroup() {
-  const { tmv, tclk, tscr, tkey, trel } = settings.value;
+  const { macro } = settings.value;
+  const toggle = (label: string, key: RecordSwitch, disabled = false) => (
+    <Toggle
+      label={label}
+      checked={macro[key]}
+      disabled={disabled}
+      onChange={(on) => void changeMacroSettings({ [key]: on })}
+    />
+  );
   return (
-    <Group title="What is recorded" hint={recordHint(settings.value)} hintId="record-hint">
+    <Group title="What is recorded" hint={recordHint(macro)} hintId="record-hint">
       <div class="macro__kinds">
-        <Toggle label="Moves" checked={tmv} onChange={(on) => void changeTracker({ tmv: on })} />
-        <Toggle label="Buttons" checked={tclk} onChange={(on) => void changeTracker({ tclk: on })} />
-        <Toggle label="Wheel" checked={tscr} onChange={(on) => void changeTracker({ tscr: on })} />
-        <Toggle label="Keys" checked={tkey} onChange={(on) => void changeTracker({ tkey: on })} />
-        <Toggle
-          label="Raw moves"
-          checked={trel}
-          disabled={!tmv}
-          onChange={(on) => void changeTracker({ trel: on })}
-        />
+        {toggle('Moves', 'recordMoves')}
+        {toggle('Buttons', 'recordButtons')}
+        {toggle('Wheel', 'recordWheel')}
+        {toggle('Keys', 'recordKeys')}
+        {toggle('Raw moves', 'recordRawMoves', !macro.recordMoves)}
       </div>
     </Group>
   );

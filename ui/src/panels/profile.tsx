@@ -1,12 +1,11 @@
 import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
-import { has } from '../bridge';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
-import { exportProfile, importNote, importProfile, useImportedSettings } from '../imports';
 import { Button } from '../components/button';
 import { Confirm } from '../components/confirm';
 import { Icon } from '../components/icon';
-import { counted } from '../components/numbers';
 import { Panel } from '../components/panel';
+import { counted } from '../format';
+import { exportProfile, importNote, importProfile, useImportedSettings } from '../imports';
 import { eventCount, fileDialog, profiles, recording } from '../store';
 import { isDue, kWarnings, markSeen } from '../warnings';
 import './profile.css';
@@ -84,16 +83,12 @@ export function ProfilePanel() {
         {step === 'choose' && (
           <>
             <div class="profile__more">
-              {has('importProfile') && (
-                <FileButton which="import" onPress={importProfile}>
-                  Import
-                </FileButton>
-              )}
-              {has('exportProfile') && (
-                <FileButton which="export" onPress={exportProfile}>
-                  Export
-                </FileButton>
-              )}
+              <FileButton which="import" onPress={importProfile}>
+                Import
+              </FileButton>
+              <FileButton which="export" onPress={exportProfile}>
+                Export
+              </FileButton>
               <Button label="Clear profile" disabled={fixed} onPress={() => setStep('clear')}>
                 Clear
               </Button>

@@ -1,49 +1,45 @@
 import { useEffect, useRef } from 'preact/hooks';
 import {
   captureKey,
-  changeHoldKeySpam,
-  changePresser,
+  changeHoldKeySpammer,
+  changeKeySpammer,
   removeTarget,
   setChordMode,
   startPressing,
   stopPressing,
 } from '../commands';
 import { Button } from '../components/button';
-import { CaptureNote } from '../components/capture-note';
 import { Icon } from '../components/icon';
-import { KeyCap } from '../components/key-cap';
-import { counted } from '../components/numbers';
+import { CaptureNote, KeyCap } from '../components/key-cap';
 import { Group, Panel } from '../components/panel';
 import { RunButton, usePending } from '../components/run-button';
 import { Segmented } from '../components/segmented';
+import { counted } from '../format';
 import { type Action, rateText } from '../rate';
-import { pressing, reassigning, settings, status } from '../store';
-import { HotkeyModeGroup } from './hotkey-mode';
-import { IntervalGroup } from './interval';
-import { RepeatGroup } from './repeat';
-import './presser.css';
+import type { KeySpammerSettings } from '../reports';
+import { capture, pressing, settings, status } from '../store';
+import { HotkeyModeGroup, IntervalGroup, RepeatGroup } from './tool-groups';
+import './key-spammer.css';
 
-const kMostTargets = 256;
+const kMaxTargets = 256;
 const kKey: Action = { one: 'key', many: 'keys', length: 0 };
 const kRound: Action = { one: 'round', many: 'rounds', length: 0 };
 
-export function PresserPanel() {
-  const { ksh, ksm, kss, ksms, ksRptMode, ksRptTimes, holdKeySpam } = settings.value;
-  const { keySpamTargets, keySpamChord } = status.value;
-  const interval = { hours: ksh, minutes: ksm, seconds: kss, milliseconds: ksms };
-  const action = keySpamChord ? kRound : kKey;
-  const rate = rateText(interval, action);
-  const empty = keySpamTargets.length === 0;
+export function KeySpammerPanel() {
+  const { keySpammer, hotkeys } = settings.value;
+  const { targets, chord } = status.value.keySpammer;
+  const action = chord ? kRound : kKey;
+  const isEmpty = targets.length === 0;
   return (
     <Panel
       id="panel-keyspam"
       title="Key presser"
-      summary={empty ? 'Add a key first' : rate}
+      summary={isEmpty ? 'Add a key first' : rateText(keySpammer, action)}
       action={
         <RunButton
           running={pressing.value}
           what="pressing"
-          disabled={empty}
+          disabled={isEmpty}
           onStart={startPressing}
           onStop={stopPressing}
         />
@@ -53,39 +49,37 @@ export function PresserPanel() {
       <IntervalGroup
         id="press-interval"
         title="Press interval"
-        interval={interval}
+        interval={keySpammer}
         action={action}
         hint="The pause after each round."
-        onChange={(i) =>
-          void changePresser({ ksh: i.hours, ksm: i.minutes, kss: i.seconds, ksms: i.milliseconds })
-        }
+        onChange={(interval) => void changeKeySpammer(interval)}
       />
       <RepeatGroup
         id="press-repeat"
         what="rounds"
-        mode={ksRptMode}
-        times={ksRptTimes}
-        hint={repeatHint(ksRptMode, ksRptTimes, keySpamChord)}
-        onMode={(mode) => void changePresser({ ksRptMode: mode })}
-        onTimes={(times) => void changePresser({ ksRptTimes: times })}
+        mode={keySpammer.repeatMode}
+        count={keySpammer.repeatCount}
+        hint={repeatHint(keySpammer, chord)}
+        onMode={(repeatMode) => void changeKeySpammer({ repeatMode })}
+        onCount={(repeatCount) => void changeKeySpammer({ repeatCount })}
       />
       <HotkeyModeGroup
         label="Key presser hotkey"
-        hotkey={status.value.hkKeySpam}
-        hold={holdKeySpam}
-        onChange={(hold) => void changeHoldKeySpam(hold)}
+        hotkey={status.value.hotkeys.keySpammer}
+        hold={hotkeys.holdKeySpammer}
+        onChange={(hold) => void changeHoldKeySpammer(hold)}
       />
     </Panel>
   );
 }
 
-function repeatHint(mode: number, times: number, chord: boolean): string {
+function repeatHint({ repeatMode, repeatCount }: KeySpammerSettings, chord: boolean): string {
   const round = chord ? 'A round presses every key.' : 'A round presses one key.';
-  if (mode !== 0) return `Presses until you stop it. ${round}`;
-  return `Stops by itself after ${counted(times, 'round')}. ${round}`;
+  if (repeatMode !== 'count') return `Presses until you stop it. ${round}`;
+  return `Stops by itself after ${counted(repeatCount, 'round')}. ${round}`;
 }
 
-// Stands where the key will, and is brought in sight: there may be 256 before it.
+// Stands where the new key will, scrolled into view: there may be 256 before it.
 function NextKey() {
   const item = useRef<HTMLLIElement>(null);
   useEffect(() => item.current?.scrollIntoView({ block: 'nearest' }), []);
@@ -97,11 +91,11 @@ function NextKey() {
 }
 
 function TargetsGroup() {
-  const { keySpamTargets, keySpamChord } = status.value;
-  const waiting = reassigning.value === 'keyspamtarget';
-  const full = keySpamTargets.length >= kMostTargets;
-  // Until the list shows the removal, a second press would mean the key that has moved to this place.
-  const [removing, setRemoving] = usePending(keySpamTargets.join());
+  const { targets, chord } = status.value.keySpammer;
+  const waiting = capture.value === 'target';
+  const isFull = targets.length >= kMaxTargets;
+  // Ignore a second press until the list shows the removal: the next key has the same index then.
+  const [removing, setRemoving] = usePending(targets.join());
   const remove = (index: number) => {
     if (removing) return;
     setRemoving(true);
@@ -110,7 +104,7 @@ function TargetsGroup() {
   return (
     <Group title="Keys">
       <ul class="targets" aria-label="Keys to press">
-        {keySpamTargets.map((name, index) => (
+        {targets.map((name, index) => (
           <li key={index} class="targets__item">
             <KeyCap name={name} />
             <button
@@ -123,25 +117,25 @@ function TargetsGroup() {
             </button>
           </li>
         ))}
-        {waiting ? <NextKey /> : keySpamTargets.length === 0 && <li class="targets__empty">No keys yet.</li>}
+        {waiting ? <NextKey /> : targets.length === 0 && <li class="targets__empty">No keys yet.</li>}
       </ul>
       <div class="pair">
         <Button
           icon="plus"
-          disabled={full}
-          waiting={reassigning.value !== ''}
-          onPress={() => void captureKey('keyspamtarget')}
+          disabled={isFull}
+          waiting={capture.value !== ''}
+          onPress={() => void captureKey('target')}
         >
           Add key
         </Button>
         <Segmented
           label="Key order"
-          value={keySpamChord}
+          value={chord}
           options={[
             { value: false, label: 'In turn' },
             { value: true, label: 'Together' },
           ]}
-          onChange={(chord) => void setChordMode(chord)}
+          onChange={(together) => void setChordMode(together)}
         />
       </div>
     </Group>

@@ -5,14 +5,15 @@ import { Button } from '../components/button';
 import { Dialog } from '../components/dialog';
 import { List, type ListHandle, type Pick } from '../components/list';
 import { NumberField } from '../components/number-field';
-import { counted, groupedNumber } from '../components/numbers';
 import { Group } from '../components/panel';
+import { counted, groupedNumber } from '../format';
 import { eventsLoading, playing, recording } from '../store';
 import { eventText } from './event-text';
 import { FilterChips } from './event-filter';
 import {
   indexOfRow,
   moveActive,
+  revealed,
   rowCount,
   rowOfIndex,
   selectAll,
@@ -23,12 +24,11 @@ import {
   selectOnly,
   selectTo,
   showAllGroups,
-  sought,
   toggleRow,
   view,
   viewIsCurrent,
 } from './macro-model';
-import './events.css';
+import './event-list.css';
 
 const kLongestTime = 1_000_000; // seconds
 const kAskFrom = 10; // events at once, which cannot be brought back
@@ -55,16 +55,16 @@ export function EventList() {
 
   useKeptPlace(handle);
   useEffect(() => {
-    const [first] = sought.value;
+    const [first] = revealed.value;
     if (first === undefined) return;
     const row = rowOfIndex(first);
     if (row < 0) return;
-    if (sought.value.length > 1) selectIndexes(sought.value);
+    if (revealed.value.length > 1) selectIndexes(revealed.value);
     else selectOnly(row);
     setTold('');
-    handle.current?.reveal(rowOfIndex(sought.value.at(-1) ?? first));
+    handle.current?.reveal(rowOfIndex(revealed.value.at(-1) ?? first));
     handle.current?.reveal(row);
-  }, [sought.value]);
+  }, [revealed.value]);
   // A macro that took this one's place behind the question leaves nothing to ask for.
   useEffect(() => {
     if (count === 0) setAsking(false);
@@ -129,10 +129,10 @@ export function EventList() {
           const entry = list[index];
           return (
             entry && (
-              <div class="event" data-event={entry.desc}>
+              <div class="event" data-event={entry.description}>
                 <span class="event__number">{index + 1}</span>
                 <span class="event__time">{entry.time.toFixed(3)}</span>
-                <span class="event__text">{eventText(entry.desc)}</span>
+                <span class="event__text">{eventText(entry.description)}</span>
               </div>
             )
           );

@@ -1,24 +1,29 @@
 import { useEffect, useState } from 'preact/hooks';
-import { deciding, dropHeld, held, heldReplaced, importHeld } from '../imports';
-import type { HeldMacro } from '../pending';
+import { clockTime, counted, groupedNumber } from '../format';
+import {
+  acceptPendingImport,
+  deciding,
+  pendingImport,
+  pendingReplaced,
+  rejectPendingImport,
+} from '../imports';
+import type { PendingImport } from '../reports';
 import { recording } from '../store';
 import { Button } from './button';
 import { Dialog } from './dialog';
+import { FindingNumber, FindingsTimeline } from './findings-timeline';
 import { Icon } from './icon';
-import { counted, groupedNumber } from './numbers';
-import { clockTime } from './time-marks';
-import { FindingSign, TimePicture } from './time-picture';
-import './held-macro.css';
+import './pending-import-dialog.css';
 
-// It may come up under a hand that is about to press something else, or with another macro than the one just read.
-const kRest = 1000; // ms before it can be let in
+// The dialog may open just as the user presses something else, or replace a macro that the user has just read about.
+const kAcceptDelay = 1000; // ms before it can be accepted
 
-export function HeldMacroDialog() {
-  const macro = held.value;
+export function PendingImportDialog() {
+  const macro = pendingImport.value;
   return macro && <Decision key={macro.pendingId} macro={macro} />;
 }
 
-function level({ danger, dangers, cautions }: HeldMacro): string {
+function levelText({ danger, dangers, cautions }: PendingImport): string {
   const found = [
     dangers > 0 && counted(dangers, 'danger'),
     cautions > 0 && counted(cautions, 'caution'),
@@ -27,7 +32,7 @@ function level({ danger, dangers, cautions }: HeldMacro): string {
   return found.length > 0 ? `${what}: ${found.join(', ')}.` : `${what}.`;
 }
 
-function facts({ events, seconds }: HeldMacro): string {
+function factsText({ events, seconds }: PendingImport): string {
   const known = [
     events !== undefined && counted(events, 'event'),
     seconds !== undefined && `${clockTime(seconds)} long`,
@@ -35,58 +40,60 @@ function facts({ events, seconds }: HeldMacro): string {
   return known.filter((text) => text !== false).join(', ');
 }
 
-function Decision({ macro }: { macro: HeldMacro }) {
+function Decision({ macro }: { macro: PendingImport }) {
   const { pendingId, name, findings, danger, dangers, cautions } = macro;
-  const [rested, setRested] = useState(false);
+  const [canAccept, setCanAccept] = useState(false);
   useEffect(() => {
-    const timer = window.setTimeout(() => setRested(true), kRest);
+    const timer = window.setTimeout(() => setCanAccept(true), kAcceptDelay);
     return () => window.clearTimeout(timer);
   }, []);
   const more = dangers + cautions - findings.length;
-  const known = facts(macro);
+  const known = factsText(macro);
   return (
     <Dialog
       title={name ? `Import \u201c${name}\u201d?` : 'Import this macro?'}
       alarming
       wide
       bodyLabel="What was found"
-      onClose={() => void dropHeld(pendingId)}
+      onClose={() => void rejectPendingImport(pendingId)}
       actions={
         <>
           {recording.value && (
-            <span class="held__wait">It can be imported when the recording has ended.</span>
+            <span class="pending-import__wait">It can be imported when the recording has ended.</span>
           )}
-          <Button kind="primary" waiting={deciding.value} onPress={() => void dropHeld(pendingId)}>
+          <Button kind="primary" waiting={deciding.value} onPress={() => void rejectPendingImport(pendingId)}>
             Don&rsquo;t import
           </Button>
           <Button
             kind="danger"
-            waiting={!rested || deciding.value || recording.value}
-            onPress={() => void importHeld(pendingId)}
+            waiting={!canAccept || deciding.value || recording.value}
+            onPress={() => void acceptPendingImport(pendingId)}
           >
             Import anyway
           </Button>
         </>
       }
     >
-      {heldReplaced.value && (
-        <p class="held__replaced">This macro has come in place of the one before, which was not imported.</p>
+      {pendingReplaced.value && (
+        <p class="pending-import__replaced">
+          This macro has come in place of the one before, which was not imported.
+        </p>
       )}
-      <p class={`held__level${danger ? ' held__level--danger' : ''}`}>
+      <p class={`pending-import__level${danger ? ' pending-import__level--danger' : ''}`}>
         <Icon name={danger ? 'danger' : 'caution'} />
-        <span>{level(macro)}</span>
+        <span>{levelText(macro)}</span>
       </p>
-      <p class="held__facts">
+      <p class="pending-import__facts">
         {known && `${known}. `}
         It is held back: nothing of it is imported yet. Import it only if you know where it comes from and
         expect this.
       </p>
-      <TimePicture macro={macro} />
+      <FindingsTimeline macro={macro} />
       <ol class="findings" aria-label="Findings">
         {findings.map((finding, index) => (
           <li key={index} class="findings__item">
             <span aria-hidden="true">
-              <FindingSign index={index} danger={finding.danger} />
+              <FindingNumber index={index} danger={finding.danger} />
             </span>
             <div>
               <div class="findings__head">
@@ -94,14 +101,14 @@ function Decision({ macro }: { macro: HeldMacro }) {
                   <Icon name={finding.danger ? 'danger' : 'caution'} />
                   {finding.danger ? 'Danger' : 'Caution'}
                 </span>
-                <span class="findings__time">at {clockTime(finding.at)}</span>
+                <span class="findings__time">at {clockTime(finding.time)}</span>
               </div>
               <div>{finding.message}</div>
             </div>
           </li>
         ))}
       </ol>
-      {more > 0 && <p class="held__facts">{`and ${groupedNumber(more)} more.`}</p>}
+      {more > 0 && <p class="pending-import__facts">{`and ${groupedNumber(more)} more.`}</p>}
     </Dialog>
   );
 }

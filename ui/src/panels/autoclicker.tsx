@@ -1,0 +1,121 @@
+import { isMainWindow } from '../bridge';
+import {
+  changeAutoclicker,
+  changeHoldAutoclicker,
+  pickLocation,
+  startClicking,
+  stopClicking,
+} from '../commands';
+import { Button } from '../components/button';
+import { Group, Panel } from '../components/panel';
+import { RunButton } from '../components/run-button';
+import { Segmented } from '../components/segmented';
+import { counted } from '../format';
+import { type Action, rateText } from '../rate';
+import type { AutoclickerSettings } from '../reports';
+import { clicking, picking, settings, status } from '../store';
+import { HotkeyModeGroup, IntervalGroup, RepeatGroup } from './tool-groups';
+
+const kClick: Action = { one: 'click', many: 'clicks', length: 0 };
+// The engine waits 15 ms between the two clicks of a double click.
+const kDoubleClick: Action = { one: 'double click', many: 'double clicks', length: 15 };
+
+export function AutoclickerPanel() {
+  const { autoclicker, hotkeys } = settings.value;
+  const action = autoclicker.doubleClick ? kDoubleClick : kClick;
+  return (
+    <Panel
+      id="panel-spammer"
+      title="Clicker"
+      summary={rateText(autoclicker, action)}
+      action={
+        <RunButton running={clicking.value} what="clicking" onStart={startClicking} onStop={stopClicking} />
+      }
+    >
+      <IntervalGroup
+        id="click-interval"
+        title="Click interval"
+        interval={autoclicker}
+        action={action}
+        hint="The pause after each click."
+        onChange={(interval) => void changeAutoclicker(interval)}
+      />
+      <Group title="Button">
+        <div class="pair pair--wide-left">
+          <Segmented
+            label="Mouse button"
+            value={autoclicker.button}
+            options={[
+              { value: 0, label: 'Left' },
+              { value: 1, label: 'Right' },
+              { value: 2, label: 'Middle' },
+            ]}
+            onChange={(button) => void changeAutoclicker({ button })}
+          />
+          <Segmented
+            label="Click type"
+            value={autoclicker.doubleClick}
+            options={[
+              { value: false, label: 'Single' },
+              { value: true, label: 'Double' },
+            ]}
+            onChange={(doubleClick) => void changeAutoclicker({ doubleClick })}
+          />
+        </div>
+      </Group>
+      <RepeatGroup
+        id="click-repeat"
+        what="clicks"
+        mode={autoclicker.repeatMode}
+        count={autoclicker.repeatCount}
+        hint={repeatHint(autoclicker)}
+        onMode={(repeatMode) => void changeAutoclicker({ repeatMode })}
+        onCount={(repeatCount) => void changeAutoclicker({ repeatCount })}
+      />
+      <LocationGroup />
+      <HotkeyModeGroup
+        label="Clicker hotkey"
+        hotkey={status.value.hotkeys.autoclicker}
+        hold={hotkeys.holdAutoclicker}
+        onChange={(hold) => void changeHoldAutoclicker(hold)}
+      />
+    </Panel>
+  );
+}
+
+function repeatHint({ repeatMode, repeatCount, doubleClick }: AutoclickerSettings): string {
+  if (repeatMode !== 'count') return 'Clicks until you stop it.';
+  const ending = `Stops by itself after ${counted(repeatCount, 'click')}.`;
+  return doubleClick ? `${ending} A double click counts as one.` : ending;
+}
+
+function locationHint({ locationMode, fixedX, fixedY }: AutoclickerSettings): string {
+  if (picking.value) return 'Click the place. Right-click cancels.';
+  if (locationMode === 'fixed') return `Fixed place: X ${fixedX}, Y ${fixedY}`;
+  // Its button would become Stop under the pointer.
+  return 'Clicks this window too: start it with its hotkey.';
+}
+
+function LocationGroup() {
+  const { autoclicker } = settings.value;
+  return (
+    <Group title="Place" hintId="click-place-hint" hint={locationHint(autoclicker)} notable={picking.value}>
+      <div class="pair">
+        <Segmented
+          label="Click place"
+          value={autoclicker.locationMode}
+          options={[
+            { value: 'pointer', label: 'At pointer' },
+            { value: 'fixed', label: 'Fixed' },
+          ]}
+          onChange={(locationMode) => void changeAutoclicker({ locationMode })}
+        />
+        {isMainWindow() && (
+          <Button icon="target" onPress={() => void pickLocation()} describedBy="click-place-hint">
+            Pick location
+          </Button>
+        )}
+      </div>
+    </Group>
+  );
+}
