@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Processor share of a running program that does nothing: idle_cpu.sh PROGRAM WORK_FOLDER
+# Measures the processor share of a running program that does nothing: idle_cpu.sh PROGRAM WORK_FOLDER
 set -uo pipefail
 program=$1
 export LOCALAPPDATA=$2/data XDG_RUNTIME_DIR=$2/run XDG_CONFIG_HOME=$2/config
@@ -7,7 +7,7 @@ mkdir -p "$LOCALAPPDATA" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"
 seconds=20
 
-# Processor ticks of a process and of all below it: the native program, and what the web view adds.
+# Returns the processor ticks of a process and of all its descendants: the native program and the web view.
 TicksOf() {
     awk '{ sub(/^.*\) /, ""); print $12 + $13 }' "/proc/$1/stat" 2>/dev/null || echo 0
 }
@@ -38,7 +38,7 @@ if [ ! -s "$LOCALAPPDATA/Varnelle/status.txt" ]; then
     kill "$process" 2>/dev/null
     exit 1
 fi
-# The first seconds go into building and drawing the page.
+# The first seconds build and draw the page.
 sleep 10
 own=$(TicksOf "$process")
 web=$(TicksBelow "$process")

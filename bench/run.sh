@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# All measurements in one run, printed as one table with ratios: run.sh BUILD_DIR
+# Runs all measurements and prints one table with ratios: run.sh BUILD_DIR
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 build=$1

@@ -1,9 +1,9 @@
-// What a scan costs for each key press, on the worst kind of macro found for each scenario: one that keeps it looking
-// to the end and never matches. Beside it the plain form that tries every start from scratch, which is far too slow for
-// a million presses and is measured on 10 thousand. Growth is the cost of a press at a million against 10 thousand: a
-// factor of up to about two is the memory, since a million presses do not fit in the processor's cache. The rows "late"
-// and "fall" are those where the whole pattern is there, but its end comes behind the scenario's limit in seconds
-// however often it is begun.
+// Measures the cost of a scan for each key press, on the worst macro found for each scenario: one that keeps the scan
+// busy to the end and never matches. Compares it with the plain form that tries every start from scratch; that form is
+// far too slow for a million presses and is measured on 10 thousand. Growth is the cost of a press at a million against
+// 10 thousand. A factor of up to about two comes from the memory, because a million presses do not fit in the
+// processor's cache. In the rows "late" and "fall" the macro contains the whole pattern, but the end of each occurrence
+// exceeds the scenario's limit in seconds.
 // Usage: scan_bench
 #include "../tests/unit/scan_literal.cpp"
 
@@ -23,25 +23,25 @@ constexpr size_t kLarge = 1000000;
 constexpr int kRounds = 3;
 
 struct Worst {
-    uint32_t modifier;  // held all the way; 0 for none
-    uint32_t vk;        // pressed again and again
+    uint32_t modifier;  // held throughout; 0 for none
+    uint32_t vk;        // pressed repeatedly
     double step;        // seconds between presses
 };
 
-// In the order of the scenarios. The last one matches any key with Windows held, so nothing is held there.
+// In the order of the scenarios. The last one matches any key with Windows held, so its row holds nothing.
 constexpr Worst kWorst[] = {
     {91, 82, 0.01}, {91, 82, 0.01}, {91, 88, 0.01}, {0, 91, 0.01},  {17, 67, 0.01}, {0, 44, 0.01},
     {17, 65, 0.01}, {16, 65, 0.01}, {17, 65, 0.01}, {17, 76, 0.01}, {17, 67, 0.01}, {0, 65, 1.0},
     {17, 87, 31.0}, {17, 27, 0.01}, {18, 9, 6.0},   {0, 65, 0.01},
 };
 
-constexpr double kTooLate = 1000;  // seconds, behind every limit
+constexpr double kTooLate = 1000;  // seconds, beyond every limit
 
 struct Late {
     const char* id;             // of the scenario
     const char* name;           // of the row
-    uint32_t modifier;          // held all the way; 0 for none
-    uint32_t vk;                // pressed again and again at one moment
+    uint32_t modifier;          // held throughout; 0 for none
+    uint32_t vk;                // pressed repeatedly at one time
     std::vector<uint32_t> end;  // pressed once, too late
     bool falling;               // all but the first presses are too late, each one less than the one before
 };
@@ -72,12 +72,12 @@ std::vector<UnifiedEvent> Presses(const Worst& worst, size_t count) {
 }
 
 std::vector<UnifiedEvent> Presses(const Late& late, size_t count) {
-    constexpr size_t kBeginnings = 501;  // behind the modifier
+    constexpr size_t kBeginnings = 501;  // after the modifier
     std::vector<UnifiedEvent> events =
         Presses(Worst{late.modifier, late.virtualKey, 0}, count - late.end.size());
     double time = kTooLate * 2;
     for (size_t i = kBeginnings; late.falling && i < events.size(); ++i) {
-        // Not a beginning any more: those are all used up.
+        // No longer a start of the pattern: all starts are used up.
         events[i].time = time;
         time -= kTooLate / static_cast<double>(kLarge);
     }
@@ -90,8 +90,8 @@ std::vector<UnifiedEvent> Presses(const Late& late, size_t count) {
     return events;
 }
 
-// Nanoseconds of processor time for each press. A short list is scanned often enough to be measured; of the rounds the
-// shortest counts, since a busy machine only ever adds.
+// Returns nanoseconds of processor time for each press. Scans a short list often enough to measure it. The shortest
+// round counts, because a busy machine only adds time.
 double PerPress(size_t count, size_t times, const std::function<bool()>& scan) {
     double best = 0;
     for (int round = 0; round < kRounds; ++round) {

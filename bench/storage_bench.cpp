@@ -1,6 +1,6 @@
-// How fast a large macro is read, written, saved and listed, beside the plain iostream way of doing the same, which is
-// kept here as the yardstick. Prints one table of `name | ours | yardstick | ratio`, all measured in this one run.
-// Usage: storage_bench
+// Measures how fast a large macro is read, written, saved and listed, against the plain iostream form of the same,
+// which is kept here as the yardstick. Prints one table of `name | ours | yardstick | ratio`, all measured in the same
+// run. Usage: storage_bench
 #include "editing/macro_edits.h"
 #include "model/engine_state.h"
 #include "platform/files.h"
@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 constexpr size_t kSmall = 10000;
 constexpr size_t kLarge = 1000000;
 
-// What a person's recording looks like: mostly pointer moves a few milliseconds apart, some keys, clicks and wheel.
+// Like a real recording: mostly pointer moves a few milliseconds apart, some keys, clicks and wheel.
 std::vector<UnifiedEvent> Recording(size_t count) {
     std::mt19937 random(1);
     std::vector<UnifiedEvent> events(count);
@@ -73,8 +73,8 @@ struct Row {
     double yardstick = 0;
 };
 
-// Times both in turn, so that a busy machine is busy for both. The shortest run of each counts: whatever else the
-// machine does only ever adds.
+// Times both in turn, so that a busy machine slows both. The shortest run of each counts, because other work only adds
+// time.
 Row Measure(const char* name, const std::function<void()>& ours, const std::function<void()>& yardstick) {
     constexpr int kRounds = 4;
     constexpr int kOurRunsARound = 3;
@@ -90,7 +90,7 @@ Row Measure(const char* name, const std::function<void()>& ours, const std::func
     return row;
 }
 
-// A result that did not come out as it should makes the table worthless.
+// Ends the bench: a wrong result makes the table worthless.
 void Require(bool good, const char* what) {
     if (!good) {
         std::fprintf(stderr, "storage_bench: %s went wrong\n", what);
@@ -158,7 +158,7 @@ bool PlainReadEvent(const std::string& line, UnifiedEvent* event) {
     }
 }
 
-// Both files: the head lines are few and not what is measured.
+// For both files: the few head lines are not measured.
 std::vector<UnifiedEvent> PlainRead(const std::string& path, int headLines) {
     std::ifstream in(path);
     std::string line;
@@ -191,7 +191,7 @@ void SetStore(const std::vector<UnifiedEvent>& events) {
     macroState.currentProfile = 0;
 }
 
-// One size: a row each. The yardstick is left out where only the growth is wanted.
+// Measures one size, one row for each operation. Leaves out the yardstick if only the growth is wanted.
 std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYardstick) {
     const Profile profile{"Bench", "", Recording(count)};
     const std::string ours = (folder / "ours.vrlmacro").string();
@@ -244,7 +244,7 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
     return rows;
 }
 
-// What a save does while it holds macroMutex, by itself: a copy of the store into memory that is already there.
+// The part of a save that holds macroMutex: a copy of the store into existing memory.
 double MeasureLockHeld() {
     constexpr int kRuns = 10;
     double shortest = 1e12;
@@ -265,7 +265,7 @@ int main() {
     const fs::path folder =
         fs::temp_directory_path() / ("varnelle-bench-" + std::to_string(std::random_device()()));
     fs::create_directory(folder);
-    setenv("LOCALAPPDATA", folder.c_str(), 1);  // nothing of the person's own is touched
+    setenv("LOCALAPPDATA", folder.c_str(), 1);  // the user's own files are not touched
     CreateDataFolder();
 
     const std::vector<Row> small = MeasureSize(folder, kSmall, false);

@@ -1,6 +1,6 @@
-// What judging a theme file costs for each of its bytes, on files of a tenth of the cap and of the whole cap. Beside it
-// the plain form, which scans the text from its start for every value asked for: once for each of ten values, three of
-// the skin and every piece. Growth is the cost of a byte in the large file against the small one.
+// Measures the cost of validating a theme file for each of its bytes, on files of a tenth of the cap and of the whole
+// cap. Compares it with the plain form, which scans the text from its start for every value: ten values, three of the
+// skin and every piece. Growth is the cost of a byte in the large file against the small one.
 // Usage: theme_bench [THEME_FILE]
 #include "../tests/unit/theme_bytes.h"
 #include "../tests/unit/theme_literal.cpp"
@@ -19,7 +19,7 @@ constexpr size_t kLarge = kMaxThemeFileBytes;
 constexpr size_t kSmall = kLarge / 10;
 constexpr int kRounds = 3;
 
-// A piece of about `size` bytes, of whole groups of three.
+// Returns a piece of about `size` bytes, in whole groups of three.
 std::string Png(const ThemePiece& piece, size_t size) {
     std::string bytes = PngHead(piece.width, piece.height);
     bytes.resize(std::max<size_t>(bytes.size(), size / 3 * 3), '\x5A');
@@ -30,7 +30,7 @@ const std::string kColours =
     R"("name":"n","bgMain":"#000","bgPanel":"#000","bgHeader":"#000","accent":"#000","accentHover":"#000",)"
     R"("text":"#000","font":"'Consolas', 'Courier New', monospace")";
 
-// 24 good pieces that share `size` bytes of text.
+// Returns 24 valid pieces that share `size` bytes of text.
 std::string Pieces(size_t size) {
     std::string text;
     for (const ThemePiece& piece : ThemePieces()) {
@@ -40,12 +40,12 @@ std::string Pieces(size_t size) {
     return text;
 }
 
-// As a tool writes it: the colours first.
+// As a tool writes the file: the colours first.
 std::string LargeSkin(size_t size) {
     return "{" + kColours + R"(,"format":2,"skin":{"template":1,"pieces":{)" + Pieces(size - 1000) + "}}}";
 }
 
-// All that is asked for comes last, at every level, and what comes before it is as slow to pass as can be found.
+// The wanted values come last at every level, after the bytes that are slowest to skip.
 std::string HostileTail(size_t size) {
     std::string slow;
     while (slow.size() < size / 2) {
@@ -63,7 +63,7 @@ std::string HostileTail(size_t size) {
            R"(},"template":1},"format":2,)" + kColours + "}";
 }
 
-// Every slash of every piece escaped, so that nothing can be read where it stands.
+// Every slash of every piece is escaped, so that nothing can be read in place.
 std::string Escaped(size_t size) {
     std::string pieces;
     for (const ThemePiece& piece : ThemePieces()) {
@@ -76,7 +76,7 @@ std::string Escaped(size_t size) {
     return "{" + kColours + R"(,"format":2,"skin":{"template":1,"pieces":{)" + pieces.substr(1) + "}}}";
 }
 
-// The skin within a string, so that every byte of it is unescaped before it is read.
+// The skin is inside a string, so that every byte of it is unescaped before it is read.
 std::string SkinAsString(size_t size) {
     std::string skin = R"({"template":1,"pieces":{)" + Pieces(size - 2000) + "}}";
     for (size_t at = 0; (at = skin.find('"', at)) != std::string::npos; at += 2) {
@@ -94,15 +94,15 @@ std::string Commas(size_t size) {
     return "{" + std::string(size - 400, ',') + kColours + R"(,"format":1})";
 }
 
-using Judge = std::function<bool(const std::string&, ThemeRecord*, ThemeReport*)>;
+using Validate = std::function<bool(const std::string&, ThemeRecord*, ThemeReport*)>;
 
-// Milliseconds: the shortest of the rounds, since a busy machine only ever adds.
-double TimeOf(const std::string& text, const Judge& judge, ThemeReport* report) {
+// Returns the milliseconds of the shortest round, because a busy machine only adds time.
+double TimeOf(const std::string& text, const Validate& validate, ThemeReport* report) {
     double best = 0;
     for (int round = 0; round < kRounds; ++round) {
         ThemeRecord record;
         const auto begin = std::chrono::steady_clock::now();
-        judge(text, &record, report);
+        validate(text, &record, report);
         const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
         best = round == 0 ? taken.count() : std::min(best, taken.count());
     }
@@ -113,7 +113,7 @@ bool Ours(const std::string& text, ThemeRecord* record, ThemeReport* report) {
     return ValidateThemeText(text, record, report);
 }
 
-// One scan of the plain form over the whole text, for a key that is not there.
+// One scan of the plain form over the whole text, for a missing key.
 double PlainScan(const std::string& text) {
     ThemeReport unused;
     return TimeOf(

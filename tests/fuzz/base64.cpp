@@ -1,4 +1,4 @@
-// Any bytes as base64, beside a plain second form that collects single bits; and any bytes encoded and read again.
+// Any bytes as base64, compared with a second decoder that collects single bits; and any bytes encoded and read again.
 #include "../unit/theme_bytes.h"
 #include "../unit/theme_literal.cpp"
 

@@ -1,5 +1,5 @@
-// Any bytes as a macro file, beside a second reader of the same format that is written the plain way, with the
-// library's streams and number reads. What was read is then written and read again.
+// Any bytes as a macro file, compared with a second reader of the same format that uses the library's streams and
+// number reads. The result is then written and read again.
 #include "fuzz_input.h"
 
 #include "base/text.h"
@@ -90,7 +90,7 @@ bool Same(const UnifiedEvent& a, const UnifiedEvent& b) {
            a.wheel == c.wheel;
 }
 
-// Empty: the file is refused.
+// Empty: the file is rejected.
 bool PlainRead(const std::string& bytes, ParsedMacro* macro) {
     std::istringstream in(bytes);
     std::string line;
@@ -134,7 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Require(Same(macro.events[i], plain.events[i]));
     }
 
-    // A time loses digits once, and no more after that. A name that ends in CR loses one with each reading.
+    // A time loses digits only once. A name that ends in CR loses one CR with each reading.
     if (macro.name.back() == '\r') {
         return 0;
     }

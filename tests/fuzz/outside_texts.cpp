@@ -19,7 +19,7 @@
 
 namespace {
 
-// A line end divides the arguments.
+// A line end separates the arguments.
 void RequireOneRole(const std::string& text) {
     ProcessArguments arguments;
     arguments.line = text;
@@ -38,7 +38,7 @@ void RequireOneRole(const std::string& text) {
     Require(options.childLine.empty() || options.mode == LaunchMode::Child);
 }
 
-// Whatever a command took of its arguments, the settings can be written and read again.
+// Whatever a command accepts of its arguments, the settings can be written and read again.
 void RequireSettingsStay(const std::string& text) {
     const std::string argument = ArgText(text);
     Require(argument.find_first_of("[]\"") == std::string::npos);

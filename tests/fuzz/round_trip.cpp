@@ -1,5 +1,5 @@
-// Any events under any name, written as a macro file and as session lines and read again: all fields come back, a time
-// rounded as the C library prints it with six digits.
+// Any events under any name, written as a macro file and as session lines and read again: all fields are the same,
+// times as the C library prints them with six digits.
 #include "fuzz_input.h"
 
 #include "model/engine_state.h"

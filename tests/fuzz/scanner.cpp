@@ -1,4 +1,4 @@
-// Any bytes as a macro file, scanned by the program and by the plain form of the scanner.
+// Any bytes as a macro file, scanned by the program and by the second form of the scanner.
 #include "../unit/scan_literal.cpp"
 
 #include "fuzz_input.h"

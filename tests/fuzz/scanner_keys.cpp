@@ -1,5 +1,5 @@
 // Presses and releases of the keys that the scanner knows, at steps around its limits, some of them hundreds of times,
-// scanned by the program and by the plain form of the scanner.
+// scanned by the program and by the second form of the scanner.
 #include "../unit/scan_literal.cpp"
 
 #include "fuzz_input.h"
@@ -14,7 +14,7 @@ constexpr uint32_t kKeys[] = {13, 8,  9,  27,  44,  46,  115, 117, 67,  65,  76,
                               18, 91, 92, 160, 161, 162, 163, 164, 165, 186, 255, 0};
 constexpr double kSteps[] = {0,  0.01,   0.5, 1,      2.5, 5,      5.001, 10,    10.001,
                              30, 30.001, 60,  60.001, -1,  -30.01, 1e300, -1e300};
-constexpr size_t kMostEvents = 800;  // the plain form takes its time
+constexpr size_t kMostEvents = 800;  // the second form is slow
 
 std::vector<UnifiedEvent> Events(FuzzBytes input) {
     std::vector<UnifiedEvent> events;

@@ -1,5 +1,5 @@
-// Any bytes as a session file. Whatever is accepted leaves a usable store, and saving and loading it again gives the
-// same file.
+// Any bytes as a session file. An accepted file leaves a usable store. Saving and loading it again writes the same
+// file.
 #include "fuzz_input.h"
 
 #include "editing/profiles.h"
@@ -20,7 +20,7 @@ bool StoreIsUsable() {
     return CurrentProfile() != nullptr && !CurrentProfile()->settings.empty();
 }
 
-// Rounding the largest times to six digits may leave the range of a double.
+// Rounding the largest times to six digits may exceed the range of a double.
 bool HasTimeAtTheEnd() {
     MutexLock lock(macroMutex);
     for (const Profile& profile : macroState.profiles) {
@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     Require(StoreIsUsable());
     GetProfiles();
-    // A line that ends in more than one CR loses one with each reading.
+    // A line that ends in more than one CR loses one CR with each reading.
     if (bytes.find('\r') == std::string_view::npos && !HasTimeAtTheEnd()) {
         const std::string first = Saved();
         ResetEngineState();

@@ -1,5 +1,5 @@
-// Any text as a settings line: what it sets must survive being written and read again, and the text that an import
-// makes of it has the twenty fields of a profile.
+// Any text as a settings line: the settings must survive being written and read again, and the profile settings that an
+// import makes of it have twenty fields.
 #include "fuzz_input.h"
 
 #include "base/text.h"

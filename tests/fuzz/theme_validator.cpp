@@ -1,5 +1,5 @@
-// Any bytes as a theme file, beside the plain form that asks for each value with a scan of its own and decodes every
-// piece as often as it is named. The listing of keys and the lookup also run on the bytes as they are.
+// Any bytes as a theme file, compared with a second form that scans the text once for each value and decodes every
+// piece each time it is named. The listing of keys and the lookup also run on the raw bytes.
 #include "../unit/theme_literal.cpp"
 
 #include "fuzz_input.h"
@@ -32,7 +32,7 @@ void RequireSame(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
     RequireSame(bytes);
-    // The same bytes where the colours are past: as the rest of a file, as its pieces and as its font.
+    // The same bytes after valid colours: as the rest of a file, as its pieces and as its font.
     const std::string start =
         R"({"name":"n","bgMain":"#000","bgPanel":"#000","bgHeader":"#000","accent":"#000",)"
         R"("accentHover":"#000","text":"#000","font":"'Consolas', 'Courier New', monospace",)"

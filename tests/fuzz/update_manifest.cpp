@@ -1,5 +1,5 @@
-// Any text as a manifest, a version and an address, beside second forms of the rules. The key is the one that the kept
-// cases were signed with: nothing is accepted but what that key has signed, and what is accepted obeys every rule.
+// Any text as a manifest, a version and an address, compared with second forms of the rules. The key is that of the
+// kept cases: only manifests signed by it are accepted, and every accepted manifest follows every rule.
 #include "fuzz_input.h"
 
 #include "base/build_settings.h"
@@ -23,7 +23,7 @@ constexpr const char* kVectors = "tests/fixtures/update/vectors.jsonl";
 
 struct Signed {
     P256KeyHolder key;
-    std::set<std::string> messages;  // every one that the key has signed
+    std::set<std::string> messages;  // all that the key has signed
 };
 
 Signed ReadSigned() {
@@ -47,7 +47,7 @@ Signed ReadSigned() {
     return all;
 }
 
-// The same reader as a walk through states.
+// The same reader as a state machine.
 std::string PlainField(const std::string& text, const std::string& key) {
     size_t at = text.find('"' + key + '"');
     if (at == std::string::npos) {
@@ -76,7 +76,8 @@ std::string PlainField(const std::string& text, const std::string& key) {
     return value;
 }
 
-// Major, minor, patch, whether it is stable, preview number: as ordered as versions are. Empty if it is no version.
+// Returns major, minor, patch, whether it is stable, and preview number, which compare as versions do. Empty if the
+// text is not a version.
 std::vector<int> PlainVersion(const std::string& text) {
     static const std::regex form("([0-9]{1,5})[.]([0-9]{1,5})[.]([0-9]{1,5})(-preview[.]([0-9]{1,5}))?");
     std::smatch parts;
@@ -142,7 +143,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     RequireRefusedOrSigned(known, text, "plus", "1.0.1");
     RequireRefusedOrSigned(known, text, "core", "1.1.0-preview.1");
 
-    // A line end divides two versions.
+    // A line end separates two versions.
     const size_t middle = std::min(text.find('\n'), text.size());
     RequireSameVersion(text.substr(0, middle), middle < text.size() ? text.substr(middle + 1) : "1.0.1");
     RequireSameVersion(ReadFlatField(text, "version"), "1.1.0-preview.2");

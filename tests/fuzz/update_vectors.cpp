@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (passed) {
         Require(report.find("\nPASS test key loads as a valid P-256 public key\n") != std::string::npos);
     }
-    // A name may hold anything, line ends included.
+    // A name may contain anything, line ends included.
     if (bytes.find("FAIL") == std::string_view::npos && bytes.find('\\') == std::string_view::npos) {
         Require(passed == (report.find("FAIL ") == std::string::npos));
     }

@@ -4,10 +4,10 @@
 // is never the operation that fails.
 #include "app/main_process.h"
 #include "editing/profiles.h"
-#include "held_macro.h"
 #include "imports/macro_import.h"
 #include "imports/self_check.h"
 #include "model/engine_state.h"
+#include "pending_import.h"
 #include "platform/files.h"
 #include "platform/simulated/simulation.h"
 #include "storage/data_folder.h"
@@ -194,7 +194,8 @@ TEST_F(FileFaults, ALoadThatFailsChangesNothing) {
     EXPECT_EQ(count, 1);
 }
 
-// Wherever an older version left the session: after a start it is still whole in one place, and the program has a store.
+// Wherever an older version left the session: after a start it is still whole in one place, and the program has a
+// store.
 TEST_F(FileFaults, AStartKeepsTheSessionWholeSomewhere) {
     SetState("Kept", 31);
     SaveSession();
@@ -369,7 +370,7 @@ TEST_F(FileFaults, AnImportThatFailsChangesNothing) {
     std::string state;
     std::string held;
     const auto prepare = [&] {
-        DropHeldMacro();
+        DropPendingImport();
         SetState("Live", 71);
         WriteFile(path, kRisky);
         ImportMacroFile(path);
@@ -390,7 +391,7 @@ TEST_F(FileFaults, AnImportThatFailsChangesNothing) {
             EXPECT_EQ(GetPendingMacroImport(), held);
         });
     EXPECT_EQ(count, 1);
-    DropHeldMacro();
+    DropPendingImport();
 }
 
 TEST_F(FileFaults, AStagedMacroIsImportedOrSaidToBeUnreadable) {

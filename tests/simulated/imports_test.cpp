@@ -5,8 +5,8 @@
 
 #include "base/text.h"
 #include "event_times.h"
-#include "held_macro.h"
 #include "model/engine_state.h"
+#include "pending_import.h"
 #include "platform/simulated/simulation.h"
 #include "storage/data_folder.h"
 #include "temp_folder.h"
@@ -30,14 +30,14 @@ class ImportFlowTest : public ::testing::Test {
     ImportFlowTest() {
         std::filesystem::create_directories(root_ / "program" / "ui");
         Begin();
-        DropHeldMacro();
+        DropPendingImport();
         TakePendingThemeAlert();
     }
     ~ImportFlowTest() override {
         SimEnd();
         ResetEngineState();
         SetSessionPath("");
-        DropHeldMacro();
+        DropPendingImport();
     }
 
     void Begin() {
@@ -106,7 +106,7 @@ TEST_F(ImportFlowTest, AChosenFileIsImportedAndTheReportsFollow) {
     EXPECT_NE(ReadFile(DataFilePath("session.dat")).find("PROFILE:Clean (Imported)\n"), std::string::npos);
 }
 
-TEST_F(ImportFlowTest, AHeldMacroShowsInTheReportsWhenItIsConfirmed) {
+TEST_F(ImportFlowTest, AConfirmedPendingImportAppearsInTheReports) {
     const std::string path = File("a.vrlmacro", kHeldText);
     Run([&] {
         Call("getTrackerStatus");
@@ -126,7 +126,7 @@ TEST_F(ImportFlowTest, AHeldMacroShowsInTheReportsWhenItIsConfirmed) {
     });
 }
 
-TEST_F(ImportFlowTest, DroppingAHeldMacroTellsThePageNothing) {
+TEST_F(ImportFlowTest, RejectingAPendingImportDoesNotNotifyThePage) {
     const std::string path = File("a.vrlmacro", kHeldText);
     Run([&] {
         SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
@@ -358,14 +358,14 @@ TEST_F(ImportFlowTest, AMacroOfTheCommandLineIsThereWhenThePageComes) {
     EXPECT_TRUE(std::filesystem::exists(options.openMacroPath));
 }
 
-TEST_F(ImportFlowTest, AHeldMacroOfTheCommandLineWaitsForThePageAndEndsWithTheProgram) {
+TEST_F(ImportFlowTest, APendingImportOfTheCommandLineWaitsForThePageAndEndsWithTheProgram) {
     LaunchOptions options;
     options.openMacroPath = File("a.vrlmacro", kHeldText);
     Run(
         [&] {
             EXPECT_FALSE(HasProfile("Held"));
             EXPECT_EQ(PendingIdIn(Call("getPendingMacroImport")).size(), 32U);
-            Call("confirmMacroImport", "[\"" + HeldId() + "\"]");
+            Call("confirmMacroImport", "[\"" + PendingImportId() + "\"]");
             EXPECT_TRUE(HasProfile("Held"));
             EXPECT_EQ(TakeScripts(), (std::vector<std::string>{kToldImported}));
         },
@@ -373,10 +373,10 @@ TEST_F(ImportFlowTest, AHeldMacroOfTheCommandLineWaitsForThePageAndEndsWithThePr
     EXPECT_NE(ReadFile(DataFilePath("session.dat")).find("PROFILE:Held\n"), std::string::npos);
 }
 
-TEST_F(ImportFlowTest, AHeldMacroIsNotSaved) {
+TEST_F(ImportFlowTest, APendingImportIsNotSaved) {
     LaunchOptions options;
     options.openMacroPath = File("a.vrlmacro", kHeldText);
-    Run([] { EXPECT_EQ(HeldId().size(), 32U); }, options);
+    Run([] { EXPECT_EQ(PendingImportId().size(), 32U); }, options);
     EXPECT_EQ(ReadFile(DataFilePath("session.dat")).find("Held"), std::string::npos);
 }
 

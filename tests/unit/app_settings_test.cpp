@@ -90,7 +90,7 @@ TEST_F(AppSettingsTest, TheFivePanelsAndNothingElse) {
     EXPECT_FALSE(IsPanelId(std::string_view("panel-ui\0", 9)));
 }
 
-TEST_F(AppSettingsTest, AnOrderMayLeaveOutPanelsButNotRepeatThem) {
+TEST_F(AppSettingsTest, AnOrderMayOmitPanelsButNotRepeatThem) {
     const Texts before{"panel-keyspam"};
     Texts order = before;
     EXPECT_TRUE(ParsePanelOrder("panel-tracker,panel-ui", &order));
@@ -110,14 +110,14 @@ TEST_F(AppSettingsTest, AnOrderMayLeaveOutPanelsButNotRepeatThem) {
     }
 }
 
-TEST_F(AppSettingsTest, WithoutAFileTheDefaultsStand) {
+TEST_F(AppSettingsTest, WithoutAFileTheDefaultsApply) {
     LoadAppSettings();
     EXPECT_FALSE(FileExists(Path()));
     EXPECT_FALSE(appSettings.windowPositionKnown);
     EXPECT_EQ(Saved(), kDefaultLines);
 }
 
-TEST_F(AppSettingsTest, TheLinesEndAsThisHomesTextFilesDo) {
+TEST_F(AppSettingsTest, TheLinesEndAsThisBackendsTextFilesDo) {
     SaveAppSettings();
     const std::string bytes = ReadFile(Path());
     const std::string first = "alwaysOnTop=0" + std::string(TextLineEnd()) + "launchOnStartup=0";
@@ -149,7 +149,7 @@ TEST_F(AppSettingsTest, EverySettingIsReadAndWritten) {
     EXPECT_EQ(Saved(), kDefaultLines);
 }
 
-TEST_F(AppSettingsTest, TheKeptFilesAreReadAsTheyAlwaysWere) {
+TEST_F(AppSettingsTest, TheFixturesOfOlderVersionsAreRead) {
     const auto read = [](const char* name) {
         appSettings = AppSettings();
         ResetEngineState();
@@ -186,7 +186,7 @@ TEST_F(AppSettingsTest, ABooleanIsOnOnlyAsOne) {
     }
 }
 
-TEST_F(AppSettingsTest, WhatIsNotAnOwnLineIsPassedOver) {
+TEST_F(AppSettingsTest, UnknownLinesAreIgnored) {
     Load("\n"
          "=\n"
          "=1\n"
@@ -211,7 +211,7 @@ TEST_F(AppSettingsTest, TheKeyEndsAtTheFirstEqualsSign) {
     EXPECT_NE(Saved().find("seenWarnings==,a=b,c==\n"), std::string::npos);
 }
 
-TEST_F(AppSettingsTest, ABadNumberKeepsWhatWasThere) {
+TEST_F(AppSettingsTest, AMalformedNumberKeepsTheOldValue) {
     for (const char* value :
          {"abc", "", "-", " ", "2147483648", "-2147483649", "99999999999999999999", "x12"}) {
         appSettings = AppSettings();
@@ -234,7 +234,7 @@ TEST_F(AppSettingsTest, OnlyTheLeftEdgeMakesThePositionKnown) {
     EXPECT_TRUE(appSettings.windowPositionKnown);
 }
 
-TEST_F(AppSettingsTest, ListsDropWhatTheyCannotHold) {
+TEST_F(AppSettingsTest, ListsDropUnknownIds) {
     Load("seenWarnings=,b,,a,b,\n"
          "minimizedPanels=panel-ui,panel-other,,panel-ui,PANEL-UI,panel-tracker\n"
          "panelOrder=panel-ui,panel-other\n");
@@ -256,7 +256,7 @@ TEST_F(AppSettingsTest, ALaterLineReplacesAnEarlierOne) {
     EXPECT_EQ(appSettings.windowX, 2);
 }
 
-TEST_F(AppSettingsTest, WhatTheFileDoesNotNameStays) {
+TEST_F(AppSettingsTest, SettingsMissingInTheFileStay) {
     appSettings.alwaysOnTop = true;
     appSettings.seenWarnings = {"kept"};
     Load("startMinimized=1\n");
@@ -264,7 +264,7 @@ TEST_F(AppSettingsTest, WhatTheFileDoesNotNameStays) {
     EXPECT_EQ(appSettings.seenWarnings, (std::set<std::string>{"kept"}));
 }
 
-TEST_F(AppSettingsTest, EndlessLinesAndAnyBytesAreTaken) {
+TEST_F(AppSettingsTest, LongLinesAndAnyBytesAreAccepted) {
     std::string ids;
     for (int i = 0; i < 20000; ++i) {
         ids += "warning-" + std::to_string(i) + ",";
@@ -287,7 +287,7 @@ TEST_F(AppSettingsTest, SavingReplacesTheWholeFile) {
     EXPECT_EQ(Saved(), kDefaultLines);
 }
 
-TEST_F(AppSettingsTest, WhereNothingCanBeWrittenTheRunningValuesStay) {
+TEST_F(AppSettingsTest, IfTheFileCannotBeWrittenTheLiveValuesStay) {
     fs::remove_all(DataFolderPath());
     WriteFile(DataFolderPath(), "a file where the folder should be");
     appSettings.alwaysOnTop = true;
@@ -301,7 +301,7 @@ TEST_F(AppSettingsTest, WhereNothingCanBeWrittenTheRunningValuesStay) {
     EXPECT_EQ(ReadFile(DataFolderPath()), "a file where the folder should be");
 }
 
-TEST_F(AppSettingsTest, AFolderInTheFilesPlaceIsNoFile) {
+TEST_F(AppSettingsTest, AFolderInPlaceOfTheFileCountsAsMissing) {
     fs::create_directory(Path());
     LoadAppSettings();
     SaveAppSettings();
@@ -309,7 +309,7 @@ TEST_F(AppSettingsTest, AFolderInTheFilesPlaceIsNoFile) {
     EXPECT_EQ(BuildAppSettingsText().substr(0, 13), "alwaysOnTop=0");
 }
 
-TEST_F(AppSettingsTest, TheReportHasItsSettledForm) {
+TEST_F(AppSettingsTest, TheReportHasItsExactForm) {
     EXPECT_EQ(AppSettingsReport(),
               R"({"alwaysOnTop":false,"launchOnStartup":false,"startMinimized":false,"hotkeysEnabled":true,)"
               R"("hotkeyLock":true,"stopToolsWithMacro":true,"disableAnimations":false,"showWarnings":true,)"
@@ -323,7 +323,7 @@ TEST_F(AppSettingsTest, TheReportHasItsSettledForm) {
         R"("panelOrder":["panel-tracker","panel-ui"]})");
 }
 
-TEST_F(AppSettingsTest, StoringKnowsThePagesNames) {
+TEST_F(AppSettingsTest, StoringAcceptsThePagesNames) {
     struct Row {
         const char* key;
         const char* line;
@@ -370,7 +370,7 @@ TEST_F(AppSettingsTest, ASeenWarningIsSavedOnce) {
     EXPECT_EQ(appSettings.seenWarnings.size(), 3U);
 }
 
-TEST_F(AppSettingsTest, AnOrderIsTakenWholeOrNotAtAll) {
+TEST_F(AppSettingsTest, AnOrderIsStoredWholeOrNotAtAll) {
     SetPanelOrder("panel-ui,panel-ui");
     SetPanelOrder("panel-other");
     EXPECT_FALSE(FileExists(Path()));

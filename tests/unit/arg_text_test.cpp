@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(ArgText, TakesAwayBracketsAndQuotesWhereverTheyStand) {
+TEST(ArgText, RemovesBracketsAndQuotesAnywhere) {
     EXPECT_EQ(ArgText("[]"), "");
     EXPECT_EQ(ArgText(""), "");
     EXPECT_EQ(ArgText("[5,3]"), "5,3");
@@ -20,6 +20,6 @@ TEST(ArgText, UnescapesNothing) {
     EXPECT_EQ(ArgText("[\"\xC3\xA4|b\"]"), "\xC3\xA4|b");
 }
 
-TEST(ArgText, KeepsWhatStandsBehindAZeroByte) {
+TEST(ArgText, KeepsTextAfterAZeroByte) {
     EXPECT_EQ(ArgText(std::string_view("[a\0b]", 5)), std::string("a\0b", 3));
 }

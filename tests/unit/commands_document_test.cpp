@@ -5,13 +5,13 @@
 #include "unit/test_support.h"
 #include "windows/main_window.h"
 
-// The version that the build puts into packages, and the one that the program says of itself.
+// The version of the packages, and the version that the program reports.
 static_assert(kProgramVersion == VARNELLE_PROJECT_VERSION,
               "CMakeLists.txt and build_settings.h name two versions");
 
-TEST(CommandsDocument, IsWhatTheTableSays) {
+TEST(CommandsDocument, MatchesTheTable) {
     const std::string committed = ReadFile("docs/commands.md");
-    EXPECT_EQ(committed, CommandsDocument()) << "write it anew with: ./dev docs";
+    EXPECT_EQ(committed, CommandsDocument()) << "write it again with: ./dev docs";
 }
 
 TEST(CommandsDocument, NamesEveryCommandInItsOrder) {
@@ -22,7 +22,7 @@ TEST(CommandsDocument, NamesEveryCommandInItsOrder) {
     for (int i = 0; i < count; ++i) {
         at = document.find("\n| `" + std::string(commands[i].name) + "` | ", at);
         ASSERT_NE(at, std::string::npos) << commands[i].name;
-        // Three cells, whatever the texts hold.
+        // Three cells, whatever the texts contain.
         const std::string row = document.substr(at + 1, document.find('\n', at + 1) - at - 1);
         int bars = 0;
         for (size_t c = 0; c < row.size(); ++c) {

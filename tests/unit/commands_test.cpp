@@ -141,7 +141,7 @@ TEST_F(CommandsTest, StartsAndStopsOnlyRaiseTheirRequest) {
     EXPECT_FALSE(engineState.keySpamming);
 }
 
-TEST_F(CommandsTest, ArgumentsAsOneTextOrOneByOneAreTheSame) {
+TEST_F(CommandsTest, OneStringOrSeveralArgumentsHaveTheSameEffect) {
     for (const char* request : {"[1,2,3,4,1,1,0,10,0]", "[\"1,2,3,4,1,1,0,10,0\"]"}) {
         autoclickerSettings.intervalHours = 0;
         autoclickerSettings.repeatMode = 1;
@@ -165,7 +165,7 @@ TEST_F(CommandsTest, AMalformedNumberEndsTheUpdateAndKeepsTheEarlierFields) {
     EXPECT_FALSE(macroSettings.recordMoves);
 }
 
-TEST_F(CommandsTest, RemovingATargetForgivesABadNumber) {
+TEST_F(CommandsTest, RemovingATargetIgnoresAMalformedNumber) {
     EXPECT_EQ(Call("removeKeySpamTarget", "[\"x\"]"), "");
     EXPECT_EQ(Call("removeKeySpamTarget", "[]"), "");
     EXPECT_EQ(Call("removeKeySpamTarget", "[99999999999]"), "");
@@ -191,7 +191,7 @@ TEST_F(CommandsTest, PickingIsArmedForTheHook) {
     EXPECT_TRUE(engineState.pickingLocation);
 }
 
-TEST_F(CommandsTest, ReassigningKnowsSixWords) {
+TEST_F(CommandsTest, ReassigningAcceptsSixWords) {
     const char* const words[] = {"rec", "play", "auto", "keyspamhotkey", "keyspamtarget", "unlock"};
     uint32_t target = 0;
     for (const char* word : words) {
@@ -202,7 +202,7 @@ TEST_F(CommandsTest, ReassigningKnowsSixWords) {
     EXPECT_EQ(engineState.reassignTarget, target);
 }
 
-TEST_F(CommandsTest, ResettingBringsTheFiveBindingsBack) {
+TEST_F(CommandsTest, ResettingRestoresTheFiveBindings) {
     hotkeyTable.record = 65;
     hotkeyTable.play = 66;
     hotkeyTable.autoclicker = 67;
@@ -216,7 +216,7 @@ TEST_F(CommandsTest, ResettingBringsTheFiveBindingsBack) {
     EXPECT_EQ(hotkeyTable.unlock, 121U);
 }
 
-TEST_F(CommandsTest, TheEventListIsGivenAndMirrored) {
+TEST_F(CommandsTest, TheEventListIsReturnedAndMirrored) {
     EXPECT_EQ(Call("getMacroEvents"), "[]");
     EXPECT_EQ(Mirror(), "[]");
     SetMacro({KeyDown(0.5, 65)});
@@ -267,14 +267,14 @@ TEST_F(CommandsTest, ProfilesAreAddedSwitchedClearedAndDeleted) {
                                    "\"defaultName\":\"Default Tracking Profile\"}");
 }
 
-TEST_F(CommandsTest, TheWaitingMessageIsGivenOnce) {
+TEST_F(CommandsTest, TheWaitingMessageIsReturnedOnce) {
     TakePendingThemeAlert();
     SetPendingThemeAlert("It is \"broken\".");
     EXPECT_EQ(Call("getPendingThemeAlert"), R"("It is \"broken\".")");
     EXPECT_EQ(Call("getPendingThemeAlert"), "\"\"");
 }
 
-TEST_F(CommandsTest, AHeldMacroIsAnsweredByItsId) {
+TEST_F(CommandsTest, APendingImportIsDecidedByItsId) {
     EXPECT_EQ(Call("getPendingMacroImport"), R"({"outcome":"none"})");
     ParsedMacro macro;
     ASSERT_EQ(ParseMacroText("Held\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n", &macro), "");

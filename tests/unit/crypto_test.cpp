@@ -53,7 +53,7 @@ TEST(Crypto, HashesKnownTexts) {
     EXPECT_EQ(HashOf({million}), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 
-TEST(Crypto, AHashIsFinishedOnce) {
+TEST(Crypto, AHashCanBeFinishedOnlyOnce) {
     Sha256 hash;
     Sha256Digest digest{};
     ASSERT_TRUE(hash.Finish(&digest));
@@ -100,7 +100,7 @@ TEST(Crypto, ImportsOnlyWholeKeys) {
 
 #ifndef _WIN32
 // NOTE: Wine's BCrypt imports a point that is not on the curve, so this cannot be asked of it.
-TEST(Crypto, APointBesideTheCurveIsNoKey) {
+TEST(Crypto, APointOffTheCurveIsNotAKey) {
     std::string blob = EmbeddedKey();
     blob[71] = static_cast<char>(blob[71] ^ 1);
     EXPECT_FALSE(ImportP256Key(blob));

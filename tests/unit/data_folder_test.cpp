@@ -38,15 +38,15 @@ class ProgramFile {
     std::string path_;
 };
 
-TEST_F(DataFolderTest, IsWhereLocalAppDataSays) {
+TEST_F(DataFolderTest, IsInLocalAppData) {
     EXPECT_EQ(DataFolderPath(), Joined(root_.Path(), "Varnelle"));
     EXPECT_EQ(DataFilePath("a.txt"), Joined(Joined(root_.Path(), "Varnelle"), "a.txt"));
     const std::string other = root_.File("other");
     localAppData_.Put(other.c_str());
-    EXPECT_EQ(DataFolderPath(), Joined(other, "Varnelle")) << "worked out anew by each call";
+    EXPECT_EQ(DataFolderPath(), Joined(other, "Varnelle")) << "computed again by each call";
 }
 
-TEST_F(DataFolderTest, IsRelativeWhereNothingUsableIsSet) {
+TEST_F(DataFolderTest, IsRelativeIfNoVariableIsUsable) {
     const std::string expected = Joined(".", "Varnelle");
     const ScopedEnv noXdg("XDG_DATA_HOME", nullptr);
     const ScopedEnv noHome("HOME", nullptr);
@@ -59,14 +59,14 @@ TEST_F(DataFolderTest, IsRelativeWhereNothingUsableIsSet) {
     EXPECT_EQ(DataFolderPath(), Joined(longest, "Varnelle"));
 }
 
-TEST_F(DataFolderTest, IsCreatedByWritersAndCreatingItTwiceIsNoFailure) {
+TEST_F(DataFolderTest, IsCreatedByWritersAndMayExist) {
     EXPECT_FALSE(FileExists(DataFolderPath()));
     CreateDataFolder();
     CreateDataFolder();
     EXPECT_TRUE(fs::is_directory(DataFolderPath()));
 }
 
-TEST_F(DataFolderTest, MirrorsGiveTheirFirstLine) {
+TEST_F(DataFolderTest, MirrorsReturnTheirFirstLine) {
     WriteStatusMirror(R"({"state":"Playing"})");
     EXPECT_EQ(ReadFile(DataFilePath("status.txt")), R"({"state":"Playing"})")
         << "as it was given, no line end";
@@ -83,7 +83,7 @@ TEST_F(DataFolderTest, MirrorsGiveTheirFirstLine) {
     EXPECT_EQ(ReadEventsMirror(), "[]") << "the shorter text replaces the longer one";
 }
 
-TEST_F(DataFolderTest, MissingAndEmptyMirrorsGiveTheConstants) {
+TEST_F(DataFolderTest, MissingAndEmptyMirrorsReturnTheDefaults) {
     EXPECT_EQ(ReadStatusMirror(), kIdleStatus);
     EXPECT_EQ(ReadEventsMirror(), "[]");
     EXPECT_EQ(ReadPanelSettings(), "{}");
@@ -98,7 +98,7 @@ TEST_F(DataFolderTest, MissingAndEmptyMirrorsGiveTheConstants) {
     }
 }
 
-TEST_F(DataFolderTest, AMirrorThatCannotBeWrittenIsPassedOverInSilence) {
+TEST_F(DataFolderTest, AMirrorThatCannotBeWrittenIsIgnored) {
     WriteFile(root_.File("file"), "in the way");
     localAppData_.Put(root_.File("file").c_str());
     WriteStatusMirror("{}");
@@ -119,7 +119,7 @@ TEST_F(DataFolderTest, AtomicWriteReplacesTheFile) {
     EXPECT_FALSE(FileExists(path + ".tmp"));
 }
 
-TEST_F(DataFolderTest, AtomicWriteTakesOverALeftTemporaryFile) {
+TEST_F(DataFolderTest, AtomicWriteReplacesALeftoverTemporaryFile) {
     const std::string path = root_.File("exchange.txt");
     WriteFile(path + ".tmp", "half of an older wri");
     EXPECT_TRUE(AtomicWriteFile(path, "new"));
@@ -151,7 +151,7 @@ TEST_F(DataFolderTest, AtomicWriteWithoutItsFolderFails) {
     EXPECT_FALSE(AtomicWriteFile(root_.File("missing/exchange.txt"), "new"));
 }
 
-TEST_F(DataFolderTest, AReaderOfAnAtomicWriteNeverSeesHalf) {
+TEST_F(DataFolderTest, AReaderNeverSeesHalfAnAtomicWrite) {
     const std::string path = root_.File("exchange.txt");
     const std::string small(10, 's');
     const std::string large(300000, 'l');
@@ -184,7 +184,7 @@ TEST_F(DataFolderTest, TheSessionIsInTheFolder) {
     EXPECT_EQ(SessionPath(), before) << "kept for all later saves and loads of this run";
 }
 
-TEST_F(DataFolderTest, APresentSessionLeavesOlderFilesAlone) {
+TEST_F(DataFolderTest, AnExistingSessionLeavesOlderFilesUnchanged) {
     CreateDataFolder();
     const ProgramFile beside("session.mcr", "beside");
     WriteFile(DataFilePath("session.dat"), "current");
@@ -218,7 +218,7 @@ TEST_F(DataFolderTest, TheFirstOlderSessionIsMovedAndTheOthersStay) {
     EXPECT_FALSE(FileExists(beside.Path()));
 }
 
-TEST_F(DataFolderTest, AnOlderSessionThatCannotBeMovedIsUsedWhereItIs) {
+TEST_F(DataFolderTest, AnOlderSessionThatCannotBeMovedIsUsedInPlace) {
     const ProgramFile beside("session.mcr", "beside");
     WriteFile(root_.File("file"), "in the way");
     localAppData_.Put(root_.File("file").c_str());
@@ -227,7 +227,7 @@ TEST_F(DataFolderTest, AnOlderSessionThatCannotBeMovedIsUsedWhereItIs) {
     EXPECT_EQ(ReadFile(beside.Path()), "beside");
 }
 
-TEST_F(DataFolderTest, StateFilesAreMovedOnlyIntoAnEmptyPlace) {
+TEST_F(DataFolderTest, StateFilesAreMovedOnlyIfTheTargetIsMissing) {
     CreateDataFolder();
     const std::string target = DataFilePath("theme.txt");
     MigrateStateFile(target, "theme.txt");

@@ -61,7 +61,7 @@ TEST_F(DispatcherTest, ARequestWakesTheDispatcherAndIsTakenOnce) {
     EXPECT_FALSE(TakeWake(engineState.autoclickerWakeEvent));  // it ran already
 }
 
-TEST_F(DispatcherTest, WithoutEventsRequestsAreServedAllTheSame) {
+TEST_F(DispatcherTest, RequestsAreServedWithoutEvents) {
     for (std::atomic<WakeEvent*>* event : {&engineState.dispatchEvent, &engineState.autoclickerWakeEvent}) {
         CloseWakeEvent(event->exchange(nullptr));
     }
@@ -80,7 +80,7 @@ TEST_F(DispatcherTest, RecordingComesBeforePlaying) {
     EXPECT_FALSE(TakeWake(engineState.playWakeEvent));
 }
 
-TEST_F(DispatcherTest, RefusedRequestsAreForgotten) {
+TEST_F(DispatcherTest, RefusedRequestsAreConsumed) {
     engineState.playing = true;
     engineState.requestToggleRecord = true;
     engineState.requestStartRecord = true;
@@ -110,7 +110,7 @@ TEST_F(DispatcherTest, PlayRequestsAreRefusedWhileRecording) {
     EXPECT_FALSE(engineState.playing);
 }
 
-TEST_F(DispatcherTest, StopsOfWhatDoesNotRunDoNothing) {
+TEST_F(DispatcherTest, StoppingAnIdleEngineDoesNothing) {
     engineState.requestStopRecord = true;
     engineState.requestStopPlay = true;
     engineState.requestStopAutoclicker = true;

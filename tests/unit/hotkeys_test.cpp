@@ -119,7 +119,7 @@ TEST_F(HotkeysTest, AHeldHotkeyFiresOnceAndStaysHidden) {
     EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
 }
 
-TEST_F(HotkeysTest, CodesAreTakenTo8Bits) {
+TEST_F(HotkeysTest, CodesAreReducedTo8Bits) {
     EXPECT_TRUE(PressConsumed(0x100 | kF6));
     EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
     EXPECT_TRUE(ReleaseConsumed(kF6));
@@ -176,7 +176,7 @@ TEST_F(HotkeysTest, TheFirstBindingOfAKeyWins) {
     EXPECT_FALSE(engineState.unlocked);
 }
 
-TEST_F(HotkeysTest, TheLockStopsTheToolsAndPlaybackAndDeafensTheRest) {
+TEST_F(HotkeysTest, TheLockStopsToolsAndPlaybackAndDisablesTheOtherHotkeys) {
     EXPECT_TRUE(PressConsumed(kF10));
     EXPECT_FALSE(engineState.unlocked);
     EXPECT_EQ(TakeRaised(), (Names{"stopAuto", "stopKeySpam", "stopPlay"}));
@@ -306,7 +306,7 @@ TEST_F(HotkeysTest, CaptureWorksWithHotkeysOffAndLocked) {
     EXPECT_EQ(hotkeyTable.play, kKeyA);
 }
 
-TEST_F(HotkeysTest, ButtonsThatACaptureTakes) {
+TEST_F(HotkeysTest, ACaptureAcceptsTheseButtons) {
     const uint32_t buttons[] = {kLeftButton, kRightButton, kMiddleButton, kFirstSideButton,
                                 kSecondSideButton};
     for (const char* word : {"rec", "play", "auto", "keyspamhotkey", "keyspamtarget", "unlock"}) {
@@ -326,7 +326,7 @@ TEST_F(HotkeysTest, ButtonsThatACaptureTakes) {
     }
 }
 
-TEST_F(HotkeysTest, AButtonThatACaptureLetsThroughIsStillAHotkey) {
+TEST_F(HotkeysTest, AButtonThatACapturePassesIsStillAHotkey) {
     hotkeyTable.autoclicker = kLeftButton;
     ReassignKey("unlock");
     EXPECT_TRUE(ClickConsumed(kLeftButton));
@@ -335,7 +335,7 @@ TEST_F(HotkeysTest, AButtonThatACaptureLetsThroughIsStillAHotkey) {
     EXPECT_TRUE(UnclickConsumed(kLeftButton));
 }
 
-TEST_F(HotkeysTest, ResetPutsTheFiveBindingsBackAndNothingElse) {
+TEST_F(HotkeysTest, ResetRestoresTheFiveBindingsAndNothingElse) {
     for (std::atomic<uint32_t>* binding : {&hotkeyTable.record, &hotkeyTable.play, &hotkeyTable.autoclicker,
                                            &hotkeyTable.keySpammer, &hotkeyTable.unlock}) {
         *binding = 1;
@@ -356,7 +356,7 @@ TEST_F(HotkeysTest, ResetPutsTheFiveBindingsBackAndNothingElse) {
     EXPECT_STREQ(ReassignTargetText(), "auto");
 }
 
-TEST_F(HotkeysTest, SessionChangesForgetWhatIsHeld) {
+TEST_F(HotkeysTest, SessionChangesClearHeldKeys) {
     for (const uint32_t change : {2U, 4U, 7U}) {
         hotkeyTable.autoclicker = kF6;
         PressConsumed(kF6);
@@ -396,7 +396,7 @@ TEST_F(HotkeysTest, OtherSessionChangesDoNothing) {
     EXPECT_TRUE(ReleaseConsumed(kF6));
 }
 
-TEST_F(HotkeysTest, InterestIsWhatCouldBeConsumedNow) {
+TEST_F(HotkeysTest, InterestListsWhatCouldBeConsumedNow) {
     EXPECT_EQ(InterestingCodes(), (std::set<uint32_t>{kF6, kF7, kF8, kF9, kF10}));
     EXPECT_EQ(InterestingButtons(), 0U);
     engineState.unlocked = false;
@@ -443,7 +443,7 @@ TEST_F(HotkeysTest, InterestOfPickingAndRecording) {
     EXPECT_FALSE(interest.rawMotion);
 }
 
-TEST_F(HotkeysTest, NamesThatAreOurs) {
+TEST_F(HotkeysTest, CodesWithANameOfOurOwn) {
     EXPECT_EQ(KeyNameText(192), "`");
     EXPECT_EQ(KeyNameText(1), "Left Mouse");
     EXPECT_EQ(KeyNameText(2), "Right Mouse");

@@ -4,8 +4,8 @@
 #include "editing/profiles.h"
 #include "engines/recorder.h"
 #include "event_times.h"
-#include "held_macro.h"
 #include "imports/self_check.h"
+#include "pending_import.h"
 #include "platform/files.h"
 #include "storage/settings_text.h"
 #include "unit/test_support.h"
@@ -31,14 +31,14 @@ constexpr const char* kCleanEvents = "0,0.5,10,10,0,0,0\n";
 class ImportsTest : public DataFolderTest {
   protected:
     ImportsTest() {
-        DropHeldMacro();
+        DropPendingImport();
         TakePendingThemeAlert();
         MutexLock lock(macroMutex);
         macroState.profiles = {{DefaultProfileName, {}, {}}};
         macroState.currentProfile = 0;
     }
     ~ImportsTest() override {
-        DropHeldMacro();
+        DropPendingImport();
         TakePendingThemeAlert();
     }
 
@@ -77,7 +77,7 @@ class ImportsTest : public DataFolderTest {
     }
     static ParsedMacro Clean(const std::string& name) { return Macro(name + "\nSETTINGS:\n" + kCleanEvents); }
 
-    // Puts a file where a second instance would.
+    // Writes a file to the folder that a second instance would use.
     std::string Stage(const std::string& stem, const std::string& text) {
         std::filesystem::create_directories(DataFilePath("themes"));
         std::string path = (std::filesystem::path(DataFilePath("themes")) / (stem + ".vrlmacro")).string();
@@ -119,7 +119,7 @@ TEST_F(ImportsTest, NumbersEndAt999AndFillGapsFirst) {
         EXPECT_EQ(Current().name, number == 1 ? "Farm" : "Farm (" + std::to_string(number) + ")");
     }
     Append(Clean("Farm"));
-    EXPECT_EQ(Current().name, "Farm");  // the plain name, twice in the list
+    EXPECT_EQ(Current().name, "Farm");  // the same name, twice in the list
     {
         MutexLock lock(macroMutex);
         std::erase_if(macroState.profiles, [](const Profile& p) { return p.name == "Farm (500)"; });
@@ -140,7 +140,7 @@ TEST_F(ImportsTest, ANameIsTakenByteForByte) {
                                  "Default Tracking Profile (2)"}));
 }
 
-TEST_F(ImportsTest, AFileWithSettingsLeavesTheLiveSetupAlone) {
+TEST_F(ImportsTest, AFileWithSettingsLeavesTheLiveSettingsUnchanged) {
     ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
     const std::string live = BuildSettingsLine();
     const std::string line =
@@ -149,12 +149,12 @@ TEST_F(ImportsTest, AFileWithSettingsLeavesTheLiveSetupAlone) {
     EXPECT_EQ(ImportMacroFile(File("a.vrlmacro", "A\nSETTINGS:" + line + "\n" + kCleanEvents)), kImported);
     EXPECT_EQ(BuildSettingsLine(), live);
     EXPECT_EQ(Current().settings, "1,2,3,77,1,1,0,9,1,100,200,0,0,1,88,0,4,69,69|70,1");
-    // They come into force with the switch.
+    // They take effect with the switch.
     SwitchProfile("1");
     EXPECT_EQ(BuildProfileSettings(), Current().settings);
 }
 
-TEST_F(ImportsTest, AFileWithoutSettingsBringsTheDefaults) {
+TEST_F(ImportsTest, AFileWithoutSettingsAppliesTheDefaults) {
     ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
     hotkeyTable.record = 65;
     EXPECT_EQ(ImportMacroFile(File("a.vrlmacro", std::string("A\n") + kCleanEvents)), kImported);
@@ -163,7 +163,7 @@ TEST_F(ImportsTest, AFileWithoutSettingsBringsTheDefaults) {
     EXPECT_EQ(hotkeyTable.record, 65U);
 }
 
-TEST_F(ImportsTest, AHeldFileWithoutSettingsBringsThemOnlyWhenItIsConfirmed) {
+TEST_F(ImportsTest, APendingImportWithoutSettingsAppliesTheDefaultsWhenItIsConfirmed) {
     ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
     const std::string live = BuildProfileSettings();
     const std::string document = ImportMacroFile(File("a.vrlmacro", std::string("A\n") + kCautionEvents));
@@ -173,11 +173,11 @@ TEST_F(ImportsTest, AHeldFileWithoutSettingsBringsThemOnlyWhenItIsConfirmed) {
     EXPECT_EQ(Current().settings, kDefaults);
 }
 
-TEST_F(ImportsTest, OldRecordingsAreRefusedByTheirNameAlone) {
+TEST_F(ImportsTest, OldRecordingsAreRejectedByTheirNameAlone) {
     const std::string refusal =
         R"({"outcome":"error","message":".mcr files are no longer supported. Re-export that profile as )"
         R"(.vrlmacro from whatever version of Varnelle created it, then import that instead."})";
-    EXPECT_EQ(ImportMacroFile(root_.File("OLD.MCR")), refusal);  // not even there
+    EXPECT_EQ(ImportMacroFile(root_.File("OLD.MCR")), refusal);  // no such file
     EXPECT_EQ(ImportMacroFile(File("old.mCr", std::string("Old\n") + kCleanEvents)), refusal);
     EXPECT_EQ(ImportMacroFile(".mcr"), refusal);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
@@ -190,7 +190,7 @@ TEST_F(ImportsTest, AnyOtherNameIsReadAsAMacro) {
     }
 }
 
-TEST_F(ImportsTest, AFileThatCannotBeReadIsSaidInItsOwnWords) {
+TEST_F(ImportsTest, AnUnreadableFileHasItsOwnMessage) {
     EXPECT_EQ(ImportMacroFile(root_.File("none.vrlmacro")),
               R"({"outcome":"error","message":"Couldn't open that macro file."})");
     EXPECT_EQ(ImportMacroFile(root_.Path()),
@@ -201,7 +201,7 @@ TEST_F(ImportsTest, AFileThatCannotBeReadIsSaidInItsOwnWords) {
     EXPECT_EQ(TakePendingThemeAlert(), "");
 }
 
-TEST_F(ImportsTest, OneCautionHoldsAMacro) {
+TEST_F(ImportsTest, OneCautionMakesAnImportPending) {
     const std::string path = File("a.vrlmacro", std::string("A\nSETTINGS:\n") + kCautionEvents);
     const std::string document = ImportMacroFile(path);
     const std::string id = PendingIdIn(document);
@@ -213,7 +213,7 @@ TEST_F(ImportsTest, OneCautionHoldsAMacro) {
                             R"(","level":"caution","matches":[{"severity":"CAUTION","message":)" +
                             JsonText(matches[0].message) + R"(,"atSec":1.5}]})");
     EXPECT_EQ(GetPendingMacroImport(), document);
-    EXPECT_EQ(GetPendingMacroImport(), document);  // reading takes nothing away
+    EXPECT_EQ(GetPendingMacroImport(), document);  // reading changes nothing
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "A (Imported)"}));
@@ -221,7 +221,7 @@ TEST_F(ImportsTest, OneCautionHoldsAMacro) {
     EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
 }
 
-TEST_F(ImportsTest, SeveralFindingsStandInTheReportsOrder) {
+TEST_F(ImportsTest, SeveralFindingsKeepTheOrderOfTheReport) {
     // The Task Manager at one second is a caution; Win+R, typing and Enter at nine seconds stand before it.
     const OfferResult offer =
         OfferMacro(Macro("A\n3,1,0,0,0,17,1,0\n3,1.1,0,0,0,16,1,0\n3,1.2,0,0,0,27,1,0\n3,1.3,0,0,0,27,0,0\n"
@@ -244,14 +244,14 @@ TEST_F(ImportsTest, SeveralFindingsStandInTheReportsOrder) {
     EXPECT_EQ(offer.matches.back().severity, "CAUTION");
 }
 
-// The page reads the document as JSON, which has no such numbers: without it the macro could neither be shown nor
-// dropped.
-TEST_F(ImportsTest, AFindingWithoutAPlaceInTimeStandsAtTheStart) {
+// The page reads the document as JSON, which has no such numbers. With one, the page could neither show nor drop the
+// macro.
+TEST_F(ImportsTest, AFindingWithoutAFiniteTimeIsAtTheStart) {
     for (const std::string time : {"inf", "-inf", "nan", "infinity"}) {
         const std::string path = File("odd.vrlmacro", "Odd\nSETTINGS:\n3," + time + ",0,0,0,91,1,0\n3," +
                                                           time + ",0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n");
         const std::string document = ImportMacroFile(path);
-        EXPECT_EQ(document, "{\"outcome\":\"pending\",\"pendingId\":\"" + HeldId() +
+        EXPECT_EQ(document, "{\"outcome\":\"pending\",\"pendingId\":\"" + PendingImportId() +
                                 "\",\"level\":\"caution\",\"matches\":[{\"severity\":\"CAUTION\",\"message\":"
                                 "\"Uses Windows system shortcuts.\",\"atSec\":0}]}")
             << time;
@@ -259,7 +259,7 @@ TEST_F(ImportsTest, AFindingWithoutAPlaceInTimeStandsAtTheStart) {
     }
 }
 
-TEST_F(ImportsTest, WhatIsOfferedIsToldInBothCases) {
+TEST_F(ImportsTest, TheOfferDocumentCoversBothOutcomes) {
     const OfferResult clean = OfferMacro(Clean("Clean"));
     EXPECT_TRUE(clean.committed);
     EXPECT_EQ(clean.pendingId, "");
@@ -268,10 +268,10 @@ TEST_F(ImportsTest, WhatIsOfferedIsToldInBothCases) {
     EXPECT_EQ(OfferDocument(clean), kImported);
     const OfferResult held = OfferMacro(Held("Held"));
     EXPECT_FALSE(held.committed);
-    EXPECT_EQ(held.pendingId, HeldId());
+    EXPECT_EQ(held.pendingId, PendingImportId());
     EXPECT_EQ(held.level, "caution");
     EXPECT_EQ(Names(),
-              (NameList{DefaultProfileName, "Clean"}));  // without " (Imported)": only the dialog says so
+              (NameList{DefaultProfileName, "Clean"}));  // without " (Imported)": only the dialog appends it
 }
 
 TEST_F(ImportsTest, ASecondConfirmationDoesNothing) {
@@ -285,7 +285,7 @@ TEST_F(ImportsTest, ASecondConfirmationDoesNothing) {
     EXPECT_EQ(Revision(), revision);
 }
 
-TEST_F(ImportsTest, ACancelledMacroIsGone) {
+TEST_F(ImportsTest, ACancelledImportIsGone) {
     const std::string id = OfferMacro(Held("A")).pendingId;
     CancelMacroImport(id);
     EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
@@ -308,15 +308,15 @@ TEST_F(ImportsTest, WrongIdsDoNothing) {
     if (upper != id) {
         ConfirmMacroImport(upper);
     }
-    EXPECT_EQ(HeldId(), id);
+    EXPECT_EQ(PendingImportId(), id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
 }
 
-TEST_F(ImportsTest, NothingHeldHasNoSummary) {
+TEST_F(ImportsTest, WithoutAPendingImportThereIsNoSummary) {
     EXPECT_EQ(GetPendingMacroSummary(), "{}");
 }
 
-TEST_F(ImportsTest, TheSummaryOfAHeldMacroPlacesItsEventsInTime) {
+TEST_F(ImportsTest, TheSummaryOfAPendingImportCountsItsEventsOverTime) {
     // 91 and 82 held for a caution; moves at the start, in the middle and at the very end of 4 seconds.
     const std::string text = std::string("A \"name\"\nSETTINGS:\n0,0,1,1,0,0,0,0\n") + kCautionEvents +
                              "2,2,5,5,2,0,0,0\n4,2.01,0,0,0,0,0,120\n1,4,1,1,0,0,0,0\n0,nan,1,1,0,0,0,0\n";
@@ -354,19 +354,19 @@ TEST_F(ImportsTest, TheSummaryOfAHeldMacroPlacesItsEventsInTime) {
     EXPECT_EQ(lane("keys"), expect({{31, 1}, {37, 1}, {43, 1}, {45, 1}}));
 }
 
-TEST_F(ImportsTest, ASecondHeldMacroReplacesTheFirst) {
+TEST_F(ImportsTest, ASecondPendingImportReplacesTheFirst) {
     const std::string first = OfferMacro(Held("First")).pendingId;
     const std::string second = OfferMacro(Held("Second")).pendingId;
     EXPECT_NE(first, second);
-    EXPECT_EQ(HeldId(), second);
-    ConfirmMacroImport(first);  // the page's older dialog goes nowhere
+    EXPECT_EQ(PendingImportId(), second);
+    ConfirmMacroImport(first);  // the page's older dialog has no effect
     CancelMacroImport(first);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
     ConfirmMacroImport(second);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Second"}));
 }
 
-TEST_F(ImportsTest, TheSameMacroHeldAgainHasANewId) {
+TEST_F(ImportsTest, TheSameMacroOfferedAgainHasANewId) {
     std::set<std::string> ids;
     for (int i = 0; i < 100; ++i) {
         ids.insert(OfferMacro(Held("A")).pendingId);
@@ -374,17 +374,17 @@ TEST_F(ImportsTest, TheSameMacroHeldAgainHasANewId) {
     EXPECT_EQ(ids.size(), 100U);
 }
 
-TEST_F(ImportsTest, ACleanMacroPassesAHeldOne) {
+TEST_F(ImportsTest, AMacroWithoutFindingsLeavesThePendingImport) {
     const std::string id = OfferMacro(Held("Held")).pendingId;
     EXPECT_TRUE(OfferMacro(Clean("Clean")).committed);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
-    EXPECT_EQ(HeldId(), id);
+    EXPECT_EQ(PendingImportId(), id);
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
 }
 
-// The recording goes on behind the events of each new profile; those events and what was recorded before stay right.
-TEST_F(ImportsTest, ARecordingGoesOnBehindWhatIsImported) {
+// The recording continues after the events of each new profile. Those events and the earlier recording stay unchanged.
+TEST_F(ImportsTest, ARecordingContinuesAfterTheImportedEvents) {
     using Times = std::vector<double>;
     {
         MutexLock lock(macroMutex);
@@ -398,11 +398,11 @@ TEST_F(ImportsTest, ARecordingGoesOnBehindWhatIsImported) {
     AppendRecordedEvent({.type = EvKey, .time = 20});
     ConfirmMacroImport(id);
     engineState.recording = false;
-    FinishRecording();  // with nothing recorded behind the last import
+    FinishRecording();  // with nothing recorded after the last import
     EXPECT_EQ(EventTimes(0), (Times{4, 2, 4.1}));
     EXPECT_EQ(EventTimes(1), (Times{0.5, 0.6}));
     EXPECT_EQ(EventTimes(2), (Times{1.25, 1.5, 1.75, 1.8}));
-    // Without a recording nothing is moved.
+    // Without a recording no event moves.
     OfferMacro(Clean("Later"));
     OfferMacro(Clean("Last"));
     EXPECT_EQ(EventTimes(3), (Times{0.5}));
@@ -412,45 +412,45 @@ TEST_F(ImportsTest, ARecordingGoesOnBehindWhatIsImported) {
     EXPECT_TRUE(CanUndoContinue());
 }
 
-TEST_F(ImportsTest, AHeldNameIsChosenWhenItIsConfirmed) {
+TEST_F(ImportsTest, TheNameOfAPendingImportIsChosenWhenItIsConfirmed) {
     const std::string id = OfferMacro(Held("Farm")).pendingId;
     Append(Clean("Farm"));
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm", "Farm (2)"}));
 }
 
-TEST_F(ImportsTest, AStagedFileComesInUnderItsOwnNameAndIsDeleted) {
+TEST_F(ImportsTest, AStagedFileIsImportedUnderItsOwnNameAndDeleted) {
     const std::string path = Stage("Farm", std::string("Farm\n") + kCleanEvents);
     ImportStagedMacro("Farm");
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm"}));
     EXPECT_FALSE(FileExists(path));
-    ImportStagedMacro("Farm");  // gone: nothing happens
+    ImportStagedMacro("Farm");  // missing: nothing happens
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm"}));
     EXPECT_EQ(TakePendingThemeAlert(), "");
 }
 
-TEST_F(ImportsTest, AStagedFileIsDeletedAlsoWhenItIsHeldOrBad) {
+TEST_F(ImportsTest, AStagedFileIsDeletedEvenIfItIsPendingOrCorrupt) {
     const std::string held = Stage("Held", std::string("Held\n") + kCautionEvents);
     ImportStagedMacro("Held");
     EXPECT_FALSE(FileExists(held));
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
-    EXPECT_EQ(HeldId().size(), 32U);
+    EXPECT_EQ(PendingImportId().size(), 32U);
     const std::string bad = Stage("Bad", "");
     ImportStagedMacro("Bad");
     EXPECT_FALSE(FileExists(bad));
-    EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);  // there is no page to tell
+    EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);  // there is no page to notify
     EXPECT_EQ(TakePendingThemeAlert(), "");
-    EXPECT_EQ(HeldId().size(), 32U);
+    EXPECT_EQ(PendingImportId().size(), 32U);
 }
 
-TEST_F(ImportsTest, AMacroOfTheCommandLineComesInOrIsHeld) {
+TEST_F(ImportsTest, AMacroOfTheCommandLineIsImportedOrPending) {
     const std::string clean = File("clean.vrlmacro", std::string("Clean\n") + kCleanEvents);
     ImportFromCommandLine(clean);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
     const std::string held = File("held.vrlmacro", std::string("Held\n") + kCautionEvents);
     ImportFromCommandLine(held);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
-    ConfirmMacroImport(HeldId());
+    ConfirmMacroImport(PendingImportId());
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
     EXPECT_EQ(TakePendingThemeAlert(), "");
     ImportFromCommandLine(root_.File("none.vrlmacro"));
@@ -479,7 +479,7 @@ TEST_F(ImportsTest, TheSelfCheckPassesAndLeavesNothing) {
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
 }
 
-TEST_F(ImportsTest, TheSelfCheckFailsWhereItCannotWrite) {
+TEST_F(ImportsTest, TheSelfCheckFailsIfItCannotWrite) {
     std::string log;
     EXPECT_FALSE(ImportSelfCheck(root_.File("no/such/folder.vrlmacro"), &log));
     EXPECT_EQ(log, "FAIL import: current-format macro parses\n"
@@ -490,9 +490,9 @@ TEST_F(ImportsTest, TheSelfCheckFailsWhereItCannotWrite) {
                    "FAIL import: macro with no SETTINGS line still imports\n");
 }
 
-// Offers, answers and the page's other commands from several threads: nobody waits for ever, every macro that came in is
-// there once. (The thread sanitizer sees a lock order that turns round, too.)
-TEST_F(ImportsTest, OffersAndAnswersFromSeveralThreads) {
+// Offers, decisions and the page's other commands from several threads: no thread blocks forever, and every imported
+// macro is there once. (The thread sanitizer also reports a reversed lock order.)
+TEST_F(ImportsTest, OffersAndDecisionsFromSeveralThreads) {
     constexpr int kRounds = 200;
     std::atomic<int> offered{0};
     std::atomic<bool> done{false};
@@ -507,7 +507,7 @@ TEST_F(ImportsTest, OffersAndAnswersFromSeveralThreads) {
     }
     threads.emplace_back([&] {
         while (!done) {
-            ConfirmMacroImport(HeldId());
+            ConfirmMacroImport(PendingImportId());
         }
     });
     threads.emplace_back([&] {
@@ -523,7 +523,7 @@ TEST_F(ImportsTest, OffersAndAnswersFromSeveralThreads) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    ConfirmMacroImport(HeldId());
+    ConfirmMacroImport(PendingImportId());
     EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
 
     const NameList names = Names();

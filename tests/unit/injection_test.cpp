@@ -14,7 +14,7 @@ TEST(InjectionTest, AbsoluteMoveScalesToThePrimaryScreen) {
     EXPECT_EQ(centre.dy, 32768);
 }
 
-TEST(InjectionTest, PointsOfOtherMonitorsGoOutAsTheyStand) {
+TEST(InjectionTest, PointsOfOtherMonitorsAreSentUnchanged) {
     const InputRecord left = AbsoluteMoveRecord(-1, -1080, 1920, 1080);
     EXPECT_EQ(left.dx, -34);  // -65536 / 1920 is -34.13: the division truncates towards zero
     EXPECT_EQ(left.dy, -65536);

@@ -41,7 +41,7 @@ TEST(JoinRecordingTest, AFreshTakeStartsAtZero) {
     EXPECT_EQ(Joined({Key(-1.0), Key(1.0)}, 0), (std::vector<double>{0.0, 2.0}));
 }
 
-TEST(JoinRecordingTest, TheSmallestTimeCountsWhereverItStands) {
+TEST(JoinRecordingTest, TheSmallestTimeCountsAtAnyPosition) {
     EXPECT_EQ(Joined({Key(5.0), Key(4.0), Key(6.0)}, 0), (std::vector<double>{1.0, 0.0, 2.0}));
     const std::vector<double> times = Joined({Key(10.0), Key(7.0), Key(3.5), Key(3.0)}, 2);
     EXPECT_DOUBLE_EQ(times[2], 10.6);
@@ -108,12 +108,12 @@ TEST(JoinRecordingTest, OnATieTheLastKeptAndTheFirstNewPressDecide) {
     EXPECT_DOUBLE_EQ(other[2], 10.1);
 }
 
-TEST(JoinRecordingTest, ThePressOfLargestTimeCountsWhereverItStands) {
+TEST(JoinRecordingTest, ThePressOfLargestTimeCountsAtAnyPosition) {
     const std::vector<double> times = Joined({Button(10.0, 2), Button(9.0, 8), Button(3.0, 2)}, 2);
     EXPECT_DOUBLE_EQ(times[2], 10.55);
 }
 
-TEST(JoinRecordingTest, TimesThatAreNoNumbersCountForNothing) {
+TEST(JoinRecordingTest, TimesThatAreNotNumbersAreIgnored) {
     const std::vector<double> times =
         Joined({Key(kNotANumber), Key(10.0), Key(kNotANumber), Key(3.0), Button(kNotANumber, 2)}, 2);
     EXPECT_TRUE(std::isnan(times[0]));
@@ -147,11 +147,11 @@ TEST(JoinRecordingTest, OnlyTimesOfTheNewTakeChange) {
             EXPECT_EQ(after[i], before[i]);
             lastKept = std::max(lastKept, before[i].time);
         }
-        const double floor = kept > 0 ? lastKept + kMinGap : 0.0;
+        const double earliest = kept > 0 ? lastKept + kMinGap : 0.0;
         const double shift = kept < after.size() ? after[kept].time - before[kept].time : 0.0;
         for (size_t i = kept; i < after.size(); ++i) {
-            EXPECT_GE(after[i].time, floor - 1e-9) << "round " << round;
-            // One shift for all of them.
+            EXPECT_GE(after[i].time, earliest - 1e-9) << "round " << round;
+            // The same shift for all of them.
             EXPECT_NEAR(after[i].time - before[i].time, shift, 1e-9);
             after[i].time = before[i].time;
             EXPECT_EQ(after[i], before[i]);

@@ -83,7 +83,7 @@ TEST(EventDescriptionTest, EveryType) {
               "Mouse Click at X:-2147483648 Y:-2147483648");
 }
 
-TEST(MacroEventsJsonTest, ListOrderWithoutBlanks) {
+TEST(MacroEventsJsonTest, ListsEventsInOrderWithoutSpaces) {
     EXPECT_EQ(MacroEventsJson({}), "[]");
     EXPECT_EQ(MacroEventsJson({Move(100, 200), Key(1.5)}),
               "[{\"id\":0,\"time\":0.000000,\"desc\":\"Abs Move to X:100 Y:200\"},"
@@ -293,7 +293,7 @@ TEST(OptimizedEventsTest, TheArithmeticWrapsIn32Bits) {
     EXPECT_EQ(OptimizedEvents({Move(INT32_MIN, 0), Move(INT32_MAX, 0), Move(0, 0)}).size(), 2U);
 }
 
-TEST(OptimizedEventsTest, TimesAndEverythingButMovesAreLeftAlone) {
+TEST(OptimizedEventsTest, OnlyMovesAreDroppedAndTimesStay) {
     std::mt19937 random(99);
     for (int round = 0; round < 500; ++round) {
         Points events(random() % 40);

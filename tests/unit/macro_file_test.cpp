@@ -207,7 +207,7 @@ TEST_F(MacroFileTest, UnreadableTargetsAreSkippedWhenTheProfileIsApplied) {
     EXPECT_EQ(keySpammerSettings.targets[1], 67U);
 }
 
-TEST_F(MacroFileTest, LineEndsOfBothHomesReadAlike) {
+TEST_F(MacroFileTest, LineEndsOfBothSystemsReadAlike) {
     const ParsedMacro lf = Fixture("lines-lf.vrlmacro");
     ASSERT_EQ(lf.events.size(), 3U);
     for (const char* name : {"lines-crlf.vrlmacro", "lines-mixed.vrlmacro"}) {
@@ -242,7 +242,7 @@ TEST_F(MacroFileTest, NamesPassThroughByteForByte) {
     EXPECT_EQ(Fixture("name-only-unended.vrlmacro").name, "Only a name");
 }
 
-TEST_F(MacroFileTest, ARefusedFileLeavesTheResultAlone) {
+TEST_F(MacroFileTest, ARejectedFileLeavesTheResultUnchanged) {
     ParsedMacro macro;
     macro.name = "before";
     macro.events.resize(2);
@@ -255,7 +255,7 @@ TEST_F(MacroFileTest, ARefusedFileLeavesTheResultAlone) {
     EXPECT_EQ(macro.events.size(), 2U);
 }
 
-TEST_F(MacroFileTest, ReadingReplacesWhatTheResultHeld) {
+TEST_F(MacroFileTest, ReadingReplacesTheOldResult) {
     ParsedMacro macro;
     macro.settings = "old";
     macro.events.resize(5);
@@ -298,7 +298,7 @@ TEST_F(MacroFileTest, WritingAndReadingKeepsAllButTheTimesLastDigits) {
     EXPECT_EQ(macro.events[0].time, 12345.7);
 }
 
-TEST_F(MacroFileTest, AFileThatCannotBeOpenedIsPassedOverInSilence) {
+TEST_F(MacroFileTest, AFileThatCannotBeOpenedIsIgnored) {
     const std::string path = folder_.File("missing/out.vrlmacro");
     EXPECT_NO_THROW(WriteMacroFile(path, Profile{"Name", "", {}}));
     EXPECT_FALSE(FileExists(path));

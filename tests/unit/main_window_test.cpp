@@ -4,18 +4,18 @@
 
 #include <gtest/gtest.h>
 
-TEST(MainWindow, ItsOwnTitleIsOne) {
+TEST(MainWindow, AcceptsItsOwnTitle) {
     EXPECT_STREQ(kMainWindowTitle, "Varnelle (Plus Version 1.0.1)");
     EXPECT_TRUE(IsMainWindowTitle(kMainWindowTitle));
 }
 
-TEST(MainWindow, SoIsThatOfAnotherVersion) {
+TEST(MainWindow, AcceptsTheTitleOfAnotherVersion) {
     EXPECT_TRUE(IsMainWindowTitle("Varnelle (Lite Version 0.9)"));
     EXPECT_TRUE(IsMainWindowTitle("Varnelle ( Version "));
     EXPECT_TRUE(IsMainWindowTitle("Varnelle Desk (Grand Web Edition)"));
 }
 
-TEST(MainWindow, OthersAreNot) {
+TEST(MainWindow, RejectsOtherTitles) {
     for (const char* title :
          {"", "Varnelle", "Varnelle - Timeline Editor", "Varnelle (Plus version 1.0.1)",
           "varnelle (Plus Version 1.0.1)", " Varnelle (Plus Version 1.0.1)", "Varnelle(Plus Version 1.0.1)",

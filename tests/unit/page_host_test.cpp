@@ -1,4 +1,4 @@
-// The part of the page host that is the same on every home, over a library of our own making.
+// The part of the page host that all backends share, with a web view library written for the test.
 #include "platform/shared/page_host_state.h"
 #include "platform/shared/valid_utf8.h"
 
@@ -25,7 +25,7 @@ struct Answer {
     bool operator==(const Answer&) const = default;
 };
 
-// What the library was asked to do, in order. One test at a time.
+// The calls of the library, in order. One test at a time.
 struct FakeLibrary {
     std::vector<std::pair<void (*)(WebView, void*), void*>> dispatched;
     std::vector<Answer> answers;
@@ -74,7 +74,7 @@ PageHost* NewHost() {
         fake.calls.push_back("terminate");
         return 0;
     };
-    // A window that is open, for the home that asks: the desktop's.
+    // An open window, for the backend that looks at it: that of the desktop.
     host->library.getWindow = [](WebView) -> void* {
 #ifdef _WIN32
         return GetDesktopWindow();
@@ -126,7 +126,7 @@ TEST_F(PageHostTest, WorkRunsInTheOrderOfTheCallsFromAnyThread) {
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
 }
 
-TEST_F(PageHostTest, WorkQueuedByWorkGetsATurnOfItsOwn) {
+TEST_F(PageHostTest, WorkQueuedByWorkRunsInALaterTurn) {
     std::vector<int> order;
     DispatchToPage(host_, [&] {
         DispatchToPage(host_, [&] { order.push_back(3); });
@@ -171,25 +171,25 @@ TEST_F(PageHostTest, AThrownExceptionRejectsWithItsTextAsJson) {
     EXPECT_EQ(fake.answers, (std::vector<Answer>{{"8", 1, "\"no \\\"number\\\"\\n\""}}));
 }
 
-TEST_F(PageHostTest, NothingElseThrownGetsOutEither) {
+TEST_F(PageHostTest, NoOtherExceptionLeavesTheCallback) {
     BindPageFunction(host_, "fail", [](const std::string&) -> std::string { throw 7; });
     Call("9", "[]");
     EXPECT_EQ(fake.answers, (std::vector<Answer>{{"9", 1, "\"The command failed.\""}}));
 }
 
-TEST_F(PageHostTest, AnAnswerThatIsNoUtf8StillArrives) {
+TEST_F(PageHostTest, AnInvalidUtf8ResultStillArrives) {
     BindPageFunction(host_, "name", [](const std::string&) { return std::string("\"caf\xE9\""); });
     Call("1", "[]");
     EXPECT_EQ(fake.answers, (std::vector<Answer>{{"1", 0, "\"caf\xEF\xBF\xBD\""}}));
 }
 
-TEST_F(PageHostTest, PagesAndScriptsThatAreNoUtf8StillArrive) {
+TEST_F(PageHostTest, InvalidUtf8PagesAndScriptsStillArrive) {
     SetPageHtml(host_, "a\xFF");
     EvalInPage(host_, "b\xC3");
     EXPECT_EQ(fake.calls, (std::vector<std::string>{"html a\xEF\xBF\xBD", "eval b\xEF\xBF\xBD"}));
 }
 
-TEST_F(PageHostTest, TerminateComesByWayOfTheLoop) {
+TEST_F(PageHostTest, TerminateRunsThroughTheLoop) {
     fake.duringRun = [&] {
         std::thread([&] { TerminatePage(host_); }).join();
         EXPECT_EQ(fake.calls, (std::vector<std::string>{"run"}));
@@ -220,7 +220,7 @@ TEST_F(PageHostTest, AfterTheLoopNothingRunsAndNothingIsKept) {
     EXPECT_TRUE(fake.answers.empty());
 }
 
-// The real library turns its message loop while it closes the view.
+// The real library runs its message loop while it closes the view.
 TEST_F(PageHostTest, WorkThatIsLeftDoesNotRunWhileTheViewCloses) {
     bool ran = false;
     DispatchToPage(host_, [&] { ran = true; });

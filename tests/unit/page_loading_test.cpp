@@ -31,7 +31,7 @@ TEST_F(PageLoadingTest, ReadsThePageBesideTheProgram) {
     EXPECT_EQ(path, folder_.Path() + kPathSeparator + "ui" + kPathSeparator + "index.html");
 }
 
-TEST_F(PageLoadingTest, LineEndsOfBothSystemsAreOne) {
+TEST_F(PageLoadingTest, LineEndsOfBothSystemsCountAsOneCharacter) {
     PutUiFile("index.html", "a\r\nb\nc\rd\r\r\n\r");
     std::string page;
     std::string path;
@@ -54,7 +54,7 @@ TEST_F(PageLoadingTest, AnEmptyPageIsAPage) {
     EXPECT_EQ(page, "");
 }
 
-TEST_F(PageLoadingTest, BothScriptsAreFoldedIn) {
+TEST_F(PageLoadingTest, BothScriptsAreInlined) {
     PutUiFile("vendor/Sortable.min.js", "var a = \"<b>\";\r\n");
     PutUiFile("timeline.js", "var b;");
     EXPECT_EQ(Inlined("<head>" + kTimelineTag + "</head>" + kSortableTag + "<p>"),
@@ -87,12 +87,12 @@ TEST_F(PageLoadingTest, AScriptThatWouldEndItsElementLeavesItsTag) {
     EXPECT_EQ(Inlined(kTimelineTag), "<script>var b = '</SCRIPT>';</script>");
 }
 
-TEST_F(PageLoadingTest, AnEmptyScriptIsFoldedInToo) {
+TEST_F(PageLoadingTest, AnEmptyScriptIsInlined) {
     PutUiFile("timeline.js", "");
     EXPECT_EQ(Inlined(kTimelineTag), "<script></script>");
 }
 
-TEST_F(PageLoadingTest, TheSecondTagIsLookedForInWhatTheFirstScriptLeft) {
+TEST_F(PageLoadingTest, TheSecondTagIsSearchedAfterTheFirstIsReplaced) {
     PutUiFile("vendor/Sortable.min.js", "// <script src=\"timeline.js\">");
     PutUiFile("timeline.js", "var b;");
     EXPECT_EQ(Inlined(kSortableTag + kTimelineTag), "<script>// <script>var b;</script>" + kTimelineTag);
@@ -108,7 +108,7 @@ TEST_F(PageLoadingTest, APageOfExactlyTheLimitIsTheLargest) {
     EXPECT_EQ(Inlined(page), page);
 }
 
-TEST_F(PageLoadingTest, TheLimitCountsWhatTheFirstScriptBrought) {
+TEST_F(PageLoadingTest, TheLimitIncludesTheFirstScript) {
     PutUiFile("vendor/Sortable.min.js", std::string(0x100000, 's'));
     PutUiFile("timeline.js", std::string(0x100000, 't'));
     EXPECT_EQ(Inlined(kSortableTag + kTimelineTag),

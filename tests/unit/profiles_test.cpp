@@ -66,7 +66,7 @@ class ProfilesTest : public EngineStateTest {
 
 using NameList = std::vector<std::string>;
 
-TEST_F(ProfilesTest, AddStartsWithTheLiveSetupAndAnEmptyMacro) {
+TEST_F(ProfilesTest, AddStartsWithTheLiveSettingsAndAnEmptyMacro) {
     ApplyProfileSettings(kFast);
     const uint64_t before = Revision();
     AddProfile("New");
@@ -84,7 +84,7 @@ TEST_F(ProfilesTest, AddAllowsANameTwiceAndRefusesAnEmptyOne) {
     EXPECT_FALSE(Changes([] { AddProfile(""); }));
 }
 
-TEST_F(ProfilesTest, SwitchAppliesTheStoredSetup) {
+TEST_F(ProfilesTest, SwitchAppliesTheStoredSettings) {
     const uint64_t before = Revision();
     SwitchProfile("1");
     EXPECT_EQ(Current(), 1);
@@ -95,14 +95,14 @@ TEST_F(ProfilesTest, SwitchAppliesTheStoredSetup) {
     EXPECT_EQ(BuildProfileSettings(), kSlow);
 }
 
-TEST_F(ProfilesTest, SwitchToAnEmptySetupGivesTheDefaults) {
+TEST_F(ProfilesTest, SwitchToAProfileWithoutSettingsAppliesTheDefaults) {
     SwitchProfile("1");
     SwitchProfile("0");
     EXPECT_EQ(BuildProfileSettings(), kDefaults);
     EXPECT_EQ(At(0).settings, "") << "it is not stored";
 }
 
-TEST_F(ProfilesTest, SwitchToAShortSetupLeavesTheLiveOne) {
+TEST_F(ProfilesTest, SwitchToTruncatedSettingsKeepsTheLiveOnes) {
     SetStore({{"A", "", {}}, {"B", "1,2,3", {}}}, 0);
     ApplyProfileSettings(kSlow);
     SwitchProfile("1");
@@ -110,7 +110,7 @@ TEST_F(ProfilesTest, SwitchToAShortSetupLeavesTheLiveOne) {
     EXPECT_EQ(BuildProfileSettings(), kSlow);
 }
 
-TEST_F(ProfilesTest, SwitchToWhatIsNoProfileChangesNothing) {
+TEST_F(ProfilesTest, SwitchToAnInvalidIndexChangesNothing) {
     ApplyProfileSettings(kSlow);
     for (const char* index : {"abc", "", "99", "3", "-1", "99999999999", "4294967297"}) {
         EXPECT_FALSE(Changes([index] { SwitchProfile(index); })) << index;
@@ -160,7 +160,7 @@ TEST_F(ProfilesTest, DeletingTheFirstOfThreeMakesTheSecondCurrent) {
     EXPECT_EQ(BuildProfileSettings(), kFast);
 }
 
-TEST_F(ProfilesTest, DeletingBeforeAProfileWithoutASetupGivesTheDefaults) {
+TEST_F(ProfilesTest, DeletingBeforeAProfileWithoutSettingsAppliesTheDefaults) {
     SetStore({{"A", kSlow, {}}, {"B", "", {}}}, 0);
     ApplyProfileSettings(kSlow);
     DeleteProfile();
@@ -194,7 +194,7 @@ TEST_F(ProfilesTest, NothingChangesWhileARecordingRuns) {
     EXPECT_TRUE(Changes([] { SwitchProfile("2"); })) << "a playback does not stand in the way";
 }
 
-TEST_F(ProfilesTest, AnEmptyStoreIsLeftAlone) {
+TEST_F(ProfilesTest, AnEmptyStoreStaysUnchanged) {
     SetStore({}, 0);
     EXPECT_FALSE(Changes([] {
         DeleteProfile();
@@ -216,7 +216,7 @@ TEST_F(ProfilesTest, TheListIsJson) {
     EXPECT_EQ(GetProfiles(), R"({"current":0,"names":[],"cap":-1,"defaultName":"Default Tracking Profile"})");
 }
 
-TEST_F(ProfilesTest, SyncStoresTheLiveSetupInTheCurrentProfile) {
+TEST_F(ProfilesTest, SyncStoresTheLiveSettingsInTheCurrentProfile) {
     SwitchProfile("2");
     autoclickerSettings.intervalMilliseconds = 123;
     SyncProfileSettings();

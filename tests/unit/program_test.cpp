@@ -30,7 +30,7 @@ TEST(Program, ValidatesAMacro) {
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
-TEST(Program, RejectsWhatIsNoMacro) {
+TEST(Program, RejectsAFileThatIsNotAMacro) {
     TempFolder folder;
     const Outcome missing = RunWith("--validate-macro=" + folder.File("none.vrlmacro"));
     EXPECT_EQ(missing.printed.substr(0, 7), "REJECT ");
@@ -71,7 +71,7 @@ TEST(Program, ScansAMacro) {
     EXPECT_EQ(none.exitCode, 0);
 }
 
-TEST(Program, RejectsAScanOfWhatIsNoMacro) {
+TEST(Program, RejectsAScanOfAFileThatIsNotAMacro) {
     TempFolder folder;
     const Outcome missing = RunWith("--scan-macro=" + folder.File("none.vrlmacro"));
     EXPECT_EQ(missing.printed, RunWith("--validate-macro=" + folder.File("none.vrlmacro")).printed);
@@ -105,7 +105,7 @@ TEST(Program, ValidatesATheme) {
     EXPECT_EQ(RunWith("--validate-theme=" + path).printed, "OK colours\n");
 }
 
-TEST(Program, RejectsWhatIsNoTheme) {
+TEST(Program, RejectsAFileThatIsNotATheme) {
     TempFolder folder;
     for (const std::string& path : {folder.File("none.vrltheme"), std::string()}) {
         const Outcome outcome = RunWith("--validate-theme=" + path);
@@ -116,7 +116,7 @@ TEST(Program, RejectsWhatIsNoTheme) {
     EXPECT_EQ(RunWith("--validate-theme=" + folder.File("empty.vrltheme")).printed, "REJECT file is empty\n");
 }
 
-TEST(Program, AModeItDoesNotHaveSaysNothingOnStandardOutput) {
+TEST(Program, AnUnknownModeWritesNothingToStandardOutput) {
     for (const char* argument : {"--child a|b|1|2", "--timeline"}) {
         ::testing::internal::CaptureStderr();
         const Outcome outcome = RunWith(argument);

@@ -139,7 +139,7 @@ TEST_F(RecorderTest, SideButtonsAreOnePressWithoutARelease) {
     EXPECT_EQ(Macro(), (Events{press, press}));
 }
 
-TEST_F(RecorderTest, SideButtonsAreToldApartForHotkeys) {
+TEST_F(RecorderTest, SideButtonsAreDistinctHotkeys) {
     hotkeyTable.autoclicker = kSecondSideButton;
     EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 1)), HookAnswer::Pass);
     EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 2)), HookAnswer::Consume);
@@ -147,7 +147,7 @@ TEST_F(RecorderTest, SideButtonsAreToldApartForHotkeys) {
     EXPECT_EQ(MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 2)), HookAnswer::Consume);
 }
 
-TEST_F(RecorderTest, TheWheelIsASignedDeltaWithoutAPlace) {
+TEST_F(RecorderTest, TheWheelIsASignedDeltaWithoutAPosition) {
     StartAt(kStart);
     MouseHook(Mouse(kWheelMessage, 300, 400, kStart + 10, 120));
     MouseHook(Mouse(kWheelMessage, 300, 400, kStart + 20, 0xFF88));
@@ -274,7 +274,7 @@ TEST_F(RecorderTest, AFreshRecordingEmptiesTheMacroAndEndsTheUndo) {
     EXPECT_EQ(macroState.continueKeepCount, 0U);
 }
 
-TEST_F(RecorderTest, AFreshTakeIsCutToItsFirstEvent) {
+TEST_F(RecorderTest, AFreshRecordingStartsAtItsFirstEvent) {
     BeginFreshRecording();
     engineState.recordingStartCounter = kStart;
     KeyboardHook(Key(kKeyDownMessage, 65, kStart + 4000));
@@ -286,7 +286,7 @@ TEST_F(RecorderTest, AFreshTakeIsCutToItsFirstEvent) {
     EXPECT_FALSE(UndoPossible());
 }
 
-TEST_F(RecorderTest, AContinuedTakeGoesBehindTheMacroAndCanBeUndone) {
+TEST_F(RecorderTest, AContinuedSegmentFollowsTheMacroAndCanBeUndone) {
     const Events before = {{.type = EvKey, .time = 10.0, .virtualKey = 65, .down = true}};
     SetMacro(before);
     BeginContinuedRecording();
@@ -311,7 +311,7 @@ TEST_F(RecorderTest, AContinuedTakeGoesBehindTheMacroAndCanBeUndone) {
     EXPECT_EQ(Macro(), before);
 }
 
-TEST_F(RecorderTest, AContinuedTakeWithNothingInItCanBeUndone) {
+TEST_F(RecorderTest, AnEmptyContinuedSegmentCanBeUndone) {
     const Events before = {{.type = EvKey, .time = 10.0}};
     SetMacro(before);
     BeginContinuedRecording();
@@ -323,7 +323,7 @@ TEST_F(RecorderTest, AContinuedTakeWithNothingInItCanBeUndone) {
     EXPECT_EQ(Macro(), before);
 }
 
-TEST_F(RecorderTest, ContinuingAnEmptyMacroIsAFreshTakeWithAnUndo) {
+TEST_F(RecorderTest, ContinuingAnEmptyMacroIsAFreshRecordingWithUndo) {
     BeginContinuedRecording();
     engineState.recordingStartCounter = kStart;
     KeyboardHook(Key(kKeyDownMessage, 66, kStart + 3000));

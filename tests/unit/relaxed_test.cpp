@@ -13,7 +13,7 @@ struct Settings {
     Relaxed<float> speed{1.0F};
 };
 
-TEST(Relaxed, StandsInForAPlainValue) {
+TEST(Relaxed, BehavesLikeAPlainValue) {
     Settings settings;
     const int32_t number = settings.number;
     EXPECT_EQ(number, 5);

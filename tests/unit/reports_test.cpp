@@ -80,7 +80,7 @@ TEST_F(ReportsTest, NoTargetsIsAnEmptyList) {
     EXPECT_TRUE(Contains(PollStatus(), "\"keySpamTargets\":[],"));
 }
 
-TEST_F(ReportsTest, ATakeThatCanBeUndoneIsReported) {
+TEST_F(ReportsTest, ASegmentThatCanBeUndoneIsReported) {
     const std::vector<UnifiedEvent> before = {MoveTo(1, 1)};
     const std::vector<UnifiedEvent> after = {MoveTo(1, 1), MoveTo(2, 2)};
     SetMacro(after);
@@ -102,13 +102,13 @@ TEST_F(ReportsTest, APollWritesBothMirrors) {
     EXPECT_EQ(ReadFile(EventsFile()), "[{\"id\":0,\"time\":0.000000,\"desc\":\"Abs Move to X:100 Y:200\"}]");
 }
 
-TEST_F(ReportsTest, APollWithoutAPlaceToWriteStillReports) {
+TEST_F(ReportsTest, APollThatCannotWriteItsMirrorsStillReports) {
     WriteFile(root_.File("Varnelle"), "a file where the folder should be");
     EXPECT_TRUE(Contains(PollStatus(), "\"state\":\"Idle\""));
     EXPECT_EQ(ReportMacroEvents(), "[]");
 }
 
-TEST_F(ReportsTest, AShortEventMirrorIsPutRightByTheNextPoll) {
+TEST_F(ReportsTest, TheNextPollRepairsAShortEventMirror) {
     PollStatus();
     WriteFile(EventsFile(), "scribble");
     PollStatus();
@@ -170,7 +170,7 @@ TEST_F(ReportsTest, SettingsOfAFreshProgram) {
         "\"ksRptMode\":1,\"ksRptTimes\":10,\"holdAuto\":false,\"holdKeySpam\":false}");
 }
 
-TEST_F(ReportsTest, EverySettingHasItsOwnPlace) {
+TEST_F(ReportsTest, EverySettingHasItsOwnKey) {
     autoclickerSettings.intervalHours = 1;
     autoclickerSettings.intervalMinutes = 2;
     autoclickerSettings.intervalSeconds = 3;

@@ -1,4 +1,4 @@
-// The scanner beside its plain form, on macros made mostly of the keys and the distances that decide.
+// Compares the scanner with its second implementation, on macros made mostly of the keys and the distances that matter.
 #include "scan/scenarios.h"
 #include "unit/scan_literal.h"
 
@@ -35,7 +35,7 @@ class MacroMaker {
         return events_;
     }
 
-    // One first step again and again, a few of other keys between, and an end that only some starts reach in time.
+    // One first step repeatedly, a few other keys between, and an end that only some starts reach in time.
     std::vector<UnifiedEvent> Repeating() {
         static constexpr uint32_t kFirst[] = {67, 88, 76, 65, 117, 44, 87, 82};
         events_.clear();
@@ -100,7 +100,7 @@ class MacroMaker {
         }
     }
 
-    // A press of a key, alone or with modifiers that are mostly let go again; now and then something else.
+    // A press of a key, alone or with modifiers that are mostly released again; sometimes something else.
     void Event() {
         static constexpr uint32_t kKeys[] = {13, 13, 13, 86, 86, 67, 88, 82, 46, 8,   9,   27,
                                              44, 65, 76, 83, 87, 89, 71, 73, 84, 115, 117, 66};
@@ -163,7 +163,7 @@ bool SameTime(double a, double b) {
     return a == b || (std::isnan(a) && std::isnan(b));
 }
 
-// Compares each scenario and the report; gives the scenarios that matched.
+// Compares each scenario and the report. Returns the scenarios that matched.
 std::set<std::string> Compare(const std::vector<UnifiedEvent>& events) {
     std::set<std::string> matched;
     const std::vector<MacroScan::KeyEv> keys = MacroScan::NormaliseKeys(events);
@@ -187,7 +187,7 @@ std::set<std::string> Compare(const std::vector<UnifiedEvent>& events) {
 
 }  // namespace
 
-TEST(ScanRandom, AgreesWithThePlainForm) {
+TEST(ScanRandom, AgreesWithTheSecondImplementation) {
     MacroMaker maker(7);
     std::map<std::string, int> matches;
     for (int i = 0; i < kMacros && !HasFailure(); ++i) {
@@ -196,7 +196,7 @@ TEST(ScanRandom, AgreesWithThePlainForm) {
             ++matches[id];
         }
     }
-    // Neither side of any comparison is a rarity.
+    // Both results of every comparison are common.
     for (const LiteralScan::Trigger& trigger : LiteralScan::Triggers()) {
         EXPECT_GT(matches[trigger.id], kMacros / 200) << trigger.id;
         EXPECT_LT(matches[trigger.id], kMacros - kMacros / 200) << trigger.id;
@@ -211,7 +211,7 @@ TEST(ScanRandom, AgreesPastTheLastAttempt) {
     }
 }
 
-// Predicates and spans that no scenario has, on few kinds of keys, so that long and short stretches overlap.
+// Predicates and spans that no scenario has, on few kinds of keys, so that long and short ranges overlap.
 TEST(ScanRandom, MatchersAgreeOnAnySteps) {
     MacroMaker maker(13);
     int matched = 0;

@@ -89,7 +89,7 @@ std::string Report(const char* level, const std::string& matches) {
 
 }  // namespace
 
-TEST(ScanKeys, NothingComesOfAnEmptyMacroOrOfMouseEvents) {
+TEST(ScanKeys, AnEmptyMacroOrMouseEventsHaveNoPresses) {
     Macro macro;
     EXPECT_TRUE(MacroScan::NormaliseKeys(macro.events).empty());
     for (const uint32_t type : {0U, 1U, 2U, 4U, 5U, 6U}) {
@@ -105,7 +105,7 @@ TEST(ScanKeys, NothingComesOfAnEmptyMacroOrOfMouseEvents) {
     EXPECT_FALSE(MacroScan::CountWithin({}, Combo({}, 65), 1, 1).matched);
 }
 
-TEST(ScanKeys, AKeySeesWhatIsHeldBeforeIt) {
+TEST(ScanKeys, APressHasTheModifiersHeldBeforeIt) {
     Macro macro;
     macro.Down(0, kCtrl).Down(1, 67).Up(2, kCtrl).Down(3, 67);
     const auto keys = MacroScan::NormaliseKeys(macro.events);
@@ -116,7 +116,7 @@ TEST(ScanKeys, AKeySeesWhatIsHeldBeforeIt) {
     EXPECT_EQ(&keys[1].event, &macro.events[1]);
 }
 
-TEST(ScanKeys, OneReleaseLetsBothSidesGo) {
+TEST(ScanKeys, OneReleaseReleasesBothSides) {
     Macro macro;
     macro.Down(0, 162).Down(0, 163).Up(0, 163).Down(1, 67);
     const auto keys = MacroScan::NormaliseKeys(macro.events);
@@ -125,7 +125,7 @@ TEST(ScanKeys, OneReleaseLetsBothSidesGo) {
     EXPECT_FALSE(keys[2].held.ctrl);
 }
 
-TEST(ScanKeys, AReleaseAtTheBeginningIsNothing) {
+TEST(ScanKeys, AReleaseWithoutAPressIsIgnored) {
     Macro macro;
     macro.Up(0, kShift).Down(1, 65).Down(1, 65);
     const auto keys = MacroScan::NormaliseKeys(macro.events);
@@ -171,7 +171,7 @@ TEST(ScanPredicates, TypingKeys) {
     }
 }
 
-TEST(ScanPredicates, AnyOfAsksInOrderUntilOneIsTrue) {
+TEST(ScanPredicates, AnyOfCallsInOrderUntilOneIsTrue) {
     EXPECT_FALSE(AnyOf({})(Event(0, 65, true), {}));
     std::string asked;
     const auto answer = [&asked](char name, bool result) {
@@ -266,7 +266,7 @@ TEST(ScanBurst, EightKeysWithinFiveSeconds) {
     EXPECT_EQ(burst(ten).lastIndex, 9U);
 }
 
-TEST(ScanScenarios, TheTableIsTheSettledOne) {
+TEST(ScanScenarios, TheTableHasTheSettledScenarios) {
     struct Row {
         const char* id;
         const char* severity;
@@ -403,13 +403,13 @@ TEST(ScanScenarios, ClosingAndSwitching) {
     EXPECT_EQ(Macro().Tap(0, {kCtrl, kAlt}, 46).Matches(), "task-manager");
 }
 
-TEST(ScanReport, DangerStandsFirst) {
+TEST(ScanReport, DangerComesFirst) {
     EXPECT_EQ(
         Macro().Tap(3, {kCtrl, kShift}, 27).Tap(9, {kShift}, 46).Json(),
         Report("danger", One("permanent-delete", "DANGER", "9") + "," + One("task-manager", "CAUTION", "3")));
 }
 
-TEST(ScanReport, SuppressionTakesTheLesserFinding) {
+TEST(ScanReport, SuppressionRemovesTheLesserFinding) {
     EXPECT_EQ(
         Macro().Tap(1.25, {kWin}, 82).Tap(2, {}, 65).Tap(3, {}, 13).Json(),
         Report("danger", One("run-command", "DANGER", "1.25") + "," + One("start-launch", "DANGER", "1.25")));
@@ -432,7 +432,7 @@ TEST(ScanReport, SuppressionTakesTheLesserFinding) {
               Report("caution", One("copy-paste", "CAUTION", "0")));
 }
 
-TEST(ScanReport, EqualTimesStandById) {
+TEST(ScanReport, EqualTimesAreSortedById) {
     EXPECT_EQ(
         Macro().Tap(5, {kWin}, 66).Tap(5, {kCtrl, kShift}, 27).Tap(4, {kAlt}, 115).Tap(5, {kAlt}, 115).Json(),
         Report("caution", One("close-windows", "CAUTION", "4") + "," + One("system-keys", "CAUTION", "5") +

@@ -24,7 +24,7 @@ constexpr const char* kFixtureSettings =
     "1,2,3,77,1,1,0,9,1,100,200,0,1,0,1,1,2.5,1,750,65,66,0,67,4,5,6,88,0,3,68,69,69|70|71,1,1,0,72";
 constexpr const char* kFixtureProfileSettings = "7,0,0,20,2,0,1,10,0,0,0,0,0,1,5,1,10,65,65|66,0";
 
-// The store as the tests look at it.
+// The store as the tests compare it.
 struct Store {
     std::vector<Profile> profiles;
     int32_t current = 0;
@@ -61,7 +61,7 @@ void ExpectSameProfiles(const std::vector<Profile>& a, const std::vector<Profile
 
 class SessionTest : public DataFolderTest {
   protected:
-    // Loads a copy, so that no fixture is ever written to.
+    // Loads a copy, so that no fixture is written.
     bool LoadFixture(const char* name) {
         CreateDataFolder();
         WriteFile(SessionPath(), ReadFile(FixturePath("sessions/" + std::string(name))));
@@ -101,8 +101,8 @@ TEST_F(SessionTest, AnEmptyStoreIsSavedWithoutProfiles) {
     EXPECT_FALSE(LoadSession());
 }
 
-// A save works in memory that an earlier one has left behind.
-TEST_F(SessionTest, NothingOfAnEarlierSaveShowsInALaterOne) {
+// A save reuses the memory of an earlier one.
+TEST_F(SessionTest, ALaterSaveContainsNothingOfAnEarlierOne) {
     SetStore({{"Large", "1,2", std::vector<UnifiedEvent>(400000)},
               {"Second", "3,4", std::vector<UnifiedEvent>(3)}},
              1);
@@ -160,7 +160,7 @@ TEST_F(SessionTest, ASaveGoesToThePathOfThisRun) {
     EXPECT_EQ(ReadStore().Names(), std::vector<std::string>{"One"});
 }
 
-// Several threads change and save at will: the file is never two saves mixed.
+// Several threads change and save at the same time: the file never mixes two saves.
 TEST_F(SessionTest, SavesThatMeetDoNotMix) {
     constexpr int kThreads = 4;
     constexpr int kSaves = 60;
@@ -193,7 +193,7 @@ TEST_F(SessionTest, SavesThatMeetDoNotMix) {
 }
 
 #ifndef _WIN32
-// A pipe in the place of the session file: a save stops in the middle of writing until somebody reads.
+// A pipe in place of the session file: a save blocks in the middle of writing until the test reads.
 class SessionPipe {
   public:
     explicit SessionPipe(const std::string& path) {
@@ -205,7 +205,7 @@ class SessionPipe {
     SessionPipe(const SessionPipe&) = delete;
     SessionPipe& operator=(const SessionPipe&) = delete;
 
-    // Takes what has been written and has not been taken yet.
+    // Reads what has been written since the last read.
     bool Take() {
         char buffer[4096];
         const ssize_t count = read(file_, buffer, sizeof(buffer));
@@ -283,7 +283,7 @@ TEST_F(SessionTest, LoadsTheCurrentForm) {
                         {"", kFixtureProfileSettings, {{EvScroll, 2, 0, 0, 0, 0, false, -120}}}});
 }
 
-TEST_F(SessionTest, TheLiveSetupComesFromTheFirstLineNotFromTheProfile) {
+TEST_F(SessionTest, TheLiveSettingsComeFromTheFirstLineNotFromTheProfile) {
     ASSERT_TRUE(LoadFixture("current.dat"));
     EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 77) << "the current profile says 20";
 }
@@ -310,7 +310,7 @@ TEST_F(SessionTest, LoadsOlderForms) {
     }
 }
 
-TEST_F(SessionTest, LoadsLinesOfTheOtherHome) {
+TEST_F(SessionTest, LoadsLineEndsOfTheOtherSystem) {
     ASSERT_TRUE(LoadFixture("crlf.dat"));
     EXPECT_EQ(BuildSettingsLine(), kFixtureSettings);
     ExpectSameProfiles(ReadStore().profiles,
@@ -336,7 +336,7 @@ TEST_F(SessionTest, AWrongFirstLineChangesNothing) {
     EXPECT_EQ(BuildSettingsLine(), before);
 }
 
-TEST_F(SessionTest, WithoutProfilesTheSettingsAreTakenAndTheLoadFails) {
+TEST_F(SessionTest, WithoutProfilesTheSettingsAreLoadedAndTheLoadFails) {
     SetStore({{"Before", "", {}}}, 0);
     EXPECT_FALSE(LoadFixture("no-profiles.dat"));
     EXPECT_EQ(BuildSettingsLine(), kFixtureSettings);
@@ -386,14 +386,14 @@ TEST_F(SessionTest, OddNamesAreKept) {
     EXPECT_EQ(ReadStore().profiles[0].events.size(), 1U);
 }
 
-TEST_F(SessionTest, OnlyTheCurrentProfileGetsTheLiveSetupForAnEmptyOne) {
+TEST_F(SessionTest, OnlyTheCurrentProfileGetsTheLiveSettingsIfItHasNone) {
     ASSERT_TRUE(LoadFixture("no-default.dat"));
     EXPECT_EQ(ReadStore().profiles[0].settings, "");
     EXPECT_EQ(ReadStore().profiles[1].settings, "1,2,3,77,1,1,0,9,1,100,200,4,5,6,88,0,3,69,69|70|71,1");
 }
 
-// What a kill in the middle of a save can leave behind: any beginning of the file.
-TEST_F(SessionTest, AnyBeginningOfAFileIsReadOrRefused) {
+// A kill in the middle of a save can leave any truncated file.
+TEST_F(SessionTest, ATruncatedFileIsReadOrRejected) {
     const std::string whole = ReadFile(FixturePath("sessions/current.dat"));
     CreateDataFolder();
     for (size_t length = 0; length <= whole.size(); ++length) {
@@ -409,7 +409,7 @@ TEST_F(SessionTest, AnyBeginningOfAFileIsReadOrRefused) {
     }
 }
 
-TEST_F(SessionTest, ADefaultProfileIsPutInFrontAndTheSameProfileStaysCurrent) {
+TEST_F(SessionTest, ADefaultProfileIsInsertedFirstAndTheSameProfileStaysCurrent) {
     ASSERT_TRUE(LoadFixture("no-default.dat"));
     const uint64_t before = ReadStore().revision;
     EnsureDefaultProfile();

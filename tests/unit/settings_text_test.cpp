@@ -156,7 +156,7 @@ TEST_F(SettingsTextTest, FormsOf31And32FieldsHaveASingleKey) {
     }
 }
 
-TEST_F(SettingsTextTest, FormsOf33To36FieldsAddTargetsHoldAndUnlock) {
+TEST_F(SettingsTextTest, FormsOf33To36FieldsAddTargetsHoldModesAndUnlock) {
     for (const size_t count : {33, 34}) {
         ResetEngineState();
         ApplySettingsLine(FirstFields(kStranger, count));
@@ -237,7 +237,7 @@ TEST_F(SettingsTextTest, CodesOutsideTheKeyRangeSurviveARoundTrip) {
     EXPECT_EQ(BuildSettingsLine(), WithField(WithField(kDefaultLine, 19, "-5"), 31, "-1|2147483647"));
 }
 
-TEST_F(SettingsTextTest, ApplyProfileSettingsWantsEighteenNumbers) {
+TEST_F(SettingsTextTest, ApplyProfileSettingsNeedsEighteenNumbers) {
     ApplyProfileSettings("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17");
     EXPECT_EQ(BuildProfileSettings(), kDefaultProfile);
     ParseKeyTargets("65|66");
@@ -259,7 +259,7 @@ TEST_F(SettingsTextTest, ApplyProfileSettingsStopsAtABadNumber) {
         << "targets and chord stay as they were";
 }
 
-TEST_F(SettingsTextTest, ApplyProfileSettingsLeavesHotkeysAndTrackerAlone) {
+TEST_F(SettingsTextTest, ApplyProfileSettingsLeavesHotkeysAndMacroSettingsUnchanged) {
     ApplyProfileSettings("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,65|66,1,99");
     EXPECT_EQ(Targets(), (Keys{65, 66}));
     EXPECT_TRUE(keySpammerSettings.chord);
@@ -268,7 +268,7 @@ TEST_F(SettingsTextTest, ApplyProfileSettingsLeavesHotkeysAndTrackerAlone) {
         "1,2,3,4,5,6,7,8,9,10,11,1,1,1,1,0,1,0,500,119,118,0,117,12,13,14,15,16,17,120,18,65|66,1,0,0,121");
 }
 
-TEST_F(SettingsTextTest, ParseKeyTargetsSkipsWhatItCannotRead) {
+TEST_F(SettingsTextTest, ParseKeyTargetsSkipsMalformedNumbers) {
     ParseKeyTargets("65|66");
     EXPECT_EQ(Targets(), (Keys{65, 66}));
     ParseKeyTargets("x|66||67y|99999999999| 68");
@@ -289,7 +289,7 @@ TEST_F(SettingsTextTest, ParseKeyTargetsStoresAtMost256) {
     EXPECT_EQ(Targets().back(), 256U);
 }
 
-TEST_F(SettingsTextTest, ResetToolSettingsLeavesHotkeysAndTrackerAlone) {
+TEST_F(SettingsTextTest, ResetToolSettingsLeavesHotkeysAndMacroSettingsUnchanged) {
     ApplySettingsLine(std::string(kStranger) + ",72");
     ResetToolSettings();
     EXPECT_EQ(BuildProfileSettings(), kDefaultProfile);
@@ -297,12 +297,12 @@ TEST_F(SettingsTextTest, ResetToolSettingsLeavesHotkeysAndTrackerAlone) {
               "0,0,0,5,0,0,1,10,0,0,0,0,0,0,0,1,3,1,500,65,66,0,67,0,0,0,5,1,10,68,32,32,0,1,1,72");
 }
 
-TEST_F(SettingsTextTest, MergeTakesToolsFromA35FieldLine) {
+TEST_F(SettingsTextTest, MergeReadsToolsFromA35FieldLine) {
     EXPECT_EQ(ProfileSettingsFromLine(kStranger), "1,2,3,77,1,1,0,9,1,100,200,0,0,1,88,0,4,69,69|70,1");
     EXPECT_EQ(BuildSettingsLine(), kDefaultLine) << "the live setup is untouched";
 }
 
-TEST_F(SettingsTextTest, MergeKeepsTheLiveSetupWhereTheFormIsOlder) {
+TEST_F(SettingsTextTest, MergeKeepsTheLiveSettingsThatAnOlderFormLacks) {
     ApplyProfileSettings("0,0,0,5,0,0,1,10,0,0,0,21,22,23,24,25,26,27,28|29,1");
     EXPECT_EQ(ProfileSettingsFromLine(FirstFields(kStranger, 23)),
               "1,2,3,77,1,1,0,9,1,100,200,21,22,23,24,25,26,27,27,0");
@@ -318,7 +318,7 @@ TEST_F(SettingsTextTest, MergeKeepsTheLiveSetupWhereTheFormIsOlder) {
     }
 }
 
-TEST_F(SettingsTextTest, MergeTakesAGroupWholeOrNotAtAll) {
+TEST_F(SettingsTextTest, MergeReadsAGroupWholeOrNotAtAll) {
     for (const char* bad : {"", "x", "77x", "77 ", "1.0", "2147483648"}) {
         for (const size_t field : {0, 3, 10}) {
             EXPECT_EQ(ProfileSettingsFromLine(WithField(kStranger, field, bad)),

@@ -22,7 +22,7 @@ class ToolSettingsTest : public EngineStateTest {
 
 }  // namespace
 
-TEST_F(ToolSettingsTest, SpammerTakesNineFieldsAndSyncsTheProfile) {
+TEST_F(ToolSettingsTest, AutoclickerNeedsNineFieldsAndSyncsTheProfile) {
     UpdateAutoclickerSettings("1,2,3,4,2,1,0,77,1");
     EXPECT_EQ(autoclickerSettings.intervalHours, 1);
     EXPECT_EQ(autoclickerSettings.intervalMinutes, 2);
@@ -36,7 +36,7 @@ TEST_F(ToolSettingsTest, SpammerTakesNineFieldsAndSyncsTheProfile) {
     EXPECT_EQ(ProfileText(), BuildProfileSettings());
 }
 
-TEST_F(ToolSettingsTest, SpammerIgnoresATenthField) {
+TEST_F(ToolSettingsTest, AutoclickerIgnoresATenthField) {
     autoclickerSettings.fixedX = 5;
     UpdateAutoclickerSettings("1,2,3,4,2,1,0,77,1,999");
     EXPECT_EQ(autoclickerSettings.locationMode, 1);
@@ -87,7 +87,7 @@ TEST_F(ToolSettingsTest, IntegersAreStoredUncheckedButMustFit) {
     EXPECT_EQ(autoclickerSettings.intervalHours, -1);
 }
 
-TEST_F(ToolSettingsTest, KeySpammerTakesSixFieldsAndSyncsTheProfile) {
+TEST_F(ToolSettingsTest, KeySpammerNeedsSixFieldsAndSyncsTheProfile) {
     UpdateKeySpammerSettings("1,2,3,4,0,6,7");
     EXPECT_EQ(keySpammerSettings.intervalHours, 1);
     EXPECT_EQ(keySpammerSettings.intervalMinutes, 2);
@@ -99,7 +99,7 @@ TEST_F(ToolSettingsTest, KeySpammerTakesSixFieldsAndSyncsTheProfile) {
     EXPECT_EQ(ProfileText(), BuildProfileSettings());
 }
 
-TEST_F(ToolSettingsTest, TrackerTakesEightFieldsAndLeavesTheProfile) {
+TEST_F(ToolSettingsTest, MacroNeedsEightFieldsAndLeavesTheProfile) {
     UpdateMacroSettings("false,TRUE,1,true,true,2.5,true,-1");
     EXPECT_FALSE(macroSettings.recordMoves);
     EXPECT_FALSE(macroSettings.recordButtons);  // only the exact text "true" is true
@@ -139,7 +139,7 @@ TEST_F(ToolSettingsTest, HoldMode) {
     EXPECT_FALSE(hotkeyTable.holdKeySpammer);
 }
 
-TEST_F(ToolSettingsTest, ChordModeIsTrueForOneTextOnly) {
+TEST_F(ToolSettingsTest, ChordModeIsOnForOneStringOnly) {
     SetKeySpammerChord("1");
     EXPECT_TRUE(keySpammerSettings.chord);
     EXPECT_EQ(ProfileText(), BuildProfileSettings());

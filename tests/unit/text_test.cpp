@@ -53,7 +53,7 @@ std::string IostreamText(double value) {
     return stream.str();
 }
 
-TEST(ParseInt, TakesWhatStoiTakes) {
+TEST(ParseInt, AcceptsTheTextsThatStoiAccepts) {
     EXPECT_EQ(Int("12"), 12);
     EXPECT_EQ(Int("-12"), -12);
     EXPECT_EQ(Int("+12"), 12);
@@ -68,7 +68,7 @@ TEST(ParseInt, TakesWhatStoiTakes) {
     EXPECT_EQ(Int(std::string(100, '0') + "5"), 5);
 }
 
-TEST(ParseInt, RefusesWhatHasNoNumber) {
+TEST(ParseInt, RejectsTextsWithoutANumber) {
     for (const char* text : {"", " ", "-", "+", "- 5", "--5", "+-5", "abc", "x1", ",1", ".5",
                              "\xA0"
                              "5"}) {
@@ -87,7 +87,7 @@ TEST(ParseInt, HasThirtyTwoBits) {
     EXPECT_EQ(Int(std::string(5000, '9')), std::nullopt);
 }
 
-TEST(ParseInt, FailureLeavesTheValueAlone) {
+TEST(ParseInt, AFailureLeavesTheValueUnchanged) {
     int32_t value = 77;
     EXPECT_FALSE(ParseInt("99999999999", &value));
     EXPECT_FALSE(ParseInt("x", &value));
@@ -107,7 +107,7 @@ TEST(ScanUnsignedLong, WrapsAMinusSignAsStoulDoes) {
     EXPECT_EQ(Unsigned("abc"), std::nullopt);
 }
 
-TEST(ParseDouble, TakesWhatStodTakes) {
+TEST(ParseDouble, AcceptsTheTextsThatStodAccepts) {
     EXPECT_EQ(Double("0.5"), 0.5);
     EXPECT_EQ(Double(" \t+.5"), 0.5);
     EXPECT_EQ(Double("-5."), -5.0);
@@ -136,13 +136,13 @@ TEST(ParseDouble, TakesWhatStodTakes) {
     EXPECT_TRUE(std::signbit(*Double("-0")));
 }
 
-TEST(ParseDouble, RefusesWhatHasNoNumber) {
+TEST(ParseDouble, RejectsTextsWithoutANumber) {
     for (const char* text : {"", " ", "-", ".", "-.", ".e5", "e5", "abc", "+-1", "in", "na", ",5"}) {
         EXPECT_EQ(Double(text), std::nullopt) << '"' << text << '"';
     }
 }
 
-TEST(ParseDouble, RefusesWhatOverflowsOrVanishes) {
+TEST(ParseDouble, RejectsOverflowAndUnderflow) {
     EXPECT_EQ(Double("1e308"), 1e308);
     EXPECT_EQ(Double("1.7976931348623157e308"), std::numeric_limits<double>::max());
     for (const char* text :
@@ -165,7 +165,7 @@ TEST(ParseDouble, ReadsSubnormalNumbersAsTheWindowsLibraryDoes) {
     EXPECT_EQ(Float("1e-40"), 1e-40F);
 }
 
-TEST(ParseFloat, TakesWhatStofTakes) {
+TEST(ParseFloat, AcceptsTheTextsThatStofAccepts) {
     EXPECT_EQ(Float("3.0"), 3.0F);
     EXPECT_EQ(Float(" -.25e1x"), -2.5F);
     EXPECT_EQ(Float("16777217"), 16777216.0F);
@@ -253,7 +253,7 @@ TEST(ParseDouble, ReadsEveryDoubleBack) {
     }
 }
 
-TEST(Scan, StopsAtTheEndAndSaysWhere) {
+TEST(Scan, StopsAtTheEndAndReturnsThePosition) {
     const std::string text = " 12,0x1p3,-7";
     int32_t number = 0;
     double real = 0;
@@ -268,7 +268,7 @@ TEST(Scan, StopsAtTheEndAndSaysWhere) {
     EXPECT_EQ(number, -7);
 }
 
-TEST(Read, ThrowsWhereThereIsNoNumber) {
+TEST(Read, ThrowsIfThereIsNoNumber) {
     EXPECT_EQ(ReadInt("7x"), 7);
     EXPECT_EQ(ReadDouble("7.5x"), 7.5);
     EXPECT_EQ(ReadFloat("7.5x"), 7.5F);
@@ -278,7 +278,7 @@ TEST(Read, ThrowsWhereThereIsNoNumber) {
     EXPECT_THROW(ReadFloat("1e39"), NumberError);
 }
 
-TEST(IsWholeInt, WantsNothingLeftOver) {
+TEST(IsWholeInt, RejectsTrailingCharacters) {
     for (const char* text : {"0", "-5", "+5", " 5", "2147483647", "-2147483648"}) {
         EXPECT_TRUE(IsWholeInt(text)) << text;
     }

@@ -102,7 +102,7 @@ TEST(JsonLookup, DepthHasNoLimit) {
     EXPECT_EQ(JsonLookup("{\"x\":{\"a\":2", "x"), "");
 }
 
-TEST(JsonLookup, ManyFieldsAtOnceGiveWhatSingleLooksGive) {
+TEST(JsonLookup, ManyFieldsAtOnceEqualSingleLookups) {
     const std::string text = R"({"b":"x\ny","a":1,"b":2,"c":{"d":3},bad,"d":4})";
     JsonField fields[] = {{"a", {}, false}, {"b", {}, false}, {"c", {}, false}, {"d", {}, false}};
     FindJsonValues(text, fields, 4);
@@ -123,7 +123,7 @@ TEST(JsonKeys, AreListedInFileOrder) {
     EXPECT_EQ(ListJsonKeys("{}"), Keys{});
 }
 
-TEST(JsonKeys, EndEarlyWhereItIsNoObject) {
+TEST(JsonKeys, EndEarlyIfItIsNotAnObject) {
     EXPECT_EQ(ListJsonKeys(R"({"a":1,b:2,"c":3})"), (Keys{"a"}));
     EXPECT_EQ(ListJsonKeys(R"({"a":1,"b)"), (Keys{"a"}));
     EXPECT_EQ(ListJsonKeys(R"({"a":1,"b\)"), (Keys{"a"}));

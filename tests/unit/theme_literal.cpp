@@ -14,13 +14,13 @@ bool Contains(const char* bytes, char c) {
     return *bytes != '\0';
 }
 
-// One key looked for: told of every value that stands directly inside the outermost object.
+// Searches for one key among the values directly inside the outermost object.
 struct Search {
     const std::string& key;
     bool atKey = true;
     bool matched = false;
 
-    // True once the value of the key is there.
+    // True once the value of the key is found.
     bool Take(const std::string& raw, bool isString) {
         if (atKey) {
             matched = isString && raw == key;
@@ -86,7 +86,7 @@ bool IsName(const std::string& name) {
     return name.length() >= 1 && name.length() <= 40;
 }
 
-// "WIDTHxHEIGHT" of a piece, empty for no piece's name.
+// Returns "WIDTHxHEIGHT" of a piece, empty if the name is not that of a piece.
 std::string SizeOf(const std::string& name) {
     std::string base = name;
     if (name.size() > 3 && name.compare(name.size() - 3, 3, ".on") == 0) {
@@ -134,7 +134,7 @@ bool IsPng(const std::string& bytes, const std::string& size) {
            std::to_string(NumberAt(bytes, 16)) + "x" + std::to_string(NumberAt(bytes, 20)) == size;
 }
 
-std::string Judge(const std::string& text, ThemeRecord* record, ThemeReport* report) {
+std::string FindFault(const std::string& text, ThemeRecord* record, ThemeReport* report) {
     if (text.empty())
         return "file is empty";
     if (text.size() > 12582912)
@@ -397,7 +397,7 @@ std::string DecodeBase64(const std::string& text) {
 }
 
 bool Validate(const std::string& text, ThemeRecord* record, ThemeReport* report) {
-    report->message = Judge(text, record, report);
+    report->message = FindFault(text, record, report);
     report->accepted = report->message.empty();
     return report->accepted;
 }

@@ -1,5 +1,5 @@
-// The theme validator beside its plain form, on files made mostly of what decides: keys again and again, inside one
-// another, escaped and side by side, values that just pass and just do not.
+// Compares the theme validator with its second implementation, on files made mostly of critical input: repeated,
+// nested, escaped and adjacent keys, and values that just pass and just fail.
 #include "themes/base64.h"
 #include "themes/json_lookup.h"
 #include "unit/theme_bytes.h"
@@ -20,8 +20,8 @@ constexpr int kFiles = 24000;
 constexpr int kTokenTexts = 24000;
 constexpr int kEncodedTexts = 24000;
 
-// Gives the same files whichever compiler built it: no expression draws in two operands or two arguments, whose order
-// would be the compiler's choice.
+// Generates the same files with every compiler: no expression draws twice, because the compiler may choose the order of
+// operands and arguments.
 class FileMaker {
   public:
     explicit FileMaker(uint32_t seed) : random_(seed) {}
@@ -34,7 +34,7 @@ class FileMaker {
         return choices[Below(Count)];
     }
 
-    // A whole theme file, mostly a good one, and mostly with something odd in it.
+    // A whole theme file, mostly valid, and mostly with something odd in it.
     std::string File() {
         std::string text = "{";
         std::array<std::string, 10> fields = {
@@ -73,7 +73,7 @@ class FileMaker {
         return OneIn(3) ? Hurt(text) : text;
     }
 
-    // What a scanner may meet, in any order.
+    // Any tokens in any order.
     std::string Tokens() {
         std::string text = OneIn(8) ? "" : "{";
         for (uint32_t left = Below(24); left > 0; --left) {
@@ -163,7 +163,7 @@ class FileMaker {
         return "\"" + name + "\"" + (OneIn(10) ? Any({"", " ", ",", "::", " :\n", "\t:"}) : ":") + value;
     }
 
-    // Something that holds the words of a theme file where they do not count.
+    // Text that contains the words of a theme file where they do not count.
     std::string Decoy() {
         return Any({"\"x\":{\"name\":\"no\",\"accent\":\"#bad\",\"skin\":{\"template\":1}}",
                     "\"x\":[\"name\",\"skin\",2]", "\"x\":\"name\"", "\"x\":\"\\\"name\\\":1\"",
@@ -264,7 +264,7 @@ class FileMaker {
         return text + "}";
     }
 
-    // A byte gone, a byte put in, or the rest cut off.
+    // Removes a byte, inserts a byte, or truncates the rest.
     std::string Hurt(std::string text) {
         const auto at = Below(static_cast<uint32_t>(text.size()));
         switch (Below(8)) {
@@ -293,7 +293,7 @@ std::string Told(bool accepted, const ThemeRecord& record, const ThemeReport& re
            (record.hasSkin ? " skin" : "");
 }
 
-TEST(ThemeRandom, ValidatesAsThePlainFormDoes) {
+TEST(ThemeRandom, ValidatesAsTheSecondImplementationDoes) {
     FileMaker maker(20261121);
     std::map<std::string, int> verdicts;
     for (int i = 0; i < kFiles; ++i) {
@@ -320,7 +320,7 @@ TEST(ThemeRandom, ValidatesAsThePlainFormDoes) {
     EXPECT_GT(verdicts["font"], kFiles / 200);
 }
 
-TEST(ThemeRandom, LooksUpAndListsAsThePlainFormDoes) {
+TEST(ThemeRandom, LooksUpAndListsAsTheSecondImplementationDoes) {
     FileMaker maker(7);
     int found = 0;
     for (int i = 0; i < kTokenTexts; ++i) {
@@ -340,7 +340,7 @@ TEST(ThemeRandom, LooksUpAndListsAsThePlainFormDoes) {
     EXPECT_GT(found, kTokenTexts / 4);
 }
 
-TEST(ThemeRandom, ReadsBase64AsThePlainFormDoes) {
+TEST(ThemeRandom, ReadsBase64AsTheSecondImplementationDoes) {
     FileMaker maker(64);
     int strict = 0;
     for (int i = 0; i < kEncodedTexts; ++i) {

@@ -131,7 +131,7 @@ TEST(ThemeColour, HasThreeForms) {
     }
 }
 
-TEST(ThemeText, GivesWhatWasWritten) {
+TEST(ThemeText, ReturnsTheWrittenValues) {
     ThemeRecord record;
     record.hasSkin = true;
     record.path = "before";
@@ -201,7 +201,7 @@ TEST(ThemeText, TheFirstOfTwoEqualKeysIsRead) {
     EXPECT_EQ(Verdict(text + ",\"accent\":\"red\"}"), "colours");
 }
 
-TEST(ThemeText, ASkinIsReadOnlyWhereItIsAnnounced) {
+TEST(ThemeText, ASkinIsReadOnlyWithItsFormat) {
     const std::string broken = R"({"template":1,"pieces":[],"font":"!"})";
     EXPECT_EQ(Verdict(WithSkin(broken)), "skin.pieces is not an object");
     EXPECT_EQ(Verdict(WithSkin(broken, "\"2\"")), "skin.pieces is not an object");
@@ -299,7 +299,7 @@ TEST(ThemeText, APieceIsStrictBase64) {
           std::string(), good + "\\u0041\\u0041"}) {
         EXPECT_EQ(verdict("\"" + bad + "\""), wrong) << bad;
     }
-    // As it stands a line break is no part of a string: nothing behind it is found.
+    // A raw line break cannot be part of a string: nothing after it is found.
     EXPECT_EQ(verdict("\"" + good.substr(0, 20) + "\n" + good.substr(20) + "\""), "invalid or missing text");
     EXPECT_EQ(verdict("{}"), wrong);
     EXPECT_EQ(verdict("true"), "invalid or wrong-size PNG for piece: panel")
@@ -370,8 +370,8 @@ TEST(ThemeText, PiecesAndFontTogether) {
               "skin 1 +font");
 }
 
-// Each of these costs hours where a name or a level is paid for with a pass of its own.
-TEST(ThemeText, AHostileFileIsJudgedAtOnce) {
+// Each of these takes hours if a name or a level costs a pass of its own.
+TEST(ThemeText, AHostileFileIsValidatedQuickly) {
     const std::string panel = "\"panel\":\"" + Encode(Png(256, 256, 1048576)) + "\"";
     std::string many = panel;
     constexpr int kAgain = 900000;
@@ -384,7 +384,7 @@ TEST(ThemeText, AHostileFileIsJudgedAtOnce) {
               "invalid or missing accent");
 }
 
-TEST(ThemeFile, SetsThePathAndHandsOutTheText) {
+TEST(ThemeFile, SetsThePathAndReturnsTheText) {
     const std::string path = FixturePath("themes/colours.vrltheme");
     ThemeRecord record;
     ThemeReport report;
@@ -396,7 +396,7 @@ TEST(ThemeFile, SetsThePathAndHandsOutTheText) {
     EXPECT_TRUE(ValidateThemeFile(path, &record, nullptr, nullptr));
 }
 
-TEST(ThemeFile, HandsOutNothingOnRejection) {
+TEST(ThemeFile, ReturnsNothingOnRejection) {
     TempFolder folder;
     const std::string path = folder.File("bad.vrltheme");
     WriteFile(path, Without("text"));
@@ -414,7 +414,7 @@ TEST(ThemeFile, HandsOutNothingOnRejection) {
     EXPECT_EQ(report.message, "could not open file") << "a folder, also where it opens like a file";
 }
 
-// The kernel's files tell a size of a page and hold less: such a file ends before it has been read. Wine shows them too.
+// The kernel's files report the size of a page and contain less: such a file ends early. Wine shows them too.
 TEST(ThemeFile, ThatEndsEarlyCannotBeRead) {
     const std::string path = "/sys/devices/system/cpu/online";
     if (ReadFile(path).empty()) {
@@ -429,7 +429,7 @@ TEST(ThemeFile, ThatEndsEarlyCannotBeRead) {
     EXPECT_EQ(record.path, "");
 }
 
-// No machine could hold such a file in its memory.
+// No machine has enough memory for such a file.
 TEST(ThemeFile, AFileBeyondTheCapIsNotRead) {
     TempFolder folder;
     const std::string path = folder.File("huge.vrltheme");

@@ -89,7 +89,7 @@ TEST(UpdateFields, UndoEscapes) {
     EXPECT_EQ(ReadFlatField("{\"a\":\"left\\\"", "a"), "left\"");
 }
 
-TEST(UpdateFields, TruthIsTheWordBehindTheColon) {
+TEST(UpdateFields, TrueIsReadAfterTheColon) {
     EXPECT_TRUE(ReadFlatTruth(R"({"expect":true})", "expect"));
     EXPECT_TRUE(ReadFlatTruth("{\"expect\" : \t true}", "expect"));
     EXPECT_FALSE(ReadFlatTruth(R"({"expect":false})", "expect"));
@@ -203,8 +203,8 @@ TEST_F(UpdateVectors, AnAcceptedManifestIsCopied) {
     EXPECT_TRUE(Evaluate(shuffled));
 }
 
-// The limit of 16384 bytes is kept by whoever fetches a manifest and by the tool that signs one.
-TEST_F(UpdateVectors, AManifestIsJudgedByItsMembersHoweverLongItIs) {
+// The code that fetches a manifest and the tool that signs one enforce the limit of 16384 bytes.
+TEST_F(UpdateVectors, ALongManifestIsValidatedByItsMembers) {
     const std::string good = Case("newer patch");
     const std::string open = good.substr(0, good.rfind('}'));
     for (const size_t size : {size_t{16384}, size_t{16385}, size_t{1} << 20}) {
@@ -215,7 +215,7 @@ TEST_F(UpdateVectors, AManifestIsJudgedByItsMembersHoweverLongItIs) {
     }
 }
 
-TEST_F(UpdateVectors, ARefusedManifestLeavesTheRecordAlone) {
+TEST_F(UpdateVectors, ARejectedManifestLeavesTheRecordUnchanged) {
     UpdateManifestInfo info;
     info.tier = "before";
     for (const char* name :
@@ -235,7 +235,7 @@ TEST_F(UpdateVectors, NothingIsAcceptedWithoutTheRightKey) {
         ImportP256Key({reinterpret_cast<const char*>(kUpdatePublicKey), sizeof kUpdatePublicKey});
     ASSERT_TRUE(other);
     EXPECT_FALSE(EvaluateManifest(other.get(), good, "plus", "1.0.1", &info));
-    // The same manifest of another tier is good for a build of that tier.
+    // The same manifest of another tier is accepted by a build of that tier.
     EXPECT_TRUE(EvaluateManifest(key_.get(), Case("another tier"), "core", "1.0.1", &info));
     EXPECT_FALSE(EvaluateManifest(key_.get(), Case("unknown tier"), "nightly", "1.0.1", &info));
 }
@@ -253,7 +253,7 @@ TEST_F(UpdateVectors, SelfCheckPassesEveryCase) {
     EXPECT_EQ(report, expected + hostRows_);
 }
 
-TEST_F(UpdateVectors, SelfCheckTellsAWrongExpectation) {
+TEST_F(UpdateVectors, SelfCheckReportsAWrongExpectation) {
     std::string wrong = Case("newer patch");
     wrong.replace(wrong.find("\"expect\":true"), 13, "\"expect\":false");
     bool passed = true;

@@ -53,7 +53,7 @@ std::string JsonString(std::string_view text);
 void ReadFromHarness(View* view);  // something may have arrived
 void RunDispatched(View* view);    // something may have been dispatched
 
-// The native half. UI thread, but for Wake.
+// The native half. UI thread, except Wake.
 NativeWindow* OpenNativeWindow(View* view);  // null without a display
 void DestroyNativeWindow(NativeWindow* window);
 void SetNativeTitle(NativeWindow* window, const char* title);

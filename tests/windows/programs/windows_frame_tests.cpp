@@ -1,4 +1,4 @@
-// The watched window of the Windows home, its frame and its monitors, against the system itself.
+// The watched window of the Windows backend, its frame and its monitors, against the system itself.
 #include "platform/shared/page_host_state.h"
 #include "platform/window_frame.h"
 
@@ -101,7 +101,7 @@ TEST_F(WindowFrame, AMaximisedOrMinimisedWindowKeepsItsNormalPlace) {
     EXPECT_TRUE(GotThrough(WM_DESTROY));
     EXPECT_TRUE(GotThrough(WM_NCDESTROY));
     EndWindowWatch(&host_);
-    EXPECT_EQ(told.size(), 2U) << "its end was told";
+    EXPECT_EQ(told.size(), 2U) << "its end was reported";
 }
 
 TEST_F(WindowFrame, AWindowThatOutlivesTheLoopIsToldAtItsEnd) {

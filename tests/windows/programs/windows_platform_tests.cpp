@@ -1,4 +1,4 @@
-// The Windows home of the seam against the system itself: clock, events, threads, files, processes.
+// The Windows backend of the seam against the system itself: clock, events, threads, files, processes.
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/files.h"
