@@ -1,5 +1,5 @@
-// What a deployment of the program fixes at build time: where its updates and its help live, and whose signature on an
-// update it accepts. The defaults stand under a reserved domain that nobody can own. The hosts are in lower case.
+// The settings of a deployment, fixed at build time: the hosts of its updates and its help, and the key whose signature
+// on an update it accepts. The defaults use a reserved domain that nobody can own. The hosts are in lower case.
 #pragma once
 
 #include <cstdint>

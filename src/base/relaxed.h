@@ -1,12 +1,12 @@
 // A plain setting that several threads read and write without a lock. A relaxed atomic has the same observable
-// behaviour as the plain variable and is no data race; it gives no ordering towards other variables.
+// behaviour as the plain variable without a data race. It does not order accesses to other variables.
 #pragma once
 
 #include <atomic>
 
 template <typename T> class Relaxed {
   public:
-    Relaxed(T value = T()) : value_(value) {}  // NOLINT(google-explicit-constructor): stands in for a plain T
+    Relaxed(T value = T()) : value_(value) {}  // NOLINT(google-explicit-constructor): replaces a plain T
     Relaxed(const Relaxed& other) : value_(other.Get()) {}
     Relaxed& operator=(const Relaxed& other) {
         Set(other.Get());

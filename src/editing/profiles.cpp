@@ -9,7 +9,7 @@
 
 namespace {
 
-// The name itself, or with the first number that makes it one that no profile bears; itself again if all are taken.
+// Returns the name, or the name with the first free number. Returns the plain name again if all numbers are taken.
 std::string FreeProfileName(std::string name) REQUIRES(macroMutex) {
     constexpr int kLastNumber = 999;
     std::unordered_set<std::string_view> taken;
@@ -28,7 +28,7 @@ std::string FreeProfileName(std::string name) REQUIRES(macroMutex) {
     return name;
 }
 
-// A profile that never stored a setup stands for the defaults.
+// Applies the settings of a profile, or the defaults if it never stored any.
 void ApplyStoredSettings(const std::string& settings) {
     if (settings.empty()) {
         ResetToolSettings();
@@ -37,7 +37,7 @@ void ApplyStoredSettings(const std::string& settings) {
     }
 }
 
-// True if the live setup is now to be that of another profile: its settings are in *settings.
+// Returns true if another profile becomes current, with its settings in *settings.
 bool RemoveCurrentProfile(std::string* settings) {
     MutexLock lock(macroMutex);
     Profile* current = CurrentProfile();

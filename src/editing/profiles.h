@@ -1,5 +1,5 @@
-// The page's profile commands. UI thread unless said otherwise. AddProfile, DeleteProfile, SwitchProfile and
-// ClearProfile refuse while a recording runs.
+// The page's profile commands. UI thread unless noted. AddProfile, DeleteProfile, SwitchProfile and ClearProfile do
+// nothing while a recording runs.
 #pragma once
 
 #include "base/mutex.h"
@@ -15,9 +15,9 @@ void SwitchProfile(std::string_view index);
 void ClearProfile();
 std::string GetProfiles();  // JSON
 // Any thread. Adds an imported macro and makes it current, under its own name or the first free "name (2)" to
-// "name (999)". The live setup stays, but for a macro without settings, which brings the defaults.
+// "name (999)". The live settings stay, unless the macro has no settings: then they become the defaults.
 void AppendProfile(ParsedMacro macro) REQUIRES(macroMutex);
-// Any thread. Copies the live tool setup into the current profile.
+// Any thread. Copies the live tool settings into the current profile.
 void SyncProfileSettings();
-// A profile named DefaultProfileName exists afterwards.
+// Adds a profile named DefaultProfileName if there is none.
 void EnsureDefaultProfile();

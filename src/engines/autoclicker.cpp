@@ -15,7 +15,7 @@ struct ButtonFlags {
     uint32_t release = 0;
 };
 
-// An unknown button is clicked with records that carry no action, so that the count goes on.
+// For an unknown button sends records without an action, so that the count continues.
 ButtonFlags FlagsOfButton(int32_t button) {
     switch (button) {
     case 0:
@@ -29,7 +29,7 @@ ButtonFlags FlagsOfButton(int32_t button) {
     }
 }
 
-// 15 milliseconds by the counter. The deadline comes first, so that an overlong sleep is made up for.
+// Waits 15 milliseconds by the counter. Computes the deadline first, so that a sleep that is too long does not add up.
 void WaitDoubleClickGap() {
     const auto ticks = static_cast<int64_t>(static_cast<double>(engineState.counterFrequency.load()) * 0.015);
     const int64_t deadline = ReadPerformanceCounter() + ticks;

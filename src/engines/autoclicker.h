@@ -1,4 +1,4 @@
-// Clicks a mouse button again and again. Driven by engineState.autoClicking alone.
+// Clicks a mouse button repeatedly. Controlled only by engineState.autoClicking.
 #pragma once
 
 #include <cstdint>
@@ -6,12 +6,12 @@
 // Thread body, from start to shutdown.
 void AutoclickerThreadMain();
 
-// One way round the thread's loop, up to its wait. True: wait *limitMilliseconds (kNoLimit: until woken) before the
-// next round. False: go round at once.
+// Runs one round of the thread's loop, up to its wait. Returns true to wait *limitMilliseconds (kNoLimit: until woken)
+// before the next round, false to continue at once.
 bool AutoclickerRound(uint32_t* limitMilliseconds);
 
-// Milliseconds of a tool's interval: ceil(max(1, sum)), in double precision.
+// Returns the milliseconds of a tool's interval: ceil(max(1, sum)), in double precision.
 double ToolIntervalMilliseconds(int32_t hours, int32_t minutes, int32_t seconds, int32_t milliseconds);
-// A whole number of milliseconds as a wait limit: its low 32 bits. So 4294967295 is no limit at all, 4294967296 does
-// not wait, and -1 is no limit either. The magnitude must be below 2^63.
+// Converts a whole number of milliseconds to a wait limit: its low 32 bits. So 4294967295 and -1 mean no limit, and
+// 4294967296 does not wait. The magnitude must be below 2^63.
 uint32_t ToolIntervalLimit(double intervalMilliseconds);

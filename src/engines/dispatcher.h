@@ -1,9 +1,9 @@
-// The single writer of the engines' state. Dispatcher thread only, except where said.
+// The single writer of the engines' state. Dispatcher thread only, unless noted.
 #pragma once
 
 #include <cstdint>
 
-// One pass over all requests, in fixed order, with guards, clean-up input and wakes.
+// Makes one pass over all requests, in fixed order, with guards, clean-up input and wakes.
 void DispatchRequests();
 // Appends the tool change to the running recording.
 void RecordToolState(uint32_t toolCode, bool on);

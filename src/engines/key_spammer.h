@@ -1,29 +1,29 @@
-// Presses keys again and again, in turn or as a chord. Driven by engineState.keySpamming alone.
+// Presses keys repeatedly, in turn or as a chord. Controlled only by engineState.keySpamming.
 #pragma once
 
 #include "model/engine_state.h"
 
 #include <cstdint>
 
-// What the key spam thread keeps to itself, for as long as it lives.
+// The state of the key spammer thread, for its whole life.
 struct KeySpammerThreadState {
-    // One target position's scan code, worked out anew when another key stands there.
+    // The scan code of one target position, computed again when its key changes.
     struct Slot {
         uint32_t cachedVk = 0xFFFFFFFF;
         uint32_t cachedScan = 0;
         bool cachedExtended = false;
     };
     Slot slots[kMaxKeySpammerTargets];
-    int32_t nextTarget = 0;  // position whose turn it is; kept from run to run
-    bool announced = false;  // the editor has been told of this run
+    int32_t nextTarget = 0;  // position of the next key; kept from run to run
+    bool announced = false;  // the editor was notified of this run
 };
 
 // Thread body, from start to shutdown.
 void KeySpammerThreadMain();
 
-// One way round the thread's loop, up to its wait. True: wait *limitMilliseconds (kNoLimit: until woken) before the
-// next round. False: go round at once.
+// Runs one round of the thread's loop, up to its wait. Returns true to wait *limitMilliseconds (kNoLimit: until woken)
+// before the next round, false to continue at once.
 bool KeySpammerRound(KeySpammerThreadState& state, uint32_t* limitMilliseconds);
 
-// Any thread. A key-up for every target, in list order.
+// Any thread. Sends a key-up for every target, in list order.
 void ReleaseKeySpammerTargets();

@@ -21,10 +21,10 @@ struct EngineState {
     std::atomic<bool> playing{false};
     std::atomic<bool> autoClicking{false};
     std::atomic<bool> keySpamming{false};
-    std::atomic<bool> pickingLocation{false};  // set by the page, cleared by the mouse hook
+    std::atomic<bool> pickingLocation{false};  // set by the page, cleared by the input thread
     std::atomic<bool> panelHover{false};       // stored and reported for the page; no effect in the engines
     std::atomic<bool> lockOn{true};            // the hotkey lock is in use
-    std::atomic<bool> unlocked{true};          // with lockOn: the hotkeys are live
+    std::atomic<bool> unlocked{true};          // with lockOn: the hotkeys act
     std::atomic<bool> hotkeysEnabled{true};
     std::atomic<bool> stopToolsWithMacro{true};
 
@@ -82,16 +82,16 @@ struct MacroState {
     std::vector<Profile> profiles;  // never empty once start-up is past the session
     int32_t currentProfile = 0;     // index into profiles; "the macro" is that profile's event list
 
-    // Raised by whoever changes an event list or currentProfile (MarkMacroChanged), so that a report that was built
-    // from the same macro need not be built again.
+    // Every change of an event list or of currentProfile raises it (MarkMacroChanged), so that a report of the same
+    // macro is not built again.
     uint64_t revision = 1;
 
     // Continued recording and its one step of undo.
     std::vector<UnifiedEvent> continueBaseline;  // the macro before the continued recording
     std::vector<UnifiedEvent> continueResult;    // the macro when it ended
-    int32_t continueProfile = -1;                // the profile these belong to, -1 none
-    uint64_t continueKeepCount = 0;              // how many leading events are old; 0 for a fresh recording
-    bool takeOpen = false;  // a recording has begun and its events are not joined to the macro yet
+    int32_t continueProfile = -1;                // index of their profile, -1 none
+    uint64_t continueKeepCount = 0;              // number of old events at the front; 0 for a new recording
+    bool takeOpen = false;  // a recording has started and its events are not joined to the macro yet
 };
 extern MacroState macroState GUARDED_BY(macroMutex);
 
@@ -100,7 +100,7 @@ Profile* CurrentProfile() REQUIRES(macroMutex);
 void MarkMacroChanged() REQUIRES(macroMutex);
 
 // Any thread, the hook procedures included. Raises a request flag, wakes the dispatcher and returns without waiting.
-// Every command takes this way.
+// Every command uses it.
 void RaiseRequest(std::atomic<bool>& flag);
 
 // Notifies a running timeline editor that the engines are busy. Start-up sets it; null notifies nobody.
@@ -108,5 +108,5 @@ extern std::atomic<void (*)(bool wait)> editorBusyNotice;
 // Any thread. Calls editorBusyNotice. With `wait`, waits up to 500 ms for the editor's answer.
 void NotifyEditorBusy(bool wait);
 
-// Puts all of the above back to its defaults. Tests only; no engine thread may run.
+// Resets all of the above to its defaults. Tests only; no engine thread may run.
 void ResetEngineState();

@@ -1,6 +1,6 @@
 // The preferences of the program, as opposed to those of a macro or a tool, in "appsettings.txt" in the data folder.
-// UI thread, and LoadAppSettings before the threads start: no lock. The three switches that other threads read
-// (hotkeysEnabled, lockOn, stopToolsWithMacro) live in the engine state and are only read and written here.
+// UI thread, and LoadAppSettings before the threads start, so there is no lock. The three switches that other threads
+// read (hotkeysEnabled, lockOn, stopToolsWithMacro) live in the engine state and are only read and written here.
 #pragma once
 
 #include <cstdint>
@@ -11,13 +11,13 @@
 
 struct AppSettings {
     bool alwaysOnTop = false;      // main window stays on top
-    bool launchOnStartup = false;  // start when the person logs in
+    bool launchOnStartup = false;  // start when the user logs in
     bool startMinimized = false;
     bool disableAnimations = false;         // for the page
     bool showWarnings = true;               // for the page
     std::set<std::string> seenWarnings;     // warning ids that were dismissed; the page owns the ids
-    std::set<std::string> minimizedPanels;  // ids of panels shown without their content
-    std::vector<std::string> panelOrder;    // panel ids, may leave out some; empty is the page's own order
+    std::set<std::string> minimizedPanels;  // ids of collapsed panels
+    std::vector<std::string> panelOrder;    // panel ids, some may be missing; empty is the default order
     int32_t windowX = 0;                    // main window, outer rectangle in physical pixels
     int32_t windowY = 0;
     int32_t windowWidth = 420;
@@ -28,28 +28,29 @@ struct AppSettings {
 
 extern AppSettings appSettings;
 
-// Whether this is the id of one of the page's five panels.
+// Returns true for the id of one of the page's five panels.
 bool IsPanelId(std::string_view text);
-// A comma list of panel ids; empty pieces are skipped. False, with *order untouched, if one is unknown or repeated.
+// Reads a comma list of panel ids and skips empty parts. Returns false, with *order unchanged, if one is unknown or
+// repeated.
 bool ParsePanelOrder(std::string_view text, std::vector<std::string>* order);
 
-// What the file says replaces what it names; everything else stays. A malformed line is skipped.
+// Loads the settings that the file contains; the others stay. Skips malformed lines.
 void LoadAppSettings();
-// Rewrites the file. Silent where it cannot be written.
+// Rewrites the file. Does nothing if it cannot be written.
 void SaveAppSettings();
 
-// The file's whole content from the settings as they are, and back as LoadAppSettings takes it.
+// Returns the whole content of the file for the current settings, and reads it as LoadAppSettings does.
 std::string BuildAppSettingsText();
 void ApplyAppSettingsText(std::string_view text);
 
-// The settings as the page reads them; the window's placement is not among them. Ids are not escaped.
+// Returns the settings report for the page, without the window's placement. Ids are not escaped.
 std::string AppSettingsReport();
 
-// Stores one setting under the name that the page has for it, "min:" and a panel id among them. Another name changes
-// nothing. Neither saves nor carries out what the setting means.
+// Stores one setting by the name that the page uses, which may be "min:" and a panel id. Ignores an unknown name.
+// Neither saves nor applies the setting.
 void StoreAppSetting(std::string_view key, bool value);
 
-// The page's command: a warning that was dismissed is remembered, an empty id is none. Saves if it is new.
+// The page's command: remembers a dismissed warning, and saves if it is new. Ignores an empty id.
 void MarkWarningSeen(std::string_view id);
-// The page's command: a comma list of panel ids becomes the order and is saved; one that is not valid does nothing.
+// The page's command: stores a comma list of panel ids as the order and saves it. Ignores an invalid list.
 void SetPanelOrder(std::string_view text);

@@ -1,4 +1,4 @@
-// Reading and writing .vrlmacro files, and the event line that the session file shares with them.
+// Reads and writes .vrlmacro files, and the event line that the session file also uses.
 #pragma once
 
 #include "model/event.h"
@@ -10,23 +10,24 @@
 
 struct ParsedMacro {
     std::string name;
-    std::string settings;  // profile settings text; empty when the file has no settings line
+    std::string settings;  // profile settings text; empty if the file has no settings line
     std::vector<UnifiedEvent> events;
 };
 
-// Empty on success; otherwise the sentence for the person, and *out is untouched. Bad lines cost only themselves.
+// Returns an empty string, or the sentence for the user with *out unchanged. A malformed line loses only itself.
 std::string ReadMacroFile(const std::string& path, ParsedMacro* out);
-// The same on bytes already in memory (never "Couldn't open...").
+// The same for bytes in memory (never "Couldn't open...").
 std::string ParseMacroText(std::string_view bytes, ParsedMacro* out);
-// Name, live settings, events. Silent if the file cannot be opened; throws std::ios_base::failure if the bytes cannot
-// all be written.
+// Writes name, live settings and events. Does nothing if the file cannot be opened; throws std::ios_base::failure if
+// not all bytes can be written.
 void WriteMacroFile(const std::string& path, const Profile& profile);
 
-// One event as its eight comma-separated fields, without a line end. Appends.
+// Appends one event as its eight comma-separated fields, without a line end.
 void AppendEventLine(std::string& out, const UnifiedEvent& event);
-// All of them, each with this home's line end. Appends.
+// Appends all events, each with the line end of this backend.
 void AppendEventLines(std::string& out, const std::vector<UnifiedEvent>& events);
-// A line of a macro file: missing positions repeat the last field present; a missing eighth is 0. False drops it.
+// Reads a line of a macro file. Missing fields repeat the last field; a missing eighth is 0. Returns false for a line
+// to drop.
 bool ParseEventLine(std::string_view line, UnifiedEvent* event);
-// A line of a session file: all eight positions are converted from what is there.
+// Reads a line of a session file, in which a missing eighth field repeats the last field too.
 bool ParseSessionEventLine(std::string_view line, UnifiedEvent* event);

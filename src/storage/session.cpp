@@ -21,15 +21,15 @@ constexpr std::string_view kCurrentPrefix = "CURRENT:";
 constexpr std::string_view kProfilePrefix = "PROFILE:";
 constexpr std::string_view kProfileSettingsPrefix = "PROFILESETTINGS:";
 
-// Saves come from the autosave thread, from the UI thread at shutdown and from the crash handler, at any moment, and
-// only one of them may write the file. A save that finds another one under way leaves word and returns; the one under
-// way then saves once more, so that the newest state is what stays. No save waits for another: one that crashed in
-// the middle of its own save must still get through the crash handler.
+// The autosave thread, the UI thread at shutdown and the crash handler save at any time, and only one of them may write
+// the file. A save that finds another one running sets a flag and returns; the running one then saves again, so that
+// the newest state is kept. No save waits for another: a thread that crashes in the middle of its own save must still
+// save from the crash handler.
 enum class SaveStage { Idle, Saving, SavingAndWantedAgain };
 std::atomic<SaveStage> saveStage{SaveStage::Idle};
 
-// What a save works in. Kept from one save to the next, since new memory costs the system several times as much as the
-// copy itself: for a large macro that would be most of a save. Belongs to the save under way.
+// The buffers of a save, owned by the running save. Kept from save to save, because new memory costs several times as
+// much as the copy itself: for a large macro that would be most of a save.
 struct SaveBuffers {
     std::vector<Profile> profiles;  // copy of the store
     int32_t currentProfile = 0;
@@ -37,7 +37,7 @@ struct SaveBuffers {
 };
 SaveBuffers saveBuffers;
 
-// A macro that was large once does not keep its memory for ever.
+// Releases the memory that a formerly large macro needed.
 template <typename Buffer> void LetGoIfOversized(Buffer& buffer, size_t needed) {
     constexpr size_t kSpare = 65536;
     if (buffer.capacity() / 4 > needed + kSpare) {
@@ -45,8 +45,8 @@ template <typename Buffer> void LetGoIfOversized(Buffer& buffer, size_t needed) 
     }
 }
 
-// Makes room for a copy of the store, so that the input thread never waits for memory while the copy is made. False if
-// the lock is held.
+// Reserves memory for a copy of the store, so that the input thread never waits for memory while the copy is made.
+// Returns false if the lock is held.
 bool PrepareCopy(SaveBuffers* copy) {
     std::vector<size_t> eventCounts;
     if (!macroMutex.TryLock()) {
@@ -62,7 +62,7 @@ bool PrepareCopy(SaveBuffers* copy) {
     macroMutex.Unlock();
     copy->profiles.resize(eventCounts.size());
     for (size_t i = 0; i < eventCounts.size(); ++i) {
-        constexpr size_t kGrowth = 64;  // a recording may go on meanwhile
+        constexpr size_t kGrowth = 64;  // a recording may add events meanwhile
         std::vector<UnifiedEvent>& events = copy->profiles[i].events;
         LetGoIfOversized(events, eventCounts[i]);
         events.reserve(eventCounts[i] + kGrowth);
@@ -71,7 +71,7 @@ bool PrepareCopy(SaveBuffers* copy) {
     return true;
 }
 
-// False: the lock is held, or memory has run out.
+// Returns false if the lock is held or memory has run out.
 bool CopyStore(SaveBuffers* copy) {
     if (!PrepareCopy(copy) || !macroMutex.TryLock()) {
         return false;
@@ -124,8 +124,8 @@ void SaveOnce() {
     }
 }
 
-// How many bytes stand before the next profile line, so that a macro's list can be made in one piece. Event lines hold
-// no capital letter, which makes this a search for one byte.
+// Returns the number of bytes before the next profile line, so that the list of a macro is allocated once. Event lines
+// contain no capital letter, so this is a search for one byte.
 size_t BytesToNextProfile(std::string_view text) {
     for (size_t at = text.find('P'); at != std::string_view::npos; at = text.find('P', at + 1)) {
         if (StartsWith(text.substr(at), kProfilePrefix) && (at == 0 || text[at - 1] == '\n')) {
@@ -135,9 +135,9 @@ size_t BytesToNextProfile(std::string_view text) {
     return text.size();
 }
 
-// What stands behind the second line.
+// Reads the lines after the second.
 std::vector<Profile> ReadProfiles(TextLines& lines) {
-    // A usual line has 16 bytes or more. A macro of short ones grows its list as it goes.
+    // A usual line has 16 bytes or more. For shorter lines the list grows.
     constexpr size_t kUsualLineLength = 16;
     std::vector<Profile> profiles;
     std::string_view line;

@@ -5,7 +5,7 @@
 
 // Any thread. Gives up at once if macroMutex is held; holds it only for a copy of the store.
 void SaveSession();
-// Before the threads start. False: no session was read and the store is untouched.
+// Before the threads start. Returns false if no session was read; the store is then unchanged.
 bool LoadSession();
-// The same on bytes already in memory.
+// The same for bytes in memory.
 bool LoadSessionText(std::string_view bytes);

@@ -16,7 +16,7 @@ bool StartsLiteral(char c) {
     return c == 't' || c == 'f' || c == 'n' || c == '-' || (c >= '0' && c <= '9');
 }
 
-// How many bytes follow this first byte of a character beyond ASCII in a string; -1 for a byte that starts none.
+// Returns the number of bytes that follow this first byte of a non-ASCII character; -1 if it cannot start one.
 int ContinuationBytes(unsigned char c) {
     if (c >= 0xC0 && c <= 0xDF) {
         return 1;
@@ -35,7 +35,7 @@ constexpr std::array<bool, 256> PlainTable() {
     return table;
 }
 
-// Bytes of a string that mean themselves and nothing more: nearly all there are, so they are passed first.
+// Bytes of a string without a special meaning. Nearly all bytes are, so they are skipped first.
 constexpr std::array<bool, 256> kPlain = PlainTable();
 
 size_t PassPlain(std::string_view text, size_t at) {
@@ -45,7 +45,7 @@ size_t PassPlain(std::string_view text, size_t at) {
     return at;
 }
 
-// The place of the closing quote of the string whose content starts at `at`; npos where the scan ends.
+// Returns the index of the closing quote of the string whose content starts at `at`; npos if the scan ends.
 size_t StringEnd(std::string_view text, size_t at) {
     constexpr std::string_view kEscapes = "\"\\/bfnrtu";
     while ((at = PassPlain(text, at)) < text.size() && text[at] != '"') {
@@ -77,7 +77,7 @@ size_t LiteralEnd(std::string_view text, size_t at) {
     return at < text.size() ? at : std::string_view::npos;
 }
 
-// The values directly inside the outermost object or array, taken in turn as key and value.
+// Iterates over the values directly inside the outermost object or array, alternately as key and value.
 class FieldPairs {
   public:
     FieldPairs(JsonField* fields, size_t count) : fields_(fields), count_(count), missing_(count) {}

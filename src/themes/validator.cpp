@@ -64,7 +64,7 @@ bool IsHexDigit(char c) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
-// One part of an rgb() body, blanks (no other white space) around it allowed.
+// Returns true for one part of an rgb() body, with optional spaces (no other white space) around it.
 bool IsColourPart(std::string_view part) {
     const size_t first = part.find_first_not_of(' ');
     if (first == std::string_view::npos) {
@@ -84,7 +84,7 @@ bool IsColourPart(std::string_view part) {
     return value <= 255;
 }
 
-// Parts end in commas, so one trailing comma adds none.
+// A part ends at a comma, so a trailing comma adds no part.
 bool IsColourBody(std::string_view body) {
     int parts = 0;
     while (!body.empty()) {
@@ -112,7 +112,7 @@ uint32_t BigEndian(std::string_view bytes, size_t at) {
     return value;
 }
 
-// The head only: the rest is the page's decoder's to judge.
+// Checks only the head. The page's decoder validates the rest.
 bool HasPngHead(std::string_view bytes, const ThemePiece& row) {
     constexpr std::string_view kSignature = "\x89PNG\r\n\x1A\n";
     constexpr uint32_t kHeaderChunkBytes = 13;
@@ -121,7 +121,7 @@ bool HasPngHead(std::string_view bytes, const ThemePiece& row) {
            BigEndian(bytes, 16) == row.width && BigEndian(bytes, 20) == row.height;
 }
 
-// These give the reason of a rejection, empty if there is none.
+// These return the reason of a rejection, or an empty string.
 
 std::string JudgePiece(const ThemePiece& row, const JsonValue& value) {
     const std::string name(row.name);
@@ -147,7 +147,7 @@ std::string JudgePieces(std::string_view pieces, int32_t* count) {
     }
     FindJsonValues(pieces, fields.data(), fields.size());
 
-    // A name given again stands for its first value again: it counts, and need not be decoded anew.
+    // A repeated name means its first value again. It counts, but need not be decoded again.
     std::array<bool, kPieceCount> passed{};
     JsonKeyWalk keys(pieces);
     std::string key;
@@ -269,7 +269,7 @@ bool Conclude(std::string reason, ThemeReport* report) {
 
 std::string ReadThemeFile(const std::string& path, std::string* text) {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
-    // Not every system refuses to open a folder; it has a size there, and no bytes.
+    // Some systems open a folder, which has a size and no bytes.
     if (!file || IsFolder(path)) {
         return "could not open file";
     }

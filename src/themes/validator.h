@@ -1,6 +1,6 @@
-// Theme files (.vrltheme): what they may hold, and the judge of it. They come from outside, so no value of one reaches
-// the page before it has been accepted here. Without state: any thread. Nothing throws but for want of memory, nothing
-// is logged. A file costs a few passes over its bytes, whatever is in it.
+// Validates theme files (.vrltheme). They come from outside, so no value reaches the page unless it is accepted here.
+// Stateless; any thread. Throws only std::bad_alloc and logs nothing. A file costs a few passes over its bytes,
+// whatever it contains.
 #pragma once
 
 #include <cstddef>
@@ -29,25 +29,25 @@ struct ThemeRecord {
 
 struct ThemeReport {
     bool accepted = false;
-    std::string message;     // why not; empty on acceptance
-    int32_t pieceCount = 0;  // left alone unless a skin was read to its end and accepted
+    std::string message;     // reason of the rejection; empty on acceptance
+    int32_t pieceCount = 0;  // unchanged unless a whole skin was accepted
     bool hasFont = false;    // likewise
 };
 
-// A bitmap that a skin may hold, of exactly this size.
+// A bitmap that a skin may contain, of exactly this size.
 struct ThemePiece {
     std::string_view name;
     uint32_t width;  // pixels
     uint32_t height;
 };
-// All of them, in the order of the format. Lasts as long as the program.
+// Returns all pieces in the order of the format. Valid as long as the program runs.
 std::span<const ThemePiece> ThemePieces();
 
-// Both give what report->accepted says. `report` may be null. On rejection *record is not to be used.
+// Both return report->accepted. `report` may be null. Do not use *record after a rejection.
 bool ValidateThemeText(std::string_view text, ThemeRecord* record, ThemeReport* report);
 // `wholeText` may be null; it is written on acceptance only.
 bool ValidateThemeFile(const std::string& path, ThemeRecord* record, ThemeReport* report,
                        std::string* wholeText);
 
-// #rgb, #rrggbb or rgb(r, g, b) with decimal 0-255.
+// Returns true for #rgb, #rrggbb or rgb(r, g, b) with decimal 0-255.
 bool IsThemeColour(std::string_view text);
