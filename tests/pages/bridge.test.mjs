@@ -1,11 +1,6 @@
-// The library's page script keeps every answered promise; the page's bridge must not.
-import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
-import { Pages, settled } from './browser.mjs';
-
-let pages;
-before(async () => (pages = await Pages.start()));
-after(() => pages.stop());
+// The bridge to the program: it keeps no answered promise, unlike the page script of the web-view library.
+import { fileURLToPath } from 'node:url';
+import { assert, pageTest, settled, startedBrowser, test } from './page_test.mjs';
 
 async function heapAfterCalls(page, session, calls) {
   await page.evaluate(async (count) => {
@@ -20,26 +15,24 @@ async function heapAfterCalls(page, session, calls) {
   return (await session.send('Runtime.getHeapUsage')).usedSize;
 }
 
-test('a million calls leave nothing behind', async () => {
-  const page = await pages.open();
+pageTest('a million calls leave no memory behind', {}, async (page) => {
   await page.evaluate(() => (host.commands.getSettings = () => '{"text":"' + 'x'.repeat(200) + '"}'));
   const session = await page.context().newCDPSession(page);
   const early = await heapAfterCalls(page, session, 100_000);
   const late = await heapAfterCalls(page, session, 900_000);
-  // Nine hundred thousand kept answers would be some 300 MB.
+  // 900,000 kept answers would take about 300 MB.
   assert.ok(late - early < 5_000_000, `the heap grew by ${late - early} bytes`);
   assert.equal(
     await page.evaluate(() => Object.keys(host.promises).length),
     0,
-    "the library's table stays empty",
+    "the library's table is empty",
   );
-  await pages.close(page);
 });
 
-test('the stand-in host keeps promises as the library does, so the test above can fail', async () => {
-  const page = await pages.browser.newPage();
-  const { readFileSync } = await import('node:fs');
-  await page.addInitScript(readFileSync(new URL('stand-in.mjs', import.meta.url), 'utf8'));
+test('the fake host keeps promises as the library does, so that the test above can fail', async () => {
+  const browser = await startedBrowser();
+  const page = await browser.newPage();
+  await page.addInitScript({ path: fileURLToPath(new URL('fake_host.js', import.meta.url)) });
   await page.goto('about:blank');
   await page.evaluate(async () => {
     for (let i = 0; i < 100; i++) await window.getSettings();
@@ -48,8 +41,7 @@ test('the stand-in host keeps promises as the library does, so the test above ca
   await page.close();
 });
 
-test('answers: nothing, JSON, a refusal, a text that is no JSON, an unknown call', async () => {
-  const page = await pages.open();
+pageTest('resolves an empty and a JSON answer, rejects an error and broken JSON', {}, async (page) => {
   await settled(page);
   const answers = await page.evaluate(async () => {
     const seen = [];
@@ -63,7 +55,7 @@ test('answers: nothing, JSON, a refusal, a text that is no JSON, an unknown call
     await ask(undefined);
     await ask('{"a":[1,null]}');
     await ask('{broken');
-    host.failing.getSettings = 'no';
+    host.setFailing({ getSettings: 'no' });
     await ask('');
     return seen;
   });
@@ -73,5 +65,4 @@ test('answers: nothing, JSON, a refusal, a text that is no JSON, an unknown call
     ['rejected', 'Error: The answer could not be read.'],
     ['rejected', 'no'],
   ]);
-  await pages.close(page);
 });

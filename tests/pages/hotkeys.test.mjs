@@ -1,31 +1,24 @@
-// The hotkeys panel: what each key does, which one acts where two share one, the switches, the lock and the reset.
-import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+// The hotkeys panel: what each key does, which hotkey acts when two share a key, the switches, the lock, the reset.
 import {
+  assert,
   button,
   callsOf,
-  change,
   expectCall,
+  focused,
   forgetCalls,
-  holdAnswers,
   importSource,
-  letGo,
-  Pages,
+  pageTest,
   picture,
   settled,
+  stateText,
   stopClock,
-} from './browser.mjs';
-
-let pages;
-before(async () => (pages = await Pages.start()));
-after(() => pages.stop());
+  test,
+} from './page_test.mjs';
 
 const rowOf = (page, what) =>
   page.locator('.hotkeys__row').filter({ has: page.getByText(what, { exact: true }) });
-const stateText = async (page) =>
-  (await page.getByRole('status', { name: 'State' }).innerText()).replace(/\s+/g, ' ').trim();
 
-test('the first match wins, in the order in which the program compares', async () => {
+test('of two hotkeys on one key, the one that the program compares first acts', async () => {
   const { hotkeyInPlaceOf } = await importSource('hotkey-order.ts');
   const ids = ['unlock', 'record', 'play', 'autoclicker', 'keySpammer'];
   const keys = { unlock: 'F1', record: 'F2', play: 'F3', autoclicker: 'F4', keySpammer: 'F5' };
@@ -43,43 +36,47 @@ test('the first match wins, in the order in which the program compares', async (
   const all = Object.fromEntries(ids.map((id) => [id, 'A']));
   assert.equal(winnerOf('keySpammer', all), 'unlock');
   assert.equal(winnerOf('keySpammer', all, false), 'record');
-  // A report without names tells nothing.
+  // A report without key names decides nothing.
   assert.equal(winnerOf('play', { ...keys, record: '', play: '' }), undefined);
 });
 
-test('two hotkeys on one key: the one that never acts says so, also in the state line', async () => {
-  const page = await pages.open({ before: "Object.assign(host.status, { hkPlay: 'F8', hkAuto: 'F10' })" });
-  await settled(page);
-  assert.match(
-    await rowOf(page, 'Play').innerText(),
-    /F8 is taken: Record comes first, so this never acts\./,
-  );
-  assert.match(await rowOf(page, 'Clicker').innerText(), /F10 is taken: Lock and unlock comes first/);
-  assert.match(await rowOf(page, 'Record').innerText(), /Press to start and stop/);
-  assert.equal(await stateText(page), 'Idle F9 press F8 record');
-  await picture(page, 'hotkeys-shared', { fullPage: true });
-  await change(page, 'host.status.autoClicking = true');
-  assert.equal(await stateText(page), 'Clicking No key stops it. The Stop button does.');
-  await change(page, 'host.status.lockOn = false');
-  assert.equal(await stateText(page), 'Clicking F10 stops it');
-  assert.match(await rowOf(page, 'Clicker').innerText(), /Press to start and stop/);
-  assert.match(await rowOf(page, 'Lock and unlock').innerText(), /Of no use while the lock is off/);
-  await pages.close(page);
-});
+pageTest(
+  'says which of two hotkeys on one key never acts, also in the state line',
+  { hotkeys: { play: 'F8', autoclicker: 'F10' } },
+  async (page) => {
+    await settled(page);
+    assert.match(
+      await rowOf(page, 'Play').innerText(),
+      /F8 is taken: Record comes first, so this never acts\./,
+    );
+    assert.match(await rowOf(page, 'Clicker').innerText(), /F10 is taken: Lock and unlock comes first/);
+    assert.match(await rowOf(page, 'Record').innerText(), /Press to start and stop/);
+    assert.equal(await stateText(page), 'Idle F9 press F8 record');
+    await picture(page, 'hotkeys-shared', { fullPage: true });
+    await page.host.setStatus({ autoclickerRunning: true });
+    assert.equal(await stateText(page), 'Clicking No key stops it. The Stop button does.');
+    await page.host.setStatus({ lockOn: false });
+    assert.equal(await stateText(page), 'Clicking F10 stops it');
+    assert.match(await rowOf(page, 'Clicker').innerText(), /Press to start and stop/);
+    assert.match(await rowOf(page, 'Lock and unlock').innerText(), /Of no use while the lock is off/);
+  },
+);
 
-test('hold and toggle are named, and a click that is lost to a hotkey is told', async () => {
-  const page = await pages.open({
-    before: "Object.assign(host.settings, { holdAuto: true }); host.status.hkRec = 'Left Mouse';",
-  });
-  await settled(page);
-  assert.match(await rowOf(page, 'Clicker').innerText(), /Hold to run/);
-  assert.match(await rowOf(page, 'Key presser').innerText(), /Press to start and stop/);
-  assert.match(await rowOf(page, 'Record').innerText(), /Every left click goes to this, in every window\./);
-  await pages.close(page);
-});
+pageTest(
+  'names the mode of a hotkey, and warns when a hotkey takes every click',
+  {
+    settings: { hotkeys: { holdAutoclicker: true } },
+    hotkeys: { record: 'Left Mouse' },
+  },
+  async (page) => {
+    await settled(page);
+    assert.match(await rowOf(page, 'Clicker').innerText(), /Hold to run/);
+    assert.match(await rowOf(page, 'Key presser').innerText(), /Press to start and stop/);
+    assert.match(await rowOf(page, 'Record').innerText(), /Every left click goes to this, in every window\./);
+  },
+);
 
-test('the switches: hotkeys on, and the lock', async () => {
-  const page = await pages.open();
+pageTest('turns the hotkeys and the lock on and off', {}, async (page) => {
   await settled(page);
   const on = page.getByRole('switch', { name: 'Hotkeys on' });
   const lock = page.getByRole('switch', { name: 'Hotkey lock' });
@@ -102,100 +99,106 @@ test('the switches: hotkeys on, and the lock', async () => {
   await page.getByText('The hotkey lock is off.').waitFor();
   await lock.click();
   await page.getByText('Unlocked. F10 locks the hotkeys and stops clicking, pressing and playing.').waitFor();
-  await pages.close(page);
 });
 
-test('the header of the closed panel says whether the hotkeys act', async () => {
-  const page = await pages.open({ before: "host.appSettings.minimizedPanels = ['panel-ui']" });
-  const summary = page.locator('#panel-ui .panel__summary');
-  for (const [script, text] of [
-    ['', 'Work in every window'],
-    ['host.status.unlocked = false', 'Locked'],
-    ['host.status.lockOn = false', 'Work in every window'],
-  ]) {
-    await change(page, script);
-    assert.equal(await summary.innerText(), text);
-  }
-  await button(page, 'Preferences').click();
-  await page.getByRole('switch', { name: 'Hotkeys on' }).click();
-  await summary.getByText('Off', { exact: true }).waitFor();
-  await pages.close(page);
-});
+pageTest(
+  'the header of the collapsed panel says whether the hotkeys act',
+  { preferences: { minimizedPanels: ['panel-ui'] } },
+  async (page) => {
+    const summary = page.locator('#panel-ui .panel__summary');
+    for (const [status, text] of [
+      [{}, 'Work in every window'],
+      [{ unlocked: false }, 'Locked'],
+      [{ lockOn: false }, 'Work in every window'],
+    ]) {
+      await page.host.setStatus(status);
+      assert.equal(await summary.innerText(), text);
+    }
+    await button(page, 'Preferences').click();
+    await page.getByRole('switch', { name: 'Hotkeys on' }).click();
+    await summary.getByText('Off', { exact: true }).waitFor();
+  },
+);
 
-test('the reset asks where keys of the person would go, and not where none would', async () => {
-  const page = await pages.open({ before: "host.status.hkAuto = 'Num 5'" });
-  await settled(page);
-  const height = () => page.evaluate(() => document.documentElement.scrollHeight);
-  const before = await height();
-  await button(page, 'Reset hotkeys').click();
-  await page.getByText('Back to F6, F9, F8, F7 and F10? Undo then asks for your own keys.').waitFor();
-  assert.equal(await height(), before, 'the question takes no further room');
-  assert.equal(await page.evaluate(() => document.activeElement.innerText), 'Cancel', 'the safe choice');
-  await picture(page, 'hotkeys-reset');
-  await page.keyboard.press('Escape');
-  await button(page, 'Reset hotkeys').waitFor();
-  assert.equal(await page.evaluate(() => document.activeElement.innerText.trim()), 'Reset hotkeys');
-  assert.deepEqual(await callsOf(page, 'resetHotkeys'), []);
-  await button(page, 'Reset hotkeys').click();
-  await button(page, 'Reset now').click();
-  assert.deepEqual(await expectCall(page, 'resetHotkeys'), ['']);
-  await button(page, 'Undo the reset').waitFor();
-  await button(page, 'Reset hotkeys').click();
-  await page.waitForFunction(() => host.calls.filter(([name]) => name === 'resetHotkeys').length === 2);
-  await pages.close(page);
-});
+pageTest(
+  'Reset asks first only when it would change a key',
+  { hotkeys: { autoclicker: 'Num 5' } },
+  async (page) => {
+    await settled(page);
+    const height = () => page.evaluate(() => document.documentElement.scrollHeight);
+    const before = await height();
+    await button(page, 'Reset hotkeys').click();
+    await page.getByText('Back to F6, F9, F8, F7 and F10? Undo then asks for your own keys.').waitFor();
+    assert.equal(await height(), before, 'the question takes no extra space');
+    assert.equal(await focused(page), 'Cancel', 'Cancel has the focus');
+    await picture(page, 'hotkeys-reset');
+    await page.keyboard.press('Escape');
+    await button(page, 'Reset hotkeys').waitFor();
+    assert.equal(await focused(page), 'Reset hotkeys');
+    assert.deepEqual(await callsOf(page, 'resetHotkeys'), []);
+    await button(page, 'Reset hotkeys').click();
+    await button(page, 'Reset now').click();
+    assert.deepEqual(await expectCall(page, 'resetHotkeys'), ['']);
+    await button(page, 'Undo the reset').waitFor();
+    await button(page, 'Reset hotkeys').click();
+    await expectCall(page, 'resetHotkeys', 2);
+  },
+);
 
-test('a reset is undone key by key, as the program takes none that is not pressed', async () => {
-  const page = await pages.open({
-    before: "Object.assign(host.status, { hkAuto: 'Num 5', hkPlay: 'Mouse 4 (Side)' })",
-  });
-  await settled(page);
-  const undo = button(page, 'Undo the reset');
-  assert.equal(await undo.count(), 0, 'nothing to undo before');
-  const height = () => page.evaluate(() => document.documentElement.scrollHeight);
-  const before = await height();
-  await button(page, 'Reset hotkeys').click();
-  await button(page, 'Reset now').click();
-  await page
-    .getByText('The clicker hotkey was Num 5. Undo waits for that key, and for 1 more after that.')
-    .waitFor();
-  assert.equal(await height(), before, 'it takes no further room');
-  await picture(page, 'hotkeys-undo', { fullPage: true });
+pageTest(
+  'undoes a reset key by key, each by a press of the old key',
+  {
+    hotkeys: { autoclicker: 'Num 5', play: 'Mouse 4 (Side)' },
+  },
+  async (page) => {
+    await settled(page);
+    const undo = button(page, 'Undo the reset');
+    assert.equal(await undo.count(), 0, 'nothing to undo before');
+    const height = () => page.evaluate(() => document.documentElement.scrollHeight);
+    const before = await height();
+    await button(page, 'Reset hotkeys').click();
+    await button(page, 'Reset now').click();
+    await page
+      .getByText('The clicker hotkey was Num 5. Undo waits for that key, and for 1 more after that.')
+      .waitFor();
+    assert.equal(await height(), before, 'the offer takes no extra space');
+    await picture(page, 'hotkeys-undo', { fullPage: true });
 
-  await undo.press('Enter');
-  assert.deepEqual(await expectCall(page, 'reassignKey'), ['auto']);
-  const note = rowOf(page, 'Clicker').getByText('It was Num 5: press that to have it back.');
-  await note.waitFor();
-  await change(page, "host.status.reassigning = ''"); // by Esc
-  await undo.press('Enter');
-  await note.waitFor();
-  await change(page, "Object.assign(host.status, { hkAuto: 'Num 5', reassigning: '' })");
-  await page.getByText('The play hotkey was Mouse 4 (Side). Undo waits for that key.').waitFor();
-  assert.deepEqual(await callsOf(page, 'reassignKey'), ['auto', 'auto'], 'a held key is not taken twice');
+    await undo.press('Enter');
+    assert.deepEqual(await expectCall(page, 'reassignKey'), ['auto']);
+    const note = rowOf(page, 'Clicker').getByText('It was Num 5: press that to have it back.');
+    await note.waitFor();
+    await page.host.setStatus({ capture: '' }); // by Esc
+    await undo.press('Enter');
+    await note.waitFor();
+    await page.host.set({ hotkeys: { autoclicker: 'Num 5' }, status: { capture: '' } });
+    await page.getByText('The play hotkey was Mouse 4 (Side). Undo waits for that key.').waitFor();
+    assert.deepEqual(await callsOf(page, 'reassignKey'), ['auto', 'auto'], 'no key is asked for twice');
 
-  await undo.press('Enter');
-  await rowOf(page, 'Play').getByText('It was Mouse 4 (Side): press that to have it back.').waitFor();
-  assert.deepEqual((await callsOf(page, 'reassignKey')).slice(2), ['play']);
-  await change(page, "Object.assign(host.status, { hkPlay: 'Mouse 4 (Side)', reassigning: '' })");
-  await page.getByText('Your own keys take the place of some.').waitFor();
-  assert.equal(await undo.count(), 0);
-  assert.equal(await page.evaluate(() => document.activeElement.innerText.trim()), 'Reset hotkeys');
-  await pages.close(page);
-});
+    await undo.press('Enter');
+    await rowOf(page, 'Play').getByText('It was Mouse 4 (Side): press that to have it back.').waitFor();
+    assert.deepEqual((await callsOf(page, 'reassignKey')).slice(2), ['play']);
+    await page.host.set({ hotkeys: { play: 'Mouse 4 (Side)' }, status: { capture: '' } });
+    await page.getByText('Your own keys take the place of some.').waitFor();
+    assert.equal(await undo.count(), 0);
+    assert.equal(await focused(page), 'Reset hotkeys');
+  },
+);
 
-test('a reset that failed or took nothing has nothing to undo', async () => {
-  const page = await pages.open({ before: "host.failing.resetHotkeys = 'no'; host.status.hkAuto = 'Num 5'" });
-  await settled(page);
-  await button(page, 'Reset hotkeys').click();
-  await button(page, 'Reset now').click();
-  await page.getByText('Varnelle could not reset the hotkeys').waitFor();
-  await settled(page);
-  assert.equal(await button(page, 'Undo the reset').count(), 0);
-  await pages.close(page);
-});
+pageTest(
+  'offers no undo after a failed reset',
+  { failing: { resetHotkeys: 'no' }, hotkeys: { autoclicker: 'Num 5' } },
+  async (page) => {
+    await settled(page);
+    await button(page, 'Reset hotkeys').click();
+    await button(page, 'Reset now').click();
+    await page.getByText('Varnelle could not reset the hotkeys').waitFor();
+    await settled(page);
+    assert.equal(await button(page, 'Undo the reset').count(), 0);
+  },
+);
 
-test('a capture says what counts', async () => {
-  const page = await pages.open();
+pageTest('a capture says which keys and buttons count', {}, async (page) => {
   for (const [name, what, text] of [
     ['play', 'Play', /Any key or mouse button: a click counts too\./],
     ['unlock', 'Lock and unlock', /Any key, or a mouse button but the left\./],
@@ -204,39 +207,40 @@ test('a capture says what counts', async () => {
     await rowOf(page, what).getByText('Esc cancels').waitFor();
     assert.match(await rowOf(page, what).innerText(), text);
     assert.match(await stateText(page), /^Waiting for a key Press the new .* hotkey\. Esc cancels\.$/);
-    await change(page, "host.status.reassigning = ''");
+    await page.host.setStatus({ capture: '' });
     assert.match(await stateText(page), /^Idle/);
   }
-  await pages.close(page);
 });
 
-test('a press shows at once, before the program has answered', async () => {
-  const page = await pages.open({ viewport: { width: 420, height: 560 } });
-  const start = button(page, 'Start clicking');
-  await stopClock(page); // a press that is not answered for long counts as refused
-  await holdAnswers(page);
-  await start.click();
-  assert.equal(await start.getAttribute('aria-busy'), 'true');
-  await start.click();
-  await letGo(page);
-  await page.clock.resume();
-  await button(page, 'Stop clicking').and(page.locator(':not([aria-busy])')).waitFor();
-  assert.equal((await callsOf(page, 'startSpammer')).length, 1, 'pressed twice, started once');
-  await change(page, "host.events = [{ time: 0, desc: 'Autoclicker ON' }]");
-  const play = button(page, 'Play').and(page.locator(':enabled'));
-  await play.waitFor();
-  await stopClock(page);
-  await holdAnswers(page);
-  await play.click();
-  assert.equal(await play.getAttribute('aria-busy'), 'true');
-  await play.click();
-  await letGo(page);
-  await page.clock.resume();
-  await page.getByText('Playing, clicking').waitFor();
-  assert.equal((await callsOf(page, 'startPlayback')).length, 1);
-  // A program that refuses in silence leaves no button waiting.
-  await page.evaluate(() => (host.commands.startKeySpam = () => {}));
-  await button(page, 'Start pressing').click();
-  await page.waitForFunction(() => document.querySelectorAll('[aria-busy]').length === 0);
-  await pages.close(page);
-});
+pageTest(
+  'shows a press at once and ignores a second one until the command returns',
+  { ownContext: true },
+  async (page) => {
+    const start = button(page, 'Start clicking');
+    await stopClock(page); // a press without an answer for long counts as rejected
+    await page.host.holdAnswers();
+    await start.click();
+    assert.equal(await start.getAttribute('aria-busy'), 'true');
+    await start.click();
+    await page.host.releaseAnswers();
+    await page.clock.resume();
+    await button(page, 'Stop clicking').and(page.locator(':not([aria-busy])')).waitFor();
+    assert.equal((await callsOf(page, 'startSpammer')).length, 1, 'two presses start it once');
+    await page.host.setEvents([{ time: 0, desc: 'Autoclicker ON' }]);
+    const play = button(page, 'Play').and(page.locator(':enabled'));
+    await play.waitFor();
+    await stopClock(page);
+    await page.host.holdAnswers();
+    await play.click();
+    assert.equal(await play.getAttribute('aria-busy'), 'true');
+    await play.click();
+    await page.host.releaseAnswers();
+    await page.clock.resume();
+    await page.getByText('Playing, clicking').waitFor();
+    assert.equal((await callsOf(page, 'startPlayback')).length, 1);
+    // A start that the program ignores leaves no button busy.
+    await page.evaluate(() => (host.commands.startKeySpam = () => {}));
+    await button(page, 'Start pressing').click();
+    await page.waitForFunction(() => document.querySelectorAll('[aria-busy]').length === 0);
+  },
+);

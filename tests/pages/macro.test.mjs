@@ -1,50 +1,38 @@
-// What the page tells of a macro: its picture, its facts, what optimising would drop, and its timing.
-import assert from 'node:assert/strict';
-import { after, before, describe, test } from 'node:test';
+// The macro on the page: its picture, its facts, what Optimise would remove, and its timing.
 import {
+  assert,
   button,
   callsOf,
-  change,
+  describe,
+  event,
+  eventRow,
   expectCall,
-  holdAnswers,
   importSource,
-  letGo,
-  Pages,
+  pageTest,
   picture,
   settled,
-} from './browser.mjs';
+  test,
+} from './page_test.mjs';
 
-let pages;
-let data;
-let facts;
-let drawings;
-before(async () => {
-  let path;
-  let strip;
-  [pages, data, facts, path, strip] = await Promise.all([
-    Pages.start(),
-    importSource('panels/event-columns.ts'),
-    importSource('panels/macro-facts.ts'),
-    importSource('panels/path-drawing.ts'),
-    importSource('panels/strip-drawing.ts'),
-  ]);
-  drawings = { ...path, ...strip };
-});
-after(() => pages.stop());
+const [data, facts, path, strips] = await Promise.all(
+  ['event-columns', 'macro-facts', 'path-drawing', 'strip-drawing'].map((name) =>
+    importSource(`panels/${name}.ts`),
+  ),
+);
 
-// Runs sliced work to its end, and counts the slices.
+// Runs sliced work to its end; returns the result and the number of slices.
 function finish(work) {
   for (let slices = 1; ; slices++) {
     const { done, value } = work.next();
     if (done) return { result: value, slices };
   }
 }
-const event = (description, time = 0) => ({ time, description });
-const move = (x, y, time = 0) => event(`Abs Move to X:${x} Y:${y}`, time);
+const entry = (description, time = 0) => ({ time, description });
+const move = (x, y, time = 0) => entry(`Abs Move to X:${x} Y:${y}`, time);
 const columnsOf = (list) => finish(data.readColumns(list)).result;
 const factsOf = (list) => finish(facts.factsOf(columnsOf(list))).result;
 
-// A generator of numbers that are the same in every run.
+// Returns a generator of numbers that are the same in every run.
 function randomFrom(seed) {
   let state = seed >>> 0;
   return (below) => {
@@ -53,27 +41,51 @@ function randomFrom(seed) {
   };
 }
 
-// A small recording: the pointer goes round, clicks, scrolls, types, and leaves two keys held.
-const kTour = `
-  let t = 0, x = 600, y = 400; const list = [];
-  const put = (desc, pause) => { list.push({ time: Number(t.toFixed(6)), desc }); t += pause; };
+// Returns a small recording: the pointer moves around, clicks, scrolls, types, and leaves two keys held.
+function makeTour() {
+  const events = [];
+  let t = 0;
+  let x = 600;
+  let y = 400;
+  const put = (desc, pause) => {
+    events.push(event(Number(t.toFixed(6)), desc));
+    t += pause;
+  };
   for (let k = 0; k < 9; k++) {
-    const toX = 200 + (k * 613) % 1500, toY = 100 + (k * 389) % 850;
+    const toX = 200 + ((k * 613) % 1500);
+    const toY = 100 + ((k * 389) % 850);
     for (let i = 0; i < 40; i++) {
-      const f = i / 39, ease = f * f * (3 - 2 * f);
-      put('Abs Move to X:' + Math.round(x + (toX - x) * ease) + ' Y:' + Math.round(y + (toY - y) * ease + 60 * Math.sin(f * 3.1)), 0.008);
+      const f = i / 39;
+      const ease = f * f * (3 - 2 * f);
+      const atX = Math.round(x + (toX - x) * ease);
+      const atY = Math.round(y + (toY - y) * ease + 60 * Math.sin(f * 3.1));
+      put(`Abs Move to X:${atX} Y:${atY}`, 0.008);
     }
-    x = toX; y = toY;
-    put('Mouse Click at X:' + x + ' Y:' + y, 0.08); put('Mouse Click at X:' + x + ' Y:' + y, 0.1);
+    x = toX;
+    y = toY;
+    put(`Mouse Click at X:${x} Y:${y}`, 0.08);
+    put(`Mouse Click at X:${x} Y:${y}`, 0.1);
     if (k % 3 === 1) for (let i = 0; i < 5; i++) put('Mouse Scroll Delta: -120', 0.06);
-    if (k % 3 === 2) for (const key of [72, 69, 89]) { put('Keyboard VK: ' + key + ' (DOWN)', 0.1); put('Keyboard VK: ' + key + ' (UP)', 0.07); }
+    if (k % 3 !== 2) continue;
+    for (const key of [72, 69, 89]) {
+      put(`Keyboard VK: ${key} (DOWN)`, 0.1);
+      put(`Keyboard VK: ${key} (UP)`, 0.07);
+    }
   }
-  put('Autoclicker ON', 0.3); put('Autoclicker OFF', 0.2);
-  put('Keyboard VK: 160 (DOWN)', 0.2); put('Keyboard VK: 87 (DOWN)', 0.4); put('Abs Move to X:300 Y:300', 0);
-  host.events = list;`;
+  put('Autoclicker ON', 0.3);
+  put('Autoclicker OFF', 0.2);
+  put('Keyboard VK: 160 (DOWN)', 0.2);
+  put('Keyboard VK: 87 (DOWN)', 0.4);
+  put('Abs Move to X:300 Y:300', 0);
+  return events;
+}
+const kTour = { events: makeTour() };
+// Moves within a few pixels.
+const closeMoves = (count) =>
+  Array.from({ length: count }, (_, i) => event(i / 100, `Abs Move to X:${i % 5} Y:0`));
 
 describe('reading', () => {
-  test('every kind of description, and nothing that only looks like one', () => {
+  test('reads every kind of description, and no similar text', () => {
     const nothing = { x: 0, y: 0, virtualKey: 0, on: 0, tool: 0 };
     const rows = [
       ['Abs Move to X:-100 Y:200', 0, { x: -100, y: 200 }],
@@ -92,7 +104,7 @@ describe('reading', () => {
       ['Mouse Scroll Delta: up', 6, {}],
       ['Something new', 6, {}],
     ];
-    const columns = columnsOf(rows.map(([description], i) => event(description, i / 2)));
+    const columns = columnsOf(rows.map(([description], i) => entry(description, i / 2)));
     rows.forEach(([description, kind, fields], i) => {
       const read = Object.keys(nothing).map((name) => [name, columns[name][i]]);
       assert.deepEqual(Object.fromEntries(read), { ...nothing, ...fields }, description);
@@ -101,11 +113,11 @@ describe('reading', () => {
     });
   });
 
-  test('an edit of the page is carried over as if everything were read again', () => {
+  test('an edit on the page gives the same columns as a new read', () => {
     const random = randomFrom(7);
     for (let round = 0; round < 200; round++) {
       const list = Array.from({ length: 1 + random(40) }, (_, i) =>
-        random(2) ? move(random(99), random(99), i) : event(`Keyboard VK: ${random(200)} (UP)`, i),
+        random(2) ? move(random(99), random(99), i) : entry(`Keyboard VK: ${random(200)} (UP)`, i),
       );
       const removed = [];
       const left = list.filter((_, i) => random(4) > 0 || !removed.push(i));
@@ -122,7 +134,7 @@ describe('reading', () => {
   });
 });
 
-// The rule as the guide tells it, on records, with 32-bit numbers of the platform.
+// The rule of the guide, applied to records, with the 32-bit numbers of the platform.
 function plainOptimised(list) {
   const kept = [];
   const isMove = (one) => one.description.startsWith('Abs');
@@ -140,17 +152,17 @@ function plainOptimised(list) {
   return kept;
 }
 
-describe('what optimising would drop', () => {
+describe('the number of moves that Optimise would remove', () => {
   const cases = [
-    ['within ten pixels', [move(0, 0), move(3, 4), move(6, 8), move(100, 100), event('Mouse Click at X:100 Y:100')], 2],
+    ['within ten pixels', [move(0, 0), move(3, 4), move(6, 8), move(100, 100), entry('Mouse Click at X:100 Y:100')], 2],
     ['ten pixels are near', [move(0, 0), move(10, 0), move(50, 0), move(90, 0)], 1],
     ['a little more is not', [move(0, 0), move(10, 1), move(50, 0), move(90, 0)], 0],
-    ['beside another event', [event('Mouse Click at X:0 Y:0'), move(1, 0), move(2, 0), move(3, 0), event('Autoclicker ON')], 1],
+    ['beside another event', [entry('Mouse Click at X:0 Y:0'), move(1, 0), move(2, 0), move(3, 0), entry('Autoclicker ON')], 1],
     ['nothing', [], 0],
     ['one', [move(1, 1)], 0],
     ['two', [move(1, 1), move(1, 1)], 0],
     ['three', [move(1, 1), move(1, 1), move(1, 1)], 1],
-    ['raw moves', Array(4).fill(event('Rel Move dX:0 dY:0')), 0],
+    ['raw moves', Array(4).fill(entry('Rel Move dX:0 dY:0')), 0],
     ['the square wraps to nothing', [move(0, 0), move(65536, 0), move(1, 0)], 1],
     ['the square wraps below nothing', [move(0, 0), move(46341, 0), move(1, 0)], 1],
     ['the square stays', [move(0, 0), move(46340, 0), move(1, 0)], 0],
@@ -163,7 +175,7 @@ describe('what optimising would drop', () => {
     });
   }
 
-  test('random macros, beside the plain form', () => {
+  test('equals the plain rule for random macros', () => {
     const random = randomFrom(20261121);
     const kinds = [
       'Mouse Click at X:5 Y:5',
@@ -175,7 +187,7 @@ describe('what optimising would drop', () => {
     for (let round = 0; round < 3000; round++) {
       const span = [3, 12, 40, 70000, 4294967296][random(5)];
       const list = Array.from({ length: random(30) }, () =>
-        random(6) ? move((random(span) - span / 2) | 0, random(12)) : event(kinds[random(4)]),
+        random(6) ? move((random(span) - span / 2) | 0, random(12)) : entry(kinds[random(4)]),
       );
       const expected = list.length - plainOptimised(list).length;
       assert.equal(factsOf(list).droppedMoves, expected, JSON.stringify(list.map((one) => one.description)));
@@ -186,35 +198,35 @@ describe('what optimising would drop', () => {
 });
 
 describe('facts and drawing', () => {
-  test('counts, length, box, held keys, tools', () => {
+  test('finds counts, length, box, held keys and running tools', () => {
     const read = factsOf([
       move(-5, 10, 0.5),
-      event('Keyboard VK: 65 (DOWN)', 1),
-      event('Keyboard VK: 65 (DOWN)', 1.1),
-      event('Keyboard VK: 66 (DOWN)', 1.2),
-      event('Keyboard VK: 66 (UP)', 1.3),
-      event('Keyboard VK: 67 (UP)', 1.4),
-      event('Mouse Click at X:70 Y:80', 9),
-      event('Mouse Scroll Delta: 120', 3),
-      event('Key Spammer ON', 3.5),
-      event('Autoclicker ON', 3.6),
-      event('Autoclicker OFF', 3.7),
-      event('Rel Move dX:100 dY:-200', 4),
+      entry('Keyboard VK: 65 (DOWN)', 1),
+      entry('Keyboard VK: 65 (DOWN)', 1.1),
+      entry('Keyboard VK: 66 (DOWN)', 1.2),
+      entry('Keyboard VK: 66 (UP)', 1.3),
+      entry('Keyboard VK: 67 (UP)', 1.4),
+      entry('Mouse Click at X:70 Y:80', 9),
+      entry('Mouse Scroll Delta: 120', 3),
+      entry('Key Spammer ON', 3.5),
+      entry('Autoclicker ON', 3.6),
+      entry('Autoclicker OFF', 3.7),
+      entry('Rel Move dX:100 dY:-200', 4),
     ]);
     assert.deepEqual(read.counts, [2, 1, 1, 5, 3]);
-    assert.equal(read.length, 9, 'the latest time, wherever it stands');
+    assert.equal(read.length, 9, 'the latest time, at any index');
     assert.deepEqual(read.box, { left: -5, top: -120, right: 170, bottom: 80 });
     assert.equal(read.hasRawMoves, true);
-    assert.deepEqual(read.heldKeys, [{ virtualKey: 65, index: 1 }], 'held from its first press on');
+    assert.deepEqual(read.heldKeys, [{ virtualKey: 65, index: 1 }], 'held from its first press');
     assert.equal(read.hasUnpairedButtons, true);
     assert.deepEqual(read.toolsOn, [2]);
-    assert.equal(factsOf([event('Autoclicker ON')]).box, null);
+    assert.equal(factsOf([entry('Autoclicker ON')]).box, null);
   });
 
-  test('the path lies where the positions are, and keeps its shape', () => {
+  test('draws the path at the positions, in proportion', () => {
     const size = { width: 200, height: 100, margin: 10 };
-    const list = [move(0, 0), event('Mouse Click at X:100 Y:100'), move(200, 0)];
-    const { result } = finish(drawings.drawPath(columnsOf(list), factsOf(list).box, size));
+    const list = [move(0, 0), entry('Mouse Click at X:100 Y:100'), move(200, 0)];
+    const { result } = finish(path.drawPath(columnsOf(list), factsOf(list).box, size));
     assert.deepEqual(result.frame, { left: 20, top: 10, right: 180, bottom: 90 });
     assert.deepEqual(result.ends, [
       { x: 20, y: 10 },
@@ -225,21 +237,21 @@ describe('facts and drawing', () => {
       assert.ok(result.cells[(10 + step) * 200 + 20 + step] > 0, 'down without a gap');
       assert.ok(result.cells[(90 - step) * 200 + 100 + step] > 0, 'and up');
     }
-    assert.ok(result.cells[10 * 200 + 180] > result.cells[10 * 200 + 20], 'later is told from earlier');
+    assert.ok(result.cells[10 * 200 + 180] > result.cells[10 * 200 + 20], 'later differs from earlier');
     assert.equal(result.cells.filter((late) => late > 0).length, 161, 'and nothing else');
   });
 
-  test('a single place, huge distances and times out of order are drawn', () => {
+  test('draws a single position, huge distances and unordered times', () => {
     const size = { width: 200, height: 100, margin: 10 };
     for (const list of [
       [move(5, 5)],
       [move(-2147483648, -2147483648), move(2147483647, 2147483647)],
-      [move(0, 0, 5), move(9, 9, -3), event('Keyboard VK: 65 (DOWN)', 4), event('Keyboard VK: 65 (UP)', 1)],
+      [move(0, 0, 5), move(9, 9, -3), entry('Keyboard VK: 65 (DOWN)', 4), entry('Keyboard VK: 65 (UP)', 1)],
     ]) {
       const read = factsOf(list);
-      const { result } = finish(drawings.drawPath(columnsOf(list), read.box, size));
+      const { result } = finish(path.drawPath(columnsOf(list), read.box, size));
       assert.ok(result.cells.some((late) => late > 0));
-      const strip = finish(drawings.drawStrip(columnsOf(list), read, 50)).result;
+      const strip = finish(strips.drawStrip(columnsOf(list), read, 50)).result;
       assert.equal(
         strip.marks.reduce((sum, lane) => sum + lane.reduce((a, b) => a + b, 0), 0),
         list.length,
@@ -248,20 +260,20 @@ describe('facts and drawing', () => {
     }
   });
 
-  test('the strip holds every event in its column, and keys and tools while they are on', () => {
+  test('the strip has every event in its column, and keys and tools while they are on', () => {
     const list = [
       move(1, 2, 0),
-      event('Keyboard VK: 65 (DOWN)', 2),
-      event('Keyboard VK: 65 (DOWN)', 2.5),
-      event('Keyboard VK: 65 (UP)', 4),
-      event('Autoclicker ON', 5),
-      event('Mouse Scroll Delta: 120', 6),
-      event('Autoclicker OFF', 7),
-      event('Keyboard VK: 66 (DOWN)', 8),
-      event('Key Spammer ON', 9),
+      entry('Keyboard VK: 65 (DOWN)', 2),
+      entry('Keyboard VK: 65 (DOWN)', 2.5),
+      entry('Keyboard VK: 65 (UP)', 4),
+      entry('Autoclicker ON', 5),
+      entry('Mouse Scroll Delta: 120', 6),
+      entry('Autoclicker OFF', 7),
+      entry('Keyboard VK: 66 (DOWN)', 8),
+      entry('Key Spammer ON', 9),
       move(3, 4, 10),
     ];
-    const strip = finish(drawings.drawStrip(columnsOf(list), factsOf(list), 10)).result;
+    const strip = finish(strips.drawStrip(columnsOf(list), factsOf(list), 10)).result;
     assert.deepEqual([...strip.marks[0]], [1, 0, 0, 0, 0, 0, 0, 0, 0, 1]);
     assert.deepEqual([...strip.marks[2]], [0, 0, 0, 0, 0, 0, 1, 0, 0, 0]);
     assert.deepEqual([...strip.marks[3]], [0, 0, 2, 0, 1, 0, 0, 0, 1, 0]);
@@ -272,7 +284,7 @@ describe('facts and drawing', () => {
     assert.deepEqual([strip.x[5], strip.y[9]], [1, 4]);
   });
 
-  test('a million events: slices of a bounded number of events, whatever they are', () => {
+  test('reads and draws a million events in bounded slices', () => {
     const random = randomFrom(3);
     const list = Array.from({ length: 1_000_000 }, (_, i) => move(random(1920), random(1080), i / 1000));
     const spent = {};
@@ -287,8 +299,8 @@ describe('facts and drawing', () => {
     const columns = measure('read', data.readColumns(list));
     const read = measure('facts', facts.factsOf(columns));
     measure('filter', data.indexesOfGroups(columns, new Set(['moves'])));
-    measure('path', drawings.drawPath(columns, read.box, { width: 740, height: 260, margin: 20 }));
-    measure('strip', drawings.drawStrip(columns, read, 320));
+    measure('path', path.drawPath(columns, read.box, { width: 740, height: 260, margin: 20 }));
+    measure('strip', strips.drawStrip(columns, read, 320));
     console.log(`# ms of processor for a million far jumps: ${JSON.stringify(spent)}`);
   });
 });
@@ -313,8 +325,7 @@ const inkOf = (page, selector) =>
   }, selector);
 
 describe('the panel', () => {
-  test('the picture is there, changes with the macro, and says in words what it shows', async () => {
-    const page = await pages.open({ before: kTour });
+  pageTest('draws the picture, updates it with the macro, and describes it in words', kTour, async (page) => {
     const count = await page.evaluate(() => host.events.length);
     await drawn(page, count);
     const before = [await inkOf(page, '.pointer-path__canvas'), await inkOf(page, '.strip__canvas')];
@@ -328,17 +339,14 @@ describe('the panel', () => {
     await page.locator('#panel-tracker').scrollIntoViewIfNeeded();
     await picture(page, 'macro-tour', { fullPage: true });
 
-    await change(page, 'host.events.splice(100)');
+    await page.evaluate(() => void host.events.splice(100));
     await drawn(page, 100);
     const now = [await inkOf(page, '.pointer-path__canvas'), await inkOf(page, '.strip__canvas')];
     assert.notEqual(now[0], before[0]);
     assert.notEqual(now[1], before[1]);
-    assert.deepEqual(page.faults, []);
-    await pages.close(page);
   });
 
-  test('it is drawn once for a macro, however many polls there are', async () => {
-    const page = await pages.open({ before: kTour });
+  pageTest('draws a macro once, not at every poll', kTour, async (page) => {
     await drawn(page, await page.evaluate(() => host.events.length));
     await page.evaluate(() => {
       window.paints = 0;
@@ -348,47 +356,47 @@ describe('the panel', () => {
         return put.apply(this, args);
       };
     });
-    for (let i = 0; i < 3; i++) await change(page, `host.status.autoClicking = ${i % 2 === 0}`);
+    for (const autoclickerRunning of [true, false, true]) await page.host.setStatus({ autoclickerRunning });
     assert.equal(await page.evaluate(() => window.paints), 0);
-    await pages.close(page);
   });
 
-  test('along the strip: the time under the pointer and the keyboard, and its place in the list', async () => {
-    const page = await pages.open({ before: kTour });
-    await drawn(page, await page.evaluate(() => host.events.length));
-    await strip(page).evaluate((element) => element.scrollIntoView({ block: 'center' }));
-    const box = await strip(page).boundingBox();
-    await page.mouse.move(box.x + box.width / 2, box.y + 20);
-    await page
-      .locator('#picture-hint')
-      .getByText(/^\d+\.\d{3} s: event \d+, /)
-      .waitFor();
-    await page.mouse.click(box.x + box.width * 0.8, box.y + 20);
-    const chosen = page.locator('#events [aria-selected=true]');
-    await chosen.waitFor();
-    const length = await page.evaluate(() => Math.max(...host.events.map((one) => one.time)));
-    const time = Number((await chosen.locator('.event__time').innerText()).trim());
-    assert.ok(Math.abs(time - length * 0.8) < length * 0.05, `${time} of ${length}`);
+  pageTest(
+    'the strip shows the time at the pointer or the keyboard, and selects its event',
+    kTour,
+    async (page) => {
+      await drawn(page, await page.evaluate(() => host.events.length));
+      await strip(page).evaluate((element) => element.scrollIntoView({ block: 'center' }));
+      const box = await strip(page).boundingBox();
+      await page.mouse.move(box.x + box.width / 2, box.y + 20);
+      await page
+        .locator('#picture-hint')
+        .getByText(/^\d+\.\d{3} s: event \d+, /)
+        .waitFor();
+      await page.mouse.click(box.x + box.width * 0.8, box.y + 20);
+      const chosen = page.locator('#events [aria-selected=true]');
+      await chosen.waitFor();
+      const length = await page.evaluate(() => Math.max(...host.events.map((one) => one.time)));
+      const time = Number((await chosen.locator('.event__time').innerText()).trim());
+      assert.ok(Math.abs(time - length * 0.8) < length * 0.05, `${time} of ${length}`);
 
-    await strip(page).focus();
-    await page.keyboard.press('Home');
-    assert.match(await strip(page).getAttribute('aria-valuetext'), /^0\.000 s: event 1, Move to 600, 400$/);
-    await page.keyboard.press('PageUp');
-    const tenth = Number(await strip(page).getAttribute('aria-valuenow'));
-    assert.ok(Math.abs(tenth - length / 10) < length * 0.02, `${tenth}`);
-    await page.keyboard.press('End');
-    assert.equal(Number(await strip(page).getAttribute('aria-valuenow')), Number(length.toFixed(3)));
-    await page.keyboard.press('Enter');
-    await page.waitForFunction(
-      () =>
-        document.querySelector('#events [aria-selected=true]')?.ariaPosInSet === String(host.events.length),
-    );
-    await picture(page, 'macro-strip', { fullPage: true });
-    await pages.close(page);
-  });
+      await strip(page).focus();
+      await page.keyboard.press('Home');
+      assert.match(await strip(page).getAttribute('aria-valuetext'), /^0\.000 s: event 1, Move to 600, 400$/);
+      await page.keyboard.press('PageUp');
+      const tenth = Number(await strip(page).getAttribute('aria-valuenow'));
+      assert.ok(Math.abs(tenth - length / 10) < length * 0.02, `${tenth}`);
+      await page.keyboard.press('End');
+      assert.equal(Number(await strip(page).getAttribute('aria-valuenow')), Number(length.toFixed(3)));
+      await page.keyboard.press('Enter');
+      await page.waitForFunction(
+        () =>
+          document.querySelector('#events [aria-selected=true]')?.ariaPosInSet === String(host.events.length),
+      );
+      await picture(page, 'macro-strip', { fullPage: true });
+    },
+  );
 
-  test('keys that stay held are named, and found in the list', async () => {
-    const page = await pages.open({ before: kTour });
+  pageTest('names the keys that stay held and selects them in the list', kTour, async (page) => {
     const note = page.getByRole('status', { name: 'Left at the end' });
     await note.getByText('Still held at the end: Left Shift and W. Playback releases no key.').waitFor();
     await button(page, 'Buttons 18').click();
@@ -398,114 +406,118 @@ describe('the panel', () => {
     const texts = await page.locator('#events [aria-selected=true] .event__text').allInnerTexts();
     assert.deepEqual(texts, ['Key Left Shift down', 'Key W down']);
 
-    await change(
-      page,
-      "host.events = [{ time: 0, desc: 'Keyboard VK: 65 (DOWN)' }, { time: 1, desc: 'Keyboard VK: 65 (UP)' }]",
-    );
+    await page.host.setEvents([
+      { time: 0, desc: 'Keyboard VK: 65 (DOWN)' },
+      { time: 1, desc: 'Keyboard VK: 65 (UP)' },
+    ]);
     await note.getByText('Every key that goes down comes up again.').waitFor();
-    await change(page, "host.events = [{ time: 0, desc: 'Mouse Click at X:1 Y:1' }]");
+    await page.host.setEvents([{ time: 0, desc: 'Mouse Click at X:1 Y:1' }]);
     await note.getByText('The button events do not pair up: a button may stay pressed.').waitFor();
-    await change(
-      page,
-      `host.events = [{ time: 0, desc: 'Autoclicker ON' }, { time: 0, desc: 'Key Spammer ON' },
-      { time: 1, desc: 'Autoclicker OFF' }]`,
-    );
+    await page.host.setEvents([
+      { time: 0, desc: 'Autoclicker ON' },
+      { time: 0, desc: 'Key Spammer ON' },
+      { time: 1, desc: 'Autoclicker OFF' },
+    ]);
     await note.getByText('Key presser left on: stopped when playback ends.').waitFor();
-    await change(
-      page,
-      `host.events = [65, 66, 67, 68, 69, 70].map((key) => ({ time: 0, desc: 'Keyboard VK: ' + key + ' (DOWN)' }))`,
+    await page.host.setEvents(
+      [65, 66, 67, 68, 69, 70].map((key) => ({ time: 0, desc: 'Keyboard VK: ' + key + ' (DOWN)' })),
     );
     await note.getByText('Still held at the end: A, B, C and 3 more.').waitFor();
-    await pages.close(page);
   });
 
-  test('optimising: what it would drop, and what it dropped', async () => {
-    const page = await pages.open({
-      before: `host.events = Array.from({ length: 1204 }, (_, i) => ({ time: i / 100, desc: 'Abs Move to X:' + i % 5 + ' Y:0' }));
-        host.commands.optimizeMacro = () => void (host.events = [host.events[0], host.events[7], host.events[1203]]);`,
-    });
-    await page.getByText('Drop 1,202 of 1,204 moves, within 10 px of the last one kept.').waitFor();
-    await button(page, 'Optimise').click();
-    assert.deepEqual(await expectCall(page, 'optimizeMacro'), ['']);
-    await page.getByText('Dropped 1,201 moves.').waitFor();
-    await page.getByText('Again: drop 1 of 3 moves').waitFor();
-    await picture(page, 'optimised', { fullPage: true });
-    await change(page, "host.events = [{ time: 0, desc: 'Abs Move to X:1 Y:1' }]");
-    await page.getByText('No move would be dropped.').waitFor();
-    await button(page, 'Optimise').click({ force: true });
-    await settled(page);
-    assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);
-    await pages.close(page);
-  });
+  pageTest(
+    'says how many moves Optimise would remove and has removed',
+    {
+      events: closeMoves(1204),
+      before: () => {
+        host.commands.optimizeMacro = () => host.setEvents([0, 7, 1203].map((index) => host.events[index]));
+      },
+    },
+    async (page) => {
+      await page.getByText('Drop 1,202 of 1,204 moves, within 10 px of the last one kept.').waitFor();
+      await button(page, 'Optimise').click();
+      assert.deepEqual(await expectCall(page, 'optimizeMacro'), ['']);
+      await page.getByText('Dropped 1,201 moves.').waitFor();
+      await page.getByText('Again: drop 1 of 3 moves').waitFor();
+      await picture(page, 'optimised', { fullPage: true });
+      await page.host.setEvents([{ time: 0, desc: 'Abs Move to X:1 Y:1' }]);
+      await page.getByText('No move would be dropped.').waitFor();
+      await button(page, 'Optimise').click({ force: true });
+      await settled(page);
+      assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);
+    },
+  );
 
-  test('what it dropped is told also where an undo is used up by it', async () => {
-    const page = await pages.open({
-      before: `host.events = Array.from({ length: 50 }, (_, i) => ({ time: i, desc: 'Abs Move to X:' + i % 5 + ' Y:0' }));
-        host.status.canUndoContinue = true;
+  pageTest(
+    'says how many moves it removed also when that uses up an undo',
+    {
+      events: closeMoves(50),
+      status: { canUndoContinue: true },
+      before: () => {
         host.commands.optimizeMacro = () => {
-          host.events = [host.events[0], host.events[49]]; host.status.canUndoContinue = false;
-        };`,
-    });
-    await page.getByText('Drop 48 of 50 moves').waitFor();
-    await page.evaluate(() => (host.delay = 40));
-    await button(page, 'Optimise').click();
-    await page.getByText('Dropped 48 moves. No more would be.').waitFor();
-    await pages.close(page);
-  });
+          host.setEvents([host.events[0], host.events[49]]);
+          host.setStatus({ canUndoContinue: false });
+        };
+      },
+    },
+    async (page) => {
+      await page.getByText('Drop 48 of 50 moves').waitFor();
+      await page.host.setAnswerDelay(40);
+      await button(page, 'Optimise').click();
+      await page.getByText('Dropped 48 moves. No more would be.').waitFor();
+    },
+  );
 
-  test('pressed twice, it optimises once', async () => {
-    const page = await pages.open({
-      before: `host.events = Array.from({ length: 50 }, (_, i) => ({ time: i, desc: 'Abs Move to X:' + i % 5 + ' Y:0' }));
-        host.commands.optimizeMacro = () => void host.events.splice(0, 20);`,
-    });
-    await page.getByText('Drop 48 of 50 moves').waitFor();
-    await holdAnswers(page);
-    for (let i = 0; i < 3; i++) await button(page, 'Optimise').click({ force: true });
-    await letGo(page);
-    await page.getByText('Dropped 20 moves.').waitFor();
-    assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);
-    await pages.close(page);
-  });
+  pageTest(
+    'ignores a second Optimise until the command returns',
+    {
+      events: closeMoves(50),
+      before: () => {
+        host.commands.optimizeMacro = () => void host.events.splice(0, 20);
+      },
+    },
+    async (page) => {
+      await page.getByText('Drop 48 of 50 moves').waitFor();
+      await page.host.holdAnswers();
+      for (let i = 0; i < 3; i++) await button(page, 'Optimise').click({ force: true });
+      await page.host.releaseAnswers();
+      await page.getByText('Dropped 20 moves.').waitFor();
+      assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);
+    },
+  );
 
-  test('what a round takes', async () => {
-    const page = await pages.open({
-      before: "host.events = [{ time: 6.2, desc: 'Autoclicker ON' }]; host.settings.tspd = 2",
-    });
+  const kFast = { events: [event(6.2, 'Autoclicker ON')], settings: { macro: { playbackSpeed: 2 } } };
+  pageTest('says how long one round takes, with and without the pause', kFast, async (page) => {
     await page.getByText('One round takes 3.1 s.').waitFor();
     await page.getByLabel('Loop').click();
     await page.getByText('One round takes 3.1 s, with the pause 3.6 s, 1,000 rounds an hour.').waitFor();
-    await pages.close(page);
-    const long = await pages.open({ before: "host.events = [{ time: 3725, desc: 'Autoclicker ON' }]" });
-    await long.getByText('One round takes 1 h 2 min.').waitFor();
+  });
+
+  pageTest('says how long a long round takes', { events: [event(3725, 'Autoclicker ON')] }, async (page) => {
+    await page.getByText('One round takes 1 h 2 min.').waitFor();
     for (const [time, text] of [
       [59.999, '1 min'],
       [83.4, '1 min 23 s'],
       [7199.9, '2 h'],
     ]) {
-      await change(long, `host.events = []`);
-      await change(long, `host.events = [{ time: ${time}, desc: 'Autoclicker ON' }]`);
-      await long.getByText(`One round takes ${text}.`).waitFor();
+      await page.host.setEvents([]);
+      await page.host.setEvents([event(time, 'Autoclicker ON')]);
+      await page.getByText(`One round takes ${text}.`).waitFor();
     }
-    await pages.close(long);
   });
 
-  test('with nothing recorded there is one thing to do', async () => {
-    const page = await pages.open();
+  pageTest('offers to start a recording when there is none', {}, async (page) => {
     await button(page, 'Start a recording').click();
     assert.deepEqual(await expectCall(page, 'startRecording'), ['']);
     await page.getByText('Drawn when the recording ends.').waitFor();
-    await change(
-      page,
-      "host.status.state = 'Idle'; host.events = [{ time: 0, desc: 'Keyboard VK: 65 (UP)' }]",
-    );
+    await page.host.set({ status: { state: 'Idle' }, events: [{ time: 0, desc: 'Keyboard VK: 65 (UP)' }] });
     await page.getByText('No pointer positions in this macro.').waitFor();
-    await change(
-      page,
-      `host.events = [{ time: 0, desc: 'Rel Move dX:30 dY:-40' }, { time: 1, desc: 'Rel Move dX:5 dY:5' }]`,
-    );
+    await page.host.setEvents([
+      { time: 0, desc: 'Rel Move dX:30 dY:-40' },
+      { time: 1, desc: 'Rel Move dX:5 dY:5' },
+    ]);
     await page.getByText('Raw moves added up: X 30 to 35, Y -40 to -35').waitFor();
     await picture(page, 'raw-moves', { fullPage: true });
-    await pages.close(page);
   });
 
   for (const [width, height] of [
@@ -513,29 +525,30 @@ describe('the panel', () => {
     [420, 560],
     [1200, 800],
   ]) {
-    test(`at ${width} by ${height}`, async () => {
-      const page = await pages.open({ before: kTour, viewport: { width, height } });
-      await drawn(page, await page.evaluate(() => host.events.length));
-      await page.locator('#events-3').click();
-      await page.locator('#events-6').click({ modifiers: ['Shift'] });
-      const clipped = await page.evaluate(() =>
-        [
-          ...document.querySelectorAll(
-            '#panel-tracker :is(button, p, .filter__chip span:not(.unseen), .strip span)',
-          ),
-        ]
-          .filter((element) => element.scrollWidth > element.clientWidth + 1 && element.clientWidth > 0)
-          .map((element) => element.innerText),
-      );
-      assert.deepEqual(clipped, [], 'no words are cut off');
-      assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= width);
-      await picture(page, `macro-${width}`, { fullPage: true });
-      await pages.close(page);
-    });
+    pageTest(
+      `cuts off no text at ${width} by ${height}`,
+      { ...kTour, viewport: { width, height } },
+      async (page) => {
+        await drawn(page, await page.evaluate(() => host.events.length));
+        await eventRow(page, 3).click();
+        await eventRow(page, 6).click({ modifiers: ['Shift'] });
+        const clipped = await page.evaluate(() =>
+          [
+            ...document.querySelectorAll(
+              '#panel-tracker :is(button, p, .filter__chip span:not(.unseen), .strip span)',
+            ),
+          ]
+            .filter((element) => element.scrollWidth > element.clientWidth + 1 && element.clientWidth > 0)
+            .map((element) => element.innerText),
+        );
+        assert.deepEqual(clipped, [], 'no text is cut off');
+        assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= width);
+        await picture(page, `macro-${width}`, { fullPage: true });
+      },
+    );
   }
 
-  test('graph parts stand out from their ground by 3 to 1', async () => {
-    const page = await pages.open();
+  pageTest('graph colours have a contrast of 3 to 1', {}, async (page) => {
     const ratios = await page.evaluate(() => {
       const probe = document.createElement('i');
       document.body.append(probe);
@@ -565,6 +578,5 @@ describe('the panel', () => {
       ratios.filter(([, ratio]) => ratio < 3),
       [],
     );
-    await pages.close(page);
   });
 });

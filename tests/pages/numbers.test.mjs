@@ -1,11 +1,17 @@
-// Bad numbers: explained beside the field, never sent.
-import assert from 'node:assert/strict';
-import { after, before, describe, test } from 'node:test';
-import { allCalls, forgetCalls, importSource, Pages, settled } from './browser.mjs';
-
-let pages;
-before(async () => (pages = await Pages.start()));
-after(() => pages.stop());
+// Number fields: invalid entries, steps, and the rate that the settings give.
+import {
+  allCalls,
+  assert,
+  button,
+  describe,
+  forgetCalls,
+  importSource,
+  pageTest,
+  settled,
+  stopClock,
+  test,
+  textBox,
+} from './page_test.mjs';
 
 const kWhole = ['', ' ', 'abc', '1.5', '-1', '5,3', '1e3', '0x10', '--', '99999999999', '5 ms', 'Infinity'];
 const fields = [
@@ -23,60 +29,65 @@ const fields = [
   ['Pause between rounds', [...kWhole, '2147483648']],
 ];
 
-describe('a bad number is not sent', { concurrency: 4 }, () => {
+describe('an invalid number is explained and not sent', { concurrency: 4 }, () => {
   for (const [name, texts] of fields) {
-    test(name, async () => {
-      const page = await pages.open({
-        before: 'Object.assign(host.settings, { rptMode: 0, ksRptMode: 0, tloop: true });',
-      });
-      await settled(page);
-      await forgetCalls(page);
-      const field = page.getByRole('textbox', { name, exact: true });
-      for (const text of texts) {
-        await field.fill(text);
-        await field.press('Enter');
-        assert.equal(await field.getAttribute('aria-invalid'), 'true', `"${text}"`);
-        const id = await field.getAttribute('aria-describedby');
-        const told = page.locator(`#${id}.group__hint--error`);
-        await told.waitFor();
-        assert.match(await told.innerText(), /: .*\.$/, `"${text}" is explained`);
-      }
-      await field.blur();
-      // Longer than the pause after which a typed number counts as meant.
-      await settled(page);
-      await settled(page);
-      assert.deepEqual(await allCalls(page), []);
-      // A step from there begins at what the program holds.
-      await page.getByRole('button', { name: `${name}: more`, exact: true }).click();
-      assert.equal(await field.getAttribute('aria-invalid'), 'false');
-      assert.deepEqual(page.faults, []);
-      await pages.close(page);
-    });
+    pageTest(
+      name,
+      {
+        ownContext: true,
+        settings: { autoclicker: { repeatMode: 0 }, keySpammer: { repeatMode: 0 }, macro: { loop: true } },
+      },
+      async (page) => {
+        await page.clock.install();
+        await settled(page);
+        await forgetCalls(page);
+        const field = textBox(page, name);
+        for (const text of texts) {
+          await field.fill(text);
+          await field.press('Enter');
+          assert.equal(await field.getAttribute('aria-invalid'), 'true', `"${text}"`);
+          const id = await field.getAttribute('aria-describedby');
+          const told = page.locator(`#${id}.group__hint--error`);
+          await told.waitFor();
+          assert.match(await told.innerText(), /: .*\.$/, `"${text}" is explained`);
+        }
+        await field.blur();
+        await page.clock.runFor(1000); // longer than the typing pause after which a number is sent
+        assert.deepEqual(await allCalls(page), []);
+        // A step starts at the value of the program.
+        await button(page, `${name}: more`).click();
+        assert.equal(await field.getAttribute('aria-invalid'), 'false');
+      },
+    );
   }
 });
 
-test('a bad entry that was left gives way to another value, and to a field that is disabled', async () => {
-  const page = await pages.open({ before: "host.profiles.names.push('Farm'); host.settings.rptMode = 0;" });
-  await settled(page);
-  const pause = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
-  await pause.fill('abc');
-  const times = page.getByRole('textbox', { name: 'Number of clicks' });
-  await times.fill('0');
-  await times.blur();
-  assert.equal(await pause.inputValue(), 'abc', 'it stays to be mended');
-  await page.evaluate(() => (host.settings.sms = 40));
-  await page.getByRole('combobox').selectOption('Farm');
-  await page.waitForFunction(
-    () => document.querySelector('[aria-label="Click interval: milliseconds"]').value === '40',
-  );
-  assert.equal(await pause.getAttribute('aria-invalid'), 'false');
-  assert.equal(await times.inputValue(), '0', 'its value is the same');
-  await page.locator('#panel-spammer').getByLabel('Until stopped').click();
-  await page.waitForFunction(() => document.querySelector('[aria-label="Number of clicks"]').value === '10');
-  await pages.close(page);
-});
+pageTest(
+  'replaces an invalid entry when the value changes or the field is disabled',
+  { profiles: { names: ['Default Tracking Profile', 'Farm'] }, settings: { autoclicker: { repeatMode: 0 } } },
+  async (page) => {
+    await settled(page);
+    const pause = textBox(page, 'Click interval: milliseconds');
+    await pause.fill('abc');
+    const times = textBox(page, 'Number of clicks');
+    await times.fill('0');
+    await times.blur();
+    assert.equal(await pause.inputValue(), 'abc', 'the entry stays, so that it can be corrected');
+    await page.evaluate(() => host.setSettings({ autoclicker: { intervalMilliseconds: 40 } }));
+    await page.getByRole('combobox').selectOption('Farm');
+    await page.waitForFunction(
+      () => document.querySelector('[aria-label="Click interval: milliseconds"]').value === '40',
+    );
+    assert.equal(await pause.getAttribute('aria-invalid'), 'false');
+    assert.equal(await times.inputValue(), '0', 'its value is the same');
+    await page.locator('#panel-spammer').getByLabel('Until stopped').click();
+    await page.waitForFunction(
+      () => document.querySelector('[aria-label="Number of clicks"]').value === '10',
+    );
+  },
+);
 
-test('readings', async () => {
+test('reads and steps numbers', async () => {
   const { readNumber, stepped } = await importSource('components/numbers.ts');
   const whole = { name: 'Hours', min: 0, max: 1193, decimals: 0 };
   const speed = { name: 'Speed', min: 0.01, max: 1000, decimals: 2 };
@@ -114,7 +125,7 @@ test('readings', async () => {
   assert.equal(stepped(530, 100, 1, { ...whole, max: 1e9 }), 600);
 });
 
-test('the rate that the settings mean, and what the timer makes of it', async () => {
+test('computes the rate of the settings, and its limit by the timer', async () => {
   const { timeText } = await importSource('format.ts');
   const { intervalLength, rateLimit, rateText } = await importSource('rate.ts');
   const of = (intervalHours, intervalMinutes, intervalSeconds, intervalMilliseconds) => ({
@@ -153,10 +164,9 @@ test('the rate that the settings mean, and what the timer makes of it', async ()
   assert.equal(timeText(3600000), '1 h');
 });
 
-test('the rate stands beside the fields, and says so where the settings ask for too much', async () => {
-  const page = await pages.open();
+pageTest('shows the rate beside the fields, and a limit that the settings exceed', {}, async (page) => {
   const clicker = page.locator('#panel-spammer');
-  const field = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
+  const field = textBox(page, 'Click interval: milliseconds');
   await field.fill('50');
   await clicker.getByText('20 clicks/s', { exact: true }).waitFor();
   await clicker.getByText('The pause after each click.').waitFor();
@@ -166,16 +176,14 @@ test('the rate stands beside the fields, and says so where the settings ask for 
   await page.getByLabel('Double').click();
   await clicker.getByText('Up to 62.5 double clicks/s').waitFor();
   const presser = page.locator('#panel-keyspam');
-  await page.getByRole('textbox', { name: 'Press interval: minutes' }).fill('2');
+  await textBox(page, 'Press interval: minutes').fill('2');
   await presser.getByText('1 key every 2 min 0.005 s').waitFor();
   await page.getByLabel('Together').click();
   await presser.getByText('1 round every 2 min 0.005 s').waitFor();
-  await pages.close(page);
 });
 
-test('Shift and the page keys step ten times as far, the wheel changes nothing', async () => {
-  const page = await pages.open();
-  const field = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
+pageTest('Shift and the page keys step ten times as far, and the wheel changes nothing', {}, async (page) => {
+  const field = textBox(page, 'Click interval: milliseconds');
   for (const [key, value] of [
     ['Shift+ArrowUp', '10'],
     ['PageUp', '20'],
@@ -193,41 +201,43 @@ test('Shift and the page keys step ten times as far, the wheel changes nothing',
   await page.mouse.wheel(0, -360);
   await settled(page);
   assert.equal(await field.inputValue(), '10');
-  const more = page.getByRole('button', { name: 'Click interval: milliseconds: more', exact: true });
+  const more = button(page, 'Click interval: milliseconds: more');
   await more.click({ modifiers: ['Shift'] });
   assert.equal(await field.inputValue(), '20');
-  await pages.close(page);
 });
 
-test('a stepper that is held repeats, and sends the number where it stops', async () => {
-  const page = await pages.open();
-  await forgetCalls(page);
-  const field = page.getByRole('textbox', { name: 'Click interval: milliseconds' });
-  const more = page.getByRole('button', { name: 'Click interval: milliseconds: more', exact: true });
-  await more.hover();
-  await page.mouse.down();
-  await page.waitForFunction(() => document.querySelectorAll('#panel-spammer input')[3].value > 9);
-  await page.mouse.up();
-  await settled(page);
-  const shown = await field.inputValue();
-  const sent = (await page.evaluate(() => host.calls.map(([, text]) => text))).map(
-    (text) => text.split(',')[3],
-  );
-  assert.equal(sent[0], '6', 'the first step at once');
-  assert.equal(sent.at(-1), shown);
-  assert.ok(sent.length <= 3, `not every step: ${sent}`);
-  await settled(page);
-  assert.equal(await field.inputValue(), shown, 'it has ended');
-  // Left while it is pressed, it ends too.
-  await more.hover();
-  await page.mouse.down();
-  await page.mouse.move(5, 5);
-  const left = await field.inputValue();
-  await page.waitForTimeout(600);
-  assert.equal(await field.inputValue(), left);
-  await page.mouse.up();
-  // Pressed without a pointer, as a screen reader does.
-  await more.evaluate((element) => element.click());
-  assert.equal(await field.inputValue(), String(Number(left) + 1));
-  await pages.close(page);
-});
+pageTest(
+  'a held stepper repeats, and sends the number where it stops',
+  { ownContext: true },
+  async (page) => {
+    await forgetCalls(page);
+    const field = textBox(page, 'Click interval: milliseconds');
+    const more = button(page, 'Click interval: milliseconds: more');
+    await more.hover();
+    await page.mouse.down();
+    await page.waitForFunction(() => document.querySelectorAll('#panel-spammer input')[3].value > 9);
+    await page.mouse.up();
+    await settled(page);
+    const shown = await field.inputValue();
+    const sent = (await page.evaluate(() => host.calls.map(([, text]) => text))).map(
+      (text) => text.split(',')[3],
+    );
+    assert.equal(sent[0], '6', 'the first step at once');
+    assert.equal(sent.at(-1), shown);
+    assert.ok(sent.length <= 3, `not every step: ${sent}`);
+    await settled(page);
+    assert.equal(await field.inputValue(), shown, 'it has ended');
+    // A pointer that leaves the held stepper ends it too.
+    await more.hover();
+    await page.mouse.down();
+    await page.mouse.move(5, 5);
+    await stopClock(page);
+    const left = await field.inputValue();
+    await page.clock.runFor(2000);
+    assert.equal(await field.inputValue(), left);
+    await page.mouse.up();
+    // A screen reader presses without a pointer.
+    await more.evaluate((element) => element.click());
+    assert.equal(await field.inputValue(), String(Number(left) + 1));
+  },
+);

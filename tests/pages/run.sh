@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The page tests: the built page in Chromium on a stand-in host: tests/pages/run.sh [FILE...]
+# The page tests: the built page in Chromium on a fake host: tests/pages/run.sh [FILE...]
 # Pictures of every state land in build/pages.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
@@ -7,4 +7,23 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 files=("$@")
 [ ${#files[@]} -gt 0 ] || files=(tests/pages/*.test.mjs)
+
+# One built page and one browser for all files.
+folder=$(mktemp -d)
+node tests/pages/browser_server.mjs "$folder" </dev/null >"$folder/log" 2>&1 9>&- &
+server=$!
+StopServer() {
+    kill "$server" 2>/dev/null || true
+    wait "$server" 2>/dev/null || true
+    rm -rf "$folder"
+}
+trap StopServer EXIT
+until [ -s "$folder/browser" ]; do
+    kill -0 "$server" 2>/dev/null || { cat "$folder/log" >&2; exit 1; }
+    sleep 0.1
+done
+VARNELLE_TEST_PAGE=$folder/index.html
+VARNELLE_TEST_BROWSER=$(cat "$folder/browser")
+export VARNELLE_TEST_PAGE VARNELLE_TEST_BROWSER
+
 RunNodeFiles pages "${files[@]}"

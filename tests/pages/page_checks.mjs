@@ -1,10 +1,10 @@
-// What any state of the page is checked for.
+// Checks for any state of the page.
 import { readFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 
 const axe = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
 
-// What axe finds, one line a kind.
+// Returns the findings of axe, one line for each rule.
 export async function axeFinds(page) {
   await page.evaluate(axe);
   const { violations } = await page.evaluate(() =>
@@ -15,7 +15,26 @@ export async function axeFinds(page) {
   );
 }
 
-// Relative luminance and contrast as WCAG 2 defines them, run in the page: what, its ratio, the least it should have.
+// Returns the texts that have less space than they need.
+export const cutOffTexts = (page) =>
+  page.evaluate(() =>
+    [...document.querySelectorAll('button, .segmented span, .toggle span:last-child, .group__hint, .key-cap')]
+      .filter((element) => element.scrollWidth > element.clientWidth + 1)
+      .map((element) => element.innerText),
+  );
+
+// Returns the number of elements with an animation or a transition.
+export const animatedElements = (page) =>
+  page.evaluate(
+    () =>
+      [...document.querySelectorAll('*')].filter((element) => {
+        const style = getComputedStyle(element);
+        const longest = Math.max(...style.transitionDuration.split(',').map((text) => parseFloat(text)));
+        return longest > 0 || style.animationName !== 'none';
+      }).length,
+  );
+
+// Runs in the page. Returns [element, contrast, least contrast] by the luminance and contrast of WCAG 2.
 export const contrastOf = () => {
   const channels = (text) => text.match(/[\d.]+/g).map(Number);
   const opaque = (text) => (channels(text)[3] ?? 1) > 0.99;
@@ -53,7 +72,7 @@ export const contrastOf = () => {
       check(what, style.color, behind(element), disabled(element) ? 3 : 4.5);
     }
     if (disabled(element)) continue;
-    // What tells a control from its surroundings: its border or its own face.
+    // A control stands out from its surroundings by its border or its own background.
     if (
       element.matches(
         '.button:not(.button--quiet), .number, .segmented, .toggle__track, .list, .targets, select, .filter__chip, .pointer-path, .strip__lanes',
@@ -72,7 +91,7 @@ export const contrastOf = () => {
       check(`${element.getAttribute('class')}`, face, behind(element.parentElement), 3);
     }
   }
-  // The focus ring on everything that it can lie on.
+  // The focus ring on every background.
   const focus = document.createElement('i');
   document.body.append(focus);
   const token = (name) => {
