@@ -164,11 +164,11 @@ const rules = [
     good: ['requestToggleAutoclicker'],
   },
   {
-    find: new RegExp(`(?<![\\w$-])(?:${wireNames})(?![\\w-])`),
+    find: new RegExp(`(?<![\\w$-])(?:${wireNames})(?!":|[\\w-])`),
     write: 'the spelled-out field',
     in: (file) => /^(?:src|ui)\//.test(file) && !wireFiles.test(file),
     bad: ['settings.sms', '`ksRptMode`'],
-    good: ['mss', 'assms'],
+    good: ['mss', 'assms', '{"hkRec":""}'],
   },
 ];
 
