@@ -109,7 +109,7 @@ TEST_F(DoubleSession, CountingKeepsNoRecords) {
     EXPECT_EQ(SimSeenCount(), 2U);
 }
 
-// Hooks: sinks that note what they are told and consume what they are asked to.
+// Hooks: sinks that record their calls and consume what the test asks for.
 
 struct SinkNotes {
     std::vector<KeyHookRecord> keys;

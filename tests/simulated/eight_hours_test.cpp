@@ -78,7 +78,7 @@ TEST_F(EightHours, ClickingACountedNumber) {
     EXPECT_EQ(SimSentCount(), 2U * static_cast<uint64_t>(kSeconds) * 1000U);
 }
 
-// A key every second of the recording, with the clicker running every millisecond beside it.
+// A key every second of the recording, with the autoclicker running every millisecond beside it.
 void RecordKeysEverySecond(std::vector<UnifiedEvent>* macro) {
     autoclickerSettings.intervalMilliseconds = 1;
     RigPage("startRecording");
@@ -183,7 +183,7 @@ TEST_F(EightHours, ReplayingWhatWasRecorded) {
     std::vector<UnifiedEvent> macro;
     RecordKeysEverySecond(&macro);
     autoclickerSettings.intervalMilliseconds =
-        600000;  // the clicker that the macro starts clicks every ten minutes
+        600000;  // the autoclicker that the macro starts clicks every ten minutes
     const uint64_t sentBefore = SimSentCount();
     RigPage("startPlayback");
     SimRunFor(kMilliseconds - 1000);

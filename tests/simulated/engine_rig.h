@@ -1,5 +1,5 @@
-// The shipped engines on the simulated platform: their threads, their wake events and one empty profile, as the master
-// starts them.
+// The shipped engines on the simulated backend: their threads, their wake events and one empty profile, as the main
+// process starts them.
 #pragma once
 
 #include "model/engine_state.h"
@@ -13,7 +13,7 @@
 
 // Starts the engines in a fresh state; on return all threads wait. `hooks` false: the system refuses them.
 void BeginRig(const SimOptions& options = {}, bool hooks = true);
-// Shuts them down as the master does. Empty, or what still waits.
+// Shuts them down as the main process does. Returns an empty string, or what still waits.
 std::string EndRig();
 
 std::vector<UnifiedEvent> RigMacro();

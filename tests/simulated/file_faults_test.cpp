@@ -58,7 +58,7 @@ class FileFaults : public testing::Test {
     }
 
     // Runs `attempt` from a fresh start for every failure that it can meet, each time between `prepare` and `check`.
-    // Gives how many operations `attempt` has when none fails.
+    // Returns the number of operations of `attempt` if none fails.
     int ForEachFailure(const std::function<void()>& prepare, const std::function<void()>& attempt,
                        const std::function<void(const Failure&)>& check) {
         Begin();
@@ -506,8 +506,8 @@ TEST_F(FileFaults, TheSelfCheckTellsWhatItCouldNotTry) {
     EXPECT_EQ(count, 9);
 }
 
-// The master from start to end with each of its file operations failing: it always comes up with its hotkeys, serves
-// its page commands, ends, and the next run has the work if the disk was well when it was last saved.
+// The main process from start to end with each of its file operations failing: it always starts with its hotkeys,
+// serves its page commands, ends, and the next run has the work if the disk was well when it was last saved.
 TEST_F(FileFaults, TheMasterLivesThrough) {
     SetState("Work", 61);
     SaveSession();

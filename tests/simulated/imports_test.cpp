@@ -1,4 +1,4 @@
-// The import flow in a running master: dialogs with scripted answers, what the page is told, what a start finds.
+// The import flow in a running main process: dialogs with scripted answers, notices to the page, files found at start.
 #include "app/main_process.h"
 #include "imports/macro_import.h"
 #include "windows/main_page.h"
@@ -47,7 +47,7 @@ class ImportFlowTest : public ::testing::Test {
         SimSetDataFolderRoot(root_.string());
         SimSetProgramPath((root_ / "program" / "varnelle").string());
     }
-    // A whole life of the master, with `serve` in the middle of it.
+    // Runs a whole life of the main process, with `serve` in the middle.
     void Run(std::function<void()> serve, LaunchOptions options = {}) {
         bool served = false;
         SimOnPageRun([&] {

@@ -1,5 +1,5 @@
-// The master's whole life on the simulated platform: what is there when the page appears, and what is left when it has
-// gone.
+// The whole life of the main process on the simulated backend: what exists when the page appears, and what is left when
+// it has gone.
 #include "app/main_process.h"
 
 #include "app/commands.h"
@@ -19,14 +19,14 @@ namespace {
 constexpr uint32_t kF6 = 117;
 constexpr uint32_t kF8 = 119;
 
-class FrameMasterTest : public ::testing::Test {
+class MainProcessTest : public ::testing::Test {
   protected:
-    FrameMasterTest() {
+    MainProcessTest() {
         std::filesystem::create_directories(root_ / "program" / "ui");
         Begin({});
     }
 
-    ~FrameMasterTest() override {
+    ~MainProcessTest() override {
         SimEnd();
         ResetEngineState();
         SetSessionPath("");
@@ -43,7 +43,7 @@ class FrameMasterTest : public ::testing::Test {
 
     std::string DataFile(const char* name) const { return (root_ / "Varnelle" / name).string(); }
 
-    // Everything that a master takes is given back. One of its two timer periods ends with the process.
+    // The main process releases everything that it claims. One of its two timer periods ends with the process.
     static void ExpectNothingIsLeft() {
         EXPECT_EQ(SimLiveThreads(), 0);
         EXPECT_FALSE(SimHooksInstalled());
@@ -63,7 +63,7 @@ class FrameMasterTest : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(FrameMasterTest, ServesAPageAndEndsInOrder) {
+TEST_F(MainProcessTest, ServesAPageAndEndsInOrder) {
     WriteFile((root_ / "program" / "ui" / "index.html").string(), "<p>page</p>");
     bool served = false;
     SimOnPageRun([&] {
@@ -97,7 +97,7 @@ TEST_F(FrameMasterTest, ServesAPageAndEndsInOrder) {
     ExpectNothingIsLeft();
 }
 
-TEST_F(FrameMasterTest, AFreshStartHasTheDefaultProfile) {
+TEST_F(MainProcessTest, AFreshStartHasTheDefaultProfile) {
     SimOnPageRun([] {
         EXPECT_EQ(SimPageCall("getProfiles", "[]").text,
                   "{\"current\":0,\"names\":[\"Default Tracking Profile\"],\"cap\":-1,"
@@ -108,7 +108,7 @@ TEST_F(FrameMasterTest, AFreshStartHasTheDefaultProfile) {
               std::string::npos);
 }
 
-TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWas) {
+TEST_F(MainProcessTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWas) {
     SimOnPageRun([] {
         SimPageCall("addProfile", "[\"Farm\"]");
         SimPageCall("switchProfile", "[0]");
@@ -131,7 +131,7 @@ TEST_F(FrameMasterTest, ASessionWithoutTheDefaultProfileGainsItAndStaysWhereItWa
     EXPECT_EQ(RunMainProcess({}), 0);
 }
 
-TEST_F(FrameMasterTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
+TEST_F(MainProcessTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
     const std::string program = (root_ / "program").string();
     WriteFile(program + "/session.mcr", "SETTINGS:\nCURRENT:0\nPROFILE:Old\n");
     WriteFile(program + "/theme.txt", "dark");
@@ -150,7 +150,7 @@ TEST_F(FrameMasterTest, OlderFilesAreBroughtInBeforeTheSessionIsRead) {
     EXPECT_EQ(ReadFile(DataFile("theme.txt")), "dark");
 }
 
-TEST_F(FrameMasterTest, SettingsStandBeforeTheFirstThread) {
+TEST_F(MainProcessTest, SettingsStandBeforeTheFirstThread) {
     WriteFile(DataFile("appsettings.txt"),
               "launchOnStartup=1\nhotkeysEnabled=0\nseenWarnings=loop\nwindowX=77\n");
     SimOnPageRun([&] {
@@ -177,7 +177,7 @@ TEST_F(FrameMasterTest, SettingsStandBeforeTheFirstThread) {
     EXPECT_NE(file.find("windowX=77\n"), std::string::npos) << file;
 }
 
-TEST_F(FrameMasterTest, AFreshStartArrangesNoStartWithTheSession) {
+TEST_F(MainProcessTest, AFreshStartArrangesNoStartWithTheSession) {
     SimOnPageRun([this] {
         EXPECT_EQ(SimGetShell().launchAtStartup, std::vector<bool>{false});
         EXPECT_FALSE(std::filesystem::exists(DataFile("appsettings.txt"))) << "nothing was changed";
@@ -188,7 +188,7 @@ TEST_F(FrameMasterTest, AFreshStartArrangesNoStartWithTheSession) {
               std::string::npos);
 }
 
-TEST_F(FrameMasterTest, AMissingPageIsSaidAndTheHotkeysServeOn) {
+TEST_F(MainProcessTest, AMissingPageIsSaidAndTheHotkeysServeOn) {
     SimOnPageRun([&] {
         ASSERT_EQ(SimGetDesktop().messages.size(), 1U);
         EXPECT_EQ(SimGetDesktop().messages[0].title, "UI Error");
@@ -206,7 +206,7 @@ TEST_F(FrameMasterTest, AMissingPageIsSaidAndTheHotkeysServeOn) {
     ExpectNothingIsLeft();
 }
 
-TEST_F(FrameMasterTest, ASecondInstanceOnlyRaisesTheFirst) {
+TEST_F(MainProcessTest, ASecondInstanceOnlyRaisesTheFirst) {
     SimTakeInstanceName("Local\\VarnelleUI_SingleInstance");
     const WindowRef first = SimAddWindow("Varnelle (Plus Version 1.0.0)", 7, 0, 0, 420, 560);
     SimAddWindow("Something else", 8, 0, 0, 800, 600);
@@ -222,14 +222,14 @@ TEST_F(FrameMasterTest, ASecondInstanceOnlyRaisesTheFirst) {
     EXPECT_FALSE(std::filesystem::exists(root_ / "Varnelle"));
 }
 
-TEST_F(FrameMasterTest, ASecondInstanceWithoutAWindowToRaiseJustEnds) {
+TEST_F(MainProcessTest, ASecondInstanceWithoutAWindowToRaiseJustEnds) {
     SimTakeInstanceName("Local\\VarnelleUI_SingleInstance");
     EXPECT_EQ(RunMainProcess({}), 0);
     EXPECT_EQ(SimGetPage().created, 0);
     EXPECT_FALSE(SimOwnsInstanceName("Local\\VarnelleUI_SingleInstance"));
 }
 
-TEST_F(FrameMasterTest, WithoutAWebViewItSaysSoSavesAndEnds) {
+TEST_F(MainProcessTest, WithoutAWebViewItSaysSoSavesAndEnds) {
     // A seed an order in which the threads get to run: some have hardly begun when the end comes.
     for (uint64_t seed = 1; seed <= 40; ++seed) {
         SCOPED_TRACE(seed);
@@ -246,14 +246,14 @@ TEST_F(FrameMasterTest, WithoutAWebViewItSaysSoSavesAndEnds) {
     }
 }
 
-TEST_F(FrameMasterTest, RefusedHooksDoNotKeepItFromEnding) {
+TEST_F(MainProcessTest, RefusedHooksDoNotKeepItFromEnding) {
     SimRefuseHooks(true);
     SimOnPageRun([] { SimRunFor(1000); });
     EXPECT_EQ(RunMainProcess({}), 0);
     ExpectNothingIsLeft();
 }
 
-TEST_F(FrameMasterTest, EndsWithinASecondWhateverRuns) {
+TEST_F(MainProcessTest, EndsWithinASecondWhateverRuns) {
     for (uint64_t seed = 1; seed <= 20; ++seed) {
         SCOPED_TRACE(seed);
         Begin({.seed = seed});
@@ -297,7 +297,7 @@ TEST_F(FrameMasterTest, EndsWithinASecondWhateverRuns) {
     }
 }
 
-TEST_F(FrameMasterTest, ARequestToEndFromOutsideIsAClosedWindow) {
+TEST_F(MainProcessTest, ARequestToEndFromOutsideIsAClosedWindow) {
     double asked = 0;
     SimOnPageRun([&] {
         SimPageCall("updateSpammer", "[0,0,0,88,0,0,1,10,0]");
@@ -310,8 +310,8 @@ TEST_F(FrameMasterTest, ARequestToEndFromOutsideIsAClosedWindow) {
     SimRequestEnd();  // nobody listens any more
 }
 
-TEST_F(FrameMasterTest, ARequestToEndBeforeTheMainLoopIsNotLost) {
-    // Saying that the page is missing is a moment in which a person may well lose patience.
+TEST_F(MainProcessTest, ARequestToEndBeforeTheMainLoopIsNotLost) {
+    // The user may close the program while it shows the message about the missing page.
     bool served = false;
     SimOnPageRun([&] { served = true; });
     SimGetDesktop().onMessage = [] { SimRequestEnd(); };
@@ -320,7 +320,7 @@ TEST_F(FrameMasterTest, ARequestToEndBeforeTheMainLoopIsNotLost) {
     ExpectNothingIsLeft();
 }
 
-TEST_F(FrameMasterTest, ACrashSavesTheSession) {
+TEST_F(MainProcessTest, ACrashSavesTheSession) {
     SimOnPageRun([&] {
         SimPageCall("addProfile", "[\"Before the crash\"]");
         EXPECT_FALSE(std::filesystem::exists(DataFile("session.dat")));
@@ -330,7 +330,7 @@ TEST_F(FrameMasterTest, ACrashSavesTheSession) {
     EXPECT_EQ(RunMainProcess({}), 0);
 }
 
-TEST_F(FrameMasterTest, AutosaveNeedsNoShutdown) {
+TEST_F(MainProcessTest, AutosaveNeedsNoShutdown) {
     SimOnPageRun([&] {
         SimPageCall("addProfile", "[\"Kept\"]");
         SimRunFor(4900);
@@ -341,7 +341,7 @@ TEST_F(FrameMasterTest, AutosaveNeedsNoShutdown) {
     EXPECT_EQ(RunMainProcess({}), 0);
 }
 
-TEST_F(FrameMasterTest, AMalformedNumberRejectsItsCallAndNothingElse) {
+TEST_F(MainProcessTest, AMalformedNumberRejectsItsCallAndNothingElse) {
     SimOnPageRun([] {
         EXPECT_FALSE(SimPageCall("updateSpammer", "[1,x,0,0,0,0,0,0,0]").resolved);
         EXPECT_EQ(autoclickerSettings.intervalHours, 1);
@@ -352,7 +352,7 @@ TEST_F(FrameMasterTest, AMalformedNumberRejectsItsCallAndNothingElse) {
     EXPECT_EQ(RunMainProcess({}), 0);
 }
 
-TEST_F(FrameMasterTest, ScriptsReachThePageWhileItLives) {
+TEST_F(MainProcessTest, ScriptsReachThePageWhileItLives) {
     PageEval("before()");
     SimOnPageRun([] {
         PageEval("first()");
@@ -364,7 +364,7 @@ TEST_F(FrameMasterTest, ScriptsReachThePageWhileItLives) {
     EXPECT_EQ(SimGetPage().evals, (std::vector<std::string>{"first()", "second()"}));
 }
 
-TEST_F(FrameMasterTest, TheNextStartFindsEverything) {
+TEST_F(MainProcessTest, TheNextStartFindsEverything) {
     SimOnPageRun([] {
         SimSettle();
         SimPageCall("updateSpammer", "[1,2,3,4,1,1,0,7,0]");

@@ -1,4 +1,4 @@
-// The master's window on the simulated desktop: fitting it to its page, and where it stands from start to start.
+// The main window on the simulated desktop: fitting it to its page, and its position from start to start.
 #include "windows/main_window.h"
 
 #include "app/main_process.h"

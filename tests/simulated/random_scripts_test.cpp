@@ -235,7 +235,7 @@ std::vector<Profile> ReadStore(int32_t* current) {
     return macroState.profiles;
 }
 
-// Equal but for the stored settings; a time that is not a number equals itself here.
+// Equal except the stored settings; a time that is not a number equals itself here.
 bool SameMacros(const std::vector<Profile>& left, const std::vector<Profile>& right) {
     if (left.size() != right.size()) {
         return false;
@@ -309,14 +309,14 @@ void CheckWait(const Situation& before, const Situation& after, size_t sentBefor
     const bool toolsPlayed = played && run.toolEventsSeen;
     Check(after.autoClicking == before.autoClicking ||
               (after.autoClicking ? toolsPlayed : played || autoclickerSettings.repeatMode == 0),
-          "a wait changed the clicker");
+          "a wait changed the autoclicker");
     Check(after.keySpamming == before.keySpamming ||
               (after.keySpamming ? toolsPlayed
                                  : played || keySpammerSettings.repeatMode == 0 || before.targets.empty()),
           "a wait changed the key spammer");
     if (!Works(before)) {
         const std::vector<InputRecord> sent = SentSince(sentBefore);
-        // A double click that was under way when the clicker stopped is finished.
+        // A double click that was running when the autoclicker stopped is finished.
         const bool finishing = SimTicks() - run.lastAutoOnTicks < 500'000 && sent.size() == 2;
         std::string texts;
         for (const InputRecord& record : sent) {
@@ -368,7 +368,7 @@ void CheckUndo(const Step& step, const PassOutcome& expected, bool couldUndo,
     Check(SameMacros({Profile{"", "", after}}, {Profile{"", "", wanted}}), "the undo gave another macro");
 }
 
-// What the step asks of the dispatcher, and whether the person's input may be seen.
+// The requests of the step, and whether the user's input may be seen.
 uint32_t ExpectRequests(const Step& step, HookVerdict* verdict, const Situation& before) {
     switch (step.kind) {
     case StepKind::Requests:
@@ -472,7 +472,7 @@ void TakeStep(const Step& step) {
     } else if ((before.recording || after.recording) &&
                (requests & (kUndoContinue | kToggleRecord)) != (kUndoContinue | kToggleRecord)) {
         // A recording that ends early in the pass may be undone later in it.
-        Check(Timeless(macroAfter) == run.recorder.events, "the macro is not what the person did");
+        Check(Timeless(macroAfter) == run.recorder.events, "the macro is not what the user did");
     }
     run.trace.push_back("# " + TimeText(SimTicks()) + (after.recording ? " recording" : "") +
                         (after.playing ? " playing" : "") + (after.autoClicking ? " autoClicking" : "") +

@@ -27,39 +27,39 @@ using Words = std::vector<std::string>;
 
 const std::map<std::string, Relaxed<int32_t>*>& IntSettings() {
     static const std::map<std::string, Relaxed<int32_t>*> settings = {
-        {"sh", &autoclickerSettings.intervalHours},
-        {"sm", &autoclickerSettings.intervalMinutes},
-        {"ss", &autoclickerSettings.intervalSeconds},
-        {"sms", &autoclickerSettings.intervalMilliseconds},
-        {"sbtn", &autoclickerSettings.button},
-        {"stype", &autoclickerSettings.doubleClick},
-        {"rptMode", &autoclickerSettings.repeatMode},
-        {"rptTimes", &autoclickerSettings.repeatCount},
-        {"locMode", &autoclickerSettings.locationMode},
-        {"fixedX", &autoclickerSettings.fixedX},
-        {"fixedY", &autoclickerSettings.fixedY},
-        {"ksh", &keySpammerSettings.intervalHours},
-        {"ksm", &keySpammerSettings.intervalMinutes},
-        {"kss", &keySpammerSettings.intervalSeconds},
-        {"ksms", &keySpammerSettings.intervalMilliseconds},
-        {"ksRptMode", &keySpammerSettings.repeatMode},
-        {"ksRptTimes", &keySpammerSettings.repeatCount},
-        {"tloopMs", &macroSettings.loopPauseMilliseconds},
+        {"autoclicker.intervalHours", &autoclickerSettings.intervalHours},
+        {"autoclicker.intervalMinutes", &autoclickerSettings.intervalMinutes},
+        {"autoclicker.intervalSeconds", &autoclickerSettings.intervalSeconds},
+        {"autoclicker.intervalMilliseconds", &autoclickerSettings.intervalMilliseconds},
+        {"autoclicker.button", &autoclickerSettings.button},
+        {"autoclicker.doubleClick", &autoclickerSettings.doubleClick},
+        {"autoclicker.repeatMode", &autoclickerSettings.repeatMode},
+        {"autoclicker.repeatCount", &autoclickerSettings.repeatCount},
+        {"autoclicker.locationMode", &autoclickerSettings.locationMode},
+        {"autoclicker.fixedX", &autoclickerSettings.fixedX},
+        {"autoclicker.fixedY", &autoclickerSettings.fixedY},
+        {"keySpammer.intervalHours", &keySpammerSettings.intervalHours},
+        {"keySpammer.intervalMinutes", &keySpammerSettings.intervalMinutes},
+        {"keySpammer.intervalSeconds", &keySpammerSettings.intervalSeconds},
+        {"keySpammer.intervalMilliseconds", &keySpammerSettings.intervalMilliseconds},
+        {"keySpammer.repeatMode", &keySpammerSettings.repeatMode},
+        {"keySpammer.repeatCount", &keySpammerSettings.repeatCount},
+        {"macro.loopPauseMilliseconds", &macroSettings.loopPauseMilliseconds},
     };
     return settings;
 }
 
 const std::map<std::string, Relaxed<bool>*>& BoolSettings() {
     static const std::map<std::string, Relaxed<bool>*> settings = {
-        {"chord", &keySpammerSettings.chord},
-        {"tmv", &macroSettings.recordMoves},
-        {"tclk", &macroSettings.recordButtons},
-        {"tscr", &macroSettings.recordWheel},
-        {"tkey", &macroSettings.recordKeys},
-        {"trel", &macroSettings.recordRawMoves},
-        {"tloop", &macroSettings.loop},
-        {"holdAuto", &hotkeyTable.holdAutoclicker},
-        {"holdKeySpam", &hotkeyTable.holdKeySpammer},
+        {"keySpammer.chord", &keySpammerSettings.chord},
+        {"macro.recordMoves", &macroSettings.recordMoves},
+        {"macro.recordButtons", &macroSettings.recordButtons},
+        {"macro.recordWheel", &macroSettings.recordWheel},
+        {"macro.recordKeys", &macroSettings.recordKeys},
+        {"macro.recordRawMoves", &macroSettings.recordRawMoves},
+        {"macro.loop", &macroSettings.loop},
+        {"holdAutoclicker", &hotkeyTable.holdAutoclicker},
+        {"holdKeySpammer", &hotkeyTable.holdKeySpammer},
     };
     return settings;
 }
@@ -75,20 +75,20 @@ const std::map<std::string, std::atomic<bool>*>& Flags() {
         {"autoClicking", &engineState.autoClicking},
         {"keySpamming", &engineState.keySpamming},
         {"pickingLocation", &engineState.pickingLocation},
-        {"reqToggleRecord", &engineState.requestToggleRecord},
-        {"reqStartRecord", &engineState.requestStartRecord},
-        {"reqStopRecord", &engineState.requestStopRecord},
-        {"reqContinueRecord", &engineState.requestContinueRecord},
-        {"reqUndoContinue", &engineState.requestUndoContinue},
-        {"reqTogglePlay", &engineState.requestTogglePlay},
-        {"reqStartPlay", &engineState.requestStartPlay},
-        {"reqStopPlay", &engineState.requestStopPlay},
-        {"reqToggleAuto", &engineState.requestToggleAutoclicker},
-        {"reqStartAuto", &engineState.requestStartAutoclicker},
-        {"reqStopAuto", &engineState.requestStopAutoclicker},
-        {"reqToggleKeySpam", &engineState.requestToggleKeySpammer},
-        {"reqStartKeySpam", &engineState.requestStartKeySpammer},
-        {"reqStopKeySpam", &engineState.requestStopKeySpammer},
+        {"requestToggleRecord", &engineState.requestToggleRecord},
+        {"requestStartRecord", &engineState.requestStartRecord},
+        {"requestStopRecord", &engineState.requestStopRecord},
+        {"requestContinueRecord", &engineState.requestContinueRecord},
+        {"requestUndoContinue", &engineState.requestUndoContinue},
+        {"requestTogglePlay", &engineState.requestTogglePlay},
+        {"requestStartPlay", &engineState.requestStartPlay},
+        {"requestStopPlay", &engineState.requestStopPlay},
+        {"requestToggleAutoclicker", &engineState.requestToggleAutoclicker},
+        {"requestStartAutoclicker", &engineState.requestStartAutoclicker},
+        {"requestStopAutoclicker", &engineState.requestStopAutoclicker},
+        {"requestToggleKeySpammer", &engineState.requestToggleKeySpammer},
+        {"requestStartKeySpammer", &engineState.requestStartKeySpammer},
+        {"requestStopKeySpammer", &engineState.requestStopKeySpammer},
     };
     return flags;
 }
@@ -206,7 +206,7 @@ bool StepSet(const Words& words) {
         HookInterestChanged();
         return true;
     }
-    if (name == "tspd") {
+    if (name == "macro.playbackSpeed") {
         macroSettings.playbackSpeed = std::stof(value);
         return true;
     }

@@ -1,4 +1,4 @@
-// Scripts: what a person does and the program is asked, line by line, and below the line `expect` what comes of it.
+// Scripts: what the user does and the program is asked, line by line, and after the line `expect` the result.
 // tests/simulated/scripts/README.md lists the words.
 #pragma once
 
