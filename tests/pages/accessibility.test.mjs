@@ -122,7 +122,7 @@ pageTest(
         'Play',
       ],
       ...['Optimise', 'Playback speed', 'Loop', 'Moves', 'Buttons', 'Wheel', 'Keys', 'Raw moves', 'Events'],
-      ...['Reset hotkeys', 'Change the clicker hotkey', 'Change the unlock hotkey'],
+      ...['Reset hotkeys', 'Change the autoclicker hotkey', 'Change the unlock hotkey'],
     ]) {
       assert.ok(reached.includes(name), `${name} in ${reached.join(', ')}`);
     }

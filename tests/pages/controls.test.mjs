@@ -46,7 +46,7 @@ const rows = [
   ['click count', (p) => panel(p, 'spammer').getByLabel('Count').click(), 'updateSpammer', '0,0,0,5,0,0,0,10,0'],
   ['click until stopped', (p) => panel(p, 'spammer').getByLabel('Until stopped').click(), 'updateSpammer', '0,0,0,5,0,0,1,10,0', autoclicker({ repeatMode: 0 })],
   ['number of clicks', (p) => fill(p, 'Number of clicks', '3'), 'updateSpammer', '0,0,0,5,0,0,0,3,0', autoclicker({ repeatMode: 0 })],
-  ['fixed place', (p) => p.getByLabel('Fixed', { exact: true }).click(), 'updateSpammer', '0,0,0,5,0,0,1,10,1'],
+  ['fixed location', (p) => p.getByLabel('Fixed', { exact: true }).click(), 'updateSpammer', '0,0,0,5,0,0,1,10,1'],
   ['at pointer', (p) => p.getByLabel('At pointer').click(), 'updateSpammer', '0,0,0,5,0,0,1,10,0', autoclicker({ locationMode: 1 })],
   ['pick location', (p) => button(p, 'Pick location').click(), 'pickLocation', ''],
   ['hold to click', (p) => panel(p, 'spammer').getByLabel('Hold to run').click(), 'setHoldMode', 'auto,1'],
@@ -86,8 +86,8 @@ const rows = [
   ['loop pause', (p) => fill(p, 'Pause between rounds', '0'), 'updateTracker', 'true,true,true,true,false,1,true,0', { settings: { macro: { loop: true } } }],
 
   ['switch profile', (p) => p.getByRole('combobox').selectOption('Farm'), 'switchProfile', '1', twoProfiles()],
-  ['change clicker hotkey', (p) => button(p, 'Change the clicker hotkey').click(), 'reassignKey', 'auto'],
-  ['change key presser hotkey', (p) => button(p, 'Change the key presser hotkey').click(), 'reassignKey', 'keyspamhotkey'],
+  ['change autoclicker hotkey', (p) => button(p, 'Change the autoclicker hotkey').click(), 'reassignKey', 'auto'],
+  ['change key spammer hotkey', (p) => button(p, 'Change the key spammer hotkey').click(), 'reassignKey', 'keyspamhotkey'],
   ['change record hotkey', (p) => button(p, 'Change the record hotkey').click(), 'reassignKey', 'rec'],
   ['change play hotkey', (p) => button(p, 'Change the play hotkey').click(), 'reassignKey', 'play'],
   ['change unlock hotkey', (p) => button(p, 'Change the unlock hotkey').click(), 'reassignKey', 'unlock'],
@@ -172,7 +172,7 @@ pageTest(
       ...['Loop', 'Raw moves'],
       ...['Hotkeys on', 'Hotkey lock'],
     ]);
-    assert.ok(await page.getByText('Fixed place: X -640, Y 360').isVisible());
+    assert.ok(await page.getByText('Fixed location: X -640, Y 360').isVisible());
   },
 );
 
@@ -259,7 +259,7 @@ pageTest('explains a profile name that the program would change, and does not se
   }
   assert.deepEqual(await callsOf(page, 'addProfile'), []);
   await name.fill('Default Tracking Profile');
-  assert.ok(await page.getByText('There is a profile of this name already.').isVisible());
+  assert.ok(await page.getByText('Another profile has this name.').isVisible());
   await name.fill('F\u00e4rm\t\u7530');
   assert.equal(await name.inputValue(), 'F\u00e4rm \u7530', 'a tab becomes a space');
   await name.press('Enter');
@@ -357,7 +357,7 @@ pageTest(
   'disables the profile buttons during a recording',
   { status: { state: 'Recording' } },
   async (page) => {
-    await page.getByText('The profile stays as it is while a recording runs.').waitFor();
+    await page.getByText('Profiles cannot be changed during a recording.').waitFor();
     for (const name of ['New profile', 'Clear profile', 'Delete profile', 'Continue', 'Play', 'Optimise']) {
       assert.ok(await button(page, name).isDisabled(), name);
     }
@@ -369,7 +369,7 @@ pageTest('closes a question about the profile when a recording starts', kMacro, 
   await button(page, 'Clear profile').click();
   await button(page, 'Clear now').waitFor();
   await page.host.setStatus({ state: 'Recording' });
-  await page.getByText('The profile stays as it is while a recording runs.').waitFor();
+  await page.getByText('Profiles cannot be changed during a recording.').waitFor();
   await page.host.setStatus({ state: 'Idle' });
   assert.equal(await button(page, 'Clear now').count(), 0);
   assert.deepEqual(await callsOf(page, 'clearProfile'), []);
@@ -430,18 +430,18 @@ pageTest(
   'explains the chosen location',
   { settings: { autoclicker: { fixedX: 7, fixedY: 8 } } },
   async (page) => {
-    await page.getByText('Clicks this window too: start it with its hotkey.').waitFor();
+    await page.getByText('Clicks in this window too, so start it by hotkey.').waitFor();
     await page.getByLabel('Fixed', { exact: true }).click();
-    await page.getByText('Fixed place: X 7, Y 8').waitFor();
+    await page.getByText('Fixed location: X 7, Y 8').waitFor();
   },
 );
 
 pageTest('a pick ends with a new location or with a press on the page', {}, async (page) => {
-  const waiting = page.getByText('Click the place. Right-click cancels.');
+  const waiting = page.getByText('Click the location. Right-click cancels.');
   await button(page, 'Pick location').click();
   await waiting.waitFor();
   await page.evaluate(() => host.setSettings({ autoclicker: { locationMode: 1, fixedX: 640, fixedY: 360 } }));
-  await page.getByText('Fixed place: X 640, Y 360').waitFor();
+  await page.getByText('Fixed location: X 640, Y 360').waitFor();
   assert.ok(await page.getByLabel('Fixed', { exact: true }).isChecked());
 
   await button(page, 'Pick location').click();

@@ -123,7 +123,7 @@ pageTest('does not fetch a large macro again after one edit', { manyEvents: 200_
 });
 
 pageTest('retimes the selected event in seconds, to the microsecond', kThree, async (page) => {
-  const time = textBox(page, 'Time of the event');
+  const time = textBox(page, 'Event time');
   assert.ok(await time.isDisabled());
   await eventRow(page, 1).click();
   assert.equal(await time.inputValue(), '1.5');
@@ -161,7 +161,7 @@ pageTest('deletes by button and key, and keeps the position of the selection', k
   assert.equal(await eventRow(page, 0).getAttribute('aria-selected'), 'true');
   await list(page).press('Delete');
   await settled(page);
-  assert.ok(await page.getByText('What you record is listed here').isVisible());
+  assert.ok(await page.getByText('Recorded events appear here').isVisible());
   assert.ok(await button(page, 'Delete event').isDisabled());
 });
 
@@ -176,7 +176,7 @@ pageTest('shows the list of the program again after a rejected edit', kThree, as
 pageTest('shows the events of a recording when it has ended', kThree, async (page) => {
   await page.host.set({ status: { state: 'Recording' }, events: [] });
   assert.equal(await page.locator('#events').getByRole('option').count(), 0);
-  assert.ok(await page.getByText('The events are shown when the recording ends.').isVisible());
+  assert.ok(await page.getByText('Events appear when the recording ends.').isVisible());
   assert.deepEqual(
     await page.locator('.filter__count').allInnerTexts(),
     Array(5).fill('\u2013'),
@@ -229,7 +229,7 @@ pageTest('the filter shows the chosen kinds with their counts', kMixed, async (p
   await list(page).press('Delete');
   assert.deepEqual(await expectCall(page, 'deleteEvent'), ['6']);
   await chip(page, 'Keys').click();
-  await page.getByText('The filter leaves no event.').waitFor();
+  await page.getByText('No events match the filter.').waitFor();
   await button(page, 'Show all').click();
   await eventRow(page, 7).waitFor();
   assert.equal(await eventRow(page, 7).getAttribute('aria-setsize'), '11');
@@ -276,7 +276,7 @@ pageTest(
     await page.getByText('7 of 7 events selected.').waitFor();
     await page.keyboard.press('Home');
     await page.keyboard.press('Enter');
-    assert.equal(await focused(page), 'Time of the event');
+    assert.equal(await focused(page), 'Event time');
   },
 );
 
@@ -353,7 +353,7 @@ pageTest('asks before it deletes many events, with the focus on Cancel', kMixed,
   assert.deepEqual(await callsOf(page, 'deleteEvent'), []);
   await list(page).press('Delete');
   await dialog.getByRole('button', { name: 'Delete 12 events' }).click();
-  await page.getByText('What you record is listed here').waitFor();
+  await page.getByText('Recorded events appear here').waitFor();
   assert.deepEqual(
     await callsOf(page, 'deleteEvent'),
     Array.from({ length: 12 }, (_, i) => String(11 - i)),
@@ -363,9 +363,9 @@ pageTest('asks before it deletes many events, with the focus on Cancel', kMixed,
 pageTest('shifts the selected events, one call each', kMixed, async (page) => {
   await eventRow(page, 1).click();
   await eventRow(page, 3).click({ modifiers: ['Shift'] });
-  const amount = textBox(page, 'Shift the times by');
+  const amount = textBox(page, 'Shift times by');
   await amount.fill('-2');
-  await page.getByText('Shift: the earliest is at 1 s, and none goes below 0.').waitFor();
+  await page.getByText('Enter -1 or more: no time can be below 0.').waitFor();
   assert.ok(await button(page, 'Shift').isDisabled());
   await amount.fill('-0.2500004');
   await amount.press('Enter');
@@ -381,8 +381,8 @@ pageTest('shifts the selected events, one call each', kMixed, async (page) => {
 pageTest('runs either a shift or a delete until the commands return', kMixed, async (page) => {
   await eventRow(page, 1).click();
   await eventRow(page, 2).click({ modifiers: ['Shift'] });
-  await textBox(page, 'Shift the times by').fill('2');
-  await textBox(page, 'Shift the times by').press('Enter');
+  await textBox(page, 'Shift times by').fill('2');
+  await textBox(page, 'Shift times by').press('Enter');
   await page.host.holdAnswers();
   for (let i = 0; i < 2; i++) await button(page, 'Shift').click();
   await list(page).press('Delete');
@@ -438,7 +438,7 @@ pageTest('a long batch shows its progress and can be cancelled', kThousand, asyn
   await picture(page, 'events-progress', { fullPage: true });
   await button(page, 'Cancel').click();
   await page.host.releaseAnswers();
-  await page.getByText(/^Deleted \d+ of 1,000 events, then cancelled\.$/).waitFor();
+  await page.getByText(/^Cancelled\. Deleted \d+ of 1,000 events\.$/).waitFor();
   const sent = (await callsOf(page, 'deleteEvent')).length;
   assert.ok(sent > 0 && sent < 1000, `${sent} sent`);
   await settled(page);
@@ -459,8 +459,8 @@ pageTest('stops a batch when the macro changes', kThousand, async (page) => {
     host.setState({ status: { state: 'Recording' }, events: [] });
   });
   await page.host.releaseAnswers();
-  await page.getByText('The events are shown when the recording ends.').waitFor();
-  await page.getByText(/^The macro changed meanwhile\. Deleted \d+ of 1,000 events\.$/).waitFor();
+  await page.getByText('Events appear when the recording ends.').waitFor();
+  await page.getByText(/^The macro has changed\. Deleted \d+ of 1,000 events\.$/).waitFor();
   const sent = (await callsOf(page, 'deleteEvent')).length;
   await settled(page);
   assert.equal((await callsOf(page, 'deleteEvent')).length, sent);
@@ -498,7 +498,7 @@ pageTest('does not send an edit of an outdated list', kMixed, async (page) => {
     host.events.push({ time: 99, desc: 'Autoclicker ON' });
   });
   await button(page, 'Delete 2 events').click();
-  await page.getByText('The macro changed meanwhile. Deleted 0 of 2 events.').waitFor();
+  await page.getByText('The macro has changed. Deleted 0 of 2 events.').waitFor();
   assert.deepEqual(await callsOf(page, 'deleteEvent'), []);
 });
 
@@ -578,8 +578,8 @@ test('names every kind of event', async () => {
     'Keyboard VK: 255 (UP)': 'Key 255 up',
     'Mouse Scroll Delta: 240': 'Wheel up 240',
     'Mouse Scroll Delta: -120': 'Wheel down 120',
-    'Autoclicker ON': 'Clicker on',
-    'Key Spammer OFF': 'Key presser off',
+    'Autoclicker ON': 'Autoclicker on',
+    'Key Spammer OFF': 'Key spammer off',
     '': 'Unknown event',
     'Something new': 'Something new',
   };

@@ -16,7 +16,7 @@ import {
 } from './page_test.mjs';
 
 const kFirstOrder = ['panel-profile', 'panel-spammer', 'panel-keyspam', 'panel-tracker', 'panel-ui'];
-const kTitles = ['Profile', 'Clicker', 'Key presser', 'Macro', 'Hotkeys'];
+const kTitles = ['Profile', 'Autoclicker', 'Key spammer', 'Macro', 'Hotkeys'];
 // A screen wider than the window, so that the window does not count as maximised.
 const kDesktop = { before: () => Object.defineProperty(screen, 'availWidth', { value: 1920 }) };
 
@@ -79,9 +79,9 @@ pageTest(
   { preferences: { minimizedPanels: ['panel-keyspam'] } },
   async (page) => {
     await settled(page);
-    assert.equal(await button(page, 'Key presser: show settings').getAttribute('aria-expanded'), 'false');
-    await button(page, 'Clicker: show settings').click();
-    await button(page, 'Key presser: show settings').click();
+    assert.equal(await button(page, 'Key spammer: show settings').getAttribute('aria-expanded'), 'false');
+    await button(page, 'Autoclicker: show settings').click();
+    await button(page, 'Key spammer: show settings').click();
     // The title does what the button beside it does.
     await page.locator('#panel-ui .panel__titles').click();
     await expectCall(page, 'setAppSetting', 3);
@@ -151,7 +151,7 @@ for (const [width, height] of [
     async (page) => {
       await settled(page);
       await forgetCalls(page);
-      const grip = await button(page, 'Move Clicker').boundingBox();
+      const grip = await button(page, 'Move Autoclicker').boundingBox();
       const x = grip.x + grip.width / 2;
       const y = grip.y + grip.height / 2;
       await page.mouse.move(x, y);
@@ -182,7 +182,7 @@ for (const [width, height] of [
       ]);
       assert.deepEqual(await callsOf(page, 'resizeWindow'), [], 'the window keeps its size');
       assert.equal(await page.locator('.dashboard--arranging').count(), 0);
-      assert.equal(await button(page, 'Clicker: show settings').getAttribute('aria-expanded'), 'true');
+      assert.equal(await button(page, 'Autoclicker: show settings').getAttribute('aria-expanded'), 'true');
       // The controls still work at their new position.
       await button(page, 'Start clicking').click();
       await button(page, 'Stop clicking').waitFor();
@@ -195,7 +195,7 @@ pageTest(
   { ownContext: true, ...kDesktop },
   async (page) => {
     await settled(page);
-    const { x, y } = await button(page, 'Move Clicker').boundingBox();
+    const { x, y } = await button(page, 'Move Autoclicker').boundingBox();
     await page.mouse.move(x + 8, y + 10);
     await page.mouse.down();
     await page.mouse.move(x + 8, y + 20, { steps: 4 });
@@ -226,7 +226,7 @@ pageTest(
     ]) {
       await page.keyboard.press(key);
       await page.waitForFunction((text) => host.calls.at(-1)?.[1] === text, order);
-      assert.equal(await told.innerText(), `Macro: place ${place} of 5`);
+      assert.equal(await told.innerText(), `Macro: position ${place} of 5`);
       assert.equal((await orderOf(page)).join(), order);
       assert.equal(await focused(page), 'Move Macro', key);
     }
@@ -244,8 +244,8 @@ pageTest(
 
 pageTest('a press on the handle offers buttons, and the panel stays under the pointer', {}, async (page) => {
   await settled(page);
-  await button(page, 'Move Key presser').click();
-  const up = button(page, 'Move Key presser up');
+  await button(page, 'Move Key spammer').click();
+  const up = button(page, 'Move Key spammer up');
   await up.waitFor();
   await picture(page, 'panel-place');
   const top = await topOf(page, 'panel-keyspam');
@@ -257,13 +257,13 @@ pageTest('a press on the handle offers buttons, and the panel stays under the po
   await up.click();
   await page.waitForFunction(() => document.querySelector('#dashboard > .panel').id === 'panel-keyspam');
   assert.equal(await up.getAttribute('aria-disabled'), 'true');
-  await button(page, 'Move Key presser down').click();
+  await button(page, 'Move Key spammer down').click();
   await page.waitForFunction(
     () => document.querySelectorAll('#dashboard > .panel')[1].id === 'panel-keyspam',
   );
-  await button(page, 'Done moving Key presser').click();
+  await button(page, 'Done moving Key spammer').click();
   await button(page, 'Start pressing').waitFor();
-  assert.equal(await focused(page), 'Move Key presser');
+  assert.equal(await focused(page), 'Move Key spammer');
 });
 
 pageTest('returns to the old order when the program rejects a new one', kCollapsed, async (page) => {
@@ -281,9 +281,9 @@ pageTest('returns to the old order when the program rejects a new one', kCollaps
 
 pageTest('offers no handles in a panel window', { absentCommands: mainWindowCommands }, async (page) => {
   await settled(page);
-  assert.equal(await button(page, 'Move Clicker').count(), 0);
-  await button(page, 'Clicker: show settings').click();
-  assert.equal(await button(page, 'Clicker: show settings').getAttribute('aria-expanded'), 'false');
+  assert.equal(await button(page, 'Move Autoclicker').count(), 0);
+  await button(page, 'Autoclicker: show settings').click();
+  assert.equal(await button(page, 'Autoclicker: show settings').getAttribute('aria-expanded'), 'false');
   assert.equal(await page.getByRole('switch', { name: 'Hotkeys on' }).count(), 0);
 });
 
@@ -304,13 +304,13 @@ describe('the window fits its content', () => {
       assert.deepEqual(await expectCall(page, 'resizeWindow'), [`420,${await contentHeight(page)}`]);
       await answer(page, 1040);
       await forgetCalls(page);
-      await button(page, 'Clicker: show settings').click();
+      await button(page, 'Autoclicker: show settings').click();
       assert.deepEqual(await expectCall(page, 'resizeWindow'), [`420,${await contentHeight(page)}`]);
       await answer(page, 1040);
       assert.equal(await page.evaluate(() => document.documentElement.scrollHeight - innerHeight), 0);
       await forgetCalls(page);
       // Taller than the work area: the program stops at its limit, and the page asks only once.
-      for (const name of ['Key presser', 'Macro']) {
+      for (const name of ['Key spammer', 'Macro']) {
         await button(page, `${name}: show settings`).click();
         await page.waitForFunction(() => host.calls.some(([called]) => called === 'resizeWindow'));
         await answer(page, 1040);
@@ -393,7 +393,7 @@ describe('the window fits its content', () => {
     },
     async (page) => {
       await settled(page);
-      await button(page, 'Clicker: show settings').click();
+      await button(page, 'Autoclicker: show settings').click();
       await settled(page);
       assert.deepEqual(await callsOf(page, 'resizeWindow'), []);
     },

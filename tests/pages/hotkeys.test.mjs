@@ -45,20 +45,20 @@ pageTest(
   { hotkeys: { play: 'F8', autoclicker: 'F10' } },
   async (page) => {
     await settled(page);
+    assert.match(await rowOf(page, 'Play').innerText(), /F8 already starts recording\. Choose another key\./);
     assert.match(
-      await rowOf(page, 'Play').innerText(),
-      /F8 is taken: Record comes first, so this never acts\./,
+      await rowOf(page, 'Autoclicker').innerText(),
+      /F10 already locks the hotkeys\. Choose another key\./,
     );
-    assert.match(await rowOf(page, 'Clicker').innerText(), /F10 is taken: Lock and unlock comes first/);
     assert.match(await rowOf(page, 'Record').innerText(), /Press to start and stop/);
     assert.equal(await stateText(page), 'Idle F9 press F8 record');
     await picture(page, 'hotkeys-shared', { fullPage: true });
     await page.host.setStatus({ autoclickerRunning: true });
-    assert.equal(await stateText(page), 'Clicking No key stops it. The Stop button does.');
+    assert.equal(await stateText(page), 'Clicking No key stops it. Use the Stop button.');
     await page.host.setStatus({ lockOn: false });
     assert.equal(await stateText(page), 'Clicking F10 stops it');
-    assert.match(await rowOf(page, 'Clicker').innerText(), /Press to start and stop/);
-    assert.match(await rowOf(page, 'Lock and unlock').innerText(), /Of no use while the lock is off/);
+    assert.match(await rowOf(page, 'Autoclicker').innerText(), /Press to start and stop/);
+    assert.match(await rowOf(page, 'Lock and unlock').innerText(), /Unused while the lock is off/);
   },
 );
 
@@ -70,9 +70,9 @@ pageTest(
   },
   async (page) => {
     await settled(page);
-    assert.match(await rowOf(page, 'Clicker').innerText(), /Hold to run/);
-    assert.match(await rowOf(page, 'Key presser').innerText(), /Press to start and stop/);
-    assert.match(await rowOf(page, 'Record').innerText(), /Every left click goes to this, in every window\./);
+    assert.match(await rowOf(page, 'Autoclicker').innerText(), /Hold to run/);
+    assert.match(await rowOf(page, 'Key spammer').innerText(), /Press to start and stop/);
+    assert.match(await rowOf(page, 'Record').innerText(), /Takes every left click, in every window\./);
   },
 );
 
@@ -82,11 +82,11 @@ pageTest('turns the hotkeys and the lock on and off', {}, async (page) => {
   const lock = page.getByRole('switch', { name: 'Hotkey lock' });
   await on.click();
   assert.deepEqual(await expectCall(page, 'setAppSetting'), ['hotkeysEnabled,0']);
-  assert.equal(await stateText(page), 'Hotkeys off No key starts or stops anything.');
+  assert.equal(await stateText(page), 'Hotkeys off Start and stop with the buttons.');
   await picture(page, 'hotkeys-off');
   await button(page, 'Start clicking').click();
   await button(page, 'Stop everything').waitFor();
-  assert.equal(await stateText(page), 'Clicking Hotkeys are off, so no key stops it. The Stop button does.');
+  assert.equal(await stateText(page), 'Clicking Hotkeys are off. Use the Stop button.');
   await picture(page, 'clicking-hotkeys-off');
   await button(page, 'Stop everything').click();
   await forgetCalls(page);
@@ -128,7 +128,7 @@ pageTest(
     const height = () => page.evaluate(() => document.documentElement.scrollHeight);
     const before = await height();
     await button(page, 'Reset hotkeys').click();
-    await page.getByText('Back to F6, F9, F8, F7 and F10? Undo then asks for your own keys.').waitFor();
+    await page.getByText('Reset to F6, F9, F8, F7 and F10? Undo asks for your own keys again.').waitFor();
     assert.equal(await height(), before, 'the question takes no extra space');
     assert.equal(await focused(page), 'Cancel', 'Cancel has the focus');
     await picture(page, 'hotkeys-reset');
@@ -159,27 +159,27 @@ pageTest(
     await button(page, 'Reset hotkeys').click();
     await button(page, 'Reset now').click();
     await page
-      .getByText('The clicker hotkey was Num 5. Undo waits for that key, and for 1 more after that.')
+      .getByText('The autoclicker hotkey was Num 5. Undo asks you to press it, then 1 more.')
       .waitFor();
     assert.equal(await height(), before, 'the offer takes no extra space');
     await picture(page, 'hotkeys-undo', { fullPage: true });
 
     await undo.press('Enter');
     assert.deepEqual(await expectCall(page, 'reassignKey'), ['auto']);
-    const note = rowOf(page, 'Clicker').getByText('It was Num 5: press that to have it back.');
+    const note = rowOf(page, 'Autoclicker').getByText('Press Num 5 to restore it.');
     await note.waitFor();
     await page.host.setStatus({ capture: '' }); // by Esc
     await undo.press('Enter');
     await note.waitFor();
     await page.host.set({ hotkeys: { autoclicker: 'Num 5' }, status: { capture: '' } });
-    await page.getByText('The play hotkey was Mouse 4 (Side). Undo waits for that key.').waitFor();
+    await page.getByText('The play hotkey was Mouse 4 (Side). Undo asks you to press it.').waitFor();
     assert.deepEqual(await callsOf(page, 'reassignKey'), ['auto', 'auto'], 'no key is asked for twice');
 
     await undo.press('Enter');
-    await rowOf(page, 'Play').getByText('It was Mouse 4 (Side): press that to have it back.').waitFor();
+    await rowOf(page, 'Play').getByText('Press Mouse 4 (Side) to restore it.').waitFor();
     assert.deepEqual((await callsOf(page, 'reassignKey')).slice(2), ['play']);
     await page.host.set({ hotkeys: { play: 'Mouse 4 (Side)' }, status: { capture: '' } });
-    await page.getByText('Your own keys take the place of some.').waitFor();
+    await page.getByText('Some keys are your own.').waitFor();
     assert.equal(await undo.count(), 0);
     assert.equal(await focused(page), 'Reset hotkeys');
   },
@@ -200,8 +200,8 @@ pageTest(
 
 pageTest('a capture says which keys and buttons count', {}, async (page) => {
   for (const [name, what, text] of [
-    ['play', 'Play', /Any key or mouse button: a click counts too\./],
-    ['unlock', 'Lock and unlock', /Any key, or a mouse button but the left\./],
+    ['play', 'Play', /Any key or mouse button, including a click\./],
+    ['unlock', 'Lock and unlock', /Any key, or any mouse button except the left\./],
   ]) {
     await button(page, `Change the ${name} hotkey`).click();
     await rowOf(page, what).getByText('Esc cancels').waitFor();

@@ -61,7 +61,7 @@ describe('the file dialogs', () => {
   test('export sends one command, waits, and claims nothing about the file', async () => {
     const page = await openPage({ silent: ['exportProfile'] });
     await button(page, 'Export profile').click();
-    await page.getByText('Choose where to save it in the dialog that has opened.').waitFor();
+    await page.getByText('Choose a name and a folder in the file dialog.').waitFor();
     const pressed = button(page, 'Export profile');
     assert.equal(await pressed.getAttribute('aria-busy'), 'true');
     assert.equal(await focused(page), 'Export profile', 'the focus stays');
@@ -119,7 +119,7 @@ describe('the file dialogs', () => {
     'disables import and export during a recording, and says why',
     { status: { state: 'Recording' } },
     async (page) => {
-      await page.getByText('The profile stays as it is while a recording runs.').waitFor();
+      await page.getByText('Profiles cannot be changed during a recording.').waitFor();
       assert.ok(await button(page, 'Import profile').isDisabled());
       assert.ok(await button(page, 'Export profile').isDisabled());
     },
@@ -159,7 +159,7 @@ describe('after an import', () => {
       const select = page.getByRole('combobox', { name: 'Profile' });
       assert.equal(await select.locator('option:checked').innerText(), 'Farm (Imported)');
       await page.locator('#events').getByRole('option').first().waitFor();
-      assert.ok(await page.getByText('If the file held tool settings, they are not in use yet.').isVisible());
+      assert.ok(await page.getByText('Settings in the file are not in use yet.').isVisible());
       await picture(page, 'imported');
       await forgetCalls(page);
       await button(page, 'Use them').click();
@@ -197,11 +197,11 @@ describe('after an import', () => {
         () => document.querySelector('[aria-label="Click interval: milliseconds"]').value === '70',
       );
       await button(page, 'Import profile').click();
-      await page.getByText('The file held no tool settings, so both tools are at their defaults.').waitFor();
+      await page.getByText('The file has no settings. Both tools use their defaults.').waitFor();
       assert.equal(await field.inputValue(), '5');
       assert.equal(await button(page, 'Use them').count(), 0);
       await settled(page);
-      assert.ok(await page.getByText('The file held no tool settings').isVisible());
+      assert.ok(await page.getByText('The file has no settings.').isVisible());
     },
   );
 
@@ -281,7 +281,7 @@ describe('a pending import', () => {
     assert.equal(await focused(page), 'Don\u2019t import', 'the safe choice has the focus');
     await dialog(page).getByText('48,210 events, 1:30.5 long').waitFor();
     assert.match(await dialog(page).innerText(), /Import \u201cFarm run\u201d\?/);
-    assert.ok(await dialog(page).getByText('Parts of it can do harm: 2 dangers, 1 caution.').isVisible());
+    assert.ok(await dialog(page).getByText('This macro may do harm: 2 dangers, 1 caution.').isVisible());
     const rows = await dialog(page).getByRole('listitem').allInnerTexts();
     assert.deepEqual(
       rows.map((row) => row.split('\n').filter((line) => line.trim() !== '')),
@@ -320,7 +320,7 @@ describe('a pending import', () => {
       absentCommands: ['getPendingMacroSummary'],
     },
     async (page) => {
-      await dialog(page).getByText('The macro may go on after the last.').waitFor();
+      await dialog(page).getByText('The macro may be longer.').waitFor();
       assert.equal(await page.locator('.findings-timeline__lane').count(), 0);
       assert.equal(await page.locator('.findings-timeline__number').count(), 3);
       assert.match(await dialog(page).innerText(), /Import this macro\?/);
@@ -435,7 +435,7 @@ describe('a pending import', () => {
       const second = pendingImport('bb');
       second.matches.shift();
       await showPending(page, second);
-      await dialog(page).getByText('in place of the one before, which was not imported').waitFor();
+      await dialog(page).getByText('replaces the previous one, which was not imported').waitFor();
       assert.equal(await dialog(page).count(), 1);
       assert.equal(await focused(page), 'Don\u2019t import');
       assert.equal(await anyway.getAttribute('aria-disabled'), 'true', 'ignores a press meant for the first');
@@ -451,14 +451,14 @@ describe('a pending import', () => {
     await dialog(page).waitFor();
     await showPending(page, kPending.pendingImport);
     await settled(page);
-    assert.equal(await dialog(page).getByText('in place of the one before').count(), 0);
+    assert.equal(await dialog(page).getByText('replaces the previous one').count(), 0);
   });
 
   pageTest('shows the new import when the decided one was replaced', kPending, async (page) => {
     await dialog(page).waitFor();
     await page.host.set({ pendingImport: pendingImport('bb') });
     await button(page, 'Import anyway').click();
-    await dialog(page).getByText('in place of the one before, which was not imported').waitFor();
+    await dialog(page).getByText('replaces the previous one, which was not imported').waitFor();
     assert.equal(await page.getByRole('combobox', { includeHidden: true }).locator('option').count(), 1);
   });
 
@@ -466,7 +466,7 @@ describe('a pending import', () => {
     await dialog(page).waitFor();
     await page.host.set({ pendingImport: null });
     await button(page, 'Import anyway').click();
-    await page.getByRole('alert').getByText('no longer held, so it was not imported').waitFor();
+    await page.getByRole('alert').getByText('no longer pending, so it was not imported').waitFor();
     assert.equal(await dialog(page).count(), 0);
   });
 
@@ -478,7 +478,7 @@ describe('a pending import', () => {
     },
     async (page) => {
       await button(page, 'Don\u2019t import').click();
-      await dialog(page).getByText('Varnelle could not drop the macro (no). Please try again.').waitFor();
+      await dialog(page).getByText('Varnelle could not reject the macro (no). Please try again.').waitFor();
       await picture(page, 'held-failed');
       await page.host.setFailing({});
       await page.keyboard.press('Escape');
@@ -495,7 +495,7 @@ describe('a pending import', () => {
       status: { state: 'Recording' },
     },
     async (page) => {
-      await dialog(page).getByText('It can be imported when the recording has ended.').waitFor();
+      await dialog(page).getByText('You can import it when the recording ends.').waitFor();
       await dialog(page).getByText('Still recording.').waitFor();
       await picture(page, 'held-recording');
       assert.equal(await button(page, 'Import anyway').getAttribute('aria-disabled'), 'true');

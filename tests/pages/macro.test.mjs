@@ -397,11 +397,11 @@ describe('the panel', () => {
   );
 
   pageTest('names the keys that stay held and selects them in the list', kTour, async (page) => {
-    const note = page.getByRole('status', { name: 'Left at the end' });
-    await note.getByText('Still held at the end: Left Shift and W. Playback releases no key.').waitFor();
+    const note = page.getByRole('status', { name: 'After playback' });
+    await note.getByText('Left Shift and W stay pressed after playback.').waitFor();
     await button(page, 'Buttons 18').click();
     await button(page, 'Keys 20').click();
-    await button(page, 'Select the held keys in the list').click();
+    await button(page, 'Select the pressed keys in the list').click();
     await page.waitForFunction(() => document.querySelectorAll('#events [aria-selected=true]').length === 2);
     const texts = await page.locator('#events [aria-selected=true] .event__text').allInnerTexts();
     assert.deepEqual(texts, ['Key Left Shift down', 'Key W down']);
@@ -410,19 +410,19 @@ describe('the panel', () => {
       { time: 0, desc: 'Keyboard VK: 65 (DOWN)' },
       { time: 1, desc: 'Keyboard VK: 65 (UP)' },
     ]);
-    await note.getByText('Every key that goes down comes up again.').waitFor();
+    await note.getByText('No keys left pressed.').waitFor();
     await page.host.setEvents([{ time: 0, desc: 'Mouse Click at X:1 Y:1' }]);
-    await note.getByText('The button events do not pair up: a button may stay pressed.').waitFor();
+    await note.getByText('A mouse button may stay pressed after playback.').waitFor();
     await page.host.setEvents([
       { time: 0, desc: 'Autoclicker ON' },
       { time: 0, desc: 'Key Spammer ON' },
       { time: 1, desc: 'Autoclicker OFF' },
     ]);
-    await note.getByText('Key presser left on: stopped when playback ends.').waitFor();
+    await note.getByText('Stopped after playback: key spammer.').waitFor();
     await page.host.setEvents(
       [65, 66, 67, 68, 69, 70].map((key) => ({ time: 0, desc: 'Keyboard VK: ' + key + ' (DOWN)' })),
     );
-    await note.getByText('Still held at the end: A, B, C and 3 more.').waitFor();
+    await note.getByText('A, B, C and 3 more stay pressed after playback.').waitFor();
   });
 
   pageTest(
@@ -434,14 +434,14 @@ describe('the panel', () => {
       },
     },
     async (page) => {
-      await page.getByText('Drop 1,202 of 1,204 moves, within 10 px of the last one kept.').waitFor();
+      await page.getByText('Removes 1,202 of 1,204 moves, within 10 px of the last one kept.').waitFor();
       await button(page, 'Optimise').click();
       assert.deepEqual(await expectCall(page, 'optimizeMacro'), ['']);
-      await page.getByText('Dropped 1,201 moves.').waitFor();
-      await page.getByText('Again: drop 1 of 3 moves').waitFor();
+      await page.getByText('Removed 1,201 moves.').waitFor();
+      await page.getByText('Again: removes 1 of 3 moves').waitFor();
       await picture(page, 'optimised', { fullPage: true });
       await page.host.setEvents([{ time: 0, desc: 'Abs Move to X:1 Y:1' }]);
-      await page.getByText('No move would be dropped.').waitFor();
+      await page.getByText('Nothing to optimise.').waitFor();
       await button(page, 'Optimise').click({ force: true });
       await settled(page);
       assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);
@@ -461,10 +461,10 @@ describe('the panel', () => {
       },
     },
     async (page) => {
-      await page.getByText('Drop 48 of 50 moves').waitFor();
+      await page.getByText('Removes 48 of 50 moves').waitFor();
       await page.host.setAnswerDelay(40);
       await button(page, 'Optimise').click();
-      await page.getByText('Dropped 48 moves. No more would be.').waitFor();
+      await page.getByText('Removed 48 moves. Nothing left to optimise.').waitFor();
     },
   );
 
@@ -477,11 +477,11 @@ describe('the panel', () => {
       },
     },
     async (page) => {
-      await page.getByText('Drop 48 of 50 moves').waitFor();
+      await page.getByText('Removes 48 of 50 moves').waitFor();
       await page.host.holdAnswers();
       for (let i = 0; i < 3; i++) await button(page, 'Optimise').click({ force: true });
       await page.host.releaseAnswers();
-      await page.getByText('Dropped 20 moves.').waitFor();
+      await page.getByText('Removed 20 moves.').waitFor();
       assert.equal((await callsOf(page, 'optimizeMacro')).length, 1);
     },
   );
@@ -490,7 +490,7 @@ describe('the panel', () => {
   pageTest('says how long one round takes, with and without the pause', kFast, async (page) => {
     await page.getByText('One round takes 3.1 s.').waitFor();
     await page.getByLabel('Loop').click();
-    await page.getByText('One round takes 3.1 s, with the pause 3.6 s, 1,000 rounds an hour.').waitFor();
+    await page.getByText('One round takes 3.1 s, or 3.6 s with the pause (1,000 per hour).').waitFor();
   });
 
   pageTest('says how long a long round takes', { events: [event(3725, 'Autoclicker ON')] }, async (page) => {
@@ -509,14 +509,14 @@ describe('the panel', () => {
   pageTest('offers to start a recording when there is none', {}, async (page) => {
     await button(page, 'Start a recording').click();
     assert.deepEqual(await expectCall(page, 'startRecording'), ['']);
-    await page.getByText('Drawn when the recording ends.').waitFor();
+    await page.getByText('Shown when the recording ends.').waitFor();
     await page.host.set({ status: { state: 'Idle' }, events: [{ time: 0, desc: 'Keyboard VK: 65 (UP)' }] });
     await page.getByText('No pointer positions in this macro.').waitFor();
     await page.host.setEvents([
       { time: 0, desc: 'Rel Move dX:30 dY:-40' },
       { time: 1, desc: 'Rel Move dX:5 dY:5' },
     ]);
-    await page.getByText('Raw moves added up: X 30 to 35, Y -40 to -35').waitFor();
+    await page.getByText('Sum of raw moves: X 30 to 35, Y -40 to -35').waitFor();
     await picture(page, 'raw-moves', { fullPage: true });
   });
 

@@ -49,7 +49,7 @@ describe('an invalid number is explained and not sent', { concurrency: 4 }, () =
           const id = await field.getAttribute('aria-describedby');
           const told = page.locator(`#${id}.group__hint--error`);
           await told.waitFor();
-          assert.match(await told.innerText(), /: .*\.$/, `"${text}" is explained`);
+          assert.match(await told.innerText(), /^Enter .*\.$|^Use .*\.$/, `"${text}" is explained`);
         }
         await field.blur();
         await page.clock.runFor(1000); // longer than the typing pause after which a number is sent
@@ -89,8 +89,8 @@ pageTest(
 
 test('reads and steps numbers', async () => {
   const { readNumber, stepped } = await importSource('components/numbers.ts');
-  const whole = { name: 'Hours', min: 0, max: 1193, decimals: 0 };
-  const speed = { name: 'Speed', min: 0.01, max: 1000, decimals: 2 };
+  const whole = { noun: 'hours', min: 0, max: 1193, decimals: 0 };
+  const speed = { noun: '', min: 0.01, max: 1000, decimals: 2 };
   for (const [text, value] of [
     ['0', 0],
     ['007', 7],
@@ -109,11 +109,11 @@ test('reads and steps numbers', async () => {
   ]) {
     assert.deepEqual(readNumber(text, speed), { value, error: '' });
   }
-  assert.equal(readNumber('', whole).error, 'Hours: enter a number, 0 to 1,193.');
-  assert.equal(readNumber('1.5', whole).error, 'Hours: a whole number, 0 to 1,193.');
-  assert.equal(readNumber('1194', whole).error, 'Hours: 0 to 1,193.');
-  assert.equal(readNumber('1,5', speed).error, 'Speed: use a point for decimals.');
-  assert.equal(readNumber('fast', speed).error, 'Speed: a number, 0.01 to 1,000.');
+  assert.equal(readNumber('', whole).error, 'Enter a whole number of hours.');
+  assert.equal(readNumber('1.5', whole).error, 'Enter a whole number of hours.');
+  assert.equal(readNumber('1194', whole).error, 'Enter 0 to 1,193 hours.');
+  assert.equal(readNumber('1,5', speed).error, 'Use a decimal point, not a comma.');
+  assert.equal(readNumber('fast', speed).error, 'Enter a number from 0.01 to 1,000.');
 
   assert.equal(stepped(5, 1, 1, whole), 6);
   assert.equal(stepped(0, 1, -1, whole), 0);
@@ -140,11 +140,21 @@ test('computes the rate of the settings, and its limit by the timer', async () =
   for (const [interval, rate, limit, limited] of [
     [of(0, 0, 0, 50), '20 clicks/s', ''],
     [of(0, 0, 0, 20), '50 clicks/s', ''],
-    [of(0, 0, 0, 5), 'Up to 200 clicks/s', 'The timer ticks every ms: expect 167 to 200 clicks/s.'],
-    [of(0, 0, 0, 3), 'Up to 333 clicks/s', 'The timer ticks every ms: expect 250 to 333 clicks/s.'],
-    [of(0, 0, 0, 1), 'Up to 1,000 clicks/s', 'The timer ticks every ms: expect 500 to 1,000 clicks/s.'],
-    [of(0, 0, 0, 0), 'Up to 1,000 clicks/s', 'The timer cannot go below 1 ms: 500 to 1,000 clicks/s.', true],
-    [of(0, 0, 0, -9), 'Up to 1,000 clicks/s', 'The timer cannot go below 1 ms: 500 to 1,000 clicks/s.', true],
+    [of(0, 0, 0, 5), 'Up to 200 clicks/s', 'About 167 to 200 clicks per second.'],
+    [of(0, 0, 0, 3), 'Up to 333 clicks/s', 'About 250 to 333 clicks per second.'],
+    [of(0, 0, 0, 1), 'Up to 1,000 clicks/s', 'About 500 to 1,000 clicks per second.'],
+    [
+      of(0, 0, 0, 0),
+      'Up to 1,000 clicks/s',
+      'The shortest interval is 1 ms: 500 to 1,000 clicks per second.',
+      true,
+    ],
+    [
+      of(0, 0, 0, -9),
+      'Up to 1,000 clicks/s',
+      'The shortest interval is 1 ms: 500 to 1,000 clicks per second.',
+      true,
+    ],
     [of(0, 0, 1, 0), '1 click/s', ''],
     [of(0, 0, 1, 500), '1 click every 1.5 s', ''],
     [of(0, 2, 5, 0), '1 click every 2 min 5 s', ''],
@@ -156,7 +166,7 @@ test('computes the rate of the settings, and its limit by the timer', async () =
   }
   assert.equal(rateText(of(0, 0, 0, 1), double), 'Up to 62.5 double clicks/s');
   assert.deepEqual(rateLimit(of(0, 0, 0, 0), double), {
-    text: 'A double click takes 15 ms by itself: at most 62.5 a second.',
+    text: 'A double click takes 15 ms: at most 62.5 per second.',
     limited: true,
   });
   assert.deepEqual(rateLimit(of(0, 0, 0, 15), double), { text: '', limited: false });
@@ -165,21 +175,21 @@ test('computes the rate of the settings, and its limit by the timer', async () =
 });
 
 pageTest('shows the rate beside the fields, and a limit that the settings exceed', {}, async (page) => {
-  const clicker = page.locator('#panel-spammer');
+  const autoclicker = page.locator('#panel-spammer');
   const field = textBox(page, 'Click interval: milliseconds');
   await field.fill('50');
-  await clicker.getByText('20 clicks/s', { exact: true }).waitFor();
-  await clicker.getByText('The pause after each click.').waitFor();
+  await autoclicker.getByText('20 clicks/s', { exact: true }).waitFor();
+  await autoclicker.getByText('The pause after each click.').waitFor();
   await field.fill('0');
-  await clicker.getByText('The timer cannot go below 1 ms: 500 to 1,000 clicks/s.').waitFor();
-  assert.equal(await clicker.locator('.group__hint--notable').count(), 1);
+  await autoclicker.getByText('The shortest interval is 1 ms: 500 to 1,000 clicks per second.').waitFor();
+  assert.equal(await autoclicker.locator('.group__hint--notable').count(), 1);
   await page.getByLabel('Double').click();
-  await clicker.getByText('Up to 62.5 double clicks/s').waitFor();
-  const presser = page.locator('#panel-keyspam');
+  await autoclicker.getByText('Up to 62.5 double clicks/s').waitFor();
+  const keySpammer = page.locator('#panel-keyspam');
   await textBox(page, 'Press interval: minutes').fill('2');
-  await presser.getByText('1 key every 2 min 0.005 s').waitFor();
+  await keySpammer.getByText('1 key every 2 min 0.005 s').waitFor();
   await page.getByLabel('Together').click();
-  await presser.getByText('1 round every 2 min 0.005 s').waitFor();
+  await keySpammer.getByText('1 round every 2 min 0.005 s').waitFor();
 });
 
 pageTest('Shift and the page keys step ten times as far, and the wheel changes nothing', {}, async (page) => {

@@ -76,8 +76,8 @@ preferencesTest(
       assert.equal(await sheet(page).getByRole('switch', { name, exact: true }).isChecked(), !first, name);
     }
     const text = await sheet(page).innerText();
-    assert.match(text.replace(/\s+/g, ' '), /Pause turns the other hotkeys into ordinary keys/);
-    assert.match(text, /When a recording or a playback ends, the clicker and the key presser stop as well\./);
+    assert.match(text.replace(/\s+/g, ' '), /Pause turns the other hotkeys off for typing, and on again\./);
+    assert.match(text, /Stops the autoclicker and the key spammer when a recording or playback ends\./);
   },
 );
 

@@ -72,7 +72,7 @@ const states = [
       status: { targets: ['Right Ctrl', 'Scroll Lock', 'Print Screen'] },
     },
     // With one key for all, the unlock hotkey acts and no other.
-    'Idle Every hotkey has the key that locks and unlocks.',
+    'Idle All hotkeys have the same key. Choose other keys.',
   ],
   [
     'out-of-range-settings',
@@ -110,7 +110,7 @@ pageTest('cuts off no text in any state at 360', { viewport: { width: 360, heigh
 
 pageTest('explains an invalid number in the line under its group', kMacro, async (page) => {
   await textBox(page, 'Click interval: milliseconds').fill('5.5');
-  await page.getByText('Milliseconds: a whole number, 0 to 2,147,483,647.').waitFor();
+  await page.getByText('Enter a whole number of milliseconds.').waitFor();
   await picture(page, 'bad-number');
 });
 
@@ -132,8 +132,11 @@ pageTest('shows the questions of the profile panel, and a failure', kMacro, asyn
 
 pageTest('shows that it waits for the picked location', {}, async (page) => {
   await button(page, 'Pick location').click();
-  await page.getByText('Click the place. Right-click cancels.').waitFor();
-  assert.equal(await stateText(page), 'Picking a place Click the place on the screen. Right-click cancels.');
+  await page.getByText('Click the location. Right-click cancels.').waitFor();
+  assert.equal(
+    await stateText(page),
+    'Picking a location Click a location on the screen. Right-click cancels.',
+  );
   await picture(page, 'picking', { fullPage: true });
 });
 
@@ -143,7 +146,7 @@ pageTest('shows a selected event', kMacro, async (page) => {
 });
 
 pageTest('five collapsed panels fit the window', kMacro, async (page) => {
-  for (const name of ['Profile', 'Clicker', 'Key presser', 'Macro', 'Hotkeys']) {
+  for (const name of ['Profile', 'Autoclicker', 'Key spammer', 'Macro', 'Hotkeys']) {
     const toggle = button(page, `${name}: show settings`);
     assert.equal(await toggle.getAttribute('aria-expanded'), 'true');
     await toggle.click();
@@ -295,7 +298,7 @@ pageTest('moves no element when the state changes', kMacro, async (page) => {
     await field.press('Escape');
   }
   await button(page, 'Pick location').click();
-  await page.getByText('Click the place. Right-click cancels.').waitFor();
+  await page.getByText('Click the location. Right-click cancels.').waitFor();
   assert.deepEqual(await places(), still, 'picking');
   await button(page, 'New profile').click();
   assert.deepEqual(await places(), still, 'new profile');

@@ -31,7 +31,7 @@ const rows = [
     press: 'Start clicking',
     command: 'startSpammer',
     id: 'endless-clicking',
-    title: 'No key will stop the clicker',
+    title: 'No key stops the autoclicker',
     verb: 'Start clicking',
     not: autoclicker({ repeatMode: 0 }),
   },
@@ -40,7 +40,7 @@ const rows = [
     press: 'Start clicking',
     command: 'startSpammer',
     id: 'fastest-clicking',
-    title: 'As fast as it can click',
+    title: 'Fastest clicking',
     verb: 'Start clicking',
     not: autoclicker({ intervalSeconds: 1 }),
   },
@@ -49,7 +49,7 @@ const rows = [
     press: 'Start pressing',
     command: 'startKeySpam',
     id: 'fastest-pressing',
-    title: 'As fast as it can press',
+    title: 'Fastest key presses',
     verb: 'Start pressing',
     not: keySpammer({ intervalHours: 1 }),
   },
@@ -58,7 +58,7 @@ const rows = [
     press: 'Play',
     command: 'startPlayback',
     id: 'looping-playback',
-    title: 'This macro starts over by itself',
+    title: 'Looping playback',
     verb: 'Play in a loop',
     not: macro({ loop: false }),
   },
@@ -67,8 +67,8 @@ const rows = [
     press: 'Record',
     command: 'startRecording',
     id: 'replacing-recording',
-    title: 'A new recording replaces this one',
-    verb: 'Record anew',
+    title: 'Replace this recording?',
+    verb: 'Replace recording',
     not: { events: [] },
   },
 ];
@@ -139,9 +139,9 @@ pageTest(
   async (page) => {
     await settled(page);
     await button(page, 'Start clicking').click();
-    await sheet(page).getByText('No key will stop the clicker').waitFor();
+    await sheet(page).getByText('No key stops the autoclicker').waitFor();
     await sheet(page).getByRole('button', { name: 'Start clicking' }).click();
-    await sheet(page).getByText('As fast as it can click').waitFor();
+    await sheet(page).getByText('Fastest clicking').waitFor();
     assert.deepEqual(await callsOf(page, 'startSpammer'), []);
     await sheet(page).getByRole('button', { name: 'Start clicking' }).click();
     assert.deepEqual(await expectCall(page, 'startSpammer'), ['']);
@@ -169,7 +169,7 @@ pageTest(
 
 describe('clearing and deleting a profile with events', () => {
   const kFarm = { ...kMacro, profiles: { names: ['Default Tracking Profile', 'Farm'], current: 1 } };
-  const kExplained = 'This cannot be undone. Export keeps a copy.';
+  const kExplained = 'This cannot be undone. Export first to keep a copy.';
   for (const [press, now, command] of [
     ['Clear profile', 'Clear now', 'clearProfile'],
     ['Delete profile', 'Delete now', 'deleteProfile'],

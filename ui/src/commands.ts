@@ -290,7 +290,7 @@ export const deleteProfile = () => runProfileCommand('delete the profile', 'dele
 export const confirmImport = (pendingId: string) =>
   runCommand('import the macro', 'confirmMacroImport', pendingId);
 export const cancelImport = (pendingId: string) =>
-  runCommand('drop the macro', 'cancelMacroImport', pendingId);
+  runCommand('reject the macro', 'cancelMacroImport', pendingId);
 
 // Opens a file dialog of the program. Resolves to the program's report when the dialog is closed, or to undefined if it
 // failed or another dialog is open.

@@ -11,8 +11,8 @@ export interface Hotkey {
 
 // In the order of the page.
 export const kHotkeys: readonly Hotkey[] = [
-  { id: 'autoclicker', title: 'Clicker', name: 'clicker', defaultKey: 'F6' },
-  { id: 'keySpammer', title: 'Key presser', name: 'key presser', defaultKey: 'F9' },
+  { id: 'autoclicker', title: 'Autoclicker', name: 'autoclicker', defaultKey: 'F6' },
+  { id: 'keySpammer', title: 'Key spammer', name: 'key spammer', defaultKey: 'F9' },
   { id: 'record', title: 'Record', name: 'record', defaultKey: 'F8' },
   { id: 'play', title: 'Play', name: 'play', defaultKey: 'F7' },
   { id: 'unlock', title: 'Lock and unlock', name: 'unlock', defaultKey: 'F10' },

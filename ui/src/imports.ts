@@ -48,8 +48,8 @@ async function announceImport(): Promise<void> {
   await pollNow();
   if (recording.value) {
     showMessage(
-      'This import came in while a recording ran. What was recorded so far is in the profile of before; ' +
-        'what is recorded from now on goes into the imported one, behind its own events.',
+      'The import arrived during a recording. The events until then are in the previous profile. ' +
+        'New events are added to the imported profile.',
     );
   }
 }
@@ -131,11 +131,11 @@ export async function acceptPendingImport(pendingId: string): Promise<void> {
   if (imported) pendingReplaced.value = false;
   if (now) showPendingImport(now, !imported);
   else if (!imported)
-    showMessage('This macro was no longer held, so it was not imported. Import its file again.');
+    showMessage('This macro is no longer pending, so it was not imported. Import the file again.');
 }
 
 export async function rejectPendingImport(pendingId: string): Promise<void> {
-  const now = await decide('drop the macro', cancelImport, pendingId);
+  const now = await decide('reject the macro', cancelImport, pendingId);
   if (now === undefined) return;
   closePendingImport(pendingId);
   pendingReplaced.value = false;
@@ -172,6 +172,6 @@ export async function fetchPendingNotices(): Promise<void> {
     const text = await call('getPendingThemeAlert');
     if (typeof text === 'string') showMessage(text);
   } catch (reason) {
-    showFailure('read what is waiting', reason);
+    showFailure('read the pending import', reason);
   }
 }

@@ -44,6 +44,6 @@ export function panelPosition(id: PanelId): { position: number; count: number } 
 export function movePanel(id: PanelId, title: string, position: number): void {
   const shown = shownPanels();
   if (position < 0 || position >= shown.length || position === shown.indexOf(id)) return;
-  announcement.value = `${title}: place ${position + 1} of ${shown.length}`;
+  announcement.value = `${title}: position ${position + 1} of ${shown.length}`;
   void setPanelOrder(orderAfterMove(completeOrder(appSettings.value.panelOrder), shown, id, position));
 }

@@ -45,11 +45,11 @@ export function rateLimit(interval: Interval, action: Action): { text: string; l
   const pause = intervalLength(interval);
   const turn = turnLength(interval, action);
   if (action.length > 0 && pause < action.length) {
-    const rate = `${rounded(1000 / turn)} a second`;
-    return { text: `A ${action.one} takes ${action.length} ms by itself: at most ${rate}.`, limited: true };
+    const rate = `${rounded(1000 / turn)} per second`;
+    return { text: `A ${action.one} takes ${action.length} ms: at most ${rate}.`, limited: true };
   }
   if (turn >= kSlowTurn) return { text: '', limited: false };
-  const range = `${rounded(1000 / (turn + kTick))} to ${rounded(1000 / turn)} ${action.many}/s`;
-  if (pause < kTick) return { text: `The timer cannot go below ${kTick} ms: ${range}.`, limited: true };
-  return { text: `The timer ticks every ms: expect ${range}.`, limited: false };
+  const range = `${rounded(1000 / (turn + kTick))} to ${rounded(1000 / turn)} ${action.many} per second`;
+  if (pause < kTick) return { text: `The shortest interval is ${kTick} ms: ${range}.`, limited: true };
+  return { text: `About ${range}.`, limited: false };
 }

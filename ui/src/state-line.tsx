@@ -39,7 +39,7 @@ function look(running: Running[]): Look {
     return { kind: first.kind, icon: first.icon, title: capitalised(runningWords(running)) };
   }
   if (capture.value) return { kind: 'waiting', icon: 'key', title: 'Waiting for a key' };
-  if (picking.value) return { kind: 'waiting', icon: 'target', title: 'Picking a place' };
+  if (picking.value) return { kind: 'waiting', icon: 'target', title: 'Picking a location' };
   if (hotkeysOff.value) return { kind: 'off', icon: 'off', title: 'Hotkeys off' };
   if (locked.value) return { kind: 'locked', icon: 'lock', title: 'Hotkeys locked' };
   return { kind: 'idle', icon: '', title: 'Idle' };
@@ -94,8 +94,8 @@ export function StateLine() {
 
 const kCaptureTexts: Record<Capture, string> = {
   '': '',
-  autoclicker: 'the new clicker hotkey',
-  keySpammer: 'the new key presser hotkey',
+  autoclicker: 'the new autoclicker hotkey',
+  keySpammer: 'the new key spammer hotkey',
   record: 'the new record hotkey',
   play: 'the new play hotkey',
   unlock: 'the new unlock hotkey',
@@ -104,11 +104,9 @@ const kCaptureTexts: Record<Capture, string> = {
 
 function detail(running: Running[]): ComponentChildren {
   if (capture.value) return `Press ${kCaptureTexts[capture.value]}. Esc cancels.`;
-  if (picking.value) return 'Click the place on the screen. Right-click cancels.';
+  if (picking.value) return 'Click a location on the screen. Right-click cancels.';
   if (hotkeysOff.value) {
-    return running.length > 0
-      ? 'Hotkeys are off, so no key stops it. The Stop button does.'
-      : 'No key starts or stops anything.';
+    return running.length > 0 ? 'Hotkeys are off. Use the Stop button.' : 'Start and stop with the buttons.';
   }
   if (locked.value) {
     return (
@@ -126,7 +124,7 @@ function startingKeys(): ComponentChildren {
   const ids = Object.keys(words) as (keyof typeof words)[];
   const acting = ids.filter((id) => keyOf(id) !== '');
   if (acting.length === 0 && status.value.hotkeys.unlock !== '') {
-    return 'Every hotkey has the key that locks and unlocks.';
+    return 'All hotkeys have the same key. Choose other keys.';
   }
   return acting.map((id, i) => (
     <Fragment key={id}>
@@ -141,7 +139,7 @@ function startingKeys(): ComponentChildren {
 function stoppingKeys(running: Running[]): ComponentChildren {
   const many = running.length > 1;
   const withKeys = running.filter((entry) => keyOf(entry.hotkey) !== '');
-  if (withKeys.length === 0) return 'No key stops it. The Stop button does.';
+  if (withKeys.length === 0) return 'No key stops it. Use the Stop button.';
   return withKeys.map((entry, i) => (
     <Fragment key={entry.word}>
       {i > 0 && ', '}

@@ -15,39 +15,39 @@ export interface Warning {
 export const kWarnings = {
   endlessClicking: {
     id: 'endless-clicking',
-    title: 'No key will stop the clicker',
-    text: 'Hotkeys are off and the clicker has no count, so it clicks until you press Stop in this window. At a high rate the pointer may be hard to bring here. Turn hotkeys on in the preferences, or set a count.',
+    title: 'No key stops the autoclicker',
+    text: 'Hotkeys are off and no count is set, so it clicks until you press Stop in this window. At a high rate, the pointer may be hard to move here. Turn hotkeys on in the preferences, or set a count.',
     verb: 'Start clicking',
   },
   fastestClicking: {
     id: 'fastest-clicking',
-    title: 'As fast as it can click',
-    text: 'An interval of zero counts as 1 ms: clicks as fast as the timer goes. Other programs may fall behind and go on clicking for a while after the stop.',
+    title: 'Fastest clicking',
+    text: 'An interval of 0 counts as 1 ms, the shortest one. Other programs may lag, and may receive clicks for a while after the stop.',
     verb: 'Start clicking',
   },
   fastestPressing: {
     id: 'fastest-pressing',
-    title: 'As fast as it can press',
-    text: 'An interval of zero counts as 1 ms: keys as fast as the timer goes. Other programs may fall behind and go on typing for a while after the stop.',
+    title: 'Fastest key presses',
+    text: 'An interval of 0 counts as 1 ms, the shortest one. Other programs may lag, and may receive keys for a while after the stop.',
     verb: 'Start pressing',
   },
   looping: {
     id: 'looping-playback',
-    title: 'This macro starts over by itself',
-    text: 'Loop is on, so the macro plays again and again until you stop it: with Stop in this window, or with the play hotkey while hotkeys are on.',
+    title: 'Looping playback',
+    text: 'Loop is on, so the macro repeats until you stop it. Press Stop in this window, or the play hotkey while hotkeys are on.',
     verb: 'Play in a loop',
   },
   replacing: {
     id: 'replacing-recording',
-    title: 'A new recording replaces this one',
-    text: 'The events of this profile are cleared first, and that cannot be undone. Continue adds to them instead; recorded in a new profile, both are kept. The record hotkey starts over without asking.',
-    verb: 'Record anew',
+    title: 'Replace this recording?',
+    text: 'A new recording deletes the events of this profile. This cannot be undone. Continue adds to the events, and a new profile keeps both. The record hotkey replaces them without asking.',
+    verb: 'Replace recording',
   },
   // Shown in the question that is asked each time, not in a dialog of its own.
   losingEvents: {
     id: 'losing-events',
     title: '',
-    text: 'This cannot be undone. Export keeps a copy.',
+    text: 'This cannot be undone. Export first to keep a copy.',
     verb: '',
   },
 } as const satisfies Record<string, Warning>;

@@ -73,10 +73,10 @@ export function FindingsTimeline({ macro }: { macro: PendingImport }) {
       </div>
       <figcaption>
         {lanes
-          ? 'What it does over time, and where each finding begins.'
+          ? 'Activity over time, and the start of each finding.'
           : seconds === undefined
-            ? 'Where each finding begins. The macro may go on after the last.'
-            : 'Where each finding begins.'}
+            ? 'The start of each finding. The macro may be longer.'
+            : 'The start of each finding.'}
       </figcaption>
     </figure>
   );

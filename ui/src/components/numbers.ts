@@ -3,7 +3,7 @@
 import { groupedNumber } from '../format';
 
 export interface NumberRule {
-  name: string; // first word of the explanation: "Hours", "Speed"
+  noun: string; // what a whole number counts: "hours", "clicks"
   min: number;
   max: number;
   decimals: number; // 0: whole numbers
@@ -15,14 +15,13 @@ export function readNumber(text: string, rule: NumberRule): Reading {
   const range = `${groupedNumber(rule.min)} to ${groupedNumber(rule.max)}`;
   const reject = (error: string): Reading => ({ value: undefined, error });
   const typed = text.trim();
-  if (typed === '') return reject(`${rule.name}: enter a number, ${range}.`);
-  if (rule.decimals > 0 && typed.includes(',')) return reject(`${rule.name}: use a point for decimals.`);
-  const form = rule.decimals > 0 ? /^[+-]?(\d+\.?\d*|\.\d+)$/ : /^[+-]?\d+$/;
-  if (!form.test(typed)) {
-    return reject(`${rule.name}: ${rule.decimals > 0 ? 'a number' : 'a whole number'}, ${range}.`);
-  }
+  const isWhole = rule.decimals === 0;
+  if (!isWhole && typed.includes(',')) return reject('Use a decimal point, not a comma.');
+  const form = isWhole ? /^[+-]?\d+$/ : /^[+-]?(\d+\.?\d*|\.\d+)$/;
+  const outOfRange = isWhole ? `Enter ${range} ${rule.noun}.` : `Enter a number from ${range}.`;
+  if (!form.test(typed)) return reject(isWhole ? `Enter a whole number of ${rule.noun}.` : outOfRange);
   const value = Number(Number(typed).toFixed(rule.decimals));
-  if (value < rule.min || value > rule.max) return reject(`${rule.name}: ${range}.`);
+  if (value < rule.min || value > rule.max) return reject(outOfRange);
   return { value, error: '' };
 }
 

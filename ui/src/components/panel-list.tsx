@@ -58,7 +58,7 @@ export function PanelList({ panels }: { panels: Partial<Record<PanelId, () => Co
         })}
       </main>
       <p hidden id="grip-help">
-        Drag it, or press the arrow keys.
+        Drag to move the panel, or press the arrow keys.
       </p>
       <div class="unseen" role="status" aria-label="Panel order">
         {announcement.value}

@@ -111,7 +111,7 @@ function Movers({ id, title }: MoverProps) {
     <div
       class="panel__movers"
       role="group"
-      aria-label={`Place of ${title}`}
+      aria-label={`Position of ${title}`}
       onKeyDown={(event) => event.key === 'Escape' && done()}
     >
       {mover(-1, 'up')}

@@ -28,7 +28,7 @@ function levelText({ danger, dangers, cautions }: PendingImport): string {
     dangers > 0 && counted(dangers, 'danger'),
     cautions > 0 && counted(cautions, 'caution'),
   ].filter((text) => text !== false);
-  const what = danger ? 'Parts of it can do harm' : 'Parts of it may surprise you';
+  const what = danger ? 'This macro may do harm' : 'This macro may surprise you';
   return found.length > 0 ? `${what}: ${found.join(', ')}.` : `${what}.`;
 }
 
@@ -54,12 +54,12 @@ function Decision({ macro }: { macro: PendingImport }) {
       title={name ? `Import \u201c${name}\u201d?` : 'Import this macro?'}
       alarming
       wide
-      bodyLabel="What was found"
+      bodyLabel="Scan result"
       onClose={() => void rejectPendingImport(pendingId)}
       actions={
         <>
           {recording.value && (
-            <span class="pending-import__wait">It can be imported when the recording has ended.</span>
+            <span class="pending-import__wait">You can import it when the recording ends.</span>
           )}
           <Button kind="primary" waiting={deciding.value} onPress={() => void rejectPendingImport(pendingId)}>
             Don&rsquo;t import
@@ -75,9 +75,7 @@ function Decision({ macro }: { macro: PendingImport }) {
       }
     >
       {pendingReplaced.value && (
-        <p class="pending-import__replaced">
-          This macro has come in place of the one before, which was not imported.
-        </p>
+        <p class="pending-import__replaced">This macro replaces the previous one, which was not imported.</p>
       )}
       <p class={`pending-import__level${danger ? ' pending-import__level--danger' : ''}`}>
         <Icon name={danger ? 'danger' : 'caution'} />
@@ -85,8 +83,7 @@ function Decision({ macro }: { macro: PendingImport }) {
       </p>
       <p class="pending-import__facts">
         {known && `${known}. `}
-        It is held back: nothing of it is imported yet. Import it only if you know where it comes from and
-        expect this.
+        Nothing is imported yet. Import it only if you trust its source and expect this.
       </p>
       <FindingsTimeline macro={macro} />
       <ol class="findings" aria-label="Findings">

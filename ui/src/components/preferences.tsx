@@ -43,34 +43,33 @@ export function Preferences() {
     >
       <Section title="Window">
         <Switch of="alwaysOnTop" label="Always on top">
-          This window stays above all others.
+          Keeps this window above all others.
         </Switch>
         <Switch of="startMinimized" label="Start minimised">
-          From the next start on, the window stays out of the way until you open it.
+          Minimises the window at each start.
         </Switch>
         <Switch of="launchOnStartup" label="Start when I log in">
-          Varnelle starts by itself after you log in to this computer.
+          Starts Varnelle when you log in to this computer.
         </Switch>
       </Section>
       <Section title="Hotkeys">
         <Switch of="hotkeysEnabled" label="Hotkeys on">
-          When off, no key starts or stops anything: only the buttons of this window do.
+          When off, only the buttons of this window start and stop the tools.
         </Switch>
         <Switch of="hotkeyLock" label="Hotkey lock">
-          <KeyCap name={status.value.hotkeys.unlock} /> turns the other hotkeys into ordinary keys for typing,
-          and back. Switching this unlocks them.
+          <KeyCap name={status.value.hotkeys.unlock} /> turns the other hotkeys off for typing, and on again.
+          Changing this switch unlocks them.
         </Switch>
         <Switch of="stopToolsWithMacro" label="Stop the tools with the macro">
-          When a recording or a playback ends, the clicker and the key presser stop as well.
+          Stops the autoclicker and the key spammer when a recording or playback ends.
         </Switch>
       </Section>
-      <Section title="Page">
+      <Section title="Appearance">
         <Switch of="disableAnimations" inverted label="Animations">
           When off, nothing slides or fades.
         </Switch>
         <Switch of="showWarnings" label="Warnings">
-          The first time you press a button that may surprise, it is explained before anything happens.
-          Hotkeys never ask.
+          Explains a risky action the first time you press its button. Hotkeys never ask.
         </Switch>
       </Section>
       <Section title="Help">

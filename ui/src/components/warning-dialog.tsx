@@ -22,7 +22,7 @@ export function WarningDialog() {
       }
     >
       <p>{warning.text}</p>
-      <p class="group__hint">Shown once. Preferences turn warnings off.</p>
+      <p class="group__hint">Shown once. Turn off warnings in the preferences.</p>
     </Dialog>
   );
 }

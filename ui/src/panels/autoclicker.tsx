@@ -26,7 +26,7 @@ export function AutoclickerPanel() {
   return (
     <Panel
       id="panel-spammer"
-      title="Clicker"
+      title="Autoclicker"
       summary={rateText(autoclicker, action)}
       action={
         <RunButton running={clicking.value} what="clicking" onStart={startClicking} onStop={stopClicking} />
@@ -74,7 +74,7 @@ export function AutoclickerPanel() {
       />
       <LocationGroup />
       <HotkeyModeGroup
-        label="Clicker hotkey"
+        label="Autoclicker hotkey"
         hotkey={status.value.hotkeys.autoclicker}
         hold={hotkeys.holdAutoclicker}
         onChange={(hold) => void changeHoldAutoclicker(hold)}
@@ -85,24 +85,29 @@ export function AutoclickerPanel() {
 
 function repeatHint({ repeatMode, repeatCount, doubleClick }: AutoclickerSettings): string {
   if (repeatMode !== 'count') return 'Clicks until you stop it.';
-  const ending = `Stops by itself after ${counted(repeatCount, 'click')}.`;
+  const ending = `Stops after ${counted(repeatCount, 'click')}.`;
   return doubleClick ? `${ending} A double click counts as one.` : ending;
 }
 
 function locationHint({ locationMode, fixedX, fixedY }: AutoclickerSettings): string {
-  if (picking.value) return 'Click the place. Right-click cancels.';
-  if (locationMode === 'fixed') return `Fixed place: X ${fixedX}, Y ${fixedY}`;
-  // Its button would become Stop under the pointer.
-  return 'Clicks this window too: start it with its hotkey.';
+  if (picking.value) return 'Click the location. Right-click cancels.';
+  if (locationMode === 'fixed') return `Fixed location: X ${fixedX}, Y ${fixedY}`;
+  // A start by the button puts Stop under the pointer.
+  return 'Clicks in this window too, so start it by hotkey.';
 }
 
 function LocationGroup() {
   const { autoclicker } = settings.value;
   return (
-    <Group title="Place" hintId="click-place-hint" hint={locationHint(autoclicker)} notable={picking.value}>
+    <Group
+      title="Location"
+      hintId="click-location-hint"
+      hint={locationHint(autoclicker)}
+      notable={picking.value}
+    >
       <div class="pair">
         <Segmented
-          label="Click place"
+          label="Click location"
           value={autoclicker.locationMode}
           options={[
             { value: 'pointer', label: 'At pointer' },
@@ -111,7 +116,7 @@ function LocationGroup() {
           onChange={(locationMode) => void changeAutoclicker({ locationMode })}
         />
         {isMainWindow() && (
-          <Button icon="target" onPress={() => void pickLocation()} describedBy="click-place-hint">
+          <Button icon="target" onPress={() => void pickLocation()} describedBy="click-location-hint">
             Pick location
           </Button>
         )}

@@ -187,12 +187,11 @@ function useKeptPlace(handle: { current: ListHandle | null }) {
 }
 
 function NoRows() {
-  if (recording.value) return <p class="event__none">The events are shown when the recording ends.</p>;
-  if (view.value.list.length === 0)
-    return <p class="event__none">What you record is listed here, event by event.</p>;
+  if (recording.value) return <p class="event__none">Events appear when the recording ends.</p>;
+  if (view.value.list.length === 0) return <p class="event__none">Recorded events appear here.</p>;
   return (
     <div class="event__none">
-      <p>The filter leaves no event.</p>
+      <p>No events match the filter.</p>
       <Button onPress={showAllGroups}>Show all</Button>
     </div>
   );
@@ -218,8 +217,8 @@ function EditRow(props: {
       ) : (
         <NumberField
           key={index}
-          label="Time of the event"
-          name="Time"
+          label="Event time"
+          noun=""
           unit="s"
           value={event ? event.time : 0}
           min={0}
@@ -260,16 +259,15 @@ function ShiftField({
   const earliest = earliestSelected();
   const early = earliest + seconds < -1e-9;
   useEffect(
-    () =>
-      onError(early ? `Shift: the earliest is at ${groupedNumber(earliest)} s, and none goes below 0.` : ''),
+    () => onError(early ? `Enter -${groupedNumber(earliest)} or more: no time can be below 0.` : ''),
     [early, earliest],
   );
   useEffect(() => () => onError(''), []);
   return (
     <>
       <NumberField
-        label="Shift the times by"
-        name="Shift"
+        label="Shift times by"
+        noun=""
         unit="s"
         value={seconds}
         min={-kLongestTime}
@@ -329,7 +327,7 @@ function DeleteDialog(props: { count: number; onCancel: () => void; onDelete: ()
         </>
       }
     >
-      <p>Deleted events cannot be brought back. The other events keep their times.</p>
+      <p>This cannot be undone. The other events keep their times.</p>
     </Dialog>
   );
 }
@@ -337,15 +335,15 @@ function DeleteDialog(props: { count: number; onCancel: () => void; onDelete: ()
 function endText(verb: string, { end, done }: { end: BatchEnd; done: number }, all: number): string {
   if (end === 'done') return `${verb} ${countedEvents(done)}.`;
   const part = `${verb} ${groupedNumber(done)} of ${countedEvents(all)}`;
-  if (end === 'cancelled') return `${part}, then cancelled.`;
-  return end === 'changed' ? `The macro changed meanwhile. ${part}.` : `${part}.`;
+  if (end === 'cancelled') return `Cancelled. ${part}.`;
+  return end === 'changed' ? `The macro has changed. ${part}.` : `${part}.`;
 }
 
 function hintFor(selected: number, rows: number): string {
-  if (eventsLoading.value || !viewIsCurrent()) return 'Loading the events';
-  if (recording.value || rows === 0) return 'Filter, select, retime and delete what you recorded.';
-  if (playing.value && selected > 0) return 'Playback has its own copy: a change counts from the next round.';
+  if (eventsLoading.value || !viewIsCurrent()) return 'Loading events...';
+  if (recording.value || rows === 0) return 'Filter, select, retime and delete events.';
+  if (playing.value && selected > 0) return 'Playback uses your changes from the next round.';
   if (selected > 1) return `${groupedNumber(selected)} of ${countedEvents(rows)} selected.`;
-  if (selected === 1) return 'An event keeps its place in the list when its time changes.';
-  return 'Shift and Ctrl select several, Ctrl+A all.';
+  if (selected === 1) return 'A new time does not change the order of the list.';
+  return 'Shift or Ctrl selects several, Ctrl+A all.';
 }

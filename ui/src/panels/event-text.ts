@@ -64,7 +64,7 @@ export function eventText(description: string): string {
     case EventKind.Wheel:
       return `Wheel ${wheel < 0 ? 'down' : 'up'} ${Math.abs(wheel)}`;
     case EventKind.Tool:
-      return `${tool === Tool.Autoclicker ? 'Clicker' : 'Key presser'} ${on ? 'on' : 'off'}`;
+      return `${tool === Tool.Autoclicker ? 'Autoclicker' : 'Key spammer'} ${on ? 'on' : 'off'}`;
     default:
       return description || 'Unknown event';
   }

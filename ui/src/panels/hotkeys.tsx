@@ -15,7 +15,7 @@ import './hotkeys.css';
 
 function lockText({ lockEnabled, hotkeys }: Status, isLocked: boolean): string {
   if (!lockEnabled) return 'The hotkey lock is off.';
-  if (isLocked) return `Locked: all hotkeys but ${hotkeys.unlock} are ordinary keys now.`;
+  if (isLocked) return `Locked. Only ${hotkeys.unlock} works as a hotkey.`;
   return `Unlocked. ${hotkeys.unlock} locks the hotkeys and stops clicking, pressing and playing.`;
 }
 
@@ -24,16 +24,25 @@ const modeText: Record<HotkeyId, (hotkeys: Settings['hotkeys'], lockEnabled: boo
   keySpammer: ({ holdKeySpammer }) => (holdKeySpammer ? 'Hold to run' : 'Press to start and stop'),
   record: () => 'Press to start and stop',
   play: () => 'Press to start and stop',
-  unlock: (_, lockEnabled) => (lockEnabled ? 'Press to lock and unlock' : 'Of no use while the lock is off'),
+  unlock: (_, lockEnabled) => (lockEnabled ? 'Press to lock and unlock' : 'Unused while the lock is off'),
+};
+
+// What a hotkey does, in the warning of another one with the same key.
+const kEffects: Record<HotkeyId, string> = {
+  autoclicker: 'starts the autoclicker',
+  keySpammer: 'starts the key spammer',
+  record: 'starts recording',
+  play: 'starts playback',
+  unlock: 'locks the hotkeys',
 };
 
 // Returns a warning if another hotkey acts in place of this one, or if it takes every click of a mouse button.
 function noticeOf(hotkey: Hotkey): string {
   const winner = hotkeyInPlaceOf(hotkey.id, status.value);
   const name = status.value.hotkeys[hotkey.id];
-  if (winner) return `${name} is taken: ${winner.title} comes first, so this never acts.`;
+  if (winner) return `${name} already ${kEffects[winner.id]}. Choose another key.`;
   if (name === 'Left Mouse' || name === 'Right Mouse') {
-    return `Every ${name === 'Left Mouse' ? 'left' : 'right'} click goes to this, in every window.`;
+    return `Takes every ${name === 'Left Mouse' ? 'left' : 'right'} click, in every window.`;
   }
   return '';
 }
@@ -59,7 +68,7 @@ export function HotkeysPanel() {
         )}
         <p class="hotkeys__lock" role="status" aria-label="Hotkey lock">
           {hotkeysOff.value
-            ? 'Off: every key is an ordinary key, also those that stop a tool.'
+            ? 'Hotkeys are off. Start and stop with the buttons.'
             : lockText(status.value, locked.value)}
         </p>
       </div>
@@ -95,10 +104,10 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
         {notice && !waiting && <Icon name="caution" />}
         {waiting
           ? former
-            ? `It was ${former.key}: press that to have it back.`
+            ? `Press ${former.key} to restore it.`
             : id === 'unlock'
-              ? 'Any key, or a mouse button but the left.'
-              : 'Any key or mouse button: a click counts too.'
+              ? 'Any key, or any mouse button except the left.'
+              : 'Any key or mouse button, including a click.'
           : notice || modeText[id](settings.value.hotkeys, status.value.lockEnabled)}
       </span>
     </li>
@@ -121,10 +130,10 @@ function lostKeys(): { hotkey: Hotkey; key: string }[] {
 function resetHint(lost: ReturnType<typeof lostKeys>, differs: boolean): string {
   const [first] = lost;
   if (first) {
-    const more = lost.length > 1 ? `, and for ${lost.length - 1} more after that` : '';
-    return `The ${first.hotkey.name} hotkey was ${first.key}. Undo waits for that key${more}.`;
+    const more = lost.length > 1 ? `, then ${lost.length - 1} more` : '';
+    return `The ${first.hotkey.name} hotkey was ${first.key}. Undo asks you to press it${more}.`;
   }
-  return differs ? 'Your own keys take the place of some.' : 'These are the keys of a first start.';
+  return differs ? 'Some keys are your own.' : 'Default keys.';
 }
 
 // The program takes a binding only from a key press. So the page keeps the names of the keys that a reset has removed,
@@ -147,7 +156,7 @@ function Reset() {
   }, [lost.length === 0]);
   const differs = kHotkeys.some(({ id, defaultKey }) => status.value.hotkeys[id] !== defaultKey);
   const keys = kHotkeys.map(({ defaultKey }) => defaultKey);
-  const question = `Back to ${keys.slice(0, -1).join(', ')} and ${keys.at(-1)}? Undo then asks for your own keys.`;
+  const question = `Reset to ${keys.slice(0, -1).join(', ')} and ${keys.at(-1)}? Undo asks for your own keys again.`;
   const reset = async () => {
     setAsking(false);
     const own = kHotkeys

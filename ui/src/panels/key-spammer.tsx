@@ -33,7 +33,7 @@ export function KeySpammerPanel() {
   return (
     <Panel
       id="panel-keyspam"
-      title="Key presser"
+      title="Key spammer"
       summary={isEmpty ? 'Add a key first' : rateText(keySpammer, action)}
       action={
         <RunButton
@@ -64,7 +64,7 @@ export function KeySpammerPanel() {
         onCount={(repeatCount) => void changeKeySpammer({ repeatCount })}
       />
       <HotkeyModeGroup
-        label="Key presser hotkey"
+        label="Key spammer hotkey"
         hotkey={status.value.hotkeys.keySpammer}
         hold={hotkeys.holdKeySpammer}
         onChange={(hold) => void changeHoldKeySpammer(hold)}
@@ -74,9 +74,9 @@ export function KeySpammerPanel() {
 }
 
 function repeatHint({ repeatMode, repeatCount }: KeySpammerSettings, chord: boolean): string {
-  const round = chord ? 'A round presses every key.' : 'A round presses one key.';
+  const round = chord ? 'All keys per round.' : 'One key per round.';
   if (repeatMode !== 'count') return `Presses until you stop it. ${round}`;
-  return `Stops by itself after ${counted(repeatCount, 'round')}. ${round}`;
+  return `Stops after ${counted(repeatCount, 'round')}. ${round}`;
 }
 
 // Stands where the new key will, scrolled into view: there may be 256 before it.

@@ -3,7 +3,7 @@ import { useEffect, useState } from 'preact/hooks';
 import { batch } from '../batch';
 import { optimiseMacro } from '../commands';
 import { Button } from '../components/button';
-import { capitalised, counted, groupedNumber } from '../format';
+import { counted, groupedNumber } from '../format';
 import { Tool } from '../event-description';
 import { appSettings, eventCount, events, recording } from '../store';
 import { keyName } from './event-text';
@@ -12,8 +12,8 @@ import { macroData, revealEvents, setGroupShown, shownGroups } from './macro-mod
 
 const kMaxNames = 4;
 const kToolNames: Record<number, string> = {
-  [Tool.Autoclicker]: 'clicker',
-  [Tool.KeySpammer]: 'key presser',
+  [Tool.Autoclicker]: 'autoclicker',
+  [Tool.KeySpammer]: 'key spammer',
 };
 
 // "A", "A and B", "A, B and 3 more"
@@ -27,17 +27,14 @@ function listed(names: readonly string[]): string {
 function leftText({ heldKeys, hasUnpairedButtons, toolsOn }: Facts): string {
   const parts = [];
   if (heldKeys.length > 0) {
-    parts.push(
-      `Still held at the end: ${listed(heldKeys.map(({ virtualKey }) => keyName(virtualKey)))}. Playback releases no key.`,
-    );
+    const names = listed(heldKeys.map(({ virtualKey }) => keyName(virtualKey)));
+    parts.push(`${names} ${heldKeys.length === 1 ? 'stays' : 'stay'} pressed after playback.`);
   }
-  if (hasUnpairedButtons) parts.push('The button events do not pair up: a button may stay pressed.');
+  if (hasUnpairedButtons) parts.push('A mouse button may stay pressed after playback.');
   if (toolsOn.length > 0) {
-    const tools = capitalised(listed(toolsOn.map((tool) => kToolNames[tool] ?? 'tool')));
-    const end = appSettings.value.stopToolsWithMacro
-      ? 'stopped when playback ends'
-      : 'running on after playback';
-    parts.push(`${tools} left on: ${end}.`);
+    const tools = listed(toolsOn.map((tool) => kToolNames[tool] ?? 'tool'));
+    const end = appSettings.value.stopToolsWithMacro ? 'Stopped after playback' : 'Still on after playback';
+    parts.push(`${end}: ${tools}.`);
   }
   return parts.join(' ');
 }
@@ -51,15 +48,10 @@ export function LeftAtEnd() {
     revealEvents(held.map(({ index }) => index));
   };
   return (
-    <div class={`macro__note${text ? ' macro__note--alarm' : ''}`} role="status" aria-label="Left at the end">
-      <p>
-        {text ||
-          (shown
-            ? 'Every key that goes down comes up again.'
-            : 'Keys that a macro leaves held are named here.')}
-      </p>
+    <div class={`macro__note${text ? ' macro__note--alarm' : ''}`} role="status" aria-label="After playback">
+      <p>{text || (shown ? 'No keys left pressed.' : 'Shows keys that stay pressed after playback.')}</p>
       {held.length > 0 && text && (
-        <Button label="Select the held keys in the list" onPress={select}>
+        <Button label="Select the pressed keys in the list" onPress={select}>
           Select
         </Button>
       )}
@@ -95,8 +87,8 @@ export function OptimiseRow() {
         Optimise
       </Button>
       <p id="optimise-hint" aria-live="polite">
-        {dropped ? `Dropped ${counted(dropped.count, 'move')}. ` : ''}
-        {facts ? droppableText(facts, dropped !== null) : 'Drop moves within 10 px of the last one kept.'}
+        {dropped ? `Removed ${counted(dropped.count, 'move')}. ` : ''}
+        {facts ? droppableText(facts, dropped !== null) : 'Removes moves within 10 px of the last one kept.'}
       </p>
     </div>
   );
@@ -105,7 +97,7 @@ export function OptimiseRow() {
 function droppableText({ droppedMoves, counts }: Facts, again: boolean): string {
   const all = counts[0] ?? 0;
   if (droppedMoves > 0) {
-    return `${again ? 'Again: drop' : 'Drop'} ${groupedNumber(droppedMoves)} of ${counted(all, 'move')}, within 10 px of the last one kept.`;
+    return `${again ? 'Again: removes' : 'Removes'} ${groupedNumber(droppedMoves)} of ${counted(all, 'move')}, within 10 px of the last one kept.`;
   }
-  return again ? 'No more would be.' : 'No move would be dropped.';
+  return again ? 'Nothing left to optimise.' : 'Nothing to optimise.';
 }

@@ -42,8 +42,8 @@ export function MacroPanel() {
           </div>
           <p class="group__hint macro__hint">
             {count === 0
-              ? 'Record keeps what you do until you stop it.'
-              : 'Record starts over. Continue adds to these events.'}
+              ? 'Records what you do until you stop it.'
+              : 'Record replaces the events. Continue adds to them.'}
           </p>
         </div>
         <div class="macro__noted">
@@ -104,7 +104,7 @@ function PlaybackGroup() {
       <div class="macro__playback">
         <NumberField
           label="Playback speed"
-          name="Speed"
+          noun=""
           unit={'\u00d7'}
           value={playbackSpeed}
           min={0.01}
@@ -118,7 +118,7 @@ function PlaybackGroup() {
         <Toggle label="Loop" checked={loop} onChange={(on) => void changeMacroSettings({ loop: on })} />
         <NumberField
           label="Pause between rounds"
-          name="Pause between rounds"
+          noun="milliseconds"
           unit="ms"
           value={loopPauseMilliseconds}
           min={0}
@@ -136,16 +136,15 @@ function PlaybackGroup() {
 }
 
 function playbackHint(): string {
-  if (recording.value || eventCount.value === 0) return 'A round ends with its last event.';
   const { playbackSpeed, loop, loopPauseMilliseconds } = settings.value.macro;
+  if (recording.value || eventCount.value === 0) return loop ? 'Plays until you stop it.' : 'Plays once.';
   const round = macroLength.value / playbackSpeed;
-  if (!(playbackSpeed > 0) || !Number.isFinite(round)) return 'At this speed a round takes no sensible time.';
+  if (!(playbackSpeed > 0) || !Number.isFinite(round)) return 'Set a speed above 0.';
   if (!loop) return `One round takes ${spanText(round)}.`;
   const every = round + Math.max(0, loopPauseMilliseconds) / 1000;
   const rounds = every > 0 ? 3600 / every : Infinity;
-  const rate =
-    rounds >= 1 && rounds <= 3_600_000 ? `, ${groupedNumber(Math.floor(rounds))} rounds an hour` : '';
-  return `One round takes ${spanText(round)}, with the pause ${spanText(every)}${rate}.`;
+  const rate = rounds >= 1 && rounds <= 3_600_000 ? ` (${groupedNumber(Math.floor(rounds))} per hour)` : '';
+  return `One round takes ${spanText(round)}, or ${spanText(every)} with the pause${rate}.`;
 }
 
 // As exact as its length makes sense: to hundredths, seconds, minutes.
@@ -156,9 +155,10 @@ function spanText(seconds: number): string {
 
 function recordHint(macro: MacroSettings): string {
   const { recordMoves, recordButtons, recordWheel, recordKeys, recordRawMoves } = macro;
-  if (!recordMoves && !recordButtons && !recordWheel && !recordKeys) return 'Nothing would be recorded.';
-  if (recordMoves && recordRawMoves) return 'Raw moves suit games that hide the pointer.';
-  return 'Clicks in this window and the hotkeys are left out.';
+  if (!recordMoves && !recordButtons && !recordWheel && !recordKeys)
+    return 'Choose at least one kind of input.';
+  if (recordMoves && recordRawMoves) return 'Raw moves are for games that hide the pointer.';
+  return 'Hotkeys and clicks in this window are not recorded.';
 }
 
 type RecordSwitch = 'recordMoves' | 'recordButtons' | 'recordWheel' | 'recordKeys' | 'recordRawMoves';
@@ -174,7 +174,7 @@ function RecordGroup() {
     />
   );
   return (
-    <Group title="What is recorded" hint={recordHint(macro)} hintId="record-hint">
+    <Group title="Recorded input" hint={recordHint(macro)} hintId="record-hint">
       <div class="macro__kinds">
         {toggle('Moves', 'recordMoves')}
         {toggle('Buttons', 'recordButtons')}

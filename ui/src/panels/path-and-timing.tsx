@@ -35,7 +35,7 @@ export function PathAndTiming() {
 
 function hintFor(strip: Drawn<StripDrawing> | null, cursor: number): string {
   if (!strip) return 'Time runs from left to right.';
-  return cursor < 0 ? 'Point for a time, click to find it in the list.' : cursorText(strip, cursor);
+  return cursor < 0 ? 'Point to see a time. Click to select its event.' : cursorText(strip, cursor);
 }
 
 // Marks where the pointer is at the cursor of the strip.
@@ -56,12 +56,12 @@ function PointerMark(props: {
 }
 
 function NoPath({ facts }: { facts: Facts | undefined }) {
-  if (recording.value) return <p class="pointer-path__none">Drawn when the recording ends.</p>;
+  if (recording.value) return <p class="pointer-path__none">Shown when the recording ends.</p>;
   if (facts) return <p class="pointer-path__none">No pointer positions in this macro.</p>;
-  if (eventCount.value > 0) return <p class="pointer-path__none">Reading the events</p>;
+  if (eventCount.value > 0) return <p class="pointer-path__none">Loading events...</p>;
   return (
     <div class="pointer-path__none">
-      <p>What you record is drawn here: the pointer&rsquo;s path, clicks and keys.</p>
+      <p>The path, clicks and keys of a recording appear here.</p>
       <Button kind="primary" icon="record" disabled={playing.value} onPress={() => void startRecording()}>
         Start a recording
       </Button>
@@ -74,5 +74,5 @@ function boxText({ box, hasRawMoves }: Facts): string {
   const range = (from: number, to: number) =>
     from === to ? groupedNumber(from) : `${groupedNumber(from)} to ${groupedNumber(to)}`;
   const area = `X ${range(box.left, box.right)}, Y ${range(box.top, box.bottom)}`;
-  return hasRawMoves ? `Raw moves added up: ${area}` : area;
+  return hasRawMoves ? `Sum of raw moves: ${area}` : area;
 }

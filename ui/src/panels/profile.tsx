@@ -18,7 +18,7 @@ const withoutTabs = (name: string) => name.replace(/\p{Cc}/gu, ' ');
 
 // The program takes names as they come but drops these signs on the way.
 function nameError(name: string): string {
-  if (/["[\]\\]/.test(name)) return 'Leave out these signs: " [ ] \\';
+  if (/["[\]\\]/.test(name)) return 'Do not use these characters: " [ ] \\';
   if (name.trim() === '') return 'Enter a name.';
   return '';
 }
@@ -102,7 +102,7 @@ export function ProfilePanel() {
         {step === 'add' && <AddProfile names={names} onDone={done} />}
         {step === 'clear' && (
           <Ask
-            question={`Clear its ${events} and its settings?`}
+            question={`Clear ${events} and all settings?`}
             verb="Clear now"
             explained={explained}
             onConfirm={clearProfile}
@@ -111,7 +111,7 @@ export function ProfilePanel() {
         )}
         {step === 'delete' && (
           <Ask
-            question={`Delete it with its ${events}?`}
+            question={`Delete this profile with ${events}?`}
             verb="Delete now"
             explained={explained}
             onConfirm={deleteProfile}
@@ -142,18 +142,18 @@ function FileButton(props: { which: 'import' | 'export'; children: string; onPre
 function Hint({ isDefault }: { isDefault: boolean }) {
   const note = importNote.value;
   const text = recording.value
-    ? 'The profile stays as it is while a recording runs.'
+    ? 'Profiles cannot be changed during a recording.'
     : fileDialog.value === 'import'
-      ? 'Choose a macro file in the dialog that has opened.'
+      ? 'Choose a macro file in the file dialog.'
       : fileDialog.value === 'export'
-        ? 'Choose where to save it in the dialog that has opened.'
+        ? 'Choose a name and a folder in the file dialog.'
         : note
           ? note.reset
-            ? 'The file held no tool settings, so both tools are at their defaults.'
-            : 'If the file held tool settings, they are not in use yet.'
+            ? 'The file has no settings. Both tools use their defaults.'
+            : 'Settings in the file are not in use yet.'
           : isDefault
-            ? 'This profile can be cleared, not deleted.'
-            : 'A macro with its tool settings.';
+            ? 'The default profile cannot be deleted.'
+            : 'A macro and its settings.';
   return (
     <div class="profile__hint">
       <p class="group__hint" id={kHintId} aria-live="polite">
@@ -203,7 +203,7 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
     setSent(true);
     void addProfile(name.trim()).then(onDone);
   };
-  const hint = known ? 'There is a profile of this name already.' : 'It starts with the present settings.';
+  const hint = known ? 'Another profile has this name.' : 'Starts with the current settings.';
   const shownError = tried || name !== '' ? error : '';
   return (
     <form

@@ -38,7 +38,7 @@ export function IntervalGroup(props: {
           <NumberField
             key={part.key}
             label={`${title}: ${part.name.toLowerCase()}`}
-            name={part.name}
+            noun={part.name.toLowerCase()}
             unit={part.unit}
             value={interval[part.key]}
             min={0}
@@ -87,7 +87,7 @@ export function RepeatGroup(props: {
         />
         <NumberField
           label={`Number of ${what}`}
-          name={`Number of ${what}`}
+          noun={what}
           unit={'\u00d7'}
           value={count}
           min={1}
