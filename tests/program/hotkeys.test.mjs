@@ -25,7 +25,7 @@ after(() => world?.close(), limit);
 async function begin() {
   program = await world.startProgram();
   observer = await world.openApplication();
-  await program.enter('Click interval: milliseconds', 20, program.panel('Clicker'));
+  await program.enter('Click interval: milliseconds', 20, program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.sms === 20, 'the interval');
 }
 
@@ -41,7 +41,7 @@ async function capture(what, press, done) {
 
 test('in hold mode the tool runs while the hotkey is held', limit, async () => {
   await begin();
-  await program.choose('Clicker hotkey', 'Hold to run', program.panel('Clicker'));
+  await program.choose('Autoclicker hotkey', 'Hold to run', program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
   world.desktop.repeatKeys(true);
   await hand.keyDown(Key.F6);
@@ -100,7 +100,7 @@ test('a hotkey is captured from the keyboard, and the old key is free', limit, a
   await begin();
   const before = program.status().hkAuto;
   await capture(
-    'clicker',
+    'autoclicker',
     () => hand.tap(Key.F11),
     (s) => s.hkAuto !== before,
   );
@@ -123,7 +123,7 @@ test('a hotkey is captured from the keyboard, and the old key is free', limit, a
 test('a mouse button can be a hotkey', limit, async () => {
   await begin();
   await capture(
-    'clicker',
+    'autoclicker',
     () => hand.click(Button.Middle),
     (s) => s.hkAuto === 'Middle Mouse',
   );
@@ -164,7 +164,7 @@ test(
   async () => {
     await begin();
     const count = program.status().keySpamTargets.length;
-    await program.press('Add key', program.panel('Key presser'));
+    await program.press('Add key', program.panel('Key spammer'));
     await program.waitForCapture((s) => s.reassigning === 'keyspamtarget');
     await hand.click(Button.Left);
     await waitUntil(() => observer.buttons().length === 2, 'the click reaches the application');
@@ -181,7 +181,7 @@ test('resetting brings the hotkeys back', limit, async () => {
   await begin();
   const before = program.status();
   await capture(
-    'clicker',
+    'autoclicker',
     () => hand.tap(Key.F12),
     (s) => s.hkAuto !== before.hkAuto,
   );

@@ -36,16 +36,16 @@ test('everything is back after closing and starting again', limit, async () => {
     async () => (await program.call('getProfiles')).current === 1,
     'the new profile is current',
   );
-  await program.enter('Click interval: milliseconds', 37, program.panel('Clicker'));
-  await program.choose('Mouse button', 'Middle', program.panel('Clicker'));
-  await program.choose('Key presser hotkey', 'Hold to run', program.panel('Key presser'));
+  await program.enter('Click interval: milliseconds', 37, program.panel('Autoclicker'));
+  await program.choose('Mouse button', 'Middle', program.panel('Autoclicker'));
+  await program.choose('Key spammer hotkey', 'Hold to run', program.panel('Key spammer'));
   await program.enter('Playback speed', 2);
   await program.toggle('Wheel', false);
   await program.waitForSettings(
     (s) => s.sms === 37 && s.sbtn === 2 && s.holdKeySpam && s.tspd === 2 && !s.tscr,
     'the settings',
   );
-  await program.press('Change the clicker hotkey', program.panel('Hotkeys'));
+  await program.press('Change the autoclicker hotkey', program.panel('Hotkeys'));
   await program.waitForCapture((s) => s.reassigning === 'auto');
   await hand.click(Button.Middle);
   await program.waitForStatus((s) => s.hkAuto === 'Middle Mouse', 'the hotkey');
@@ -86,7 +86,7 @@ test('killed in the middle of everything, the last save is loaded', limit, async
   const installation = world.install();
   let program = await world.startProgram({ installation });
   let observer = await world.openApplication();
-  await program.enter('Click interval: milliseconds', 41, program.panel('Clicker'));
+  await program.enter('Click interval: milliseconds', 41, program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.sms === 41, 'the interval');
   await hand.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Recording', 'recording');
@@ -187,7 +187,7 @@ test('killed while hotkeys are held, input is free again', limit, async () => {
   const installation = world.install();
   const program = await world.startProgram({ installation });
   const observer = await world.openApplication();
-  await program.choose('Clicker hotkey', 'Hold to run', program.panel('Clicker'));
+  await program.choose('Autoclicker hotkey', 'Hold to run', program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
   await hand.keyDown(Key.F6);
   await program.waitForStatus((s) => s.autoClicking, 'it clicks');

@@ -121,7 +121,7 @@ test('a preference is in the file and in force at once: hotkeys off and on again
   await waitUntil(async () => (await observer.window(kMainTitle)).onTop, 'the window is on top');
 });
 
-const kTitles = ['Profile', 'Clicker', 'Key presser', 'Macro', 'Hotkeys'];
+const kTitles = ['Profile', 'Autoclicker', 'Key spammer', 'Macro', 'Hotkeys'];
 const shownTitles = () => program.page.locator('#dashboard > .panel h2').allInnerTexts();
 const isOpen = async (title) =>
   (await program.button(`${title}: show settings`).getAttribute('aria-expanded')) === 'true';
@@ -150,7 +150,7 @@ test('panels collapse and move, the window fits, and all is as it was after a re
   assert.deepEqual([...first].sort(), [...kTitles].sort());
   // The page has asked for the height of all of it, which no screen of these tests has.
   await waitUntil(() => program.page.viewportSize().height > 600, 'the window has grown');
-  for (const title of ['Macro', 'Clicker', 'Key presser', 'Hotkeys']) {
+  for (const title of ['Macro', 'Autoclicker', 'Key spammer', 'Hotkeys']) {
     await program.press(`${title}: show settings`);
     assert.equal(await isOpen(title), false);
   }
@@ -197,8 +197,8 @@ test('panels collapse and move, the window fits, and all is as it was after a re
 test('a warning is shown until it was gone on from, and never again', limit, async () => {
   const installation = install({ settings: { hotkeysEnabled: 0 }, macros: { Empty: [] } });
   await begin(installation);
-  const warning = program.page.getByRole('alertdialog', { name: 'No key will stop the clicker' });
-  await program.press('Start clicking', program.panel('Clicker'));
+  const warning = program.page.getByRole('alertdialog', { name: 'No key stops the autoclicker' });
+  await program.press('Start clicking', program.panel('Autoclicker'));
   await warning.waitFor();
   await program.press('Cancel', warning);
   await warning.waitFor({ state: 'detached' });
@@ -207,7 +207,7 @@ test('a warning is shown until it was gone on from, and never again', limit, asy
   assert.equal(observer.buttons().length, 0);
   assert.deepEqual((await program.call('getAppSettings')).seenWarnings, []);
 
-  await program.press('Start clicking', program.panel('Clicker'));
+  await program.press('Start clicking', program.panel('Autoclicker'));
   await program.press('Start clicking', warning);
   await clicking(true);
   await waitUntil(() => observer.presses().length > 0, 'it clicks');
@@ -217,10 +217,10 @@ test('a warning is shown until it was gone on from, and never again', limit, asy
 
   await restart(installation);
   const again = program.page.getByRole('alertdialog');
-  await program.press('Start clicking', program.panel('Clicker'));
+  await program.press('Start clicking', program.panel('Autoclicker'));
   await clicking(true);
   assert.equal(await again.count(), 0);
-  await program.press('Stop clicking', program.panel('Clicker'));
+  await program.press('Stop clicking', program.panel('Autoclicker'));
   await clicking(false);
 });
 
@@ -254,7 +254,7 @@ test('several events are deleted and shifted as the page says', limit, async () 
   const rows = program.eventRows();
   await rows.nth(0).click();
   await rows.nth(3).click({ modifiers: ['Shift'] });
-  await program.enter('Shift the times by', 0.125);
+  await program.enter('Shift times by', 0.125);
   await program.press('Shift');
   await program.page.getByText('Shifted 4 events.').waitFor();
   const shifted = before.map((event, i) =>
@@ -336,7 +336,7 @@ test('the page says beforehand how many moves optimising drops', limit, async ()
     const before = await macro();
     assert.equal(before.length, lines.length);
     const moves = before.filter(({ desc }) => /^(Abs|Rel) Move/.test(desc)).length;
-    const pattern = /^Drop ([\d,]+) of ([\d,]+) moves?, within|^No move would be dropped\.$/;
+    const pattern = /^Removes ([\d,]+) of ([\d,]+) moves?, within|^Nothing to optimise\.$/;
     const [, would = '0', of] = await waitUntil(
       async () => pattern.exec(await told.innerText()),
       'the forecast',
@@ -351,9 +351,9 @@ test('the page says beforehand how many moves optimising drops', limit, async ()
     }
     assert.equal(Number(of.replaceAll(',', '')), moves, name);
     await button.click();
-    await told.getByText(`Dropped ${would} ${expected === 1 ? 'move' : 'moves'}.`).waitFor();
+    await told.getByText(`Removed ${would} ${expected === 1 ? 'move' : 'moves'}.`).waitFor();
     assert.equal((await macro()).length, before.length - expected, name);
-    assert.match(await told.innerText(), / No more would be\.$/);
+    assert.match(await told.innerText(), / Nothing left to optimise\.$/);
   }
   assert.ok(counts.Slow > 200 && counts.Hand > 100 && counts.Busy > 20, JSON.stringify(counts));
   assert.ok(counts.Far > 0 && counts.Fast < 60 && counts.Short === 0, JSON.stringify(counts));
@@ -397,7 +397,7 @@ test('the poll that tells of a start or a stop is the one that shows it', limit,
   await next('Recording');
   await program.press('Stop everything');
   await next('Idle');
-  await program.press('Start clicking', program.panel('Clicker'));
+  await program.press('Start clicking', program.panel('Autoclicker'));
   await next('Idle clicking');
   await program.press('Stop everything');
   await next('Idle');

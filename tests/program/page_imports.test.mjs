@@ -191,7 +191,7 @@ test(
 
     await hand.tap(Key.F8);
     await waitForState('Recording');
-    await decision().getByText('It can be imported when the recording has ended.').waitFor();
+    await decision().getByText('You can import it when the recording ends.').waitFor();
     assert.equal(await anyway.getAttribute('aria-disabled'), 'true');
     await anyway.click({ force: true });
     await hand.tap(Key.F8);
@@ -226,7 +226,7 @@ test(
     await waitForProfile('Clean (Imported)');
     await program.page
       .getByRole('alert')
-      .getByText(/^This import came in while a recording ran\./)
+      .getByText(/^The import arrived during a recording\./)
       .waitFor();
     for (const button of [
       'Import profile',
@@ -237,7 +237,7 @@ test(
     ]) {
       assert.ok(await program.button(button).isDisabled(), `${button} waits`);
     }
-    await program.page.getByText('The profile stays as it is while a recording runs.').waitFor();
+    await program.page.getByText('Profiles cannot be changed during a recording.').waitFor();
 
     // From here on the imported profile is the macro that grows.
     await hand.tap(Key.Z);

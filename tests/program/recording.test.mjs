@@ -240,7 +240,7 @@ test('a playback is stopped in the middle by F7', limit, async () => {
 
 test('own clicks are not recorded, the tool is, and playback drives it', limit, async () => {
   await begin();
-  await program.enter('Click interval: milliseconds', 25, program.panel('Clicker'));
+  await program.enter('Click interval: milliseconds', 25, program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.sms === 25, 'the interval');
   await record(async () => {
     await hand.tap(Key.A);

@@ -26,8 +26,8 @@ async function begin() {
   observer = await world.openApplication();
 }
 
-const clicker = () => program.panel('Clicker');
-const presser = () => program.panel('Key presser');
+const clicker = () => program.panel('Autoclicker');
+const presser = () => program.panel('Key spammer');
 
 async function setInterval(panel, prefix, milliseconds) {
   await program.enter(`${prefix}: milliseconds`, milliseconds, panel);

@@ -136,7 +136,7 @@ test('a real click on the page starts the clicker, F6 stops it', options, async 
 });
 
 test('a right click opens no browser menu', options, async () => {
-  await pointAt('h2', 'Clicker');
+  await pointAt('h2', 'Autoclicker');
   await inspector.evaluate(`void window.addEventListener('contextmenu',
     (event) => setTimeout(() => (window.menu = event.defaultPrevented ? 'prevented' : 'open')), { once: true })`);
   await world.hand.click(Button.Right);

@@ -116,9 +116,9 @@ const pictures = {
 
   async panels() {
     await startProgram();
-    for (const name of ['Profile', 'Key presser', 'Clicker', 'Macro', 'Hotkeys'])
+    for (const name of ['Profile', 'Key spammer', 'Autoclicker', 'Macro', 'Hotkeys'])
       await program.press(`${name}: show settings`);
-    await program.press('Move Clicker');
+    await program.press('Move Autoclicker');
     await program.page.evaluate(() => document.activeElement.blur());
     const board = await boxOf(program.page.locator('#dashboard'));
     await size(board.y + board.height);
@@ -129,8 +129,8 @@ const pictures = {
   async clicking() {
     await startProgram();
     await openField();
-    await program.choose('Click place', 'Fixed', panel('Clicker'));
-    await showUnderState(panel('Clicker'));
+    await program.choose('Click location', 'Fixed', panel('Autoclicker'));
+    await showUnderState(panel('Autoclicker'));
     await program.press('Start clicking');
     await program.waitForStateText(/Clicking/);
     await pointAway();
@@ -142,7 +142,7 @@ const pictures = {
   async pressing() {
     await startProgram();
     await size(1200);
-    const body = panel('Key presser');
+    const body = panel('Key spammer');
     await body.scrollIntoViewIfNeeded();
     await pointAway();
     await saveBetween('pressing', body, body);
@@ -178,7 +178,7 @@ const pictures = {
     const time = program.page.getByRole('slider', { name: 'Time in the macro' });
     const lanes = await boxOf(time);
     await program.page.mouse.move(lanes.x + lanes.width * 0.52, lanes.y + lanes.height / 2);
-    await saveBetween('macro', panel('Macro'), program.page.getByLabel('Left at the end'));
+    await saveBetween('macro', panel('Macro'), program.page.getByLabel('After playback'));
   },
 
   async looping() {
@@ -203,7 +203,7 @@ const pictures = {
     const rows = program.eventRows();
     await rows.nth(4).click();
     await rows.nth(7).click({ modifiers: ['Shift'] });
-    await program.enter('Shift the times by', '0.5');
+    await program.enter('Shift times by', '0.5');
     await program.page.evaluate(() => document.activeElement.blur());
     await panel('Macro').evaluate((element) => element.scrollIntoView({ block: 'end' }));
     await pointAway();
@@ -222,8 +222,8 @@ const pictures = {
     await list.press('End');
     await program.eventRows().filter({ hasText: 'Key Left Shift up' }).click();
     await program.press('Delete event');
-    const note = program.page.getByLabel('Left at the end');
-    await note.getByText(/Still held/).waitFor();
+    const note = program.page.getByLabel('After playback');
+    await note.getByText(/pressed after playback/).waitFor();
     await pointAway();
     await saveBetween('left', note, note);
   },
@@ -231,10 +231,10 @@ const pictures = {
   async hotkeys() {
     await startProgram();
     await size(1200);
-    await program.press('Change the key presser hotkey');
+    await program.press('Change the key spammer hotkey');
     await program.waitForStateText(/Waiting for a key/);
     await world.hand.tap(Key.F6);
-    await program.page.getByText(/is taken/).waitFor();
+    await program.page.getByText(/Choose another key/).waitFor();
     await program.page.evaluate(() => document.activeElement.blur());
     await panel('Hotkeys').scrollIntoViewIfNeeded();
     await pointAway();
