@@ -43,7 +43,7 @@ export function MacroPanel() {
           <p class="group__hint macro__hint">
             {count === 0
               ? 'Records what you do until you stop it.'
-              : 'Record replaces the events. Continue adds to them.'}
+              : 'Record starts over. Continue adds events.'}
           </p>
         </div>
         <div class="macro__noted">
