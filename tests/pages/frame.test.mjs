@@ -216,7 +216,7 @@ pageTest(
     await settled(page);
     const grip = button(page, 'Move Macro');
     await grip.focus();
-    const told = page.getByRole('status', { name: 'Panel order' });
+    const announcement = page.getByRole('status', { name: 'Panel order' });
     for (const [key, place, order] of [
       ['ArrowUp', 3, 'panel-profile,panel-spammer,panel-tracker,panel-keyspam,panel-ui'],
       ['Alt+ArrowUp', 2, 'panel-profile,panel-tracker,panel-spammer,panel-keyspam,panel-ui'],
@@ -226,7 +226,7 @@ pageTest(
     ]) {
       await page.keyboard.press(key);
       await page.waitForFunction((text) => host.calls.at(-1)?.[1] === text, order);
-      assert.equal(await told.innerText(), `Macro: position ${place} of 5`);
+      assert.equal(await announcement.innerText(), `Macro: position ${place} of 5`);
       assert.equal((await orderOf(page)).join(), order);
       assert.equal(await focused(page), 'Move Macro', key);
     }

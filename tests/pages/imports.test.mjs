@@ -250,27 +250,27 @@ test('moves nothing while a profile is imported, exported, cleared or deleted', 
       events: [event(1, 'Autoclicker ON')],
       viewport: { width, height: 560 },
     });
-    const places = () =>
+    const positions = () =>
       page.evaluate(() =>
         [...document.querySelectorAll('.panel, .profile__first, .profile__step')].map((element) => {
           const { x, y, height } = element.getBoundingClientRect();
           return [element.id || element.className, x, y + scrollY, height].join(' ');
         }),
       );
-    const still = await places();
+    const before = await positions();
     for (const name of ['Delete profile', 'Clear profile', 'New profile']) {
       await button(page, name).click();
-      assert.deepEqual(await places(), still, `${name} at ${width}`);
+      assert.deepEqual(await positions(), before, `${name} at ${width}`);
       await picture(page, `profile-${name.split(' ')[0].toLowerCase()}-${width}`);
       await page.keyboard.press('Escape');
     }
     await page.host.setSilent(['importProfile']);
     await button(page, 'Import profile').click();
     await page.getByText('Choose a macro file').waitFor();
-    assert.deepEqual(await places(), still, `importing at ${width}`);
+    assert.deepEqual(await positions(), before, `importing at ${width}`);
     await page.evaluate(() => (host.addImportedProfile(), window.onProfileImported()));
     await done(page).getByText('Imported as').waitFor();
-    assert.deepEqual(await places(), still, `imported at ${width}`);
+    assert.deepEqual(await positions(), before, `imported at ${width}`);
     await closePage(page);
   }
 });
@@ -292,11 +292,11 @@ describe('a pending import', () => {
       ],
     );
     assert.equal(await page.locator('.findings-timeline__lane path').count(), 3);
-    const places = await page.locator('.findings-timeline__number').evaluateAll((all) =>
-      all.map((sign) => {
-        const line = sign.closest('.findings-timeline__drawing').querySelector('svg').getBoundingClientRect();
-        const box = sign.getBoundingClientRect();
-        return [sign.innerText, (box.x + box.width / 2 - line.x) / line.width, box.y];
+    const positions = await page.locator('.findings-timeline__number').evaluateAll((all) =>
+      all.map((mark) => {
+        const line = mark.closest('.findings-timeline__drawing').querySelector('svg').getBoundingClientRect();
+        const box = mark.getBoundingClientRect();
+        return [mark.innerText, (box.x + box.width / 2 - line.x) / line.width, box.y];
       }),
     );
     for (const [name, at] of [
@@ -304,10 +304,10 @@ describe('a pending import', () => {
       ['2', 64.08],
       ['3', 65],
     ]) {
-      const [, place] = places.find(([sign]) => sign === name);
-      assert.ok(Math.abs(place - at / 90.5) < 0.01, `${name} at ${place}`);
+      const [, position] = positions.find(([number]) => number === name);
+      assert.ok(Math.abs(position - at / 90.5) < 0.01, `${name} at ${position}`);
     }
-    assert.ok(places[2][2] < places[1][2] - 18, 'signs close together do not cover each other');
+    assert.ok(positions[2][2] < positions[1][2] - 18, 'signs close together do not cover each other');
     await picture(page, 'held');
     await page.locator('.dialog__body').evaluate((body) => body.scrollTo(0, body.scrollHeight));
     await picture(page, 'held-end');

@@ -47,9 +47,9 @@ describe('an invalid number is explained and not sent', { concurrency: 4 }, () =
           await field.press('Enter');
           assert.equal(await field.getAttribute('aria-invalid'), 'true', `"${text}"`);
           const id = await field.getAttribute('aria-describedby');
-          const told = page.locator(`#${id}.group__hint--error`);
-          await told.waitFor();
-          assert.match(await told.innerText(), /^Enter .*\.$|^Use .*\.$/, `"${text}" is explained`);
+          const explanation = page.locator(`#${id}.group__hint--error`);
+          await explanation.waitFor();
+          assert.match(await explanation.innerText(), /^Enter .*\.$|^Use .*\.$/, `"${text}" is explained`);
         }
         await field.blur();
         await page.clock.runFor(1000); // longer than the typing pause after which a number is sent

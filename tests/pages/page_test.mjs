@@ -69,7 +69,7 @@ export async function openPage(options = {}) {
   return page;
 }
 
-// Loads the built page anew in an open page.
+// Loads the built page again in an open page.
 export async function loadPage(page, { absentCommands = [], before = () => {}, ...state }) {
   await page.goto('about:blank');
   await page.evaluate(

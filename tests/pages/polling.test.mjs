@@ -294,11 +294,11 @@ pageTest(
     };
     const early = await measure(kDay / 5);
     const late = await measure(kDay);
-    const told = JSON.stringify({ early, late });
+    const measured = JSON.stringify({ early, late });
     // Two bytes for each poll would exceed this.
-    assert.ok(late.usedSize - early.usedSize < 1_100_000, told);
-    assert.ok(late.nodes - early.nodes < 400, told);
-    assert.ok(late.jsEventListeners - early.jsEventListeners < 100, told);
+    assert.ok(late.usedSize - early.usedSize < 1_100_000, measured);
+    assert.ok(late.nodes - early.nodes < 400, measured);
+    assert.ok(late.jsEventListeners - early.jsEventListeners < 100, measured);
     assert.equal(await page.evaluate(() => Object.keys(host.promises).length), 0);
   },
 );

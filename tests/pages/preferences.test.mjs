@@ -13,10 +13,10 @@ import {
 } from './page_test.mjs';
 import { animatedElements, axeFinds, contrastOf } from './page_checks.mjs';
 
-const sheet = (page) => page.getByRole('dialog', { name: 'Preferences' });
+const dialog = (page) => page.getByRole('dialog', { name: 'Preferences' });
 async function openDialog(page) {
   await button(page, 'Preferences').click();
-  await sheet(page).waitFor();
+  await dialog(page).waitFor();
 }
 const preferencesTest = (name, options, body) =>
   pageTest(name, options, async (page) => {
@@ -39,7 +39,7 @@ const switches = [
 describe('a switch sends its setting', () => {
   for (const [name, key, inverted, first] of switches) {
     preferencesTest(name, { preferences: { showWarnings: true } }, async (page) => {
-      const toggle = sheet(page).getByRole('switch', { name, exact: true });
+      const toggle = dialog(page).getByRole('switch', { name, exact: true });
       assert.equal(await toggle.isChecked(), first);
       const on = (shown) => `${key},${shown === inverted ? '0' : '1'}`;
       await toggle.click();
@@ -48,10 +48,10 @@ describe('a switch sends its setting', () => {
       await settled(page);
       assert.deepEqual(await callsOf(page, 'setAppSetting'), [on(!first), on(first)]);
       assert.equal(await toggle.isChecked(), first);
-      const told = await toggle.evaluate(
+      const explanation = await toggle.evaluate(
         (element) => document.getElementById(element.getAttribute('aria-describedby')).innerText,
       );
-      assert.ok(told.length > 20, 'explained');
+      assert.ok(explanation.length > 20, 'explained');
     });
   }
 });
@@ -73,9 +73,9 @@ preferencesTest(
   },
   async (page) => {
     for (const [name, , , first] of switches) {
-      assert.equal(await sheet(page).getByRole('switch', { name, exact: true }).isChecked(), !first, name);
+      assert.equal(await dialog(page).getByRole('switch', { name, exact: true }).isChecked(), !first, name);
     }
-    const text = await sheet(page).innerText();
+    const text = await dialog(page).innerText();
     assert.match(text.replace(/\s+/g, ' '), /Pause turns the other hotkeys off for typing, and on again\./);
     assert.match(text, /Stops the autoclicker and the key spammer when a recording or playback ends\./);
   },
@@ -94,7 +94,7 @@ for (const [name, word] of [
 pageTest('opens by keyboard, holds the focus, and returns it after Esc and Close', {}, async (page) => {
   await button(page, 'Preferences').focus();
   await page.keyboard.press('Enter');
-  await sheet(page).waitFor();
+  await dialog(page).waitFor();
   assert.equal(await focused(page), 'Close');
   const reached = [];
   for (let i = 0; i < 14; i++) {
@@ -113,11 +113,11 @@ pageTest('opens by keyboard, holds the focus, and returns it after Esc and Close
   for (const [name] of switches) assert.ok(reached.includes(name), `${name} in ${reached.join(', ')}`);
   assert.ok(!reached.includes('outside') && !reached.includes('no ring'), reached.join(', '));
   await page.keyboard.press('Escape');
-  await sheet(page).waitFor({ state: 'detached' });
+  await dialog(page).waitFor({ state: 'detached' });
   assert.equal(await focused(page), 'Preferences');
   await page.keyboard.press('Enter');
   await button(page, 'Close').press('Enter');
-  await sheet(page).waitFor({ state: 'detached' });
+  await dialog(page).waitFor({ state: 'detached' });
   assert.equal(await focused(page), 'Preferences');
 });
 
@@ -127,7 +127,7 @@ preferencesTest(
   async (page) => {
     const toggle = page.getByRole('switch', { name: 'Always on top' });
     await toggle.click();
-    await sheet(page)
+    await dialog(page)
       .getByText('Varnelle could not change the preference (read only). Please try again.')
       .waitFor();
     await page.waitForFunction(() => !document.querySelector('dialog input').checked);
@@ -137,7 +137,7 @@ preferencesTest(
 
 preferencesTest('stops running tools from the dialog', {}, async (page) => {
   await page.host.setStatus({ autoclickerRunning: true, keySpammerRunning: true });
-  await sheet(page).getByText('Still clicking, pressing.').waitFor();
+  await dialog(page).getByText('Still clicking, pressing.').waitFor();
   await picture(page, 'preferences-running');
   await button(page, 'Stop now').click();
   assert.deepEqual(await expectCall(page, 'stopSpammer'), ['']);
@@ -183,7 +183,7 @@ for (const width of [420, 360]) {
       );
       assert.deepEqual(small, []);
       assert.ok((await page.evaluate(() => document.documentElement.scrollWidth)) <= width);
-      await sheet(page)
+      await dialog(page)
         .locator('.dialog__body')
         .evaluate((body) => body.scrollTo(0, body.scrollHeight));
       await picture(page, `preferences-end-${width}`);

@@ -254,7 +254,7 @@ for (const width of [360, 420, 1200]) {
 
 pageTest('moves no element when the state changes', kMacro, async (page) => {
   await settled(page);
-  const places = () =>
+  const positions = () =>
     page.evaluate(() =>
       [
         ...document.querySelectorAll(
@@ -265,7 +265,7 @@ pageTest('moves no element when the state changes', kMacro, async (page) => {
         return [element.id || element.classList[0], x, y + scrollY, width, height].join(' ');
       }),
     );
-  const still = await places();
+  const before = await positions();
   const changes = {
     clicking: { status: { autoclickerRunning: true } },
     recording: { status: { state: 'Recording' } },
@@ -279,7 +279,7 @@ pageTest('moves no element when the state changes', kMacro, async (page) => {
   };
   for (const [what, state] of Object.entries(changes)) {
     await page.host.set(state);
-    assert.deepEqual(await places(), still, what);
+    assert.deepEqual(await positions(), before, what);
   }
   await page.host.set({
     failing: {},
@@ -294,17 +294,17 @@ pageTest('moves no element when the state changes', kMacro, async (page) => {
   for (const name of ['Click interval: hours', 'Playback speed']) {
     const field = page.getByRole('textbox', { name });
     await field.fill('x');
-    assert.deepEqual(await places(), still, `${name} explained`);
+    assert.deepEqual(await positions(), before, `${name} explained`);
     await field.press('Escape');
   }
   await button(page, 'Pick location').click();
   await page.getByText('Click the location. Right-click cancels.').waitFor();
-  assert.deepEqual(await places(), still, 'picking');
+  assert.deepEqual(await positions(), before, 'picking');
   await button(page, 'New profile').click();
-  assert.deepEqual(await places(), still, 'new profile');
+  assert.deepEqual(await positions(), before, 'new profile');
   await page.keyboard.press('Escape');
   await button(page, 'Clear profile').click();
-  assert.deepEqual(await places(), still, 'clear profile');
+  assert.deepEqual(await positions(), before, 'clear profile');
 });
 
 pageTest(

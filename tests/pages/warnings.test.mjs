@@ -21,7 +21,7 @@ const autoclicker = (values) => ({ settings: { autoclicker: values } });
 const keySpammer = (values) => ({ settings: { keySpammer: values } });
 const macro = (values) => ({ settings: { macro: values } });
 const kNoPause = autoclicker({ intervalMilliseconds: 0 });
-const sheet = (page) => page.getByRole('alertdialog');
+const dialog = (page) => page.getByRole('alertdialog');
 
 // For each warning: the state that causes it, the button, the command that follows, id, title, verb, and a change after
 // which it does not appear.
@@ -82,11 +82,11 @@ for (const { state, press, command, id, title, verb, not } of rows) {
         await settled(page);
         for (const answer of ['Cancel', 'Esc', 'Enter']) {
           await button(page, press).click();
-          await sheet(page).getByRole('heading', { name: title }).waitFor();
+          await dialog(page).getByRole('heading', { name: title }).waitFor();
           assert.equal(await focused(page), 'Cancel');
           if (answer === 'Cancel') await button(page, 'Cancel').click();
           else await page.keyboard.press(answer === 'Esc' ? 'Escape' : 'Enter');
-          await sheet(page).waitFor({ state: 'detached' });
+          await dialog(page).waitFor({ state: 'detached' });
           assert.equal(await focused(page), press, 'the focus is back');
         }
         await settled(page);
@@ -98,21 +98,21 @@ for (const { state, press, command, id, title, verb, not } of rows) {
     pageTest('continues by keyboard alone, and does not appear again', combine(kOn, state), async (page) => {
       await settled(page);
       await button(page, press).press('Enter');
-      await sheet(page).waitFor();
+      await dialog(page).waitFor();
       await picture(page, `warning-${id}`);
       await page.keyboard.press('Tab');
       assert.equal(await focused(page), verb);
       await page.keyboard.press('Enter');
       assert.deepEqual(await expectCall(page, command), ['']);
       assert.deepEqual(await callsOf(page, 'markWarningSeen'), [id]);
-      await sheet(page).waitFor({ state: 'detached' });
+      await dialog(page).waitFor({ state: 'detached' });
       await page.host.set({
         status: { state: 'Idle', autoclickerRunning: false, keySpammerRunning: false },
         events: [event(0, '')],
       });
       await button(page, press).click();
       await expectCall(page, command, 2);
-      assert.equal(await sheet(page).count(), 0);
+      assert.equal(await dialog(page).count(), 0);
     });
 
     for (const [what, change] of [
@@ -124,7 +124,7 @@ for (const { state, press, command, id, title, verb, not } of rows) {
         await settled(page);
         await button(page, press).click();
         assert.deepEqual(await expectCall(page, command), ['']);
-        assert.equal(await sheet(page).count(), 0);
+        assert.equal(await dialog(page).count(), 0);
       });
     }
   });
@@ -139,11 +139,11 @@ pageTest(
   async (page) => {
     await settled(page);
     await button(page, 'Start clicking').click();
-    await sheet(page).getByText('No key stops the autoclicker').waitFor();
-    await sheet(page).getByRole('button', { name: 'Start clicking' }).click();
-    await sheet(page).getByText('Fastest clicking').waitFor();
+    await dialog(page).getByText('No key stops the autoclicker').waitFor();
+    await dialog(page).getByRole('button', { name: 'Start clicking' }).click();
+    await dialog(page).getByText('Fastest clicking').waitFor();
     assert.deepEqual(await callsOf(page, 'startSpammer'), []);
-    await sheet(page).getByRole('button', { name: 'Start clicking' }).click();
+    await dialog(page).getByRole('button', { name: 'Start clicking' }).click();
     assert.deepEqual(await expectCall(page, 'startSpammer'), ['']);
     assert.deepEqual(await callsOf(page, 'markWarningSeen'), ['endless-clicking', 'fastest-clicking']);
   },
@@ -161,7 +161,7 @@ pageTest(
     await settled(page);
     await button(page, 'Stop everything').click();
     await settled(page);
-    assert.equal(await sheet(page).count(), 0);
+    assert.equal(await dialog(page).count(), 0);
     assert.deepEqual(await callsOf(page, 'stopSpammer'), ['']);
     assert.deepEqual(await callsOf(page, 'stopPlayback'), ['']);
   },
@@ -181,7 +181,7 @@ describe('clearing and deleting a profile with events', () => {
         await settled(page);
         await button(page, press).click();
         await page.getByText(kExplained).waitFor();
-        assert.equal(await sheet(page).count(), 0);
+        assert.equal(await dialog(page).count(), 0);
         assert.equal(await focused(page), 'Cancel');
         await picture(page, `warning-${command}`);
         await page.keyboard.press('Escape');
@@ -224,7 +224,7 @@ pageTest(
   async (page) => {
     await settled(page);
     await button(page, 'Start clicking').click();
-    await sheet(page).getByRole('button', { name: 'Start clicking' }).click();
+    await dialog(page).getByRole('button', { name: 'Start clicking' }).click();
     assert.deepEqual(await expectCall(page, 'startSpammer'), ['']);
   },
 );
@@ -246,7 +246,7 @@ pageTest(
 pageTest('a warning has no axe finding and enough contrast', combine(kOn, kNoPause), async (page) => {
   await settled(page);
   await button(page, 'Start clicking').click();
-  await sheet(page).waitFor();
+  await dialog(page).waitFor();
   assert.deepEqual(await axeFinds(page), []);
   const found = await page.evaluate(contrastOf);
   assert.deepEqual(
