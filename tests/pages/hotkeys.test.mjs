@@ -179,7 +179,7 @@ pageTest(
     await rowOf(page, 'Play').getByText('Press Mouse 4 (Side) to restore it.').waitFor();
     assert.deepEqual((await callsOf(page, 'reassignKey')).slice(2), ['play']);
     await page.host.set({ hotkeys: { play: 'Mouse 4 (Side)' }, status: { capture: '' } });
-    await page.getByText('Some keys are your own.').waitFor();
+    await page.getByText('You have changed some keys.').waitFor();
     assert.equal(await undo.count(), 0);
     assert.equal(await focused(page), 'Reset hotkeys');
   },

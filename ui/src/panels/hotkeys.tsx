@@ -133,7 +133,7 @@ function resetHint(lost: ReturnType<typeof lostKeys>, differs: boolean): string 
     const more = lost.length > 1 ? `, then ${lost.length - 1} more` : '';
     return `The ${first.hotkey.name} hotkey was ${first.key}. Undo asks you to press it${more}.`;
   }
-  return differs ? 'Some keys are your own.' : 'Default keys.';
+  return differs ? 'You have changed some keys.' : 'Default keys.';
 }
 
 // The program takes a binding only from a key press. So the page keeps the names of the keys that a reset has removed,
