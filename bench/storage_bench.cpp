@@ -1,6 +1,7 @@
 // Measures how fast a large macro is read, written, saved and listed, against the plain iostream form of the same,
 // which is kept here as the yardstick. Prints one table of `name | ours | yardstick | ratio`, all measured in the same
 // run. Usage: storage_bench
+#include "base/json_writer.h"
 #include "editing/macro_edits.h"
 #include "model/engine_state.h"
 #include "platform/files.h"
@@ -10,6 +11,7 @@
 #include "storage/settings_text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -185,6 +187,30 @@ std::string PlainEventsJson(const std::vector<UnifiedEvent>& events) {
     return json.str();
 }
 
+// The event list by the writer of all other reports. The hand-written form has to earn its keep against it.
+std::string WriterEventsJson(const std::vector<UnifiedEvent>& events) {
+    constexpr size_t kUsualEventJson = 72;
+    constexpr size_t kLongestTime = 400;
+    std::string text;
+    text.reserve(events.size() * kUsualEventJson);
+    JsonWriter json(text);
+    json.BeginArray();
+    for (size_t i = 0; i < events.size(); ++i) {
+        json.BeginObject();
+        json.IntField("id", static_cast<int64_t>(i));
+        char time[kLongestTime];
+        char* const end =
+            std::to_chars(time, time + kLongestTime, events[i].time, std::chars_format::fixed, 6).ptr;
+        json.Key("time");
+        text.append(time, end);
+        text += ',';
+        json.PlainTextField("desc", EventDescription(events[i]));
+        json.EndObject();
+    }
+    json.EndArray();
+    return text;
+}
+
 void SetStore(const std::vector<UnifiedEvent>& events) {
     MutexLock lock(macroMutex);
     macroState.profiles = {{DefaultProfileName, BuildProfileSettings(), events}};
@@ -241,6 +267,11 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
         "event list JSON", [&] { BuildMacroEventsJson(profile.events, json); },
         yardstick([&] { plainJson = PlainEventsJson(profile.events); })));
     Require(!withYardstick || json == plainJson, "listing");
+
+    rows.push_back(Measure(
+        "event list JSON, beside JsonWriter", [&] { BuildMacroEventsJson(profile.events, json); },
+        yardstick([&] { plainJson = WriterEventsJson(profile.events); })));
+    Require(!withYardstick || json == plainJson, "listing by the writer");
     return rows;
 }
 

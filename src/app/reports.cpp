@@ -2,13 +2,14 @@
 // event list's text is kept and built again only when the macro has changed.
 #include "app/reports.h"
 
-#include "base/text.h"
+#include "base/json_writer.h"
 #include "editing/macro_edits.h"
 #include "engines/hotkeys.h"
 #include "engines/recorder.h"
 #include "model/engine_state.h"
 #include "platform/files.h"
 #include "storage/data_folder.h"
+#include "storage/settings_table.h"
 
 #include <algorithm>
 #include <vector>
@@ -76,46 +77,25 @@ void MirrorEventList() {
     eventList.mirrored = true;
 }
 
-// Appends `"key":`, behind a comma where a field stands before it.
-void AppendKey(std::string& out, const char* key) {
-    if (out.back() != '{') {
-        out += ',';
-    }
-    out += '"';
-    out += key;
-    out += "\":";
-}
-
-void AppendTextField(std::string& out, const char* key, std::string_view value) {
-    AppendKey(out, key);
-    out += JsonText(value);
-}
-
-void AppendBoolField(std::string& out, const char* key, bool value) {
-    AppendKey(out, key);
-    out += value ? "true" : "false";
-}
-
-void AppendIntField(std::string& out, const char* key, int64_t value) {
-    AppendKey(out, key);
-    AppendInt(out, value);
-}
-
-void AppendKeyNameField(std::string& out, const char* key, const std::atomic<uint32_t>& code) {
-    AppendTextField(out, key, KeyNameText(code));
-}
-
-// The names of the key spammer's targets as a JSON array.
-std::string TargetNames() {
-    const int count = std::clamp(keySpammerSettings.targetCount.load(), 0, kMaxKeySpammerTargets);
-    std::string names = "[";
-    for (int i = 0; i < count; ++i) {
-        if (i > 0) {
-            names += ',';
+// Targets and hotkeys are reported by their names, everything else by its value.
+void WriteSetting(JsonWriter& json, const SettingsField& field) {
+    json.Key(field.wireName);
+    if (const auto* number = std::get_if<Relaxed<int32_t>*>(&field.setting)) {
+        json.Int(**number);
+    } else if (const auto* flag = std::get_if<Relaxed<bool>*>(&field.setting)) {
+        json.Bool(**flag);
+    } else if (const auto* real = std::get_if<Relaxed<float>*>(&field.setting)) {
+        json.Real(**real);
+    } else if (const auto* code = std::get_if<std::atomic<uint32_t>*>(&field.setting)) {
+        json.Text(KeyNameText(**code));
+    } else {
+        const int count = std::clamp(keySpammerSettings.targetCount.load(), 0, kMaxKeySpammerTargets);
+        json.BeginArray();
+        for (int i = 0; i < count; ++i) {
+            json.Text(KeyNameText(keySpammerSettings.targets[i]));
         }
-        names += JsonText(KeyNameText(keySpammerSettings.targets[i]));
+        json.EndArray();
     }
-    return names + "]";
 }
 
 std::string StatusReport() {
@@ -129,31 +109,28 @@ std::string StatusReport() {
         canUndoContinue = CanUndoNow();
     }
 
-    std::string report = "{";
-    AppendTextField(report, "state",
-                    engineState.recording ? "Recording"
-                    : engineState.playing ? "Playing"
-                                          : "Idle");
-    AppendIntField(report, "count", static_cast<int64_t>(count));
-    AppendKey(report, "restore");  // ids of the panels that have ended since the last poll
-    report += "[]";
-    AppendKeyNameField(report, "hkRec", hotkeyTable.record);
-    AppendKeyNameField(report, "hkPlay", hotkeyTable.play);
-    AppendKeyNameField(report, "hkAuto", hotkeyTable.autoclicker);
-    AppendKeyNameField(report, "hkKeySpam", hotkeyTable.keySpammer);
-    AppendKeyNameField(report, "hkUnlock", hotkeyTable.unlock);
-    AppendBoolField(report, "lockOn", engineState.lockOn);
-    AppendBoolField(report, "unlocked", engineState.unlocked);
-    AppendKey(report, "keySpamTargets");
-    report += TargetNames();
-    AppendBoolField(report, "keySpamChord", keySpammerSettings.chord);
-    AppendIntField(report, "ksCap", -1);  // no limit that the page need know
-    AppendTextField(report, "reassigning", ReassignTargetText());
-    AppendBoolField(report, "panelHover", engineState.panelHover);
-    AppendBoolField(report, "autoClicking", engineState.autoClicking);
-    AppendBoolField(report, "keySpamming", engineState.keySpamming);
-    AppendBoolField(report, "canUndoContinue", canUndoContinue);
-    report += '}';
+    std::string report;
+    JsonWriter json(report);
+    json.BeginObject();
+    json.TextField("state", engineState.recording ? "Recording" : engineState.playing ? "Playing" : "Idle");
+    json.IntField("count", static_cast<int64_t>(count));
+    json.BeginArrayField("restore");  // ids of the panels that have ended since the last poll
+    json.EndArray();
+    for (const SettingsPosition hotkey : {kRecordHotkeyField, kPlayHotkeyField, kAutoclickerHotkeyField,
+                                          kKeySpammerHotkeyField, kUnlockHotkeyField}) {
+        WriteSetting(json, kSettingsFields[hotkey]);
+    }
+    json.BoolField("lockOn", engineState.lockOn);
+    json.BoolField("unlocked", engineState.unlocked);
+    WriteSetting(json, kSettingsFields[kKeyTargetsField]);
+    WriteSetting(json, kSettingsFields[kChordField]);
+    json.IntField("ksCap", -1);  // no limit that the page need know
+    json.TextField("reassigning", ReassignTargetText());
+    json.BoolField("panelHover", engineState.panelHover);
+    json.BoolField("autoClicking", engineState.autoClicking);
+    json.BoolField("keySpamming", engineState.keySpamming);
+    json.BoolField("canUndoContinue", canUndoContinue);
+    json.EndObject();
     return report;
 }
 
@@ -168,36 +145,15 @@ std::string PollStatus() {
 }
 
 std::string SettingsReport() {
-    std::string report = "{";
-    AppendIntField(report, "sh", autoclickerSettings.intervalHours);
-    AppendIntField(report, "sm", autoclickerSettings.intervalMinutes);
-    AppendIntField(report, "ss", autoclickerSettings.intervalSeconds);
-    AppendIntField(report, "sms", autoclickerSettings.intervalMilliseconds);
-    AppendIntField(report, "sbtn", autoclickerSettings.button);
-    AppendIntField(report, "stype", autoclickerSettings.doubleClick);
-    AppendIntField(report, "rptMode", autoclickerSettings.repeatMode);
-    AppendIntField(report, "rptTimes", autoclickerSettings.repeatCount);
-    AppendIntField(report, "locMode", autoclickerSettings.locationMode);
-    AppendIntField(report, "fixedX", autoclickerSettings.fixedX);
-    AppendIntField(report, "fixedY", autoclickerSettings.fixedY);
-    AppendBoolField(report, "tmv", macroSettings.recordMoves);
-    AppendBoolField(report, "tclk", macroSettings.recordButtons);
-    AppendBoolField(report, "tscr", macroSettings.recordWheel);
-    AppendBoolField(report, "tkey", macroSettings.recordKeys);
-    AppendBoolField(report, "trel", macroSettings.recordRawMoves);
-    AppendKey(report, "tspd");
-    AppendStreamDouble(report, static_cast<double>(macroSettings.playbackSpeed.Get()));
-    AppendBoolField(report, "tloop", macroSettings.loop);
-    AppendIntField(report, "tloopMs", macroSettings.loopPauseMilliseconds);
-    AppendIntField(report, "ksh", keySpammerSettings.intervalHours);
-    AppendIntField(report, "ksm", keySpammerSettings.intervalMinutes);
-    AppendIntField(report, "kss", keySpammerSettings.intervalSeconds);
-    AppendIntField(report, "ksms", keySpammerSettings.intervalMilliseconds);
-    AppendIntField(report, "ksRptMode", keySpammerSettings.repeatMode);
-    AppendIntField(report, "ksRptTimes", keySpammerSettings.repeatCount);
-    AppendBoolField(report, "holdAuto", hotkeyTable.holdAutoclicker);
-    AppendBoolField(report, "holdKeySpam", hotkeyTable.holdKeySpammer);
-    report += '}';
+    std::string report;
+    JsonWriter json(report);
+    json.BeginObject();
+    for (const SettingsRange& range : {kAutoclickerFields, kMacroFields, kKeySpammerFields, kHoldFields}) {
+        for (size_t i = range.first; i < range.end; ++i) {
+            WriteSetting(json, kSettingsFields[i]);
+        }
+    }
+    json.EndObject();
     return report;
 }
 

@@ -197,47 +197,6 @@ void AppendInt(std::string& out, int64_t value) {
     out.append(buffer, std::to_chars(buffer, buffer + sizeof(buffer), value).ptr);
 }
 
-std::string JsonText(std::string_view text) {
-    constexpr char kHex[] = "0123456789abcdef";
-    std::string json = "\"";
-    json.reserve(text.size() + 2);
-    for (const char c : text) {
-        switch (c) {
-        case '"':
-            json += "\\\"";
-            break;
-        case '\\':
-            json += "\\\\";
-            break;
-        case '\b':
-            json += "\\b";
-            break;
-        case '\f':
-            json += "\\f";
-            break;
-        case '\n':
-            json += "\\n";
-            break;
-        case '\r':
-            json += "\\r";
-            break;
-        case '\t':
-            json += "\\t";
-            break;
-        default:
-            if (static_cast<unsigned char>(c) < 0x20) {
-                json += "\\u00";
-                json += kHex[c >> 4];
-                json += kHex[c & 0xF];
-            } else {
-                json += c;
-            }
-        }
-    }
-    json += '"';
-    return json;
-}
-
 std::string_view TrimBlanks(std::string_view text) {
     constexpr std::string_view kBlanks = " \t";
     const size_t first = text.find_first_not_of(kBlanks);

@@ -55,10 +55,6 @@ constexpr int kStreamDoubleLength = 16;
 char* FormatStreamDouble(char* out, double value);
 void AppendInt(std::string& out, int64_t value);
 
-// `text` in double quotes, escaped for JSON: `"`, `\` and the controls b f n r t by their short escapes, every other
-// byte below 0x20 as \u00 and two lower-case hex digits; all other bytes pass through unchanged.
-std::string JsonText(std::string_view text);
-
 std::string_view TrimBlanks(std::string_view text);  // blanks and tabs at both ends
 bool StartsWith(std::string_view text, std::string_view prefix);
 bool EndsWithNoCase(std::string_view text, std::string_view suffix);  // ASCII letters only

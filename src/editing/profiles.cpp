@@ -1,5 +1,6 @@
 #include "editing/profiles.h"
 
+#include "base/json_writer.h"
 #include "base/text.h"
 #include "model/engine_state.h"
 #include "storage/settings_text.h"
@@ -132,22 +133,20 @@ void AppendProfile(ParsedMacro macro) {
 }
 
 std::string GetProfiles() {
+    std::string report;
+    JsonWriter json(report);
     MutexLock lock(macroMutex);
-    std::string json = R"({"current":)";
-    AppendInt(json, macroState.currentProfile);
-    json += R"(,"names":[)";
-    bool first = true;
+    json.BeginObject();
+    json.IntField("current", macroState.currentProfile);
+    json.BeginArrayField("names");
     for (const Profile& profile : macroState.profiles) {
-        if (!first) {
-            json += ',';
-        }
-        first = false;
-        json += JsonText(profile.name);
+        json.Text(profile.name);
     }
-    json += R"(],"cap":-1,"defaultName":)";
-    json += JsonText(DefaultProfileName);
-    json += '}';
-    return json;
+    json.EndArray();
+    json.IntField("cap", -1);  // no limit
+    json.TextField("defaultName", DefaultProfileName);
+    json.EndObject();
+    return report;
 }
 
 void SyncProfileSettings() {

@@ -4,53 +4,48 @@
 #include "editing/profiles.h"
 #include "model/engine_state.h"
 #include "platform/hooks.h"
+#include "storage/settings_table.h"
+
+namespace {
+
+// Stores the update's fields from `first` on, in order. Throws NumberError at the first malformed number.
+void StoreFields(const std::vector<std::string_view>& update, size_t first, const SettingsRange& range) {
+    for (size_t i = 0; i < range.Count(); ++i) {
+        if (!StoreSettingText(kSettingsFields[range.first + i], update[first + i], "true")) {
+            throw NumberError("not a number in range");
+        }
+    }
+}
+
+}  // namespace
 
 void UpdateAutoclickerSettings(std::string_view payload) {
-    const std::vector<std::string_view> fields = SplitParts(payload, ',');
-    if (fields.size() < 9) {
+    const std::vector<std::string_view> update = SplitParts(payload, ',');
+    if (update.size() < kAutoclickerUpdateFields.Count()) {
         return;
     }
-    autoclickerSettings.intervalHours = ReadInt(fields[0]);
-    autoclickerSettings.intervalMinutes = ReadInt(fields[1]);
-    autoclickerSettings.intervalSeconds = ReadInt(fields[2]);
-    autoclickerSettings.intervalMilliseconds = ReadInt(fields[3]);
-    autoclickerSettings.button = ReadInt(fields[4]);
-    autoclickerSettings.doubleClick = ReadInt(fields[5]);
-    autoclickerSettings.repeatMode = ReadInt(fields[6]);
-    autoclickerSettings.repeatCount = ReadInt(fields[7]);
-    autoclickerSettings.locationMode = ReadInt(fields[8]);
+    StoreFields(update, 0, kAutoclickerUpdateFields);
     SyncProfileSettings();
 }
 
 void UpdateKeySpammerSettings(std::string_view payload) {
-    const std::vector<std::string_view> fields = SplitParts(payload, ',');
-    if (fields.size() < 6) {
+    const std::vector<std::string_view> update = SplitParts(payload, ',');
+    if (update.size() < kKeySpammerFields.Count()) {
         return;
     }
-    keySpammerSettings.intervalHours = ReadInt(fields[0]);
-    keySpammerSettings.intervalMinutes = ReadInt(fields[1]);
-    keySpammerSettings.intervalSeconds = ReadInt(fields[2]);
-    keySpammerSettings.intervalMilliseconds = ReadInt(fields[3]);
-    keySpammerSettings.repeatMode = ReadInt(fields[4]);
-    keySpammerSettings.repeatCount = ReadInt(fields[5]);
+    StoreFields(update, 0, kKeySpammerFields);
     SyncProfileSettings();
 }
 
 void UpdateMacroSettings(std::string_view payload) {
-    const std::vector<std::string_view> fields = SplitParts(payload, ',');
-    if (fields.size() < 8) {
+    const std::vector<std::string_view> update = SplitParts(payload, ',');
+    if (update.size() < kMacroFields.Count()) {
         return;
     }
-    macroSettings.recordMoves = fields[0] == "true";
-    macroSettings.recordButtons = fields[1] == "true";
-    macroSettings.recordWheel = fields[2] == "true";
-    macroSettings.recordKeys = fields[3] == "true";
-    macroSettings.recordRawMoves = fields[4] == "true";
-    // Raw mouse reports may be wanted from now on; said before a malformed number can end the update.
+    StoreFields(update, 0, kRecordFields);
+    // Recording may need raw mouse reports now. A malformed number below must not prevent the notice.
     HookInterestChanged();
-    macroSettings.playbackSpeed = ReadFloat(fields[5]);
-    macroSettings.loop = fields[6] == "true";
-    macroSettings.loopPauseMilliseconds = ReadInt(fields[7]);
+    StoreFields(update, kRecordFields.Count(), kPlaybackFields);
 }
 
 void SetHoldMode(std::string_view payload) {

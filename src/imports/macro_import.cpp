@@ -1,5 +1,6 @@
 #include "imports/macro_import.h"
 
+#include "base/json_writer.h"
 #include "base/text.h"
 #include "imports/page_notice.h"
 #include "imports/pending_import.h"
@@ -27,7 +28,13 @@ constexpr const char* kUnreadable =
     "again.";
 
 std::string ErrorDocument(std::string_view message) {
-    return R"({"outcome":"error","message":)" + JsonText(message) + "}";
+    std::string document;
+    JsonWriter json(document);
+    json.BeginObject();
+    json.PlainTextField("outcome", "error");
+    json.TextField("message", message);
+    json.EndObject();
+    return document;
 }
 
 bool CopyCurrentProfile(Profile* profile) {

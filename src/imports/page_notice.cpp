@@ -1,6 +1,6 @@
 #include "imports/page_notice.h"
 
-#include "base/text.h"
+#include "base/json_writer.h"
 #include "windows/main_page.h"
 
 void NotifyPageProfileImported() {

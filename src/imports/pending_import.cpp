@@ -1,7 +1,7 @@
 #include "imports/pending_import.h"
 
+#include "base/json_writer.h"
 #include "base/mutex.h"
-#include "base/text.h"
 #include "editing/profiles.h"
 #include "engines/recorder.h"
 #include "imports/page_notice.h"
@@ -41,25 +41,26 @@ std::string DrawPendingId() REQUIRES(pendingMutex) {
     return id;
 }
 
-// Only the messages need escaping.
 std::string PendingDocument(const std::string& pendingId, const std::string& level,
                             const std::vector<MacroScan::ScanMatch>& matches) {
-    std::string json =
-        R"({"outcome":"pending","pendingId":")" + pendingId + R"(","level":")" + level + R"(","matches":[)";
-    bool first = true;
+    std::string document;
+    JsonWriter json(document);
+    json.BeginObject();
+    json.PlainTextField("outcome", "pending");
+    json.PlainTextField("pendingId", pendingId);
+    json.PlainTextField("level", level);
+    json.BeginArrayField("matches");
     for (const MacroScan::ScanMatch& match : matches) {
-        if (!first) {
-            json += ',';
-        }
-        first = false;
-        json += R"({"severity":")" + match.severity + R"(","message":)" + JsonText(match.message);
-        json += R"(,"atSec":)";
+        json.BeginObject();
+        json.PlainTextField("severity", match.severity);
+        json.TextField("message", match.message);
         // A file may contain any time, and JSON has no number for some: those findings get time 0.
-        AppendStreamDouble(json, std::isfinite(match.atSec) ? match.atSec : 0.0);
-        json += '}';
+        json.RealField("atSec", std::isfinite(match.atSec) ? match.atSec : 0.0);
+        json.EndObject();
     }
-    json += "]}";
-    return json;
+    json.EndArray();
+    json.EndObject();
+    return document;
 }
 
 using SummaryLane = std::array<int64_t, kSummaryParts>;
@@ -69,17 +70,12 @@ bool IsPlaceable(double time) {
     return std::isfinite(time) && time > 0;
 }
 
-void AppendLane(std::string& json, const char* name, const SummaryLane& lane) {
-    json += ",\"";
-    json += name;
-    json += "\":[";
-    for (size_t i = 0; i < lane.size(); ++i) {
-        if (i > 0) {
-            json += ',';
-        }
-        AppendInt(json, lane[i]);
+void WriteLane(JsonWriter& json, std::string_view name, const SummaryLane& lane) {
+    json.BeginArrayField(name);
+    for (const int64_t count : lane) {
+        json.Int(count);
     }
-    json += ']';
+    json.EndArray();
 }
 
 std::string SummaryDocument(const PendingMacroImport& held) {
@@ -111,16 +107,18 @@ std::string SummaryDocument(const PendingMacroImport& held) {
             break;
         }
     }
-    std::string json =
-        R"({"pendingId":")" + held.pendingId + R"(","name":)" + JsonText(held.name) + R"(,"events":)";
-    AppendInt(json, static_cast<int64_t>(held.events.size()));
-    json += R"(,"seconds":)";
-    AppendStreamDouble(json, seconds);
-    AppendLane(json, "moves", moves);
-    AppendLane(json, "clicks", clicks);
-    AppendLane(json, "keys", keys);
-    json += '}';
-    return json;
+    std::string document;
+    JsonWriter json(document);
+    json.BeginObject();
+    json.PlainTextField("pendingId", held.pendingId);
+    json.TextField("name", held.name);
+    json.IntField("events", static_cast<int64_t>(held.events.size()));
+    json.RealField("seconds", seconds);
+    WriteLane(json, "moves", moves);
+    WriteLane(json, "clicks", clicks);
+    WriteLane(json, "keys", keys);
+    json.EndObject();
+    return document;
 }
 
 bool IsPending(std::string_view id) REQUIRES(pendingMutex) {

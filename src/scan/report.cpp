@@ -1,6 +1,6 @@
 #include "scan/report.h"
 
-#include "base/text.h"
+#include "base/json_writer.h"
 #include "scan/matchers.h"
 #include "scan/scenarios.h"
 
@@ -69,16 +69,21 @@ ScanReport ScanMacro(const std::vector<UnifiedEvent>& events) {
 }
 
 std::string ScanReportJson(const ScanReport& report) {
-    std::string json = "{\"level\":\"" + report.level + "\",\"matches\":[";
-    const char* separator = "";
+    std::string text;
+    JsonWriter json(text);
+    json.BeginObject();
+    json.PlainTextField("level", report.level);
+    json.BeginArrayField("matches");
     for (const ScanMatch& match : report.matches) {
-        json += separator;
-        separator = ",";
-        json += R"({"id":")" + match.id + R"(","severity":")" + match.severity + R"(","atSec":)";
-        AppendStreamDouble(json, match.atSec);
-        json += '}';
+        json.BeginObject();
+        json.PlainTextField("id", match.id);
+        json.PlainTextField("severity", match.severity);
+        json.RealField("atSec", match.atSec);
+        json.EndObject();
     }
-    return json + "]}";
+    json.EndArray();
+    json.EndObject();
+    return text;
 }
 
 }  // namespace MacroScan

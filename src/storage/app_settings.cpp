@@ -1,5 +1,6 @@
 #include "storage/app_settings.h"
 
+#include "base/json_writer.h"
 #include "base/text.h"
 #include "model/engine_state.h"
 #include "platform/files.h"
@@ -86,19 +87,13 @@ template <typename Texts> std::string Joined(const Texts& texts) {
     return joined;
 }
 
-template <typename Texts> void AppendList(std::string& out, const char* key, const Texts& texts) {
-    out += ",\"";
-    out += key;
-    out += "\":[";
-    const char* separator = "";
-    for (const std::string& text : texts) {
-        out += separator;
-        out += '"';
-        out += text;
-        out += '"';
-        separator = ",";
+// Ids are not escaped: the format of the report.
+template <typename Ids> void WriteIds(JsonWriter& json, std::string_view key, const Ids& ids) {
+    json.BeginArrayField(key);
+    for (const std::string& id : ids) {
+        json.PlainText(id);
     }
-    out += ']';
+    json.EndArray();
 }
 
 // The pieces of a comma list that are wanted.
@@ -210,15 +205,15 @@ void SaveAppSettings() {
 
 std::string AppSettingsReport() {
     std::string report;
+    JsonWriter json(report);
+    json.BeginObject();
     for (const Switch& each : kSwitches) {
-        report += report.empty() ? "{\"" : ",\"";
-        report += each.pageKey;
-        report += each.Read() ? "\":true" : "\":false";
+        json.BoolField(each.pageKey, each.Read());
     }
-    AppendList(report, "seenWarnings", appSettings.seenWarnings);
-    AppendList(report, "minimizedPanels", appSettings.minimizedPanels);
-    AppendList(report, "panelOrder", appSettings.panelOrder);
-    report += '}';
+    WriteIds(json, "seenWarnings", appSettings.seenWarnings);
+    WriteIds(json, "minimizedPanels", appSettings.minimizedPanels);
+    WriteIds(json, "panelOrder", appSettings.panelOrder);
+    json.EndObject();
     return report;
 }
 

@@ -1,6 +1,7 @@
 #include "update/self_check.h"
 
 #include "base/build_settings.h"
+#include "base/json_writer.h"
 #include "base/text.h"
 #include "platform/files.h"
 #include "update/flat_fields.h"
@@ -34,11 +35,13 @@ void CheckKey(SelfCheck& check, std::string_view line) {
 // Returns the five values of a case as a manifest. Escapes nothing, so that a case can contain any text.
 std::string CaseManifest(std::string_view line) {
     std::string manifest;
-    for (const std::string_view key : {"tier", "version", "url", "sha256", "sig"}) {
-        manifest.append(manifest.empty() ? "{" : ",").append("\"").append(key).append("\":\"");
-        manifest.append(ReadFlatField(line, key)).append("\"");
+    JsonWriter json(manifest);
+    json.BeginObject();
+    for (const char* key : {"tier", "version", "url", "sha256", "sig"}) {
+        json.PlainTextField(key, ReadFlatField(line, key));
     }
-    return manifest + "}";
+    json.EndObject();
+    return manifest;
 }
 
 void CheckCase(SelfCheck& check, std::string_view line) {

@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "model/engine_state.h"
+#include "storage/settings_table.h"
 #include "storage/settings_text.h"
 
 #include <cstdint>

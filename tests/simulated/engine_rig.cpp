@@ -1,7 +1,7 @@
 #include "simulated/engine_rig.h"
 
 #include "app/commands.h"
-#include "base/text.h"
+#include "base/json_writer.h"
 #include "engines/autoclicker.h"
 #include "engines/dispatcher.h"
 #include "engines/key_spammer.h"

@@ -3,7 +3,7 @@
 #include "imports/macro_import.h"
 #include "windows/main_page.h"
 
-#include "base/text.h"
+#include "base/json_writer.h"
 #include "event_times.h"
 #include "model/engine_state.h"
 #include "pending_import.h"

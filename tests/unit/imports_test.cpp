@@ -1,5 +1,6 @@
 #include "imports/macro_import.h"
 
+#include "base/json_writer.h"
 #include "base/text.h"
 #include "editing/profiles.h"
 #include "engines/recorder.h"

@@ -1,6 +1,6 @@
 #include "app/reports.h"
 
-#include "base/text.h"
+#include "base/json_writer.h"
 #include "engines/hotkeys.h"
 #include "model/engine_state.h"
 #include "test_support.h"

@@ -1,6 +1,7 @@
 #include "storage/settings_text.h"
 
 #include "base/text.h"
+#include "storage/settings_table.h"
 #include "unit/test_support.h"
 
 #include <string>

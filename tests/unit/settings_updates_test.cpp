@@ -2,14 +2,15 @@
 
 #include "base/text.h"
 #include "model/engine_state.h"
+#include "storage/settings_table.h"
 #include "storage/settings_text.h"
 #include "test_support.h"
 
 namespace {
 
-class ToolSettingsTest : public EngineStateTest {
+class SettingsUpdatesTest : public EngineStateTest {
   protected:
-    ToolSettingsTest() {
+    SettingsUpdatesTest() {
         MutexLock lock(macroMutex);
         macroState.profiles = {Profile{DefaultProfileName, "untouched", {}}};
     }
@@ -20,30 +21,31 @@ class ToolSettingsTest : public EngineStateTest {
     }
 };
 
+// The settings of a range as the settings line holds them.
+std::string Stored(const SettingsRange& range) {
+    std::string text;
+    for (size_t i = range.first; i < range.end; ++i) {
+        text += i == range.first ? "" : ",";
+        AppendSettingText(text, kSettingsFields[i]);
+    }
+    return text;
+}
+
 }  // namespace
 
-TEST_F(ToolSettingsTest, AutoclickerNeedsNineFieldsAndSyncsTheProfile) {
+TEST_F(SettingsUpdatesTest, AutoclickerUpdateStoresNineFieldsAndSyncsTheProfile) {
     UpdateAutoclickerSettings("1,2,3,4,2,1,0,77,1");
-    EXPECT_EQ(autoclickerSettings.intervalHours, 1);
-    EXPECT_EQ(autoclickerSettings.intervalMinutes, 2);
-    EXPECT_EQ(autoclickerSettings.intervalSeconds, 3);
-    EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 4);
-    EXPECT_EQ(autoclickerSettings.button, 2);
-    EXPECT_EQ(autoclickerSettings.doubleClick, 1);
-    EXPECT_EQ(autoclickerSettings.repeatMode, 0);
-    EXPECT_EQ(autoclickerSettings.repeatCount, 77);
-    EXPECT_EQ(autoclickerSettings.locationMode, 1);
+    EXPECT_EQ(Stored(kAutoclickerUpdateFields), "1,2,3,4,2,1,0,77,1");
     EXPECT_EQ(ProfileText(), BuildProfileSettings());
 }
 
-TEST_F(ToolSettingsTest, AutoclickerIgnoresATenthField) {
+TEST_F(SettingsUpdatesTest, AutoclickerUpdateIgnoresATenthField) {
     autoclickerSettings.fixedX = 5;
     UpdateAutoclickerSettings("1,2,3,4,2,1,0,77,1,999");
-    EXPECT_EQ(autoclickerSettings.locationMode, 1);
-    EXPECT_EQ(autoclickerSettings.fixedX, 5);
+    EXPECT_EQ(Stored(kAutoclickerFields), "1,2,3,4,2,1,0,77,1,5,0");
 }
 
-TEST_F(ToolSettingsTest, TooFewFieldsChangeNothing) {
+TEST_F(SettingsUpdatesTest, TooFewFieldsChangeNothing) {
     UpdateAutoclickerSettings("1,2,3,4,2,1,0,77");
     UpdateAutoclickerSettings("1,2,3,4,2,1,0,77,");  // a comma at the end adds no field
     UpdateAutoclickerSettings("");
@@ -56,70 +58,46 @@ TEST_F(ToolSettingsTest, TooFewFieldsChangeNothing) {
     EXPECT_EQ(ProfileText(), "untouched");
 }
 
-TEST_F(ToolSettingsTest, AMalformedNumberEndsTheUpdateThere) {
+TEST_F(SettingsUpdatesTest, AMalformedNumberEndsTheUpdateThere) {
     EXPECT_THROW(UpdateAutoclickerSettings("9,8,x,6,2,1,0,77,1"), NumberError);
-    EXPECT_EQ(autoclickerSettings.intervalHours, 9);
-    EXPECT_EQ(autoclickerSettings.intervalMinutes, 8);
-    EXPECT_EQ(autoclickerSettings.intervalSeconds, 0);
-    EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 5);
+    EXPECT_EQ(Stored(kAutoclickerUpdateFields), "9,8,0,5,0,0,1,10,0");
     EXPECT_EQ(ProfileText(), "untouched");
 
     EXPECT_THROW(UpdateKeySpammerSettings("7,,3,4,5,6"), NumberError);
-    EXPECT_EQ(keySpammerSettings.intervalHours, 7);
-    EXPECT_EQ(keySpammerSettings.intervalMinutes, 0);
+    EXPECT_EQ(Stored(kKeySpammerFields), "7,0,0,5,1,10");
 
     EXPECT_THROW(UpdateMacroSettings("false,true,true,true,true,fast,true,9"), NumberError);
-    EXPECT_FALSE(macroSettings.recordMoves);
-    EXPECT_TRUE(macroSettings.recordRawMoves);
-    EXPECT_EQ(macroSettings.playbackSpeed, 1.0F);
-    EXPECT_FALSE(macroSettings.loop);
+    EXPECT_EQ(Stored(kMacroFields), "0,1,1,1,1,1,0,500");
 }
 
-TEST_F(ToolSettingsTest, IntegersAreStoredUncheckedButMustFit) {
+TEST_F(SettingsUpdatesTest, IntegersAreStoredUncheckedIfTheyFit) {
     UpdateAutoclickerSettings("-1,2147483647,-2147483648, +12abc,9,-3,4,-5,6");
-    EXPECT_EQ(autoclickerSettings.intervalHours, -1);
-    EXPECT_EQ(autoclickerSettings.intervalMinutes, INT32_MAX);
-    EXPECT_EQ(autoclickerSettings.intervalSeconds, INT32_MIN);
-    EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 12);
-    EXPECT_EQ(autoclickerSettings.button, 9);
-    EXPECT_EQ(autoclickerSettings.repeatCount, -5);
+    EXPECT_EQ(Stored(kAutoclickerUpdateFields), "-1,2147483647,-2147483648,12,9,-3,4,-5,6");
     EXPECT_THROW(UpdateAutoclickerSettings("2147483648,0,0,0,0,0,0,0,0"), NumberError);
     EXPECT_EQ(autoclickerSettings.intervalHours, -1);
 }
 
-TEST_F(ToolSettingsTest, KeySpammerNeedsSixFieldsAndSyncsTheProfile) {
+TEST_F(SettingsUpdatesTest, KeySpammerUpdateStoresSixFieldsAndSyncsTheProfile) {
     UpdateKeySpammerSettings("1,2,3,4,0,6,7");
-    EXPECT_EQ(keySpammerSettings.intervalHours, 1);
-    EXPECT_EQ(keySpammerSettings.intervalMinutes, 2);
-    EXPECT_EQ(keySpammerSettings.intervalSeconds, 3);
-    EXPECT_EQ(keySpammerSettings.intervalMilliseconds, 4);
-    EXPECT_EQ(keySpammerSettings.repeatMode, 0);
-    EXPECT_EQ(keySpammerSettings.repeatCount, 6);
+    EXPECT_EQ(Stored(kKeySpammerFields), "1,2,3,4,0,6");
     EXPECT_EQ(keySpammerSettings.targetCount, 1);
     EXPECT_EQ(ProfileText(), BuildProfileSettings());
 }
 
-TEST_F(ToolSettingsTest, MacroNeedsEightFieldsAndLeavesTheProfile) {
+TEST_F(SettingsUpdatesTest, MacroUpdateStoresEightFieldsAndLeavesTheProfile) {
     UpdateMacroSettings("false,TRUE,1,true,true,2.5,true,-1");
-    EXPECT_FALSE(macroSettings.recordMoves);
-    EXPECT_FALSE(macroSettings.recordButtons);  // only the exact text "true" is true
-    EXPECT_FALSE(macroSettings.recordWheel);
-    EXPECT_TRUE(macroSettings.recordKeys);
-    EXPECT_TRUE(macroSettings.recordRawMoves);
-    EXPECT_EQ(macroSettings.playbackSpeed, 2.5F);
-    EXPECT_TRUE(macroSettings.loop);
-    EXPECT_EQ(macroSettings.loopPauseMilliseconds, -1);
+    EXPECT_EQ(Stored(kMacroFields), "0,0,0,1,1,2.5,1,-1") << "only the exact text \"true\" is true";
     EXPECT_EQ(ProfileText(), "untouched");
 }
 
-TEST_F(ToolSettingsTest, ASpeedOfZeroOrLessIsStored) {
+TEST_F(SettingsUpdatesTest, ASpeedOfZeroOrLessIsStored) {
     UpdateMacroSettings("true,true,true,true,false,0,false,500");
     EXPECT_EQ(macroSettings.playbackSpeed, 0.0F);
     UpdateMacroSettings("true,true,true,true,false,-2,false,500");
     EXPECT_EQ(macroSettings.playbackSpeed, -2.0F);
 }
 
-TEST_F(ToolSettingsTest, HoldMode) {
+TEST_F(SettingsUpdatesTest, HoldModeIsSetForTheNamedTool) {
     SetHoldMode("auto,1");
     EXPECT_TRUE(hotkeyTable.holdAutoclicker);
     EXPECT_FALSE(hotkeyTable.holdKeySpammer);
@@ -133,13 +111,13 @@ TEST_F(ToolSettingsTest, HoldMode) {
     SetHoldMode("auto,0");
     EXPECT_FALSE(hotkeyTable.holdAutoclicker);
     SetHoldMode("auto,1");
-    SetHoldMode("auto,1,1");  // the text behind the first comma is not exactly 1
+    SetHoldMode("auto,1,1");  // the text after the first comma is not exactly 1
     EXPECT_FALSE(hotkeyTable.holdAutoclicker);
     SetHoldMode("keyspam,true");
     EXPECT_FALSE(hotkeyTable.holdKeySpammer);
 }
 
-TEST_F(ToolSettingsTest, ChordModeIsOnForOneStringOnly) {
+TEST_F(SettingsUpdatesTest, ChordIsTrueForOneTextOnly) {
     SetKeySpammerChord("1");
     EXPECT_TRUE(keySpammerSettings.chord);
     EXPECT_EQ(ProfileText(), BuildProfileSettings());

@@ -386,15 +386,6 @@ TEST(AppendInt, WritesPlainDecimals) {
     EXPECT_EQ(text, "0-5-92233720368547758089223372036854775807");
 }
 
-TEST(JsonText, EscapesQuotesBackslashesAndControls) {
-    EXPECT_EQ(JsonText(""), R"("")");
-    EXPECT_EQ(JsonText("a\"b\\c/"), R"("a\"b\\c/")");
-    EXPECT_EQ(JsonText("\b\f\n\r\t"), R"("\b\f\n\r\t")");
-    EXPECT_EQ(JsonText("\x01\x1F\x7F"), "\"\\u0001\\u001f\x7F\"");
-    EXPECT_EQ(JsonText("a\0b"s), R"("a\u0000b")");
-    EXPECT_EQ(JsonText("\xC3\xA4\xFF"), "\"\xC3\xA4\xFF\"");
-}
-
 TEST(Text, TrimsAndCompares) {
     EXPECT_EQ(TrimBlanks(" \t a b\t "), "a b");
     EXPECT_EQ(TrimBlanks(" \t"), "");

@@ -1,6 +1,6 @@
 #include "platform/page_host.h"
 
-#include "base/text.h"
+#include "base/json_writer.h"
 #include "platform/shared/page_host_state.h"
 #include "platform/shared/valid_utf8.h"
 #include "platform/window_frame.h"
