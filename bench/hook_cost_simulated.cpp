@@ -1,5 +1,5 @@
-// What one hook call costs while recording with a million events already in the macro: the time that all input of the
-// session waits for us. On the simulated platform, so that nothing but our own code is measured.
+// Measures one hook call while recording onto a macro of a million events: all input of the session waits for it. On the
+// simulated backend, so that only our own code is measured.
 #include "engines/recorder.h"
 #include "model/engine_state.h"
 #include "platform/clock.h"

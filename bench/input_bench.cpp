@@ -121,9 +121,9 @@ double Median(std::vector<double> values) {
     return *middle;
 }
 
-// Against the grid that fits best: an observer cannot tell a constant delay from a later start, so the median offset is
-// no error. Offsets that grow are.
-Schedule Judge(const std::vector<int64_t>& times) {
+// Compares the times with the grid that fits best: an observer cannot tell a constant delay from a later start, so the
+// median offset is not an error. Offsets that grow are errors.
+Schedule Evaluate(const std::vector<int64_t>& times) {
     Schedule result;
     result.events = times.size();
     if (times.empty()) {
@@ -135,7 +135,7 @@ Schedule Judge(const std::vector<int64_t>& times) {
             static_cast<double>(times[i] - times[0]) / static_cast<double>(ReadPerformanceFrequency());
         offsets.push_back((seconds - static_cast<double>(i) * kGridSeconds) * 1e6);
     }
-    // Fifty at each end, so that one late observation does not stand for drift.
+    // Fifty at each end, so that one late observation does not look like drift.
     const auto edge = static_cast<ptrdiff_t>(std::min<size_t>(50, offsets.size()));
     result.lastMicroseconds =
         Median({offsets.end() - edge, offsets.end()}) - Median({offsets.begin(), offsets.begin() + edge});
@@ -190,7 +190,7 @@ void ClickOurs() {
     }
 }
 
-// The limit of any clicker at a 1 ms pause: send a click, sleep 1 ms, with nothing else around it.
+// The limit of any program that clicks at a 1 ms pause: send a click, sleep 1 ms, nothing else.
 void ClickBare() {
     int64_t end = ReadPerformanceCounter() + ReadPerformanceFrequency() * kClickSeconds;
     InputRecord down;
@@ -208,7 +208,7 @@ void ClickXdotool() {
     RunCommand("xdotool click --repeat " + std::to_string(kClickSeconds * 900) + " --delay 1 1");
 }
 
-// By the observed clicks themselves, from the first to the last: starting a program does not count.
+// Returns clicks a second from the first observed click to the last: the start of a program does not count.
 double ClickRate(void (*work)()) {
     const std::vector<int64_t> times = ObserveWhile(false, work, 0);
     if (times.size() < 2) {
@@ -234,10 +234,10 @@ int main() {
     CreateEvents();
     std::thread dispatcher = StartThread("dispatcher", DispatcherThreadMain);
     std::thread playback = StartThread("playback", PlaybackThreadMain);
-    std::thread clicker = StartThread("autoclick", AutoclickerThreadMain);
+    std::thread autoclicker = StartThread("autoclicker", AutoclickerThreadMain);
 
     std::printf("1,000 key events on a 5 ms grid, at an observer of the X server\n");
-    Schedule ours = Judge(ObserveWhile(true, PlayOurs, kKeyEvents));
+    Schedule ours = Evaluate(ObserveWhile(true, PlayOurs, kKeyEvents));
     PrintSchedule("varnelle playback", ours, ours);
 
     std::string script = "/tmp/varnelle-bench-" + std::to_string(getpid());
@@ -250,10 +250,10 @@ int main() {
             xmacro << (i % 2 == 0 ? "KeyCodePress " : "KeyCodeRelease ") << kKeycodeA << "\n";
         }
     }
-    Schedule xdotool = Judge(ObserveWhile(
+    Schedule xdotool = Evaluate(ObserveWhile(
         true, [&] { RunCommand("xdotool " + script + ".xdotool >/dev/null"); }, kKeyEvents));
     PrintSchedule("xdotool", xdotool, ours);
-    Schedule xmacro = Judge(ObserveWhile(
+    Schedule xmacro = Evaluate(ObserveWhile(
         true, [&] { RunCommand("xmacroplay -d 5 \"$DISPLAY\" <" + script + ".xmacro >/dev/null 2>&1"); },
         kKeyEvents));
     PrintSchedule("xmacroplay", xmacro, ours);
@@ -281,7 +281,7 @@ int main() {
     SignalWake(engineState.quitEvent);
     JoinThread(dispatcher);
     JoinThread(playback);
-    JoinThread(clicker);
+    JoinThread(autoclicker);
     EndTimerPeriod();
     return 0;
 }

@@ -1,6 +1,6 @@
-// Measures how fast a large macro is read, written, saved and listed, against the plain iostream form of the same,
-// which is kept here as the yardstick. Prints one table of `name | ours | yardstick | ratio`, all measured in the same
-// run. Usage: storage_bench
+// Measures how fast a large macro is read, written, saved and listed, beside plain iostream code that does the same (the
+// yardstick). Prints a table of `name | ours | yardstick | ratio`, all measured in one run.
+// Usage: storage_bench
 #include "base/json_writer.h"
 #include "editing/macro_edits.h"
 #include "model/engine_state.h"
@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 constexpr size_t kSmall = 10000;
 constexpr size_t kLarge = 1000000;
 
-// Like a real recording: mostly pointer moves a few milliseconds apart, some keys, clicks and wheel.
+// Returns events like those of a real recording: mostly pointer moves a few milliseconds apart, some keys, clicks, wheel.
 std::vector<UnifiedEvent> Recording(size_t count) {
     std::mt19937 random(1);
     std::vector<UnifiedEvent> events(count);
@@ -75,8 +75,7 @@ struct Row {
     double yardstick = 0;
 };
 
-// Times both in turn, so that a busy machine slows both. The shortest run of each counts, because other work only adds
-// time.
+// Times both in turn, so that a busy machine slows both. The shortest run of each counts: other load only adds time.
 Row Measure(const char* name, const std::function<void()>& ours, const std::function<void()>& yardstick) {
     constexpr int kRounds = 4;
     constexpr int kOurRunsARound = 3;
@@ -92,10 +91,10 @@ Row Measure(const char* name, const std::function<void()>& ours, const std::func
     return row;
 }
 
-// Ends the bench: a wrong result makes the table worthless.
+// Ends the benchmark if a result is wrong: its times would mean nothing.
 void Require(bool good, const char* what) {
     if (!good) {
-        std::fprintf(stderr, "storage_bench: %s went wrong\n", what);
+        std::fprintf(stderr, "storage_bench: wrong result of %s\n", what);
         std::exit(1);
     }
 }
@@ -160,7 +159,7 @@ bool PlainReadEvent(const std::string& line, UnifiedEvent* event) {
     }
 }
 
-// For both files: the few head lines are not measured.
+// Reads either file; its first `headLines` lines are not measured.
 std::vector<UnifiedEvent> PlainRead(const std::string& path, int headLines) {
     std::ifstream in(path);
     std::string line;
@@ -187,7 +186,7 @@ std::string PlainEventsJson(const std::vector<UnifiedEvent>& events) {
     return json.str();
 }
 
-// The event list by the writer of all other reports. The hand-written form has to earn its keep against it.
+// The event list by JsonWriter, which writes all other reports. The hand-written form must be at least 1.5 times as fast.
 std::string WriterEventsJson(const std::vector<UnifiedEvent>& events) {
     constexpr size_t kUsualEventJson = 72;
     constexpr size_t kLongestTime = 400;
@@ -217,7 +216,7 @@ void SetStore(const std::vector<UnifiedEvent>& events) {
     macroState.currentProfile = 0;
 }
 
-// Measures one size, one row for each operation. Leaves out the yardstick if only the growth is wanted.
+// Measures all rows at one size. The growth rows need no yardstick.
 std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYardstick) {
     const Profile profile{"Bench", "", Recording(count)};
     const std::string ours = (folder / "ours.vrlmacro").string();
@@ -275,7 +274,7 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
     return rows;
 }
 
-// The part of a save that holds macroMutex: a copy of the store into existing memory.
+// Returns how long a save holds macroMutex: the time of a copy of the store into memory that it already has.
 double MeasureLockHeld() {
     constexpr int kRuns = 10;
     double shortest = 1e12;
@@ -296,7 +295,7 @@ int main() {
     const fs::path folder =
         fs::temp_directory_path() / ("varnelle-bench-" + std::to_string(std::random_device()()));
     fs::create_directory(folder);
-    setenv("LOCALAPPDATA", folder.c_str(), 1);  // the user's own files are not touched
+    setenv("LOCALAPPDATA", folder.c_str(), 1);  // keeps the user's own data folder unchanged
     CreateDataFolder();
 
     const std::vector<Row> small = MeasureSize(folder, kSmall, false);

@@ -6,16 +6,17 @@
 #include <string>
 #include <string_view>
 
-// Returns the arguments of a call: its JSON array text with every `[`, `]` and `"` removed.
+// Any thread. Returns the arguments of a call: its JSON array text with every `[`, `]` and `"` removed.
 std::string ArgText(std::string_view request);
 
 struct PageCommand {
     const char* name;
-    const char* arguments;  // for the list of commands
-    const char* action;     // one line, for the list of commands
+    const char* arguments;  // for docs/commands.md
+    const char* action;     // one line for docs/commands.md
     PageFunction function;
 };
 
-// Returns the commands of the main process in binding order.
+// Returns the main page's commands in binding order, and their number in *count.
 const PageCommand* MainProcessCommands(int* count);
+// UI thread. Binds them into the page.
 void BindMainProcessCommands(PageHost* host);

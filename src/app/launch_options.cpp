@@ -37,7 +37,7 @@ void ReadValueOptions(const ProcessArguments& arguments, LaunchOptions* options)
     }
 }
 
-// The first of these that is given runs, whatever its position on the line.
+// Selects the first of these modes that the line names, at any position. Returns false if it names none.
 bool ChooseConsoleMode(LaunchOptions* options) {
     if (options->selftestUpdate) {
         options->mode = LaunchMode::SelfTestUpdate;
@@ -75,7 +75,7 @@ LaunchOptions ParseCommandLine(const ProcessArguments& arguments) {
         return options;
     }
 
-    // From here on the line counts as one string: a path that contains a role's word selects that role.
+    // From here on the line is one string: a path that contains the word of a mode selects that mode.
     const std::string& line = arguments.line;
     if (line.find("--selftest") != std::string::npos) {
         options.mode = LaunchMode::SelfTest;

@@ -1,4 +1,4 @@
-// Parses the command line, in its settled order.
+// The parsed command line. Any thread.
 #pragma once
 
 #include "platform/process.h"
@@ -6,12 +6,12 @@
 #include <string>
 
 enum class LaunchMode {
-    SelfTestUpdate,  // console modes: print and end
+    SelfTestUpdate,  // console modes: print a result and end
     ValidateTheme,
     ValidateMacro,
     ScanMacro,
     SelfTest,
-    Child,  // roles
+    Child,  // processes with a window
     Timeline,
     MainProcess,
 };
@@ -19,7 +19,7 @@ enum class LaunchMode {
 struct LaunchOptions {
     LaunchMode mode = LaunchMode::MainProcess;
 
-    // The console modes that were given, and their values.
+    // The console modes that the line names, and their arguments.
     bool selftestUpdate = false;
     bool validateTheme = false;
     bool validateMacro = false;
@@ -30,10 +30,11 @@ struct LaunchOptions {
     std::string scanMacroPath;
 
     std::string updateManifestOverride;  // selects no mode
-    std::string openThemePath;           // a file to open; at most one of the two
+    std::string openThemePath;           // file to open; at most one of the two is set
     std::string openMacroPath;
-    std::string childLine;  // the whole line of a child panel
+    std::string childLine;  // the whole line of a panel process
 };
 
-// Always reads the line as one string, and the split arguments only if the line could be split.
+// Returns the mode and values of a command line. The split arguments are read only if the line could be split; the line
+// as one string is always read.
 LaunchOptions ParseCommandLine(const ProcessArguments& arguments);

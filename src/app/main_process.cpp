@@ -40,9 +40,9 @@ constexpr int kWindowHeight = 560;
 
 // ---- Requests from outside to end -------------------------------------------------------------------------------
 
-std::atomic<bool> endRequested{false};  // another process asks the program to end
+std::atomic<bool> endRequested{false};  // the system or another process asked this one to end
 
-// Has the effect of closing the window. A request that comes before the page exists prevents its main loop.
+// Ends like closing the window. Before the page exists, ServePage sees the request and does not run the page.
 void EndMainProcess() {
     endRequested = true;
     TerminateMainPage();
@@ -57,7 +57,7 @@ void ListenForEndRequests() {
 
 std::atomic<bool> inputThreadEnded{false};
 
-void InputThreadBody() {
+void RunInputThreadToItsEnd() {
     InputThreadMain();
     inputThreadEnded = true;
 }
@@ -69,11 +69,11 @@ struct ThreadRow {
     void (*body)();
 };
 
-// In the order of starting, by ThreadIndex.
+// In the order of start, by ThreadIndex. Debuggers show the names.
 constexpr std::array<ThreadRow, kThreadCount> kThreads = {{
     {"autoclicker", AutoclickerThreadMain},
     {"key spammer", KeySpammerThreadMain},
-    {"input", InputThreadBody},
+    {"input", RunInputThreadToItsEnd},
     {"playback", PlaybackThreadMain},
     {"autosave", AutosaveThreadMain},
     {"dispatcher", DispatcherThreadMain},
@@ -96,7 +96,7 @@ void JoinThreads(MainProcessThreads* threads) {
     for (const ThreadIndex index : kJoinOrder) {
         std::thread& thread = (*threads)[index];
         if (index == kInput && thread.joinable()) {
-            // A stop has no effect on a thread that does not listen yet, so repeat it until the thread has ended.
+            // A stop has no effect before the thread has its wake-up channel: repeat it until the thread has ended.
             while (!inputThreadEnded) {
                 StopInputThread();
                 SleepMilliseconds(1);
@@ -108,7 +108,7 @@ void JoinThreads(MainProcessThreads* threads) {
 
 // ---- Start-up ---------------------------------------------------------------------------------------------------
 
-// Brings the running instance to the front. This one has nothing else to do.
+// Brings the window of the running instance to the front and returns the exit code of this one.
 int RunSecondInstance() {
     if (const WindowRef window = FindMainWindow()) {
         if (IsWindowMinimised(window)) {
@@ -120,10 +120,9 @@ int RunSecondInstance() {
     return 0;
 }
 
-// Loads what earlier runs have left, in the order in which the parts depend on each other. Files of older versions are
-// migrated before anything is read. From SetCrashHandler on, a crash saves. Settings come after the session, themes
-// after the settings, files given on the command line last.
-void BringInState(const LaunchOptions& options) {
+// Loads the state of earlier runs. The order matters: files of older versions are moved before anything is read; from
+// the crash handler on, a crash saves; the settings follow the session; a file of the command line comes last.
+void LoadState(const LaunchOptions& options) {
     MigrateSessionFile();
     MigrateStateFile(DataFilePath("theme.txt"), "theme.txt");
     MigrateStateFile(DataFilePath("appsettings.txt"), "appsettings.txt");
@@ -165,16 +164,16 @@ void LoadMainPage(PageHost* host) {
     SetPageHtml(host, InlineScripts(std::move(page), programDirectory));
 }
 
-// SetPageSize shows the window. Restoring the placement before and after it prevents the window from appearing
-// elsewhere first.
-void ShowAtItsPlace(PageHost* host) {
+// SetPageSize shows the window. Restoring the placement before and after it keeps the window from appearing at another
+// place first.
+void ShowAtStoredPlacement(PageHost* host) {
     RestoreMainWindowPlacement(host);
     SetPageSize(host, kWindowWidth, kWindowHeight);
     RestoreMainWindowPlacement(host);
 }
 
-// Runs from the creation of the web view to the end of the main loop. Returns an empty string, or the sentence that
-// tells the user why there is no page.
+// Creates the web view and runs the main loop to its end. Returns an empty string, or the sentence for the user that says
+// why there is no page.
 std::string ServePage(PageHost** host) {
     if (std::string missing = CreatePageHost(host); !missing.empty()) {
         return missing;
@@ -183,10 +182,10 @@ std::string ServePage(PageHost** host) {
     SetPageTitle(*host, kMainWindowTitle);
     SetWindowIcons(PageHostWindow(*host));
     DisableBrowserFeatures(*host);
-    ShowAtItsPlace(*host);
+    ShowAtStoredPlacement(*host);
     BindMainProcessCommands(*host);
     LoadMainPage(*host);
-    // Again, because on some backends the window exists only once it is shown.
+    // Again: some backends create the window only when it is shown.
     SetWindowIcons(PageHostWindow(*host));
     SetUpMainWindow(*host);
     if (!endRequested) {
@@ -232,8 +231,8 @@ int RunMainProcess(const LaunchOptions& options) {
     if (ClaimSingleInstance(kSingleInstanceName) == InstanceResult::AlreadyRunning) {
         return RunSecondInstance();
     }
-    BringInState(options);
-    BeginTimerPeriod();  // the second of two; one End at shutdown, and the process's end takes the other
+    LoadState(options);
+    BeginTimerPeriod();  // the second call; shutdown ends one period, the end of the process the other
     KeepTimerResolutionWhenHidden();
     CreateEvents();
 

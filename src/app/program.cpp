@@ -78,7 +78,7 @@ struct ModeRow {
     int (*run)(const LaunchOptions& options);  // returns the exit code
 };
 
-// The modes of the program. A mode of the command line without a row here ends with an error message.
+// The modes of this program. A mode of the command line without a row ends with a message.
 constexpr ModeRow kModes[] = {
     {LaunchMode::SelfTestUpdate, SelfTestUpdate},
     {LaunchMode::ValidateTheme, ValidateTheme},

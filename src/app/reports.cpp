@@ -1,5 +1,5 @@
-// The page polls about eight times a second, so an idle poll must cost next to nothing even with a huge macro: the
-// event list's text is kept and built again only when the macro has changed.
+// The page polls about eight times a second, and an idle poll must be cheap even with a huge macro. So the text of the
+// event list is kept and built again only when the macro has changed.
 #include "app/reports.h"
 
 #include "base/json_writer.h"
@@ -16,24 +16,22 @@
 
 namespace {
 
-// Up to this size the event mirror is written at every poll. A longer one is written when it has changed or its file
-// is gone: eight times a second tens of megabytes would wear out the disk to say the same again.
+// Up to this size the event mirror is written at every poll. A longer one is written only if it has changed or its file
+// is missing: tens of megabytes eight times a second would wear out the disk.
 constexpr size_t kAlwaysMirroredSize = 0x20000;
 
 // UI thread only.
 struct EventListReport {
-    uint64_t revision = 0;  // of the macro that `text` was built from; 0 is none, macros start at 1
-    // The macro's copy for building the text. Kept, so that the next copy under the lock, which a recording waits for,
-    // needs no new memory.
+    uint64_t revision = 0;  // of the macro that `text` was built from; 0: none, macros start at 1
+    // Copy of the macro from which the text is built. Its memory is kept: a recording waits while the next copy is made.
     std::vector<UnifiedEvent> events;
     std::string text;
     bool mirrored = false;  // this text was written to macroevents.txt
 };
 EventListReport eventList;
 
-// Whether the last take can be undone takes a comparison of two whole macros, so the answer is kept for a revision too.
-// Nothing of it changes without a new revision, but for a recording or playback under way, which rules it out.
-// UI thread only.
+// CanUndoContinue compares two whole macros, so its result is kept for a revision too. It changes only with the revision,
+// or while a recording or playback runs, when it is false. UI thread only.
 struct UndoReport {
     uint64_t revision = 0;
     bool canUndo = false;
@@ -50,7 +48,7 @@ bool CanUndoNow() REQUIRES(macroMutex) {
     return undoReport.canUndo;
 }
 
-// Builds the text anew if the macro has changed.
+// Builds the text again if the macro has changed.
 void RefreshEventList() {
     {
         MutexLock lock(macroMutex);

@@ -1,10 +1,11 @@
-// The reports that the page polls. UI thread.
+// The reports that the page fetches. UI thread. A mirror file that cannot be written is not reported.
 #pragma once
 
 #include <string>
 
-// Builds and returns the status report, and rewrites status.txt and macroevents.txt.
+// Returns the status report, after writing it to status.txt and the event list to macroevents.txt.
 std::string PollStatus();
+// Returns the settings report.
 std::string SettingsReport();
-// Returns the events JSON and writes it to macroevents.txt.
+// Returns the event list as JSON, after writing it to macroevents.txt.
 std::string ReportMacroEvents();

@@ -1,4 +1,4 @@
-// Small edits of the current macro. Any thread. They lock macroMutex themselves, only for the change.
+// Edits of the current macro, and its event list as JSON. Any thread; locks macroMutex for the change or the copy only.
 #pragma once
 
 #include "model/event.h"
@@ -8,19 +8,24 @@
 #include <string_view>
 #include <vector>
 
-// Returns the macro as the page's event list: [{"id":0,"time":0.000000,"desc":"..."},...]
+// Returns the page's event list of a macro: [{"id":0,"time":0.000000,"desc":"..."},...]
 std::string MacroEventsJson(const std::vector<UnifiedEvent>& events);
-// The same, replacing the content of `json` and reusing its memory: for a large macro, new memory costs more than the
-// building.
+// Replaces `json` by the event list and uses its memory: for a large macro, getting new memory takes longer than
+// building the text.
 void BuildMacroEventsJson(const std::vector<UnifiedEvent>& events, std::string& json);
-// Copies the current macro under macroMutex, then returns MacroEventsJson of the copy.
+// Returns the event list of the current macro.
 std::string CurrentMacroEventsJson();
+// Returns the sentence that the event list shows for an event.
 std::string EventDescription(const UnifiedEvent& event);
 
-// Each of these three rewrites the mirror of the event list, even if nothing changed, with no lock held. A malformed
+// Page commands. Each rewrites the mirror of the event list, without a lock and even if nothing changed. A malformed
 // number throws NumberError before that.
+// Deletes the event at a decimal index; an index out of range deletes nothing.
 void DeleteEvent(std::string_view indexText);
-void UpdateEventTime(std::string_view arguments);  // "index,seconds"; exactly two fields or nothing changes
+// "index,seconds": sets an event's time. Another number of fields, or an index out of range, changes nothing.
+void UpdateEventTime(std::string_view arguments);
+// Thins out the pointer paths.
 void OptimizeMacro();
-// Thins out the moves in one pass. Returns the events that stay.
+
+// Returns the events without those pointer moves that lie between moves and within 10 pixels of the last move kept.
 std::vector<UnifiedEvent> OptimizedEvents(const std::vector<UnifiedEvent>& events);

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Returns the name, or the name with the first free number. Returns the plain name again if all numbers are taken.
+// Returns the name with the first number that no profile has, without a number if the name is free or all are taken.
 std::string FreeProfileName(std::string name) REQUIRES(macroMutex) {
     constexpr int kLastNumber = 999;
     std::unordered_set<std::string_view> taken;
@@ -29,7 +29,7 @@ std::string FreeProfileName(std::string name) REQUIRES(macroMutex) {
     return name;
 }
 
-// Applies the settings of a profile, or the defaults if it never stored any.
+// A profile that never stored its settings has the defaults.
 void ApplyStoredSettings(const std::string& settings) {
     if (settings.empty()) {
         ResetToolSettings();
@@ -38,7 +38,7 @@ void ApplyStoredSettings(const std::string& settings) {
     }
 }
 
-// Returns true if another profile becomes current, with its settings in *settings.
+// Returns whether another profile is current now: *settings are the ones to apply.
 bool RemoveCurrentProfile(std::string* settings) {
     MutexLock lock(macroMutex);
     Profile* current = CurrentProfile();

@@ -1,5 +1,4 @@
-// The page's profile commands. UI thread unless noted. AddProfile, DeleteProfile, SwitchProfile and ClearProfile do
-// nothing while a recording runs.
+// Profile operations. UI thread, unless a function says otherwise.
 #pragma once
 
 #include "base/mutex.h"
@@ -9,15 +8,24 @@
 #include <string>
 #include <string_view>
 
+// Page commands. These four do nothing while a recording runs.
+// Adds an empty profile with the live tool settings and makes it current. An empty name adds nothing.
 void AddProfile(std::string_view name);
+// Deletes the current profile and makes its neighbour current. The default profile is cleared instead; the last profile
+// stays.
 void DeleteProfile();
+// Makes the profile at a decimal index current and applies its settings. Another text changes nothing.
 void SwitchProfile(std::string_view index);
+// Removes all events of the current profile and resets the tool settings.
 void ClearProfile();
-std::string GetProfiles();  // JSON
-// Any thread. Adds an imported macro and makes it current, under its own name or the first free "name (2)" to
-// "name (999)". The live settings stay, unless the macro has no settings: then they become the defaults.
+
+// Page command. Returns the list of profiles as JSON.
+std::string GetProfiles();
+
+// Any thread. Adds an imported macro and makes it current, under its own name or the first free one of "name (2)" to
+// "name (999)". A macro without settings resets the live tool settings; otherwise they stay.
 void AppendProfile(ParsedMacro macro) REQUIRES(macroMutex);
-// Any thread. Copies the live tool settings into the current profile.
+// Any thread. Copies the live tool settings to the current profile.
 void SyncProfileSettings();
-// Adds a profile named DefaultProfileName if there is none.
+// Adds a profile named DefaultProfileName at the front, unless one exists.
 void EnsureDefaultProfile();

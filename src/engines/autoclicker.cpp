@@ -15,7 +15,7 @@ struct ButtonFlags {
     uint32_t release = 0;
 };
 
-// For an unknown button sends records without an action, so that the count continues.
+// An unknown button sends records without an action, so that the clicks are still counted.
 ButtonFlags FlagsOfButton(int32_t button) {
     switch (button) {
     case 0:
@@ -29,7 +29,7 @@ ButtonFlags FlagsOfButton(int32_t button) {
     }
 }
 
-// Waits 15 milliseconds by the counter. Computes the deadline first, so that a sleep that is too long does not add up.
+// Waits 15 milliseconds. The deadline is set before the sleep, so that a sleep that is too long does not add to it.
 void WaitDoubleClickGap() {
     const auto ticks = static_cast<int64_t>(static_cast<double>(engineState.counterFrequency.load()) * 0.015);
     const int64_t deadline = ReadPerformanceCounter() + ticks;

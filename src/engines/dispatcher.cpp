@@ -13,12 +13,12 @@
 
 namespace {
 
-// Takes a request: it is over whether or not a guard lets it act.
+// Returns whether a request is pending and clears it. A guard that then ignores it ends it.
 bool Take(std::atomic<bool>& request) {
     return request.exchange(false);
 }
 
-// No wake: the pass that stops the macro serves these later on.
+// No wake: the pass that stops the macro runs these requests after it.
 void StopToolsWithMacro() {
     if (engineState.stopToolsWithMacro) {
         engineState.requestStopAutoclicker = true;
@@ -59,7 +59,7 @@ void DispatchRecording() {
     }
 }
 
-// Only the left and the right button: whatever else a macro holds down stays down.
+// Releases the left and the right button only: other buttons and keys that the macro pressed stay pressed.
 void CleanUpAfterMacro() {
     SendMouseFlags(kMouseLeftUp);
     SendMouseFlags(kMouseRightUp);
@@ -89,7 +89,7 @@ void DispatchPlayback() {
 void SetAutoClicking(bool on) {
     engineState.autoClicking = on;
     if (!on) {
-        // All three, whichever button is set: its setting may have changed since the press.
+        // Release all three: the button setting may have changed since the press.
         SendMouseFlags(kMouseLeftUp);
         SendMouseFlags(kMouseRightUp);
         SendMouseFlags(kMouseMiddleUp);
@@ -109,17 +109,17 @@ void DispatchAutoclicker() {
     }
 }
 
-void StopKeySpam() {
+void StopKeySpammer() {
     engineState.keySpamming = false;
     ReleaseKeySpammerTargets();
     SignalWake(engineState.keySpammerWakeEvent);
 }
 
-void DispatchKeySpam() {
+void DispatchKeySpammer() {
     const auto hasTarget = [] { return keySpammerSettings.targetCount > 0; };
     if (Take(engineState.requestToggleKeySpammer)) {
         if (engineState.keySpamming) {
-            StopKeySpam();
+            StopKeySpammer();
         } else {
             engineState.keySpamming = hasTarget();
             SignalWake(engineState.keySpammerWakeEvent);
@@ -130,7 +130,7 @@ void DispatchKeySpam() {
         SignalWake(engineState.keySpammerWakeEvent);
     }
     if (Take(engineState.requestStopKeySpammer) && engineState.keySpamming) {
-        StopKeySpam();
+        StopKeySpammer();
     }
 }
 
@@ -141,8 +141,8 @@ void RecordToolState(uint32_t toolCode, bool on) {
     AppendRecordedEvent({.type = EvToolState, .time = time, .virtualKey = toolCode, .down = on});
 }
 
-// The order decides how contradicting requests of one pass come out: captures, recording, playback, tools. The tools
-// come last, so that the stops a macro's end raises are served at once.
+// The order (captures, recording, playback, tools) decides between contradicting requests of one pass. The tools come
+// last, so that stops that the end of a macro requests run in the same pass.
 void DispatchRequests() {
     const bool autoBefore = engineState.autoClicking;
     const bool keySpamBefore = engineState.keySpamming;
@@ -152,7 +152,7 @@ void DispatchRequests() {
     DispatchRecording();
     DispatchPlayback();
     DispatchAutoclicker();
-    DispatchKeySpam();
+    DispatchKeySpammer();
     if (engineState.recording) {
         if (const bool autoNow = engineState.autoClicking; autoNow != autoBefore) {
             RecordToolState(kToolAutoclicker, autoNow);
@@ -169,8 +169,8 @@ void DispatcherThreadMain() {
         try {
             DispatchRequests();
         } catch (const std::bad_alloc&) {
-            // A copy of the macro did not fit into memory. That request ends there; those behind it wait in their
-            // flags for the next wake.
+            // A copy of the macro did not fit into memory. That request is dropped; the ones after it stay pending until
+            // the next wake.
         }
         WaitForAny(events, 2, kNoLimit);
     }

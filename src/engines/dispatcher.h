@@ -1,11 +1,12 @@
-// The single writer of the engines' state. Dispatcher thread only, unless noted.
+// The dispatcher: the only place that starts and stops engines. Dispatcher thread only.
 #pragma once
 
 #include <cstdint>
 
-// Makes one pass over all requests, in fixed order, with guards, clean-up input and wakes.
+// Runs all pending requests once, in fixed order, with guards, clean-up input and wakes. Throws std::bad_alloc if a copy
+// of the macro does not fit into memory.
 void DispatchRequests();
-// Appends the tool change to the running recording.
+// Appends a tool's change (kToolAutoclicker or kToolKeySpammer) to the running recording.
 void RecordToolState(uint32_t toolCode, bool on);
-// Thread body: a pass, a wait, a pass, until running is false.
+// Thread body: runs the requests after each wake, until running is false.
 void DispatcherThreadMain();

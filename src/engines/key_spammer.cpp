@@ -19,7 +19,7 @@ void SendSlot(const KeySpammerThreadState::Slot& slot, bool down) {
     SendInputRecord(KeyRecord(slot.cachedScan, slot.cachedExtended, down));
 }
 
-// The releases go by the slots that the presses filled, whatever the list has become in between.
+// Releases the keys of the slots, which are the keys that were pressed: the target list may change in between.
 void SendChord(KeySpammerThreadState& state, int32_t count) {
     for (int32_t i = 0; i < count; ++i) {
         RefreshSlot(state.slots[i], keySpammerSettings.targets[i]);

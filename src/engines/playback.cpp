@@ -12,10 +12,10 @@
 
 namespace {
 
-// The thread spins for this long before an event, because a sleep may be this much too long.
+// Spins for this long before an event, since a sleep may be this much too long.
 constexpr double kSpinSeconds = 0.002;
 
-// Empty for a macro that is too big to copy, which then plays like an empty one.
+// Returns a copy of the macro. A macro that does not fit into memory plays like an empty one.
 std::vector<UnifiedEvent> CopyOfMacro() {
     MutexLock lock(macroMutex);
     const Profile* profile = CurrentProfile();
@@ -61,7 +61,7 @@ void PlayEvents(PlaybackRound& round, const std::vector<UnifiedEvent>& events) {
         if (!engineState.playing || !engineState.running) {
             return;
         }
-        // The speed is read for every event and applies from the start of the round.
+        // The speed is read for every event and applies to the whole time since the start of the round.
         const double target = event.time / static_cast<double>(macroSettings.playbackSpeed.Get());
         WaitForEvent(round, event, target);
         if (!engineState.playing || !engineState.running) {
@@ -112,7 +112,7 @@ void PositionForRound(PlaybackRound& round, const std::vector<UnifiedEvent>& eve
 
 void GlideTowards(PlaybackRound& round, const UnifiedEvent& event, double target, double elapsed) {
     double fraction = (elapsed - round.lastTarget) / (target - round.lastTarget);
-    // Written so that a fraction that is not a number (from infinite times) counts as 0.
+    // In this form a fraction that is not a number, which infinite times cause, counts as 0.
     fraction = fraction > 0.0 ? std::min(fraction, 1.0) : 0.0;
     const int32_t x = PointBetween(round.fromX, event.x, fraction);
     const int32_t y = PointBetween(round.fromY, event.y, fraction);

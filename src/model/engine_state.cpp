@@ -38,7 +38,7 @@ void NotifyEditorBusy(bool wait) {
 
 namespace {
 
-// Constructs the record again in place, because atomics cannot be assigned.
+// A record of atomics cannot be assigned: it is destroyed and constructed in its place.
 template <typename Record> void Reconstruct(Record& record) {
     std::destroy_at(&record);
     std::construct_at(&record);
@@ -55,5 +55,5 @@ void ResetEngineState() {
     MutexLock lock(macroMutex);
     const uint64_t revision = macroState.revision;
     macroState = MacroState{};
-    macroState.revision = revision + 1;  // a report of the old macro is outdated
+    macroState.revision = revision + 1;  // a report of the old macro is out of date
 }

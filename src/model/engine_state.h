@@ -15,8 +15,8 @@ struct WakeEvent;
 
 struct EngineState {
     // State flags. Only DispatchRequests starts and stops engines; a worker clears its own flag at its normal end.
-    std::atomic<bool> running{
-        true};  // the only stop condition of loops; cleared at shutdown before quitEvent
+    // The only stop condition of loops; cleared at shutdown before quitEvent is signalled.
+    std::atomic<bool> running{true};
     std::atomic<bool> recording{false};
     std::atomic<bool> playing{false};
     std::atomic<bool> autoClicking{false};
@@ -44,8 +44,8 @@ struct EngineState {
     std::atomic<bool> requestStartKeySpammer{false};
     std::atomic<bool> requestStopKeySpammer{false};
 
-    // Wake events: created before the threads start, closed and cleared after they are joined. Null is no event.
-    std::atomic<WakeEvent*> dispatchEvent{nullptr};         // automatic: a request or a captured key waits
+    // Wake events: created before the threads start, closed and cleared after they are joined. Null: no event.
+    std::atomic<WakeEvent*> dispatchEvent{nullptr};  // automatic: a request or a captured key is pending
     std::atomic<WakeEvent*> autoclickerWakeEvent{nullptr};  // automatic: autoClicking changed
     std::atomic<WakeEvent*> keySpammerWakeEvent{nullptr};   // automatic: keySpamming changed
     std::atomic<WakeEvent*> playWakeEvent{nullptr};         // automatic: playing changed
@@ -54,12 +54,12 @@ struct EngineState {
 
     // Counters and capture.
     std::atomic<int64_t> counterFrequency{1};  // ticks a second; set once at start
-    std::atomic<int64_t> recordingStartCounter{
-        0};  // counter at the start of the recording; dispatcher writes, hook reads
+    // Counter at the start of the recording. The dispatcher writes it, the input thread reads it.
+    std::atomic<int64_t> recordingStartCounter{0};
     std::atomic<int32_t> autoclickerCount{0};  // clicks of this run
     std::atomic<int32_t> keySpammerCount{0};   // rounds of this run
-    std::atomic<uint32_t> reassignTarget{0};   // ReassignTarget: which binding is being captured
-    std::atomic<uint32_t> capturedKey{0};      // the key or button caught for it, 0 none
+    std::atomic<uint32_t> reassignTarget{0};   // ReassignTarget: the binding that waits for a key
+    std::atomic<uint32_t> capturedKey{0};      // the key or button captured for it; 0: none yet
 };
 
 enum ReassignTarget : uint32_t {
@@ -74,38 +74,39 @@ enum ReassignTarget : uint32_t {
 
 extern EngineState engineState;
 
-// Guards the profiles, every event list and the continued recording. Plain and not recursive. The input thread takes it
-// for each recorded event: hold it briefly, never while waiting, writing files or signalling an event.
+// Guards the profiles, every event list and the continued recording. Not recursive. The input thread takes it for each
+// recorded event: hold it briefly, never while waiting, writing files or signalling an event.
 extern Mutex macroMutex;
 
 struct MacroState {
     std::vector<Profile> profiles;  // never empty once start-up is past the session
     int32_t currentProfile = 0;     // index into profiles; "the macro" is that profile's event list
 
-    // Every change of an event list or of currentProfile raises it (MarkMacroChanged), so that a report of the same
-    // macro is not built again.
+    // Every change of an event list or of currentProfile raises it (MarkMacroChanged). A report that was built from the
+    // same revision is still right.
     uint64_t revision = 1;
 
     // Continued recording and its one step of undo.
     std::vector<UnifiedEvent> continueBaseline;  // the macro before the continued recording
     std::vector<UnifiedEvent> continueResult;    // the macro when it ended
-    int32_t continueProfile = -1;                // index of their profile, -1 none
-    uint64_t continueKeepCount = 0;              // number of old events at the front; 0 for a new recording
-    bool takeOpen = false;  // a recording has started and its events are not joined to the macro yet
+    int32_t continueProfile = -1;                // the profile that these belong to; -1: none
+    uint64_t continueKeepCount = 0;  // number of leading events that are old; 0 for a fresh recording
+    bool takeOpen = false;           // a recording has begun and its events are not yet joined to the macro
 };
 extern MacroState macroState GUARDED_BY(macroMutex);
 
-// The current profile, or null if the index is out of range (before start-up has loaded a session).
+// Returns the current profile, or null if the index is out of range (before start-up has loaded a session).
 Profile* CurrentProfile() REQUIRES(macroMutex);
+// Raises the revision. Call it after each change of an event list or of currentProfile.
 void MarkMacroChanged() REQUIRES(macroMutex);
 
-// Any thread, the hook procedures included. Raises a request flag, wakes the dispatcher and returns without waiting.
-// Every command uses it.
+// Any thread, the hook procedures included. Raises a request flag of engineState and wakes the dispatcher, without
+// waiting. Every command that starts or stops an engine calls it.
 void RaiseRequest(std::atomic<bool>& flag);
 
-// Notifies a running timeline editor that the engines are busy. Start-up sets it; null notifies nobody.
+// Notifies a running timeline editor that the engines are busy. Start-up sets it; null: no notice.
 extern std::atomic<void (*)(bool wait)> editorBusyNotice;
-// Any thread. Calls editorBusyNotice. With `wait`, waits up to 500 ms for the editor's answer.
+// Any thread. Calls editorBusyNotice. With `wait`, waits up to 500 ms for the editor's acknowledgement.
 void NotifyEditorBusy(bool wait);
 
 // Resets all of the above to its defaults. Tests only; no engine thread may run.

@@ -1,4 +1,4 @@
-// The one record of which macros are made.
+// The event: a macro is a list of these.
 #pragma once
 
 #include <cstdint>
@@ -16,15 +16,15 @@ constexpr uint32_t kToolAutoclicker = 1;
 constexpr uint32_t kToolKeySpammer = 2;
 
 struct UnifiedEvent {
-    uint32_t type = 0;  // EventType; other codes are carried along and do nothing
+    uint32_t type = 0;  // EventType; other codes are kept and do nothing
     double time = 0.0;  // seconds from the start of the recording
     int32_t x = 0;
     int32_t y = 0;
     uint32_t flags = 0;  // a MOUSEEVENTF_* button value; 128 stands for both side buttons and has no release
     uint32_t virtualKey = 0;  // virtual-key code, or a tool
     bool down = false;
-    int32_t wheel = 0;  // 120 a notch
+    int32_t wheel = 0;  // 120 for each notch
 
-    // All eight fields; a time that is not a number is equal to nothing.
+    // Compares all eight fields; a time that is not a number equals nothing.
     bool operator==(const UnifiedEvent&) const = default;
 };

@@ -9,7 +9,7 @@
 constexpr const char* DefaultProfileName = "Default Tracking Profile";
 
 struct Profile {
-    std::string name;                  // bytes of any encoding; not unique by rule
-    std::string settings;              // profile settings text, or empty: the defaults
+    std::string name;                  // bytes of any encoding; two profiles may have the same name
+    std::string settings;              // profile settings text; empty: the defaults
     std::vector<UnifiedEvent> events;  // the macro, in list order
 };

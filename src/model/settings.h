@@ -8,7 +8,7 @@
 #include <cstdint>
 
 // The autoclicker's settings. Written by page commands, profile switches and (location) the input thread; read by the
-// autoclick thread. A reader may see one update half done.
+// autoclicker thread. A reader may see one update half done.
 struct AutoclickerSettings {
     Relaxed<int32_t> intervalHours{0};
     Relaxed<int32_t> intervalMinutes{0};
@@ -26,8 +26,8 @@ struct AutoclickerSettings {
 constexpr int kMaxKeySpammerTargets = 256;
 constexpr uint32_t kSpaceKey = 32;
 
-// The key spammer's settings. Written by page commands, the dispatcher and profile switches; read by the key spam
-// thread, entry by entry.
+// The key spammer's settings. Written by page commands, the dispatcher and profile switches; read by the key spammer
+// thread, value by value.
 struct KeySpammerSettings {
     Relaxed<int32_t> intervalHours{0};  // interval, as in AutoclickerSettings
     Relaxed<int32_t> intervalMinutes{0};
@@ -50,9 +50,9 @@ struct MacroSettings {
     Relaxed<bool> recordButtons{true};
     Relaxed<bool> recordWheel{true};
     Relaxed<bool> recordKeys{true};
-    Relaxed<bool> recordRawMoves{false};          // record moves as raw relative counts
-    Relaxed<float> playbackSpeed{1.0F};           // speed: schedule times are divided by it; not checked
-    Relaxed<bool> loop{false};                    // repeat until stopped
+    Relaxed<bool> recordRawMoves{false};  // record moves as raw relative counts
+    Relaxed<float> playbackSpeed{1.0F};   // times of events are divided by it; any value, 0 and less included
+    Relaxed<bool> loop{false};            // repeat until stopped
     Relaxed<int32_t> loopPauseMilliseconds{500};  // pause between rounds, milliseconds
 };
 
@@ -60,7 +60,7 @@ struct MacroSettings {
 struct HotkeyTable {
     std::atomic<uint32_t> record{119};       // F8
     std::atomic<uint32_t> play{118};         // F7
-    std::atomic<uint32_t> autoclicker{117};  // F6; "auto" outside C++
+    std::atomic<uint32_t> autoclicker{117};  // F6
     std::atomic<uint32_t> keySpammer{120};   // F9
     std::atomic<uint32_t> unlock{121};       // F10
     Relaxed<bool> holdAutoclicker{false};    // the autoclicker runs while its hotkey is held

@@ -21,8 +21,8 @@ constexpr std::string_view kPanelIds[] = {
     "panel-ui", "panel-profile", "panel-spammer", "panel-keyspam", "panel-tracker",
 };
 
-// A switch that the page knows, in the order of file and report. It is a field of the record or, where other threads
-// read it, one of the engine state; the other pointer is null.
+// A switch of the page, in the order of file and report. It is a field of appSettings or, if other threads read it, of
+// engineState; the other pointer is null.
 struct Switch {
     std::string_view fileKey;
     std::string_view pageKey;
@@ -44,7 +44,7 @@ constexpr Switch kSwitches[] = {
     {"launchOnStartup", "launchOnStartup", &AppSettings::launchOnStartup, nullptr},
     {"startMinimized", "startMinimized", &AppSettings::startMinimized, nullptr},
     {"hotkeysEnabled", "hotkeysEnabled", nullptr, &EngineState::hotkeysEnabled},
-    // One switch with three names, all of them settled: files and pages know it by theirs.
+    // Its three names are fixed: files and pages of every version use theirs.
     {"hotkeyLockOn", "hotkeyLock", nullptr, &EngineState::lockOn},
     {"stopToolsWithMacro", "stopToolsWithMacro", nullptr, &EngineState::stopToolsWithMacro},
     {"disableAnimations", "disableAnimations", &AppSettings::disableAnimations, nullptr},
@@ -87,7 +87,7 @@ template <typename Texts> std::string Joined(const Texts& texts) {
     return joined;
 }
 
-// Ids are not escaped: the format of the report.
+// Ids are not escaped: the report's format says so.
 template <typename Ids> void WriteIds(JsonWriter& json, std::string_view key, const Ids& ids) {
     json.BeginArrayField(key);
     for (const std::string& id : ids) {
@@ -96,7 +96,7 @@ template <typename Ids> void WriteIds(JsonWriter& json, std::string_view key, co
     json.EndArray();
 }
 
-// The pieces of a comma list that are wanted.
+// Returns the pieces of a comma list for which `wanted` is true.
 template <typename Wanted> std::set<std::string> ReadSet(std::string_view value, Wanted wanted) {
     std::set<std::string> pieces;
     for (const std::string_view piece : SplitParts(value, ',')) {

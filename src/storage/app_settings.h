@@ -1,6 +1,6 @@
-// The preferences of the program, as opposed to those of a macro or a tool, in "appsettings.txt" in the data folder.
-// UI thread, and LoadAppSettings before the threads start, so there is no lock. The three switches that other threads
-// read (hotkeysEnabled, lockOn, stopToolsWithMacro) live in the engine state and are only read and written here.
+// The preferences of the program, kept in "appsettings.txt" in the data folder. UI thread, and LoadAppSettings before the
+// threads start: no lock. Three switches that other threads read (hotkeysEnabled, lockOn, stopToolsWithMacro) are fields
+// of engineState; these functions load and store them too.
 #pragma once
 
 #include <cstdint>
@@ -15,42 +15,44 @@ struct AppSettings {
     bool startMinimized = false;
     bool disableAnimations = false;         // for the page
     bool showWarnings = true;               // for the page
-    std::set<std::string> seenWarnings;     // warning ids that were dismissed; the page owns the ids
-    std::set<std::string> minimizedPanels;  // ids of collapsed panels
-    std::vector<std::string> panelOrder;    // panel ids, some may be missing; empty is the default order
+    std::set<std::string> seenWarnings;     // ids of dismissed warnings; the page defines the ids
+    std::set<std::string> minimizedPanels;  // ids of panels shown without their content
+    std::vector<std::string> panelOrder;    // panel ids, possibly not all; empty: the page's own order
     int32_t windowX = 0;                    // main window, outer rectangle in physical pixels
     int32_t windowY = 0;
     int32_t windowWidth = 420;
     int32_t windowHeight = 560;
     bool windowMaximized = false;
-    bool windowPositionKnown = false;  // not stored: a corner was read, or the window was placed
+    bool windowPositionKnown = false;  // not stored: windowX was read, or the window was placed
 };
 
 extern AppSettings appSettings;
 
-// Returns true for the id of one of the page's five panels.
+// Returns whether `text` is the id of one of the page's five panels.
 bool IsPanelId(std::string_view text);
-// Reads a comma list of panel ids and skips empty parts. Returns false, with *order unchanged, if one is unknown or
-// repeated.
+// Parses a comma list of panel ids; empty pieces are skipped. Returns false, with *order unchanged, if an id is unknown
+// or repeated.
 bool ParsePanelOrder(std::string_view text, std::vector<std::string>* order);
 
-// Loads the settings that the file contains; the others stay. Skips malformed lines.
+// Reads the file. Settings that it does not name stay; a malformed line is skipped. A file that cannot be read changes
+// nothing.
 void LoadAppSettings();
-// Rewrites the file. Does nothing if it cannot be written.
+// Rewrites the file. A failure is not reported.
 void SaveAppSettings();
 
-// Returns the whole content of the file for the current settings, and reads it as LoadAppSettings does.
+// Returns the whole content of the file for the current settings.
 std::string BuildAppSettingsText();
+// Stores the settings of such a text, as LoadAppSettings does.
 void ApplyAppSettingsText(std::string_view text);
 
-// Returns the settings report for the page, without the window's placement. Ids are not escaped.
+// Returns the settings as JSON for the page, without the window's placement. Ids are not escaped.
 std::string AppSettingsReport();
 
-// Stores one setting by the name that the page uses, which may be "min:" and a panel id. Ignores an unknown name.
-// Neither saves nor applies the setting.
+// Stores the setting that the page calls `key`; "min:" with a panel id stores whether that panel is minimised. An
+// unknown key changes nothing. Does not save, and does not apply the setting.
 void StoreAppSetting(std::string_view key, bool value);
 
-// The page's command: remembers a dismissed warning, and saves if it is new. Ignores an empty id.
+// Page command. Adds a warning to the dismissed ones and saves; an empty or known id changes nothing.
 void MarkWarningSeen(std::string_view id);
-// The page's command: stores a comma list of panel ids as the order and saves it. Ignores an invalid list.
+// Page command. Stores a comma list of panel ids as the order and saves; an invalid list changes nothing.
 void SetPanelOrder(std::string_view text);

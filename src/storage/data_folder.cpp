@@ -12,13 +12,13 @@ constexpr const char* kStatusMirror = "status.txt";
 constexpr const char* kEventsMirror = "macroevents.txt";
 constexpr const char* kPanelSettingsMirror = "panelsettings.txt";
 
-// The status for a panel while there is no status report: an older, shorter form that must stay unchanged.
+// A panel's status while no status report exists: the shorter form of older versions.
 constexpr const char* kIdleStatus =
     R"({"state":"Idle","count":0,"restore":[],"hkRec":"","hkPlay":"","hkAuto":"","hkKeySpam":"",)"
     R"("keySpamTargets":[],"keySpamChord":false,"ksCap":0,"reassigning":"","panelHover":false,)"
     R"("autoClicking":false,"keySpamming":false})";
 
-// Set once at start-up, read by every load and save. Empty until then, which means the default path.
+// Set once at start-up. Empty: the session file in the data folder.
 Mutex sessionPathMutex;
 std::string sessionPath GUARDED_BY(sessionPathMutex);
 

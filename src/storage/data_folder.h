@@ -1,27 +1,36 @@
-// The folder of all files that the program keeps for the user. Any thread. Failures are silent unless noted.
+// The per-user folder of all files that the program keeps, and the mirror files in it that panel windows read. Any
+// thread. Failures are not reported unless a function returns a result.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-std::string DataFolderPath();  // computed again by each call
+// Returns the folder's path; each call reads the environment again.
+std::string DataFolderPath();
+// Returns the path of a file in the folder.
 std::string DataFilePath(std::string_view name);
 void CreateDataFolder();
 
-// Writes beside the target and renames, so that a reader never sees half a file. For a moment there is no file.
+// Writes a file beside the target and renames it, so that no reader sees a part of it. Between the two steps the target
+// does not exist. Returns false if the target was not replaced.
 bool AtomicWriteFile(const std::string& path, std::string_view bytes);
 
-// Migrate files of older versions. Call in this order, before the session is read.
+// Files of older versions: start-up calls these in this order, before it reads the session.
+// Moves an older session file to its present path and sets SessionPath. An older file that cannot be moved stays in use.
 void MigrateSessionFile();
+// Moves a file `name` of the program folder to `destination`, unless that exists.
 void MigrateStateFile(const std::string& destination, const char* name);
 void DeleteFromProgramFolder(const char* name);
-// Returns the path of the session file in this run.
+
+// Returns the path from which the session is loaded and to which it is saved in this run.
 std::string SessionPath();
 void SetSessionPath(const std::string& path);
 
-std::string ReadStatusMirror();  // first line of status.txt, or the idle default document
+// The mirror files. Each Read function returns the first line of its file; without one, it returns the text of an idle
+// program ("[]" for the events, "{}" for the panel settings).
+std::string ReadStatusMirror();
 void WriteStatusMirror(std::string_view text);
-std::string ReadEventsMirror();  // "[]" if there is none
+std::string ReadEventsMirror();
 void WriteEventsMirror(std::string_view text);
-std::string ReadPanelSettings();  // "{}" if there is none
+std::string ReadPanelSettings();
 void WritePanelSettings(std::string_view text);

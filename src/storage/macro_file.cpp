@@ -27,7 +27,7 @@ template <typename Integer> char* PutInteger(char* out, Integer value) {
     return std::to_chars(out, out + 11, value).ptr;
 }
 
-// One event at `out`, which has room for kEventLineLength bytes; gives the end.
+// Writes one event at `out`, which has space for kEventLineLength bytes. Returns the end.
 char* PutEventLine(char* out, const UnifiedEvent& event) {
     out = PutInteger(out, static_cast<int32_t>(event.type));
     *out++ = ',';
@@ -46,12 +46,12 @@ char* PutEventLine(char* out, const UnifiedEvent& event) {
     return PutInteger(out, event.wheel);
 }
 
-// Gives the comma-separated fields of one line, first to last. Once they have run out the last one is given again.
+// Reads the comma-separated fields of one line in order. Past the last one it reads the last one again.
 class FieldWalk {
   public:
     explicit FieldWalk(std::string_view line) : next_(line.data()), end_(line.data() + line.size()) {}
 
-    // Each call reads the next field by the scan given; false where its text is no such number.
+    // Reads the next field with `scan`. Returns false for a malformed number.
     template <typename Number>
     bool Read(const char* (*scan)(const char*, const char*, Number*), Number* value) {
         if (next_ != end_) {
@@ -60,7 +60,7 @@ class FieldWalk {
             if (after == nullptr) {
                 return false;
             }
-            // What follows the number within the field is ignored. No number form runs over a comma.
+            // Ignore what follows the number in the field. No number contains a comma.
             while (after != end_ && *after != ',') {
                 ++after;
             }
@@ -69,16 +69,16 @@ class FieldWalk {
         }
         return field_ != nullptr && scan(field_, end_, value) != nullptr;
     }
-    // Whether a further field stands in the line. A comma at the very end begins none.
+    // Returns whether the line has a further field. A comma at the end of the line begins none.
     bool More() const { return next_ != end_; }
 
   private:
-    const char* field_ = nullptr;  // the last field that was there
+    const char* field_ = nullptr;  // the last field that was read; null before the first
     const char* next_;
     const char* end_;
 };
 
-// The seven positions that every line has, present or repeated.
+// Reads the first seven fields, which repeat the last one present if they are missing.
 bool ReadSevenFields(FieldWalk& fields, UnifiedEvent* event) {
     int32_t type = 0;
     int32_t vk = 0;
@@ -106,7 +106,7 @@ void AppendEventLines(std::string& out, const std::vector<UnifiedEvent>& events)
     constexpr size_t kUsualLineLength = 32;
     const std::string_view lineEnd = TextLineEnd();
     out.reserve(out.size() + events.size() * kUsualLineLength);
-    // Lines are gathered in a buffer that stays in the processor's cache.
+    // Collect lines in a buffer that fits the processor's cache.
     char buffer[8192];
     const char* const full = buffer + sizeof(buffer) - kEventLineLength - kLongestLineEnd;
     char* at = buffer;
@@ -149,7 +149,7 @@ std::string ParseMacroText(std::string_view bytes, ParsedMacro* out) {
     }
     ParsedMacro macro;
     macro.name = line;
-    // A usual line has 16 bytes or more. A file of short ones grows the list as it goes.
+    // A usual line has 16 bytes or more. With shorter lines the list grows while they are read.
     constexpr size_t kUsualLineLength = 16;
     macro.events.reserve(bytes.size() / kUsualLineLength);
     bool secondLine = true;
@@ -181,7 +181,7 @@ void WriteMacroFile(const std::string& path, const Profile& profile) {
     text += BuildSettingsLine();
     text += lineEnd;
     AppendEventLines(text, profile.events);
-    // An empty write first: a file that cannot be opened is passed over in silence, a full disk is not.
+    // Write nothing first: a file that cannot be opened is not reported, a full disk is.
     if (!WriteFileBytes(path, {})) {
         return;
     }

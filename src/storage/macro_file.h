@@ -1,4 +1,4 @@
-// Reads and writes .vrlmacro files, and the event line that the session file also uses.
+// Reads and writes .vrlmacro files, and the event line that the session file shares with them. Any thread.
 #pragma once
 
 #include "model/event.h"
@@ -10,24 +10,25 @@
 
 struct ParsedMacro {
     std::string name;
-    std::string settings;  // profile settings text; empty if the file has no settings line
+    std::string settings;  // profile settings text; empty: the file has no settings line
     std::vector<UnifiedEvent> events;
 };
 
-// Returns an empty string, or the sentence for the user with *out unchanged. A malformed line loses only itself.
+// Reads a macro file. Returns an empty string, or the sentence for the user with *out unchanged. Malformed event lines
+// are skipped.
 std::string ReadMacroFile(const std::string& path, ParsedMacro* out);
-// The same for bytes in memory (never "Couldn't open...").
+// Reads the content of a macro file, as ReadMacroFile does.
 std::string ParseMacroText(std::string_view bytes, ParsedMacro* out);
-// Writes name, live settings and events. Does nothing if the file cannot be opened; throws std::ios_base::failure if
-// not all bytes can be written.
+// Writes name, live settings and events. A file that cannot be opened is not reported. Throws std::ios_base::failure if
+// the bytes cannot all be written.
 void WriteMacroFile(const std::string& path, const Profile& profile);
 
 // Appends one event as its eight comma-separated fields, without a line end.
 void AppendEventLine(std::string& out, const UnifiedEvent& event);
-// Appends all events, each with the line end of this backend.
+// Appends a line for each event, with the line end of the system.
 void AppendEventLines(std::string& out, const std::vector<UnifiedEvent>& events);
-// Reads a line of a macro file. Missing fields repeat the last field; a missing eighth is 0. Returns false for a line
-// to drop.
+// Reads a line of a macro file. A missing field repeats the last one present; a missing eighth is 0. Returns false, with
+// *event unchanged, for a line without a field or with a malformed number.
 bool ParseEventLine(std::string_view line, UnifiedEvent* event);
-// Reads a line of a session file, in which a missing eighth field repeats the last field too.
+// Reads a line of a session file: as ParseEventLine, but a missing eighth field repeats the last one too.
 bool ParseSessionEventLine(std::string_view line, UnifiedEvent* event);

@@ -21,15 +21,15 @@ constexpr std::string_view kCurrentPrefix = "CURRENT:";
 constexpr std::string_view kProfilePrefix = "PROFILE:";
 constexpr std::string_view kProfileSettingsPrefix = "PROFILESETTINGS:";
 
-// The autosave thread, the UI thread at shutdown and the crash handler save at any time, and only one of them may write
-// the file. A save that finds another one running sets a flag and returns; the running one then saves again, so that
-// the newest state is kept. No save waits for another: a thread that crashes in the middle of its own save must still
-// save from the crash handler.
+// The autosave thread, the UI thread at shutdown and the crash handler save at any moment, and only one of them may write
+// the file. A save that finds another one running sets SavingAndWantedAgain and returns; the running one then saves once
+// more, so that the newest state remains. No save waits for another: a thread that crashes during its own save must
+// still get through the crash handler.
 enum class SaveStage { Idle, Saving, SavingAndWantedAgain };
 std::atomic<SaveStage> saveStage{SaveStage::Idle};
 
-// The buffers of a save, owned by the running save. Kept from save to save, because new memory costs several times as
-// much as the copy itself: for a large macro that would be most of a save.
+// The memory of a save. Kept from one save to the next: for a large macro, getting new memory takes several times as long
+// as the copy itself. Only the running save uses it.
 struct SaveBuffers {
     std::vector<Profile> profiles;  // copy of the store
     int32_t currentProfile = 0;
@@ -37,8 +37,8 @@ struct SaveBuffers {
 };
 SaveBuffers saveBuffers;
 
-// Releases the memory that a formerly large macro needed.
-template <typename Buffer> void LetGoIfOversized(Buffer& buffer, size_t needed) {
+// Frees the memory of a buffer that was needed for a larger macro.
+template <typename Buffer> void FreeIfOversized(Buffer& buffer, size_t needed) {
     constexpr size_t kSpare = 65536;
     if (buffer.capacity() / 4 > needed + kSpare) {
         buffer = Buffer();
@@ -62,9 +62,9 @@ bool PrepareCopy(SaveBuffers* copy) {
     macroMutex.Unlock();
     copy->profiles.resize(eventCounts.size());
     for (size_t i = 0; i < eventCounts.size(); ++i) {
-        constexpr size_t kGrowth = 64;  // a recording may add events meanwhile
+        constexpr size_t kGrowth = 64;  // a recording may be adding events
         std::vector<UnifiedEvent>& events = copy->profiles[i].events;
-        LetGoIfOversized(events, eventCounts[i]);
+        FreeIfOversized(events, eventCounts[i]);
         events.reserve(eventCounts[i] + kGrowth);
         events.resize(eventCounts[i]);
     }
@@ -117,15 +117,15 @@ void SaveOnce() {
             AppendSession(text, settingsLine, saveBuffers);
             CreateDataFolder();
             WriteFileBytes(SessionPath(), text);
-            LetGoIfOversized(text, text.size());
+            FreeIfOversized(text, text.size());
         }
     } catch (const std::bad_alloc&) {
         // The file keeps the last good state.
     }
 }
 
-// Returns the number of bytes before the next profile line, so that the list of a macro is allocated once. Event lines
-// contain no capital letter, so this is a search for one byte.
+// Returns the number of bytes before the next profile line, for the size of a macro's list. Event lines contain no
+// capital letter, which makes this a search for one byte.
 size_t BytesToNextProfile(std::string_view text) {
     for (size_t at = text.find('P'); at != std::string_view::npos; at = text.find('P', at + 1)) {
         if (StartsWith(text.substr(at), kProfilePrefix) && (at == 0 || text[at - 1] == '\n')) {
@@ -135,9 +135,9 @@ size_t BytesToNextProfile(std::string_view text) {
     return text.size();
 }
 
-// Reads the lines after the second.
+// Reads the lines after the second one.
 std::vector<Profile> ReadProfiles(TextLines& lines) {
-    // A usual line has 16 bytes or more. For shorter lines the list grows.
+    // A usual line has 16 bytes or more. With shorter lines the list grows while they are read.
     constexpr size_t kUsualLineLength = 16;
     std::vector<Profile> profiles;
     std::string_view line;

@@ -49,8 +49,8 @@ void BeginRig(const SimOptions& options, bool hooks) {
     engineState.keySpammerWakeEvent = CreateWakeEvent(WakeReset::Automatic);
     engineState.playWakeEvent = CreateWakeEvent(WakeReset::Automatic);
     threads.clear();
-    threads.push_back(StartThread("autoclick", AutoclickerThreadMain));
-    threads.push_back(StartThread("key spam", KeySpammerThreadMain));
+    threads.push_back(StartThread("autoclicker", AutoclickerThreadMain));
+    threads.push_back(StartThread("key spammer", KeySpammerThreadMain));
     threads.push_back(StartThread("hooks", InputThreadMain));
     threads.push_back(StartThread("playback", PlaybackThreadMain));
     threads.push_back(StartThread("dispatcher", DispatcherThreadMain));

@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The defaults as the file has them.
+// The file with all defaults.
 constexpr const char* kDefaultLines = "alwaysOnTop=0\n"
                                       "launchOnStartup=0\n"
                                       "startMinimized=0\n"
@@ -60,7 +60,7 @@ class AppSettingsTest : public DataFolderTest {
         LoadAppSettings();
     }
 
-    // The file with plain line ends.
+    // The content of the file with LF line ends.
     static std::string File() {
         std::string text = ReadFile(Path());
         for (size_t at = text.find('\r'); at != std::string::npos; at = text.find('\r')) {
@@ -79,7 +79,7 @@ class AppSettingsTest : public DataFolderTest {
 
 }  // namespace
 
-TEST_F(AppSettingsTest, TheFivePanelsAndNothingElse) {
+TEST_F(AppSettingsTest, AcceptsTheFivePanelIdsOnly) {
     for (const char* id : {"panel-ui", "panel-profile", "panel-spammer", "panel-keyspam", "panel-tracker"}) {
         EXPECT_TRUE(IsPanelId(id)) << id;
     }
@@ -110,14 +110,14 @@ TEST_F(AppSettingsTest, AnOrderMayOmitPanelsButNotRepeatThem) {
     }
 }
 
-TEST_F(AppSettingsTest, WithoutAFileTheDefaultsApply) {
+TEST_F(AppSettingsTest, AMissingFileKeepsTheDefaults) {
     LoadAppSettings();
     EXPECT_FALSE(FileExists(Path()));
     EXPECT_FALSE(appSettings.windowPositionKnown);
     EXPECT_EQ(Saved(), kDefaultLines);
 }
 
-TEST_F(AppSettingsTest, TheLinesEndAsThisBackendsTextFilesDo) {
+TEST_F(AppSettingsTest, WritesTheLineEndsOfTheSystem) {
     SaveAppSettings();
     const std::string bytes = ReadFile(Path());
     const std::string first = "alwaysOnTop=0" + std::string(TextLineEnd()) + "launchOnStartup=0";
@@ -125,7 +125,7 @@ TEST_F(AppSettingsTest, TheLinesEndAsThisBackendsTextFilesDo) {
     EXPECT_TRUE(bytes.ends_with("windowMaximized=0" + std::string(TextLineEnd())));
 }
 
-TEST_F(AppSettingsTest, EverySettingIsReadAndWritten) {
+TEST_F(AppSettingsTest, ReadsAndWritesEverySetting) {
     Load(kOtherLines);
     EXPECT_TRUE(appSettings.alwaysOnTop);
     EXPECT_TRUE(appSettings.launchOnStartup);
@@ -149,7 +149,7 @@ TEST_F(AppSettingsTest, EverySettingIsReadAndWritten) {
     EXPECT_EQ(Saved(), kDefaultLines);
 }
 
-TEST_F(AppSettingsTest, TheFixturesOfOlderVersionsAreRead) {
+TEST_F(AppSettingsTest, ReadsTheFilesOfOlderVersions) {
     const auto read = [](const char* name) {
         appSettings = AppSettings();
         ResetEngineState();
@@ -168,7 +168,7 @@ TEST_F(AppSettingsTest, TheFixturesOfOlderVersionsAreRead) {
         << faults;
 }
 
-TEST_F(AppSettingsTest, CarriageReturnsAndAMissingLastLineEndDoNotMatter) {
+TEST_F(AppSettingsTest, IgnoresCarriageReturnsAndAMissingLastLineEnd) {
     Load("alwaysOnTop=1\r\nseenWarnings=a,b\r\n\r\nwindowX=12\r\nwindowMaximized=1");
     EXPECT_TRUE(appSettings.alwaysOnTop);
     EXPECT_EQ(appSettings.seenWarnings, (std::set<std::string>{"a", "b"}));
@@ -176,7 +176,7 @@ TEST_F(AppSettingsTest, CarriageReturnsAndAMissingLastLineEndDoNotMatter) {
     EXPECT_TRUE(appSettings.windowMaximized);
 }
 
-TEST_F(AppSettingsTest, ABooleanIsOnOnlyAsOne) {
+TEST_F(AppSettingsTest, ASwitchIsOnOnlyForTheTextOne) {
     for (const char* value : {"0", "", "true", "01", "1 ", " 1", "2", "1=1", "yes"}) {
         appSettings.showWarnings = true;
         engineState.hotkeysEnabled = true;
@@ -186,7 +186,7 @@ TEST_F(AppSettingsTest, ABooleanIsOnOnlyAsOne) {
     }
 }
 
-TEST_F(AppSettingsTest, UnknownLinesAreIgnored) {
+TEST_F(AppSettingsTest, IgnoresUnknownLines) {
     Load("\n"
          "=\n"
          "=1\n"
@@ -211,7 +211,7 @@ TEST_F(AppSettingsTest, TheKeyEndsAtTheFirstEqualsSign) {
     EXPECT_NE(Saved().find("seenWarnings==,a=b,c==\n"), std::string::npos);
 }
 
-TEST_F(AppSettingsTest, AMalformedNumberKeepsTheOldValue) {
+TEST_F(AppSettingsTest, AMalformedNumberKeepsTheValue) {
     for (const char* value :
          {"abc", "", "-", " ", "2147483648", "-2147483649", "99999999999999999999", "x12"}) {
         appSettings = AppSettings();
@@ -234,7 +234,7 @@ TEST_F(AppSettingsTest, OnlyTheLeftEdgeMakesThePositionKnown) {
     EXPECT_TRUE(appSettings.windowPositionKnown);
 }
 
-TEST_F(AppSettingsTest, ListsDropUnknownIds) {
+TEST_F(AppSettingsTest, ListsDropInvalidPieces) {
     Load("seenWarnings=,b,,a,b,\n"
          "minimizedPanels=panel-ui,panel-other,,panel-ui,PANEL-UI,panel-tracker\n"
          "panelOrder=panel-ui,panel-other\n");
@@ -256,7 +256,7 @@ TEST_F(AppSettingsTest, ALaterLineReplacesAnEarlierOne) {
     EXPECT_EQ(appSettings.windowX, 2);
 }
 
-TEST_F(AppSettingsTest, SettingsMissingInTheFileStay) {
+TEST_F(AppSettingsTest, KeepsSettingsThatTheFileDoesNotName) {
     appSettings.alwaysOnTop = true;
     appSettings.seenWarnings = {"kept"};
     Load("startMinimized=1\n");
@@ -264,7 +264,7 @@ TEST_F(AppSettingsTest, SettingsMissingInTheFileStay) {
     EXPECT_EQ(appSettings.seenWarnings, (std::set<std::string>{"kept"}));
 }
 
-TEST_F(AppSettingsTest, LongLinesAndAnyBytesAreAccepted) {
+TEST_F(AppSettingsTest, ReadsVeryLongLinesAndAnyBytes) {
     std::string ids;
     for (int i = 0; i < 20000; ++i) {
         ids += "warning-" + std::to_string(i) + ",";
@@ -287,7 +287,7 @@ TEST_F(AppSettingsTest, SavingReplacesTheWholeFile) {
     EXPECT_EQ(Saved(), kDefaultLines);
 }
 
-TEST_F(AppSettingsTest, IfTheFileCannotBeWrittenTheLiveValuesStay) {
+TEST_F(AppSettingsTest, AFailedSaveKeepsTheLiveValues) {
     fs::remove_all(DataFolderPath());
     WriteFile(DataFolderPath(), "a file where the folder should be");
     appSettings.alwaysOnTop = true;
@@ -301,7 +301,7 @@ TEST_F(AppSettingsTest, IfTheFileCannotBeWrittenTheLiveValuesStay) {
     EXPECT_EQ(ReadFile(DataFolderPath()), "a file where the folder should be");
 }
 
-TEST_F(AppSettingsTest, AFolderInPlaceOfTheFileCountsAsMissing) {
+TEST_F(AppSettingsTest, IgnoresAFolderInPlaceOfTheFile) {
     fs::create_directory(Path());
     LoadAppSettings();
     SaveAppSettings();
@@ -309,7 +309,7 @@ TEST_F(AppSettingsTest, AFolderInPlaceOfTheFileCountsAsMissing) {
     EXPECT_EQ(BuildAppSettingsText().substr(0, 13), "alwaysOnTop=0");
 }
 
-TEST_F(AppSettingsTest, TheReportHasItsExactForm) {
+TEST_F(AppSettingsTest, TheReportHasItsFixedForm) {
     EXPECT_EQ(AppSettingsReport(),
               R"({"alwaysOnTop":false,"launchOnStartup":false,"startMinimized":false,"hotkeysEnabled":true,)"
               R"("hotkeyLock":true,"stopToolsWithMacro":true,"disableAnimations":false,"showWarnings":true,)"
@@ -323,7 +323,7 @@ TEST_F(AppSettingsTest, TheReportHasItsExactForm) {
         R"("panelOrder":["panel-tracker","panel-ui"]})");
 }
 
-TEST_F(AppSettingsTest, StoringAcceptsThePagesNames) {
+TEST_F(AppSettingsTest, StoresByTheNamesOfThePage) {
     struct Row {
         const char* key;
         const char* line;
@@ -370,7 +370,7 @@ TEST_F(AppSettingsTest, ASeenWarningIsSavedOnce) {
     EXPECT_EQ(appSettings.seenWarnings.size(), 3U);
 }
 
-TEST_F(AppSettingsTest, AnOrderIsStoredWholeOrNotAtAll) {
+TEST_F(AppSettingsTest, StoresAWholeOrderOrNone) {
     SetPanelOrder("panel-ui,panel-ui");
     SetPanelOrder("panel-other");
     EXPECT_FALSE(FileExists(Path()));

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(ArgText, RemovesBracketsAndQuotesAnywhere) {
+TEST(ArgText, RemovesBracketsAndQuotesAtEveryPosition) {
     EXPECT_EQ(ArgText("[]"), "");
     EXPECT_EQ(ArgText(""), "");
     EXPECT_EQ(ArgText("[5,3]"), "5,3");

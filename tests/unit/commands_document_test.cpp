@@ -5,11 +5,11 @@
 #include "unit/test_support.h"
 #include "windows/main_window.h"
 
-// The version of the packages, and the version that the program reports.
+// The version of the packages is the version that the program shows.
 static_assert(kProgramVersion == VARNELLE_PROJECT_VERSION,
               "CMakeLists.txt and build_settings.h name two versions");
 
-TEST(CommandsDocument, MatchesTheTable) {
+TEST(CommandsDocument, MatchesTheCommandTable) {
     const std::string committed = ReadFile("docs/commands.md");
     EXPECT_EQ(committed, CommandsDocument()) << "write it again with: ./dev docs";
 }
@@ -22,7 +22,7 @@ TEST(CommandsDocument, NamesEveryCommandInItsOrder) {
     for (int i = 0; i < count; ++i) {
         at = document.find("\n| `" + std::string(commands[i].name) + "` | ", at);
         ASSERT_NE(at, std::string::npos) << commands[i].name;
-        // Three cells, whatever the texts contain.
+        // Three cells, even if a text contains a bar.
         const std::string row = document.substr(at + 1, document.find('\n', at + 1) - at - 1);
         int bars = 0;
         for (size_t c = 0; c < row.size(); ++c) {

@@ -56,7 +56,7 @@ class CommandsTest : public DataFolderTest {
 
 }  // namespace
 
-TEST_F(CommandsTest, AreBoundInTheirSettledOrder) {
+TEST_F(CommandsTest, AreBoundInTheirFixedOrder) {
     const char* const expected[] = {
         "resizeWindow",
         "updateSpammer",
@@ -112,7 +112,7 @@ TEST_F(CommandsTest, AreBoundInTheirSettledOrder) {
     }
 }
 
-TEST_F(CommandsTest, StartsAndStopsOnlyRaiseTheirRequest) {
+TEST_F(CommandsTest, StartAndStopOnlyRaiseTheirRequest) {
     const struct {
         const char* name;
         std::atomic<bool> EngineState::*flag;
@@ -141,7 +141,7 @@ TEST_F(CommandsTest, StartsAndStopsOnlyRaiseTheirRequest) {
     EXPECT_FALSE(engineState.keySpamming);
 }
 
-TEST_F(CommandsTest, OneStringOrSeveralArgumentsHaveTheSameEffect) {
+TEST_F(CommandsTest, OneStringAndSeparateArgumentsAreTheSame) {
     for (const char* request : {"[1,2,3,4,1,1,0,10,0]", "[\"1,2,3,4,1,1,0,10,0\"]"}) {
         autoclickerSettings.intervalHours = 0;
         autoclickerSettings.repeatMode = 1;
@@ -175,7 +175,7 @@ TEST_F(CommandsTest, RemovingATargetIgnoresAMalformedNumber) {
     EXPECT_EQ(keySpammerSettings.targetCount, 0);
 }
 
-TEST_F(CommandsTest, ChordAndHoldModes) {
+TEST_F(CommandsTest, StoresChordAndHoldModes) {
     EXPECT_EQ(Call("setKeySpamChordMode", "[\"1\"]"), "");
     EXPECT_TRUE(keySpammerSettings.chord);
     EXPECT_EQ(Call("setKeySpamChordMode", "[true]"), "");
@@ -186,12 +186,12 @@ TEST_F(CommandsTest, ChordAndHoldModes) {
     EXPECT_TRUE(hotkeyTable.holdKeySpammer);
 }
 
-TEST_F(CommandsTest, PickingIsArmedForTheHook) {
+TEST_F(CommandsTest, PickLocationSetsThePickingFlag) {
     EXPECT_EQ(Call("pickLocation"), "");
     EXPECT_TRUE(engineState.pickingLocation);
 }
 
-TEST_F(CommandsTest, ReassigningAcceptsSixWords) {
+TEST_F(CommandsTest, ReassignKeyAcceptsSixWords) {
     const char* const words[] = {"rec", "play", "auto", "keyspamhotkey", "keyspamtarget", "unlock"};
     uint32_t target = 0;
     for (const char* word : words) {
@@ -202,7 +202,7 @@ TEST_F(CommandsTest, ReassigningAcceptsSixWords) {
     EXPECT_EQ(engineState.reassignTarget, target);
 }
 
-TEST_F(CommandsTest, ResettingRestoresTheFiveBindings) {
+TEST_F(CommandsTest, ResetHotkeysRestoresTheFiveBindings) {
     hotkeyTable.record = 65;
     hotkeyTable.play = 66;
     hotkeyTable.autoclicker = 67;
@@ -216,7 +216,7 @@ TEST_F(CommandsTest, ResettingRestoresTheFiveBindings) {
     EXPECT_EQ(hotkeyTable.unlock, 121U);
 }
 
-TEST_F(CommandsTest, TheEventListIsReturnedAndMirrored) {
+TEST_F(CommandsTest, ReturnsAndMirrorsTheEventList) {
     EXPECT_EQ(Call("getMacroEvents"), "[]");
     EXPECT_EQ(Mirror(), "[]");
     SetMacro({KeyDown(0.5, 65)});
@@ -242,7 +242,7 @@ TEST_F(CommandsTest, EditsRewriteTheMirror) {
     EXPECT_EQ(Mirror(), Call("getMacroEvents"));
 }
 
-TEST_F(CommandsTest, EditsWithoutANumberAreErrors) {
+TEST_F(CommandsTest, EditsRejectAMalformedNumber) {
     SetMacro({KeyDown(0.0, 65)});
     EXPECT_THROW(Call("deleteEvent", "[\"x\"]"), NumberError);
     EXPECT_THROW(Call("updateEventTime", "[0,\"abc\"]"), NumberError);
@@ -267,14 +267,14 @@ TEST_F(CommandsTest, ProfilesAreAddedSwitchedClearedAndDeleted) {
                                    "\"defaultName\":\"Default Tracking Profile\"}");
 }
 
-TEST_F(CommandsTest, TheWaitingMessageIsReturnedOnce) {
+TEST_F(CommandsTest, ReturnsThePendingMessageOnce) {
     TakePendingThemeAlert();
     SetPendingThemeAlert("It is \"broken\".");
     EXPECT_EQ(Call("getPendingThemeAlert"), R"("It is \"broken\".")");
     EXPECT_EQ(Call("getPendingThemeAlert"), "\"\"");
 }
 
-TEST_F(CommandsTest, APendingImportIsDecidedByItsId) {
+TEST_F(CommandsTest, ConfirmsAndCancelsAPendingImportByItsId) {
     EXPECT_EQ(Call("getPendingMacroImport"), R"({"outcome":"none"})");
     ParsedMacro macro;
     ASSERT_EQ(ParseMacroText("Held\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n", &macro), "");

@@ -20,7 +20,7 @@ std::string Joined(const std::string& folder, const std::string& name) {
     return folder + kPathSeparator + name;
 }
 
-// A file beside the test program, where older versions kept theirs.
+// A file in the folder of the test program, where older versions kept theirs.
 class ProgramFile {
   public:
     ProgramFile(const char* name, std::string_view bytes) : path_(Joined(ProgramDirectory(), name)) {
@@ -46,7 +46,7 @@ TEST_F(DataFolderTest, IsInLocalAppData) {
     EXPECT_EQ(DataFolderPath(), Joined(other, "Varnelle")) << "computed again by each call";
 }
 
-TEST_F(DataFolderTest, IsRelativeIfNoVariableIsUsable) {
+TEST_F(DataFolderTest, IsRelativeWithoutAUsableVariable) {
     const std::string expected = Joined(".", "Varnelle");
     const ScopedEnv noXdg("XDG_DATA_HOME", nullptr);
     const ScopedEnv noHome("HOME", nullptr);
@@ -59,14 +59,14 @@ TEST_F(DataFolderTest, IsRelativeIfNoVariableIsUsable) {
     EXPECT_EQ(DataFolderPath(), Joined(longest, "Varnelle"));
 }
 
-TEST_F(DataFolderTest, IsCreatedByWritersAndMayExist) {
+TEST_F(DataFolderTest, WritersCreateItAndCreatingItTwiceSucceeds) {
     EXPECT_FALSE(FileExists(DataFolderPath()));
     CreateDataFolder();
     CreateDataFolder();
     EXPECT_TRUE(fs::is_directory(DataFolderPath()));
 }
 
-TEST_F(DataFolderTest, MirrorsReturnTheirFirstLine) {
+TEST_F(DataFolderTest, ReturnsTheFirstLineOfAMirror) {
     WriteStatusMirror(R"({"state":"Playing"})");
     EXPECT_EQ(ReadFile(DataFilePath("status.txt")), R"({"state":"Playing"})")
         << "as it was given, no line end";
@@ -83,7 +83,7 @@ TEST_F(DataFolderTest, MirrorsReturnTheirFirstLine) {
     EXPECT_EQ(ReadEventsMirror(), "[]") << "the shorter text replaces the longer one";
 }
 
-TEST_F(DataFolderTest, MissingAndEmptyMirrorsReturnTheDefaults) {
+TEST_F(DataFolderTest, ReturnsTheIdleTextsForMissingAndEmptyMirrors) {
     EXPECT_EQ(ReadStatusMirror(), kIdleStatus);
     EXPECT_EQ(ReadEventsMirror(), "[]");
     EXPECT_EQ(ReadPanelSettings(), "{}");
@@ -98,7 +98,7 @@ TEST_F(DataFolderTest, MissingAndEmptyMirrorsReturnTheDefaults) {
     }
 }
 
-TEST_F(DataFolderTest, AMirrorThatCannotBeWrittenIsIgnored) {
+TEST_F(DataFolderTest, IgnoresAMirrorThatCannotBeWritten) {
     WriteFile(root_.File("file"), "in the way");
     localAppData_.Put(root_.File("file").c_str());
     WriteStatusMirror("{}");
@@ -119,7 +119,7 @@ TEST_F(DataFolderTest, AtomicWriteReplacesTheFile) {
     EXPECT_FALSE(FileExists(path + ".tmp"));
 }
 
-TEST_F(DataFolderTest, AtomicWriteReplacesALeftoverTemporaryFile) {
+TEST_F(DataFolderTest, AtomicWriteReplacesALeftOverTemporaryFile) {
     const std::string path = root_.File("exchange.txt");
     WriteFile(path + ".tmp", "half of an older wri");
     EXPECT_TRUE(AtomicWriteFile(path, "new"));
@@ -151,7 +151,7 @@ TEST_F(DataFolderTest, AtomicWriteWithoutItsFolderFails) {
     EXPECT_FALSE(AtomicWriteFile(root_.File("missing/exchange.txt"), "new"));
 }
 
-TEST_F(DataFolderTest, AReaderNeverSeesHalfAnAtomicWrite) {
+TEST_F(DataFolderTest, AReaderNeverSeesAPartOfAnAtomicWrite) {
     const std::string path = root_.File("exchange.txt");
     const std::string small(10, 's');
     const std::string large(300000, 'l');
@@ -184,7 +184,7 @@ TEST_F(DataFolderTest, TheSessionIsInTheFolder) {
     EXPECT_EQ(SessionPath(), before) << "kept for all later saves and loads of this run";
 }
 
-TEST_F(DataFolderTest, AnExistingSessionLeavesOlderFilesUnchanged) {
+TEST_F(DataFolderTest, AnExistingSessionKeepsOlderFilesInPlace) {
     CreateDataFolder();
     const ProgramFile beside("session.mcr", "beside");
     WriteFile(DataFilePath("session.dat"), "current");
@@ -227,7 +227,7 @@ TEST_F(DataFolderTest, AnOlderSessionThatCannotBeMovedIsUsedInPlace) {
     EXPECT_EQ(ReadFile(beside.Path()), "beside");
 }
 
-TEST_F(DataFolderTest, StateFilesAreMovedOnlyIfTheTargetIsMissing) {
+TEST_F(DataFolderTest, MovesStateFilesOnlyIfTheTargetDoesNotExist) {
     CreateDataFolder();
     const std::string target = DataFilePath("theme.txt");
     MigrateStateFile(target, "theme.txt");
@@ -242,7 +242,7 @@ TEST_F(DataFolderTest, StateFilesAreMovedOnlyIfTheTargetIsMissing) {
     EXPECT_EQ(ReadFile(again.Path()), "forest");
 }
 
-TEST_F(DataFolderTest, OldMirrorsBesideTheProgramAreDeleted) {
+TEST_F(DataFolderTest, DeletesOldMirrorsInTheProgramFolder) {
     const ProgramFile beside("status.txt", "{}");
     DeleteFromProgramFolder("status.txt");
     EXPECT_FALSE(FileExists(beside.Path()));

@@ -1,5 +1,5 @@
-// What a pass does to the flags and the macro. What it sends is a matter of the simulated platform: nothing here lets
-// a running engine stop.
+// What a dispatcher pass does to the flags and the macro. The simulated tests check the input that it sends: no test here
+// stops a running engine.
 #include "engines/dispatcher.h"
 
 #include "model/engine_state.h"
@@ -47,7 +47,7 @@ class DispatcherTest : public EngineStateTest {
 
 }  // namespace
 
-TEST_F(DispatcherTest, ARequestWakesTheDispatcherAndIsTakenOnce) {
+TEST_F(DispatcherTest, ARequestWakesTheDispatcherAndRunsOnce) {
     RaiseRequest(engineState.requestStartAutoclicker);
     EXPECT_TRUE(engineState.requestStartAutoclicker);
     EXPECT_TRUE(TakeWake(engineState.dispatchEvent));
@@ -61,7 +61,7 @@ TEST_F(DispatcherTest, ARequestWakesTheDispatcherAndIsTakenOnce) {
     EXPECT_FALSE(TakeWake(engineState.autoclickerWakeEvent));  // it ran already
 }
 
-TEST_F(DispatcherTest, RequestsAreServedWithoutEvents) {
+TEST_F(DispatcherTest, RequestsRunWithoutWakeEvents) {
     for (std::atomic<WakeEvent*>* event : {&engineState.dispatchEvent, &engineState.autoclickerWakeEvent}) {
         CloseWakeEvent(event->exchange(nullptr));
     }
@@ -80,7 +80,7 @@ TEST_F(DispatcherTest, RecordingComesBeforePlaying) {
     EXPECT_FALSE(TakeWake(engineState.playWakeEvent));
 }
 
-TEST_F(DispatcherTest, RefusedRequestsAreConsumed) {
+TEST_F(DispatcherTest, DropsRequestsThatAGuardRejects) {
     engineState.playing = true;
     engineState.requestToggleRecord = true;
     engineState.requestStartRecord = true;
@@ -98,7 +98,7 @@ TEST_F(DispatcherTest, RefusedRequestsAreConsumed) {
     EXPECT_FALSE(engineState.recording);
 }
 
-TEST_F(DispatcherTest, PlayRequestsAreRefusedWhileRecording) {
+TEST_F(DispatcherTest, RejectsPlayRequestsWhileRecording) {
     engineState.requestStartRecord = true;
     DispatchRequests();
     engineState.requestTogglePlay = true;
@@ -122,17 +122,17 @@ TEST_F(DispatcherTest, StoppingAnIdleEngineDoesNothing) {
     EXPECT_FALSE(TakeWake(engineState.keySpammerWakeEvent));
 }
 
-TEST_F(DispatcherTest, RecordToggleBeginsAndEnds) {
+TEST_F(DispatcherTest, RecordToggleStartsAndStopsARecording) {
     engineState.requestToggleRecord = true;
     DispatchRequests();
     EXPECT_TRUE(engineState.recording);
     engineState.requestToggleRecord = true;
     DispatchRequests();
     EXPECT_FALSE(engineState.recording);
-    EXPECT_FALSE(AnyRequest());  // the tool stops it raised are served in the same pass
+    EXPECT_FALSE(AnyRequest());  // the tool stops that it raised ran in the same pass
 }
 
-TEST_F(DispatcherTest, TheEndOfARecordingRaisesNoToolStopsWithoutTheSetting) {
+TEST_F(DispatcherTest, TheEndOfARecordingStopsNoToolWithoutTheSetting) {
     engineState.stopToolsWithMacro = false;
     engineState.requestStartRecord = true;
     DispatchRequests();
@@ -144,14 +144,14 @@ TEST_F(DispatcherTest, TheEndOfARecordingRaisesNoToolStopsWithoutTheSetting) {
     EXPECT_TRUE(engineState.autoClicking);
 }
 
-TEST_F(DispatcherTest, StartAndStopOfARecordingInOnePass) {
+TEST_F(DispatcherTest, StartsAndStopsARecordingInOnePass) {
     engineState.requestStartRecord = true;
     engineState.requestStopRecord = true;
     DispatchRequests();
     EXPECT_FALSE(engineState.recording);
 }
 
-TEST_F(DispatcherTest, PlayStartsOnce) {
+TEST_F(DispatcherTest, PlaybackStartsOnce) {
     engineState.requestTogglePlay = true;
     engineState.requestStartPlay = true;
     DispatchRequests();
@@ -179,7 +179,7 @@ TEST_F(DispatcherTest, KeySpammerNeedsATarget) {
     EXPECT_TRUE(TakeWake(engineState.keySpammerWakeEvent));
 }
 
-TEST_F(DispatcherTest, ToolStartsAreRecordedInOrder) {
+TEST_F(DispatcherTest, RecordsToolStartsInOrder) {
     engineState.requestStartRecord = true;
     engineState.requestStartAutoclicker = true;
     engineState.requestStartKeySpammer = true;
@@ -196,7 +196,7 @@ TEST_F(DispatcherTest, ToolStartsAreRecordedInOrder) {
     EXPECT_EQ(Macro().size(), 2U);  // no change, no event
 }
 
-TEST_F(DispatcherTest, ToolStartsOutsideARecordingLeaveNoEvent) {
+TEST_F(DispatcherTest, RecordsNoToolStartOutsideARecording) {
     engineState.requestStartAutoclicker = true;
     DispatchRequests();
     EXPECT_TRUE(Macro().empty());
@@ -205,7 +205,7 @@ TEST_F(DispatcherTest, ToolStartsOutsideARecordingLeaveNoEvent) {
     EXPECT_TRUE(Macro().empty());
 }
 
-TEST_F(DispatcherTest, ToolStateEventsHoldOnlyTheToolAndTheSwitch) {
+TEST_F(DispatcherTest, ToolStateEventsContainOnlyToolAndState) {
     engineState.recording = true;
     RecordToolState(2, false);
     std::vector<UnifiedEvent> macro = Macro();
@@ -246,7 +246,7 @@ TEST_F(DispatcherTest, AFullTargetListDropsTheKey) {
     EXPECT_EQ(engineState.reassignTarget, 0U);
 }
 
-TEST_F(DispatcherTest, TheThreadServesRequestsUntilQuit) {
+TEST_F(DispatcherTest, TheThreadRunsRequestsUntilQuit) {
     std::thread dispatcher(DispatcherThreadMain);
     RaiseRequest(engineState.requestStartAutoclicker);
     EXPECT_TRUE(WaitUntil([] { return engineState.autoClicking.load(); }));

@@ -36,7 +36,7 @@ std::vector<double> Joined(std::vector<UnifiedEvent> events, size_t keep, double
 
 }  // namespace
 
-TEST(JoinRecordingTest, AFreshTakeStartsAtZero) {
+TEST(JoinRecordingTest, AFreshRecordingStartsAtZero) {
     EXPECT_EQ(Joined({Key(4.0), Key(4.5), Key(9.0)}, 0), (std::vector<double>{0.0, 0.5, 5.0}));
     EXPECT_EQ(Joined({Key(-1.0), Key(1.0)}, 0), (std::vector<double>{0.0, 2.0}));
 }
@@ -71,12 +71,12 @@ TEST(JoinRecordingTest, TwoPressesOfOneButtonKeepTheClickGap) {
     }
 }
 
-TEST(JoinRecordingTest, TheGapMovesOnlyByWhatIsMissing) {
-    // The release between them, and the time before the new press, already count.
+TEST(JoinRecordingTest, TheShiftIsOnlyWhatIsMissingOfTheGap) {
+    // The release in between and the time before the new press count towards the gap.
     const std::vector<double> times = Joined({Button(10.0, 2), Button(10.2, 4), Key(3.0), Button(3.1, 2)}, 2);
     EXPECT_DOUBLE_EQ(times[3], 10.55);
     EXPECT_DOUBLE_EQ(times[2], 10.45);
-    // Far enough apart: the usual tenth.
+    // Far enough apart: a tenth of a second, as usual.
     const std::vector<double> far = Joined({Button(10.0, 2), Key(10.3), Key(3.0), Button(3.2, 2)}, 2);
     EXPECT_DOUBLE_EQ(far[2], 10.4);
     EXPECT_DOUBLE_EQ(far[3], 10.6);
@@ -108,12 +108,12 @@ TEST(JoinRecordingTest, OnATieTheLastKeptAndTheFirstNewPressDecide) {
     EXPECT_DOUBLE_EQ(other[2], 10.1);
 }
 
-TEST(JoinRecordingTest, ThePressOfLargestTimeCountsAtAnyPosition) {
+TEST(JoinRecordingTest, ThePressWithTheLargestTimeCountsAtAnyPosition) {
     const std::vector<double> times = Joined({Button(10.0, 2), Button(9.0, 8), Button(3.0, 2)}, 2);
     EXPECT_DOUBLE_EQ(times[2], 10.55);
 }
 
-TEST(JoinRecordingTest, TimesThatAreNotNumbersAreIgnored) {
+TEST(JoinRecordingTest, IgnoresTimesThatAreNotNumbers) {
     const std::vector<double> times =
         Joined({Key(kNotANumber), Key(10.0), Key(kNotANumber), Key(3.0), Button(kNotANumber, 2)}, 2);
     EXPECT_TRUE(std::isnan(times[0]));
@@ -127,7 +127,7 @@ TEST(JoinRecordingTest, TimesThatAreNotNumbersAreIgnored) {
     EXPECT_EQ(infinite[0], kInfinity);
 }
 
-TEST(JoinRecordingTest, OnlyTimesOfTheNewTakeChange) {
+TEST(JoinRecordingTest, ChangesOnlyTheTimesOfTheNewEvents) {
     std::mt19937 random(20240607);
     std::uniform_real_distribution<double> time(0.0, 20.0);
     std::uniform_int_distribution<uint32_t> type(0, 5);
@@ -151,7 +151,7 @@ TEST(JoinRecordingTest, OnlyTimesOfTheNewTakeChange) {
         const double shift = kept < after.size() ? after[kept].time - before[kept].time : 0.0;
         for (size_t i = kept; i < after.size(); ++i) {
             EXPECT_GE(after[i].time, earliest - 1e-9) << "round " << round;
-            // The same shift for all of them.
+            // All new events are shifted by the same time.
             EXPECT_NEAR(after[i].time - before[i].time, shift, 1e-9);
             after[i].time = before[i].time;
             EXPECT_EQ(after[i], before[i]);

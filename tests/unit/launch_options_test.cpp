@@ -6,7 +6,7 @@
 
 namespace {
 
-// Both forms of one command line, as a shell would pass them.
+// Both forms of a command line, as a shell passes them.
 ProcessArguments Line(std::initializer_list<const char*> words) {
     ProcessArguments arguments;
     arguments.wideViewValid = true;
@@ -20,7 +20,7 @@ ProcessArguments Line(std::initializer_list<const char*> words) {
     return arguments;
 }
 
-// Only the form as one string, unchanged.
+// The form as one string only.
 ProcessArguments Narrow(const char* line) {
     ProcessArguments arguments;
     arguments.wideViewValid = true;
@@ -34,7 +34,7 @@ LaunchMode ModeOf(std::initializer_list<const char*> words) {
 
 }  // namespace
 
-TEST(LaunchOptions, AnEmptyLineStartsTheMainProcess) {
+TEST(LaunchOptions, AnEmptyLineIsTheMainProcess) {
     const LaunchOptions options = ParseCommandLine({});
     EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_EQ(options.openThemePath, "");
@@ -57,7 +57,7 @@ TEST(LaunchOptions, EachValueOptionSelectsItsMode) {
     EXPECT_EQ(options.scanMacroPath, "m.vrlmacro");
 }
 
-TEST(LaunchOptions, OnlyTheFirstInPriorityRunsWhateverTheOrderOnTheLine) {
+TEST(LaunchOptions, TheModeWithTheHighestPriorityRunsInAnyOrder) {
     EXPECT_EQ(ModeOf({"--validate-macro=a.vrlmacro", "--validate-theme=b.vrltheme"}),
               LaunchMode::ValidateTheme);
     EXPECT_EQ(ModeOf({"--scan-macro=a", "--validate-macro=b"}), LaunchMode::ValidateMacro);
@@ -80,7 +80,7 @@ TEST(LaunchOptions, AnEmptyValueStillSelectsItsMode) {
     EXPECT_EQ(options.validateMacroPath, "");
 }
 
-TEST(LaunchOptions, AValueKeepsEverythingAfterItsFirstEqualsSign) {
+TEST(LaunchOptions, AValueIsEverythingAfterTheFirstEqualsSign) {
     EXPECT_EQ(ParseCommandLine(Line({"--scan-macro=--validate-theme=x=y"})).scanMacroPath,
               "--validate-theme=x=y");
     EXPECT_EQ(ParseCommandLine(Line({"--scan-macro=--validate-theme=x"})).mode, LaunchMode::ScanMacro);
@@ -93,7 +93,7 @@ TEST(LaunchOptions, OptionsAreCaseSensitive) {
     EXPECT_EQ(options.openThemePath, "");
 }
 
-TEST(LaunchOptions, AValueOptionWithoutItsEqualsSignIsIgnored) {
+TEST(LaunchOptions, IgnoresAValueOptionWithoutItsEqualsSign) {
     EXPECT_EQ(ModeOf({"--validate-macro", "a.txt"}), LaunchMode::MainProcess);
     EXPECT_EQ(ModeOf({"x--validate-macro=a"}), LaunchMode::MainProcess);
 }
@@ -107,7 +107,7 @@ TEST(LaunchOptions, TheManifestOverrideSelectsNoMode) {
     EXPECT_EQ(options.updateManifestOverride, "x");
 }
 
-TEST(LaunchOptions, UnknownArgumentsAreIgnored) {
+TEST(LaunchOptions, IgnoresUnknownArguments) {
     EXPECT_EQ(ModeOf({"--what", "--validate-macro=m", "/?"}), LaunchMode::ValidateMacro);
     EXPECT_EQ(ModeOf({"--what", "/?"}), LaunchMode::MainProcess);
 }
@@ -151,7 +151,7 @@ TEST(LaunchOptions, TimelineMustStandAlone) {
     EXPECT_EQ(ModeOf({"--update-manifest=x", "--timeline"}), LaunchMode::MainProcess);
 }
 
-TEST(LaunchOptions, ALineOfSpacesHasNoRole) {
+TEST(LaunchOptions, ALineOfSpacesIsTheMainProcess) {
     const LaunchOptions options = ParseCommandLine(Narrow(" \t  "));
     EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_EQ(options.openMacroPath, "");
@@ -170,7 +170,7 @@ TEST(LaunchOptions, TheWholeLineIsOnePath) {
     EXPECT_EQ(options.openMacroPath, R"(C:\a.vrlmacro C:\b.vrlmacro)");
 }
 
-TEST(LaunchOptions, OnlyAPairOfQuotesIsRemoved) {
+TEST(LaunchOptions, RemovesOnlyAPairOfQuotes) {
     EXPECT_EQ(ParseCommandLine(Narrow("\"a.vrlmacro")).openMacroPath, "\"a.vrlmacro");
     EXPECT_EQ(ParseCommandLine(Narrow("a.vrlmacro\"")).openMacroPath, "");
     EXPECT_EQ(ParseCommandLine(Narrow("\"\"a.vrlmacro\"\"")).openMacroPath, "");
@@ -179,7 +179,7 @@ TEST(LaunchOptions, OnlyAPairOfQuotesIsRemoved) {
     EXPECT_EQ(ParseCommandLine(Narrow("\" a.vrlmacro\"")).openMacroPath, " a.vrlmacro");
 }
 
-TEST(LaunchOptions, OtherFilesAreIgnored) {
+TEST(LaunchOptions, IgnoresOtherFiles) {
     const LaunchOptions options = ParseCommandLine(Narrow("notes.txt"));
     EXPECT_EQ(options.mode, LaunchMode::MainProcess);
     EXPECT_EQ(options.openThemePath, "");

@@ -30,7 +30,7 @@ class MacroEditsTest : public DataFolderTest {
         MutexLock lock(macroMutex);
         return macroState.revision;
     }
-    // The mirror without its line end.
+    // Returns the mirror without its line end.
     static std::string Mirror() {
         const std::string text = ReadFile(DataFilePath("macroevents.txt"));
         return text.substr(0, text.find_first_of("\r\n"));
@@ -66,7 +66,7 @@ using Points = std::vector<UnifiedEvent>;
 
 }  // namespace
 
-TEST(EventDescriptionTest, EveryType) {
+TEST(EventDescriptionTest, DescribesEveryType) {
     EXPECT_EQ(EventDescription(Move(100, -200)), "Abs Move to X:100 Y:-200");
     EXPECT_EQ(EventDescription({.type = EvRelMove, .x = -3, .y = 4}), "Rel Move dX:-3 dY:4");
     EXPECT_EQ(EventDescription(Click(7, 8)), "Mouse Click at X:7 Y:8");
@@ -83,7 +83,7 @@ TEST(EventDescriptionTest, EveryType) {
               "Mouse Click at X:-2147483648 Y:-2147483648");
 }
 
-TEST(MacroEventsJsonTest, ListsEventsInOrderWithoutSpaces) {
+TEST(MacroEventsJsonTest, KeepsTheListOrderAndWritesNoSpaces) {
     EXPECT_EQ(MacroEventsJson({}), "[]");
     EXPECT_EQ(MacroEventsJson({Move(100, 200), Key(1.5)}),
               "[{\"id\":0,\"time\":0.000000,\"desc\":\"Abs Move to X:100 Y:200\"},"
@@ -91,14 +91,14 @@ TEST(MacroEventsJsonTest, ListsEventsInOrderWithoutSpaces) {
     EXPECT_EQ(MacroEventsJson({{.type = 77}}), "[{\"id\":0,\"time\":0.000000,\"desc\":\"\"}]");
 }
 
-TEST(MacroEventsJsonTest, IdsCountOn) {
+TEST(MacroEventsJsonTest, NumbersTheEventsInOrder) {
     const std::string json = MacroEventsJson(std::vector<UnifiedEvent>(1001, Key(0)));
     EXPECT_NE(json.find("{\"id\":999,"), std::string::npos);
     EXPECT_EQ(json.substr(json.rfind("{\"id\":")),
               "{\"id\":1000,\"time\":0.000000,\"desc\":\"Keyboard VK: 65 (DOWN)\"}]");
 }
 
-TEST(MacroEventsJsonTest, TimesAreAsPrintfWritesThem) {
+TEST(MacroEventsJsonTest, WritesTimesAsPrintfDoes) {
     const double limits[] = {0.0,
                              -0.0,
                              1.0,
@@ -129,7 +129,7 @@ TEST(MacroEventsJsonTest, TimesAreAsPrintfWritesThem) {
     EXPECT_EQ(JsonTime(std::numeric_limits<double>::quiet_NaN()), "nan");
 }
 
-TEST(MacroEventsJsonTest, HalvesOfTheLastDigitGoToEven) {
+TEST(MacroEventsJsonTest, RoundsHalvesOfTheLastDigitToEven) {
     // Odd multiples of 1/128 end in a 5 at the seventh decimal: exactly half of the sixth.
     EXPECT_EQ(JsonTime(0.0078125), "0.007812");
     EXPECT_EQ(JsonTime(0.0234375), "0.023438");
@@ -142,10 +142,10 @@ TEST(MacroEventsJsonTest, HalvesOfTheLastDigitGoToEven) {
     }
 }
 
-TEST(MacroEventsJsonTest, RandomTimesAreAsPrintfWritesThem) {
+TEST(MacroEventsJsonTest, WritesRandomTimesAsPrintfDoes) {
     std::mt19937_64 random(715);
     for (int i = 0; i < 200000; ++i) {
-        // Random significands at every exponent around what macros hold, and now and then any pattern of bits.
+        // Random significands at every exponent near those of macros, and sometimes any pattern of bits.
         double time = std::ldexp(static_cast<double>(random() >> 11), static_cast<int>(random() % 90) - 75);
         if (i % 8 == 0) {
             time = std::bit_cast<double>(random());
@@ -157,13 +157,13 @@ TEST(MacroEventsJsonTest, RandomTimesAreAsPrintfWritesThem) {
     }
 }
 
-TEST_F(MacroEditsTest, CurrentMacroOrNothing) {
+TEST_F(MacroEditsTest, ListsTheCurrentMacroOrNothing) {
     EXPECT_EQ(CurrentMacroEventsJson(), "[]");  // no profile yet
     SetMacro({Key(2.0)});
     EXPECT_EQ(CurrentMacroEventsJson(), "[{\"id\":0,\"time\":2.000000,\"desc\":\"Keyboard VK: 65 (DOWN)\"}]");
 }
 
-TEST_F(MacroEditsTest, DeleteRemovesOneEventAndLaterOnesKeepTheirTimes) {
+TEST_F(MacroEditsTest, DeleteRemovesOneEventAndKeepsTheTimesOfTheOthers) {
     SetMacro({Key(1.0), Key(2.0), Key(3.0)});
     const uint64_t before = Revision();
     DeleteEvent("1");
@@ -186,7 +186,7 @@ TEST_F(MacroEditsTest, DeleteOutOfRangeOnlyWritesTheMirror) {
     }
 }
 
-TEST_F(MacroEditsTest, DeleteTakesALeadingNumberOnly) {
+TEST_F(MacroEditsTest, DeleteReadsALeadingNumberOnly) {
     SetMacro({Key(1.0), Key(2.0)});
     for (const char* index : {"", "x", "-", "2147483648"}) {
         EXPECT_THROW(DeleteEvent(index), NumberError) << index;
@@ -204,7 +204,7 @@ TEST_F(MacroEditsTest, EditsWithoutAProfileDoNothing) {
     EXPECT_EQ(Mirror(), "[]");
 }
 
-TEST_F(MacroEditsTest, UpdateTimeLeavesTheOrder) {
+TEST_F(MacroEditsTest, UpdateTimeKeepsTheOrder) {
     SetMacro({Key(1.0), Key(2.0), Key(3.0)});
     UpdateEventTime("2,0.25");
     EXPECT_EQ(Macro(), (Points{Key(1.0), Key(2.0), Key(0.25)}));
@@ -230,7 +230,7 @@ TEST_F(MacroEditsTest, UpdateTimeNeedsExactlyTwoFields) {
     EXPECT_EQ(Macro()[3].time, 1.5);
 }
 
-TEST_F(MacroEditsTest, UpdateTimeWithABadNumberEndsBeforeTheMirror) {
+TEST_F(MacroEditsTest, UpdateTimeWithAMalformedNumberDoesNotWriteTheMirror) {
     SetMacro({Key(1.0)});
     for (const char* text : {"0,abc", "abc,1.5", ",1.5", "9,abc", "0,1e999"}) {
         EXPECT_THROW(UpdateEventTime(text), NumberError) << text;
@@ -252,7 +252,7 @@ TEST(OptimizedEventsTest, TenPixelsAreNearAndElevenAreNot) {
     EXPECT_EQ(OptimizedEvents({Move(0, 0), Move(10, 1), Move(50, 0), Move(90, 0)}).size(), 4U);
 }
 
-TEST(OptimizedEventsTest, ASlowDriftIsNotThinnedAway) {
+TEST(OptimizedEventsTest, KeepsASlowDrift) {
     Points drift;
     for (int x = 0; x <= 100; ++x) {
         drift.push_back(Move(x, 0));
@@ -262,29 +262,29 @@ TEST(OptimizedEventsTest, ASlowDriftIsNotThinnedAway) {
     EXPECT_EQ(OptimizedEvents(drift), expected);
 }
 
-TEST(OptimizedEventsTest, MovesBesideOtherEventsStay) {
+TEST(OptimizedEventsTest, KeepsMovesNextToOtherEvents) {
     const Points events = {Move(0, 0), Move(1, 0), Click(1, 0), Move(2, 0), Move(3, 0), Key(1.0)};
     EXPECT_EQ(OptimizedEvents(events),
               (Points{Move(0, 0), Move(1, 0), Click(1, 0), Move(2, 0), Move(3, 0), Key(1.0)}));
-    // The first move behind the click stays, the second goes: it is near a kept move and a move follows it.
+    // The first move after the click stays. The second is removed: it is near a kept move and a move follows it.
     EXPECT_EQ(OptimizedEvents({Click(0, 0), Move(1, 0), Move(2, 0), Move(3, 0), Click(3, 0)}),
               (Points{Click(0, 0), Move(1, 0), Move(3, 0), Click(3, 0)}));
 }
 
-TEST(OptimizedEventsTest, FirstAndLastAndShortMacrosStay) {
+TEST(OptimizedEventsTest, KeepsTheFirstAndTheLastEvent) {
     EXPECT_TRUE(OptimizedEvents({}).empty());
     EXPECT_EQ(OptimizedEvents({Move(1, 1)}).size(), 1U);
     EXPECT_EQ(OptimizedEvents({Move(1, 1), Move(1, 1)}).size(), 2U);
     EXPECT_EQ(OptimizedEvents({Move(1, 1), Move(1, 1), Move(1, 1)}).size(), 2U);
 }
 
-TEST(OptimizedEventsTest, RelativeMovesStay) {
+TEST(OptimizedEventsTest, KeepsRelativeMoves) {
     const UnifiedEvent relative = {.type = EvRelMove, .x = 1, .y = 1};
     EXPECT_EQ(OptimizedEvents({relative, relative, relative, relative}).size(), 4U);
     EXPECT_EQ(OptimizedEvents({Move(0, 0), relative, Move(0, 0), relative}).size(), 4U);
 }
 
-TEST(OptimizedEventsTest, TheArithmeticWrapsIn32Bits) {
+TEST(OptimizedEventsTest, DistancesWrapAt32Bits) {
     // dx is 65536: its square is 0 in 32 bits.
     EXPECT_EQ(OptimizedEvents({Move(0, 0), Move(65536, 0), Move(1, 0)}).size(), 2U);
     // dx is 46341: its square is negative as a signed number.
@@ -293,7 +293,7 @@ TEST(OptimizedEventsTest, TheArithmeticWrapsIn32Bits) {
     EXPECT_EQ(OptimizedEvents({Move(INT32_MIN, 0), Move(INT32_MAX, 0), Move(0, 0)}).size(), 2U);
 }
 
-TEST(OptimizedEventsTest, OnlyMovesAreDroppedAndTimesStay) {
+TEST(OptimizedEventsTest, KeepsTimesAndAllOtherEvents) {
     std::mt19937 random(99);
     for (int round = 0; round < 500; ++round) {
         Points events(random() % 40);
@@ -304,7 +304,7 @@ TEST(OptimizedEventsTest, OnlyMovesAreDroppedAndTimesStay) {
                          .y = static_cast<int32_t>(random() % 30)};
         }
         const Points kept = OptimizedEvents(events);
-        // What stays is a subsequence of what was, found by its time, and whatever went was a move.
+        // The kept events are a subsequence of the old ones, found by their times, and all removed ones are moves.
         size_t next = 0;
         for (size_t i = 0; i < events.size(); ++i) {
             if (next < kept.size() && kept[next].time == events[i].time) {

@@ -84,12 +84,12 @@ TEST(EventLine, ARepeatedFieldMustFitEveryPosition) {
     EXPECT_TRUE(Dropped("0,0.5,1,2,3000000000")) << "fits flags but not vk";
 }
 
-TEST(EventLine, ConversionStopsAtWhatDoesNotFit) {
+TEST(EventLine, ConversionStopsAtTheFirstOtherCharacter) {
     EXPECT_EQ(Line(" 12abc,\t1.5x, 7y,+8z,-1 ,0x41,2-,+3 4"), Event(12, 1.5, 7, 8, 4294967295U, 0, true, 3));
     EXPECT_EQ(Line("0,0x1p-1,1,2,3,4,-1,5,6,7,rest"), Event(0, 0.5, 1, 2, 3, 4, true, 5));
 }
 
-TEST(EventLine, ABadFieldDropsTheLine) {
+TEST(EventLine, AMalformedFieldDropsTheLine) {
     const std::vector<std::string> good = {"0", "0.5", "1", "2", "3", "4", "1", "5"};
     for (size_t bad = 0; bad < good.size(); ++bad) {
         for (const char* text : {"", "abc", "-", "99999999999e999", " "}) {
@@ -151,7 +151,7 @@ TEST(SessionEventLine, AlwaysConvertsAnEighthPosition) {
     EXPECT_FALSE(ParseSessionEventLine("", &event));
 }
 
-TEST_F(MacroFileTest, EveryFixtureIsReadAsExpected) {
+TEST_F(MacroFileTest, ReadsEveryFixture) {
     std::istringstream expected(ReadFile(FixturePath("macros/expected.txt")));
     std::string line;
     int count = 0;
@@ -178,7 +178,7 @@ TEST_F(MacroFileTest, TheSmallestFileChangesNoSetting) {
     EXPECT_EQ(BuildSettingsLine(), before);
 }
 
-TEST_F(MacroFileTest, SettingsOfEveryForm) {
+TEST_F(MacroFileTest, ReadsSettingsOfEveryForm) {
     const std::map<std::string, std::string> settings = {
         {"form-36.vrlmacro", kStrangerProfile},
         {"form-35.vrlmacro", kStrangerProfile},
@@ -207,7 +207,7 @@ TEST_F(MacroFileTest, UnreadableTargetsAreSkippedWhenTheProfileIsApplied) {
     EXPECT_EQ(keySpammerSettings.targets[1], 67U);
 }
 
-TEST_F(MacroFileTest, LineEndsOfBothSystemsReadAlike) {
+TEST_F(MacroFileTest, ReadsTheLineEndsOfBothSystems) {
     const ParsedMacro lf = Fixture("lines-lf.vrlmacro");
     ASSERT_EQ(lf.events.size(), 3U);
     for (const char* name : {"lines-crlf.vrlmacro", "lines-mixed.vrlmacro"}) {
@@ -218,7 +218,7 @@ TEST_F(MacroFileTest, LineEndsOfBothSystemsReadAlike) {
     }
 }
 
-TEST_F(MacroFileTest, OfTwoCarriageReturnsOneStays) {
+TEST_F(MacroFileTest, RemovesOneOfTwoCarriageReturns) {
     const ParsedMacro macro = Fixture("lines-two-cr.vrlmacro");
     EXPECT_EQ(macro.name, "Two\r");
     EXPECT_EQ(macro.settings, kStrangerProfile) << "it stands behind the last field, which is not read here";
@@ -226,7 +226,7 @@ TEST_F(MacroFileTest, OfTwoCarriageReturnsOneStays) {
     EXPECT_EQ(macro.events[0].wheel, 7);
 }
 
-TEST_F(MacroFileTest, ShortAndBadLines) {
+TEST_F(MacroFileTest, ReadsShortLinesAndSkipsMalformedOnes) {
     const std::vector<UnifiedEvent> shortLines = Fixture("short-lines.vrlmacro").events;
     ASSERT_EQ(shortLines.size(), 9U);
     EXPECT_EQ(shortLines[3], Event(2, 1, 30, 40, 8, 8, true, 0));
@@ -237,12 +237,12 @@ TEST_F(MacroFileTest, ShortAndBadLines) {
     EXPECT_EQ(survivors[2].virtualKey, 65U);
 }
 
-TEST_F(MacroFileTest, NamesPassThroughByteForByte) {
+TEST_F(MacroFileTest, KeepsTheBytesOfNames) {
     EXPECT_EQ(Fixture("name-bytes.vrlmacro").name, "N\xE4me \xFF\xC3\xA4, \"quoted\"\tand\x01");
     EXPECT_EQ(Fixture("name-only-unended.vrlmacro").name, "Only a name");
 }
 
-TEST_F(MacroFileTest, ARejectedFileLeavesTheResultUnchanged) {
+TEST_F(MacroFileTest, ARejectedFileKeepsTheResult) {
     ParsedMacro macro;
     macro.name = "before";
     macro.events.resize(2);
@@ -255,7 +255,7 @@ TEST_F(MacroFileTest, ARejectedFileLeavesTheResultUnchanged) {
     EXPECT_EQ(macro.events.size(), 2U);
 }
 
-TEST_F(MacroFileTest, ReadingReplacesTheOldResult) {
+TEST_F(MacroFileTest, ReadingReplacesTheResult) {
     ParsedMacro macro;
     macro.settings = "old";
     macro.events.resize(5);
@@ -281,7 +281,7 @@ TEST_F(MacroFileTest, WritesNameLiveSettingsAndEvents) {
                   end + "0,0.5,10,10,0,0,0,0" + end + "3,1234.57,0,0,0,65,1,0" + end);
 }
 
-TEST_F(MacroFileTest, WritingAndReadingKeepsAllButTheTimesLastDigits) {
+TEST_F(MacroFileTest, WritingAndReadingKeepsEverythingExceptTheLastDigitsOfTimes) {
     const Profile profile{"Round trip", "", Fixture("all-types.vrlmacro").events};
     const std::string path = folder_.File("out.vrlmacro");
     WriteMacroFile(path, profile);
@@ -298,7 +298,7 @@ TEST_F(MacroFileTest, WritingAndReadingKeepsAllButTheTimesLastDigits) {
     EXPECT_EQ(macro.events[0].time, 12345.7);
 }
 
-TEST_F(MacroFileTest, AFileThatCannotBeOpenedIsIgnored) {
+TEST_F(MacroFileTest, WritingIgnoresAFileThatCannotBeOpened) {
     const std::string path = folder_.File("missing/out.vrlmacro");
     EXPECT_NO_THROW(WriteMacroFile(path, Profile{"Name", "", {}}));
     EXPECT_FALSE(FileExists(path));

@@ -49,7 +49,7 @@ class ProfilesTest : public EngineStateTest {
         MutexLock lock(macroMutex);
         return macroState.revision;
     }
-    // Runs `command` and says whether names, order, current profile, contents or live setup are now other ones.
+    // Runs `command` and returns whether names, order, current profile, contents or live settings have changed.
     static bool Changes(const std::function<void()>& command) {
         const auto state = [] {
             std::string all = GetProfiles() + BuildSettingsLine();
@@ -66,7 +66,7 @@ class ProfilesTest : public EngineStateTest {
 
 using NameList = std::vector<std::string>;
 
-TEST_F(ProfilesTest, AddStartsWithTheLiveSettingsAndAnEmptyMacro) {
+TEST_F(ProfilesTest, AddUsesTheLiveSettingsAndAnEmptyMacro) {
     ApplyProfileSettings(kFast);
     const uint64_t before = Revision();
     AddProfile("New");
@@ -78,7 +78,7 @@ TEST_F(ProfilesTest, AddStartsWithTheLiveSettingsAndAnEmptyMacro) {
     EXPECT_NE(Revision(), before);
 }
 
-TEST_F(ProfilesTest, AddAllowsANameTwiceAndRefusesAnEmptyOne) {
+TEST_F(ProfilesTest, AddAcceptsAnExistingNameAndRejectsAnEmptyOne) {
     AddProfile("Fast");
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Fast", "Slow", "Fast"}));
     EXPECT_FALSE(Changes([] { AddProfile(""); }));
@@ -117,7 +117,7 @@ TEST_F(ProfilesTest, SwitchToAnInvalidIndexChangesNothing) {
     }
 }
 
-TEST_F(ProfilesTest, DeletingTheDefaultEmptiesIt) {
+TEST_F(ProfilesTest, DeletingTheDefaultProfileClearsIt) {
     ApplyProfileSettings(kSlow);
     const uint64_t before = Revision();
     DeleteProfile();
@@ -129,7 +129,7 @@ TEST_F(ProfilesTest, DeletingTheDefaultEmptiesIt) {
     EXPECT_NE(Revision(), before);
 }
 
-TEST_F(ProfilesTest, DeletingASecondDefaultEmptiesThatOne) {
+TEST_F(ProfilesTest, DeletingASecondDefaultProfileClearsThatOne) {
     SetStore({{DefaultProfileName, kFast, {kEvent}}, {DefaultProfileName, kSlow, {kEvent}}}, 1);
     DeleteProfile();
     EXPECT_EQ(Names().size(), 2U);
@@ -167,7 +167,7 @@ TEST_F(ProfilesTest, DeletingBeforeAProfileWithoutSettingsAppliesTheDefaults) {
     EXPECT_EQ(BuildProfileSettings(), kDefaults);
 }
 
-TEST_F(ProfilesTest, ClearEmptiesTheCurrentProfileInItsPlace) {
+TEST_F(ProfilesTest, ClearKeepsTheNameAndPositionOfTheProfile) {
     SwitchProfile("1");
     const uint64_t before = Revision();
     ClearProfile();
@@ -194,7 +194,7 @@ TEST_F(ProfilesTest, NothingChangesWhileARecordingRuns) {
     EXPECT_TRUE(Changes([] { SwitchProfile("2"); })) << "a playback does not stand in the way";
 }
 
-TEST_F(ProfilesTest, AnEmptyStoreStaysUnchanged) {
+TEST_F(ProfilesTest, AnEmptyStoreStaysEmpty) {
     SetStore({}, 0);
     EXPECT_FALSE(Changes([] {
         DeleteProfile();

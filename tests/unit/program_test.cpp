@@ -116,7 +116,7 @@ TEST(Program, RejectsAFileThatIsNotATheme) {
     EXPECT_EQ(RunWith("--validate-theme=" + folder.File("empty.vrltheme")).printed, "REJECT file is empty\n");
 }
 
-TEST(Program, AnUnknownModeWritesNothingToStandardOutput) {
+TEST(Program, AModeThatIsNotBuiltPrintsNothingOnStandardOutput) {
     for (const char* argument : {"--child a|b|1|2", "--timeline"}) {
         ::testing::internal::CaptureStderr();
         const Outcome outcome = RunWith(argument);

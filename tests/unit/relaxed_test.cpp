@@ -25,7 +25,7 @@ TEST(Relaxed, BehavesLikeAPlainValue) {
     EXPECT_EQ(settings.speed.Get(), 2.5F);
 }
 
-TEST(Relaxed, RecordsOfThemCopyFieldByField) {
+TEST(Relaxed, CopiesRecordsFieldByField) {
     Settings changed;
     changed.number = 1;
     changed.flag = false;
@@ -37,8 +37,8 @@ TEST(Relaxed, RecordsOfThemCopyFieldByField) {
     EXPECT_FALSE(copy.flag);
 }
 
-// Under the thread sanitizer this is what says that a shared setting is no race.
-TEST(Relaxed, OneThreadWritesWhileAnotherReads) {
+// The thread sanitizer checks here that a shared setting is not a data race.
+TEST(Relaxed, ReadsWhileAnotherThreadWrites) {
     Relaxed<int32_t> setting{0};
     std::thread writer([&setting] {
         for (int32_t i = 1; i <= 10000; ++i) {

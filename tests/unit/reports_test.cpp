@@ -75,12 +75,12 @@ TEST_F(ReportsTest, RecordingWinsOverPlaying) {
     EXPECT_TRUE(Contains(PollStatus(), "{\"state\":\"Recording\","));
 }
 
-TEST_F(ReportsTest, NoTargetsIsAnEmptyList) {
+TEST_F(ReportsTest, NoTargetsAreAnEmptyList) {
     keySpammerSettings.targetCount = 0;
     EXPECT_TRUE(Contains(PollStatus(), "\"keySpamTargets\":[],"));
 }
 
-TEST_F(ReportsTest, ASegmentThatCanBeUndoneIsReported) {
+TEST_F(ReportsTest, ReportsWhetherAContinuedSegmentCanBeUndone) {
     const std::vector<UnifiedEvent> before = {MoveTo(1, 1)};
     const std::vector<UnifiedEvent> after = {MoveTo(1, 1), MoveTo(2, 2)};
     SetMacro(after);
@@ -102,13 +102,13 @@ TEST_F(ReportsTest, APollWritesBothMirrors) {
     EXPECT_EQ(ReadFile(EventsFile()), "[{\"id\":0,\"time\":0.000000,\"desc\":\"Abs Move to X:100 Y:200\"}]");
 }
 
-TEST_F(ReportsTest, APollThatCannotWriteItsMirrorsStillReports) {
+TEST_F(ReportsTest, APollReportsIfTheMirrorsCannotBeWritten) {
     WriteFile(root_.File("Varnelle"), "a file where the folder should be");
     EXPECT_TRUE(Contains(PollStatus(), "\"state\":\"Idle\""));
     EXPECT_EQ(ReportMacroEvents(), "[]");
 }
 
-TEST_F(ReportsTest, TheNextPollRepairsAShortEventMirror) {
+TEST_F(ReportsTest, TheNextPollRestoresAShortEventMirror) {
     PollStatus();
     WriteFile(EventsFile(), "scribble");
     PollStatus();
@@ -136,7 +136,7 @@ TEST_F(ReportsTest, EveryChangeOfTheMacroReachesTheNextPoll) {
     EXPECT_TRUE(Contains(ReportMacroEvents(), "X:8 Y:9"));
 }
 
-TEST_F(ReportsTest, AHugeEventMirrorIsWrittenOncePerChange) {
+TEST_F(ReportsTest, AHugeEventMirrorIsWrittenOnceForEachChange) {
     std::vector<UnifiedEvent> events(20000, MoveTo(1, 2));
     SetMacro(events);
     PollStatus();

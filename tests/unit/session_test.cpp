@@ -24,7 +24,7 @@ constexpr const char* kFixtureSettings =
     "1,2,3,77,1,1,0,9,1,100,200,0,1,0,1,1,2.5,1,750,65,66,0,67,4,5,6,88,0,3,68,69,69|70|71,1,1,0,72";
 constexpr const char* kFixtureProfileSettings = "7,0,0,20,2,0,1,10,0,0,0,0,0,1,5,1,10,65,65|66,0";
 
-// The store as the tests compare it.
+// A copy of the store.
 struct Store {
     std::vector<Profile> profiles;
     int32_t current = 0;
@@ -61,7 +61,7 @@ void ExpectSameProfiles(const std::vector<Profile>& a, const std::vector<Profile
 
 class SessionTest : public DataFolderTest {
   protected:
-    // Loads a copy, so that no fixture is written.
+    // Loads a copy, so that no fixture is overwritten.
     bool LoadFixture(const char* name) {
         CreateDataFolder();
         WriteFile(SessionPath(), ReadFile(FixturePath("sessions/" + std::string(name))));
@@ -94,14 +94,14 @@ TEST_F(SessionTest, SavesSettingsCurrentAndProfiles) {
                    "PROFILESETTINGS:1,2", "0,0.5,10,-20,0,0,0,0", "3,1.23457e+06,0,0,0,65,1,0", "PROFILE:"}));
 }
 
-TEST_F(SessionTest, AnEmptyStoreIsSavedWithoutProfiles) {
+TEST_F(SessionTest, SavesAnEmptyStoreWithoutProfiles) {
     SaveSession();
     const std::string text = ReadFile(SessionPath());
     EXPECT_TRUE(text.ends_with(LineEnded({"CURRENT:0"})));
     EXPECT_FALSE(LoadSession());
 }
 
-// A save reuses the memory of an earlier one.
+// A save reuses the memory of the one before.
 TEST_F(SessionTest, ALaterSaveContainsNothingOfAnEarlierOne) {
     SetStore({{"Large", "1,2", std::vector<UnifiedEvent>(400000)},
               {"Second", "3,4", std::vector<UnifiedEvent>(3)}},
@@ -119,7 +119,7 @@ TEST_F(SessionTest, ALaterSaveContainsNothingOfAnEarlierOne) {
                         {"CURRENT:0", "PROFILE:A", "PROFILE:B", "PROFILESETTINGS:5", "0,0,0,0,0,0,0,0"})));
 }
 
-TEST_F(SessionTest, ASaveGivesUpWhileTheLockIsHeld) {
+TEST_F(SessionTest, SaveWritesNothingWhileTheLockIsHeld) {
     SetStore({{"One", "", {}}}, 0);
     {
         MutexLock lock(macroMutex);
@@ -138,7 +138,7 @@ TEST_F(SessionTest, ASaveGivesUpWhileTheLockIsHeld) {
     EXPECT_NE(ReadFile(SessionPath()), saved) << "the next save is an ordinary one";
 }
 
-TEST_F(SessionTest, ASaveThatCannotOpenTheFileIsSilent) {
+TEST_F(SessionTest, SaveIgnoresAFileThatCannotBeOpened) {
     std::filesystem::create_directory(root_.File("folder"));
     SetSessionPath(root_.File("folder"));
     SetStore({{"One", "", {}}}, 0);
@@ -149,7 +149,7 @@ TEST_F(SessionTest, ASaveThatCannotOpenTheFileIsSilent) {
     EXPECT_TRUE(FileExists(SessionPath())) << "and does not stand in the way of later ones";
 }
 
-TEST_F(SessionTest, ASaveGoesToThePathOfThisRun) {
+TEST_F(SessionTest, SavesToTheSessionPathOfThisRun) {
     SetSessionPath(root_.File("older.mcr"));
     SetStore({{"One", "", {}}}, 0);
     SaveSession();
@@ -161,7 +161,7 @@ TEST_F(SessionTest, ASaveGoesToThePathOfThisRun) {
 }
 
 // Several threads change and save at the same time: the file never mixes two saves.
-TEST_F(SessionTest, SavesThatMeetDoNotMix) {
+TEST_F(SessionTest, ConcurrentSavesDoNotMix) {
     constexpr int kThreads = 4;
     constexpr int kSaves = 60;
     SetStore({{"Shared", "", std::vector<UnifiedEvent>(3000)}}, 0);
@@ -193,7 +193,7 @@ TEST_F(SessionTest, SavesThatMeetDoNotMix) {
 }
 
 #ifndef _WIN32
-// A pipe in place of the session file: a save blocks in the middle of writing until the test reads.
+// A pipe instead of the session file: a save blocks in the middle of writing until the test reads.
 class SessionPipe {
   public:
     explicit SessionPipe(const std::string& path) {
@@ -205,7 +205,7 @@ class SessionPipe {
     SessionPipe(const SessionPipe&) = delete;
     SessionPipe& operator=(const SessionPipe&) = delete;
 
-    // Reads what has been written since the last read.
+    // Reads the bytes that were written since the last read.
     bool Take() {
         char buffer[4096];
         const ssize_t count = read(file_, buffer, sizeof(buffer));
@@ -221,13 +221,13 @@ class SessionPipe {
     std::string text_;
 };
 
-TEST_F(SessionTest, ASaveThatFindsAnotherWritingReturnsAndIsNotLost) {
+TEST_F(SessionTest, ASaveDuringAnotherReturnsAtOnceAndIsMadeUpFor) {
     SetStore({{"Shared", "", std::vector<UnifiedEvent>(20000)}}, 0);
     SessionPipe pipe(root_.File("pipe"));
     std::thread first(SaveSession);
     EXPECT_TRUE(WaitUntil([&pipe] { return pipe.Take(); })) << "the first save is writing";
     {
-        MutexLock lock(macroMutex);  // no writing under the lock: it is free
+        MutexLock lock(macroMutex);  // succeeds: the lock is not held while writing
         macroState.profiles[0].events.back().x = 77;
     }
     SaveSession();
@@ -310,7 +310,7 @@ TEST_F(SessionTest, LoadsOlderForms) {
     }
 }
 
-TEST_F(SessionTest, LoadsLineEndsOfTheOtherSystem) {
+TEST_F(SessionTest, LoadsTheLineEndsOfTheOtherSystem) {
     ASSERT_TRUE(LoadFixture("crlf.dat"));
     EXPECT_EQ(BuildSettingsLine(), kFixtureSettings);
     ExpectSameProfiles(ReadStore().profiles,
@@ -336,7 +336,7 @@ TEST_F(SessionTest, AWrongFirstLineChangesNothing) {
     EXPECT_EQ(BuildSettingsLine(), before);
 }
 
-TEST_F(SessionTest, WithoutProfilesTheSettingsAreLoadedAndTheLoadFails) {
+TEST_F(SessionTest, AFileWithoutProfilesStoresItsSettingsAndFails) {
     SetStore({{"Before", "", {}}}, 0);
     EXPECT_FALSE(LoadFixture("no-profiles.dat"));
     EXPECT_EQ(BuildSettingsLine(), kFixtureSettings);
@@ -345,7 +345,7 @@ TEST_F(SessionTest, WithoutProfilesTheSettingsAreLoadedAndTheLoadFails) {
     EXPECT_FALSE(LoadSession());
 }
 
-TEST_F(SessionTest, ABadCurrentIndexIsProfileZero) {
+TEST_F(SessionTest, AnInvalidCurrentIndexSelectsTheFirstProfile) {
     for (const char* name : {"current-bad.dat", "current-out-of-range.dat"}) {
         ASSERT_TRUE(LoadFixture(name));
         EXPECT_EQ(ReadStore().current, 0) << name;
@@ -362,14 +362,14 @@ TEST_F(SessionTest, ABadCurrentIndexIsProfileZero) {
     EXPECT_EQ(ReadStore().current, 1);
 }
 
-TEST_F(SessionTest, AnyOtherSecondLineIsDropped) {
+TEST_F(SessionTest, IgnoresAnyOtherSecondLine) {
     ASSERT_TRUE(LoadFixture("current-missing.dat"));
     EXPECT_EQ(ReadStore().current, 0);
     EXPECT_EQ(ReadStore().Names(), std::vector<std::string>{"First"})
         << "a profile line in its place is lost";
 }
 
-TEST_F(SessionTest, BadLinesCostOnlyThemselves) {
+TEST_F(SessionTest, SkipsMalformedLinesOnly) {
     ASSERT_TRUE(LoadFixture("bad-lines.dat"));
     ExpectSameProfiles(ReadStore().profiles, {{"First",
                                                "1,2,3,77,1,1,0,9,1,100,200,4,5,6,88,0,3,69,69|70|71,1",
@@ -379,7 +379,7 @@ TEST_F(SessionTest, BadLinesCostOnlyThemselves) {
                                                 {EvKey, 2, 0, 0, 0, 65, true, 0}}}});
 }
 
-TEST_F(SessionTest, OddNamesAreKept) {
+TEST_F(SessionTest, KeepsUnusualNames) {
     ASSERT_TRUE(LoadFixture("odd-names.dat"));
     EXPECT_EQ(ReadStore().Names(),
               (std::vector<std::string>{"PROFILE:twice", "PROFILESETTINGS:x", "", " \xE4\xFF,\""}));
@@ -392,8 +392,8 @@ TEST_F(SessionTest, OnlyTheCurrentProfileGetsTheLiveSettingsIfItHasNone) {
     EXPECT_EQ(ReadStore().profiles[1].settings, "1,2,3,77,1,1,0,9,1,100,200,4,5,6,88,0,3,69,69|70|71,1");
 }
 
-// A kill in the middle of a save can leave any truncated file.
-TEST_F(SessionTest, ATruncatedFileIsReadOrRejected) {
+// A kill during a save can leave any beginning of the file.
+TEST_F(SessionTest, ReadsOrRejectsAnyBeginningOfAFile) {
     const std::string whole = ReadFile(FixturePath("sessions/current.dat"));
     CreateDataFolder();
     for (size_t length = 0; length <= whole.size(); ++length) {
@@ -409,7 +409,7 @@ TEST_F(SessionTest, ATruncatedFileIsReadOrRejected) {
     }
 }
 
-TEST_F(SessionTest, ADefaultProfileIsInsertedFirstAndTheSameProfileStaysCurrent) {
+TEST_F(SessionTest, AddsTheDefaultProfileInFrontAndKeepsTheCurrentOne) {
     ASSERT_TRUE(LoadFixture("no-default.dat"));
     const uint64_t before = ReadStore().revision;
     EnsureDefaultProfile();
@@ -421,20 +421,20 @@ TEST_F(SessionTest, ADefaultProfileIsInsertedFirstAndTheSameProfileStaysCurrent)
     EXPECT_EQ(ReadStore().profiles.size(), 3U) << "one is enough";
 }
 
-TEST_F(SessionTest, TheFirstProfileOfAnEmptyStoreIsCurrent) {
+TEST_F(SessionTest, TheDefaultProfileOfAnEmptyStoreIsCurrent) {
     EnsureDefaultProfile();
     EXPECT_EQ(ReadStore().Names(), std::vector<std::string>{DefaultProfileName});
     EXPECT_EQ(ReadStore().current, 0);
 }
 
-TEST_F(SessionTest, ANearlyDefaultNameIsNotTheDefault) {
+TEST_F(SessionTest, ASimilarNameIsNotTheDefaultProfile) {
     SetStore({{"default tracking profile", "", {}}, {"Default Tracking Profile ", "", {}}}, 1);
     EnsureDefaultProfile();
     EXPECT_EQ(ReadStore().profiles.size(), 3U);
     EXPECT_EQ(ReadStore().current, 2);
 }
 
-TEST_F(SessionTest, TheAutosaveThreadSavesAndEndsWithTheProgram) {
+TEST_F(SessionTest, TheAutosaveThreadSavesUntilRunningIsFalse) {
     SetStore({{"One", "", {}}}, 0);
     std::thread autosave(AutosaveThreadMain);
     EXPECT_TRUE(WaitUntil([] { return FileExists(SessionPath()); }));
@@ -442,7 +442,7 @@ TEST_F(SessionTest, TheAutosaveThreadSavesAndEndsWithTheProgram) {
     autosave.join();
 }
 
-TEST_F(SessionTest, TheAutosaveThreadEndsWithoutASaveWhenTheProgramHasEnded) {
+TEST_F(SessionTest, TheAutosaveThreadDoesNotSaveAfterRunningIsFalse) {
     SetStore({{"One", "", {}}}, 0);
     engineState.running = false;
     AutosaveThreadMain();

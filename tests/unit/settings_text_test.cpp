@@ -51,12 +51,12 @@ std::vector<uint32_t> Targets() {
 
 using Keys = std::vector<uint32_t>;
 
-TEST_F(SettingsTextTest, DefaultsAreWrittenInFull) {
+TEST_F(SettingsTextTest, WritesAllDefaults) {
     EXPECT_EQ(BuildSettingsLine(), kDefaultLine);
     EXPECT_EQ(BuildProfileSettings(), kDefaultProfile);
 }
 
-// Each setting in its own place: one changed at a time, with the field it must show up in.
+// Changes one setting at a time and expects it at its own position.
 TEST_F(SettingsTextTest, EachSettingHasItsField) {
     struct Row {
         size_t lineField;
@@ -111,7 +111,7 @@ TEST_F(SettingsTextTest, EachSettingHasItsField) {
         EXPECT_EQ(profile, row.profileField < 0
                                ? kDefaultProfile
                                : WithField(kDefaultProfile, static_cast<size_t>(row.profileField), row.text));
-        // And back from the text.
+        // And read back from the text.
         ResetEngineState();
         ApplySettingsLine(line);
         EXPECT_EQ(BuildSettingsLine(), line);
@@ -123,7 +123,7 @@ TEST_F(SettingsTextTest, EachSettingHasItsField) {
     }
 }
 
-TEST_F(SettingsTextTest, ApplyingTheOldestFormSetsWhatItHas) {
+TEST_F(SettingsTextTest, TheOldestFormStoresTheFieldsThatItHas) {
     ParseKeyTargets("65|66");
     keySpammerSettings.singleKey = 70;
     keySpammerSettings.chord = true;
@@ -183,7 +183,7 @@ TEST_F(SettingsTextTest, FewerThan23FieldsChangeNothing) {
     EXPECT_EQ(BuildSettingsLine(), kDefaultLine);
 }
 
-TEST_F(SettingsTextTest, ABadFieldEndsItsGroupAndTheNextStillRuns) {
+TEST_F(SettingsTextTest, AMalformedFieldEndsItsGroupOnly) {
     ApplySettingsLine(WithField(kStranger, 3, "x"));
     EXPECT_EQ(autoclickerSettings.intervalSeconds, 3) << "set before the bad field";
     EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 5);
@@ -226,7 +226,7 @@ TEST_F(SettingsTextTest, OnlyTheExactTextOneIsTrue) {
     }
 }
 
-TEST_F(SettingsTextTest, IntegersAreReadWithToleranceInASessionLine) {
+TEST_F(SettingsTextTest, ASessionLineReadsLeadingIntegers) {
     ApplySettingsLine(WithField(kDefaultLine, 3, " 12abc"));
     EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 12);
 }
@@ -252,7 +252,7 @@ TEST_F(SettingsTextTest, ApplyProfileSettingsNeedsEighteenNumbers) {
     EXPECT_FALSE(keySpammerSettings.chord);
 }
 
-TEST_F(SettingsTextTest, ApplyProfileSettingsStopsAtABadNumber) {
+TEST_F(SettingsTextTest, ApplyProfileSettingsStopsAtAMalformedNumber) {
     ApplyProfileSettings("1,2,x,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,65|66,1");
     EXPECT_EQ(BuildProfileSettings(), "1,2,0,5,0,0,1,10,0,0,0,0,0,0,5,1,10,32,32,0");
     ApplyProfileSettings("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,x,65|66,1");
@@ -260,7 +260,7 @@ TEST_F(SettingsTextTest, ApplyProfileSettingsStopsAtABadNumber) {
         << "targets and chord stay as they were";
 }
 
-TEST_F(SettingsTextTest, ApplyProfileSettingsLeavesHotkeysAndMacroSettingsUnchanged) {
+TEST_F(SettingsTextTest, ApplyProfileSettingsKeepsHotkeysAndMacroSettings) {
     ApplyProfileSettings("1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,65|66,1,99");
     EXPECT_EQ(Targets(), (Keys{65, 66}));
     EXPECT_TRUE(keySpammerSettings.chord);
@@ -290,7 +290,7 @@ TEST_F(SettingsTextTest, ParseKeyTargetsStoresAtMost256) {
     EXPECT_EQ(Targets().back(), 256U);
 }
 
-TEST_F(SettingsTextTest, ResetToolSettingsLeavesHotkeysAndMacroSettingsUnchanged) {
+TEST_F(SettingsTextTest, ResetToolSettingsKeepsHotkeysAndMacroSettings) {
     ApplySettingsLine(std::string(kStranger) + ",72");
     ResetToolSettings();
     EXPECT_EQ(BuildProfileSettings(), kDefaultProfile);
@@ -298,7 +298,7 @@ TEST_F(SettingsTextTest, ResetToolSettingsLeavesHotkeysAndMacroSettingsUnchanged
               "0,0,0,5,0,0,1,10,0,0,0,0,0,0,0,1,3,1,500,65,66,0,67,0,0,0,5,1,10,68,32,32,0,1,1,72");
 }
 
-TEST_F(SettingsTextTest, MergeReadsToolsFromA35FieldLine) {
+TEST_F(SettingsTextTest, MergeUsesTheToolSettingsOfA35FieldLine) {
     EXPECT_EQ(ProfileSettingsFromLine(kStranger), "1,2,3,77,1,1,0,9,1,100,200,0,0,1,88,0,4,69,69|70,1");
     EXPECT_EQ(BuildSettingsLine(), kDefaultLine) << "the live setup is untouched";
 }
@@ -319,7 +319,7 @@ TEST_F(SettingsTextTest, MergeKeepsTheLiveSettingsThatAnOlderFormLacks) {
     }
 }
 
-TEST_F(SettingsTextTest, MergeReadsAGroupWholeOrNotAtAll) {
+TEST_F(SettingsTextTest, MergeUsesAWholeGroupOrNone) {
     for (const char* bad : {"", "x", "77x", "77 ", "1.0", "2147483648"}) {
         for (const size_t field : {0, 3, 10}) {
             EXPECT_EQ(ProfileSettingsFromLine(WithField(kStranger, field, bad)),

@@ -111,12 +111,12 @@ void NamedBody() {
 }
 
 TEST(Threads, BodyRunsUnderItsName) {
-    std::thread thread = StartThread("autoclick", NamedBody);
+    std::thread thread = StartThread("autoclicker", NamedBody);
     JoinThread(thread);
     EXPECT_TRUE(threadRan);
     EXPECT_FALSE(thread.joinable());
     if (!threadName.empty()) {  // Wine 8 keeps no names
-        EXPECT_EQ(threadName, L"autoclick");
+        EXPECT_EQ(threadName, L"autoclicker");
     }
     JoinThread(thread);
 }
