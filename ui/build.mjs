@@ -3,6 +3,7 @@
 // The program hands the page to the web view as one text, so the page has no base location and nothing can be fetched:
 // its CSS and its script are folded into index.html here. Type errors end the build.
 import { execFileSync } from 'node:child_process';
+import { createHash } from 'node:crypto';
 import { copyFileSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { dirname, join } from 'node:path';
@@ -47,7 +48,10 @@ const fold = (page, mark, text) => {
 };
 let page = readFileSync(join(here, 'index.html'), 'utf8');
 page = fold(page, '<!-- style -->', `<style>${textOf('.css')}</style>`);
-page = fold(page, '<!-- script -->', `<script>${textOf('.js')}</script>`);
+const script = textOf('.js');
+page = fold(page, '<!-- script -->', `<script>${script}</script>`);
+// The page's policy allows this one script. The program adds the hashes of those that it puts in.
+page = fold(page, "'sha256-'", `'sha256-${createHash('sha256').update(script).digest('base64')}'`);
 
 // The program puts a panel's script before the last </body>, so the page's own script must not hold another.
 if (page.split('</body>').length !== 2) throw new Error('the page must hold </body> exactly once');

@@ -6,9 +6,9 @@
 namespace {
 
 constexpr int8_t kNoDigit = -1;
+constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 constexpr std::array<int8_t, 256> DigitTable() {
-    constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::array<int8_t, 256> table{};
     table.fill(kNoDigit);
     for (size_t i = 0; i < kAlphabet.size(); ++i) {
@@ -71,4 +71,19 @@ std::string DecodeBase64(std::string_view text) {
     }
     bytes.resize(size);
     return bytes;
+}
+
+std::string EncodeBase64(std::string_view bytes) {
+    std::string text;
+    for (size_t position = 0; position < bytes.size(); position += 3) {
+        const std::string_view group = bytes.substr(position, 3);
+        uint32_t bits = 0;
+        for (size_t i = 0; i < 3; ++i) {
+            bits = bits << 8 | (i < group.size() ? static_cast<unsigned char>(group[i]) : 0U);
+        }
+        for (size_t i = 0; i < 4; ++i) {
+            text += i <= group.size() ? kAlphabet[bits >> (18 - 6 * i) & 0x3F] : '=';
+        }
+    }
+    return text;
 }

@@ -9,3 +9,5 @@
 bool IsStrictBase64(std::string_view text);
 // Stops at the first '='; empty if a byte before it is outside the alphabet.
 std::string DecodeBase64(std::string_view text);
+// Padded with '=' to whole groups of four.
+std::string EncodeBase64(std::string_view bytes);

@@ -1,33 +1,15 @@
 // The program as shipped, in the real WebKitGTK view, pressed by the real pointer.
 import assert from 'node:assert/strict';
 import { existsSync, mkdirSync, readFileSync, readdirSync, statSync, writeFileSync } from 'node:fs';
-import net from 'node:net';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
-import {
-  Program,
-  buildFolder,
-  kMainTitle,
-  kScreenshots,
-  makeInstallation,
-  onWindows,
-  openWorld,
-} from './harness.mjs';
+import { kMainTitle, kScreenshots, onWindows, openWorld } from './harness.mjs';
 import { tapUntil } from './file_dialogs.mjs';
 import { waitUntil } from './processes.mjs';
 import { Button, Key } from './real_hand.mjs';
-import { openInspector } from './webkit_inspector.mjs';
+import { PagePointer, makeRealInstallation, openRealView } from './real_view.mjs';
 
 const options = { timeout: 240000, skip: onWindows && 'WebView2 does not run under Wine' };
-const kTestView = {
-  WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS: '1',
-  WEBKIT_DISABLE_DMABUF_RENDERER: '1',
-  GSK_RENDERER: 'cairo',
-  LIBGL_ALWAYS_SOFTWARE: '1',
-  GTK_A11Y: 'none',
-  // Otherwise GTK starts a session bus, which stays for as long as the display.
-  DBUS_SESSION_BUS_ADDRESS: 'disabled:',
-};
 const kLargeMacro = 5000;
 // Clicks every 50 ms at 860,320, where the other application's window will be.
 const kSettings =
@@ -38,21 +20,16 @@ let installation;
 let program;
 let observer;
 let inspector;
+let pointer;
 
-async function freePort() {
-  const server = net.createServer();
-  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
-  const { port } = server.address();
-  await new Promise((resolve) => server.close(resolve));
-  return port;
-}
+const elementWith = (selector, text) =>
+  `[...document.querySelectorAll('${selector}')].find((e) => e.textContent.includes('${text}'))`;
 
 before(
   async () => {
     if (onWindows) return;
     world = await openWorld();
-    installation = makeInstallation({ library: join(buildFolder, 'dist/libwebview.so') });
-    mkdirSync(installation.data);
+    installation = makeRealInstallation();
     const events = Array.from(
       { length: kLargeMacro },
       (_, i) => `0,${i / 1000},${i % 900},${i % 700},0,0,0,0\n`,
@@ -61,15 +38,11 @@ before(
       join(installation.data, 'session.dat'),
       `${kSettings}CURRENT:0\nPROFILE:Large\n${events.join('')}`,
     );
-    const port = await freePort();
-    Object.assign(installation.env, kTestView, { WEBKIT_INSPECTOR_HTTP_SERVER: `127.0.0.1:${port}` });
-    const child = world.startBare(installation, [], { stdio: ['ignore', 'ignore', 'ignore'] });
-    program = new Program(world, child, installation);
-    world.opened.push(program);
+    ({ program, inspector } = await openRealView(world, installation));
     await program.waitForStatus((s) => s.count === kLargeMacro, 'the page has polled');
-    inspector = await waitUntil(() => openInspector(port), 'the inspector finds the page', 60000);
     // Beside the program's window, which stands in the middle.
     observer = await world.openObserver('Another application', { x: 760, y: 120, width: 200, height: 400 });
+    pointer = new PagePointer(world, inspector, observer, kMainTitle);
   },
   { timeout: 240000 },
 );
@@ -81,34 +54,6 @@ after(
   },
   { timeout: 60000 },
 );
-
-// The middle of a control on the screen, brought into sight first.
-async function placeOf(find) {
-  await inspector.evaluate(`${find}.scrollIntoView({ block: 'center' })`);
-  const readRect = () => inspector.evaluate(`JSON.stringify(${find}.getBoundingClientRect())`);
-  let last = '';
-  await waitUntil(async () => last === (last = await readRect()), 'it stands still');
-  const rect = JSON.parse(last);
-  const window = await observer.windowAtRest(kMainTitle);
-  const viewHeight = await inspector.evaluate('window.innerHeight');
-  // The title bar, if the view draws one, is above the page.
-  const top = window.y + window.height - viewHeight;
-  return {
-    x: Math.round(window.x + rect.x + rect.width / 2),
-    y: Math.round(top + rect.y + rect.height / 2),
-  };
-}
-
-// Brings the pointer onto a control, again where the page or its window has moved meanwhile.
-async function pointAt(selector, text) {
-  const find = `[...document.querySelectorAll('${selector}')].find((e) => e.textContent.includes('${text}'))`;
-  await waitUntil(async () => {
-    const { x, y } = await placeOf(find);
-    await world.hand.moveTo(x, y);
-    const isOn = async () => inspector.evaluate(`${find}.matches(':hover')`);
-    return waitUntil(isOn, 'the pointer is on it', 2000).catch(() => false);
-  }, `the pointer is on "${text}"`);
-}
 
 test('the window appears and its page calls back', options, async () => {
   await waitUntil(async () => (await observer.window(kMainTitle)).found, 'the window is there');
@@ -123,7 +68,7 @@ test('the window appears and its page calls back', options, async () => {
 });
 
 test('a real click on the page starts the clicker, F6 stops it', options, async () => {
-  await pointAt('button', 'Start clicking');
+  await pointer.pointAt(elementWith('button', 'Start clicking'));
   await world.hand.click(Button.Left);
   await program.waitForStatus((s) => s.autoClicking, 'it clicks');
   await waitUntil(() => observer.presses().length >= 3, 'clicks arrive elsewhere');
@@ -136,7 +81,7 @@ test('a real click on the page starts the clicker, F6 stops it', options, async 
 });
 
 test('a right click opens no browser menu', options, async () => {
-  await pointAt('h2', 'Autoclicker');
+  await pointer.pointAt(elementWith('h2', 'Autoclicker'));
   await inspector.evaluate(`void window.addEventListener('contextmenu',
     (event) => setTimeout(() => (window.menu = event.defaultPrevented ? 'prevented' : 'open')), { once: true })`);
   await world.hand.click(Button.Right);

@@ -82,6 +82,8 @@ PageHost* NewHost() {
         return nullptr;
 #endif
     };
+    // No browser behind it, whose document would be looked at.
+    host->library.getNativeHandle = [](WebView, int) -> void* { return nullptr; };
     host->library.eval = [](WebView, const char* script) {
         fake.calls.push_back(std::string("eval ") + script);
         return 0;
@@ -187,6 +189,37 @@ TEST_F(PageHostTest, InvalidUtf8PagesAndScriptsStillArrive) {
     SetPageHtml(host_, "a\xFF");
     EvalInPage(host_, "b\xC3");
     EXPECT_EQ(fake.calls, (std::vector<std::string>{"html a\xEF\xBF\xBD", "eval b\xEF\xBF\xBD"}));
+}
+
+TEST_F(PageHostTest, AForeignDocumentGetsNoAnswerAndRunsNoScript) {
+    int ran = 0;
+    static int* count = nullptr;
+    count = &ran;
+    BindPageFunction(host_, "count", [](const std::string&) { return std::to_string(++*count); });
+    SetPageHtml(host_, "<p>");
+    DocumentArrived(&host_->documents);
+    Call("1", "[]");
+    DocumentArrived(&host_->documents);  // one that nobody expected
+    Call("2", "[]");
+    EvalInPage(host_, "secret()");
+    SetPageHtml(host_, "<b>");
+    Call("3", "[]");
+    DocumentArrived(&host_->documents);
+    Call("4", "[]");
+    EXPECT_EQ(fake.answers, (std::vector<Answer>{{"1", 0, "1"}, {"4", 0, "2"}}));
+    EXPECT_EQ(fake.calls, (std::vector<std::string>{"html <p>", "html <b>"}));
+}
+
+// A document may change while its command runs a message loop of its own.
+TEST_F(PageHostTest, AnAnswerDoesNotReachALaterDocument) {
+    static PageHost* host = nullptr;
+    host = host_;
+    BindPageFunction(host_, "change", [](const std::string&) {
+        DocumentArrived(&host->documents);
+        return std::string("1");
+    });
+    Call("1", "[]");
+    EXPECT_TRUE(fake.answers.empty());
 }
 
 TEST_F(PageHostTest, TerminateRunsThroughTheLoop) {

@@ -114,3 +114,53 @@ TEST_F(PageLoadingTest, TheLimitIncludesTheFirstScript) {
     EXPECT_EQ(Inlined(kSortableTag + kTimelineTag),
               "<script>" + std::string(0x100000, 's') + "</script>" + kTimelineTag);
 }
+
+namespace {
+
+// A page with a policy, whose scripts so far are `allowed`.
+std::string PageWithPolicy(const std::string& allowed, const std::string& body) {
+    return "<meta\n http-equiv=\"Content-Security-Policy\"\n content=\"default-src 'none'; script-src " +
+           allowed + "; base-uri 'none'\">" + body;
+}
+// As `printf 'var b;' | openssl dgst -sha256 -binary | base64` prints them.
+const std::string kHashOfA = "'sha256-voeURch9fnIFmtccQajw9ITRIDLpHRT5ltHavH2xrh4='";
+const std::string kHashOfB = "'sha256-Z0/DP5C+3N8tYtTWepXZWiYCEMp64RrwxJT4X7uik78='";
+const std::string kHashOfLines = "'sha256-e+u+kS9w5OgX+D483rXxH5vFVjNNl4lIT2ZbY907FNw='";
+
+}  // namespace
+
+TEST_F(PageLoadingTest, AnInlinedScriptIsAllowedByThePolicyOfThePage) {
+    PutUiFile("vendor/Sortable.min.js", "var a;");
+    PutUiFile("timeline.js", "var b;");
+    EXPECT_EQ(Inlined(PageWithPolicy("'self'", kSortableTag + kTimelineTag)),
+              PageWithPolicy(kHashOfB + " " + kHashOfA + " 'self'",
+                             "<script>var a;</script><script>var b;</script>"));
+}
+
+TEST_F(PageLoadingTest, AScriptIsHashedAsTheBrowserParsesIt) {
+    for (const char* script : {"a\nb\n\nc\n", "a\r\nb\r\n\r\nc\r\n", "a\rb\r\rc\r", "a\nb\r\n\nc\r"}) {
+        std::string page = PageWithPolicy("'self'", "");
+        AllowScript(&page, script);
+        EXPECT_EQ(page, PageWithPolicy(kHashOfLines + " 'self'", ""));
+    }
+}
+
+TEST_F(PageLoadingTest, APageWithoutAPolicyForScriptsStaysAsItIs) {
+    for (const char* text :
+         {"", "script-src 'self'",
+          "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'\"><p>script-src 'self'",
+          "<meta http-equiv=\"Content-Security-Policy\""}) {
+        std::string page = text;
+        AllowScript(&page, "var a;");
+        EXPECT_EQ(page, text);
+    }
+}
+
+TEST_F(PageLoadingTest, TheLimitCountsTheHashToo) {
+    const std::string around = PageWithPolicy("'self'", "");
+    const size_t room = 0x200000 - around.size() - 17 - kHashOfA.size() - 1;
+    PutUiFile("timeline.js", std::string(room, 'x'));
+    EXPECT_EQ(Inlined(around + kTimelineTag).size(), 2097152U);
+    PutUiFile("timeline.js", std::string(room + 1, 'x'));
+    EXPECT_EQ(Inlined(around + kTimelineTag), around + kTimelineTag);
+}

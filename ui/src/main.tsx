@@ -1,6 +1,7 @@
 import { effect } from '@preact/signals';
 import { render } from 'preact';
 import { plugPromiseLeak } from './bridge';
+import { refuseDrops } from './drops';
 import { App } from './app';
 import { fitFirstWindow, installFit } from './fit';
 import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
@@ -12,6 +13,7 @@ import './app.css';
 import './forced-colors.css';
 
 plugPromiseLeak();
+refuseDrops();
 
 // The web view's context menu is useful only in text fields.
 document.addEventListener('contextmenu', (event) => {

@@ -2,6 +2,7 @@
 // interface is looked up by name, so that the program starts without GTK for its console modes.
 #include "platform/page_host.h"
 
+#include "platform/linux/document_guard.h"
 #include "platform/linux/frame_watch.h"
 #include "platform/process.h"
 #include "platform/shared/page_host_state.h"
@@ -87,6 +88,14 @@ std::string CreatePageHost(PageHost** host) {
                "libwebkitgtk-6.0-4 is "
                "installed completely, and start Varnelle again.";
     }
+    // The tests' library has no GTK and no browser of its own.
+    if (FindExport(created->module, "gtk_init_check")) {
+        if (const char* missing = GuardDocuments(created.get(), FindExport)) {
+            created->library.destroy(created->view);
+            return "Varnelle cannot show its window because the installed WebKitGTK lacks " +
+                   std::string(missing) + "; update the package libwebkitgtk-6.0-4 and start Varnelle again.";
+        }
+    }
     *host = created.release();
     return "";
 }
@@ -109,6 +118,10 @@ WindowRef PageHostWindow(PageHost* host) {
 
 bool PageWindowIsOpen(PageHost* /*host*/) {
     return true;  // GTK handles a close request only inside the loop, so it cannot have been lost before it
+}
+
+bool ShowsOwnDocument(PageHost* host) {
+    return !host->documents.foreign;
 }
 
 void PageWindowShown(PageHost* host) {

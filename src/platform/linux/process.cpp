@@ -29,6 +29,8 @@ constexpr const char* kRedirectingVariables[] = {
     "WEBVIEW2_WAIT_FOR_SCRIPT_DEBUGGER",
     "WEBKIT_EXEC_PATH",
     "WEBKIT_INJECTED_BUNDLE_PATH",
+    "WEBKIT_INSPECTOR_SERVER",
+    "WEBKIT_INSPECTOR_HTTP_SERVER",
 };
 
 // The claimed lock file. Guarded by its mutex; the lock itself ends with the descriptor, also when the process is

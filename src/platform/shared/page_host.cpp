@@ -47,7 +47,7 @@ void RunQueuedWork(WebView /*view*/, void* context) noexcept {
 void AnswerPageCall(const char* id, const char* request, void* context) noexcept {
     const auto* binding = static_cast<PageBinding*>(context);
     PageHost* host = binding->host;
-    if (HasEnded(host)) {
+    if (HasEnded(host) || !ShowsOwnDocument(host)) {
         return;
     }
     try {
@@ -61,6 +61,10 @@ void AnswerPageCall(const char* id, const char* request, void* context) noexcept
         } catch (...) {
             status = 1;
             answer = JsonText("The command failed.");
+        }
+        // A command may run a message loop of its own, in which the document can change.
+        if (!ShowsOwnDocument(host)) {
+            return;
         }
         // NOTE: an answer that is no UTF-8 never arrives, and the page waits for ever.
         host->library.answer(host->view, id, status, ValidUtf8(answer).c_str());
@@ -93,7 +97,15 @@ void SetPageSize(PageHost* host, int width, int height) {
     PageWindowShown(host);
 }
 
+void DocumentArrived(PageDocuments* documents) {
+    documents->foreign = documents->expected == 0;
+    if (documents->expected > 0) {
+        --documents->expected;
+    }
+}
+
 void SetPageHtml(PageHost* host, const std::string& html) {
+    ++host->documents.expected;
     host->library.setHtml(host->view, ValidUtf8(html).c_str());
 }
 
@@ -103,6 +115,9 @@ void BindPageFunction(PageHost* host, const char* name, PageFunction function) {
 }
 
 void EvalInPage(PageHost* host, const std::string& script) {
+    if (!ShowsOwnDocument(host)) {
+        return;
+    }
     host->library.eval(host->view, ValidUtf8(script).c_str());
 }
 

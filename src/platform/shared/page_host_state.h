@@ -15,6 +15,12 @@ struct PageBinding {
     PageFunction function;
 };
 
+// Which documents of the view are the program's own. UI thread.
+struct PageDocuments {
+    int expected = 0;      // texts of SetPageHtml whose document has not arrived
+    bool foreign = false;  // another document got into the view
+};
+
 struct PageHost {
     // Constant after CreatePageHost.
     WebViewLibrary library;
@@ -25,6 +31,7 @@ struct PageHost {
     std::vector<std::unique_ptr<PageBinding>> bindings;
     int askedWidth = 0;  // the size last asked for; 0 before the first
     int askedHeight = 0;
+    PageDocuments documents;
 
     // Any thread.
     Mutex mutex;
@@ -35,6 +42,10 @@ struct PageHost {
         false;  // the loop is over: later work is dropped, page calls are not answered
 };
 
+// Counts a document that the view has accepted: an expected one is ours, any other is foreign. UI thread.
+void DocumentArrived(PageDocuments* documents);
+// Whether the view's document is one of ours. The calls of any other get no answer, and no script runs in it. UI thread.
+bool ShowsOwnDocument(PageHost* host);
 // Whether the native window still exists. A window that was closed before the loop began would leave it without an
 // end.
 bool PageWindowIsOpen(PageHost* host);

@@ -1,45 +1,16 @@
-// The web view on Windows: the library drives the WebView2 runtime. Its few COM interfaces that we use are called by
-// their place in the function table, as published; every object's table begins with the three of IUnknown.
+// The web view on Windows: the library drives the WebView2 runtime.
 #include "platform/page_host.h"
 
 #include "platform/process.h"
 #include "platform/shared/page_host_state.h"
+#include "platform/win32/document_guard.h"
+#include "platform/win32/web_view2.h"
 
 #include <windows.h>
 
 #include <memory>
 
 namespace {
-
-constexpr int kQueryInterface = 0;
-constexpr int kRelease = 2;
-constexpr int kControllerGetCoreWebView2 = 25;
-constexpr int kWebViewGetSettings = 3;
-constexpr int kSettingsPutDefaultContextMenus = 14;
-constexpr int kSettingsPutZoomControl = 18;
-constexpr int kSettings3PutBrowserAcceleratorKeys = 24;
-constexpr GUID kSettings3Id = {0xfdb5ab74, 0xaf33, 0x4854, {0x84, 0xf0, 0x0a, 0x63, 0x1d, 0xeb, 0x5e, 0xba}};
-
-template <typename... Arguments> HRESULT CallSlot(void* object, int slot, Arguments... arguments) {
-    using Method = HRESULT(STDMETHODCALLTYPE*)(void*, Arguments...);
-    void** table = *static_cast<void***>(object);
-    return reinterpret_cast<Method>(table[slot])(object, arguments...);
-}
-
-// A counted reference that we own.
-struct ComReference {
-    void* object = nullptr;
-    ComReference() = default;
-    ComReference(const ComReference&) = delete;
-    ComReference& operator=(const ComReference&) = delete;
-    ~ComReference() {
-        if (object) {
-            using Method = ULONG(STDMETHODCALLTYPE*)(void*);
-            void** table = *static_cast<void***>(object);
-            reinterpret_cast<Method>(table[kRelease])(object);
-        }
-    }
-};
 
 void* FindExport(void* module, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name));
@@ -122,6 +93,10 @@ std::string CreatePageHost(PageHost** host) {
     if (!created->view) {
         return NoRuntimeMessage();
     }
+    if (!GuardDocuments(created.get())) {
+        created->library.destroy(created->view);
+        return NoRuntimeMessage();
+    }
     *host = created.release();
     return "";
 }
@@ -133,20 +108,15 @@ void DisableBrowserFeatures(PageHost* host) {
         return;
     }
     ComReference webView;
-    if (FAILED(CallSlot(controller, kControllerGetCoreWebView2, &webView.object)) || !webView.object) {
-        return;
-    }
     ComReference settings;
-    if (FAILED(CallSlot(webView.object, kWebViewGetSettings, &settings.object)) || !settings.object) {
-        return;
-    }
-    if (FAILED(CallSlot(settings.object, kSettingsPutDefaultContextMenus, FALSE)) ||
+    if (!GetInterface(controller, kControllerGetCoreWebView2, &webView) ||
+        !GetInterface(webView.object, kWebViewGetSettings, &settings) ||
+        FAILED(CallSlot(settings.object, kSettingsPutDefaultContextMenus, FALSE)) ||
         FAILED(CallSlot(settings.object, kSettingsPutZoomControl, FALSE))) {
         return;
     }
     ComReference settings3;
-    if (FAILED(CallSlot(settings.object, kQueryInterface, &kSettings3Id, &settings3.object)) ||
-        !settings3.object) {
+    if (!GetInterface(settings.object, kQueryInterface, &settings3, &kSettings3Id)) {
         return;
     }
     CallSlot(settings3.object, kSettings3PutBrowserAcceleratorKeys, FALSE);
@@ -159,6 +129,10 @@ WindowRef PageHostWindow(PageHost* host) {
 bool PageWindowIsOpen(PageHost* host) {
     // The library turns its message loop inside every bind, and a close that arrives there is not seen by the loop.
     return IsWindow(reinterpret_cast<HWND>(PageHostWindow(host))) != FALSE;
+}
+
+bool ShowsOwnDocument(PageHost* host) {
+    return !host->documents.foreign && HasOwnAddress(host);
 }
 
 void PageWindowShown(PageHost* /*host*/) {

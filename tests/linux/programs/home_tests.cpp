@@ -208,13 +208,19 @@ TEST_F(Home, OwnImage) {
 
 TEST_F(Home, PrepareProcessClearsTheWebViewsVariables) {
     EXPECT_EQ(InChild([] {
-                  setenv("WEBVIEW2_USER_DATA_FOLDER", "x", 1);
-                  setenv("WEBKIT_EXEC_PATH", "x", 1);
+                  constexpr const char* kNames[] = {"WEBVIEW2_USER_DATA_FOLDER", "WEBKIT_EXEC_PATH",
+                                                    "WEBKIT_INJECTED_BUNDLE_PATH", "WEBKIT_INSPECTOR_SERVER",
+                                                    "WEBKIT_INSPECTOR_HTTP_SERVER"};
+                  for (const char* name : kNames) {
+                      setenv(name, "x", 1);
+                  }
                   PrepareProcess();
-                  _exit(getenv("WEBVIEW2_USER_DATA_FOLDER") == nullptr &&
-                                getenv("WEBKIT_EXEC_PATH") == nullptr
-                            ? 0
-                            : 1);
+                  for (const char* name : kNames) {
+                      if (getenv(name) != nullptr) {
+                          _exit(1);
+                      }
+                  }
+                  _exit(0);
               }),
               0);
 }
