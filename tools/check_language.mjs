@@ -23,7 +23,7 @@ const wireFiles =
 // a rule to the files where the word has that meaning.
 const rules = [
   {
-    find: /\b[Mm]asters?\b(?! (?:device|pointer|keyboard))|\bRunMaster\b/,
+    find: /\b[Mm]aster\b(?! (?:device|pointer|keyboard))|\bRunMaster\b/,
     write: 'main process',
     bad: ['// The life of the master: start-up, main loop.', 'RunMaster();'],
     good: ['A master device of its own', 'XIAllMasterDevices'],
