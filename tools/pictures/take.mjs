@@ -3,7 +3,7 @@
 //   node tools/pictures/take.mjs PICTURES_FOLDER [NAME...]
 //
 // The program runs on a desktop of its own with real input, as in tests/program; its page is in Chromium, as it is on
-// Windows. Each picture puts the page into its state by what a person would do. VARNELLE_BUILD is the build folder with
+// Windows. Each picture brings the page into its state as a user would. VARNELLE_BUILD is the build folder with
 // the targets dist, observer and test_webview.
 import { mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';

@@ -1,5 +1,5 @@
-// Fits the window to the page's content, at the width that it has. The person's own size is never answered with another
-// one: whoever keeps a window smaller than its content scrolls, and only empty room below the content goes away.
+// Fits the height of the window to the page's content. Never resizes a window that the user has resized: a window that
+// is smaller than its content scrolls. Only empty space below the content is removed.
 import { call } from './bridge';
 
 // The client size in which the program opens the window where no one has chosen another.
@@ -8,7 +8,7 @@ const kFirstHeight = 560;
 const kAnswerTime = 500; // ms after the program's answer in which a new size is taken to be its result
 
 let shownHeight = 0; // px of the content when it was last measured
-let fittedHeight = -1; // px of the window as our last request left it; -1 once the person has chosen another
+let fittedHeight = -1; // px of the window after our last request; -1 once the user has resized it
 let askedHeight = -1; // px that the last request asked for, while the window has not taken its new size
 let expectedUntil = -Infinity; // ms; a new size until then is what we asked for
 let suspended = false;
@@ -37,8 +37,7 @@ function resizeHostWindow(): void {
   request(shownHeight);
 }
 
-// The content has changed its height by the person's doing. A size that the window took meanwhile may have measured it
-// already.
+// Call when the user has changed the height of the content. A resize of the window may have measured it already.
 export function fitWindow(): void {
   const before = shownHeight;
   shownHeight = contentHeight();

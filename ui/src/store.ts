@@ -25,16 +25,16 @@ export const known = signal(false);
 
 // True while a location pick is under way as far as the page can know; the program does not report it.
 export const picking = signal(false);
-// The panel whose place is being changed by buttons; empty for none.
+// The panel that is being moved by buttons; empty for none.
 export const arranging = signal<PanelId | ''>('');
-// What screen readers are told of a panel's new place.
+// The text that screen readers read after a panel has moved.
 export const announcement = signal('');
 // The sentence of the last command that failed, until it is dismissed or a command works.
 export const failure = signal('');
 // The program's file dialog that the page has asked for, while it is open.
 export const fileDialog = signal<'' | 'import' | 'export'>('');
 export const preferencesOpen = signal(false);
-// What is said while the program does not answer. An open file dialog may keep it from answering, which is no fault.
+// The text shown while the program does not answer. An open file dialog may cause that, which is not a failure.
 export const unanswered = computed(() =>
   fileDialog.value ? 'A file dialog is open' : 'Waiting for Varnelle to answer',
 );

@@ -3,13 +3,13 @@ import { useId, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { Button } from './button';
 import './confirm.css';
 
-// A question in the place of what asked it, with the safe answer focused. It is answered once, also where it stays in
-// sight until the program is through. Where the focus goes afterwards is for whoever asks.
+// A question in place of the control that asked it, with the safe answer focused. It can be answered only once, even if
+// it stays visible until the program has finished. The caller moves the focus afterwards.
 export function Confirm(props: {
-  children: ComponentChildren; // the question, and what comes of it
+  children: ComponentChildren; // the question and its consequence
   verb: string;
   onConfirm: () => void;
-  onCancel: () => void; // also by Esc
+  onCancel: () => void; // Esc too
 }) {
   const { children, verb, onConfirm, onCancel } = props;
   const cancel = useRef<HTMLButtonElement>(null);

@@ -24,7 +24,7 @@ export function RunButton(props: {
   icon?: IconName;
   kind?: 'plain' | 'primary';
   disabled?: boolean;
-  onStart: () => Promise<boolean>; // false: nothing was started, by the person's own choice or a failure
+  onStart: () => Promise<boolean>; // false: nothing was started, because the user cancelled or it failed
   onStop: () => Promise<boolean>;
 }) {
   const { running, start = 'Start', what, icon = 'play', kind = 'primary', disabled = false } = props;
