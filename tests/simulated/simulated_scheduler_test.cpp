@@ -1,4 +1,4 @@
-// The simulated clock, events and turns: a green run of the engines means something only if the double keeps its word.
+// The simulated clock, wake events and turns. Tests of the engines are only worth as much as this scheduler.
 #include "platform/simulated/simulation.h"
 
 #include "platform/clock.h"
@@ -19,7 +19,7 @@ WakeEvent* second = nullptr;
 std::string trail;
 int answers[4];
 
-class Double : public testing::Test {
+class SimulatedScheduler : public testing::Test {
   protected:
     void SetUp() override {
         SimBegin();
@@ -36,7 +36,7 @@ class Double : public testing::Test {
 
 // Clock.
 
-TEST_F(Double, ClockStandsStillWhileTheDriverComputes) {
+TEST_F(SimulatedScheduler, ClockStandsStillWhileTheDriverComputes) {
     const int64_t before = ReadPerformanceCounter();
     for (int turn = 0; turn < 1000; ++turn) {
         ASSERT_EQ(ReadPerformanceCounter(), before);
@@ -44,7 +44,7 @@ TEST_F(Double, ClockStandsStillWhileTheDriverComputes) {
     EXPECT_EQ(ReadPerformanceFrequency(), 10'000'000);
 }
 
-TEST_F(Double, SleepAndSpinTakeExactlyTheirTime) {
+TEST_F(SimulatedScheduler, SleepAndSpinTakeExactlyTheirTime) {
     SleepMilliseconds(7);
     EXPECT_EQ(SimTicks(), 70'000);
     SpinOnce();
@@ -53,7 +53,7 @@ TEST_F(Double, SleepAndSpinTakeExactlyTheirTime) {
     EXPECT_EQ(SimTicks(), 75'100);
 }
 
-TEST_F(Double, ClockNeverGoesBack) {
+TEST_F(SimulatedScheduler, ClockNeverGoesBack) {
     static int64_t last;
     last = ReadPerformanceCounter();
     const auto body = [] {
@@ -70,7 +70,7 @@ TEST_F(Double, ClockNeverGoesBack) {
     EXPECT_EQ(SimTicks(), 400 * kSimTicksPerMillisecond);
 }
 
-TEST(DoubleOptions, SleepsEndLateByAtMostTheOvershoot) {
+TEST(SimulatedOptions, SleepsEndLateByAtMostTheOvershoot) {
     SimBegin({.seed = 5, .overshootTicks = 3000});
     int64_t latest = 0;
     for (int turn = 0; turn < 200; ++turn) {
@@ -85,7 +85,7 @@ TEST(DoubleOptions, SleepsEndLateByAtMostTheOvershoot) {
     EXPECT_EQ(SimEnd(), "");
 }
 
-TEST(DoubleOptions, SendingTakesItsTime) {
+TEST(SimulatedOptions, SendingTakesItsTime) {
     SimBegin({.sendTicks = 40});
     SendInputRecord({.type = kInputMouse, .dwFlags = kMouseLeftDown});
     SendInputRecord({.type = kInputMouse, .dwFlags = kMouseLeftUp});
@@ -96,7 +96,7 @@ TEST(DoubleOptions, SendingTakesItsTime) {
 
 // Events.
 
-TEST_F(Double, AutomaticEventLetsOneWaiterGo) {
+TEST_F(SimulatedScheduler, AutomaticEventLetsOneWaiterGo) {
     const auto body = [] {
         WaitForAny(&first, 1, kNoLimit);
         trail += 'x';
@@ -114,7 +114,7 @@ TEST_F(Double, AutomaticEventLetsOneWaiterGo) {
     JoinThread(two);
 }
 
-TEST_F(Double, ManualEventLetsAllGoAndStaysSet) {
+TEST_F(SimulatedScheduler, ManualEventLetsAllGoAndStaysSet) {
     const auto body = [] {
         WaitForAny(&second, 1, kNoLimit);
         trail += 'x';
@@ -130,14 +130,14 @@ TEST_F(Double, ManualEventLetsAllGoAndStaysSet) {
     EXPECT_EQ(WaitForAny(&second, 1, 0), 0);
 }
 
-TEST_F(Double, SignalsOfAnAutomaticEventDoNotAddUp) {
+TEST_F(SimulatedScheduler, SignalsOfAnAutomaticEventDoNotAddUp) {
     SignalWake(first);
     SignalWake(first);
     EXPECT_EQ(WaitForAny(&first, 1, 0), 0);
     EXPECT_EQ(WaitForAny(&first, 1, 0), -1);
 }
 
-TEST_F(Double, LowestIndexWinsAndOnlyItsSignalIsTaken) {
+TEST_F(SimulatedScheduler, LowestIndexWinsAndOnlyItsSignalIsTaken) {
     WakeEvent* third = CreateWakeEvent(WakeReset::Automatic);
     WakeEvent* events[] = {nullptr, first, third};
     SignalWake(third);
@@ -148,7 +148,7 @@ TEST_F(Double, LowestIndexWinsAndOnlyItsSignalIsTaken) {
     CloseWakeEvent(third);
 }
 
-TEST_F(Double, WaitEndsAtItsLimitOrAtTheSignal) {
+TEST_F(SimulatedScheduler, WaitEndsAtItsLimitOrAtTheSignal) {
     EXPECT_EQ(WaitForAny(&first, 1, 20), -1);
     EXPECT_EQ(SimMilliseconds(), 20.0);
     std::thread one = StartThread("one", [] { answers[0] = WaitForAny(&first, 1, 100); });
@@ -159,7 +159,7 @@ TEST_F(Double, WaitEndsAtItsLimitOrAtTheSignal) {
     EXPECT_EQ(SimMilliseconds(), 50.0);
 }
 
-TEST_F(Double, LongestWaiterGetsTheSignal) {
+TEST_F(SimulatedScheduler, LongestWaiterGetsTheSignal) {
     std::thread one = StartThread("one", [] {
         SleepMilliseconds(5);
         WaitForAny(&first, 1, kNoLimit);
@@ -178,14 +178,14 @@ TEST_F(Double, LongestWaiterGetsTheSignal) {
     EXPECT_EQ(trail, "early late ");
 }
 
-TEST_F(Double, NoEventIsNeverSet) {
+TEST_F(SimulatedScheduler, NoEventIsNeverSet) {
     WakeEvent* none = nullptr;
     SignalWake(none);
     EXPECT_EQ(WaitForAny(&none, 1, 3), -1);
     EXPECT_EQ(SimMilliseconds(), 3.0);
 }
 
-TEST_F(Double, PollingTakesTime) {
+TEST_F(SimulatedScheduler, PollingTakesTime) {
     for (int turn = 0; turn < 10; ++turn) {
         EXPECT_EQ(WaitForAny(&first, 1, 0), -1);
     }
@@ -224,7 +224,7 @@ std::string RaceOf(uint64_t seed, uint64_t* hash) {
     return trail;
 }
 
-TEST(DoubleTurns, SameSeedSameRun) {
+TEST(SimulatedTurns, SameSeedSameRun) {
     uint64_t hash = 0;
     uint64_t again = 0;
     for (uint64_t seed = 1; seed <= 20; ++seed) {
@@ -233,7 +233,7 @@ TEST(DoubleTurns, SameSeedSameRun) {
     }
 }
 
-TEST(DoubleTurns, SeedsDiffer) {
+TEST(SimulatedTurns, SeedsDiffer) {
     uint64_t hash = 0;
     uint64_t other = 0;
     int different = 0;
@@ -244,7 +244,7 @@ TEST(DoubleTurns, SeedsDiffer) {
     EXPECT_EQ(different, 10);
 }
 
-TEST_F(Double, DriverGoesLastAtATime) {
+TEST_F(SimulatedScheduler, DriverGoesLastAtATime) {
     std::thread one = StartThread("one", [] {
         for (int turn = 0; turn < 3; ++turn) {
             SleepMilliseconds(10);
@@ -258,7 +258,7 @@ TEST_F(Double, DriverGoesLastAtATime) {
     JoinThread(one);
 }
 
-TEST_F(Double, RunUntilStopsWhenItHoldsOrAtTheLimit) {
+TEST_F(SimulatedScheduler, RunUntilStopsWhenItHoldsOrAtTheLimit) {
     std::thread one = StartThread("one", [] {
         for (int turn = 0; turn < 5; ++turn) {
             SleepMilliseconds(10);
@@ -272,7 +272,7 @@ TEST_F(Double, RunUntilStopsWhenItHoldsOrAtTheLimit) {
     JoinThread(one);
 }
 
-TEST_F(Double, DeadlockIsReportedWithItsWaiters) {
+TEST_F(SimulatedScheduler, DeadlockIsReportedWithItsWaiters) {
     const auto body = [] { WaitForAny(&first, 1, kNoLimit); };
     std::thread one = StartThread("stuck", body);
     try {
@@ -288,7 +288,7 @@ TEST_F(Double, DeadlockIsReportedWithItsWaiters) {
     EXPECT_EQ(SimLiveThreads(), 0);
 }
 
-TEST_F(Double, EndWaitsForSleepers) {
+TEST_F(SimulatedScheduler, EndWaitsForSleepers) {
     std::thread one = StartThread("one", [] { SleepMilliseconds(500); });
     EXPECT_EQ(SimLiveThreads(), 1);
     EXPECT_EQ(SimEnd(), "");
@@ -297,7 +297,7 @@ TEST_F(Double, EndWaitsForSleepers) {
     JoinThread(one);
 }
 
-TEST_F(Double, ThreadsCanFollowOneAnother) {
+TEST_F(SimulatedScheduler, ThreadsCanFollowOneAnother) {
     for (int turn = 0; turn < 50; ++turn) {
         std::thread one = StartThread("one", [] {
             SleepMilliseconds(1);
@@ -308,7 +308,7 @@ TEST_F(Double, ThreadsCanFollowOneAnother) {
     }
 }
 
-TEST(DoubleOptions, PreemptionLetsOthersInAtASend) {
+TEST(SimulatedOptions, PreemptionLetsOthersInAtASend) {
     int interleaved = 0;
     for (uint64_t seed = 1; seed <= 20; ++seed) {
         SimBegin({.seed = seed, .preemptPercent = 50});

@@ -37,7 +37,7 @@ void ExpectFlat(int64_t before) {
     }
 }
 
-class EightHours : public EngineTest {
+class Soak : public EngineTest {
   protected:
     void SetUp() override {
         EngineTest::SetUp();
@@ -48,7 +48,7 @@ class EightHours : public EngineTest {
     }
 };
 
-TEST_F(EightHours, ClickingEveryMillisecond) {
+TEST_F(Soak, ClickingEveryMillisecond) {
     autoclickerSettings.intervalMilliseconds = 1;
     RigPage("startSpammer");
     SimRunFor(60000);
@@ -66,7 +66,7 @@ TEST_F(EightHours, ClickingEveryMillisecond) {
     ExpectFlat(memory);
 }
 
-TEST_F(EightHours, ClickingACountedNumber) {
+TEST_F(Soak, ClickingACountedNumber) {
     autoclickerSettings.intervalMilliseconds = 1;
     autoclickerSettings.repeatMode = 0;
     autoclickerSettings.repeatCount = static_cast<int32_t>(kSeconds * 1000);
@@ -94,7 +94,7 @@ void RecordKeysEverySecond(std::vector<UnifiedEvent>* macro) {
     *macro = RigMacro();
 }
 
-TEST_F(EightHours, RecordingWhileClicking) {
+TEST_F(Soak, RecordingWhileClicking) {
     std::vector<UnifiedEvent> macro;
     RecordKeysEverySecond(&macro);
     ASSERT_EQ(macro.size(), static_cast<size_t>(kSeconds) + 1);
@@ -138,7 +138,7 @@ std::vector<UnifiedEvent> KeysEverySecond() {
 }
 
 // Sending takes time and sleeps end late: neither adds up.
-TEST(EightHoursLate, ReplayingDoesNotDrift) {
+TEST(SoakWithLateSleeps, ReplayingDoesNotDrift) {
     SimOptions options;
     options.sendTicks = 37;
     options.overshootTicks = 9000;
@@ -160,7 +160,7 @@ TEST(EightHoursLate, ReplayingDoesNotDrift) {
     EXPECT_EQ(EndRig(), "");
 }
 
-TEST_F(EightHours, ReplayingInALoop) {
+TEST_F(Soak, ReplayingInALoop) {
     macroSettings.loop = true;
     macroSettings.loopPauseMilliseconds = 500;
     SetRigMacro({KeyEvent(0, 'A', true), KeyEvent(1.0, 'A', false)});
@@ -179,7 +179,7 @@ TEST_F(EightHours, ReplayingInALoop) {
 }
 
 // What was recorded in eight hours plays back in eight hours: the tool's start, and each key at its second.
-TEST_F(EightHours, ReplayingWhatWasRecorded) {
+TEST_F(Soak, ReplayingWhatWasRecorded) {
     std::vector<UnifiedEvent> macro;
     RecordKeysEverySecond(&macro);
     autoclickerSettings.intervalMilliseconds =

@@ -1,4 +1,4 @@
-// Processes, files, events and threads of the Linux home. Run by tests/linux/run.sh.
+// Processes, files, events and threads of the Linux backend. Run by tests/linux/run.sh.
 #include "test_desktop.h"
 
 #include "platform/files.h"
@@ -18,7 +18,7 @@
 namespace {
 
 // A folder of its own for each test, removed at its end.
-class Home : public testing::Test {
+class LinuxPlatform : public testing::Test {
   protected:
     Home() {
         char name[] = "/tmp/varnelle-home.XXXXXX";
@@ -48,7 +48,7 @@ int InChild(const std::function<void()>& body) {
     return status;
 }
 
-TEST_F(Home, FilesKeepTheirBytes) {
+TEST_F(LinuxPlatform, FilesKeepTheirBytes) {
     std::string bytes;
     for (int each = 0; each < 300'000; ++each) {
         bytes += static_cast<char>(each * 7);
@@ -69,7 +69,7 @@ TEST_F(Home, FilesKeepTheirBytes) {
     EXPECT_NE(status.find("Name:"), std::string::npos);
 }
 
-TEST_F(Home, MoveDoesNotReplace) {
+TEST_F(LinuxPlatform, MoveDoesNotReplace) {
     ASSERT_TRUE(WriteFileBytes(File("a"), "1"));
     ASSERT_TRUE(WriteFileBytes(File("b"), "2"));
     EXPECT_FALSE(MoveFileNoReplace(File("a"), File("b")));
@@ -82,7 +82,7 @@ TEST_F(Home, MoveDoesNotReplace) {
     EXPECT_EQ(Content(File("c")), "1");
 }
 
-TEST_F(Home, MoveAcrossVolumes) {
+TEST_F(LinuxPlatform, MoveAcrossVolumes) {
     struct stat here {};
     struct stat there {};
     ASSERT_EQ(stat(folder.c_str(), &here), 0);
@@ -101,7 +101,7 @@ TEST_F(Home, MoveAcrossVolumes) {
     EXPECT_TRUE(RemoveFile(other));
 }
 
-TEST_F(Home, FoldersAndRemoval) {
+TEST_F(LinuxPlatform, FoldersAndRemoval) {
     EXPECT_TRUE(CreateFolder(File("sub")));
     EXPECT_FALSE(CreateFolder(File("sub")));
     EXPECT_FALSE(CreateFolder(File("none/sub")));
@@ -115,7 +115,7 @@ TEST_F(Home, FoldersAndRemoval) {
     EXPECT_TRUE(RemoveFile(File("a")));
 }
 
-TEST_F(Home, DataFolderRootFollowsTheEnvironment) {
+TEST_F(LinuxPlatform, DataFolderRootFollowsTheEnvironment) {
     const auto rootWith = [&](const char* local, const char* data, const char* home) {
         const auto set = [](const char* name, const char* value) {
             value == nullptr ? unsetenv(name) : setenv(name, value, 1);
@@ -140,13 +140,13 @@ TEST_F(Home, DataFolderRootFollowsTheEnvironment) {
     EXPECT_EQ(TextLineEnd(), "\n");
 }
 
-TEST_F(Home, OneInstance) {
+TEST_F(LinuxPlatform, OneInstance) {
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
     EXPECT_EQ(ClaimSingleInstance("Test\\Name/1"), InstanceResult::First);
     const auto other = [&] {
         return WEXITSTATUS(InChild([] {
             // The lock that was copied into this child belongs to its parent too: a file opened anew tells.
-            execl("/proc/self/exe", "home_tests", "--claim", "Test\\Name/1", nullptr);
+            execl("/proc/self/exe", "linux_platform_tests", "--claim", "Test\\Name/1", nullptr);
             _exit(9);
         }));
     };
@@ -155,7 +155,7 @@ TEST_F(Home, OneInstance) {
     EXPECT_EQ(other(), 0);
 }
 
-TEST_F(Home, TheClaimEndsWithAKill) {
+TEST_F(LinuxPlatform, TheClaimEndsWithAKill) {
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
     int ready[2];
     ASSERT_EQ(pipe2(ready, O_CLOEXEC), 0);
@@ -182,14 +182,14 @@ TEST_F(Home, TheClaimEndsWithAKill) {
     close(ready[1]);
 }
 
-TEST_F(Home, AFailingLockCountsAsFirst) {
+TEST_F(LinuxPlatform, AFailingLockCountsAsFirst) {
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
     ASSERT_TRUE(CreateFolder(File("varnelle-Blocked.lock")));
     EXPECT_EQ(ClaimSingleInstance("Blocked"), InstanceResult::First);
     ReleaseSingleInstance();
 }
 
-TEST_F(Home, OwnImage) {
+TEST_F(LinuxPlatform, OwnImage) {
     EXPECT_TRUE(IsOwnImage(OwnProcessId()));
     const pid_t child = fork();
     if (child == 0) {
@@ -203,10 +203,10 @@ TEST_F(Home, OwnImage) {
     EXPECT_FALSE(IsOwnImage(static_cast<uint32_t>(child)));
     EXPECT_FALSE(IsOwnImage(0));
     EXPECT_FALSE(IsOwnImage(static_cast<uint32_t>(getppid())));
-    EXPECT_EQ(ProgramPath(), ProgramDirectory() + "/home_tests");
+    EXPECT_EQ(ProgramPath(), ProgramDirectory() + "/linux_platform_tests");
 }
 
-TEST_F(Home, PrepareProcessClearsTheWebViewsVariables) {
+TEST_F(LinuxPlatform, PrepareProcessClearsTheWebViewsVariables) {
     EXPECT_EQ(InChild([] {
                   constexpr const char* kNames[] = {"WEBVIEW2_USER_DATA_FOLDER", "WEBKIT_EXEC_PATH",
                                                     "WEBKIT_INJECTED_BUNDLE_PATH", "WEBKIT_INSPECTOR_SERVER",
@@ -243,7 +243,7 @@ int Overflow(int depth) {
     return below + block[0];
 }
 
-TEST_F(Home, ACrashSavesOnceAndEndsInTheUsualWay) {
+TEST_F(LinuxPlatform, ACrashSavesOnceAndEndsInTheUsualWay) {
     const struct {
         int signal;
         void (*body)();
@@ -275,7 +275,7 @@ TEST_F(Home, ACrashSavesOnceAndEndsInTheUsualWay) {
     }
 }
 
-TEST_F(Home, ASaveThatCrashesOrHangsStillEnds) {
+TEST_F(LinuxPlatform, ASaveThatCrashesOrHangsStillEnds) {
     const int status = InChild([] {
         SetCrashHandler([] { raise(SIGSEGV); });
         raise(SIGABRT);
@@ -292,7 +292,7 @@ TEST_F(Home, ASaveThatCrashesOrHangsStillEnds) {
     EXPECT_TRUE(WIFSIGNALED(hung));
 }
 
-TEST_F(Home, EventsResetThemselvesOrNot) {
+TEST_F(LinuxPlatform, EventsResetThemselvesOrNot) {
     WakeEvent* events[3] = {CreateWakeEvent(WakeReset::Automatic), CreateWakeEvent(WakeReset::Manual),
                             nullptr};
     EXPECT_EQ(WaitForAny(events, 3, 0), -1);
@@ -319,7 +319,7 @@ WakeEvent* pingEvent = nullptr;
 WakeEvent* pongEvent = nullptr;
 constexpr int kRounds = 2000;
 
-TEST_F(Home, EventsWakeOtherThreads) {
+TEST_F(LinuxPlatform, EventsWakeOtherThreads) {
     pingEvent = CreateWakeEvent(WakeReset::Automatic);
     pongEvent = CreateWakeEvent(WakeReset::Automatic);
     std::thread other = StartThread("pong", [] {
@@ -340,7 +340,7 @@ TEST_F(Home, EventsWakeOtherThreads) {
 std::atomic<int> tickets{0};
 
 // A signal of an event that resets itself lets one waiter go; one that does not lets all.
-TEST_F(Home, ManyWaiters) {
+TEST_F(LinuxPlatform, ManyWaiters) {
     pingEvent = CreateWakeEvent(WakeReset::Automatic);
     pongEvent = CreateWakeEvent(WakeReset::Manual);
     tickets = 0;
@@ -366,7 +366,7 @@ TEST_F(Home, ManyWaiters) {
     CloseWakeEvent(pongEvent);
 }
 
-TEST_F(Home, SleepsAreNeverShort) {
+TEST_F(LinuxPlatform, SleepsAreNeverShort) {
     BeginTimerPeriod();
     for (const uint32_t milliseconds : {1U, 2U, 13U}) {
         const int64_t start = ReadPerformanceCounter();
@@ -376,7 +376,7 @@ TEST_F(Home, SleepsAreNeverShort) {
     EndTimerPeriod();
 }
 
-TEST_F(Home, ThreadsHaveNames) {
+TEST_F(LinuxPlatform, ThreadsHaveNames) {
     std::thread other = StartThread("a-name-that-is-too-long", [] {
         char name[32] = {};
         pthread_getname_np(pthread_self(), name, sizeof(name));
@@ -387,7 +387,7 @@ TEST_F(Home, ThreadsHaveNames) {
     EXPECT_EQ(tickets, 1);
 }
 
-TEST_F(Home, NoBusNoSessionWatch) {
+TEST_F(LinuxPlatform, NoBusNoSessionWatch) {
     setenv("XDG_SESSION_ID", "7", 1);
     setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + File("none")).c_str(), 1);
     EXPECT_EQ(OpenSessionWatch(nullptr), nullptr);

@@ -16,7 +16,7 @@
 
 namespace {
 
-class DoubleSession : public testing::Test {
+class SimulatedSession : public testing::Test {
   protected:
     void SetUp() override { SimBegin(); }
     void TearDown() override { EXPECT_EQ(SimEnd(), ""); }
@@ -47,7 +47,7 @@ std::string Seen() {
     return text;
 }
 
-TEST_F(DoubleSession, SentInputMovesThePointerAndReachesTheApplication) {
+TEST_F(SimulatedSession, SentInputMovesThePointerAndReachesTheApplication) {
     int32_t x = 0;
     int32_t y = 0;
     for (int32_t pixel = 0; pixel < 1920; ++pixel) {
@@ -71,7 +71,7 @@ TEST_F(DoubleSession, SentInputMovesThePointerAndReachesTheApplication) {
     EXPECT_FALSE(ReadPointerPosition(&x, &y));
 }
 
-TEST_F(DoubleSession, SentKeysGoByScanCode) {
+TEST_F(SimulatedSession, SentKeysGoByScanCode) {
     SendInputRecord({.type = kInputKeyboard, .wScan = 0x1E, .dwFlags = kKeyScanCode});
     EXPECT_TRUE(SimKeyIsDown('A'));
     SendInputRecord({.type = kInputKeyboard, .wScan = 0x1E, .dwFlags = kKeyScanCode | kKeyUp});
@@ -84,7 +84,7 @@ TEST_F(DoubleSession, SentKeysGoByScanCode) {
     EXPECT_EQ(SimSentCount(kInputKeyboard, kKeyScanCode), 3U);
 }
 
-TEST_F(DoubleSession, KeyTableAgreesWithItself) {
+TEST_F(SimulatedSession, KeyTableAgreesWithItself) {
     for (uint32_t key = 1; key < 256; ++key) {
         const std::string name = SimNameOfKey(key);
         EXPECT_EQ(SimKeyFromName(name), key) << name;
@@ -99,7 +99,7 @@ TEST_F(DoubleSession, KeyTableAgreesWithItself) {
     EXPECT_EQ(SystemKeyName(0), "");
 }
 
-TEST_F(DoubleSession, CountingKeepsNoRecords) {
+TEST_F(SimulatedSession, CountingKeepsNoRecords) {
     SimSetLogMode(SimLogMode::CountOnly);
     SendInputRecord({.type = kInputMouse, .dwFlags = kMouseLeftDown});
     SimKey('A', true);
@@ -146,10 +146,10 @@ void NoteInterest(HookInterest* interest) {
     interest->codeCount = 1;
 }
 
-class DoubleHooks : public DoubleSession {
+class SimulatedHooks : public SimulatedSession {
   protected:
     void SetUp() override {
-        DoubleSession::SetUp();
+        SimulatedSession::SetUp();
         notes = SinkNotes();
         thread_ = StartThread("hooks", [] {
             RunInputThread({NoteKey, NoteMouse, NoteRaw, NoteSession, NoteInterest});
@@ -161,12 +161,12 @@ class DoubleHooks : public DoubleSession {
         StopInputThread();
         JoinThread(thread_);
         EXPECT_FALSE(SimHooksInstalled());
-        DoubleSession::TearDown();
+        SimulatedSession::TearDown();
     }
     std::thread thread_;
 };
 
-TEST_F(DoubleHooks, RealInputIsNotInjectedAndSentInputIs) {
+TEST_F(SimulatedHooks, RealInputIsNotInjectedAndSentInputIs) {
     SimKey('A', true);
     SimKey('B', true, true);
     SimSettle();
@@ -181,7 +181,7 @@ TEST_F(DoubleHooks, RealInputIsNotInjectedAndSentInputIs) {
     EXPECT_EQ(Seen(), "A+ B+! A-! ");
 }
 
-TEST_F(DoubleHooks, ConsumedInputReachesNothing) {
+TEST_F(SimulatedHooks, ConsumedInputReachesNothing) {
     notes.consumedKey = 'A';
     notes.interestCode = 'A';
     HookInterestChanged();
@@ -202,7 +202,7 @@ TEST_F(DoubleHooks, ConsumedInputReachesNothing) {
     EXPECT_EQ(SimHookComplaints()[0], "consumed without announced interest: code 2");
 }
 
-TEST_F(DoubleHooks, MouseMessagesCarryPointDataAndTime) {
+TEST_F(SimulatedHooks, MouseMessagesCarryPointDataAndTime) {
     SimMove(300, 200);
     SimRunFor(2);
     SimButton(1, true);
@@ -225,7 +225,7 @@ TEST_F(DoubleHooks, MouseMessagesCarryPointDataAndTime) {
     EXPECT_EQ(Seen(), "m300,200 b1+ b6+ b6- w-120 h240 ");
 }
 
-TEST_F(DoubleHooks, RawReportsAndSessionChangesArrive) {
+TEST_F(SimulatedHooks, RawReportsAndSessionChangesArrive) {
     SimRawMove(4, -2);
     SimSessionChange(kSessionLock);
     SimSettle();
@@ -235,7 +235,7 @@ TEST_F(DoubleHooks, RawReportsAndSessionChangesArrive) {
     EXPECT_EQ(notes.sessions, std::vector<uint32_t>{kSessionLock});
 }
 
-TEST_F(DoubleHooks, InterestIsReadAgainWhenItChanged) {
+TEST_F(SimulatedHooks, InterestIsReadAgainWhenItChanged) {
     notes.interestCode = 'Q';
     EXPECT_FALSE(SimHookInterestIsCurrent());
     const int before = notes.interestReads;
@@ -246,7 +246,7 @@ TEST_F(DoubleHooks, InterestIsReadAgainWhenItChanged) {
     EXPECT_TRUE(SimHookInterestIsCurrent());
 }
 
-TEST_F(DoubleHooks, SysKeysHaveTheirMessages) {
+TEST_F(SimulatedHooks, SysKeysHaveTheirMessages) {
     SimSysKey(115, true);
     SimSysKey(115, false);
     SimSettle();
@@ -254,7 +254,7 @@ TEST_F(DoubleHooks, SysKeysHaveTheirMessages) {
     EXPECT_EQ(notes.keys[1].message, kSysKeyUpMessage);
 }
 
-TEST_F(DoubleSession, RefusedHooksLetInputThrough) {
+TEST_F(SimulatedSession, RefusedHooksLetInputThrough) {
     SimRefuseHooks(true);
     notes = SinkNotes();
     std::thread thread = StartThread("hooks", [] {
@@ -269,7 +269,7 @@ TEST_F(DoubleSession, RefusedHooksLetInputThrough) {
 
 // Desktop, process, page, files.
 
-TEST_F(DoubleSession, TopmostVisibleWindowOwnsThePoint) {
+TEST_F(SimulatedSession, TopmostVisibleWindowOwnsThePoint) {
     const WindowRef below = SimAddWindow("below", 7, 0, 0, 100, 100);
     const WindowRef above = SimAddWindow("above", 8, 50, 50, 150, 150);
     uint32_t process = 0;
@@ -297,7 +297,7 @@ TEST_F(DoubleSession, TopmostVisibleWindowOwnsThePoint) {
     EXPECT_EQ(SimGetDesktop().messages.at(0).text, "text");
 }
 
-TEST_F(DoubleSession, ProcessIsWhatTheTestSays) {
+TEST_F(SimulatedSession, ProcessIsWhatTheTestSays) {
     SimSetProgramPath("/some/where/varnelle");
     EXPECT_EQ(ProgramDirectory(), "/some/where");
     EXPECT_TRUE(IsOwnImage(OwnProcessId()));
@@ -335,7 +335,7 @@ void RunPageThread() {
     DestroyPageHost(host);
 }
 
-TEST_F(DoubleSession, PageRunsUntilItIsClosed) {
+TEST_F(SimulatedSession, PageRunsUntilItIsClosed) {
     std::thread ui = StartThread("ui", RunPageThread);
     SimSettle();
     SimPage& page = SimGetPage();
@@ -359,7 +359,7 @@ TEST_F(DoubleSession, PageRunsUntilItIsClosed) {
     EXPECT_EQ(FindWindowByTitle("title"), 0U);
 }
 
-TEST_F(DoubleSession, PageOnTheDriver) {
+TEST_F(SimulatedSession, PageOnTheDriver) {
     static SimPageAnswer answer;
     SimOnPageRun([] { answer = SimPageCall("echo", "[2]"); });
     RunPageThread();
@@ -371,7 +371,7 @@ TEST_F(DoubleSession, PageOnTheDriver) {
     EXPECT_EQ(host, nullptr);
 }
 
-TEST_F(DoubleSession, FilesAreRealAndFailOnDemand) {
+TEST_F(SimulatedSession, FilesAreRealAndFailOnDemand) {
     const std::string path = RigFolder() + "/file";
     std::string bytes;
     EXPECT_TRUE(WriteFileBytes(path, std::string("a\r\n\0b", 5)));
@@ -397,7 +397,7 @@ TEST_F(DoubleSession, FilesAreRealAndFailOnDemand) {
     EXPECT_TRUE(RemoveFile(RigFolder() + "/folder"));
 }
 
-TEST_F(DoubleSession, DataFolderRootThatIsNotUsable) {
+TEST_F(SimulatedSession, DataFolderRootThatIsNotUsable) {
     EXPECT_EQ(DataFolderRoot(), ".");
     SimSetDataFolderRoot(std::string(259, 'a'));
     EXPECT_EQ(DataFolderRoot().size(), 259U);
@@ -415,7 +415,7 @@ bool MacroMutexIsFree() {
     return true;
 }
 
-TEST_F(DoubleSession, HeldLockIsHeld) {
+TEST_F(SimulatedSession, HeldLockIsHeld) {
     EXPECT_TRUE(MacroMutexIsFree());
     WithMacroMutexHeld([] { EXPECT_FALSE(MacroMutexIsFree()); });
     EXPECT_TRUE(MacroMutexIsFree());
