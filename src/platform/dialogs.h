@@ -1,34 +1,34 @@
-// The system's own dialogs that ask for a file name. They are shown without an owner window and return when they are
-// closed; the other threads serve on meanwhile, and so does the page where the home can do that. UI thread unless said
-// otherwise. One at a time: a call while a dialog is open gives Cancelled at once.
+// The system's own dialogs that ask for a file name. They have no owner window and return when they are closed. Other
+// threads keep working meanwhile, and so does the page if the backend can do that. UI thread unless a function says
+// otherwise. One at a time: a call while a dialog is open returns Cancelled at once.
 #pragma once
 
 #include <span>
 #include <string>
 
 struct FileDialogFilter {
-    const char* name;     // as the person reads it
-    const char* pattern;  // "*.vrlmacro", in any case of letters; "*.*" is every file
+    const char* name;     // as the user reads it
+    const char* pattern;  // "*.vrlmacro", in upper or lower case; "*.*" is every file
 };
 
 enum class FileDialogOutcome {
     Chosen,
     Cancelled,    // closed without a choice
-    Unavailable,  // this system shows no such dialog, or it broke
+    Unavailable,  // this system has no such dialog, or it failed
 };
 
 struct FileDialogResult {
     FileDialogOutcome outcome = FileDialogOutcome::Cancelled;
     std::string path;     // Chosen: the full path
-    std::string problem;  // Unavailable: the sentence for the person, with what to do about it
+    std::string problem;  // Unavailable: a sentence for the user, with what to do about it
 };
 
-// An existing file. The first filter is the one selected at first.
+// Asks for an existing file. The first filter is selected at first.
 FileDialogResult AskForFileToOpen(std::span<const FileDialogFilter> filters);
-// A file to write, which may exist: the person has then agreed to its loss. A name typed without an extension gets
-// `defaultExtension` (without a dot).
+// Asks for a file to write. It may exist: then the user has agreed to replace it. A name typed without an extension
+// gets `defaultExtension` (without a dot).
 FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension);
 
-// Any thread. Not allowed, an open dialog closes and none opens; each gives Cancelled. Allowed at first. For the end of
-// the program, which waits for nobody to close a dialog.
+// Any thread. Dialogs are allowed at first. While they are not, an open one closes and none opens; each returns
+// Cancelled. For the end of the program, which does not wait for the user to close a dialog.
 void AllowFileDialogs(bool allowed);

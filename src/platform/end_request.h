@@ -1,7 +1,7 @@
-// Requests from outside the program to end in order: SIGTERM, SIGINT and SIGHUP where there are signals.
+// Requests from outside to end the program in order: SIGTERM, SIGINT and SIGHUP where there are signals.
 #pragma once
 
-// From now on `handler` is called, on a thread of this module's own, whenever somebody asks the program to end; null
-// ends that, and waits for a call under way. Where the thread cannot be had, such a request ends the process at once,
-// as it does by default. UI thread.
+// UI thread. Calls `handler` from now on whenever something asks the program to end, on a thread of its own. Null stops
+// that and waits for a running call. If the thread cannot be started, such a request ends the process at once, as it
+// does by default.
 void SetEndRequestHandler(void (*handler)());

@@ -16,11 +16,11 @@ constexpr char kPathSeparator =
 struct ProcessArguments {
     bool wideViewValid = false;          // the line could be split into arguments
     std::vector<std::string> arguments;  // from index 1 on, each narrowed to 8 bits a character
-    std::string line;                    // everything behind the program's name, as one text
+    std::string line;                    // everything after the program's name, as one string
 };
 
-// Settings of the whole process, made before anything is read: library search, the web view's environment, the
-// UI thread's COM apartment, DPI awareness. EndProcess undoes what needs undoing.
+// Sets up the whole process before anything is read: library search, the web view's environment, the UI thread's COM
+// apartment, DPI awareness. EndProcess reverts what needs reverting.
 void PrepareProcess();
 void EndProcess();
 
@@ -31,7 +31,7 @@ std::string ProgramPath();       // full path of the running program file
 std::string ProgramDirectory();  // the same up to its last separator, which is left out
 
 uint32_t OwnProcessId();
-// Any thread. Whether another process runs from this same program file; false on any failure.
+// Any thread. Returns whether a process runs from this same program file, false on any failure.
 bool IsOwnImage(uint32_t processId);
 
 enum class InstanceResult { First, AlreadyRunning };

@@ -1,12 +1,12 @@
-// What the person's desktop does for us outside our own windows. Best effort: a failure leaves things as they are and
-// shows nothing. UI thread.
+// What the desktop does for the program outside its own windows. A function that fails changes nothing and shows
+// nothing. UI thread.
 #pragma once
 
 #include <string>
 
-// Opens a web address, in UTF-8, with the program that the person has chosen for such. Does not wait for it.
+// Opens a web address, in UTF-8, with the user's default program for it. Does not wait.
 void OpenTarget(const std::string& target);
 
-// Whether this program file, where it lies now, starts when the person logs in. Said again at each start, so that a
-// program folder that was moved is found at the log-in after that.
+// Sets whether this program file starts when the user logs in. Called again at each start, so that a moved program folder
+// is found at the next log-in.
 void SetLaunchAtStartup(bool enabled);

@@ -1,5 +1,4 @@
-// Events that threads wait on. Any thread may call any function; an event must not be closed while a thread waits on
-// it.
+// Events that threads wait on. Any thread may call any function. Do not close an event while a thread waits on it.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +7,13 @@ struct WakeEvent;  // owned by the caller of CreateWakeEvent
 
 enum class WakeReset { Automatic, Manual };
 
-constexpr uint32_t kNoLimit = 0xFFFFFFFF;  // INFINITE: wait for as long as it takes
+constexpr uint32_t kNoLimit = 0xFFFFFFFF;  // wait without a limit
 
-// Unnamed and unset. Null if the system has none left; every function here takes null as "no such event".
+// Creates an unset event. Returns null if the system has none left. Every function accepts null as "no event".
 WakeEvent* CreateWakeEvent(WakeReset reset);
 void CloseWakeEvent(WakeEvent* event);
 void SignalWake(WakeEvent* event);
 
-// Waits until one of `count` (1 to 4) events is set, and takes its signal if it resets itself. Gives the index of the
-// lowest event that was set, or -1 when `limitMilliseconds` have passed. Null events are never set.
+// Waits until one of `count` (1 to 4) events is set, and resets it if it is automatic. Returns the index of the lowest
+// event that was set, or -1 after `limitMilliseconds`. Null events are never set.
 int WaitForAny(WakeEvent* const* events, int count, uint32_t limitMilliseconds);

@@ -6,11 +6,11 @@ namespace {
 
 constexpr std::string_view kGroup = "[Desktop Entry]";
 
-// The command of an Exec line, before the escapes of the file format: the path in quotes, with `%` doubled because a
-// single one is a field code.
+// Returns the command of an Exec line before the escapes of the file format: the path in quotes, with `%` doubled because
+// a single one is a field code.
 std::string QuotedCommand(std::string_view path) {
-    // NOTE: GLib looks for the program before it turns a doubled percent sign into one, and then does not know the entry.
-    // HACK: with one in the path another program is named first, which does nothing but start ours.
+    // NOTE: GLib looks for the program before it replaces a doubled percent sign, does not find it and ignores the entry.
+    // HACK: for a path with a percent sign the command is another program that only starts ours.
     std::string command = path.find('%') == std::string_view::npos ? "\"" : "nice -n 0 \"";
     for (const char c : path) {
         if (c == '"' || c == '`' || c == '$' || c == '\\') {
@@ -23,7 +23,7 @@ std::string QuotedCommand(std::string_view path) {
     return command + '"';
 }
 
-// A value as the file has it: a backslash begins an escape there, so that one in a path comes out fourfold.
+// Returns a value as the file stores it: each backslash of the command is escaped once more.
 std::string EscapedValue(std::string_view text) {
     std::string value;
     for (const char c : text) {

@@ -1,14 +1,14 @@
-// The person's base folders for data and settings. Any thread.
+// The user's base folders for data and settings. Any thread.
 #pragma once
 
 #include <string>
 
-// What the variable names, or `inHome` in the home folder; empty where neither is set. A relative path in the variable
-// is to be ignored.
+// Returns the folder that the variable names, or `inHome` in the home folder, or an empty path if neither is set. Ignores
+// a relative path in the variable.
 std::string BaseFolder(const char* variable, const char* inHome);
 
-// The base directory rules ask whoever writes to make a missing base directory, for its owner only.
+// Creates a missing base directory, readable for its owner only, as the base directory rules ask.
 void CreateFolderWithParents(const std::string& path);
 
-// The variable's value, empty where it is not set.
+// Returns the variable's value, empty if it is not set.
 std::string EnvironmentText(const char* name);

@@ -1,5 +1,5 @@
-// The few functions of libsystemd that talk to the message buses, declared here: the library is looked for at run time,
-// and a machine without it is served all the same. Linux home only; any thread, each with a bus of its own.
+// The few functions of libsystemd that talk to the message buses. They are looked up at run time, so that the program
+// also runs on a machine without the library. Any thread, each with its own bus.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ struct BusError {
 
 using BusMessageHandler = int (*)(sd_bus_message* message, void* userData, BusError* error);
 
-// Each is the library's function of the name that bus_library.cpp gives it. Negative results are errors.
+// bus_library.cpp maps each to the library's function. Negative results are errors.
 struct BusLibrary {
     int (*openSystem)(sd_bus** bus) = nullptr;
     int (*openUser)(sd_bus** bus) = nullptr;
@@ -50,5 +50,5 @@ struct BusLibrary {
     int (*sessionOfProcess)(int process, char** session) = nullptr;
 };
 
-// Loaded once, never unloaded. Null where the library is missing.
+// Loads the library once and never unloads it. Returns null if it is missing.
 const BusLibrary* LoadBusLibrary();

@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 void BecomeProgram(const char* file, char* const* arguments, int output) {
-    // What we ignore or block would stay so in the other program.
+    // The new program would inherit ignored and blocked signals.
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);

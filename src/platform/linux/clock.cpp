@@ -1,6 +1,6 @@
 #include "platform/clock.h"
 
-#include "platform/linux/thread_setup.h"
+#include "platform/linux/threads.h"
 
 #include <cerrno>
 #include <ctime>
@@ -44,8 +44,8 @@ void SpinOnce() {
 }
 
 // NOTE: Linux has no timer period: sleeps are accurate to the calling thread's timer slack, 50 microseconds at first.
-// HACK: every thread of ours gets the least slack when it starts (see SetUpThread); here it is the caller's turn, which
-// is the main thread. There is nothing to end.
+// HACK: every thread sets the least slack when it starts (see SetUpThread). The main thread does so here. There is nothing
+// to end.
 void BeginTimerPeriod() {
     SetUpThread();
 }

@@ -34,7 +34,7 @@ bool ProcessOfWindow(Display* display, Window window, uint32_t* processId) {
     return true;
 }
 
-// Puts an atom into a window's _NET_WM_STATE, or takes it out, itself.
+// Adds an atom to a window's _NET_WM_STATE or removes it, without the window manager.
 void WriteWindowState(Display* display, Window window, Atom which, bool present) {
     std::vector<unsigned long> states;
     Property property;
@@ -53,7 +53,7 @@ void WriteWindowState(Display* display, Window window, Atom which, bool present)
                     static_cast<int>(states.size()));
 }
 
-// The application's window in a frame of the window manager, `depth` levels down at most; None if there is none.
+// Returns the application's window inside a frame of the window manager, at most `depth` levels down, or None.
 Window ClientWindowIn(Display* display, Window window, int depth) {
     if (HasProperty(display, window, "WM_STATE")) {
         return window;
@@ -113,7 +113,7 @@ void ForceForeground(WindowRef window) {
     if (window == 0) {
         return;
     }
-    WhenManaged(window, [window](Display* display) {
+    RunWhenManaged(window, [window](Display* display) {
         if (HasWindowManager(display)) {
             SendRootMessage(display, window, "_NET_ACTIVE_WINDOW",
                             {kAskedByPager, static_cast<long>(ServerTime(display)), 0});
@@ -128,14 +128,14 @@ void SetWindowOnTop(WindowRef window, bool onTop) {
     if (window == 0) {
         return;
     }
-    WhenManaged(window, [window, onTop](Display* display) {
+    RunWhenManaged(window, [window, onTop](Display* display) {
         const Atom above = XInternAtom(display, "_NET_WM_STATE_ABOVE", False);
         if (!IsManaged(display, window)) {
-            // The window manager reads the property when it takes the window over.
+            // The window manager reads the property when it starts to manage the window.
             WriteWindowState(display, window, above, onTop);
         }
-        // Asked for in any case: the window may have been taken over this very moment. One without a manager is not
-        // there for whoever gets the message.
+        // Sent in any case: the window manager may have just started to manage the window. It ignores the message for a
+        // window that it does not manage.
         constexpr long kRemove = 0;
         constexpr long kAdd = 1;
         SendRootMessage(display, window, "_NET_WM_STATE",
@@ -179,6 +179,6 @@ bool ProcessAtPoint(int32_t x, int32_t y, uint32_t* processId) {
     }
     constexpr int kFrameDepth = 3;
     const Window client = ClientWindowIn(display, topLevel, kFrameDepth);
-    // Menus and the like are shown without a frame and bear the process themselves.
+    // Menus and similar windows have no frame and carry the process themselves.
     return ProcessOfWindow(display, client != None ? client : topLevel, processId);
 }

@@ -19,7 +19,7 @@ constexpr const char* kHelper = "zenity";
 constexpr int kClosedByPerson = 1;
 constexpr size_t kLongestAnswer = 64 * 1024;
 
-// Empty if no folder of PATH has it.
+// Returns an empty path if no folder of PATH has it.
 std::string FindHelper() {
     const char* path = std::getenv("PATH");
     std::string_view folders = path == nullptr ? "" : path;
@@ -27,7 +27,7 @@ std::string FindHelper() {
         const size_t end = folders.find(':');
         const std::string_view folder = folders.substr(0, end);
         folders = end == std::string_view::npos ? "" : folders.substr(end + 1);
-        // An empty or relative folder would mean whatever lies in the current one.
+        // An empty or relative folder would mean the current one.
         if (!folder.empty() && folder.front() == '/') {
             std::string file = std::string(folder) + "/" + kHelper;
             if (access(file.c_str(), X_OK) == 0) {
@@ -38,8 +38,8 @@ std::string FindHelper() {
     return "";
 }
 
-// Where the dialog begins, with a closing slash: the person's last choice, at first the home folder. Left to itself it
-// begins with a list of files that other programs have used.
+// The folder that the dialog opens, with a closing slash: that of the user's last choice, at first the home folder.
+// Otherwise it opens a list of files that other programs have used.
 std::string lastFolder;  // UI thread; empty at first
 
 std::string FirstFolder() {
@@ -65,7 +65,7 @@ std::vector<std::string> HelperArguments(const DialogRequest& request) {
     return arguments;
 }
 
-// Asks it to end, then makes it.
+// Asks the helper to end, then kills it.
 void EndChild(pid_t process) {
     constexpr int kPatienceTurns = 50;
     constexpr int kTurnMilliseconds = 10;
@@ -81,7 +81,7 @@ void EndChild(pid_t process) {
     }
 }
 
-// Ended and closed with it, however the dialog is left.
+// The helper process. The destructor ends it and closes its output.
 struct Helper {
     Helper() = default;
     ~Helper() {
@@ -101,7 +101,7 @@ struct Helper {
 
 // In the new process.
 [[noreturn]] void BecomeHelper(const char* file, char* const* arguments, int output, pid_t parent) {
-    // A dialog whose program has died would be left standing.
+    // The dialog must not outlive this program.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() == parent) {
         BecomeProgram(file, arguments, output);
@@ -131,7 +131,7 @@ bool StartHelper(const std::string& file, std::vector<std::string> arguments, He
     return helper->process > 0;
 }
 
-// Takes what there is; false at the end of it.
+// Reads the output that is available. Returns false at its end.
 bool ReadOutput(int file, std::string* text) {
     char buffer[4096];
     for (;;) {
@@ -146,7 +146,7 @@ bool ReadOutput(int file, std::string* text) {
 
 enum class HelperEnd { Exited, Ended, Dismissed };
 
-// Until the helper's process is gone, whatever it leaves behind, or its dialog has to close.
+// Waits until the helper has ended, also if it leaves children behind, or until its dialog has to close.
 HelperEnd WaitForHelper(Helper* helper, std::string* text, int* exitCode) {
     const DialogLoop loop = OpenDialogLoop();
     pollfd output = {helper->output, POLLIN, 0};
@@ -160,15 +160,15 @@ HelperEnd WaitForHelper(Helper* helper, std::string* text, int* exitCode) {
             helper->process = -1;
         }
         if (!ReadOutput(helper->output, text)) {
-            output.fd = -1;  // closed: nothing to wait for but the process
+            output.fd = -1;  // closed: wait for the process only
         }
         if (ended > 0) {
             *exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
             return WIFEXITED(status) ? HelperEnd::Exited : HelperEnd::Ended;
         }
         if (ended < 0) {
-            // NOTE: whoever started us may have had the system drop exit codes (SIGCHLD ignored).
-            // HACK: what it has printed decides.
+            // NOTE: a parent that ignores SIGCHLD makes the system drop exit codes.
+            // HACK: the printed output decides.
             *exitCode = text->empty() ? kClosedByPerson : 0;
             return HelperEnd::Exited;
         }

@@ -1,7 +1,7 @@
-// A file dialog shown by the program zenity. Linux home only, UI thread.
+// A file dialog shown by the program zenity. UI thread.
 #pragma once
 
 #include "platform/linux/dialog_loop.h"
 
-// False if there is no such program. Otherwise *result tells how it ended.
+// Returns false if there is no such program. Otherwise sets *result.
 bool AskByHelper(const DialogRequest& request, FileDialogResult* result);

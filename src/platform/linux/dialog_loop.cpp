@@ -8,7 +8,7 @@
 
 namespace {
 
-// Short enough for a live window, long enough to cost nothing while a person thinks.
+// Short enough for a responsive window, long enough to cost nothing while the user thinks.
 constexpr int kTurnMilliseconds = 15;
 constexpr int kMostEventsATurn = 100;
 
@@ -19,7 +19,7 @@ template <typename Function> bool Find(void* module, const char* name, Function&
     return function != nullptr;
 }
 
-// Only if the program has it loaded already: with the page's library, that is.
+// Finds the function only if the page's library has loaded its library.
 void* LoadedLibrary(const char* name) {
     return dlopen(name, RTLD_NOW | RTLD_NOLOAD);
 }
@@ -50,7 +50,7 @@ DialogLoop OpenDialogLoop() {
     if (void* glib = LoadedLibrary("libglib-2.0.so.0")) {
         int (*isOwner)(void* context) = nullptr;
         void* (*defaultContext)() = nullptr;
-        // Only inside the loop of this thread: elsewhere its events are somebody else's.
+        // Only inside the loop of this thread: other threads handle their own events.
         if (!Find(glib, "g_main_context_is_owner", isOwner) ||
             !Find(glib, "g_main_context_default", defaultContext) || isOwner(defaultContext()) == 0 ||
             !Find(glib, "g_main_context_pending", loop.pending) ||

@@ -1,5 +1,5 @@
-// What the ways to a file dialog share: the request, and the UI thread's life while a dialog of another process is
-// open. Linux home only, UI thread.
+// What both kinds of file dialog share: the request, and the UI thread's loop while a dialog of another process is open.
+// UI thread.
 #pragma once
 
 #include "platform/dialogs.h"
@@ -15,10 +15,10 @@ struct DialogRequest {
     std::string proposed;  // full path of the name offered at first (saving only); empty: none
 };
 
-// A filter's pattern for GTK, which tells capitals from small letters: "*.[vV][rR]...".
+// Returns a filter's pattern for GTK, which is case-sensitive: "*.[vV][rR]...".
 std::string DialogGlob(const char* pattern);
 
-// The event loop of our own window, as far as it runs on GLib; the fields are null where it does not.
+// The event loop of our own window if it runs on GLib, else null fields.
 struct DialogLoop {
     int (*pending)(void* context) = nullptr;
     int (*iterate)(void* context, int mayBlock) = nullptr;
@@ -28,6 +28,6 @@ struct DialogLoop {
 
 bool FileDialogsAllowed();
 DialogLoop OpenDialogLoop();
-// Waits a few milliseconds for one of `files`, lets our own window live, and gives false once the dialog has to close:
-// the program is ending, or its window has been closed.
+// Waits a few milliseconds for one of `files` and runs the events of our own window. Returns false once the dialog has to
+// close: the program is ending, or its window has been closed.
 bool TakeDialogTurn(const DialogLoop& loop, pollfd* files, nfds_t count);

@@ -15,12 +15,12 @@ constexpr const char* kChooser = "org.freedesktop.portal.FileChooser";
 constexpr const char* kRequest = "org.freedesktop.portal.Request";
 constexpr const char* kPortalLost = "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
                                     "arg0='org.freedesktop.portal.Desktop',arg2=''";
-// The bus may have to start the portal, and the portal its desktop's part, before it answers that it has understood.
+// The bus may have to start the portal, and the portal the desktop's part of it, before it confirms the request.
 constexpr uint64_t kAnswerMicroseconds = 10'000'000;
 
 enum class PortalState { Asked, Open, Refused, Answered, Lost };
 
-// Its bus is closed with it.
+// The destructor closes its bus.
 struct Conversation {
     Conversation() = default;
     ~Conversation() {
@@ -38,7 +38,7 @@ struct Conversation {
     std::string uri;        // Answered, chosen
 };
 
-// The portal names the request after us and our token, so that we can listen for its answer before we ask.
+// The portal names the request after our connection and token, so that we can listen before we send it.
 std::string RequestPath(const Conversation& talk, const std::string& token) {
     const char* name = nullptr;
     if (talk.library->getUniqueName(talk.bus, &name) < 0 || name == nullptr) {
@@ -58,7 +58,7 @@ int OnPlaced(sd_bus_message* message, void* userData, BusError* /*error*/) {
     return 0;
 }
 
-// The first text of "uris" among the results, a{sv}.
+// Returns the first string of "uris" among the results, a{sv}.
 void ReadUri(const BusLibrary& library, sd_bus_message* message, std::string* uri) {
     if (library.enterContainer(message, 'a', "{sv}") < 0) {
         return;
@@ -91,7 +91,7 @@ int OnResponse(sd_bus_message* message, void* userData, BusError* /*error*/) {
             ReadUri(*talk->library, message, &talk->uri);
             talk->state = PortalState::Answered;
         } catch (...) {
-            // No memory for the name; no exception may cross the library.
+            // Out of memory. No exception may cross the library.
             talk->state = PortalState::Lost;
         }
     }
@@ -106,7 +106,7 @@ int OnPortalLost(sd_bus_message* /*message*/, void* userData, BusError* /*error*
     return 0;
 }
 
-// A match that the bus refuses must not end the connection.
+// A match rule that the bus rejects must not end the connection.
 int OnInstalled(sd_bus_message* /*message*/, void* /*userData*/, BusError* /*error*/) {
     return 0;
 }
@@ -126,7 +126,7 @@ bool AppendFilters(const BusLibrary& library, sd_bus_message* message,
            library.closeContainer(message) >= 0;
 }
 
-// The folder is bytes with a closing zero, as the portal wants it; the name is a text.
+// The portal takes the folder as bytes with a closing zero and the name as a string.
 bool AppendProposal(const BusLibrary& library, sd_bus_message* message, const std::string& path) {
     const size_t slash = path.rfind('/');
     if (slash == std::string::npos) {
@@ -172,7 +172,7 @@ void CloseDialog(const Conversation& talk, const std::string& path) {
     talk.library->unrefMessage(message);
 }
 
-// Until there is an answer; false if the dialog had to be closed before.
+// Waits for the response. Returns false if the dialog had to be closed before.
 bool Converse(Conversation* talk) {
     const DialogLoop loop = OpenDialogLoop();
     for (;;) {

@@ -1,11 +1,10 @@
-// A file dialog shown by the desktop, through its portal (org.freedesktop.portal.FileChooser). Linux home only, UI
-// thread.
+// A file dialog shown by the desktop, through its portal (org.freedesktop.portal.FileChooser). UI thread.
 #pragma once
 
 #include "platform/linux/dialog_loop.h"
 
-// False if the desktop has no portal, or the portal no file dialog. Otherwise *result tells how it ended.
+// Returns false if the desktop has no portal, or the portal no file dialog. Otherwise sets *result.
 bool AskByPortal(const DialogRequest& request, FileDialogResult* result);
 
-// "file:///a%20b" as a path; empty if it is no file of this machine.
+// Returns the path of "file:///a%20b", empty if it is no file of this machine.
 std::string PathOfFileUri(const std::string& uri);

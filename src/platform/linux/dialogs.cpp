@@ -10,8 +10,8 @@ namespace {
 
 bool dialogOpen = false;  // UI thread
 
-// The desktop's own dialog first: it looks like the rest and knows what the person may reach. Then the small program
-// that most desktops without a portal have.
+// Tries the desktop's own dialog first: it fits the desktop and respects its permissions. Then the small program that most
+// desktops without a portal have.
 FileDialogResult Ask(const DialogRequest& request) {
     FileDialogResult result;
     if (!AskByPortal(request, &result) && !AskByHelper(request, &result)) {
@@ -27,8 +27,8 @@ bool HasExtension(const std::string& path) {
     return path.find('.', path.rfind('/') + 1) != std::string::npos;
 }
 
-// NOTE: neither dialog adds an extension, so neither has asked about the file that is then written.
-// HACK: if that one exists, the dialog comes again with its name, and asks.
+// NOTE: neither dialog adds an extension, so neither has asked whether to replace the file with that extension.
+// HACK: if that file exists, the dialog opens again with its name and asks.
 FileDialogResult AskWhereToSave(DialogRequest request, const char* defaultExtension) {
     for (;;) {
         FileDialogResult result = Ask(request);
@@ -45,7 +45,7 @@ FileDialogResult AskWhereToSave(DialogRequest request, const char* defaultExtens
     }
 }
 
-// Turned down while another dialog is open, and once the program ends.
+// Rejected while another dialog is open and once the program ends.
 template <typename Show> FileDialogResult AskAlone(Show show) {
     if (dialogOpen || !FileDialogsAllowed()) {
         return {};

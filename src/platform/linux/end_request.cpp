@@ -13,20 +13,20 @@ namespace {
 
 constexpr int kEndSignals[] = {SIGTERM, SIGINT, SIGHUP};
 
-// What goes through the pipe.
+// Bytes sent through the pipe.
 constexpr char kEndRequest = 'e';
 constexpr char kStopListening = 's';
 
-// The signal procedure may do next to nothing, so it writes one byte, and a thread does the rest. (Blocked signals and
-// a signalfd would do too, but a blocked signal stays blocked in every child process, the web view's included.)
-int pipeEnds[2] = {-1,
-                   -1};  // read, write; set before the signal procedure is installed, closed after it is gone
+// A signal handler may do almost nothing, so it writes one byte and a thread does the rest. (Not a signalfd: it needs
+// blocked signals, and those stay blocked in every child process, including the web view's.)
+int pipeEnds[2] = {
+    -1, -1};  // read, write; set before the signal handler is installed, closed after it is removed
 std::atomic<void (*)()> endHandler{nullptr};
 std::thread listener;
 
 void OnEndSignal(int) {
     const int savedError = errno;
-    // A full pipe holds requests enough.
+    // A full pipe already holds a request.
     [[maybe_unused]] const ssize_t written = write(pipeEnds[1], &kEndRequest, 1);
     errno = savedError;
 }

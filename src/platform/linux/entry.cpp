@@ -5,7 +5,7 @@
 int main(int argc, char** argv) {
     PrepareProcess();
 
-    // A shell has split the line already; the view of it as one text is put together again with single blanks.
+    // The shell has split the line already. Joins it again with single spaces.
     ProcessArguments arguments;
     arguments.wideViewValid = true;
     for (int i = 1; i < argc; ++i) {

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr size_t kLongestRoot = 259;  // as the Windows home: 260 with the closing zero
+constexpr size_t kLongestRoot = 259;  // as on Windows: 260 with the closing zero
 
 bool WriteAll(int file, const char* bytes, size_t count) {
     while (count > 0) {
@@ -49,7 +49,7 @@ bool CopyAll(int from, int to) {
     }
 }
 
-// For a target on another volume: the copy comes first, so that the file is whole in one place at every moment.
+// For a target on another volume. Copies before removing, so that a complete file exists at every moment.
 bool MoveByCopy(const std::string& from, const std::string& to) {
     const int source = open(from.c_str(), O_RDONLY | O_CLOEXEC);
     if (source < 0) {
@@ -115,13 +115,13 @@ bool IsFolder(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// For the owner only: a recorded macro may hold a typed password.
+// For the owner only: a recorded macro may contain a typed password.
 bool CreateFolder(const std::string& path) {
     return mkdir(path.c_str(), 0700) == 0;
 }
 
-// NOTE: Linux deletes a read-only file without asking; Windows refuses.
-// HACK: a file that nobody may write is refused here too, so that a protected file is safe on both homes.
+// NOTE: Linux deletes a read-only file; Windows refuses.
+// HACK: a file without write permission is refused here too, so that a protected file is safe on both backends.
 bool RemoveFile(const std::string& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) {
@@ -141,7 +141,7 @@ bool MoveFileNoReplace(const std::string& from, const std::string& to) {
         return MoveByCopy(from, to);
     }
     if (errno == EINVAL || errno == ENOSYS) {
-        // A file system without that flag: a hard link is never made over an existing file.
+        // The file system does not support that flag. A hard link never replaces an existing file.
         if (link(from.c_str(), to.c_str()) == 0) {
             return unlink(from.c_str()) == 0;
         }
@@ -160,7 +160,7 @@ bool ReadFileBytes(const std::string& path, std::string* bytes) {
         struct stat status {};
         const bool sized = fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
         size_t used = 0;
-        // One byte more than the file has: the read that fills less than it asked for is then usually the last.
+        // One byte more than the file has, so that the first short read is usually the last.
         bytes->resize(sized ? static_cast<size_t>(status.st_size) + 1 : size_t{64} * 1024);
         for (;;) {
             if (used == bytes->size()) {

@@ -18,12 +18,11 @@
 
 namespace {
 
-// X11 does not tell when the person lets a window go: it has come to rest when nothing has changed for this long.
-constexpr int kRestMilliseconds = 200;
-// How often a window that the server does not know yet is looked for, and one that is not taken over yet is looked at
-// besides its events.
-constexpr int kLookMilliseconds = 10;
-constexpr int kSlowLookMilliseconds = 200;
+// X11 has no "move ended" event. The window counts as settled after this long without a change.
+constexpr int kSettleMilliseconds = 200;
+// How often to look for a window that the server does not know yet, and to poll one that is not managed yet.
+constexpr int kFindMilliseconds = 10;
+constexpr int kPollMilliseconds = 200;
 
 using Request = std::function<void(Display*)>;
 using PlacementHandler = void (*)(const WindowPlacement&);
@@ -36,11 +35,11 @@ struct FrameThread {
 
     Mutex mutex;
     bool ending GUARDED_BY(mutex) = false;
-    bool managed GUARDED_BY(mutex) = false;  // requests no longer wait
+    bool managed GUARDED_BY(mutex) = false;  // requests run at once
     std::deque<Request> requests GUARDED_BY(mutex);
     PlacementHandler placementChanged GUARDED_BY(mutex) = nullptr;
-    std::optional<ScreenRectangle> asked GUARDED_BY(mutex);
-    std::optional<WindowPlacement> latest GUARDED_BY(mutex);  // as last seen, at rest or not
+    std::optional<ScreenRectangle> requested GUARDED_BY(mutex);
+    std::optional<WindowPlacement> latest GUARDED_BY(mutex);  // as last read, settled or not
 };
 
 FrameThread frame;
@@ -60,68 +59,68 @@ bool IsSame(const WindowPlacement& a, const WindowPlacement& b) {
 }
 
 // What the thread knows of the window.
-struct Sight {
+struct WindowState {
     bool minimised = false;
-    std::optional<ScreenRectangle> normal;  // root coordinates
-    std::optional<WindowPlacement> atRest;  // what a change is measured by
+    std::optional<ScreenRectangle> normal;   // root coordinates
+    std::optional<WindowPlacement> settled;  // the last reported placement
     bool changed = false;
-    int64_t restAt = 0;  // performance counter
+    int64_t settlesAt = 0;  // performance counter
 };
 
 int64_t MillisecondsFromNow(int milliseconds) {
     return ReadPerformanceCounter() + ReadPerformanceFrequency() * milliseconds / 1000;
 }
 
-// Looks at the window as it is now. False if it is gone.
-bool Look(Display* display, Sight* sight) {
+// Reads the window as it is now. Returns false if it no longer exists.
+bool ReadWindow(Display* display, WindowState* state) {
     ScreenRectangle outer;
     if (!ReadOuterRectangle(display, frame.window, &outer)) {
         return false;
     }
     const bool maximised = IsMaximised(display, frame.window);
-    sight->minimised = IsIconic(display, frame.window);
+    state->minimised = IsIconic(display, frame.window);
     const ScreenArea screen = QueryPrimaryScreen(display);
-    const bool ordinary = !maximised && !sight->minimised && !IsFullscreen(display, frame.window);
+    const bool ordinary = !maximised && !state->minimised && !IsFullscreen(display, frame.window);
     MutexLock lock(frame.mutex);
-    if (frame.asked) {
-        // On its way there, and perhaps maximised before it has arrived.
-        sight->normal = frame.asked;
-    } else if (ordinary || !sight->normal) {
-        sight->normal = outer;
+    if (frame.requested) {
+        // The window is on its way there and may be maximised before it arrives.
+        state->normal = frame.requested;
+    } else if (ordinary || !state->normal) {
+        state->normal = outer;
     }
     frame.latest =
-        WindowPlacement{Moved(*sight->normal, -screen.x, -screen.y), maximised && !sight->minimised};
+        WindowPlacement{Moved(*state->normal, -screen.x, -screen.y), maximised && !state->minimised};
     return true;
 }
 
-// False if the window is gone.
-bool TellAtRest(Display* display, Sight* sight) {
+// Reports the settled placement. Returns false if the window no longer exists.
+bool ReportSettled(Display* display, WindowState* state) {
     {
         MutexLock lock(frame.mutex);
-        frame.asked.reset();
+        frame.requested.reset();
     }
-    if (!Look(display, sight)) {
+    if (!ReadWindow(display, state)) {
         return false;
     }
-    PlacementHandler tell = nullptr;
+    PlacementHandler report = nullptr;
     WindowPlacement placement;
     {
         MutexLock lock(frame.mutex);
-        tell = frame.placementChanged;
+        report = frame.placementChanged;
         placement = *frame.latest;
     }
-    if (sight->minimised || (sight->atRest && IsSame(*sight->atRest, placement))) {
+    if (state->minimised || (state->settled && IsSame(*state->settled, placement))) {
         return true;
     }
-    // The first one is where the program itself has put the window.
-    if (sight->atRest && tell != nullptr) {
-        DispatchToPage(frame.host, [tell, placement] { tell(placement); });
+    // The first placement is the one that the program has set.
+    if (state->settled && report != nullptr) {
+        DispatchToPage(frame.host, [report, placement] { report(placement); });
     }
-    sight->atRest = placement;
+    state->settled = placement;
     return true;
 }
 
-// Hands out what has waited, in order; new ones may come meanwhile.
+// Runs queued requests in order, including those queued while it runs.
 void RunRequests(Display* display) {
     for (;;) {
         std::deque<Request> requests;
@@ -136,7 +135,7 @@ void RunRequests(Display* display) {
         for (const Request& request : requests) {
             request(display);
         }
-        // Later ones come on other connections.
+        // Later requests use other connections.
         XSync(display, False);
     }
 }
@@ -146,8 +145,8 @@ bool IsEnding() {
     return frame.ending;
 }
 
-// The window's events since the last call. True if there were any.
-bool TakeEvents(Display* events) {
+// Discards the window's events. Returns whether there were any.
+bool DiscardEvents(Display* events) {
     bool any = false;
     while (XPending(events) > 0) {
         XEvent event;
@@ -157,18 +156,18 @@ bool TakeEvents(Display* events) {
     return any;
 }
 
-int WaitMilliseconds(const Sight& sight, bool selected, bool managed) {
+int WaitMilliseconds(const WindowState& state, bool selected, bool managed) {
     if (!managed) {
-        return selected ? kSlowLookMilliseconds : kLookMilliseconds;
+        return selected ? kPollMilliseconds : kFindMilliseconds;
     }
-    if (!sight.changed) {
+    if (!state.changed) {
         return -1;
     }
-    const int64_t left = (sight.restAt - ReadPerformanceCounter()) * 1000 / ReadPerformanceFrequency();
+    const int64_t left = (state.settlesAt - ReadPerformanceCounter()) * 1000 / ReadPerformanceFrequency();
     return left < 0 ? 0 : static_cast<int>(left) + 1;
 }
 
-void WaitForSomething(Display* events, int milliseconds) {
+void WaitForWork(Display* events, int milliseconds) {
     pollfd entries[] = {{ConnectionNumber(events), POLLIN, 0}, {frame.wake, POLLIN, 0}};
     poll(entries, 2, milliseconds);
     uint64_t count = 0;
@@ -178,11 +177,11 @@ void WaitForSomething(Display* events, int milliseconds) {
 }
 
 void Watch(Display* events, const bool* lost) {
-    Sight sight;
+    WindowState state;
     bool selected = false;
     bool managed = false;
     while (!IsEnding() && !*lost) {
-        // The thread's own connection asks, so that the events of this one stay in their order.
+        // Queries use the thread's own connection, so that the events of this one stay in order.
         Display* display = ThreadDisplay();
         if (display == nullptr) {
             return;
@@ -193,35 +192,35 @@ void Watch(Display* events, const bool* lost) {
             XSync(events, False);
             selected = true;
         }
-        bool look = TakeEvents(events);
+        bool reread = DiscardEvents(events);
         if (!managed && selected) {
             managed = IsManaged(display, frame.window) || !HasWindowManager(display);
             if (managed) {
-                // First: a window that goes as soon as it was asked something has had a place too.
-                if (!Look(display, &sight)) {
+                // Before the requests: a window that closes after the first one must have a placement.
+                if (!ReadWindow(display, &state)) {
                     return;
                 }
                 RunRequests(display);
-                look = true;
+                reread = true;
             }
         }
-        if (managed && look) {
-            if (!Look(display, &sight)) {
-                return;  // what was seen last stays
+        if (managed && reread) {
+            if (!ReadWindow(display, &state)) {
+                return;  // the last placement stays
             }
-            sight.changed = true;
-            sight.restAt = MillisecondsFromNow(kRestMilliseconds);
+            state.changed = true;
+            state.settlesAt = MillisecondsFromNow(kSettleMilliseconds);
         }
-        if (sight.changed && ReadPerformanceCounter() >= sight.restAt) {
-            sight.changed = false;
-            if (!TellAtRest(display, &sight)) {
+        if (state.changed && ReadPerformanceCounter() >= state.settlesAt) {
+            state.changed = false;
+            if (!ReportSettled(display, &state)) {
                 return;
             }
         }
-        WaitForSomething(events, WaitMilliseconds(sight, selected, managed));
+        WaitForWork(events, WaitMilliseconds(state, selected, managed));
     }
     if (Display* display = managed ? ThreadDisplay() : nullptr) {
-        Look(display, &sight);
+        ReadWindow(display, &state);
     }
 }
 
@@ -231,18 +230,18 @@ void FrameThreadMain() {
         try {
             Watch(events, &lost);
         } catch (...) {
-            // No memory: the window serves on unwatched.
+            // Out of memory: the window works on without being watched.
         }
         CloseDisplay(events);
     }
-    // Nobody will hand out what waits; what comes later is asked at once.
+    // Drops the queued requests. Later ones run at once.
     MutexLock lock(frame.mutex);
     frame.managed = true;
     frame.requests.clear();
 }
 
-// Whether the request waits for the watched window; it is moved from then.
-bool WaitsForFrame(Window window, Request* request) {
+// Queues the request if the watched window is not managed yet. Returns whether it did.
+bool QueueUntilManaged(Window window, Request* request) {
     MutexLock lock(frame.mutex);
     if (frame.window != window || frame.window == None || frame.managed) {
         return false;
@@ -288,22 +287,22 @@ void EndFrameThread() {
     Wake();
     JoinThread(frameThread);
     close(frame.wake);
-    PlacementHandler tell = nullptr;
+    PlacementHandler report = nullptr;
     std::optional<WindowPlacement> last;
     {
         MutexLock lock(frame.mutex);
         frame.window = None;
-        frame.asked.reset();
-        tell = std::exchange(frame.placementChanged, nullptr);
+        frame.requested.reset();
+        report = std::exchange(frame.placementChanged, nullptr);
         last = std::exchange(frame.latest, std::nullopt);
     }
-    if (tell != nullptr && last) {
-        tell(*last);
+    if (report != nullptr && last) {
+        report(*last);
     }
 }
 
-void WhenManaged(Window window, Request request) {
-    if (WaitsForFrame(window, &request)) {
+void RunWhenManaged(Window window, Request request) {
+    if (QueueUntilManaged(window, &request)) {
         return;
     }
     if (Display* display = ThreadDisplay()) {
@@ -312,14 +311,14 @@ void WhenManaged(Window window, Request request) {
     }
 }
 
-void NoteAskedPlace(Window window, const ScreenRectangle& outer) {
+void SetRequestedRectangle(Window window, const ScreenRectangle& outer) {
     MutexLock lock(frame.mutex);
     if (frame.window == window) {
-        frame.asked = outer;
+        frame.requested = outer;
     }
 }
 
-void TellPlacements(PlacementHandler placementChanged) {
+void SetPlacementCallback(PlacementHandler placementChanged) {
     MutexLock lock(frame.mutex);
     frame.placementChanged = placementChanged;
 }

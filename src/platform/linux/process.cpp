@@ -1,7 +1,7 @@
 #include "platform/process.h"
 
 #include "platform/files.h"
-#include "platform/linux/thread_setup.h"
+#include "platform/linux/threads.h"
 
 #include <X11/Xlib.h>
 #include <atomic>
@@ -18,8 +18,8 @@
 
 namespace {
 
-// Variables through which somebody outside could redirect or inspect the web view: those of the Windows runtime, for
-// the sake of one rule on both homes, and those of the one here.
+// Variables that can redirect or inspect the web view: those of the Windows runtime, so that both backends follow the
+// same rule, and those of the runtime on Linux.
 constexpr const char* kRedirectingVariables[] = {
     "WEBVIEW2_BROWSER_EXECUTABLE_FOLDER",
     "WEBVIEW2_ADDITIONAL_BROWSER_ARGUMENTS",
@@ -33,13 +33,12 @@ constexpr const char* kRedirectingVariables[] = {
     "WEBKIT_INSPECTOR_HTTP_SERVER",
 };
 
-// The claimed lock file. Guarded by its mutex; the lock itself ends with the descriptor, also when the process is
-// killed.
+// The claimed lock file, guarded by its mutex. The lock ends with the descriptor, also when the process is killed.
 std::mutex instanceMutex;
 int instanceLock = -1;
 
-// NOTE: a file that is opened while a standard stream is closed takes its number, and what is told there lands in it.
-// HACK: closed streams lead to nowhere instead.
+// NOTE: a file opened while a standard stream is closed takes its descriptor and receives the output of that stream.
+// HACK: closed streams are opened on /dev/null.
 void OpenStandardStreams() {
     int file = -1;
     do {
@@ -50,7 +49,7 @@ void OpenStandardStreams() {
     }
 }
 
-// Where the lock files are: the folder of the log-on session, else the data folder.
+// Returns the folder of the lock files: that of the log-on session, else the data folder.
 std::string LockFolder() {
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     struct stat status {};
@@ -77,8 +76,7 @@ std::string LockFileName(const char* name) {
 std::atomic<void (*)()> crashSave{nullptr};
 std::atomic<pid_t> crashingThread{0};
 
-constexpr unsigned kSaveSeconds =
-    5;  // a save that hangs on a lock of the crashed thread must not hang for ever
+constexpr unsigned kSaveSeconds = 5;  // a save that waits for a lock of the crashed thread must end
 
 void OnFatalSignal(int signalNumber) {
     const pid_t self = gettid();
@@ -90,7 +88,7 @@ void OnFatalSignal(int signalNumber) {
             save();
         }
     } else if (nobody != self) {
-        // Another thread is at it: the process ends when that save is done.
+        // Another thread is saving. The process ends when it has finished.
         for (;;) {
             pause();
         }
@@ -106,8 +104,7 @@ void PrepareProcess() {
     for (const char* name : kRedirectingVariables) {
         unsetenv(name);
     }
-    // A display or a reader of our output that goes away is an ordinary failure of that write, and so is a file that has
-    // reached the size its owner allows.
+    // A lost display, a closed reader of our output and a file at its size limit only make that write fail.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     XInitThreads();
@@ -160,7 +157,7 @@ InstanceResult ClaimSingleInstance(const char* name) {
         close(file);
         return InstanceResult::AlreadyRunning;
     }
-    // The file stays when the claim ends: removing it would let two processes lock two files of one name.
+    // The file stays when the claim ends. Without it, two processes could lock two files of the same name.
     instanceLock = file;
     return InstanceResult::First;
 }

@@ -4,12 +4,12 @@
 
 namespace {
 
-constexpr size_t kMostWaiting = 4096;  // reports of a device that cannot be told apart; later ones are lost
-constexpr double kSamePlace = 1.0;     // pixels: positions are rounded on the way
+constexpr size_t kMostWaiting = 4096;  // queued reports of an unclassified device; later ones are lost
+constexpr double kSamePlace = 1.0;     // pixels: positions are rounded
 constexpr double kClearlyApart = 3.0;  // pixels
 
 void AppendCounts(RawMotion& motion, double dx, double dy, int64_t counter, std::vector<RawCounts>& counts) {
-    // Some drivers report parts of a count; what is left over belongs to the next report.
+    // Some drivers report fractions of a count. The rest belongs to the next report.
     const double x = motion.restX + dx;
     const double y = motion.restY + dy;
     const double wholeX = std::trunc(x);
@@ -53,9 +53,9 @@ void TakeRawReport(RawMotion& motion, const RawReport& report, double beforeX, d
     }
 }
 
-// A position of the device is where the pointer is afterwards; a count is not, except near the corner, where both
-// may be: there the judgement waits for a report that only one of them explains.
-void JudgeRawMotion(RawMotion& motion, double afterX, double afterY, std::vector<RawCounts>& counts) {
+// A device of positions reports where the pointer is afterwards. A count is something else, except near the corner, where
+// both may fit: there the decision waits for a report that only one of them explains.
+void ClassifyRawMotion(RawMotion& motion, double afterX, double afterY, std::vector<RawCounts>& counts) {
     if (motion.kind != RawKind::Unknown || motion.waiting.empty()) {
         return;
     }

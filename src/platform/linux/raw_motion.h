@@ -4,16 +4,16 @@
 #include <cstdint>
 #include <vector>
 
-// What the numbers of a device are.
+// What the values of a device mean.
 enum class RawKind {
-    Unknown,  // not yet told apart
+    Unknown,  // not yet classified
     Counts,   // counts moved since the last report
     HiddenPositions,  // positions, though the device calls itself relative: servers inside servers and remote desktops
-    Positions,  // positions, and the device says so: not reported
+    Positions,  // declared positions: not reported
 };
 
 struct RawReport {
-    double x = 0;  // as the server gives it; an axis that did not move keeps `moved` false
+    double x = 0;  // as the server reports it; `moved` stays false for an axis that did not move
     double y = 0;
     bool movedX = false;
     bool movedY = false;
@@ -28,19 +28,18 @@ struct RawCounts {
 
 struct RawMotion {
     RawKind kind = RawKind::Unknown;
-    double lastX =
-        0;  // HiddenPositions: the last one. Unknown: the pointer before the first report that waits
+    double lastX = 0;  // HiddenPositions: the last one. Unknown: the pointer before the first queued report
     double lastY = 0;
-    double restX = 0;  // part of a count that was not reported yet
+    double restX = 0;  // fraction of a count that has not been reported
     double restY = 0;
     std::vector<RawReport> waiting;  // while Unknown
 };
 
-// Takes one report; the pointer was at `before` when it was last asked for. Counts that are known now are appended to
-// `counts`; those with both deltas zero are left out.
+// Processes one report; `before` is the last known pointer position. Appends the counts that are now known to `counts`,
+// except those with both deltas zero.
 void TakeRawReport(RawMotion& motion, const RawReport& report, double beforeX, double beforeY,
                    std::vector<RawCounts>& counts);
 
-// For an Unknown device whose last report led the pointer to `after`: decides what the device is, if that can be told,
-// and appends the counts that waited.
-void JudgeRawMotion(RawMotion& motion, double afterX, double afterY, std::vector<RawCounts>& counts);
+// Classifies an Unknown device whose last report led the pointer to `after`, if that is possible, and appends the counts
+// of its queued reports.
+void ClassifyRawMotion(RawMotion& motion, double afterX, double afterY, std::vector<RawCounts>& counts);

@@ -1,5 +1,5 @@
-// NOTE: whoever opens an address or a session's programs on Linux is not one system: xdg-open knows how each desktop
-// does the one, the autostart folder is what all of them read for the other.
+// NOTE: Linux has no single service that opens an address or starts programs at log-in. xdg-open knows each desktop's way
+// for the first, and all desktops read the autostart folder for the second.
 #include "platform/shell.h"
 
 #include "platform/files.h"
@@ -14,11 +14,11 @@
 
 namespace {
 
-// Starts a program that lives on without us, and leaves nothing to wait for.
+// Starts a program that may outlive this one.
 void StartDetached(const char* const* arguments) {
     const pid_t middle = fork();
     if (middle == 0) {
-        // The one in the middle ends at once, so that the program belongs to nobody and no dead child stays behind.
+        // The process in between ends at once, so that the system adopts the program and no zombie remains.
         setsid();
         if (fork() == 0) {
             BecomeProgram(arguments[0], const_cast<char* const*>(arguments), -1);

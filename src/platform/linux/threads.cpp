@@ -1,6 +1,6 @@
 #include "platform/threads.h"
 
-#include "platform/linux/thread_setup.h"
+#include "platform/linux/threads.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -12,7 +12,7 @@ namespace {
 
 constexpr size_t kSignalStackBytes = 256 * 1024;  // the crash handler saves the session on it
 
-// The calling thread's stack for signal handlers. Taken back from the system before it is freed.
+// The calling thread's stack for signal handlers. The destructor removes it from the system before freeing it.
 class SignalStack {
   public:
     SignalStack() {
@@ -51,7 +51,7 @@ void SetUpThread() {
 
 std::thread StartThread(const char* name, void (*body)()) {
     return std::thread([name, body] {
-        char shortName[16] = {};  // the system takes no more than 15 characters
+        char shortName[16] = {};  // the system accepts at most 15 characters
         std::strncpy(shortName, name, sizeof(shortName) - 1);
         pthread_setname_np(pthread_self(), shortName);
         SetUpThread();

@@ -7,12 +7,12 @@
 #include <new>
 #include <vector>
 
-// A mutex and condition variables rather than eventfd and poll: a timed futex wait keeps to the thread's timer slack,
-// while poll rounds long limits by up to a thousandth.
+// A mutex and condition variables rather than eventfd and poll: a timed futex wait obeys the thread's timer slack, while
+// poll may be late by a thousandth of a long limit.
 
 namespace {
 
-// One thread in WaitForAny; lives on its stack.
+// One thread in WaitForAny. Lives on its stack.
 struct Waiter {
     std::condition_variable woken;
 };
@@ -56,7 +56,7 @@ void SignalWake(WakeEvent* event) {
 
 namespace {
 
-// Index of the lowest event that is set, its signal taken if it resets itself; -1 if none is. Needs WakeMutex.
+// Needs WakeMutex. Returns the index of the lowest event that is set and resets it if it is automatic, or -1.
 int TakeLowestSet(WakeEvent* const* events, int count) {
     for (int index = 0; index < count; ++index) {
         if (events[index] != nullptr && events[index]->set) {

@@ -17,12 +17,12 @@ ScreenRectangle FromPrimary(Display* display, const ScreenRectangle& rectangle) 
     return Moved(rectangle, -screen.x, -screen.y);
 }
 
-// Puts the frame's corner at a place, and gives the window within it a size unless `width` is 0.
+// Moves the frame's corner to a position, and resizes the window inside it unless `width` is 0.
 void MoveFrame(Display* display, Window window, int32_t x, int32_t y, int32_t width, int32_t height) {
     if (HasAtom(display, DefaultRootWindow(display), "_NET_SUPPORTED", "_NET_MOVERESIZE_WINDOW")) {
-        // NOTE: with static gravity, where the numbers would be the window's own, openbox moves the window by its
-        // frame once more at the next resize.
-        // HACK: the gravity of the corner, which means the frame everywhere, whatever the window itself asks for.
+        // NOTE: with static gravity, where the numbers mean the window itself, openbox moves the window by its frame once
+        // more at the next resize.
+        // HACK: north-west gravity, where the numbers mean the frame with every window manager.
         constexpr long kPlace = 1L << 8 | 1L << 9;
         constexpr long kSize = 1L << 10 | 1L << 11;
         const long flags = NorthWestGravity | kPlace | (width > 0 ? kSize : 0) | kAskedByPager << 12;
@@ -81,8 +81,8 @@ bool ReadPageWindowRectangle(PageHost* host, ScreenRectangle* outer) {
     if (display == nullptr || window == 0 || !ReadOuterRectangle(display, window, &rectangle)) {
         return false;
     }
-    // NOTE: GTK carries a new size out in its next frame, and the window manager after that.
-    // HACK: what was asked for is counted as if it were there; a maximised window keeps its size.
+    // NOTE: GTK applies a new size in its next frame, and the window manager after that.
+    // HACK: the requested size counts as if it were applied. A maximised window keeps its size.
     if (host->askedWidth > 0 && !IsMaximised(display, window)) {
         const FrameExtents frame = ReadFrameExtents(display, window);
         const int scale = ScaleOf(host);
@@ -94,7 +94,7 @@ bool ReadPageWindowRectangle(PageHost* host, ScreenRectangle* outer) {
 }
 
 void MoveWindowTo(WindowRef window, int32_t left, int32_t top) {
-    WhenManaged(window, [window, left, top](Display* display) {
+    RunWhenManaged(window, [window, left, top](Display* display) {
         const ScreenArea screen = QueryPrimaryScreen(display);
         MoveFrame(display, window, screen.x + left, screen.y + top, 0, 0);
     });
@@ -103,10 +103,10 @@ void MoveWindowTo(WindowRef window, int32_t left, int32_t top) {
 void PlaceWindow(WindowRef window, int32_t left, int32_t top, int32_t width, int32_t height) {
     if (Display* display = ThreadDisplay()) {
         const ScreenArea screen = QueryPrimaryScreen(display);
-        NoteAskedPlace(window, Moved({left, top, left + std::max(width, 1), top + std::max(height, 1)},
-                                     screen.x, screen.y));
+        SetRequestedRectangle(window, Moved({left, top, left + std::max(width, 1), top + std::max(height, 1)},
+                                            screen.x, screen.y));
     }
-    WhenManaged(window, [window, left, top, width, height](Display* display) {
+    RunWhenManaged(window, [window, left, top, width, height](Display* display) {
         const ScreenArea screen = QueryPrimaryScreen(display);
         const FrameExtents frame = ReadFrameExtents(display, window);
         MoveFrame(display, window, screen.x + left, screen.y + top,
@@ -116,7 +116,7 @@ void PlaceWindow(WindowRef window, int32_t left, int32_t top, int32_t width, int
 }
 
 void MaximiseWindow(WindowRef window) {
-    WhenManaged(window, [window](Display* display) {
+    RunWhenManaged(window, [window](Display* display) {
         constexpr long kAdd = 1;
         const auto vertically =
             static_cast<long>(XInternAtom(display, "_NET_WM_STATE_MAXIMIZED_VERT", False));
@@ -128,14 +128,14 @@ void MaximiseWindow(WindowRef window) {
 }
 
 void MinimiseWindow(WindowRef window) {
-    WhenManaged(window, [window](Display* display) {
+    RunWhenManaged(window, [window](Display* display) {
         XIconifyWindow(display, window, DefaultScreen(display));  // by WM_CHANGE_STATE
     });
 }
 
 void WatchPageWindow(PageHost* host, const WindowHandlers& handlers) {
     StartFrameThread(host, PageHostWindow(host));
-    TellPlacements(handlers.placementChanged);
+    SetPlacementCallback(handlers.placementChanged);
 }
 
 void EndWindowWatch(PageHost* /*host*/) {

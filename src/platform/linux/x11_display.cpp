@@ -13,8 +13,7 @@ namespace {
 std::atomic<XErrorHandler> olderErrorHandler{nullptr};
 std::atomic<XIOErrorHandler> olderLossHandler{nullptr};
 
-// Which connections are ours cannot be asked in the handler, so ours carry a mark in a property that Xlib leaves to the
-// program.
+// Marks our connections for the error handler, in a property that Xlib leaves to the program.
 XContext OwnDisplayMark() {
     static const XContext mark = XUniqueContext();
     return mark;
@@ -30,13 +29,13 @@ int OnProtocolError(Display* display, XErrorEvent* event) {
     return IsOwn(display) || older == nullptr ? 0 : older(display, event);
 }
 
-// Xlib's own one ends the process. Returning leads to the connection's own handler, below.
+// The default handler of Xlib ends the process. Returning calls the connection's own handler, below.
 int OnLoss(Display* display) {
     const XIOErrorHandler older = olderLossHandler.load();
     return IsOwn(display) || older == nullptr ? 0 : older(display);
 }
 
-// Another library may have set its handlers since; ours go in front of them.
+// Another library may have set its handlers since. Ours call them for connections that are not ours.
 void SetHandlers() {
     const XErrorHandler error = XSetErrorHandler(OnProtocolError);
     if (error != OnProtocolError) {
@@ -52,7 +51,7 @@ void OnConnectionLost(Display* /*display*/, void* lost) {
     *static_cast<bool*>(lost) = true;
 }
 
-// One thread's connection. `screen` is right until the server tells of a change.
+// One thread's connection. `screen` is valid until the server reports a change.
 class OwnConnection {
   public:
     OwnConnection() = default;

@@ -1,23 +1,23 @@
-// Connections to the X server. Linux home only.
+// Connections to the X server.
 //
-// No error of the server and no lost connection ends the process: errors of our own requests are ignored (each
-// function checks what it needs), and a connection that broke is not used again.
+// No error of the server and no lost connection ends the process. Errors of our own requests are ignored: each function
+// checks what it needs. A lost connection is not used again.
 #pragma once
 
 #include <X11/Xlib.h>
 #include <cstdint>
 
-// A new connection that reports nothing and survives the loss of the server; null if there is none to be had. The
-// caller closes it with CloseDisplay. `lost` becomes true when the connection breaks; it must outlive it.
+// Opens a connection that reports no errors and survives the loss of the server. Returns null if that fails. The caller
+// closes it with CloseDisplay. `lost` becomes true when the connection breaks; it must outlive the connection.
 Display* OpenDisplay(bool* lost);
 void CloseDisplay(Display* display);
 
-// The calling thread's own connection, opened when first asked for and closed when the thread ends. Null without a
-// server; a missing one is looked for again at most once a second.
+// Returns the calling thread's own connection, which opens at the first call and closes when the thread ends. Returns
+// null without a server, and tries to connect again at most once per second.
 Display* ThreadDisplay();
 
-// Where the primary screen lies on the root window, in pixels. Its corner is the origin of all positions that cross
-// the seam, as on Windows. Never empty.
+// The primary screen on the root window, in pixels. Its corner is the origin of all positions that cross the seam, as on
+// Windows. Never empty.
 struct ScreenArea {
     int32_t x = 0;
     int32_t y = 0;
@@ -25,7 +25,7 @@ struct ScreenArea {
     int32_t height = 1;
 };
 
-// Asks the server.
+// Queries the server.
 ScreenArea QueryPrimaryScreen(Display* display);
-// Asks the server only after it has told of a change; for the thread's own connection, which it reads for that.
+// Queries the server only after it has reported a change. Reads the events of the calling thread's own connection.
 ScreenArea PrimaryScreen();

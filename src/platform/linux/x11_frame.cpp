@@ -14,7 +14,7 @@ int64_t Overlap(const ScreenRectangle& a, const ScreenRectangle& b) {
     return width > 0 && height > 0 ? width * height : 0;
 }
 
-// Squared distance between two rectangles that do not overlap.
+// Returns the squared distance between two rectangles that do not overlap.
 int64_t Distance(const ScreenRectangle& a, const ScreenRectangle& b) {
     const int64_t dx = std::max({a.left - b.right, b.left - a.right, 0});
     const int64_t dy = std::max({a.top - b.bottom, b.top - a.bottom, 0});
@@ -55,7 +55,7 @@ bool ReadStrut(Display* display, Window window, Strut* strut) {
     return false;
 }
 
-// A strip counts for a monitor if it ends inside it: one that covers a whole monitor belongs to a monitor beyond.
+// A strip counts for a monitor if it ends inside it. One that covers a whole monitor belongs to the monitor behind.
 void TakeStrutOff(const Strut& strut, const ScreenRectangle& monitor, int32_t rootWidth, int32_t rootHeight,
                   ScreenRectangle* area) {
     if (strut.left > monitor.left && strut.left < monitor.right &&

@@ -1,5 +1,5 @@
-// Where windows and monitors lie on the root window, frames included. Linux home only; everything is asked of the
-// server, on the connection given. All coordinates are the root window's.
+// Positions of windows and monitors on the root window, frames included. Each function queries the server on the given
+// connection. All coordinates are those of the root window.
 #pragma once
 
 #include "platform/window_frame.h"
@@ -14,23 +14,24 @@ struct FrameExtents {
     int32_t bottom = 0;
 };
 
-// What the window manager has put around the window; nothing where there is none.
+// Returns the frame that the window manager has put around the window, all zero without one.
 FrameExtents ReadFrameExtents(Display* display, Window window);
-// The window without its frame, and with it. False, with *rectangle untouched, if there is no such window.
+// Reads the rectangle of the window without and with its frame. Returns false, with *rectangle untouched, if there is no
+// such window.
 bool ReadClientRectangle(Display* display, Window window, ScreenRectangle* rectangle);
 bool ReadOuterRectangle(Display* display, Window window, ScreenRectangle* rectangle);
 
 bool IsMaximised(Display* display, Window window);  // in both directions
 bool IsFullscreen(Display* display, Window window);
 bool IsIconic(Display* display, Window window);
-// Whether the window manager has taken the window over and put its frame around it.
+// Returns whether the window manager manages the window and has put its frame around it.
 bool IsManaged(Display* display, Window window);
 
-// Never empty: without monitors it is the whole root window.
+// Never returns an empty list: without monitors it holds the whole root window.
 std::vector<ScreenRectangle> ReadMonitors(Display* display);
-// What the monitor leaves beside docks.
+// Returns the area of a monitor without docks.
 ScreenRectangle ReadWorkArea(Display* display, const std::vector<ScreenRectangle>& monitors, size_t which);
-// The monitor that holds most of the rectangle, or is nearest to it.
+// Returns the index of the monitor that holds most of the rectangle or is nearest to it.
 size_t NearestMonitor(const std::vector<ScreenRectangle>& monitors, const ScreenRectangle& rectangle);
 
 ScreenRectangle Moved(const ScreenRectangle& rectangle, int32_t dx, int32_t dy);

@@ -64,7 +64,6 @@ std::vector<Window> ChildrenOf(Display* display, Window window) {
     return result;
 }
 
-// Bottom to top: as the window manager lists them, or all windows below the root without one.
 std::vector<Window> TopLevelWindows(Display* display) {
     const Window root = DefaultRootWindow(display);
     for (const char* name : {"_NET_CLIENT_LIST_STACKING", "_NET_CLIENT_LIST"}) {
@@ -97,7 +96,7 @@ void SendRootMessage(Display* display, Window window, const char* message,
 }
 
 Time ServerTime(Display* display) {
-    // A property that changes is told with the time.
+    // The event of a changed property carries the time.
     const Window window = XCreateSimpleWindow(display, DefaultRootWindow(display), -1, -1, 1, 1, 0, 0, 0);
     XSelectInput(display, window, PropertyChangeMask);
     const unsigned char nothing = 0;

@@ -1,4 +1,4 @@
-// Windows, their properties and the messages to the window manager. Linux home only. A window that is gone gives nothing.
+// Windows, their properties and the messages to the window manager. A window that no longer exists has no properties.
 #pragma once
 
 #include <X11/Xlib.h>
@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <vector>
 
-// A property's bytes, freed with it.
+// A property's bytes. The destructor frees them.
 struct Property {
     Property() = default;
     ~Property() {
@@ -28,25 +28,25 @@ struct Property {
 
 bool ReadProperty(Display* display, Window window, const char* name, Property* property);
 bool HasProperty(Display* display, Window window, const char* name);
-// The items of a property of format 32 as signed numbers of 32 bits; empty if there is none.
+// Returns the items of a property of format 32 as signed 32-bit numbers, empty if there is none.
 std::vector<int32_t> ReadNumbers(Display* display, Window window, const char* name);
-// Whether a property of format 32 has this atom among its items.
+// Returns whether a property of format 32 has this atom among its items.
 bool HasAtom(Display* display, Window window, const char* property, const char* atom);
 
 std::vector<Window> ChildrenOf(Display* display, Window window);
-// Bottom to top: as the window manager lists them, or all windows below the root without one.
+// Returns the windows from bottom to top: as the window manager lists them, or all below the root without one.
 std::vector<Window> TopLevelWindows(Display* display);
 
-// Whether a window manager runs that one can talk to.
+// Returns whether a window manager runs that accepts messages.
 bool HasWindowManager(Display* display);
-// Who asks, where a request has a place for it. A pager asks in the person's name, and window managers obey it also when
-// the person is busy elsewhere.
+// The source that some requests name. Window managers obey a pager, which acts for the user, also while the user works in
+// another window.
 constexpr long kAskedByApplication = 1;
 constexpr long kAskedByPager = 2;
-// A request about a window to the window manager: at most five numbers.
+// Sends a request about a window to the window manager, with at most five numbers.
 void SendRootMessage(Display* display, Window window, const char* message,
                      std::initializer_list<long> numbers);
 
-// The server's time of now, by which window managers tell a recent wish from an old one. For the calling thread's own
+// Returns the server's current time, by which window managers recognise outdated requests. For the calling thread's own
 // connection.
 Time ServerTime(Display* display);

@@ -20,11 +20,11 @@ namespace {
 // A folder of its own for each test, removed at its end.
 class LinuxPlatform : public testing::Test {
   protected:
-    Home() {
-        char name[] = "/tmp/varnelle-home.XXXXXX";
+    LinuxPlatform() {
+        char name[] = "/tmp/varnelle-platform.XXXXXX";
         folder = mkdtemp(name);
     }
-    ~Home() override { std::filesystem::remove_all(folder); }
+    ~LinuxPlatform() override { std::filesystem::remove_all(folder); }
 
     std::string File(const std::string& name) const { return folder + "/" + name; }
     std::string Content(const std::string& path) const {

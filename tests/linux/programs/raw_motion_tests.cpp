@@ -11,7 +11,7 @@ TEST(RawCounts, OfAnOrdinaryMouse) {
     // The pointer goes further than the counts: it is accelerated.
     TakeRawReport(motion, {5, -3, true, true, 1}, 400, 300, counts);
     EXPECT_TRUE(counts.empty());
-    JudgeRawMotion(motion, 410, 294, counts);
+    ClassifyRawMotion(motion, 410, 294, counts);
     ASSERT_EQ(counts.size(), 1U);
     EXPECT_EQ(motion.kind, RawKind::Counts);
     EXPECT_EQ(counts[0].dx, 5);
@@ -43,7 +43,7 @@ TEST(RawCounts, OfAPositionThatCallsItselfRelative) {
     std::vector<RawCounts> counts;
     TakeRawReport(motion, {803, 501, true, true, 1}, 800, 500, counts);
     TakeRawReport(motion, {805, 499, true, true, 2}, 800, 500, counts);
-    JudgeRawMotion(motion, 805, 499, counts);
+    ClassifyRawMotion(motion, 805, 499, counts);
     EXPECT_EQ(motion.kind, RawKind::HiddenPositions);
     ASSERT_EQ(counts.size(), 2U);
     EXPECT_EQ(counts[0].dx, 3);
@@ -62,10 +62,10 @@ TEST(RawCounts, NearTheCornerWait) {
     RawMotion motion;
     std::vector<RawCounts> counts;
     TakeRawReport(motion, {4, 3, true, true, 1}, 0, 0, counts);
-    JudgeRawMotion(motion, 4, 3, counts);
+    ClassifyRawMotion(motion, 4, 3, counts);
     EXPECT_EQ(motion.kind, RawKind::Unknown);
     TakeRawReport(motion, {40, 30, true, true, 2}, 4, 3, counts);
-    JudgeRawMotion(motion, 40, 30, counts);
+    ClassifyRawMotion(motion, 40, 30, counts);
     EXPECT_EQ(motion.kind, RawKind::HiddenPositions);
     ASSERT_EQ(counts.size(), 2U);
     EXPECT_EQ(counts[0].dx + counts[1].dx, 40);
@@ -74,9 +74,9 @@ TEST(RawCounts, NearTheCornerWait) {
     RawMotion mouse;
     counts.clear();
     TakeRawReport(mouse, {4, 3, true, true, 1}, 0, 0, counts);
-    JudgeRawMotion(mouse, 4, 3, counts);
+    ClassifyRawMotion(mouse, 4, 3, counts);
     TakeRawReport(mouse, {40, 30, true, true, 2}, 4, 3, counts);
-    JudgeRawMotion(mouse, 44, 33, counts);
+    ClassifyRawMotion(mouse, 44, 33, counts);
     EXPECT_EQ(mouse.kind, RawKind::Counts);
     ASSERT_EQ(counts.size(), 2U);
     EXPECT_EQ(counts[1].dx, 40);
@@ -87,7 +87,7 @@ TEST(RawCounts, OfAnAbsoluteDeviceAreNone) {
     motion.kind = RawKind::Positions;
     std::vector<RawCounts> counts;
     TakeRawReport(motion, {803, 501, true, true, 1}, 800, 500, counts);
-    JudgeRawMotion(motion, 803, 501, counts);
+    ClassifyRawMotion(motion, 803, 501, counts);
     EXPECT_TRUE(counts.empty());
 }
 

@@ -69,7 +69,7 @@ TEST_F(Shell, TheAutostartEntryComesAndGoes) {
 
 TEST_F(Shell, ARightEntryIsNotTouched) {
     SetLaunchAtStartup(true);
-    // What a person or a desktop may add stays too.
+    // What a user or a desktop may add stays too.
     const std::string entry =
         Content(Entry()) + "X-GNOME-Autostart-Delay=20\n\n[Desktop Action Other]\nExec=other\n";
     ASSERT_TRUE(WriteFileBytes(Entry(), entry));

@@ -233,7 +233,7 @@ TEST(WindowFrame, WishesOfAWindowThatIsNotShownYetAreKept) {
     ManagedWindow other("In front", 800, 500, 1);
     ManagedWindow late("Late", 300, 300, 1, false);
     StartFrameThread(nullptr, late.Id());
-    TellPlacements(NoteTold);
+    SetPlacementCallback(NoteTold);
     PlaceWindow(late.Id(), 200, 150, 420, 310);
     SetWindowOnTop(late.Id(), true);
     ForceForeground(late.Id());
@@ -252,7 +252,7 @@ TEST(WindowFrame, WishesOfAWindowThatIsNotShownYetAreKept) {
 TEST(WindowFrame, MaximisedAtOnceItKnowsWhereItWasToStand) {
     ManagedWindow late("Late and large", 300, 300, 1, false);
     StartFrameThread(nullptr, late.Id());
-    TellPlacements(NoteTold);
+    SetPlacementCallback(NoteTold);
     PlaceWindow(late.Id(), 200, 150, 420, 310);
     MaximiseWindow(late.Id());
     late.Show();
@@ -267,7 +267,7 @@ TEST(WindowFrame, MaximisedAtOnceItKnowsWhereItWasToStand) {
 TEST(WindowFrame, AWindowThatIsGoneKeepsItsLastPlace) {
     auto gone = std::make_unique<ManagedWindow>("Going", 300, 300, 1, false);
     StartFrameThread(nullptr, gone->Id());
-    TellPlacements(NoteTold);
+    SetPlacementCallback(NoteTold);
     gone->Show();
     PlaceWindow(gone->Id(), 210, 160, 400, 300);
     EXPECT_TRUE(Becomes("210,160 to 610,460", [&] { return OuterText(*gone); }));
