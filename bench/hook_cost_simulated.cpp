@@ -3,6 +3,7 @@
 #include "engines/recorder.h"
 #include "model/engine_state.h"
 #include "platform/clock.h"
+#include "platform/key_table.h"
 #include "platform/simulated/simulation.h"
 
 #include <algorithm>
@@ -59,9 +60,7 @@ bool Report(const char* name, double median) {
 int main() {
     PrepareRecording();
     const double key = MedianMicroseconds([](int turn) {
-        KeyboardHook({.message = turn % 2 == 0 ? kKeyDownMessage : kKeyUpMessage,
-                      .virtualKey = 'A',
-                      .counter = ReadPerformanceCounter()});
+        KeyboardHook({.virtualKey = 'A', .down = turn % 2 == 0, .counter = ReadPerformanceCounter()});
     });
     if (!Report("key", key)) {
         return 1;
@@ -69,14 +68,15 @@ int main() {
     PrepareRecording();
     const double move = MedianMicroseconds([](int turn) {
         MouseHook(
-            {.message = kMouseMoveMessage, .x = turn % 1900, .y = 5, .counter = ReadPerformanceCounter()});
+            {.kind = PointerEvent::Move, .x = turn % 1900, .y = 5, .counter = ReadPerformanceCounter()});
     });
     if (!Report("pointer move", move)) {
         return 1;
     }
     PrepareRecording();
     const double button = MedianMicroseconds([](int turn) {
-        MouseHook({.message = turn % 2 == 0 ? kLeftDownMessage : kLeftUpMessage,
+        MouseHook({.kind = turn % 2 == 0 ? PointerEvent::Press : PointerEvent::Release,
+                   .button = kLeftButton,
                    .x = 5,
                    .y = 5,
                    .counter = ReadPerformanceCounter()});

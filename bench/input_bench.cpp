@@ -8,6 +8,7 @@
 #include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/input.h"
+#include "platform/key_table.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
 
@@ -193,13 +194,11 @@ void ClickOurs() {
 // The limit of any program that clicks at a 1 ms pause: send a click, sleep 1 ms, nothing else.
 void ClickBare() {
     int64_t end = ReadPerformanceCounter() + ReadPerformanceFrequency() * kClickSeconds;
-    InputRecord down;
-    down.dwFlags = kMouseLeftDown;
-    InputRecord up;
-    up.dwFlags = kMouseLeftUp;
+    const InputAction down = {.kind = InputKind::Button, .down = true, .button = kLeftButton};
+    const InputAction up = {.kind = InputKind::Button, .down = false, .button = kLeftButton};
     while (ReadPerformanceCounter() < end) {
-        SendInputRecord(down);
-        SendInputRecord(up);
+        SendInputAction(down);
+        SendInputAction(up);
         SleepMilliseconds(1);
     }
 }

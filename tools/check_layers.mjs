@@ -1,5 +1,5 @@
 // Checks the layers: which modules each module may include, no operating-system header above the seam, no include
-// circle of any length.
+// circle of any length, and that a header's functions are defined in the source of the same name.
 //
 // Run from the root of the project. Prints each violation with its file and line; exit code 1 if there is one.
 import { readdirSync, readFileSync } from 'node:fs';
@@ -36,6 +36,7 @@ const problems = [];
 
 // A header and the source of the same name are one component: a circle that leads through a source is a circle too.
 const components = new Map(); // component -> components that it includes
+const texts = new Map(); // file -> text
 const componentOf = (file) => file.replace(/\.(h|cpp)$/, '');
 
 for (const path of filesBelow('src')) {
@@ -44,7 +45,9 @@ for (const path of filesBelow('src')) {
   const aboveSeam = module !== 'platform';
   const component = componentOf(file);
   if (!components.has(component)) components.set(component, new Set());
-  readFileSync(path, 'utf8')
+  texts.set(file, readFileSync(path, 'utf8'));
+  texts
+    .get(file)
     .split('\n')
     .forEach((line, index) => {
       const where = `src/${file}:${index + 1}`;
@@ -69,6 +72,24 @@ for (const path of filesBelow('src')) {
         problems.push(`${where}: "${target}" belongs to one backend, not to the seam`);
       }
     });
+}
+
+// A function that X.h declares is defined in X.cpp: otherwise a circle of calls hides behind a header without a source
+// of its own. Each backend defines the seam's headers (platform/*.h, platform/shared/*.h).
+const isSeam = (file) => /^platform\/(shared\/)?[^/]+\.h$/.test(file);
+const namesIn = (text, pattern) => new Set([...text.matchAll(pattern)].map((match) => match[1]));
+const declaration = /^(?!using |typedef |return |friend )[A-Za-z_][\w:<>,&* ]* [&*]*(\w+)\([^;{}]*\)[^;{}()]*(?:\([^;{}()]*\))*;/gm;
+const definition = /^(?!using |return )[A-Za-z_][\w:<>,&* ]* [&*]*(\w+)\([^;{}]*\)[^;{}]*\{/gm;
+const defined = new Map(); // source -> names of the functions that it defines
+for (const [file, text] of texts) if (file.endsWith('.cpp')) defined.set(file, namesIn(text, definition));
+for (const [file, text] of texts) {
+  if (!file.endsWith('.h') || isSeam(file)) continue;
+  const own = defined.get(`${componentOf(file)}.cpp`);
+  for (const name of namesIn(text, declaration)) {
+    if (own?.has(name)) continue;
+    const elsewhere = [...defined].filter(([, names]) => names.has(name)).map(([source]) => source);
+    if (elsewhere.length) problems.push(`src/${file}: ${name} is defined in src/${elsewhere.join(', src/')}`);
+  }
 }
 
 // Circles: depth-first, each reported once by the path that closes it.

@@ -3,6 +3,7 @@
 #include "engines/injection.h"
 #include "model/engine_state.h"
 #include "platform/clock.h"
+#include "platform/key_table.h"
 #include "platform/wake.h"
 
 #include <algorithm>
@@ -10,22 +11,17 @@
 
 namespace {
 
-struct ButtonFlags {
-    uint32_t press = 0;
-    uint32_t release = 0;
-};
-
-// An unknown button sends records without an action, so that the clicks are still counted.
-ButtonFlags FlagsOfButton(int32_t button) {
-    switch (button) {
+// An unknown setting clicks no button. Its empty actions are still sent and counted.
+uint32_t ButtonOfSetting(int32_t setting) {
+    switch (setting) {
     case 0:
-        return {kMouseLeftDown, kMouseLeftUp};
+        return kLeftButton;
     case 1:
-        return {kMouseRightDown, kMouseRightUp};
+        return kRightButton;
     case 2:
-        return {kMouseMiddleDown, kMouseMiddleUp};
+        return kMiddleButton;
     default:
-        return {};
+        return kNoButton;
     }
 }
 
@@ -43,14 +39,14 @@ void ClickOnce() {
     if (autoclickerSettings.locationMode == 1) {
         MoveMouseAbsolute(autoclickerSettings.fixedX, autoclickerSettings.fixedY);
     }
-    const ButtonFlags button = FlagsOfButton(autoclickerSettings.button);
+    const uint32_t button = ButtonOfSetting(autoclickerSettings.button);
     const bool isDouble = autoclickerSettings.doubleClick == 1;
-    SendMouseFlags(button.press);
-    SendMouseFlags(button.release);
+    SendButton(button, true);
+    SendButton(button, false);
     if (isDouble) {
         WaitDoubleClickGap();
-        SendMouseFlags(button.press);
-        SendMouseFlags(button.release);
+        SendButton(button, true);
+        SendButton(button, false);
     }
 }
 

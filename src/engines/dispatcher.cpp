@@ -7,6 +7,7 @@
 #include "model/engine_state.h"
 #include "platform/clock.h"
 #include "platform/hooks.h"
+#include "platform/key_table.h"
 #include "platform/wake.h"
 
 #include <new>
@@ -61,8 +62,8 @@ void DispatchRecording() {
 
 // Releases the left and the right button only: other buttons and keys that the macro pressed stay pressed.
 void CleanUpAfterMacro() {
-    SendMouseFlags(kMouseLeftUp);
-    SendMouseFlags(kMouseRightUp);
+    SendButton(kLeftButton, false);
+    SendButton(kRightButton, false);
     StopToolsWithMacro();
 }
 
@@ -90,9 +91,9 @@ void SetAutoClicking(bool on) {
     engineState.autoClicking = on;
     if (!on) {
         // Release all three: the button setting may have changed since the press.
-        SendMouseFlags(kMouseLeftUp);
-        SendMouseFlags(kMouseRightUp);
-        SendMouseFlags(kMouseMiddleUp);
+        SendButton(kLeftButton, false);
+        SendButton(kRightButton, false);
+        SendButton(kMiddleButton, false);
     }
     SignalWake(engineState.autoclickerWakeEvent);
 }

@@ -1,10 +1,10 @@
 #include "engines/hotkeys.h"
 
 #include "editing/settings_updates.h"
-#include "engines/injection.h"
 #include "engines/key_spammer.h"
 #include "model/engine_state.h"
 #include "platform/input.h"
+#include "platform/key_table.h"
 #include "platform/wake.h"
 
 #include <iterator>
@@ -79,14 +79,14 @@ bool ConsumesFirstPress(bool& swallowed, uint32_t code) {
     return swallowed;
 }
 
-HookAnswer DecideRelease(bool& down, bool& swallowed, uint32_t code) {
+HookDecision DecideRelease(bool& down, bool& swallowed, uint32_t code) {
     down = false;
     if (!swallowed) {
-        return HookAnswer::Pass;
+        return HookDecision::Pass;
     }
     swallowed = false;
     HotkeyReleased(code);
-    return HookAnswer::Consume;
+    return HookDecision::Consume;
 }
 
 // Indexed by ReassignTarget.
@@ -95,37 +95,38 @@ constexpr const char* kReassignTexts[] = {"",      "rec", "play", "auto", "keysp
 
 }  // namespace
 
-HookAnswer DecideKey(uint32_t virtualKey, bool down) {
+HookDecision DecideKey(uint32_t virtualKey, bool down) {
     const uint32_t key = virtualKey & 0xFF;
     if (!down) {
         return DecideRelease(held.keyDown[key], held.keySwallowed[key], key);
     }
     if (engineState.reassignTarget != kReassignNone) {
         Capture(virtualKey);
-        return HookAnswer::Consume;
+        return HookDecision::Consume;
     }
     if (held.keyDown[key]) {
         // A held key repeats. It never triggers again, and a hotkey stays hidden for as long as it is held.
-        return held.keySwallowed[key] ? HookAnswer::Consume : HookAnswer::Pass;
+        return held.keySwallowed[key] ? HookDecision::Consume : HookDecision::Pass;
     }
     held.keyDown[key] = true;
-    return ConsumesFirstPress(held.keySwallowed[key], key) ? HookAnswer::Consume : HookAnswer::Pass;
+    return ConsumesFirstPress(held.keySwallowed[key], key) ? HookDecision::Consume : HookDecision::Pass;
 }
 
-HookAnswer DecideButton(uint32_t button, bool press) {
+HookDecision DecideButton(uint32_t button, bool press) {
     const uint32_t index = button & 0xFF;
     if (!press) {
         return DecideRelease(held.buttonDown[index], held.buttonSwallowed[index], button);
     }
     if (CapturesButton(engineState.reassignTarget, button)) {
         Capture(button);
-        return HookAnswer::Consume;
+        return HookDecision::Consume;
     }
     if (held.buttonDown[index]) {
-        return HookAnswer::Pass;
+        return HookDecision::Pass;
     }
     held.buttonDown[index] = true;
-    return ConsumesFirstPress(held.buttonSwallowed[index], button) ? HookAnswer::Consume : HookAnswer::Pass;
+    return ConsumesFirstPress(held.buttonSwallowed[index], button) ? HookDecision::Consume
+                                                                   : HookDecision::Pass;
 }
 
 bool HotkeyPressed(uint32_t code) {
@@ -147,10 +148,7 @@ void HotkeyReleased(uint32_t code) {
     }
 }
 
-void SessionChanged(uint32_t change) {
-    if (change != kSessionConsoleDisconnect && change != kSessionRemoteDisconnect && change != kSessionLock) {
-        return;
-    }
+void SessionChanged(SessionChange /*change*/) {
     // A release that goes to the other desktop must not leave a key marked as held, nor a tool running for it.
     ClearHeldInput();
     if (hotkeyTable.holdAutoclicker) {
@@ -200,24 +198,10 @@ void ReadHookInterest(HookInterest* interest) {
 }
 
 std::string KeyNameText(uint32_t code) {
-    switch (code) {
-    case 192:
-        return "`";
-    case kLeftButton:
-        return "Left Mouse";
-    case kRightButton:
-        return "Right Mouse";
-    case kMiddleButton:
-        return "Middle Mouse";
-    case kFirstSideButton:
-        return "Mouse 4 (Side)";
-    case kSecondSideButton:
-        return "Mouse 5 (Side)";
-    default:
-        break;
+    if (const char* name = FixedCodeName(code)) {
+        return name;
     }
-    const uint32_t parameter = (ScanCodeOfKey(code) << 16) | (IsExtendedKey(code) ? 1U << 24 : 0U);
-    std::string name = SystemKeyName(static_cast<int32_t>(parameter));
+    std::string name = SystemKeyName(ScanCodeOfKey(code), IsExtendedKey(code));
     return name.empty() ? "Key[" + std::to_string(code) + "]" : name;
 }
 

@@ -7,24 +7,17 @@
 #include <string>
 #include <string_view>
 
-// Mouse buttons as hotkey codes (the mouse's virtual keys). 3 is no button.
-constexpr uint32_t kLeftButton = 1;
-constexpr uint32_t kRightButton = 2;
-constexpr uint32_t kMiddleButton = 4;
-constexpr uint32_t kFirstSideButton = 5;
-constexpr uint32_t kSecondSideButton = 6;
-
 // Input thread. What a real key event or mouse button does to a capture and to the hotkeys; Consume hides it from the
 // recorder and the applications.
-HookAnswer DecideKey(uint32_t virtualKey, bool down);
-HookAnswer DecideButton(uint32_t button, bool press);
+HookDecision DecideKey(uint32_t virtualKey, bool down);
+HookDecision DecideButton(uint32_t button, bool press);
 
 // Input thread. True if the press is consumed.
 bool HotkeyPressed(uint32_t code);
 // Input thread; only for a press that HotkeyPressed consumed.
 void HotkeyReleased(uint32_t code);
-// Input thread: WTS_* session change.
-void SessionChanged(uint32_t change);
+// Input thread. A release may go to another desktop: forgets what is held and stops the tools of hold mode.
+void SessionChanged(SessionChange change);
 // Input thread, and tests: forgets what is held and swallowed.
 void ClearHeldInput();
 // Any thread: what the hooks may consume now. A swallowed press that is still held is not in it: whoever reserved the

@@ -1,23 +1,22 @@
-// Builds the exact input records and sends them, one record a call. Stateless; any thread.
+// Builds and sends input actions, one per call. Stateless; any thread.
 #pragma once
 
 #include "platform/input.h"
 
 #include <cstdint>
 
-// The record builders, apart from sending so that they can be checked.
-InputRecord AbsoluteMoveRecord(int32_t x, int32_t y, int32_t screenWidth, int32_t screenHeight);
-InputRecord RelativeMoveRecord(int32_t dx, int32_t dy);
-InputRecord MouseFlagsRecord(uint32_t flags);
-InputRecord WheelRecord(int32_t delta);
-InputRecord KeyRecord(uint32_t scanCode, bool extended, bool down);
+// The actions by themselves, for tests and for callers that keep one.
+InputAction AbsoluteMoveAction(int32_t x, int32_t y, int32_t screenWidth, int32_t screenHeight);
+InputAction KeyAction(uint32_t scanCode, bool extended, bool down);
+// `flags`: a value of UnifiedEvent::flags, which may be any number.
+InputAction MouseFlagsAction(uint32_t flags);
 
 // x, y in physical pixels of the primary screen.
 void MoveMouseAbsolute(int32_t x, int32_t y);
 void MoveMouseRelative(int32_t dx, int32_t dy);
-// One button action where the pointer is.
+// Presses or releases a button (a code of key_table.h) at the pointer.
+void SendButton(uint32_t button, bool down);
+// Performs the button action that a macro event stores.
 void SendMouseFlags(uint32_t flags);
 void SendWheel(int32_t delta);
 void SendKey(uint32_t virtualKey, bool down);
-// Page up to down arrow (33 to 40), insert and delete (45, 46): nothing else goes out extended.
-bool IsExtendedKey(uint32_t virtualKey);

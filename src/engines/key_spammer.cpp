@@ -3,6 +3,7 @@
 #include "engines/autoclicker.h"
 #include "engines/injection.h"
 #include "model/engine_state.h"
+#include "platform/key_table.h"
 #include "platform/wake.h"
 
 namespace {
@@ -16,7 +17,7 @@ void RefreshSlot(KeySpammerThreadState::Slot& slot, uint32_t virtualKey) {
 }
 
 void SendSlot(const KeySpammerThreadState::Slot& slot, bool down) {
-    SendInputRecord(KeyRecord(slot.cachedScan, slot.cachedExtended, down));
+    SendInputAction(KeyAction(slot.cachedScan, slot.cachedExtended, down));
 }
 
 // Releases the keys of the slots, which are the keys that were pressed: the target list may change in between.

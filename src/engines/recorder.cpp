@@ -1,9 +1,11 @@
 #include "engines/recorder.h"
 
 #include "editing/profiles.h"
+#include "model/button_flags.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/input.h"
+#include "platform/key_table.h"
 #include "platform/process.h"
 
 #include <algorithm>
@@ -29,34 +31,8 @@ struct HookState {
 };
 HookState hookState;
 
-struct ButtonChange {
-    uint32_t button = 0;  // 0: the message is not about a button
-    bool press = false;
-    uint32_t flags = 0;  // how it is recorded; 0: not at all
-};
-
-ButtonChange ButtonOfMessage(const MouseHookRecord& record) {
-    const uint32_t side = (record.mouseData >> 16) == 1 ? kFirstSideButton : kSecondSideButton;
-    switch (record.message) {
-    case kLeftDownMessage:
-        return {kLeftButton, true, kMouseLeftDown};
-    case kLeftUpMessage:
-        return {kLeftButton, false, kMouseLeftUp};
-    case kRightDownMessage:
-        return {kRightButton, true, kMouseRightDown};
-    case kRightUpMessage:
-        return {kRightButton, false, kMouseRightUp};
-    case kMiddleDownMessage:
-        return {kMiddleButton, true, kMouseMiddleDown};
-    case kMiddleUpMessage:
-        return {kMiddleButton, false, kMouseMiddleUp};
-    case kSideDownMessage:
-        return {side, true, kMouseSideDown};
-    case kSideUpMessage:
-        return {side, false, 0};
-    default:
-        return {};
-    }
+bool IsButtonEvent(const MouseHookRecord& record) {
+    return record.kind == PointerEvent::Press || record.kind == PointerEvent::Release;
 }
 
 void RememberPoint(const MouseHookRecord& record) {
@@ -64,24 +40,23 @@ void RememberPoint(const MouseHookRecord& record) {
     hookState.lastY = record.y;
 }
 
-// The press that decides a location pick, or cancels it. True: it was for the pick, and nothing else may see it.
-bool PickLocation(const MouseHookRecord& record, const ButtonChange& change) {
-    if (!engineState.pickingLocation || !change.press || change.button > kMiddleButton) {
+// Returns true for the press that decides or cancels a location pick: nothing else may see it.
+bool PickLocation(const MouseHookRecord& record) {
+    if (!engineState.pickingLocation || record.kind != PointerEvent::Press || record.button > kMiddleButton) {
         return false;
     }
-    if (change.button == kLeftButton) {
+    if (record.button == kLeftButton) {
         autoclickerSettings.fixedX = record.x;
         autoclickerSettings.fixedY = record.y;
         autoclickerSettings.locationMode = 1;
     }
     engineState.pickingLocation = false;
     HookInterestChanged();
-    if (change.button == kLeftButton) {
+    if (record.button == kLeftButton) {
         try {
             SyncProfileSettings();
         } catch (const std::bad_alloc&) {
             // The location holds. Its copy in the profile waits for the next change of a setting.
-            return true;
         }
     }
     return true;
@@ -93,9 +68,9 @@ bool IsOwnWindowAt(int32_t x, int32_t y) {
 }
 
 // Keeps clicks on our own interface out of the macro. A release goes with its press, wherever the pointer is by then.
-bool IsOwnClick(const MouseHookRecord& record, const ButtonChange& change) {
-    bool& pressedOnOwn = hookState.pressOnOwnWindow[change.button];
-    if (change.press) {
+bool IsOwnClick(const MouseHookRecord& record) {
+    bool& pressedOnOwn = hookState.pressOnOwnWindow[record.button];
+    if (record.kind == PointerEvent::Press) {
         pressedOnOwn = IsOwnWindowAt(record.x, record.y);
         return pressedOnOwn;
     }
@@ -116,30 +91,33 @@ void RecordMove(const MouseHookRecord& record, double time) {
     RememberPoint(record);
 }
 
-void RecordButton(const MouseHookRecord& record, const ButtonChange& change, double time) {
+void RecordButton(const MouseHookRecord& record, double time) {
     // The test comes first, also when buttons are not recorded, so that its table stays right.
-    const bool own = IsOwnClick(record, change);
-    if (macroSettings.recordButtons && !own && change.flags != 0) {
+    const bool own = IsOwnClick(record);
+    const uint32_t flags = ButtonFlagsOf({record.button, record.kind == PointerEvent::Press});
+    if (macroSettings.recordButtons && !own && flags != 0) {
         AppendRecordedEvent(
-            {.type = EvMouseButton, .time = time, .x = record.x, .y = record.y, .flags = change.flags});
+            {.type = EvMouseButton, .time = time, .x = record.x, .y = record.y, .flags = flags});
     }
 }
 
-void RecordMouse(const MouseHookRecord& record, const ButtonChange& change) {
+void RecordMouse(const MouseHookRecord& record) {
     const double time = RecordingSeconds(record.counter);
-    if (change.button != 0) {
-        RecordButton(record, change, time);
-    } else if (record.message == kMouseMoveMessage && macroSettings.recordMoves) {
+    if (IsButtonEvent(record)) {
+        RecordButton(record, time);
+    } else if (record.kind == PointerEvent::Move && macroSettings.recordMoves) {
         RecordMove(record, time);
-    } else if (record.message == kWheelMessage && macroSettings.recordWheel) {
-        const auto delta = static_cast<int16_t>(record.mouseData >> 16);
-        AppendRecordedEvent({.type = EvScroll, .time = time, .wheel = delta});
+    } else if (record.kind == PointerEvent::Wheel && macroSettings.recordWheel) {
+        AppendRecordedEvent({.type = EvScroll, .time = time, .wheel = record.wheelDelta});
     }
 }
 
 bool IsPress(const UnifiedEvent& event) {
-    return event.type == EvMouseButton && (event.flags == kMouseLeftDown || event.flags == kMouseRightDown ||
-                                           event.flags == kMouseMiddleDown || event.flags == kMouseSideDown);
+    if (event.type != EvMouseButton) {
+        return false;
+    }
+    const std::optional<ButtonAction> action = ButtonActionOf(event.flags);
+    return action && action->down;
 }
 
 std::optional<double> LargestTime(std::span<const UnifiedEvent> events) {
@@ -219,46 +197,44 @@ void InputThreadMain() {
                     .readInterest = ReadHookInterest});
 }
 
-HookAnswer KeyboardHook(const KeyHookRecord& record) {
+HookDecision KeyboardHook(const KeyHookRecord& record) {
     if (record.injected) {
-        return HookAnswer::Pass;
+        return HookDecision::Pass;
     }
-    const bool down = record.message == kKeyDownMessage || record.message == kSysKeyDownMessage;
-    if (DecideKey(record.virtualKey, down) == HookAnswer::Consume) {
-        return HookAnswer::Consume;
+    if (DecideKey(record.virtualKey, record.down) == HookDecision::Consume) {
+        return HookDecision::Consume;
     }
     if (engineState.recording && macroSettings.recordKeys) {
         AppendRecordedEvent({.type = EvKey,
                              .time = RecordingSeconds(record.counter),
                              .virtualKey = record.virtualKey,
-                             .down = down});
+                             .down = record.down});
     }
-    return HookAnswer::Pass;
+    return HookDecision::Pass;
 }
 
-HookAnswer MouseHook(const MouseHookRecord& record) {
-    const ButtonChange change = ButtonOfMessage(record);
-    const bool isMove = record.message == kMouseMoveMessage;
+HookDecision MouseHook(const MouseHookRecord& record) {
+    const bool isMove = record.kind == PointerEvent::Move;
     if (record.injected) {
         if (isMove) {
             RememberPoint(record);
         }
-        return HookAnswer::Pass;
+        return HookDecision::Pass;
     }
-    if (change.button != 0) {
-        if (PickLocation(record, change)) {
-            return HookAnswer::Consume;
+    if (IsButtonEvent(record)) {
+        if (PickLocation(record)) {
+            return HookDecision::Consume;
         }
-        if (DecideButton(change.button, change.press) == HookAnswer::Consume) {
-            return HookAnswer::Consume;
+        if (DecideButton(record.button, record.kind == PointerEvent::Press) == HookDecision::Consume) {
+            return HookDecision::Consume;
         }
     }
     if (engineState.recording) {
-        RecordMouse(record, change);
+        RecordMouse(record);
     } else if (isMove) {
         RememberPoint(record);
     }
-    return HookAnswer::Pass;
+    return HookDecision::Pass;
 }
 
 void RawMouseReport(const RawMouseRecord& record) {

@@ -13,8 +13,8 @@
 void InputThreadMain();
 
 // Input thread. Hotkeys first, then the recorder; the answer says whether the applications may see the event.
-HookAnswer KeyboardHook(const KeyHookRecord& record);
-HookAnswer MouseHook(const MouseHookRecord& record);
+HookDecision KeyboardHook(const KeyHookRecord& record);
+HookDecision MouseHook(const MouseHookRecord& record);
 void RawMouseReport(const RawMouseRecord& record);
 
 // Input thread, and tests: forgets the pointer's last place, the presses on own windows, and what is held.

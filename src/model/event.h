@@ -20,7 +20,7 @@ struct UnifiedEvent {
     double time = 0.0;  // seconds from the start of the recording
     int32_t x = 0;
     int32_t y = 0;
-    uint32_t flags = 0;  // a MOUSEEVENTF_* button value; 128 stands for both side buttons and has no release
+    uint32_t flags = 0;       // one button action, see button_flags.h
     uint32_t virtualKey = 0;  // virtual-key code, or a tool
     bool down = false;
     int32_t wheel = 0;  // 120 for each notch

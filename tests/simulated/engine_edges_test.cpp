@@ -11,6 +11,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/hooks.h"
+#include "platform/key_table.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
 #include "storage/data_folder.h"
@@ -20,53 +21,47 @@
 
 namespace {
 
-std::vector<InputRecord> Sent() {
-    std::vector<InputRecord> records;
+std::vector<InputAction> Sent() {
+    std::vector<InputAction> actions;
     for (const SimSent& sent : SimSentLog()) {
-        records.push_back(sent.record);
+        actions.push_back(sent.action);
     }
-    return records;
+    return actions;
 }
 
 using Edges = EngineTest;
 
-TEST_F(Edges, NoRecordCarriesAMarkATimeOrAVirtualKey) {
+TEST_F(Edges, EachCallSendsOneAction) {
     MoveMouseAbsolute(0, 0);
     MoveMouseAbsolute(1919, 1079);
-    MoveMouseAbsolute(960, 540);
     MoveMouseRelative(-5, 7);
-    SendMouseFlags(kMouseMiddleDown);
+    SendButton(kMiddleButton, true);
+    SendMouseFlags(64);
     SendWheel(-120);
     SendKey(46, false);
     SendKey('A', true);
     SendKey(163, true);
-    const std::vector<InputRecord> sent = Sent();
-    ASSERT_EQ(sent.size(), 9U);
-    for (const InputRecord& record : sent) {
-        EXPECT_EQ(record.dwExtraInfo, 0U);
-        EXPECT_EQ(record.time, 0U);
-        EXPECT_EQ(record.wVk, 0);
-    }
-    EXPECT_EQ(sent[0].dx, 0);
-    EXPECT_EQ(sent[0].dwFlags, 32769U);
-    EXPECT_EQ(sent[1].dx, 65501);
-    EXPECT_EQ(sent[1].dy, 65475);
-    EXPECT_EQ(sent[2].dx, 32768);
-    EXPECT_EQ(sent[3].dwFlags, 1U);
-    EXPECT_EQ(sent[4].dwFlags, 32U);
-    EXPECT_EQ(sent[5].mouseData, 0xFFFFFF88U);
-    EXPECT_EQ(sent[6].dwFlags, 11U);
-    EXPECT_EQ(sent[7].dwFlags, 8U);
-    EXPECT_EQ(sent[8].dwFlags, 8U);
+    const std::vector<InputAction> expected = {
+        {.kind = InputKind::MoveTo},
+        {.kind = InputKind::MoveTo, .x = 65501, .y = 65475},
+        {.kind = InputKind::MoveBy, .x = -5, .y = 7},
+        {.kind = InputKind::Button, .down = true, .button = kMiddleButton},
+        {.kind = InputKind::Button, .down = false, .button = kMiddleButton},
+        {.kind = InputKind::Wheel, .wheelDelta = -120},
+        KeyAction(0x53, true, false),
+        KeyAction(0x1E, false, true),
+        KeyAction(0x1D, false, true),
+    };
+    EXPECT_EQ(Sent(), expected);
 }
 
 TEST_F(Edges, ScreenSizeIsReadAtEachMove) {
     MoveMouseAbsolute(500, 500);
     SimSetScreen(1000, 1000);
     MoveMouseAbsolute(500, 500);
-    EXPECT_EQ(Sent()[0].dx, (500 << 16) / 1920);
-    EXPECT_EQ(Sent()[1].dx, 32768);
-    EXPECT_EQ(Sent()[1].dy, 32768);
+    EXPECT_EQ(Sent()[0].x, (500 << 16) / 1920);
+    EXPECT_EQ(Sent()[1].x, 32768);
+    EXPECT_EQ(Sent()[1].y, 32768);
 }
 
 TEST_F(Edges, AFullTargetListDropsTheKey) {
@@ -90,11 +85,11 @@ TEST_F(Edges, AChordOfAllTargetsIsReleasedToTheLast) {
     keySpammerSettings.chord = true;
     RigPage("startKeySpam");
     SimSettle();
-    EXPECT_EQ(SimSentCount(kInputKeyboard, 8), 256U);
-    EXPECT_EQ(SimSentCount(kInputKeyboard, 10), 256U);
+    EXPECT_EQ(SimSentKeys(true), 256U);
+    EXPECT_EQ(SimSentKeys(false), 256U);
     RigPage("stopKeySpam");
     SimSettle();
-    EXPECT_EQ(SimSentCount(kInputKeyboard, 10), 512U);
+    EXPECT_EQ(SimSentKeys(false), 512U);
 }
 
 int notices = 0;
@@ -146,18 +141,18 @@ TEST_F(Edges, AKeyReplacedInAChordIsReleasedAsPressed) {
     SetRigTargets({'A', 'B'});
     keySpammerSettings.chord = true;
     SimOnSent([](const SimSent& sent) {
-        if (sent.record.wScan == ScanCodeOfKey('B') && sent.record.dwFlags == 8) {
+        if (sent.action == KeyAction(ScanCodeOfKey('B'), false, true)) {
             keySpammerSettings.targets[0] = 'C';
         }
     });
     RigPage("startKeySpam");
     SimSettle();
-    const std::vector<InputRecord> sent = Sent();
+    const std::vector<InputAction> sent = Sent();
     ASSERT_EQ(sent.size(), 4U);
-    EXPECT_EQ(sent[2].wScan, ScanCodeOfKey('A'));
-    EXPECT_EQ(sent[3].wScan, ScanCodeOfKey('B'));
+    EXPECT_EQ(sent[2].scanCode, ScanCodeOfKey('A'));
+    EXPECT_EQ(sent[3].scanCode, ScanCodeOfKey('B'));
     SimRunFor(5);
-    EXPECT_EQ(Sent()[4].wScan, ScanCodeOfKey('C'));  // the slot has noticed the new key
+    EXPECT_EQ(Sent()[4].scanCode, ScanCodeOfKey('C'));  // the slot has noticed the new key
 }
 
 TEST_F(Edges, SpeedIsReadForEachEventAndInfinityIsNeverReached) {

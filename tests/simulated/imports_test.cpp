@@ -7,6 +7,7 @@
 #include "event_times.h"
 #include "model/engine_state.h"
 #include "pending_import.h"
+#include "platform/key_table.h"
 #include "platform/simulated/simulation.h"
 #include "storage/data_folder.h"
 #include "temp_folder.h"
@@ -221,7 +222,7 @@ TEST_F(ImportFlowTest, TheEnginesServeOnWhileADialogIsOpen) {
             SimKey(kF6, false);
             SimRunFor(50);
             EXPECT_TRUE(engineState.autoClicking);
-            EXPECT_GT(SimSentCount(kInputMouse, kMouseLeftDown), 5U);
+            EXPECT_GT(SimSentButtons(kLeftButton, true), 5U);
             // The dialog is the only one.
             EXPECT_EQ(Call("importProfile"), R"({"outcome":"cancelled"})");
         });

@@ -4,6 +4,7 @@
 
 #include "app/commands.h"
 #include "model/engine_state.h"
+#include "platform/key_table.h"
 #include "platform/simulated/simulation.h"
 #include "storage/app_settings.h"
 #include "storage/data_folder.h"
@@ -200,7 +201,7 @@ TEST_F(MainProcessTest, AMissingPageIsSaidAndTheHotkeysServeOn) {
         SimKey(kF6, false);
         SimRunFor(50);
         EXPECT_TRUE(engineState.autoClicking);
-        EXPECT_GT(SimSentCount(kInputMouse, kMouseLeftDown), 5U);
+        EXPECT_GT(SimSentButtons(kLeftButton, true), 5U);
     });
     EXPECT_EQ(RunMainProcess({}), 0);
     ExpectNothingIsLeft();

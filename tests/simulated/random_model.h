@@ -42,7 +42,7 @@ Situation ReadSituation();
 // What one pass of the dispatcher makes of a set of requests.
 struct PassOutcome {
     Situation after;
-    std::vector<InputRecord> cleanUps;  // in order
+    std::vector<InputAction> cleanUps;  // in order
     bool somethingRan = false;          // playback or a tool was on at some moment
     bool begunFresh = false;
     bool begunContinued = false;

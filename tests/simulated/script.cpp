@@ -258,8 +258,6 @@ bool StepInput(const Words& words, bool injected) {
         SimHorizontalWheel(IntAt(words, 1));
     } else if (word == "raw") {
         SimRawMove(IntAt(words, 1), IntAt(words, 2));
-    } else if (word == "sysdown" || word == "sysup") {
-        SimSysKey(SimKeyFromName(name), word == "sysdown");
     } else {
         return false;
     }
@@ -267,9 +265,10 @@ bool StepInput(const Words& words, bool injected) {
 }
 
 bool StepSession(const Words& words) {
-    static const std::map<std::string, uint32_t> changes = {{"connect", 1},       {"disconnect", 2},
-                                                            {"remoteConnect", 3}, {"remoteDisconnect", 4},
-                                                            {"lock", 7},          {"unlock", 8}};
+    static const std::map<std::string, SessionChange> changes = {
+        {"disconnect", SessionChange::ConsoleDisconnect},
+        {"remoteDisconnect", SessionChange::RemoteDisconnect},
+        {"lock", SessionChange::Lock}};
     const auto found = changes.find(At(words, 1));
     if (found == changes.end()) {
         return false;
@@ -454,7 +453,7 @@ std::vector<std::string> RunScript(const std::vector<std::string>& steps, uint64
     BeginRig({.seed = seed});
     SimOnSent([](const SimSent& sent) {
         if (output.sent) {
-            output.lines.push_back(TimeText(sent.ticks) + " " + SentText(sent.record));
+            output.lines.push_back(TimeText(sent.ticks) + " " + SentText(sent.action));
         }
     });
     SimOnSeen([](const SimSeen& seen) {

@@ -1,6 +1,10 @@
 #include "simulated/script_text.h"
 
+#include "model/button_flags.h"
+#include "platform/key_table.h"
+
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -14,7 +18,8 @@ int64_t PixelOf(int32_t absolute, int32_t size) {
 
 const std::map<std::string, uint32_t>& Buttons() {
     static const std::map<std::string, uint32_t> buttons = {
-        {"left", 1}, {"right", 2}, {"middle", 4}, {"side1", 5}, {"side2", 6}};
+        {"left", kLeftButton},       {"right", kRightButton},      {"middle", kMiddleButton},
+        {"side1", kFirstSideButton}, {"side2", kSecondSideButton}, {"side", kUnnamedSideButton}};
     return buttons;
 }
 
@@ -47,26 +52,13 @@ std::string TimeText(int64_t ticks) {
 }
 
 std::string ActionOfFlags(uint32_t flags) {
-    switch (flags) {
-    case 0:
+    if (flags == 0) {
         return "no button";
-    case 2:
-        return "left down";
-    case 4:
-        return "left up";
-    case 8:
-        return "right down";
-    case 16:
-        return "right up";
-    case 32:
-        return "middle down";
-    case 64:
-        return "middle up";
-    case 128:
-        return "side down";
-    default:
-        return "flags " + std::to_string(flags);
     }
+    if (const std::optional<ButtonAction> action = ButtonActionOf(flags)) {
+        return NameOfButton(action->button) + (action->down ? " down" : " up");
+    }
+    return "flags " + std::to_string(flags);
 }
 
 uint32_t FlagsOfAction(const std::string& button, const std::string& action) {
@@ -78,29 +70,39 @@ uint32_t FlagsOfAction(const std::string& button, const std::string& action) {
     return 0;
 }
 
-std::string SentText(const InputRecord& record) {
-    if (record.type == kInputKeyboard) {
-        for (uint32_t key = 255; key > 0; --key) {
-            const bool extended = (record.dwFlags & kKeyExtended) != 0;
-            const bool usesExtended = (key >= 33 && key <= 40) || key == 45 || key == 46;
-            if (record.wScan != 0 && ScanCodeOfKey(key) == record.wScan && usesExtended == extended &&
-                SimNameOfKey(key)[0] != '#' && key != 163 && key != 165 && key != 111) {
-                return SimNameOfKey(key) + ((record.dwFlags & kKeyUp) != 0 ? " up" : " down");
-            }
+namespace {
+
+// Modifiers of the right hand and the divide key have the scan codes of other keys, which stand for them.
+std::string SentKeyText(const InputAction& action) {
+    const std::string end = action.down ? " down" : " up";
+    if (const uint32_t key = SimKeyOfScanCode(action.scanCode, action.extended)) {
+        return SimNameOfKey(key) + end;
+    }
+    return "scan " + std::to_string(action.scanCode) + (action.extended ? " extended" : "") + end;
+}
+
+}  // namespace
+
+std::string SentText(const InputAction& action) {
+    switch (action.kind) {
+    case InputKind::MoveTo:
+        return "move " + std::to_string(PixelOf(action.x, PrimaryScreenWidth())) + " " +
+               std::to_string(PixelOf(action.y, PrimaryScreenHeight()));
+    case InputKind::MoveBy:
+        return "relative " + std::to_string(action.x) + " " + std::to_string(action.y);
+    case InputKind::Button:
+        if (action.button == kNoButton) {
+            return "no button";
         }
-        return "scan " + std::to_string(record.wScan) + " flags " + std::to_string(record.dwFlags);
+        return NameOfButton(action.button) + (action.down ? " down" : " up");
+    case InputKind::ButtonFlags:
+        return ActionOfFlags(action.buttonFlags);
+    case InputKind::Wheel:
+        return "wheel " + std::to_string(action.wheelDelta);
+    case InputKind::Key:
+        return SentKeyText(action);
     }
-    if (record.dwFlags == (kMouseMove | kMouseAbsolute)) {
-        return "move " + std::to_string(PixelOf(record.dx, PrimaryScreenWidth())) + " " +
-               std::to_string(PixelOf(record.dy, PrimaryScreenHeight()));
-    }
-    if (record.dwFlags == kMouseMove) {
-        return "relative " + std::to_string(record.dx) + " " + std::to_string(record.dy);
-    }
-    if (record.dwFlags == kMouseWheel) {
-        return "wheel " + std::to_string(static_cast<int32_t>(record.mouseData));
-    }
-    return ActionOfFlags(record.dwFlags);
+    return "";
 }
 
 std::string SeenText(const SimSeen& seen) {

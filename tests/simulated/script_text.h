@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-const std::map<std::string, uint32_t>& Buttons();  // left, right, middle, side1, side2
+const std::map<std::string, uint32_t>& Buttons();  // left, right, middle, side1, side2, side
 std::string NameOfButton(uint32_t code);
 uint32_t CodeFromName(const std::string& name);  // a button or a key; 0 if it is none
 std::string NameOfCode(uint32_t code);
@@ -18,6 +18,6 @@ std::string TimeText(int64_t ticks);
 std::string ActionOfFlags(uint32_t flags);  // "left down"
 uint32_t FlagsOfAction(const std::string& button, const std::string& action);
 
-std::string SentText(const InputRecord& record);
+std::string SentText(const InputAction& action);
 std::string SeenText(const SimSeen& seen);
 std::string EventText(const UnifiedEvent& event);

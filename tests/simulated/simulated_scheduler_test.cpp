@@ -3,6 +3,7 @@
 
 #include "platform/clock.h"
 #include "platform/input.h"
+#include "platform/key_table.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
 
@@ -87,8 +88,8 @@ TEST(SimulatedOptions, SleepsEndLateByAtMostTheOvershoot) {
 
 TEST(SimulatedOptions, SendingTakesItsTime) {
     SimBegin({.sendTicks = 40});
-    SendInputRecord({.type = kInputMouse, .dwFlags = kMouseLeftDown});
-    SendInputRecord({.type = kInputMouse, .dwFlags = kMouseLeftUp});
+    SendInputAction({.kind = InputKind::Button, .down = true, .button = kLeftButton});
+    SendInputAction({.kind = InputKind::Button, .down = false, .button = kLeftButton});
     EXPECT_EQ(SimTicks(), 80);
     EXPECT_EQ(SimSentLog()[1].ticks, 80);
     EXPECT_EQ(SimEnd(), "");
@@ -314,8 +315,8 @@ TEST(SimulatedOptions, PreemptionLetsOthersInAtASend) {
         SimBegin({.seed = seed, .preemptPercent = 50});
         const auto body = [] {
             for (int turn = 0; turn < 5; ++turn) {
-                SendInputRecord({.type = kInputMouse, .dwFlags = kMouseLeftDown});
-                SendInputRecord({.type = kInputMouse, .dwFlags = kMouseLeftUp});
+                SendInputAction({.kind = InputKind::Button, .down = true, .button = kLeftButton});
+                SendInputAction({.kind = InputKind::Button, .down = false, .button = kLeftButton});
             }
         };
         std::thread one = StartThread("one", body);
@@ -324,7 +325,7 @@ TEST(SimulatedOptions, PreemptionLetsOthersInAtASend) {
         JoinThread(two);
         EXPECT_EQ(SimSentCount(), 20U);
         for (size_t index = 0; index + 1 < SimSentLog().size(); ++index) {
-            if (SimSentLog()[index].record == SimSentLog()[index + 1].record) {
+            if (SimSentLog()[index].action == SimSentLog()[index + 1].action) {
                 ++interleaved;
                 break;
             }

@@ -1,8 +1,10 @@
 // What the simulated platform shows of a session: input, hooks, windows, processes, the page, files.
 #include "platform/simulated/simulation.h"
 
+#include "engines/injection.h"
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/key_table.h"
 #include "platform/page_host.h"
 #include "platform/process.h"
 #include "platform/threads.h"
@@ -51,19 +53,17 @@ TEST_F(SimulatedSession, SentInputMovesThePointerAndReachesTheApplication) {
     int32_t x = 0;
     int32_t y = 0;
     for (int32_t pixel = 0; pixel < 1920; ++pixel) {
-        SendInputRecord(
-            {.type = kInputMouse, .dx = (pixel << 16) / 1920, .dwFlags = kMouseMove | kMouseAbsolute});
+        SendInputAction({.kind = InputKind::MoveTo, .x = (pixel << 16) / 1920});
         ASSERT_TRUE(ReadPointerPosition(&x, &y));
         ASSERT_EQ(x, pixel);
     }
     for (int32_t pixel = 0; pixel < 1080; ++pixel) {
-        SendInputRecord(
-            {.type = kInputMouse, .dy = (pixel << 16) / 1080, .dwFlags = kMouseMove | kMouseAbsolute});
+        SendInputAction({.kind = InputKind::MoveTo, .y = (pixel << 16) / 1080});
         ASSERT_TRUE(ReadPointerPosition(&x, &y));
         ASSERT_EQ(y, pixel);
     }
     SimSetPointer(100, 100);
-    SendInputRecord({.type = kInputMouse, .dx = -7, .dy = 9, .dwFlags = kMouseMove});
+    SendInputAction({.kind = InputKind::MoveBy, .x = -7, .y = 9});
     EXPECT_TRUE(ReadPointerPosition(&x, &y));
     EXPECT_EQ(x, 93);
     EXPECT_EQ(y, 109);
@@ -72,16 +72,17 @@ TEST_F(SimulatedSession, SentInputMovesThePointerAndReachesTheApplication) {
 }
 
 TEST_F(SimulatedSession, SentKeysGoByScanCode) {
-    SendInputRecord({.type = kInputKeyboard, .wScan = 0x1E, .dwFlags = kKeyScanCode});
+    SendInputAction(KeyAction(0x1E, false, true));
     EXPECT_TRUE(SimKeyIsDown('A'));
-    SendInputRecord({.type = kInputKeyboard, .wScan = 0x1E, .dwFlags = kKeyScanCode | kKeyUp});
+    SendInputAction(KeyAction(0x1E, false, false));
     EXPECT_FALSE(SimKeyIsDown('A'));
-    SendInputRecord({.type = kInputKeyboard, .wScan = 0x48, .dwFlags = kKeyScanCode | kKeyExtended});
-    SendInputRecord({.type = kInputKeyboard, .wScan = 0x48, .dwFlags = kKeyScanCode});
-    SendInputRecord({.type = kInputKeyboard, .wScan = 0, .dwFlags = kKeyScanCode});  // no key
+    SendInputAction(KeyAction(0x48, true, true));
+    SendInputAction(KeyAction(0x48, false, true));
+    SendInputAction(KeyAction(0, false, true));  // no key
     EXPECT_EQ(Seen(), "A+! A-! Up+! Num8+! ");
     EXPECT_EQ(SimSentCount(), 5U);
-    EXPECT_EQ(SimSentCount(kInputKeyboard, kKeyScanCode), 3U);
+    EXPECT_EQ(SimSentKeys(true), 4U);
+    EXPECT_EQ(SimSentKeys(false), 1U);
 }
 
 TEST_F(SimulatedSession, KeyTableAgreesWithItself) {
@@ -93,15 +94,15 @@ TEST_F(SimulatedSession, KeyTableAgreesWithItself) {
     EXPECT_EQ(SimKeyFromName("Nonsense"), 0U);
     EXPECT_EQ(ScanCodeOfKey(17), ScanCodeOfKey(162));
     EXPECT_EQ(ScanCodeOfKey(255), 0U);
-    EXPECT_EQ(SystemKeyName(0x57 << 16), "F11");
-    EXPECT_EQ(SystemKeyName((0x48 << 16) | (1 << 24)), "Up");
-    EXPECT_EQ(SystemKeyName(0x48 << 16), "Num 8");
-    EXPECT_EQ(SystemKeyName(0), "");
+    EXPECT_EQ(SystemKeyName(0x57, false), "F11");
+    EXPECT_EQ(SystemKeyName(0x48, true), "Up");
+    EXPECT_EQ(SystemKeyName(0x48, false), "Num 8");
+    EXPECT_EQ(SystemKeyName(0, false), "");
 }
 
 TEST_F(SimulatedSession, CountingKeepsNoRecords) {
     SimSetLogMode(SimLogMode::CountOnly);
-    SendInputRecord({.type = kInputMouse, .dwFlags = kMouseLeftDown});
+    SendButton(kLeftButton, true);
     SimKey('A', true);
     EXPECT_EQ(SimSentLog().size(), 0U);
     EXPECT_EQ(SimSeenLog().size(), 0U);
@@ -109,13 +110,13 @@ TEST_F(SimulatedSession, CountingKeepsNoRecords) {
     EXPECT_EQ(SimSeenCount(), 2U);
 }
 
-// Hooks: sinks that record their calls and consume what the test asks for.
+// Hooks: sinks that store what they receive and consume what the test asks for.
 
 struct SinkNotes {
     std::vector<KeyHookRecord> keys;
     std::vector<MouseHookRecord> mouse;
     std::vector<RawMouseRecord> raw;
-    std::vector<uint32_t> sessions;
+    std::vector<SessionChange> sessions;
     uint32_t consumedKey = 0;
     bool consumeButtons = false;
     int interestReads = 0;
@@ -123,21 +124,21 @@ struct SinkNotes {
 };
 SinkNotes notes;
 
-HookAnswer NoteKey(const KeyHookRecord& record) {
+HookDecision NoteKey(const KeyHookRecord& record) {
     notes.keys.push_back(record);
-    return !record.injected && record.virtualKey == notes.consumedKey ? HookAnswer::Consume
-                                                                      : HookAnswer::Pass;
+    return !record.injected && record.virtualKey == notes.consumedKey ? HookDecision::Consume
+                                                                      : HookDecision::Pass;
 }
-HookAnswer NoteMouse(const MouseHookRecord& record) {
+HookDecision NoteMouse(const MouseHookRecord& record) {
     notes.mouse.push_back(record);
-    return !record.injected && notes.consumeButtons && record.message != kMouseMoveMessage
-               ? HookAnswer::Consume
-               : HookAnswer::Pass;
+    return !record.injected && notes.consumeButtons && record.kind != PointerEvent::Move
+               ? HookDecision::Consume
+               : HookDecision::Pass;
 }
 void NoteRaw(const RawMouseRecord& record) {
     notes.raw.push_back(record);
 }
-void NoteSession(uint32_t change) {
+void NoteSession(SessionChange change) {
     notes.sessions.push_back(change);
 }
 void NoteInterest(HookInterest* interest) {
@@ -170,14 +171,14 @@ TEST_F(SimulatedHooks, RealInputIsNotInjectedAndSentInputIs) {
     SimKey('A', true);
     SimKey('B', true, true);
     SimSettle();
-    SendInputRecord({.type = kInputKeyboard, .wScan = 0x1E, .dwFlags = kKeyScanCode | kKeyUp});
+    SendInputAction(KeyAction(0x1E, false, false));
     ASSERT_EQ(notes.keys.size(), 3U);
     EXPECT_FALSE(notes.keys[0].injected);
-    EXPECT_EQ(notes.keys[0].message, kKeyDownMessage);
+    EXPECT_TRUE(notes.keys[0].down);
     EXPECT_EQ(notes.keys[0].virtualKey, 65U);
     EXPECT_TRUE(notes.keys[1].injected);
     EXPECT_TRUE(notes.keys[2].injected);
-    EXPECT_EQ(notes.keys[2].message, kKeyUpMessage);
+    EXPECT_FALSE(notes.keys[2].down);
     EXPECT_EQ(Seen(), "A+ B+! A-! ");
 }
 
@@ -202,7 +203,7 @@ TEST_F(SimulatedHooks, ConsumedInputReachesNothing) {
     EXPECT_EQ(SimHookComplaints()[0], "consumed without announced interest: code 2");
 }
 
-TEST_F(SimulatedHooks, MouseMessagesCarryPointDataAndTime) {
+TEST_F(SimulatedHooks, MouseEventsCarryPointButtonWheelAndTime) {
     SimMove(300, 200);
     SimRunFor(2);
     SimButton(1, true);
@@ -212,27 +213,29 @@ TEST_F(SimulatedHooks, MouseMessagesCarryPointDataAndTime) {
     SimHorizontalWheel(240);
     SimSettle();
     ASSERT_EQ(notes.mouse.size(), 6U);
-    EXPECT_EQ(notes.mouse[0].message, kMouseMoveMessage);
+    EXPECT_EQ(notes.mouse[0].kind, PointerEvent::Move);
     EXPECT_EQ(notes.mouse[0].x, 300);
-    EXPECT_EQ(notes.mouse[1].message, kLeftDownMessage);
+    EXPECT_EQ(notes.mouse[1].kind, PointerEvent::Press);
+    EXPECT_EQ(notes.mouse[1].button, kLeftButton);
     EXPECT_EQ(notes.mouse[1].y, 200);
     EXPECT_EQ(notes.mouse[1].counter - notes.mouse[0].counter, 2 * kSimTicksPerMillisecond);
-    EXPECT_EQ(notes.mouse[2].message, kSideDownMessage);
-    EXPECT_EQ(notes.mouse[2].mouseData >> 16, 2U);
-    EXPECT_EQ(notes.mouse[3].message, kSideUpMessage);
-    EXPECT_EQ(static_cast<int16_t>(notes.mouse[4].mouseData >> 16), -120);
-    EXPECT_EQ(notes.mouse[5].message, kHorizontalWheelMessage);
+    EXPECT_EQ(notes.mouse[2].kind, PointerEvent::Press);
+    EXPECT_EQ(notes.mouse[2].button, kSecondSideButton);
+    EXPECT_EQ(notes.mouse[3].kind, PointerEvent::Release);
+    EXPECT_EQ(notes.mouse[4].wheelDelta, -120);
+    EXPECT_EQ(notes.mouse[5].kind, PointerEvent::HorizontalWheel);
+    EXPECT_EQ(notes.mouse[5].wheelDelta, 240);
     EXPECT_EQ(Seen(), "m300,200 b1+ b6+ b6- w-120 h240 ");
 }
 
 TEST_F(SimulatedHooks, RawReportsAndSessionChangesArrive) {
     SimRawMove(4, -2);
-    SimSessionChange(kSessionLock);
+    SimSessionChange(SessionChange::Lock);
     SimSettle();
     ASSERT_EQ(notes.raw.size(), 1U);
     EXPECT_EQ(notes.raw[0].dx, 4);
     EXPECT_EQ(notes.raw[0].dy, -2);
-    EXPECT_EQ(notes.sessions, std::vector<uint32_t>{kSessionLock});
+    EXPECT_EQ(notes.sessions, std::vector<SessionChange>{SessionChange::Lock});
 }
 
 TEST_F(SimulatedHooks, InterestIsReadAgainWhenItChanged) {
@@ -244,14 +247,6 @@ TEST_F(SimulatedHooks, InterestIsReadAgainWhenItChanged) {
     SimSettle();
     EXPECT_EQ(notes.interestReads, before + 1);
     EXPECT_TRUE(SimHookInterestIsCurrent());
-}
-
-TEST_F(SimulatedHooks, SysKeysHaveTheirMessages) {
-    SimSysKey(115, true);
-    SimSysKey(115, false);
-    SimSettle();
-    EXPECT_EQ(notes.keys[0].message, kSysKeyDownMessage);
-    EXPECT_EQ(notes.keys[1].message, kSysKeyUpMessage);
 }
 
 TEST_F(SimulatedSession, RefusedHooksLetInputThrough) {

@@ -1,4 +1,5 @@
 // Eight hours in simulated time: counts exact, memory flat, no drift. Under a sanitizer the hours are cut to minutes.
+#include "platform/key_table.h"
 #include "simulated/engine_rig.h"
 #include "simulated/sanitizers.h"
 
@@ -55,8 +56,8 @@ TEST_F(Soak, ClickingEveryMillisecond) {
     const int64_t memory = ResidentKilobytes();
     SimRunFor(kMilliseconds - 60000);
     const uint64_t clicks = static_cast<uint64_t>(kSeconds) * 1000 + 1;  // the first comes at once
-    EXPECT_EQ(SimSentCount(kInputMouse, kMouseLeftDown), clicks);
-    EXPECT_EQ(SimSentCount(kInputMouse, kMouseLeftUp), clicks);
+    EXPECT_EQ(SimSentButtons(kLeftButton, true), clicks);
+    EXPECT_EQ(SimSentButtons(kLeftButton, false), clicks);
     EXPECT_EQ(SimSeenCount(), 2 * clicks);
     EXPECT_EQ(static_cast<uint64_t>(engineState.autoclickerCount), clicks);
     EXPECT_EQ(SimLastSentTicks(), kSeconds * 1000 * kSimTicksPerMillisecond);
@@ -105,7 +106,7 @@ TEST_F(Soak, RecordingWhileClicking) {
         ASSERT_EQ(event, KeyEvent(static_cast<double>(second), 'A', second % 2 == 0));
     }
     // None of the clicks is in the macro, and each was sent: the last one falls on the end.
-    EXPECT_EQ(SimSentCount(kInputMouse, kMouseLeftDown), static_cast<uint64_t>(kSeconds) * 1000 + 1);
+    EXPECT_EQ(SimSentButtons(kLeftButton, true), static_cast<uint64_t>(kSeconds) * 1000 + 1);
 }
 
 // How late each key comes, in ticks.
@@ -170,8 +171,8 @@ TEST_F(Soak, ReplayingInALoop) {
     SimRunFor(kMilliseconds - 60000);
     // A round every 1.5 seconds, and the first event of one more at the very end.
     const uint64_t rounds = static_cast<uint64_t>(kSeconds) * 2 / 3;
-    EXPECT_EQ(SimSentCount(kInputKeyboard, kKeyScanCode), rounds + 1);
-    EXPECT_EQ(SimSentCount(kInputKeyboard, kKeyScanCode | kKeyUp), rounds);
+    EXPECT_EQ(SimSentKeys(true), rounds + 1);
+    EXPECT_EQ(SimSentKeys(false), rounds);
     RigPage("stopPlayback");
     SimSettle();
     EXPECT_FALSE(engineState.playing);

@@ -1,5 +1,6 @@
 #include "engines/recorder.h"
 
+#include "platform/key_table.h"
 #include "storage/settings_text.h"
 #include "test_support.h"
 
@@ -17,7 +18,7 @@ class RecorderTest : public EngineStateTest {
         engineState.counterFrequency = kFrequency;
         SetMacro({});
         // The pointer comes from somewhere that no test uses.
-        MouseHook(Mouse(kMouseMoveMessage, -500, -500, 0));
+        MouseHook(Move(-500, -500, 0));
     }
     ~RecorderTest() override { ResetInputState(); }
 
@@ -37,12 +38,23 @@ class RecorderTest : public EngineStateTest {
         engineState.recordingStartCounter = counter;
         engineState.recording = true;
     }
-    static KeyHookRecord Key(uint32_t message, uint32_t key, int64_t counter = kStart) {
-        return {.message = message, .virtualKey = key, .counter = counter};
+    static KeyHookRecord KeyDown(uint32_t key, int64_t counter = kStart) {
+        return {.virtualKey = key, .down = true, .counter = counter};
     }
-    static MouseHookRecord Mouse(uint32_t message, int32_t x, int32_t y, int64_t counter,
-                                 uint32_t highWord = 0) {
-        return {.message = message, .x = x, .y = y, .mouseData = highWord << 16, .counter = counter};
+    static KeyHookRecord KeyUp(uint32_t key, int64_t counter = kStart) {
+        return {.virtualKey = key, .down = false, .counter = counter};
+    }
+    static MouseHookRecord Move(int32_t x, int32_t y, int64_t counter) {
+        return {.kind = PointerEvent::Move, .x = x, .y = y, .counter = counter};
+    }
+    static MouseHookRecord Press(uint32_t button, int32_t x, int32_t y, int64_t counter) {
+        return {.kind = PointerEvent::Press, .button = button, .x = x, .y = y, .counter = counter};
+    }
+    static MouseHookRecord Release(uint32_t button, int32_t x, int32_t y, int64_t counter) {
+        return {.kind = PointerEvent::Release, .button = button, .x = x, .y = y, .counter = counter};
+    }
+    static MouseHookRecord Wheel(PointerEvent kind, int32_t x, int32_t y, int64_t counter, int32_t delta) {
+        return {.kind = kind, .x = x, .y = y, .wheelDelta = delta, .counter = counter};
     }
 };
 
@@ -51,10 +63,10 @@ using Events = std::vector<UnifiedEvent>;
 }  // namespace
 
 TEST_F(RecorderTest, NothingIsRecordedWhileIdle) {
-    KeyboardHook(Key(kKeyDownMessage, 65));
-    MouseHook(Mouse(kMouseMoveMessage, 1, 2, kStart));
-    MouseHook(Mouse(kLeftDownMessage, 1, 2, kStart));
-    MouseHook(Mouse(kWheelMessage, 1, 2, kStart, 120));
+    KeyboardHook(KeyDown(65));
+    MouseHook(Move(1, 2, kStart));
+    MouseHook(Press(kLeftButton, 1, 2, kStart));
+    MouseHook(Wheel(PointerEvent::Wheel, 1, 2, kStart, 120));
     macroSettings.recordRawMoves = true;
     RawMouseReport({.dx = 1, .dy = 2, .counter = kStart});
     EXPECT_EQ(Macro(), Events{});
@@ -62,11 +74,11 @@ TEST_F(RecorderTest, NothingIsRecordedWhileIdle) {
 
 TEST_F(RecorderTest, KeysWithTheirCaptureTime) {
     StartAt(kStart);
-    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 65, kStart + 250)), HookAnswer::Pass);
-    KeyboardHook(Key(kKeyDownMessage, 65, kStart + 280));  // each repeat is an event
-    KeyboardHook(Key(kKeyUpMessage, 65, kStart + 300));
-    KeyboardHook(Key(kSysKeyDownMessage, 164, kStart + 400));
-    KeyboardHook(Key(kSysKeyUpMessage, 164, kStart + 1500));
+    EXPECT_EQ(KeyboardHook(KeyDown(65, kStart + 250)), HookDecision::Pass);
+    KeyboardHook(KeyDown(65, kStart + 280));  // each repeat is an event
+    KeyboardHook(KeyUp(65, kStart + 300));
+    KeyboardHook(KeyDown(164, kStart + 400));
+    KeyboardHook(KeyUp(164, kStart + 1500));
     EXPECT_EQ(Macro(), (Events{{.type = EvKey, .time = 0.25, .virtualKey = 65, .down = true},
                                {.type = EvKey, .time = 0.28, .virtualKey = 65, .down = true},
                                {.type = EvKey, .time = 0.3, .virtualKey = 65},
@@ -76,17 +88,18 @@ TEST_F(RecorderTest, KeysWithTheirCaptureTime) {
 
 TEST_F(RecorderTest, InjectedInputIsNeitherRecordedNorAHotkey) {
     StartAt(kStart);
-    KeyHookRecord key = Key(kKeyDownMessage, 118);
+    KeyHookRecord key = KeyDown(118);
     key.injected = true;
-    EXPECT_EQ(KeyboardHook(key), HookAnswer::Pass);
+    EXPECT_EQ(KeyboardHook(key), HookDecision::Pass);
     key.virtualKey = 65;
-    EXPECT_EQ(KeyboardHook(key), HookAnswer::Pass);
+    EXPECT_EQ(KeyboardHook(key), HookDecision::Pass);
     engineState.pickingLocation = true;
     hotkeyTable.autoclicker = kRightButton;
-    for (const uint32_t message : {kLeftDownMessage, kLeftUpMessage, kRightDownMessage, kWheelMessage}) {
-        MouseHookRecord click = Mouse(message, 5, 5, kStart, 120);
-        click.injected = true;
-        EXPECT_EQ(MouseHook(click), HookAnswer::Pass);
+    for (MouseHookRecord record :
+         {Press(kLeftButton, 5, 5, kStart), Release(kLeftButton, 5, 5, kStart),
+          Press(kRightButton, 5, 5, kStart), Wheel(PointerEvent::Wheel, 5, 5, kStart, 120)}) {
+        record.injected = true;
+        EXPECT_EQ(MouseHook(record), HookDecision::Pass);
     }
     EXPECT_EQ(Macro(), Events{});
     EXPECT_FALSE(engineState.requestTogglePlay);
@@ -96,34 +109,35 @@ TEST_F(RecorderTest, InjectedInputIsNeitherRecordedNorAHotkey) {
 
 TEST_F(RecorderTest, AnInjectedMoveOnlyMovesTheLastPoint) {
     StartAt(kStart);
-    MouseHookRecord move = Mouse(kMouseMoveMessage, 40, 50, kStart);
+    MouseHookRecord move = Move(40, 50, kStart);
     move.injected = true;
     MouseHook(move);
-    MouseHook(Mouse(kMouseMoveMessage, 40, 50, kStart + 10));  // the pointer is there already
+    MouseHook(Move(40, 50, kStart + 10));  // the pointer is there already
     EXPECT_EQ(Macro(), Events{});
-    MouseHook(Mouse(kMouseMoveMessage, 41, 50, kStart + 20));
+    MouseHook(Move(41, 50, kStart + 20));
     EXPECT_EQ(Macro(), (Events{{.type = EvAbsMove, .time = 0.02, .x = 41, .y = 50}}));
 }
 
 TEST_F(RecorderTest, EveryChangeOfPixelIsOneMove) {
-    MouseHook(Mouse(kMouseMoveMessage, 7, 8, kStart - 5));
+    MouseHook(Move(7, 8, kStart - 5));
     StartAt(kStart);
-    MouseHook(Mouse(kMouseMoveMessage, 7, 8, kStart + 1));
-    MouseHook(Mouse(kMouseMoveMessage, 7, 9, kStart + 2));
-    MouseHook(Mouse(kMouseMoveMessage, 7, 9, kStart + 3));
-    MouseHook(Mouse(kMouseMoveMessage, 8, 9, kStart + 4));
+    MouseHook(Move(7, 8, kStart + 1));
+    MouseHook(Move(7, 9, kStart + 2));
+    MouseHook(Move(7, 9, kStart + 3));
+    MouseHook(Move(8, 9, kStart + 4));
     EXPECT_EQ(Macro(), (Events{{.type = EvAbsMove, .time = 0.002, .x = 7, .y = 9},
                                {.type = EvAbsMove, .time = 0.004, .x = 8, .y = 9}}));
 }
 
-TEST_F(RecorderTest, ButtonsByMessage) {
+TEST_F(RecorderTest, ButtonsAreRecordedByTheirStoredValue) {
     StartAt(kStart);
-    const std::pair<uint32_t, uint32_t> recorded[] = {{kLeftDownMessage, 2},    {kLeftUpMessage, 4},
-                                                      {kRightDownMessage, 8},   {kRightUpMessage, 16},
-                                                      {kMiddleDownMessage, 32}, {kMiddleUpMessage, 64}};
+    const std::pair<MouseHookRecord, uint32_t> recorded[] = {
+        {Press(kLeftButton, 11, 12, kStart + 500), 2},    {Release(kLeftButton, 11, 12, kStart + 500), 4},
+        {Press(kRightButton, 11, 12, kStart + 500), 8},   {Release(kRightButton, 11, 12, kStart + 500), 16},
+        {Press(kMiddleButton, 11, 12, kStart + 500), 32}, {Release(kMiddleButton, 11, 12, kStart + 500), 64}};
     Events expected;
-    for (const auto& [message, flags] : recorded) {
-        EXPECT_EQ(MouseHook(Mouse(message, 11, 12, kStart + 500)), HookAnswer::Pass);
+    for (const auto& [record, flags] : recorded) {
+        EXPECT_EQ(MouseHook(record), HookDecision::Pass);
         expected.push_back({.type = EvMouseButton, .time = 0.5, .x = 11, .y = 12, .flags = flags});
     }
     EXPECT_EQ(Macro(), expected);
@@ -131,27 +145,27 @@ TEST_F(RecorderTest, ButtonsByMessage) {
 
 TEST_F(RecorderTest, SideButtonsAreOnePressWithoutARelease) {
     StartAt(kStart);
-    MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 1));
-    MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 1));
-    MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 2));
-    MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 2));
+    MouseHook(Press(kFirstSideButton, 1, 2, kStart));
+    MouseHook(Release(kFirstSideButton, 1, 2, kStart));
+    MouseHook(Press(kSecondSideButton, 1, 2, kStart));
+    MouseHook(Release(kSecondSideButton, 1, 2, kStart));
     const UnifiedEvent press = {.type = EvMouseButton, .x = 1, .y = 2, .flags = 128};
     EXPECT_EQ(Macro(), (Events{press, press}));
 }
 
 TEST_F(RecorderTest, SideButtonsAreDistinctHotkeys) {
     hotkeyTable.autoclicker = kSecondSideButton;
-    EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 1)), HookAnswer::Pass);
-    EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 2, kStart, 2)), HookAnswer::Consume);
-    EXPECT_EQ(MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 1)), HookAnswer::Pass);
-    EXPECT_EQ(MouseHook(Mouse(kSideUpMessage, 1, 2, kStart, 2)), HookAnswer::Consume);
+    EXPECT_EQ(MouseHook(Press(kFirstSideButton, 1, 2, kStart)), HookDecision::Pass);
+    EXPECT_EQ(MouseHook(Press(kSecondSideButton, 1, 2, kStart)), HookDecision::Consume);
+    EXPECT_EQ(MouseHook(Release(kFirstSideButton, 1, 2, kStart)), HookDecision::Pass);
+    EXPECT_EQ(MouseHook(Release(kSecondSideButton, 1, 2, kStart)), HookDecision::Consume);
 }
 
 TEST_F(RecorderTest, TheWheelIsASignedDeltaWithoutAPosition) {
     StartAt(kStart);
-    MouseHook(Mouse(kWheelMessage, 300, 400, kStart + 10, 120));
-    MouseHook(Mouse(kWheelMessage, 300, 400, kStart + 20, 0xFF88));
-    MouseHook(Mouse(kHorizontalWheelMessage, 300, 400, kStart + 30, 120));
+    MouseHook(Wheel(PointerEvent::Wheel, 300, 400, kStart + 10, 120));
+    MouseHook(Wheel(PointerEvent::Wheel, 300, 400, kStart + 20, -120));
+    MouseHook(Wheel(PointerEvent::HorizontalWheel, 300, 400, kStart + 30, 120));
     EXPECT_EQ(Macro(), (Events{{.type = EvScroll, .time = 0.01, .wheel = 120},
                                {.type = EvScroll, .time = 0.02, .wheel = -120}}));
 }
@@ -162,11 +176,11 @@ TEST_F(RecorderTest, EachFilterDropsItsKind) {
     macroSettings.recordButtons = false;
     macroSettings.recordWheel = false;
     macroSettings.recordKeys = false;
-    MouseHook(Mouse(kMouseMoveMessage, 1, 1, kStart));
-    MouseHook(Mouse(kLeftDownMessage, 1, 1, kStart));
-    MouseHook(Mouse(kLeftUpMessage, 1, 1, kStart));
-    MouseHook(Mouse(kWheelMessage, 1, 1, kStart, 120));
-    KeyboardHook(Key(kKeyDownMessage, 65));
+    MouseHook(Move(1, 1, kStart));
+    MouseHook(Press(kLeftButton, 1, 1, kStart));
+    MouseHook(Release(kLeftButton, 1, 1, kStart));
+    MouseHook(Wheel(PointerEvent::Wheel, 1, 1, kStart, 120));
+    KeyboardHook(KeyDown(65));
     macroSettings.recordRawMoves = true;
     RawMouseReport({.dx = 1, .dy = 1, .counter = kStart});
     EXPECT_EQ(Macro(), Events{});
@@ -176,13 +190,13 @@ TEST_F(RecorderTest, RelativeMovesComeFromRawReports) {
     StartAt(kStart);
     RawMouseReport({.dx = 9, .dy = 9, .counter = kStart});  // not asked for
     macroSettings.recordRawMoves = true;
-    MouseHook(Mouse(kMouseMoveMessage, 60, 70, kStart + 100));
+    MouseHook(Move(60, 70, kStart + 100));
     RawMouseReport({.dx = -3, .dy = 0, .counter = kStart + 100});
     RawMouseReport({.dx = 0, .dy = 0, .counter = kStart + 150});  // a report about buttons only
     RawMouseReport({.dx = 0, .dy = 4, .counter = kStart + 200});
-    MouseHook(Mouse(kLeftDownMessage, 60, 70, kStart + 300));
+    MouseHook(Press(kLeftButton, 60, 70, kStart + 300));
     macroSettings.recordRawMoves = false;
-    MouseHook(Mouse(kMouseMoveMessage, 60, 70, kStart + 400));  // where it was seen last
+    MouseHook(Move(60, 70, kStart + 400));  // where it was seen last
     EXPECT_EQ(Macro(), (Events{{.type = EvRelMove, .time = 0.1, .x = -3},
                                {.type = EvRelMove, .time = 0.2, .y = 4},
                                {.type = EvMouseButton, .time = 0.3, .x = 60, .y = 70, .flags = 2}}));
@@ -190,24 +204,24 @@ TEST_F(RecorderTest, RelativeMovesComeFromRawReports) {
 
 TEST_F(RecorderTest, HotkeysStayOutOfTheMacro) {
     StartAt(kStart);
-    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 119)), HookAnswer::Consume);
-    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 119)), HookAnswer::Consume);
-    EXPECT_EQ(KeyboardHook(Key(kKeyUpMessage, 119)), HookAnswer::Consume);
+    EXPECT_EQ(KeyboardHook(KeyDown(119)), HookDecision::Consume);
+    EXPECT_EQ(KeyboardHook(KeyDown(119)), HookDecision::Consume);
+    EXPECT_EQ(KeyboardHook(KeyUp(119)), HookDecision::Consume);
     hotkeyTable.play = kMiddleButton;
-    EXPECT_EQ(MouseHook(Mouse(kMiddleDownMessage, 1, 1, kStart)), HookAnswer::Consume);
-    EXPECT_EQ(MouseHook(Mouse(kMiddleUpMessage, 1, 1, kStart)), HookAnswer::Consume);
+    EXPECT_EQ(MouseHook(Press(kMiddleButton, 1, 1, kStart)), HookDecision::Consume);
+    EXPECT_EQ(MouseHook(Release(kMiddleButton, 1, 1, kStart)), HookDecision::Consume);
     EXPECT_EQ(Macro(), Events{});
     engineState.hotkeysEnabled = false;
-    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 119)), HookAnswer::Pass);
-    EXPECT_EQ(KeyboardHook(Key(kKeyUpMessage, 119)), HookAnswer::Pass);
+    EXPECT_EQ(KeyboardHook(KeyDown(119)), HookDecision::Pass);
+    EXPECT_EQ(KeyboardHook(KeyUp(119)), HookDecision::Pass);
     EXPECT_EQ(Macro().size(), 2U);
 }
 
 TEST_F(RecorderTest, ACapturedKeyIsNotRecordedButItsReleaseIs) {
     StartAt(kStart);
     ReassignKey("play");
-    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 65)), HookAnswer::Consume);
-    EXPECT_EQ(KeyboardHook(Key(kKeyUpMessage, 65)), HookAnswer::Pass);
+    EXPECT_EQ(KeyboardHook(KeyDown(65)), HookDecision::Consume);
+    EXPECT_EQ(KeyboardHook(KeyUp(65)), HookDecision::Pass);
     EXPECT_EQ(Macro(), (Events{{.type = EvKey, .virtualKey = 65}}));
 }
 
@@ -215,7 +229,7 @@ TEST_F(RecorderTest, ALeftPressPicksTheLocationAndReachesNothing) {
     engineState.pickingLocation = true;
     ReassignKey("play");
     StartAt(kStart);
-    EXPECT_EQ(MouseHook(Mouse(kLeftDownMessage, 123, -45, kStart)), HookAnswer::Consume);
+    EXPECT_EQ(MouseHook(Press(kLeftButton, 123, -45, kStart)), HookDecision::Consume);
     EXPECT_EQ(autoclickerSettings.fixedX, 123);
     EXPECT_EQ(autoclickerSettings.fixedY, -45);
     EXPECT_EQ(autoclickerSettings.locationMode, 1);
@@ -226,14 +240,14 @@ TEST_F(RecorderTest, ALeftPressPicksTheLocationAndReachesNothing) {
         MutexLock lock(macroMutex);
         EXPECT_EQ(macroState.profiles[0].settings, BuildProfileSettings());
     }
-    EXPECT_EQ(MouseHook(Mouse(kLeftUpMessage, 123, -45, kStart)), HookAnswer::Pass);
+    EXPECT_EQ(MouseHook(Release(kLeftButton, 123, -45, kStart)), HookDecision::Pass);
     EXPECT_EQ(Macro(), (Events{{.type = EvMouseButton, .x = 123, .y = -45, .flags = 4}}));
 }
 
 TEST_F(RecorderTest, ARightOrMiddlePressCancelsThePick) {
-    for (const uint32_t message : {kRightDownMessage, kMiddleDownMessage}) {
+    for (const uint32_t button : {kRightButton, kMiddleButton}) {
         engineState.pickingLocation = true;
-        EXPECT_EQ(MouseHook(Mouse(message, 9, 9, kStart)), HookAnswer::Consume);
+        EXPECT_EQ(MouseHook(Press(button, 9, 9, kStart)), HookDecision::Consume);
         EXPECT_FALSE(engineState.pickingLocation);
         EXPECT_EQ(autoclickerSettings.fixedX, 0);
         EXPECT_EQ(autoclickerSettings.locationMode, 0);
@@ -245,12 +259,12 @@ TEST_F(RecorderTest, ARightOrMiddlePressCancelsThePick) {
 TEST_F(RecorderTest, SideButtonsKeysAndReleasesDoNotEndThePick) {
     engineState.pickingLocation = true;
     hotkeyTable.autoclicker = kFirstSideButton;
-    EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 1, kStart, 1)), HookAnswer::Consume);  // as a hotkey
+    EXPECT_EQ(MouseHook(Press(kFirstSideButton, 1, 1, kStart)), HookDecision::Consume);  // as a hotkey
     EXPECT_TRUE(engineState.requestToggleAutoclicker);
-    EXPECT_EQ(MouseHook(Mouse(kSideDownMessage, 1, 1, kStart, 2)), HookAnswer::Pass);
-    EXPECT_EQ(MouseHook(Mouse(kLeftUpMessage, 1, 1, kStart)), HookAnswer::Pass);
-    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 65)), HookAnswer::Pass);
-    MouseHook(Mouse(kMouseMoveMessage, 2, 2, kStart));
+    EXPECT_EQ(MouseHook(Press(kSecondSideButton, 1, 1, kStart)), HookDecision::Pass);
+    EXPECT_EQ(MouseHook(Release(kLeftButton, 1, 1, kStart)), HookDecision::Pass);
+    EXPECT_EQ(KeyboardHook(KeyDown(65)), HookDecision::Pass);
+    MouseHook(Move(2, 2, kStart));
     EXPECT_TRUE(engineState.pickingLocation);
 }
 
@@ -277,8 +291,8 @@ TEST_F(RecorderTest, AFreshRecordingEmptiesTheMacroAndEndsTheUndo) {
 TEST_F(RecorderTest, AFreshRecordingStartsAtItsFirstEvent) {
     BeginFreshRecording();
     engineState.recordingStartCounter = kStart;
-    KeyboardHook(Key(kKeyDownMessage, 65, kStart + 4000));
-    KeyboardHook(Key(kKeyUpMessage, 65, kStart + 4250));
+    KeyboardHook(KeyDown(65, kStart + 4000));
+    KeyboardHook(KeyUp(65, kStart + 4250));
     engineState.recording = false;
     FinishRecording();
     EXPECT_EQ(Macro()[0].time, 0.0);
@@ -292,7 +306,7 @@ TEST_F(RecorderTest, AContinuedSegmentFollowsTheMacroAndCanBeUndone) {
     BeginContinuedRecording();
     engineState.recordingStartCounter = kStart;
     EXPECT_FALSE(UndoPossible());  // not while it runs
-    KeyboardHook(Key(kKeyDownMessage, 66, kStart + 3000));
+    KeyboardHook(KeyDown(66, kStart + 3000));
     engineState.recording = false;
     FinishRecording();
     ASSERT_EQ(Macro().size(), 2U);
@@ -326,7 +340,7 @@ TEST_F(RecorderTest, AnEmptyContinuedSegmentCanBeUndone) {
 TEST_F(RecorderTest, ContinuingAnEmptyMacroIsAFreshRecordingWithUndo) {
     BeginContinuedRecording();
     engineState.recordingStartCounter = kStart;
-    KeyboardHook(Key(kKeyDownMessage, 66, kStart + 3000));
+    KeyboardHook(KeyDown(66, kStart + 3000));
     engineState.recording = false;
     FinishRecording();
     EXPECT_EQ(Macro()[0].time, 0.0);
@@ -338,7 +352,7 @@ TEST_F(RecorderTest, ContinuingAnEmptyMacroIsAFreshRecordingWithUndo) {
 TEST_F(RecorderTest, EveryFieldOfAnEditLosesTheUndo) {
     BeginContinuedRecording();
     engineState.recordingStartCounter = kStart;
-    KeyboardHook(Key(kKeyDownMessage, 66, kStart));
+    KeyboardHook(KeyDown(66, kStart));
     engineState.recording = false;
     FinishRecording();
     const UnifiedEvent recorded = Macro()[0];
@@ -385,7 +399,7 @@ TEST_F(RecorderTest, WithoutAProfileEventsAreLost) {
         macroState.profiles.clear();
     }
     BeginContinuedRecording();
-    EXPECT_EQ(KeyboardHook(Key(kKeyDownMessage, 66)), HookAnswer::Pass);
+    EXPECT_EQ(KeyboardHook(KeyDown(66)), HookDecision::Pass);
     engineState.recording = false;
     FinishRecording();
     UndoContinuedRecording();
@@ -408,7 +422,7 @@ TEST_F(RecorderTest, EventsOfTwoThreadsAllArrive) {
         }
     });
     for (int i = 0; i < kEach; ++i) {
-        KeyboardHook(Key(kKeyDownMessage, 65, kStart + i));
+        KeyboardHook(KeyDown(65, kStart + i));
     }
     tools.join();
     EXPECT_EQ(Macro().size(), 2U * kEach);
@@ -421,7 +435,7 @@ TEST_F(RecorderTest, AppendingRaisesTheRevision) {
         MutexLock lock(macroMutex);
         before = macroState.revision;
     }
-    KeyboardHook(Key(kKeyDownMessage, 65));
+    KeyboardHook(KeyDown(65));
     MutexLock lock(macroMutex);
     EXPECT_GT(macroState.revision, before);
 }

@@ -1,54 +1,21 @@
+#include "platform/linux/hook_events.h"
+
 #include "platform/clock.h"
-#include "platform/linux/hook_thread.h"
-#include "platform/linux/keys.h"
+#include "platform/key_table.h"
+#include "platform/linux/hook_devices.h"
+#include "platform/linux/x11_buttons.h"
 
 #include <X11/XKBlib.h>
 #include <X11/extensions/XInput2.h>
 #include <X11/keysym.h>
 #include <algorithm>
-#include <cstring>
+#include <vector>
 
 namespace {
 
-constexpr int32_t kNotch = 120;
-constexpr int64_t kTicksPerMillisecond = 1'000'000;  // the counter is in nanoseconds on this home
+constexpr int64_t kTicksPerMillisecond = 1'000'000;  // the counter is in nanoseconds on this backend
 
-uint32_t HighWord(int32_t value) {
-    return static_cast<uint32_t>(value) << 16;
-}
-
-bool HasXtestMark(Display* display, int device) {
-    const Atom mark = XInternAtom(display, "XTEST Device", True);
-    Atom type = None;
-    int format = 0;
-    unsigned long count = 0;
-    unsigned long left = 0;
-    unsigned char* data = nullptr;
-    if (mark == None || XIGetProperty(display, device, mark, 0, 1, False, AnyPropertyType, &type, &format,
-                                      &count, &left, &data) != Success) {
-        return false;
-    }
-    const bool marked = data != nullptr && format == 8 && count > 0 && data[0] != 0;
-    if (data != nullptr) {
-        XFree(data);
-    }
-    return marked;
-}
-
-// What the device says of its first axis.
-bool SaysAbsolute(const XIDeviceInfo& info) {
-    for (int index = 0; index < info.num_classes; ++index) {
-        if (info.classes[index]->type == XIValuatorClass) {
-            const auto* axis = reinterpret_cast<const XIValuatorClassInfo*>(info.classes[index]);
-            if (axis->number == 0) {
-                return axis->mode == XIModeAbsolute;
-            }
-        }
-    }
-    return false;
-}
-
-bool QueryPointer(HookThread& thread, int* x, int* y) {
+bool QueryPointer(InputThread& thread, int* x, int* y) {
     Window root = None;
     Window child = None;
     int inWindowX = 0;
@@ -58,31 +25,31 @@ bool QueryPointer(HookThread& thread, int* x, int* y) {
            0;
 }
 
-bool NumLockIsOn(HookThread& thread) {
+bool NumLockIsOn(InputThread& thread) {
     XkbStateRec state{};
     XkbGetState(thread.display, XkbUseCoreKbd, &state);
     return (state.locked_mods & XkbKeysymToModifiers(thread.display, XK_Num_Lock)) != 0;
 }
 
-uint32_t VirtualKeyOf(HookThread& thread, const KeyPlace& place) {
-    if (place.padVirtualKey != 0 && !NumLockIsOn(thread)) {
-        return place.padVirtualKey;
+uint32_t VirtualKeyOf(InputThread& thread, const KeyInfo& key) {
+    if (key.padVirtualKey != 0 && !NumLockIsOn(thread)) {
+        return key.padVirtualKey;
     }
-    return place.virtualKey;
+    return key.virtualKey;
 }
 
-HookAnswer TellKey(HookThread& thread, uint32_t virtualKey, bool press, bool injected, int64_t counter) {
+HookDecision ReportKey(InputThread& thread, uint32_t virtualKey, bool press, bool injected, int64_t counter) {
     KeyHookRecord record;
-    record.message = press ? kKeyDownMessage : kKeyUpMessage;
     record.virtualKey = virtualKey;
+    record.down = press;
     record.injected = injected;
     record.counter = counter;
     thread.lastCounter = counter;
     return thread.sinks.onKey(record);
 }
 
-// The repeat that the server gives the focused application, which is all that it tells nobody else about.
-void StartRepeat(HookThread& thread, uint32_t keycode, uint32_t virtualKey, int64_t now) {
+// Starts the repeat that the server sends to the focused application only.
+void StartRepeat(InputThread& thread, uint32_t keycode, uint32_t virtualKey, int64_t now) {
     XkbDescPtr description = XkbAllocKeyboard();
     if (description == nullptr) {
         return;
@@ -103,48 +70,7 @@ void StartRepeat(HookThread& thread, uint32_t keycode, uint32_t virtualKey, int6
     XkbFreeKeyboard(description, XkbAllComponentsMask, True);
 }
 
-struct ButtonMessages {
-    uint32_t press;
-    uint32_t release;
-    uint32_t mouseData;
-};
-
-// A wheel's buttons have a press only.
-bool MessagesOfButton(int button, ButtonMessages* messages) {
-    switch (button) {
-    case 1:
-        *messages = {kLeftDownMessage, kLeftUpMessage, 0};
-        return true;
-    case 2:
-        *messages = {kMiddleDownMessage, kMiddleUpMessage, 0};
-        return true;
-    case 3:
-        *messages = {kRightDownMessage, kRightUpMessage, 0};
-        return true;
-    case 4:
-        *messages = {kWheelMessage, 0, HighWord(kNotch)};
-        return true;
-    case 5:
-        *messages = {kWheelMessage, 0, HighWord(-kNotch)};
-        return true;
-    case 6:
-        *messages = {kHorizontalWheelMessage, 0, HighWord(-kNotch)};
-        return true;
-    case 7:
-        *messages = {kHorizontalWheelMessage, 0, HighWord(kNotch)};
-        return true;
-    case 8:
-        *messages = {kSideDownMessage, kSideUpMessage, HighWord(1)};
-        return true;
-    case 9:
-        *messages = {kSideDownMessage, kSideUpMessage, HighWord(2)};
-        return true;
-    default:
-        return false;
-    }
-}
-
-void TellRawCounts(HookThread& thread, const std::vector<RawCounts>& counts) {
+void ReportRawCounts(InputThread& thread, const std::vector<RawCounts>& counts) {
     if (!thread.interest.rawMotion) {
         return;
     }
@@ -155,64 +81,32 @@ void TellRawCounts(HookThread& thread, const std::vector<RawCounts>& counts) {
 
 }  // namespace
 
-void ReadDevices(HookThread& thread) {
-    int count = 0;
-    XIDeviceInfo* devices = XIQueryDevice(thread.display, XIAllDevices, &count);
-    if (devices == nullptr) {
-        return;
-    }
-    std::map<int, PointerDevice> known;
-    for (int index = 0; index < count; ++index) {
-        const XIDeviceInfo& info = devices[index];
-        if (info.use != XISlavePointer && info.use != XISlaveKeyboard && info.use != XIFloatingSlave) {
-            continue;
-        }
-        PointerDevice device;
-        const auto before = thread.devices.find(info.deviceid);
-        if (before != thread.devices.end()) {
-            device = before->second;
-        }
-        device.injects = HasXtestMark(thread.display, info.deviceid);
-        if (SaysAbsolute(info)) {
-            device.motion.kind = RawKind::Positions;
-        }
-        known.emplace(info.deviceid, std::move(device));
-    }
-    XIFreeDeviceInfo(devices);
-    thread.devices.swap(known);
-}
-
-bool IsInjected(const HookThread& thread, int sourceDevice) {
-    const auto device = thread.devices.find(sourceDevice);
-    return device != thread.devices.end() && device->second.injects;
-}
-
-void OnRawKey(HookThread& thread, const XIRawEvent& event, bool press) {
+void OnRawKey(InputThread& thread, const XIRawEvent& event, bool press) {
     const int64_t now = ReadPerformanceCounter();
     const uint32_t keycode = static_cast<uint32_t>(event.detail);
-    const KeyPlace* place = KeyPlaceOfKeycode(keycode);
-    if (place == nullptr) {
+    const KeyInfo* key = FindKeyByKeycode(keycode);
+    if (key == nullptr) {
         return;
     }
     ReportMove(thread);
     const bool injected = IsInjected(thread, event.sourceid);
-    // Num Lock may have changed in between: a release is that of the key that was pressed.
+    // Num Lock may have changed meanwhile: the release belongs to the key that was pressed.
     uint32_t virtualKey = thread.pressedAs[keycode];
     if (press || virtualKey == 0) {
-        virtualKey = VirtualKeyOf(thread, *place);
+        virtualKey = VirtualKeyOf(thread, *key);
     }
     thread.pressedAs[keycode] = press ? virtualKey : 0;
     if (!press && !injected && thread.repeat.keycode == keycode) {
         thread.repeat.keycode = 0;
     }
-    const HookAnswer answer = TellKey(thread, virtualKey, press, injected, now);
-    GateAnswers& answers = (injected ? thread.keyboard.injected : thread.keyboard.real)[keycode];
-    (press ? answers.press : answers.release) = answer;
+    const HookDecision decision = ReportKey(thread, virtualKey, press, injected, now);
+    GateDecisions& decisions = (injected ? thread.keyboard.injected : thread.keyboard.real)[keycode];
+    (press ? decisions.press : decisions.release) = decision;
     if (!press && !injected) {
         thread.keyboard.released.set(keycode, thread.keyboard.swallowed.test(keycode));
     }
     if (press && !injected) {
-        if (answer == HookAnswer::Consume) {
+        if (decision == HookDecision::Consume) {
             thread.repeat.keycode = 0;
         } else if (thread.interest.everyEvent) {
             StartRepeat(thread, keycode, virtualKey, now);
@@ -220,26 +114,22 @@ void OnRawKey(HookThread& thread, const XIRawEvent& event, bool press) {
     }
 }
 
-void ReportRepeats(HookThread& thread) {
+void ReportRepeats(InputThread& thread) {
     if (!thread.interest.everyEvent) {
         thread.repeat.keycode = 0;
     }
     while (thread.repeat.keycode != 0 && ReadPerformanceCounter() >= thread.repeat.nextAt) {
-        // The time at which it was due, so that a late turn of this thread does not show in a recording.
+        // The time at which the repeat was due, so that a late turn of this thread does not show in a recording.
         const int64_t counter = std::max(thread.repeat.nextAt, thread.lastCounter);
-        TellKey(thread, thread.repeat.virtualKey, true, false, counter);
+        ReportKey(thread, thread.repeat.virtualKey, true, false, counter);
         thread.repeat.nextAt += thread.repeat.interval;
     }
 }
 
-void OnRawButton(HookThread& thread, const XIRawEvent& event, bool press) {
+void OnRawButton(InputThread& thread, const XIRawEvent& event, bool press) {
     const int64_t now = ReadPerformanceCounter();
-    ButtonMessages messages{};
-    if (!MessagesOfButton(event.detail, &messages)) {
-        return;
-    }
-    const uint32_t message = press ? messages.press : messages.release;
-    if (message == 0) {
+    const XButtonMeaning* meaning = MeaningOfXButton(event.detail);
+    if (meaning == nullptr || (!press && meaning->kind != PointerEvent::Press)) {
         return;
     }
     ReportMove(thread);
@@ -250,23 +140,24 @@ void OnRawButton(HookThread& thread, const XIRawEvent& event, bool press) {
     }
     const bool injected = IsInjected(thread, event.sourceid);
     MouseHookRecord record;
-    record.message = message;
+    record.kind = press ? meaning->kind : PointerEvent::Release;
+    record.button = meaning->button;
     record.x = x - thread.screen.x;
     record.y = y - thread.screen.y;
-    record.mouseData = messages.mouseData;
+    record.wheelDelta = meaning->wheelDelta;
     record.injected = injected;
     record.counter = now;
     thread.lastCounter = now;
-    const HookAnswer answer = thread.sinks.onMouse(record);
+    const HookDecision decision = thread.sinks.onMouse(record);
     const uint32_t button = static_cast<uint32_t>(event.detail);
-    GateAnswers& answers = (injected ? thread.pointer.injected : thread.pointer.real)[button];
-    (press ? answers.press : answers.release) = answer;
+    GateDecisions& decisions = (injected ? thread.pointer.injected : thread.pointer.real)[button];
+    (press ? decisions.press : decisions.release) = decision;
     if (!press && !injected) {
         thread.pointer.released.set(button, thread.pointer.swallowed.test(button));
     }
 }
 
-void OnRawMotion(HookThread& thread, const XIRawEvent& event) {
+void OnRawMotion(InputThread& thread, const XIRawEvent& event) {
     RawReport report;
     report.counter = ReadPerformanceCounter();
     const double* value = event.raw_values;
@@ -288,20 +179,20 @@ void OnRawMotion(HookThread& thread, const XIRawEvent& event) {
     }
     const auto device = thread.devices.find(event.sourceid);
     const bool injected = device != thread.devices.end() && device->second.injects;
-    if (thread.moveWaits && thread.moveInjected != injected) {
+    if (thread.movePending && thread.moveInjected != injected) {
         ReportMove(thread);
     }
-    thread.moveWaits = true;
+    thread.movePending = true;
     thread.moveInjected = injected;
     if (device != thread.devices.end() && !injected) {
         thread.moveDevice = event.sourceid;
         std::vector<RawCounts> counts;
         TakeRawReport(device->second.motion, report, thread.pointerX, thread.pointerY, counts);
-        TellRawCounts(thread, counts);
+        ReportRawCounts(thread, counts);
     }
 }
 
-void RememberPointer(HookThread& thread) {
+void RememberPointer(InputThread& thread) {
     int x = 0;
     int y = 0;
     if (QueryPointer(thread, &x, &y)) {
@@ -310,11 +201,11 @@ void RememberPointer(HookThread& thread) {
     }
 }
 
-void ReportMove(HookThread& thread) {
-    if (!thread.moveWaits) {
+void ReportMove(InputThread& thread) {
+    if (!thread.movePending) {
         return;
     }
-    thread.moveWaits = false;
+    thread.movePending = false;
     const int64_t now = ReadPerformanceCounter();
     int x = 0;
     int y = 0;
@@ -322,12 +213,12 @@ void ReportMove(HookThread& thread) {
         return;
     }
     const auto device = thread.devices.find(thread.moveDevice);
-    // The question above brought in every event before its answer: if none is left, this is where the last report led.
+    // The query above delivered every event before its reply. If none is left, the last report led to this position.
     if (!thread.moveInjected && device != thread.devices.end() &&
         XEventsQueued(thread.display, QueuedAlready) == 0) {
         std::vector<RawCounts> counts;
-        JudgeRawMotion(device->second.motion, x, y, counts);
-        TellRawCounts(thread, counts);
+        ClassifyRawMotion(device->second.motion, x, y, counts);
+        ReportRawCounts(thread, counts);
     }
     thread.pointerX = x;
     thread.pointerY = y;
@@ -335,7 +226,7 @@ void ReportMove(HookThread& thread) {
         return;
     }
     MouseHookRecord record;
-    record.message = kMouseMoveMessage;
+    record.kind = PointerEvent::Move;
     record.x = x - thread.screen.x;
     record.y = y - thread.screen.y;
     record.injected = thread.moveInjected;

@@ -1,17 +1,20 @@
-// NOTE: X11 lets nobody look at an event and then decide. A passive grab in synchronous mode comes close: the server
-// hands us the press of a reserved key and stops the device until we say whether the event is swallowed or replayed to
-// the application that would have had it. The release then comes to us too, but so does every other key meanwhile.
-// HACK: while a swallowed key is down the whole device is held by an explicit synchronous grab, and each foreign event
-// is replayed, which ends the grab, and the device is taken hold of again.
-#include "platform/linux/hook_thread.h"
-#include "platform/linux/keys.h"
+#include "platform/linux/hook_gate.h"
+
+#include "platform/key_table.h"
+#include "platform/linux/hook_devices.h"
+#include "platform/linux/x11_buttons.h"
 
 #include <vector>
 
+// NOTE: X11 has no hook that inspects an event before the application receives it. A passive grab in synchronous mode
+// comes close: the server sends us the press of a reserved key and stops the device until we swallow the event or replay
+// it to the application. We then receive the release too, but also every other key meanwhile.
+// HACK: while a swallowed key is down, an explicit synchronous grab holds the whole device. Each foreign event is
+// replayed, which ends the grab, and the device is grabbed again.
 namespace {
 
-// The events that a grab of this gate hands over. Raw events are among them: while a device is grabbed, the client that
-// has the grab gets them through the grab or not at all.
+// The events that a grab of this gate delivers. Raw events are among them: while a device is grabbed, the client with the
+// grab receives them through the grab or not at all.
 struct GrabMask {
     explicit GrabMask(const Gate& gate) {
         if (gate.isKeyboard) {
@@ -38,7 +41,7 @@ struct GrabMask {
     XIEventMask mask{};
 };
 
-int GrabCode(HookThread& thread, Gate& gate, int code, std::vector<XIGrabModifiers>& modifiers) {
+int GrabCode(InputThread& thread, Gate& gate, int code, std::vector<XIGrabModifiers>& modifiers) {
     GrabMask mask(gate);
     const int count = static_cast<int>(modifiers.size());
     if (gate.isKeyboard) {
@@ -49,8 +52,8 @@ int GrabCode(HookThread& thread, Gate& gate, int code, std::vector<XIGrabModifie
                         False, &mask.mask, count, modifiers.data());
 }
 
-// With whatever modifiers are down. Where another program has one combination for itself, all others are still taken.
-void Reserve(HookThread& thread, Gate& gate, int code) {
+// Reserves the code with all modifiers. If another program has grabbed one combination, all others are still reserved.
+void Reserve(InputThread& thread, Gate& gate, int code) {
     std::vector<XIGrabModifiers> any = {{static_cast<int>(XIAnyModifier), 0}};
     if (GrabCode(thread, gate, code, any) == 0) {
         return;
@@ -63,7 +66,7 @@ void Reserve(HookThread& thread, Gate& gate, int code) {
     GrabCode(thread, gate, code, each);
 }
 
-void Unreserve(HookThread& thread, Gate& gate, int code) {
+void Unreserve(InputThread& thread, Gate& gate, int code) {
     XIGrabModifiers any{static_cast<int>(XIAnyModifier), 0};
     if (gate.isKeyboard) {
         XIUngrabKeycode(thread.display, gate.device, code, thread.root, 1, &any);
@@ -72,7 +75,7 @@ void Unreserve(HookThread& thread, Gate& gate, int code) {
     }
 }
 
-void ReserveOnly(HookThread& thread, Gate& gate, const std::bitset<kCodeLimit>& wanted) {
+void ReserveOnly(InputThread& thread, Gate& gate, const std::bitset<kCodeLimit>& wanted) {
     const std::bitset<kCodeLimit> changed = gate.reserved ^ wanted;
     if (changed.none()) {
         return;
@@ -89,27 +92,23 @@ void ReserveOnly(HookThread& thread, Gate& gate, const std::bitset<kCodeLimit>& 
     gate.reserved = wanted;
 }
 
-constexpr int kButtonCodes[][2] = {{1, 1}, {2, 3}, {4, 2}, {5, 8}, {6, 9}};  // button code, X button
-
-void WantCode(uint32_t code, std::bitset<kCodeLimit>& keycodes, std::bitset<kCodeLimit>& buttons) {
-    for (const auto& each : kButtonCodes) {
-        if (static_cast<uint32_t>(each[0]) == code) {
-            buttons.set(static_cast<size_t>(each[1]));
-            return;
-        }
+void AddCode(uint32_t code, std::bitset<kCodeLimit>& keycodes, std::bitset<kCodeLimit>& buttons) {
+    if (const int xButton = XButtonOf(code)) {
+        buttons.set(static_cast<size_t>(xButton));
+        return;
     }
     if (code == 0) {
         return;
     }
     for (uint32_t keycode = 8; keycode < kCodeLimit; ++keycode) {
-        const KeyPlace* place = KeyPlaceOfKeycode(keycode);
-        if (place != nullptr && (place->virtualKey == code || place->padVirtualKey == code)) {
+        const KeyInfo* key = FindKeyByKeycode(keycode);
+        if (key != nullptr && (key->virtualKey == code || key->padVirtualKey == code)) {
             keycodes.set(keycode);
         }
     }
 }
 
-void Hold(HookThread& thread, Gate& gate) {
+void Hold(InputThread& thread, Gate& gate) {
     GrabMask mask(gate);
     gate.held = XIGrabDevice(thread.display, gate.device, thread.root, CurrentTime, None, XIGrabModeSync,
                              XIGrabModeAsync, False, &mask.mask) == XIGrabSuccess;
@@ -124,16 +123,16 @@ bool WantsHold(const Gate& gate) {
 
 }  // namespace
 
-void ApplyInterest(HookThread& thread) {
+void ApplyInterest(InputThread& thread) {
     const HookInterest& interest = thread.interest;
     std::bitset<kCodeLimit> keycodes;
     std::bitset<kCodeLimit> buttons;
     for (int index = 0; index < interest.codeCount; ++index) {
-        WantCode(interest.codes[index], keycodes, buttons);
+        AddCode(interest.codes[index], keycodes, buttons);
     }
-    for (const auto& each : kButtonCodes) {
-        if ((interest.buttons & (1U << each[0])) != 0) {
-            buttons.set(static_cast<size_t>(each[1]));
+    for (uint32_t button = kLeftButton; button <= kSecondSideButton; ++button) {
+        if ((interest.buttons & (1U << button)) != 0) {
+            buttons.set(static_cast<size_t>(XButtonOf(button)));
         }
     }
     ReserveOnly(thread, thread.keyboard, keycodes);
@@ -141,15 +140,15 @@ void ApplyInterest(HookThread& thread) {
     thread.keyboard.captureAll = interest.anyKey;
 }
 
-void AdjustHold(HookThread& thread, Gate& gate) {
+void AdjustHold(InputThread& thread, Gate& gate) {
     const bool leaves = gate.held && !WantsHold(gate);
     if (leaves || gate.released.any()) {
-        // Letting go while an event waits for its answer would lose it: first everything that is on its way.
+        // A release of the grab would lose an event that waits for its decision, so all events are handled first.
         XSync(thread.display, False);
         if (XEventsQueued(thread.display, QueuedAlready) > 0) {
             return;
         }
-        // A release that did not come through the grab went past it.
+        // The release of these did not come through the grab.
         gate.swallowed &= ~gate.released;
         gate.released.reset();
     }
@@ -164,25 +163,25 @@ void AdjustHold(HookThread& thread, Gate& gate) {
     }
 }
 
-void OnGrabbedEvent(HookThread& thread, const XIDeviceEvent& event) {
+void OnGrabbedEvent(InputThread& thread, const XIDeviceEvent& event) {
     Gate& gate = event.deviceid == thread.keyboard.device ? thread.keyboard : thread.pointer;
     const size_t code = static_cast<size_t>(event.detail) % kCodeLimit;
     const bool press = event.evtype == XI_KeyPress || event.evtype == XI_ButtonPress;
     const bool release = event.evtype == XI_KeyRelease || event.evtype == XI_ButtonRelease;
-    HookAnswer answer = HookAnswer::Pass;
+    HookDecision decision = HookDecision::Pass;
     if (gate.isKeyboard && (event.flags & XIKeyRepeat) != 0) {
         // A held key that was swallowed stays so; a repeat is never a press of its own.
-        answer = gate.swallowed.test(code) ? HookAnswer::Consume : HookAnswer::Pass;
+        decision = gate.swallowed.test(code) ? HookDecision::Consume : HookDecision::Pass;
     } else if (press || release) {
         const bool injected = IsInjected(thread, event.sourceid);
-        const GateAnswers& answers = (injected ? gate.injected : gate.real)[code];
-        answer = press ? answers.press : answers.release;
+        const GateDecisions& decisions = (injected ? gate.injected : gate.real)[code];
+        decision = press ? decisions.press : decisions.release;
         if (!injected) {
-            gate.swallowed.set(code, press && answer == HookAnswer::Consume);
+            gate.swallowed.set(code, press && decision == HookDecision::Consume);
             gate.released.reset(code);
         }
     }
-    if (answer == HookAnswer::Pass) {
+    if (decision == HookDecision::Pass) {
         XIAllowEvents(thread.display, gate.device, XIReplayDevice, CurrentTime);
         gate.held = false;
         if (WantsHold(gate)) {
@@ -194,7 +193,7 @@ void OnGrabbedEvent(HookThread& thread, const XIDeviceEvent& event) {
     } else if (gate.held) {
         XIAllowEvents(thread.display, gate.device, XISyncDevice, CurrentTime);
     } else {
-        // The grab of the press would end with its release, and other swallowed keys may then still be down.
+        // The grab of this press ends with its release, but other swallowed keys may still be down then.
         Hold(thread, gate);
         if (!gate.held) {
             XIAllowEvents(thread.display, gate.device, XISyncDevice, CurrentTime);
@@ -203,7 +202,7 @@ void OnGrabbedEvent(HookThread& thread, const XIDeviceEvent& event) {
     XFlush(thread.display);
 }
 
-void PauseHold(HookThread& thread, Gate& gate) {
+void PauseHold(InputThread& thread, Gate& gate) {
     if (gate.held) {
         XIUngrabDevice(thread.display, gate.device, CurrentTime);
         gate.held = false;
@@ -214,7 +213,7 @@ bool HoldIsMissing(const Gate& gate) {
     return WantsHold(gate) && !gate.held;
 }
 
-void ReleaseGrabs(HookThread& thread) {
+void ReleaseGrabs(InputThread& thread) {
     for (Gate* gate : {&thread.keyboard, &thread.pointer}) {
         ReserveOnly(thread, *gate, {});
         XIUngrabDevice(thread.display, gate->device, CurrentTime);

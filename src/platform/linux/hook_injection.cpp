@@ -1,11 +1,7 @@
-// NOTE: a held device hands every event to the input thread, also those that this program sends, and the way through it
-// leaves a moment in which the release of the held key may slip past to the application.
-// HACK: while a device is held, fake input for it is handed to the input thread, which lets go, sends, and takes hold
-// again in one go on its own connection. The sender waits, so that its input keeps its order.
 #include "platform/linux/hook_injection.h"
 
-#include "platform/linux/hook_thread.h"
-#include "platform/linux/hook_wake.h"
+#include "platform/linux/hook_gate.h"
+#include "platform/linux/input_thread_wake.h"
 
 #include <X11/extensions/XTest.h>
 #include <algorithm>
@@ -16,6 +12,10 @@
 #include <mutex>
 #include <vector>
 
+// NOTE: the input thread receives every event of a held device, also those that this program sends. Replaying them
+// leaves a moment in which the release of the held key may reach the application.
+// HACK: while a device is held, senders pass fake input for it to the input thread, which releases the device, sends,
+// and grabs it again at once on its own connection. The sender waits, so that its input keeps its order.
 namespace {
 
 enum class FakeKind { Key, Button, Position, Motion };
@@ -29,7 +29,7 @@ struct FakeInput {
     bool sent = false;  // guarded by the list's mutex
 };
 
-// A sender gives up waiting after this and sends by itself: the input thread may be busy in a sink.
+// After this a sender sends by itself: the input thread may be busy in a sink.
 constexpr auto kHandOverLimit = std::chrono::milliseconds(50);
 
 // Written by the input thread, read by the senders.
@@ -41,7 +41,7 @@ std::condition_variable handOverDone;
 std::vector<FakeInput*> handedOver;  // guarded by handOverMutex; each lives on its sender's stack
 thread_local bool isInputThread = false;
 
-// The protocol has 16 bits for a position; no screen is wider.
+// The protocol has 16 bits for a position. No screen is wider.
 int ShortNumber(int32_t value) {
     return std::clamp<int32_t>(value, INT16_MIN, INT16_MAX);
 }
@@ -66,7 +66,7 @@ void SendNow(Display* display, const FakeInput& input) {
 bool SendThroughInputThread(FakeInput& input) {
     std::unique_lock lock(handOverMutex);
     handedOver.push_back(&input);
-    WakeHookThread();
+    WakeInputThread();
     handOverDone.wait_for(lock, kHandOverLimit, [&] { return input.sent; });
     if (!input.sent) {
         std::erase(handedOver, &input);
@@ -117,18 +117,18 @@ void SendFakeMotion(Display* display, int32_t dx, int32_t dy) {
     Send(display, input);
 }
 
-void PublishHolds(const HookThread& thread) {
+void PublishHolds(const InputThread& thread) {
     isInputThread = true;
     keyboardHeld.store(thread.keyboard.held);
     pointerHeld.store(thread.pointer.held);
 }
 
-bool HandOverWaits() {
+bool HasHandedOverInput() {
     const std::lock_guard lock(handOverMutex);
     return !handedOver.empty();
 }
 
-void SendHandedOver(HookThread& thread) {
+void SendHandedOver(InputThread& thread) {
     const std::lock_guard lock(handOverMutex);
     for (FakeInput* input : handedOver) {
         Gate& gate = input->kind == FakeKind::Key ? thread.keyboard : thread.pointer;

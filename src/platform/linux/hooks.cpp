@@ -1,49 +1,44 @@
 #include "platform/hooks.h"
 
 #include "platform/clock.h"
-#include "platform/linux/hook_thread.h"
-#include "platform/linux/hook_wake.h"
+#include "platform/linux/hook_devices.h"
+#include "platform/linux/hook_events.h"
+#include "platform/linux/hook_gate.h"
+#include "platform/linux/hook_injection.h"
+#include "platform/linux/input_thread.h"
+#include "platform/linux/input_thread_wake.h"
 #include "platform/linux/session_watch.h"
 
 #include <X11/extensions/Xrandr.h>
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <memory>
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace {
 
-// Atomic. `hookRunning` is written by the input thread, the others by any thread.
+// The input thread writes `hookRunning`, any thread writes `hookStopWanted`.
 std::atomic<bool> hookRunning{false};
 std::atomic<bool> hookStopWanted{false};
 
-constexpr int kRetryHoldMilliseconds = 20;  // another program has the device; it may let go at any time
+constexpr int kRetryHoldMilliseconds = 20;  // another program has the device and may release it at any time
 
-// Open for the whole life of the process, since another thread may signal it while the input thread ends.
-int WakeFile() {
-    static const int file = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    return file;
-}
-
-bool PrepareInputExtension(HookThread& thread) {
+bool PrepareInputExtension(InputThread& thread) {
     int firstEvent = 0;
     int firstError = 0;
     if (XQueryExtension(thread.display, "XInputExtension", &thread.inputOpcode, &firstEvent, &firstError) ==
         0) {
         return false;
     }
-    // From 2.1 on, raw events arrive also while a device is grabbed. The server answers with what it has, at most 2.4.
+    // From 2.1 on, raw events arrive also while a device is grabbed. The server replies with its own version, at most 2.4.
     int major = 2;
     int minor = 4;
     XIQueryVersion(thread.display, &major, &minor);
     return major > 2 || (major == 2 && minor >= 1);
 }
 
-// The first pair of master devices, which is the one that applications get their input from.
-bool FindMasters(HookThread& thread) {
+// Finds the first pair of master devices: applications receive their input from it.
+bool FindMasters(InputThread& thread) {
     int count = 0;
     XIDeviceInfo* masters = XIQueryDevice(thread.display, XIAllMasterDevices, &count);
     if (masters == nullptr) {
@@ -62,7 +57,7 @@ bool FindMasters(HookThread& thread) {
     return found;
 }
 
-void SelectEvents(HookThread& thread) {
+void SelectEvents(InputThread& thread) {
     unsigned char raw[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(raw, XI_RawKeyPress);
     XISetMask(raw, XI_RawKeyRelease);
@@ -79,7 +74,7 @@ void SelectEvents(HookThread& thread) {
     XISelectEvents(thread.display, thread.root, masks, 2);
 }
 
-void RefreshInterest(HookThread& thread) {
+void RefreshInterest(InputThread& thread) {
     HookInterest interest;
     thread.sinks.readInterest(&interest);
     if (interest == thread.interest) {
@@ -95,7 +90,7 @@ void RefreshInterest(HookThread& thread) {
     ApplyInterest(thread);
 }
 
-void OnInputEvent(HookThread& thread, const XGenericEventCookie& cookie) {
+void OnInputEvent(InputThread& thread, const XGenericEventCookie& cookie) {
     switch (cookie.evtype) {
     case XI_RawKeyPress:
     case XI_RawKeyRelease:
@@ -123,7 +118,7 @@ void OnInputEvent(HookThread& thread, const XGenericEventCookie& cookie) {
     }
 }
 
-void OnEvent(HookThread& thread, XEvent& event) {
+void OnEvent(InputThread& thread, XEvent& event) {
     if (event.type == GenericEvent && event.xcookie.extension == thread.inputOpcode) {
         if (XGetEventData(thread.display, &event.xcookie) != 0) {
             OnInputEvent(thread, event.xcookie);
@@ -135,8 +130,8 @@ void OnEvent(HookThread& thread, XEvent& event) {
     }
 }
 
-// Everything that the server has sent so far.
-void HandleEvents(HookThread& thread) {
+// Handles everything that the server has sent so far.
+void HandleEvents(InputThread& thread) {
     while (!thread.displayLost && XPending(thread.display) > 0) {
         XEvent event;
         XNextEvent(thread.display, &event);
@@ -153,7 +148,7 @@ int SoonerTimeout(int left, int right) {
     return std::min(left, right);
 }
 
-int RepeatTimeout(const HookThread& thread) {
+int RepeatTimeout(const InputThread& thread) {
     if (thread.repeat.keycode == 0) {
         return -1;
     }
@@ -161,7 +156,7 @@ int RepeatTimeout(const HookThread& thread) {
     return left <= 0 ? 0 : static_cast<int>(left / 1'000'000 + 1);
 }
 
-void WaitForWork(HookThread& thread, SessionWatch* session) {
+void WaitForWork(InputThread& thread, SessionWatch* session) {
     int timeout = SoonerTimeout(RepeatTimeout(thread), SessionWatchTimeout(session));
     if (HoldIsMissing(thread.keyboard) || HoldIsMissing(thread.pointer)) {
         timeout = SoonerTimeout(timeout, kRetryHoldMilliseconds);
@@ -170,17 +165,15 @@ void WaitForWork(HookThread& thread, SessionWatch* session) {
         timeout = 0;
     }
     pollfd files[3] = {{ConnectionNumber(thread.display), POLLIN, 0},
-                       {WakeFile(), POLLIN, 0},
+                       {InputThreadWakeFile(), POLLIN, 0},
                        {SessionWatchFile(session), SessionWatchEvents(session), 0}};
     poll(files, 3, timeout);
     if ((files[1].revents & POLLIN) != 0) {
-        uint64_t count = 0;
-        while (read(WakeFile(), &count, sizeof(count)) < 0 && errno == EINTR) {
-        }
+        ClearInputThreadWake();
     }
 }
 
-void ServeEvents(HookThread& thread) {
+void ServeEvents(InputThread& thread) {
     SessionWatch* session = OpenSessionWatch(thread.sinks.onSessionChange);
     while (!hookStopWanted.load() && !thread.displayLost) {
         RefreshInterest(thread);
@@ -192,7 +185,7 @@ void ServeEvents(HookThread& thread) {
             CloseSessionWatch(session);
             session = nullptr;
         }
-        if (HandOverWaits()) {
+        if (HasHandedOverInput()) {
             XSync(thread.display, False);
             HandleEvents(thread);
             SendHandedOver(thread);
@@ -206,14 +199,8 @@ void ServeEvents(HookThread& thread) {
 
 }  // namespace
 
-void WakeHookThread() {
-    const uint64_t one = 1;
-    while (write(WakeFile(), &one, sizeof(one)) < 0 && errno == EINTR) {
-    }
-}
-
 void RunInputThread(const HookSinks& sinks) {
-    auto thread = std::make_unique<HookThread>();
+    auto thread = std::make_unique<InputThread>();
     thread->sinks = sinks;
     thread->display = OpenDisplay(&thread->displayLost);
     if (thread->display == nullptr) {
@@ -243,12 +230,12 @@ void RunInputThread(const HookSinks& sinks) {
 void StopInputThread() {
     if (hookRunning.load()) {
         hookStopWanted.store(true);
-        WakeHookThread();
+        WakeInputThread();
     }
 }
 
 void HookInterestChanged() {
     if (hookRunning.load()) {
-        WakeHookThread();
+        WakeInputThread();
     }
 }

@@ -1,7 +1,8 @@
 #include "platform/input.h"
 
+#include "platform/key_table.h"
 #include "platform/linux/hook_injection.h"
-#include "platform/linux/keys.h"
+#include "platform/linux/x11_buttons.h"
 #include "platform/linux/x11_display.h"
 
 #include <X11/Xatom.h>
@@ -11,7 +12,6 @@
 
 namespace {
 
-constexpr int32_t kWheelNotch = 120;
 constexpr uint32_t kDefaultDoubleClick = 500;
 
 // Pixel of an absolute coordinate: the least one whose coordinate is not below it, so that every pixel that was scaled
@@ -22,20 +22,8 @@ int32_t PixelOfAbsolute(int32_t coordinate, int32_t size) {
     return static_cast<int32_t>(coordinate < 0 ? -pixel : pixel);
 }
 
-// The X button of one of the button flags, and whether the flag is its press. 128 names no side button without
-// mouseData and has none, as on Windows.
-struct ButtonFlag {
-    uint32_t flag;
-    uint32_t button;
-    bool press;
-};
-constexpr ButtonFlag kButtonFlags[] = {
-    {kMouseLeftDown, 1, true}, {kMouseLeftUp, 1, false},    {kMouseRightDown, 3, true},
-    {kMouseRightUp, 3, false}, {kMouseMiddleDown, 2, true}, {kMouseMiddleUp, 2, false},
-};
-
 void SendWheel(Display* display, int32_t delta) {
-    const uint32_t button = delta > 0 ? 4 : 5;
+    const uint32_t button = delta > 0 ? kXWheelUp : kXWheelDown;
     // X11 knows whole notches only. A smaller turn is one notch, so that it is not lost.
     const int64_t size = std::abs(static_cast<int64_t>(delta));
     int64_t notches = delta == 0 ? 0 : (size + kWheelNotch - 1) / kWheelNotch;
@@ -45,40 +33,14 @@ void SendWheel(Display* display, int32_t delta) {
     }
 }
 
-void SendMouse(Display* display, const InputRecord& record) {
-    if ((record.dwFlags & kMouseMove) != 0) {
-        if ((record.dwFlags & kMouseAbsolute) != 0) {
-            const ScreenArea screen = PrimaryScreen();
-            SendFakePosition(display, screen.x + PixelOfAbsolute(record.dx, screen.width),
-                             screen.y + PixelOfAbsolute(record.dy, screen.height));
-        } else {
-            SendFakeMotion(display, record.dx, record.dy);
-        }
-    }
-    for (const ButtonFlag& each : kButtonFlags) {
-        if ((record.dwFlags & each.flag) != 0) {
-            SendFakeButton(display, each.button, each.press);
-        }
-    }
-    if ((record.dwFlags & kMouseWheel) != 0) {
-        SendWheel(display, static_cast<int32_t>(record.mouseData));
-    }
-}
-
-void SendKeyboard(Display* display, const InputRecord& record) {
-    if ((record.dwFlags & kKeyScanCode) == 0 || record.wScan == 0) {
+void SendKey(Display* display, const InputAction& action) {
+    if (action.scanCode == 0) {
         return;
     }
-    const bool extended = (record.dwFlags & kKeyExtended) != 0;
-    const KeyPlace* place = KeyPlaceOfScanCode(extended ? record.wScan | kPrefixE0 : record.wScan);
-    if (place != nullptr) {
-        SendFakeKey(display, KeycodeOf(*place), (record.dwFlags & kKeyUp) == 0);
+    const uint32_t prefix = action.extended ? kPrefixE0 : 0;
+    if (const KeyInfo* key = FindKeyByScanCode(action.scanCode | prefix)) {
+        SendFakeKey(display, KeycodeOf(*key), action.down);
     }
-}
-
-// The keys that the sender itself marks as extended; see IsExtendedKey of the engines.
-bool MarkedBySender(uint32_t virtualKey) {
-    return (virtualKey >= 33 && virtualKey <= 40) || virtualKey == 45 || virtualKey == 46;
 }
 
 // An integer of the desktop's settings, as their manager publishes them; false if there is none.
@@ -138,15 +100,35 @@ bool ReadDesktopSetting(Display* display, const char* name, uint32_t* value) {
 
 }  // namespace
 
-void SendInputRecord(const InputRecord& record) {
+void SendInputAction(const InputAction& action) {
     Display* display = ThreadDisplay();
     if (display == nullptr) {
         return;
     }
-    if (record.type == kInputMouse) {
-        SendMouse(display, record);
-    } else if (record.type == kInputKeyboard) {
-        SendKeyboard(display, record);
+    switch (action.kind) {
+    case InputKind::MoveTo: {
+        const ScreenArea screen = PrimaryScreen();
+        SendFakePosition(display, screen.x + PixelOfAbsolute(action.x, screen.width),
+                         screen.y + PixelOfAbsolute(action.y, screen.height));
+        break;
+    }
+    case InputKind::MoveBy:
+        SendFakeMotion(display, action.x, action.y);
+        break;
+    case InputKind::Button:
+        // A side button without a name is none: nothing is sent, as on Windows.
+        if (const int xButton = XButtonOf(action.button)) {
+            SendFakeButton(display, static_cast<uint32_t>(xButton), action.down);
+        }
+        break;
+    case InputKind::ButtonFlags:
+        break;
+    case InputKind::Wheel:
+        SendWheel(display, action.wheelDelta);
+        break;
+    case InputKind::Key:
+        SendKey(display, action);
+        break;
     }
 }
 
@@ -180,21 +162,20 @@ bool ReadPointerPosition(int32_t* x, int32_t* y) {
     return true;
 }
 
-// NOTE: Windows gives a right-hand Ctrl or a volume key the bare code of another key here, so that it is sent and named
-// as that one.
-// HACK: the prefix stays in the code, where the key's name and its sending find it again; only the keys that the sender
-// marks by itself come without.
+// NOTE: Windows returns the code without prefix, so that it sends and names a right Ctrl or a volume key as another key.
+// HACK: the prefix stays in the code, where sending and naming find it again. Only the keys that the sender marks as
+// extended lose it.
 uint32_t ScanCodeOfKey(uint32_t virtualKey) {
-    const KeyPlace* place = KeyPlaceOfVirtualKey(virtualKey);
-    if (place == nullptr) {
+    const KeyInfo* key = FindKeyByVirtualKey(virtualKey);
+    if (key == nullptr) {
         return 0;
     }
-    return MarkedBySender(virtualKey) ? place->scanCode & 0xFFU : place->scanCode;
+    return IsExtendedKey(virtualKey) ? key->scanCode & 0xFFU : key->scanCode;
 }
 
-std::string SystemKeyName(int32_t keyParameter) {
-    const KeyPlace* place = KeyPlaceOfScanCode((static_cast<uint32_t>(keyParameter) >> 16) & 0x3FFU);
-    return place == nullptr ? std::string() : std::string(place->name);
+std::string SystemKeyName(uint32_t scanCode, bool extended) {
+    const KeyInfo* key = FindKeyByScanCode(extended ? scanCode | kPrefixE0 : scanCode);
+    return key == nullptr ? std::string() : std::string(key->name);
 }
 
 uint32_t DoubleClickMilliseconds() {

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The manager's object for our session; empty if we are in none.
+// Returns the manager's object of our session, empty if there is no session.
 std::string SessionPath(const BusLibrary& library) {
     const char* named = std::getenv("XDG_SESSION_ID");
     std::string session = named == nullptr ? "" : named;
@@ -38,13 +38,13 @@ std::string SessionPath(const BusLibrary& library) {
 struct SessionWatch {
     const BusLibrary* library = nullptr;
     sd_bus* bus = nullptr;
-    void (*onChange)(uint32_t change) = nullptr;
+    void (*onChange)(SessionChange change) = nullptr;
 };
 
 namespace {
 
 int OnLock(sd_bus_message* /*message*/, void* userData, BusError* /*error*/) {
-    static_cast<SessionWatch*>(userData)->onChange(kSessionLock);
+    static_cast<SessionWatch*>(userData)->onChange(SessionChange::Lock);
     return 0;
 }
 
@@ -71,9 +71,9 @@ int OnProperties(sd_bus_message* message, void* userData, BusError* /*error*/) {
                 return 0;
             }
             if (locked && value != 0) {
-                watch->onChange(kSessionLock);
+                watch->onChange(SessionChange::Lock);
             } else if (active && value == 0) {
-                watch->onChange(kSessionConsoleDisconnect);
+                watch->onChange(SessionChange::ConsoleDisconnect);
             }
         } else if (library.skip(message, "v") < 0) {
             return 0;
@@ -83,14 +83,14 @@ int OnProperties(sd_bus_message* message, void* userData, BusError* /*error*/) {
     return 0;
 }
 
-// A match that the bus refuses must not end the connection.
+// A match rule that the bus rejects must not end the connection.
 int OnInstalled(sd_bus_message* /*message*/, void* /*userData*/, BusError* /*error*/) {
     return 0;
 }
 
 }  // namespace
 
-SessionWatch* OpenSessionWatch(void (*onChange)(uint32_t change)) {
+SessionWatch* OpenSessionWatch(void (*onChange)(SessionChange change)) {
     const BusLibrary* library = LoadBusLibrary();
     if (library == nullptr) {
         return nullptr;

@@ -1,20 +1,20 @@
-// Lock and disconnect of the log-on session, as the log-on manager tells them on the system bus. Linux home only; one
-// thread. Without the bus, its library or the manager there is simply nothing to hear.
+// Lock and disconnect of the log-on session, as the log-on manager reports them on the system bus. One thread. Nothing is
+// reported without the bus, its library or the manager.
 #pragma once
 
-#include <cstdint>
+#include "platform/hooks.h"
 
 struct SessionWatch;
 
-// Null where there is no bus.
-SessionWatch* OpenSessionWatch(void (*onChange)(uint32_t change));
+// Returns null if there is no bus.
+SessionWatch* OpenSessionWatch(void (*onChange)(SessionChange change));
 void CloseSessionWatch(SessionWatch* watch);
 
-// What to wait for: the descriptor, -1 for none, its poll events, and the time in milliseconds after which
-// ReadSessionWatch is due anyway, -1 for never. All take null.
+// What to wait for: the descriptor (-1: none), its poll events, and the milliseconds until ReadSessionWatch is due anyway
+// (-1: never). All accept null.
 int SessionWatchFile(SessionWatch* watch);
 short SessionWatchEvents(SessionWatch* watch);
 int SessionWatchTimeout(SessionWatch* watch);
 
-// Calls onChange for what has arrived. False when the bus is gone: close the watch then.
+// Calls onChange for each change that has arrived. Returns false if the bus is lost: close the watch then.
 bool ReadSessionWatch(SessionWatch* watch);

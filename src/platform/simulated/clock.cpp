@@ -1,6 +1,6 @@
-#include "platform/clock.h"
+#include "platform/simulated/clock.h"
 
-#include "platform/simulated/scheduler.h"
+#include "platform/clock.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "platform/desktop.h"
+#include "platform/simulated/desktop.h"
 
-#include "platform/simulated/scheduler.h"
+#include "platform/desktop.h"
 
 #include <algorithm>
 

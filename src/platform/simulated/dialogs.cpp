@@ -1,6 +1,6 @@
-#include "platform/dialogs.h"
+#include "platform/simulated/dialogs.h"
 
-#include "platform/simulated/scheduler.h"
+#include "platform/dialogs.h"
 
 #include <deque>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "platform/end_request.h"
+#include "platform/simulated/end_request.h"
 
-#include "platform/simulated/simulation.h"
+#include "platform/end_request.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Real files of the machine, with failures on demand.
-#include "platform/files.h"
+#include "platform/simulated/files.h"
 
-#include "platform/simulated/scheduler.h"
+#include "platform/files.h"
 
 #include <atomic>
 #include <cstdio>
@@ -23,13 +23,13 @@ FileState state;
 std::atomic<int> operations{0};
 std::atomic<int> failingOperation{0};
 std::atomic<SimFileFault> failingFault{SimFileFault::Refused};
-std::atomic<bool> failingForGood{false};
+std::atomic<bool> failsPermanently{false};
 
 // Counts the operation that begins here; gives what goes wrong with it, if anything does.
 std::optional<SimFileFault> NextFault(const std::string& path) {
     const int number = ++operations;
     const int failing = failingOperation;
-    if (failing != 0 && (number == failing || (failingForGood && number > failing))) {
+    if (failing != 0 && (number == failing || (failsPermanently && number > failing))) {
         return failingFault;
     }
     if (state.failingPaths.count(path) != 0) {
@@ -134,9 +134,9 @@ bool WriteFileBytes(const std::string& path, std::string_view bytes) {
     return std::fclose(file) == 0 && written && !fault;
 }
 
-void SimFailFileOperation(int number, SimFileFault fault, bool forGood) {
+void SimFailFileOperation(int number, SimFileFault fault, bool permanently) {
     failingFault = fault;
-    failingForGood = forGood;
+    failsPermanently = permanently;
     failingOperation = number == 0 ? 0 : operations + number;
 }
 

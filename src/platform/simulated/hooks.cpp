@@ -1,7 +1,7 @@
-#include "platform/hooks.h"
+#include "platform/simulated/hooks.h"
 
 #include "platform/clock.h"
-#include "platform/simulated/input_state.h"
+#include "platform/key_table.h"
 #include "platform/simulated/scheduler.h"
 #include "platform/wake.h"
 
@@ -16,7 +16,7 @@ struct HookEvent {
     HookEventKind kind = HookEventKind::Input;
     SimArrival arrival;
     RawMouseRecord raw;
-    uint32_t sessionChange = 0;
+    SessionChange sessionChange = SessionChange::Lock;
 };
 
 struct HookState {
@@ -24,7 +24,7 @@ struct HookState {
     const HookSinks* sinks = nullptr;  // while RunInputThread runs
     WakeEvent* wake = nullptr;
     bool stop = false;
-    bool inSink = false;  // another thread may have been let in at a signal that a sink gave
+    bool inSink = false;  // a sink that signals an event may let another thread run
     bool interestChanged = false;
     HookInterest interest;
     std::deque<HookEvent> queue;
@@ -34,54 +34,40 @@ struct HookState {
 
 HookState state;
 
-uint32_t ButtonMessage(uint32_t code, bool down) {
-    switch (code) {
-    case 1:
-        return down ? kLeftDownMessage : kLeftUpMessage;
-    case 2:
-        return down ? kRightDownMessage : kRightUpMessage;
-    case 4:
-        return down ? kMiddleDownMessage : kMiddleUpMessage;
-    default:
-        return down ? kSideDownMessage : kSideUpMessage;
-    }
-}
-
-HookAnswer AskKeySink(const SimArrival& arrival) {
+HookDecision AskKeySink(const SimArrival& arrival) {
     KeyHookRecord record;
-    if (arrival.system) {
-        record.message = arrival.down ? kSysKeyDownMessage : kSysKeyUpMessage;
-    } else {
-        record.message = arrival.down ? kKeyDownMessage : kKeyUpMessage;
-    }
     record.virtualKey = arrival.code;
+    record.down = arrival.down;
     record.injected = arrival.injected;
     record.counter = arrival.counter;
     return state.sinks->onKey(record);
 }
 
-HookAnswer AskMouseSink(const SimArrival& arrival) {
-    MouseHookRecord record;
-    SimPointer(&record.x, &record.y);
-    record.injected = arrival.injected;
-    record.counter = arrival.counter;
+PointerEvent PointerEventOf(const SimArrival& arrival) {
     switch (arrival.kind) {
     case SimSeenKind::Move:
-        record.message = kMouseMoveMessage;
+        return PointerEvent::Move;
+    case SimSeenKind::Wheel:
+        return PointerEvent::Wheel;
+    case SimSeenKind::HorizontalWheel:
+        return PointerEvent::HorizontalWheel;
+    default:
+        return arrival.down ? PointerEvent::Press : PointerEvent::Release;
+    }
+}
+
+HookDecision AskMouseSink(const SimArrival& arrival) {
+    MouseHookRecord record;
+    record.kind = PointerEventOf(arrival);
+    record.injected = arrival.injected;
+    record.button = arrival.code;
+    record.wheelDelta = arrival.wheel;
+    record.counter = arrival.counter;
+    if (record.kind == PointerEvent::Move) {
         record.x = arrival.x;
         record.y = arrival.y;
-        break;
-    case SimSeenKind::Wheel:
-    case SimSeenKind::HorizontalWheel:
-        record.message = arrival.kind == SimSeenKind::Wheel ? kWheelMessage : kHorizontalWheelMessage;
-        record.mouseData = static_cast<uint32_t>(arrival.wheel) << 16;
-        break;
-    default:
-        record.message = ButtonMessage(arrival.code, arrival.down);
-        if (arrival.code >= 5) {
-            record.mouseData = (arrival.code - 4) << 16;
-        }
-        break;
+    } else {
+        SimPointer(&record.x, &record.y);
     }
     return state.sinks->onMouse(record);
 }
@@ -111,17 +97,18 @@ void ReadInterest() {
 void Deliver(const SimArrival& arrival) {
     const bool press = arrival.down && !arrival.injected &&
                        (arrival.kind == SimSeenKind::Key || arrival.kind == SimSeenKind::Button);
-    // A system that lets a press be reserved keeps its repeats with whoever got the press.
+    // A system that reserves presses delivers the repeats to the program that received the press.
     const bool covered = press && (InterestCovers(arrival) || state.hidden.count(arrival.code) != 0);
     state.inSink = true;
-    const HookAnswer answer = arrival.kind == SimSeenKind::Key ? AskKeySink(arrival) : AskMouseSink(arrival);
+    const HookDecision decision =
+        arrival.kind == SimSeenKind::Key ? AskKeySink(arrival) : AskMouseSink(arrival);
     state.inSink = false;
-    if (press && answer == HookAnswer::Consume) {
+    if (press && decision == HookDecision::Consume) {
         state.hidden.insert(arrival.code);
     } else if (!arrival.injected && !arrival.down) {
         state.hidden.erase(arrival.code);
     }
-    if (answer == HookAnswer::Pass) {
+    if (decision == HookDecision::Pass) {
         SimArrive(arrival);
     } else if (press && !covered) {
         state.complaints.push_back("consumed without announced interest: code " +
@@ -163,10 +150,10 @@ SimArrival ButtonArrival(uint32_t code, bool down, bool injected) {
 
 }  // namespace
 
-// NOTE: the system calls low-level hooks on the thread that installed them, also for input that a program makes.
-// HACK: input from SendInputRecord is given to the sinks on the sender's thread. Only one thread runs at a time, so it
-// is as if the input thread had its turn at that moment, without the cost of two hand-overs for every click. If the
-// input thread is inside a sink or has input waiting, the new input goes behind it.
+// NOTE: the system calls low-level hooks on the thread that installed them, also for input that a program sends.
+// HACK: the sinks see input of SendInputAction on the sender's thread. Only one thread runs at a time, so this equals a
+// turn of the input thread at that moment, without two changes of the turn for every click. If the input thread is
+// inside a sink or has input queued, the new input is queued behind it.
 void SimHandOver(const SimArrival& arrival, bool queued) {
     SimArrival stamped = arrival;
     stamped.counter = ReadPerformanceCounter();
@@ -232,14 +219,6 @@ void SimKey(uint32_t virtualKey, bool down, bool injected) {
     SimHandOver(arrival, true);
 }
 
-void SimSysKey(uint32_t virtualKey, bool down) {
-    SimArrival arrival;
-    arrival.code = virtualKey;
-    arrival.down = down;
-    arrival.system = true;
-    SimHandOver(arrival, true);
-}
-
 void SimButton(uint32_t code, bool down, bool injected) {
     SimHandOver(ButtonArrival(code, down, injected), true);
 }
@@ -278,7 +257,7 @@ void SimRawMove(int32_t dx, int32_t dy) {
     Post(event);
 }
 
-void SimSessionChange(uint32_t change) {
+void SimSessionChange(SessionChange change) {
     if (state.sinks == nullptr) {
         return;
     }

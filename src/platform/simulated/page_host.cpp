@@ -1,7 +1,8 @@
 #include "platform/page_host.h"
 
 #include "platform/process.h"
-#include "platform/simulated/scheduler.h"
+#include "platform/simulated/desktop.h"
+#include "platform/simulated/page_host.h"
 #include "platform/wake.h"
 #include "platform/window_frame.h"
 

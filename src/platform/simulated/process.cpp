@@ -1,6 +1,6 @@
-#include "platform/process.h"
+#include "platform/simulated/process.h"
 
-#include "platform/simulated/scheduler.h"
+#include "platform/process.h"
 
 #include <set>
 

@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/threads.h"
+#include "platform/wake.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -300,7 +301,7 @@ void SimSpend(int64_t ticks) {
     clockTicks.store(Now() + ticks, std::memory_order_relaxed);
 }
 
-void SimBegin(const SimOptions& options) {
+void SimResetScheduler(const SimOptions& options) {
     scheduler.options = options;
     scheduler.randomState = options.seed;
     scheduler.scheduleHash = 14695981039346656037ULL;
@@ -316,16 +317,6 @@ void SimBegin(const SimOptions& options) {
     scheduler.driver = driver.get();
     self = driver.get();
     scheduler.participants.push_back(std::move(driver));
-
-    SimResetClock();
-    SimResetHooks();
-    SimResetInput();
-    SimResetDesktop();
-    SimResetDialogs();
-    SimResetPage();
-    SimResetFiles();
-    SimResetProcess();
-    SimResetShell();
 }
 
 std::string SimEnd() {

@@ -1,28 +1,52 @@
-// The virtual clock and the turn that is handed from thread to thread. All of it belongs to whoever holds the turn; the
-// hand-off itself is the only lock.
+// The virtual clock and the turn that passes from thread to thread. Everything belongs to the thread that has the turn;
+// passing the turn is the only lock.
 #pragma once
 
-#include "platform/simulated/simulation.h"
-#include "platform/wake.h"
-
 #include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
 
-// Random numbers of the run's seed.
+constexpr int64_t kSimTicksPerMillisecond = 10000;  // the counter runs at 10 MHz
+
+struct SimOptions {
+    uint64_t seed = 1;
+    int64_t spinTicks = 100;  // duration of one SpinOnce, and of a wait with limit 0 that finds no event set
+    int64_t sendTicks = 0;    // duration of one SendInputAction
+    int64_t overshootTicks = 0;  // sleeps and limited waits end late by a random amount up to this
+    uint32_t preemptPercent =
+        0;  // chance that SignalWake and SendInputAction let another runnable thread go first
+};
+
+// Every thread waits and nothing can wake one. Thrown where the driver waits; the text lists the waiting threads.
+class SimDeadlock : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Lets all other threads run to their end. Returns what the threads that never end wait for; empty if all ended.
+std::string SimEnd();
+
+double SimMilliseconds();  // since SimBegin
+int64_t SimTicks();        // since SimBegin
+// Advances by this much. On return everything that can happen up to that moment has happened.
+void SimRunFor(double milliseconds);
+// Runs everything that can happen without the clock advancing.
+void SimSettle();
+// Runs until `done` holds, which is tested whenever all threads wait. Returns false if the limit passes first.
+bool SimRunUntil(const std::function<bool()>& done, double limitMilliseconds);
+// Returns a hash of the order and the times in which threads have run.
+uint64_t SimScheduleHash();
+// Returns how many threads started through StartThread have not ended.
+int SimLiveThreads();
+
+// For the other parts of the simulated platform, on the thread that has the turn.
+
+// Returns a random number of the run's seed.
 uint64_t SimRandom();
 const SimOptions& SimCurrentOptions();
-
-// Lets another runnable thread go first, by the chance that the options give.
+// Lets another runnable thread go first, with the chance that the options give.
 void SimMaybePreempt();
-// Moves the clock on without giving up the turn.
+// Advances the clock without passing the turn.
 void SimSpend(int64_t ticks);
-
-// What SimBegin resets besides the scheduler.
-void SimResetHooks();
-void SimResetInput();
-void SimResetDesktop();
-void SimResetDialogs();
-void SimResetPage();
-void SimResetFiles();
-void SimResetProcess();
-void SimResetShell();
-void SimResetClock();
+void SimResetScheduler(const SimOptions& options);

@@ -1,6 +1,6 @@
-#include "platform/shell.h"
+#include "platform/simulated/shell.h"
 
-#include "platform/simulated/scheduler.h"
+#include "platform/shell.h"
 
 static SimShell shell;
 

@@ -1,6 +1,6 @@
-#include "platform/window_frame.h"
+#include "platform/simulated/window_frame.h"
 
-#include "platform/simulated/simulation.h"
+#include "platform/simulated/desktop.h"
 
 #include <algorithm>
 

@@ -1,55 +1,46 @@
 #include "platform/hooks.h"
 
 #include "platform/clock.h"
+#include "platform/win32/hook_records.h"
 
 #include <windows.h>
 
 #include <wtsapi32.h>
 
 #include <atomic>
-
-static_assert(kKeyDownMessage == WM_KEYDOWN && kSysKeyUpMessage == WM_SYSKEYUP);
-static_assert(kMouseMoveMessage == WM_MOUSEMOVE && kHorizontalWheelMessage == WM_MOUSEHWHEEL);
-static_assert(kSessionConsoleDisconnect == WTS_CONSOLE_DISCONNECT && kSessionLock == WTS_SESSION_LOCK);
-static_assert(kSessionRemoteDisconnect == WTS_REMOTE_DISCONNECT);
+#include <optional>
 
 static const wchar_t kWindowClass[] = L"RawInputHiddenWindow";
 
-// Written by RunInputThread, read by StopInputThread: the running input thread, 0 while there is none.
-static std::atomic<DWORD> hookThreadId = 0;
+// Written by RunInputThread, read by StopInputThread. The id of the running input thread, 0 if there is none.
+static std::atomic<DWORD> inputThreadId = 0;
 
-// The input thread's own: what its procedures call.
+// Input thread only: the functions that its procedures call.
 static HookSinks activeSinks;
 
-// An exception must not reach the system that called us; input that could not be judged passes.
-template <typename Ask> static HookAnswer AnswerOf(Ask ask) {
+// Returns the sink's decision. An exception must not reach the system that called us: the input then passes.
+template <typename Sink> static HookDecision CallSink(Sink sink) {
     try {
-        return ask();
+        return sink();
     } catch (...) {
-        return HookAnswer::Pass;
+        return HookDecision::Pass;
     }
 }
 
-template <typename Tell> static void TellGuarded(Tell tell) {
+template <typename Report> static void CallGuarded(Report report) {
     try {
-        tell();
+        report();
     } catch (...) {
-        // One lost report.
+        // One report is lost.
     }
 }
 
 static LRESULT CALLBACK MouseHookProcedure(int code, WPARAM message, LPARAM data) {
-    int64_t counter = ReadPerformanceCounter();
+    const int64_t counter = ReadPerformanceCounter();
     if (code >= 0 && activeSinks.onMouse) {
         const auto& event = *reinterpret_cast<const MSLLHOOKSTRUCT*>(data);
-        MouseHookRecord record;
-        record.message = static_cast<uint32_t>(message);
-        record.x = event.pt.x;
-        record.y = event.pt.y;
-        record.mouseData = event.mouseData;
-        record.injected = (event.flags & LLMHF_INJECTED) != 0;
-        record.counter = counter;
-        if (AnswerOf([&] { return activeSinks.onMouse(record); }) == HookAnswer::Consume) {
+        const std::optional<MouseHookRecord> record = MouseHookRecordOf(message, event, counter);
+        if (record && CallSink([&] { return activeSinks.onMouse(*record); }) == HookDecision::Consume) {
             return 1;
         }
     }
@@ -57,15 +48,11 @@ static LRESULT CALLBACK MouseHookProcedure(int code, WPARAM message, LPARAM data
 }
 
 static LRESULT CALLBACK KeyboardHookProcedure(int code, WPARAM message, LPARAM data) {
-    int64_t counter = ReadPerformanceCounter();
+    const int64_t counter = ReadPerformanceCounter();
     if (code >= 0 && activeSinks.onKey) {
         const auto& event = *reinterpret_cast<const KBDLLHOOKSTRUCT*>(data);
-        KeyHookRecord record;
-        record.message = static_cast<uint32_t>(message);
-        record.virtualKey = event.vkCode;
-        record.injected = (event.flags & LLKHF_INJECTED) != 0;
-        record.counter = counter;
-        if (AnswerOf([&] { return activeSinks.onKey(record); }) == HookAnswer::Consume) {
+        const KeyHookRecord record = KeyHookRecordOf(message, event, counter);
+        if (CallSink([&] { return activeSinks.onKey(record); }) == HookDecision::Consume) {
             return 1;
         }
     }
@@ -85,17 +72,15 @@ static void ReportRawInput(HRAWINPUT report, int64_t counter) {
     record.dx = input.data.mouse.lLastX;
     record.dy = input.data.mouse.lLastY;
     record.counter = counter;
-    TellGuarded([&] { activeSinks.onRawMouse(record); });
+    CallGuarded([&] { activeSinks.onRawMouse(record); });
 }
 
 static LRESULT CALLBACK HiddenWindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_INPUT && activeSinks.onRawMouse) {
         ReportRawInput(reinterpret_cast<HRAWINPUT>(lParam), ReadPerformanceCounter());
     } else if (message == WM_WTSSESSION_CHANGE && activeSinks.onSessionChange) {
-        auto change = static_cast<uint32_t>(wParam);
-        if (change == kSessionConsoleDisconnect || change == kSessionRemoteDisconnect ||
-            change == kSessionLock) {
-            TellGuarded([&] { activeSinks.onSessionChange(change); });
+        if (const std::optional<SessionChange> change = SessionChangeOf(wParam)) {
+            CallGuarded([&] { activeSinks.onSessionChange(*change); });
         }
     }
     // DefWindowProcW also frees the raw input report.
@@ -130,10 +115,10 @@ static void PumpMessages() {
 
 void RunInputThread(const HookSinks& sinks) {
     activeSinks = sinks;
-    // A thread has no message queue before its first message call, and WM_QUIT posted before that is lost.
+    // A thread has no message queue before its first message call. WM_QUIT posted earlier is lost.
     MSG ignored;
     PeekMessageW(&ignored, nullptr, WM_USER, WM_USER, PM_NOREMOVE);
-    hookThreadId = GetCurrentThreadId();
+    inputThreadId = GetCurrentThreadId();
 
     HINSTANCE module = GetModuleHandleW(nullptr);
     RegisterHiddenWindowClass(module);
@@ -146,7 +131,7 @@ void RunInputThread(const HookSinks& sinks) {
 
     PumpMessages();
 
-    hookThreadId = 0;
+    inputThreadId = 0;
     UnhookWindowsHookEx(mouseHook);
     UnhookWindowsHookEx(keyboardHook);
     WTSUnRegisterSessionNotification(window);
@@ -156,10 +141,10 @@ void RunInputThread(const HookSinks& sinks) {
 }
 
 void StopInputThread() {
-    if (DWORD thread = hookThreadId) {
+    if (DWORD thread = inputThreadId) {
         PostThreadMessageW(thread, WM_QUIT, 0, 0);
     }
 }
 
-// Hooks see everything here anyway, whatever the sinks want.
+// The hooks receive everything, whatever the sinks want.
 void HookInterestChanged() {}

@@ -1,24 +1,11 @@
 #include "platform/input.h"
 
+#include "platform/win32/input_record.h"
+
 #include <windows.h>
 
-void SendInputRecord(const InputRecord& record) {
-    INPUT input = {};
-    input.type = record.type;
-    if (record.type == INPUT_MOUSE) {
-        input.mi.dx = record.dx;
-        input.mi.dy = record.dy;
-        input.mi.mouseData = record.mouseData;
-        input.mi.dwFlags = record.dwFlags;
-        input.mi.time = record.time;
-        input.mi.dwExtraInfo = record.dwExtraInfo;
-    } else {
-        input.ki.wVk = record.wVk;
-        input.ki.wScan = record.wScan;
-        input.ki.dwFlags = record.dwFlags;
-        input.ki.time = record.time;
-        input.ki.dwExtraInfo = record.dwExtraInfo;
-    }
+void SendInputAction(const InputAction& action) {
+    INPUT input = InputRecordOf(action);
     SendInput(1, &input, sizeof input);
 }
 
@@ -44,9 +31,10 @@ uint32_t ScanCodeOfKey(uint32_t virtualKey) {
     return MapVirtualKeyW(virtualKey, MAPVK_VK_TO_VSC);
 }
 
-std::string SystemKeyName(int32_t keyParameter) {
+std::string SystemKeyName(uint32_t scanCode, bool extended) {
     char name[128];
-    int length = GetKeyNameTextA(keyParameter, name, sizeof name);
+    const LONG parameter = static_cast<LONG>((scanCode << 16) | (extended ? 1U << 24 : 0U));
+    int length = GetKeyNameTextA(parameter, name, sizeof name);
     return length > 0 ? std::string(name, static_cast<size_t>(length)) : std::string();
 }
 

@@ -1,9 +1,9 @@
-// The hooks against real input: a person's keys and clicks come from the outer server. Run by tests/linux/run.sh.
+// The hooks against real input: a user's keys and clicks come from the outer server. Run by tests/linux/run.sh.
 #include "test_desktop.h"
 
 #include "platform/desktop.h"
 #include "platform/input.h"
-#include "platform/linux/keys.h"
+#include "platform/key_table.h"
 #include "platform/process.h"
 
 #include <algorithm>
@@ -15,25 +15,18 @@
 
 namespace {
 
-void SendKeyRecord(uint16_t scanCode, bool down) {
-    InputRecord record;
-    record.type = kInputKeyboard;
-    record.wScan = scanCode;
-    record.dwFlags = kKeyScanCode | (down ? 0 : kKeyUp);
-    SendInputRecord(record);
+void SendKey(uint16_t scanCode, bool down) {
+    SendInputAction({.kind = InputKind::Key, .down = down, .scanCode = scanCode});
 }
 
-void SendMouseRecord(uint32_t flags) {
-    InputRecord record;
-    record.type = kInputMouse;
-    record.dwFlags = flags;
-    SendInputRecord(record);
+void SendButton(uint32_t button, bool down) {
+    SendInputAction({.kind = InputKind::Button, .down = down, .button = button});
 }
 
 class Hooks : public testing::Test {
   protected:
     Hooks() {
-        person.MoveTo(400, 300);
+        user.MoveTo(400, 300);
         SetRepeat(5000, 1000);  // none, unless a test asks for it
     }
 
@@ -48,7 +41,7 @@ class Hooks : public testing::Test {
     void Fence() {
         const int before = target.Count('K', kKeyZ);
         const int heard = CountKeys(90, false);
-        person.Tap(kKeyZ);
+        user.Tap(kKeyZ);
         ASSERT_TRUE(WaitFor([&] {
             return target.Count('K', kKeyZ) > before && (hooks.Stopped() || CountKeys(90, false) > heard);
         })) << target.Text()
@@ -56,7 +49,7 @@ class Hooks : public testing::Test {
     }
     void ButtonFence() {
         const int before = target.Count('B', 1);
-        person.Click(1);
+        user.Click(1);
         ASSERT_TRUE(WaitFor([&] { return target.Count('B', 1) > before; })) << target.Text();
     }
 
@@ -72,7 +65,7 @@ class Hooks : public testing::Test {
     int CountKeys(uint32_t virtualKey, bool down) {
         int count = 0;
         for (const KeyHookRecord& each : hooks.Keys()) {
-            count += each.virtualKey == virtualKey && (each.message == kKeyDownMessage) == down ? 1 : 0;
+            count += each.virtualKey == virtualKey && each.down == down ? 1 : 0;
         }
         return count;
     }
@@ -103,20 +96,20 @@ class Hooks : public testing::Test {
     }
 
     // One for all tests: a window manager moves the focus about when a window goes.
-    static TargetWindow& FocusedTarget(Person& person) {
+    static TargetWindow& FocusedTarget(User& user) {
         static TargetWindow window(100, 100, 800, 600);
-        window.AwaitFocus(person);
+        window.AwaitFocus(user);
         return window;
     }
 
-    Person person;
-    TargetWindow& target = FocusedTarget(person);
-    HookedThread hooks{person};
+    User user;
+    TargetWindow& target = FocusedTarget(user);
+    HookedThread hooks{user};
 };
 
 TEST_F(Hooks, PlainKeyIsHeardAndArrives) {
     target.Clear();
-    person.Tap(kKeyA);
+    user.Tap(kKeyA);
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == 1; }));
     EXPECT_EQ(target.Text(), "k38 K38");
     ExpectKeys("d65 u65");
@@ -125,7 +118,7 @@ TEST_F(Hooks, PlainKeyIsHeardAndArrives) {
 TEST_F(Hooks, SwallowedKeyIsHiddenPressAndRelease) {
     hooks.Swallow({kCodeF6});
     target.Clear();
-    person.Tap(kKeyF6);
+    user.Tap(kKeyF6);
     Fence();
     EXPECT_EQ(target.Text(), "k52 K52");
     ExpectKeys("d117 u117 d90 u90");
@@ -138,7 +131,7 @@ TEST_F(Hooks, ReservedKeyThatPassesArrivesOnce) {
         TheSinks().swallow.clear();
     }
     target.Clear();
-    person.Tap(kKeyF6);
+    user.Tap(kKeyF6);
     Fence();
     EXPECT_EQ(target.Text(), "k72 K72 k52 K52");
     ExpectKeys("d117 u117 d90 u90");
@@ -148,16 +141,16 @@ TEST_F(Hooks, ReservedKeyThatPassesArrivesOnce) {
 TEST_F(Hooks, OwnKeysArriveWhileASwallowedKeyIsHeld) {
     hooks.Swallow({kCodeF6});
     target.Clear();
-    person.Key(kKeyF6, true);
+    user.Key(kKeyF6, true);
     ASSERT_TRUE(WaitFor([&] { return hooks.KeyText() == "d117"; }));
     constexpr int kTimes = 300;
     for (int time = 0; time < kTimes; ++time) {
-        SendKeyRecord(0x1E, true);
-        SendKeyRecord(0x1E, false);
+        SendKey(0x1E, true);
+        SendKey(0x1E, false);
         SleepMilliseconds(1);
     }
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == kTimes; })) << target.Count('K', kKeyA);
-    person.Key(kKeyF6, false);
+    user.Key(kKeyF6, false);
     Fence();
     EXPECT_EQ(target.Count('k', kKeyA), kTimes);
     EXPECT_EQ(target.Count('k', kKeyF6), 0);
@@ -170,7 +163,7 @@ TEST_F(Hooks, OtherProgramsKeysArriveWhileASwallowedKeyIsHeld) {
     OtherProgram other;
     hooks.Swallow({kCodeF6});
     target.Clear();
-    person.Key(kKeyF6, true);
+    user.Key(kKeyF6, true);
     ASSERT_TRUE(WaitFor([&] { return hooks.KeyText() == "d117"; }));
     std::string expected;
     for (int time = 1; time <= 100; ++time) {
@@ -178,9 +171,9 @@ TEST_F(Hooks, OtherProgramsKeysArriveWhileASwallowedKeyIsHeld) {
         expected += "k38 K38 ";
         ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == time; }));
     }
-    person.Tap(kKeyB);
+    user.Tap(kKeyB);
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyB) == 1; }));
-    person.Key(kKeyF6, false);
+    user.Key(kKeyF6, false);
     Fence();
     EXPECT_EQ(target.Text(), expected + "k56 K56 k52 K52");
 }
@@ -188,13 +181,13 @@ TEST_F(Hooks, OtherProgramsKeysArriveWhileASwallowedKeyIsHeld) {
 TEST_F(Hooks, TwoSwallowedKeysOverlap) {
     hooks.Swallow({kCodeF6, kCodeF7});
     target.Clear();
-    person.Key(kKeyF6, true);
-    person.Key(kKeyF7, true);
-    person.Key(kKeyF6, false);
-    person.Tap(kKeyA);
+    user.Key(kKeyF6, true);
+    user.Key(kKeyF7, true);
+    user.Key(kKeyF6, false);
+    user.Tap(kKeyA);
     ASSERT_TRUE(WaitFor([&] { return target.Text() == "k38 K38"; }))
         << target.Text() << " " << hooks.KeyText();
-    person.Key(kKeyF7, false);
+    user.Key(kKeyF7, false);
     Fence();
     EXPECT_EQ(target.Text(), "k38 K38 k52 K52");
     ExpectKeys("d117 d118 u117 d65 u65 u118 d90 u90");
@@ -205,8 +198,8 @@ TEST_F(Hooks, SwallowedKeysInABurst) {
     target.Clear();
     constexpr int kTimes = 200;
     for (int time = 0; time < kTimes; ++time) {
-        person.Tap(kKeyF6);
-        person.Tap(kKeyA);
+        user.Tap(kKeyF6);
+        user.Tap(kKeyA);
     }
     Fence();
     EXPECT_EQ(target.Count('k', kKeyF6), 0);
@@ -222,19 +215,19 @@ TEST_F(Hooks, SwallowedWithModifiersAndLocks) {
     for (const uint32_t modifier : {37U, 50U, 64U, 133U, 66U, 77U, 105U, 108U}) {
         target.Clear();
         const int presses = CountKeys(kCodeF6, true);
-        person.Key(modifier, true);
-        person.Key(kKeyF6, true);
+        user.Key(modifier, true);
+        user.Key(kKeyF6, true);
         ASSERT_TRUE(WaitFor([&] { return CountKeys(kCodeF6, true) == presses + 1; }));
-        person.Key(kKeyF6, false);
+        user.Key(kKeyF6, false);
         ASSERT_TRUE(WaitFor([&] { return CountKeys(kCodeF6, false) == presses + 1; }));
         hooks.AwaitInterest();
-        person.Key(modifier, false);
+        user.Key(modifier, false);
         Fence();
         EXPECT_EQ(target.Count('k', kKeyF6), 0) << modifier;
         EXPECT_EQ(target.Count('K', kKeyF6), 0) << modifier;
     }
-    person.Tap(66);  // the locks as they were
-    person.Tap(77);
+    user.Tap(66);  // the locks as they were
+    user.Tap(77);
     Fence();
 }
 
@@ -242,7 +235,7 @@ TEST_F(Hooks, InterestThatEndsFreesTheKey) {
     hooks.Swallow({kCodeF6});
     hooks.Swallow({});
     target.Clear();
-    person.Tap(kKeyF6);
+    user.Tap(kKeyF6);
     Fence();
     EXPECT_EQ(target.Text(), "k72 K72 k52 K52");
 }
@@ -252,13 +245,13 @@ TEST_F(Hooks, InjectedInputIsMarkedAndNeverHeldBack) {
     hooks.Swallow({kCodeF6, 4});
     target.Clear();
     hooks.Clear();
-    SendKeyRecord(0x40, true);
-    SendKeyRecord(0x40, false);
+    SendKey(0x40, true);
+    SendKey(0x40, false);
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyF6) == 1; }));
     other.Tap(kKeyF6);
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyF6) == 2; }));
-    SendMouseRecord(kMouseMiddleDown);
-    SendMouseRecord(kMouseMiddleUp);
+    SendButton(kMiddleButton, true);
+    SendButton(kMiddleButton, false);
     ASSERT_TRUE(WaitFor([&] { return target.Count('B', 2) == 1; }));
     other.Click(2);
     ASSERT_TRUE(WaitFor([&] { return target.Count('B', 2) == 2; }));
@@ -276,9 +269,9 @@ TEST_F(Hooks, RepeatOfAKeyThatPassesIsNoPress) {
         TheSinks().swallow.clear();
     }
     target.Clear();
-    person.Key(kKeyF6, true);
+    user.Key(kKeyF6, true);
     ASSERT_TRUE(WaitFor([&] { return target.Count('k', kKeyF6) >= 8; }));
-    person.Key(kKeyF6, false);
+    user.Key(kKeyF6, false);
     Fence();
     ExpectKeys("d117 u117 d90 u90");
 }
@@ -287,13 +280,13 @@ TEST_F(Hooks, RepeatOfASwallowedKeyStaysHidden) {
     SetRepeat(30, 10);
     hooks.Swallow({kCodeF6});
     target.Clear();
-    person.Key(kKeyF6, true);
+    user.Key(kKeyF6, true);
     // Some clicks' worth of time: each is waited for.
     const int64_t start = ReadPerformanceCounter();
     do {
         ButtonFence();
     } while (ReadPerformanceCounter() < start + ReadPerformanceFrequency() / 4);
-    person.Key(kKeyF6, false);
+    user.Key(kKeyF6, false);
     Fence();
     EXPECT_EQ(target.Count('k', kKeyF6), 0);
     EXPECT_EQ(target.Count('K', kKeyF6), 0);
@@ -305,18 +298,18 @@ TEST_F(Hooks, RecordingHearsRepeats) {
     HookInterest interest;
     interest.everyEvent = true;
     hooks.SetInterest(interest);
-    person.Key(kKeyA, true);
+    user.Key(kKeyA, true);
     ASSERT_TRUE(WaitFor([&] { return CountKeys(65, true) >= 4; }));
     // Another key takes the repeat over; a modifier, which does not repeat, leaves it alone.
-    person.Key(kKeyB, true);
+    user.Key(kKeyB, true);
     ASSERT_TRUE(WaitFor([&] { return CountKeys(66, true) >= 4; }));
     const int downsOfA = CountKeys(65, true);
-    person.Key(kKeyShiftRight, true);
+    user.Key(kKeyShiftRight, true);
     const int downsOfB = CountKeys(66, true);
     ASSERT_TRUE(WaitFor([&] { return CountKeys(66, true) >= downsOfB + 3; }));
-    person.Key(kKeyB, false);
-    person.Key(kKeyA, false);
-    person.Key(kKeyShiftRight, false);
+    user.Key(kKeyB, false);
+    user.Key(kKeyA, false);
+    user.Key(kKeyShiftRight, false);
     ASSERT_TRUE(WaitFor([&] { return CountKeys(161, false) == 1; }));
     ExpectCount(65, true, downsOfA);
     ExpectCount(65, false, 1);
@@ -324,23 +317,23 @@ TEST_F(Hooks, RecordingHearsRepeats) {
     ExpectCount(161, true, 1);
     // The last event of B is its release, and times only grow.
     int64_t before = 0;
-    uint32_t lastOfB = 0;
+    bool lastOfB = true;
     for (const KeyHookRecord& each : hooks.Keys()) {
         EXPECT_GE(each.counter, before);
         before = each.counter;
         if (each.virtualKey == 66) {
-            lastOfB = each.message;
+            lastOfB = each.down;
         }
     }
-    EXPECT_EQ(lastOfB, kKeyUpMessage);
+    EXPECT_FALSE(lastOfB);
 }
 
 TEST_F(Hooks, WithoutARecordingNoRepeatsAreHeard) {
     SetRepeat(30, 10);
     target.Clear();
-    person.Key(kKeyA, true);
+    user.Key(kKeyA, true);
     ASSERT_TRUE(WaitFor([&] { return target.Count('k', kKeyA) >= 6; }));
-    person.Key(kKeyA, false);
+    user.Key(kKeyA, false);
     Fence();
     ExpectCount(65, true, 1);
 }
@@ -350,13 +343,13 @@ TEST_F(Hooks, CaptureTakesTheNextKeyWhateverItIs) {
         target.Clear();
         hooks.Clear();
         hooks.CaptureNextKey();
-        person.Tap(keycode);
+        user.Tap(keycode);
         ASSERT_TRUE(WaitFor([&] { return hooks.Keys().size() == 2; }));
         hooks.AwaitInterest();
         Fence();
         EXPECT_EQ(target.Count('k', keycode), 0) << keycode;
         // Captured once; the next press passes.
-        person.Tap(keycode);
+        user.Tap(keycode);
         Fence();
         EXPECT_EQ(target.Count('k', keycode), 1) << keycode;
     }
@@ -368,10 +361,10 @@ TEST_F(Hooks, CaptureLetsInjectedKeysThrough) {
     hooks.CaptureNextKey();
     other.Tap(kKeyB);
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyB) == 1; }));
-    SendKeyRecord(0x1E, true);
-    SendKeyRecord(0x1E, false);
+    SendKey(0x1E, true);
+    SendKey(0x1E, false);
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == 1; }));
-    person.Tap(kKeyF7);
+    user.Tap(kKeyF7);
     ASSERT_TRUE(WaitFor([&] { return hooks.KeyText().find("u118") != std::string::npos; }));
     Fence();
     EXPECT_EQ(target.Count('k', kKeyF7), 0);
@@ -386,7 +379,7 @@ TEST_F(Hooks, CaptureEndsWithoutAKey) {
         TheSinks().captureKey = false;
     }
     hooks.SetInterest(HookInterest{});
-    person.Tap(kKeyA);
+    user.Tap(kKeyA);
     Fence();
     EXPECT_EQ(target.Text(), "k38 K38 k52 K52");
     OtherProgram other;
@@ -396,24 +389,24 @@ TEST_F(Hooks, CaptureEndsWithoutAKey) {
 TEST_F(Hooks, PickTakesOneLeftClick) {
     target.Clear();
     hooks.PickNextClick();
-    person.MoveTo(432, 321);
-    person.Click(1);
+    user.MoveTo(432, 321);
+    user.Click(1);
     ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d1 u1"; })) << hooks.ButtonText();
     EXPECT_EQ(hooks.Mouse().front().x, 432);
     EXPECT_EQ(hooks.Mouse().front().y, 321);
     hooks.SetInterest(HookInterest{});
     Fence();
     EXPECT_EQ(target.Text(), "B1 k52 K52") << "the release is not part of the pick";
-    person.Click(1);
+    user.Click(1);
     ASSERT_TRUE(WaitFor([&] { return target.Text() == "B1 k52 K52 b1 B1"; })) << target.Text();
 }
 
 TEST_F(Hooks, PickSurvivesASideButtonThatPasses) {
     target.Clear();
     hooks.PickNextClick();
-    person.Click(8);
+    user.Click(8);
     ASSERT_TRUE(WaitFor([&] { return target.Count('B', 8) == 1; }));
-    person.Click(1);
+    user.Click(1);
     ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d5 u5 d1 u1"; })) << hooks.ButtonText();
     Fence();
     EXPECT_EQ(target.Text(), "b8 B8 B1 k52 K52");
@@ -431,8 +424,8 @@ TEST_F(Hooks, SwallowedButtonIsHiddenPressAndRelease) {
         hooks.Swallow({each.code});
         target.Clear();
         hooks.Clear();
-        person.Click(each.button);
-        person.Click(1);
+        user.Click(each.button);
+        user.Click(1);
         ASSERT_TRUE(WaitFor([&] { return target.Count('B', 1) == 1; })) << target.Text();
         EXPECT_EQ(target.Text(), "b1 B1") << each.code;
         const std::string code = std::to_string(each.code);
@@ -446,13 +439,13 @@ TEST_F(Hooks, MovesAreHeardWhileASwallowedButtonIsHeld) {
     interest.everyEvent = true;
     hooks.Swallow({4}, interest);
     target.Clear();
-    person.Button(2, true);
+    user.Button(2, true);
     ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d4"; }));
-    person.MoveTo(450, 310);
+    user.MoveTo(450, 310);
     ASSERT_TRUE(WaitFor([&] { return hooks.Mouse().back().x == 450 && hooks.Mouse().back().y == 310; }));
-    person.Button(2, false);
+    user.Button(2, false);
     ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d4 u4"; }));
-    person.MoveTo(460, 310);
+    user.MoveTo(460, 310);
     ASSERT_TRUE(WaitFor([&] { return !target.Log().empty() && target.Log().back().x == 460; }));
     EXPECT_EQ(target.Text(), "");
 }
@@ -461,30 +454,30 @@ TEST_F(Hooks, MovesAreHeardWhileASwallowedButtonIsHeld) {
 TEST_F(Hooks, OwnClicksArriveWhileASwallowedButtonIsHeld) {
     hooks.Swallow({5});
     target.Clear();
-    person.Button(8, true);
+    user.Button(8, true);
     ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d5"; }));
     constexpr int kTimes = 50;
     for (int time = 0; time < kTimes; ++time) {
-        SendMouseRecord(kMouseLeftDown);
-        SendMouseRecord(kMouseLeftUp);
+        SendButton(kLeftButton, true);
+        SendButton(kLeftButton, false);
         SleepMilliseconds(1);
     }
     ASSERT_TRUE(WaitFor([&] { return target.Count('B', 1) == kTimes; })) << target.Text();
-    person.Button(8, false);
+    user.Button(8, false);
     ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText().find("u5") != std::string::npos; }));
     Fence();
     EXPECT_EQ(target.Count('b', 1), kTimes);
     EXPECT_EQ(target.Count('b', 8), 0);
     // And the button is free again.
     hooks.Swallow({});
-    person.Click(8);
+    user.Click(8);
     ASSERT_TRUE(WaitFor([&] { return target.Count('b', 8) == 1; }));
 }
 
 TEST_F(Hooks, ButtonsAndWheelByName) {
     hooks.Clear();
     for (const uint32_t button : {1U, 2U, 3U, 8U, 4U, 5U, 6U, 7U}) {
-        person.Click(button);
+        user.Click(button);
     }
     ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText().find("h120") != std::string::npos; }))
         << hooks.ButtonText();
@@ -497,14 +490,14 @@ TEST_F(Hooks, MovesAreHeardDuringARecording) {
     hooks.SetInterest(interest);
     hooks.Clear();
     for (int step = 1; step <= 40; ++step) {
-        person.MoveTo(400 + 2 * step, 300 + step);
+        user.MoveTo(400 + 2 * step, 300 + step);
         ASSERT_TRUE(WaitFor([&] {
             const std::vector<MouseHookRecord> mouse = hooks.Mouse();
             return !mouse.empty() && mouse.back().x == 400 + 2 * step && mouse.back().y == 300 + step;
         }));
     }
     for (const MouseHookRecord& each : hooks.Mouse()) {
-        EXPECT_EQ(each.message, kMouseMoveMessage);
+        EXPECT_EQ(each.kind, PointerEvent::Move);
         EXPECT_FALSE(each.injected);
     }
     hooks.Clear();
@@ -517,8 +510,8 @@ TEST_F(Hooks, MovesAreHeardDuringARecording) {
 
 TEST_F(Hooks, WithoutARecordingNoMovesAreHeard) {
     hooks.Clear();
-    person.MoveTo(500, 400);
-    person.Click(1);
+    user.MoveTo(500, 400);
+    user.Click(1);
     ASSERT_TRUE(WaitFor([&] { return hooks.ButtonText() == "d1 u1"; }));
     EXPECT_EQ(hooks.Mouse().size(), 2U);
     EXPECT_EQ(hooks.Mouse().front().x, 500);
@@ -537,7 +530,7 @@ TEST_F(Hooks, RawMotionIsCountedInSteps) {
     for (int step = 0; step < 60; ++step) {
         const int dx = step % 7 - 2;
         const int dy = 3 - step % 5;
-        person.MoveBy(dx, dy);
+        user.MoveBy(dx, dy);
         sumX += dx;
         sumY += dy;
     }
@@ -545,7 +538,7 @@ TEST_F(Hooks, RawMotionIsCountedInSteps) {
         << SumOfRaw().first << "," << SumOfRaw().second << " for " << sumX << "," << sumY;
     OtherProgram other;
     other.MoveBy(50, 50);
-    person.MoveBy(0, 1);
+    user.MoveBy(0, 1);
     ASSERT_TRUE(WaitFor(
         [&] { return !hooks.Mouse().empty() && hooks.Mouse().back().y >= 0 && hooks.Raw().size() > 1; }));
     for (const RawMouseRecord& each : hooks.Raw()) {
@@ -558,25 +551,25 @@ TEST_F(Hooks, EveryKeyOfTheTable) {
     // The inner server brings its modifiers into line with the outer one's by presses of its own.
     const std::set<uint32_t> kModifiers = {37, 50, 62, 64, 66, 77, 78, 105, 108, 133, 134};
     for (uint32_t keycode = 8; keycode < 256; ++keycode) {
-        const KeyPlace* place = KeyPlaceOfKeycode(keycode);
-        if (place == nullptr) {
+        const KeyInfo* key = FindKeyByKeycode(keycode);
+        if (key == nullptr) {
             continue;
         }
         hooks.Clear();
-        person.Tap(keycode);
+        user.Tap(keycode);
         const auto heard = [&](bool down) {
-            return CountKeys(place->virtualKey, down) +
-                   (place->padVirtualKey == 0 ? 0 : CountKeys(place->padVirtualKey, down));
+            return CountKeys(key->virtualKey, down) +
+                   (key->padVirtualKey == 0 ? 0 : CountKeys(key->padVirtualKey, down));
         };
-        ASSERT_TRUE(WaitFor([&] { return heard(false) > 0; })) << keycode << " " << place->name;
-        EXPECT_GE(heard(true), 1) << place->name;
+        ASSERT_TRUE(WaitFor([&] { return heard(false) > 0; })) << keycode << " " << key->name;
+        EXPECT_GE(heard(true), 1) << key->name;
         if (kModifiers.count(keycode) == 0) {
-            EXPECT_EQ(heard(true), 1) << place->name << " " << hooks.KeyText();
-            EXPECT_EQ(heard(false), 1) << place->name << " " << hooks.KeyText();
+            EXPECT_EQ(heard(true), 1) << key->name << " " << hooks.KeyText();
+            EXPECT_EQ(heard(false), 1) << key->name << " " << hooks.KeyText();
         }
     }
     for (const uint32_t lock : {66U, 77U, 78U}) {
-        person.Tap(lock);
+        user.Tap(lock);
     }
     Fence();
 }
@@ -584,7 +577,7 @@ TEST_F(Hooks, EveryKeyOfTheTable) {
 TEST_F(Hooks, NumberPadFollowsNumLock) {
     const auto heardFor = [&](uint32_t keycode) {
         hooks.Clear();
-        person.Tap(keycode);
+        user.Tap(keycode);
         WaitFor([&] { return hooks.Keys().size() == 2; });
         return hooks.Keys().empty() ? 0 : hooks.Keys().front().virtualKey;
     };
@@ -600,13 +593,13 @@ TEST_F(Hooks, NumberPadFollowsNumLock) {
 
 TEST_F(Hooks, NothingStaysReservedAfterTheEnd) {
     hooks.Swallow({kCodeF6, 4});
-    person.Key(kKeyF6, true);
+    user.Key(kKeyF6, true);
     ASSERT_TRUE(WaitFor([&] { return hooks.KeyText() == "d117"; }));
     hooks.Stop();
-    person.Key(kKeyF6, false);
+    user.Key(kKeyF6, false);
     target.Clear();
-    person.Tap(kKeyF6);
-    person.Click(2);
+    user.Tap(kKeyF6);
+    user.Click(2);
     ASSERT_TRUE(WaitFor([&] { return target.Count('B', 2) == 1; }));
     Fence();
     EXPECT_EQ(target.Count('k', kKeyF6), 1);
@@ -625,7 +618,7 @@ TEST_F(Hooks, CaptureWaitsForAnotherProgramsGrab) {
     // The hooks look again from time to time; until then presses pass.
     target.Clear();
     ASSERT_TRUE(WaitFor([&] { return !CanGrabKeyboard(other); }));
-    person.Tap(kKeyA);
+    user.Tap(kKeyA);
     Fence();
     EXPECT_EQ(target.Count('k', kKeyA), 0);
 }
@@ -647,19 +640,19 @@ TEST_F(Hooks, NothingStaysGrabbedAfterAKill) {
         char line[100] = {};
         ASSERT_NE(fgets(line, sizeof(line), lines), nullptr);
         ASSERT_STREQ(line, "ready\n");
-        person.Key(kKeyF6, true);
+        user.Key(kKeyF6, true);
         ASSERT_NE(fgets(line, sizeof(line), lines), nullptr);
         ASSERT_STREQ(line, "held\n");
         kill(child, SIGKILL);
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         fclose(lines);
-        person.Key(kKeyF6, false);
+        user.Key(kKeyF6, false);
         // The server notices a closed connection at its own pace; presses until then are the dead one's.
         target.Clear();
         ASSERT_TRUE(WaitFor([&] {
-            person.Tap(kKeyF6);
-            person.Click(2);
+            user.Tap(kKeyF6);
+            user.Click(2);
             return target.Count('K', kKeyF6) > 0 && target.Count('B', 2) > 0;
         })) << mode;
     }
@@ -710,9 +703,10 @@ int LoseServer() {
         int32_t x = 0;
         int32_t y = 0;
         uint32_t process = 0;
-        SendKeyRecord(0x1E, true);
-        SendKeyRecord(0x1E, false);
-        SendMouseRecord(kMouseLeftDown | kMouseLeftUp);
+        SendKey(0x1E, true);
+        SendKey(0x1E, false);
+        SendButton(kLeftButton, true);
+        SendButton(kLeftButton, false);
         ReadPointerPosition(&x, &y);
         ListTopLevelWindows();
         ProcessAtPoint(5, 5, &process);
@@ -736,8 +730,8 @@ int LoseServer() {
 
 // The other side of that test: holds F6, or captures, until it is killed.
 void HoldUntilKilled(const std::string& mode) {
-    Person person;
-    HookedThread hooks(person);
+    User user;
+    HookedThread hooks(user);
     if (mode == "capture") {
         hooks.CaptureNextKey();
     } else {

@@ -2,48 +2,50 @@
 #include "test_desktop.h"
 
 #include "platform/input.h"
-#include "platform/linux/keys.h"
+#include "platform/key_table.h"
 
 #include <X11/Xatom.h>
 #include <string>
 
 namespace {
 
-InputRecord MouseRecord(uint32_t flags, int32_t dx = 0, int32_t dy = 0, uint32_t data = 0) {
-    InputRecord record;
-    record.type = kInputMouse;
-    record.dwFlags = flags;
-    record.dx = dx;
-    record.dy = dy;
-    record.mouseData = data;
-    return record;
+void SendMoveTo(int32_t x, int32_t y) {
+    SendInputAction({.kind = InputKind::MoveTo, .x = x, .y = y});
 }
 
-InputRecord KeyboardRecord(uint16_t scanCode, bool extended, bool down) {
-    InputRecord record;
-    record.type = kInputKeyboard;
-    record.wScan = scanCode;
-    record.dwFlags = kKeyScanCode | (extended ? kKeyExtended : 0) | (down ? 0 : kKeyUp);
-    return record;
+void SendMoveBy(int32_t dx, int32_t dy) {
+    SendInputAction({.kind = InputKind::MoveBy, .x = dx, .y = dy});
+}
+
+void SendButton(uint32_t button, bool down) {
+    SendInputAction({.kind = InputKind::Button, .down = down, .button = button});
+}
+
+void SendWheel(int32_t delta) {
+    SendInputAction({.kind = InputKind::Wheel, .wheelDelta = delta});
+}
+
+void SendKey(uint16_t scanCode, bool extended, bool down) {
+    SendInputAction({.kind = InputKind::Key, .down = down, .extended = extended, .scanCode = scanCode});
 }
 
 class Input : public testing::Test {
   protected:
-    static TargetWindow& FocusedTarget(Person& person) {
+    static TargetWindow& FocusedTarget(User& user) {
         static TargetWindow window(100, 100, 800, 600);
-        window.AwaitFocus(person);
+        window.AwaitFocus(user);
         return window;
     }
 
     // A press that is known to arrive, to see that everything before it has arrived or will not.
     void Fence() {
         const int before = target.Count('B', 3);
-        SendInputRecord(MouseRecord(kMouseRightDown));
-        SendInputRecord(MouseRecord(kMouseRightUp));
+        SendButton(kRightButton, true);
+        SendButton(kRightButton, false);
         ASSERT_TRUE(WaitFor([&] { return target.Count('B', 3) > before; }));
     }
     void MoveInside() {
-        person.MoveTo(500, 400);
+        user.MoveTo(500, 400);
         target.Clear();
     }
     bool PointerIsAt(int32_t x, int32_t y) {
@@ -52,8 +54,8 @@ class Input : public testing::Test {
         return ReadPointerPosition(&nowX, &nowY) && nowX == x && nowY == y;
     }
 
-    Person person;
-    TargetWindow& target = FocusedTarget(person);
+    User user;
+    TargetWindow& target = FocusedTarget(user);
 };
 
 TEST_F(Input, ScreenSize) {
@@ -65,88 +67,86 @@ TEST_F(Input, ScreenSize) {
 TEST_F(Input, AbsoluteMovesLandExactly) {
     for (int32_t x = 0; x < 1600; x += 1) {
         const int32_t y = x * 999 / 1599;
-        SendInputRecord(MouseRecord(kMouseMove | kMouseAbsolute, (x << 16) / 1600, (y << 16) / 1000));
+        SendMoveTo((x << 16) / 1600, (y << 16) / 1000);
         ASSERT_TRUE(WaitFor([&] { return PointerIsAt(x, y); })) << x << "," << y;
     }
 }
 
 TEST_F(Input, MovesOutsideStopAtTheEdge) {
-    SendInputRecord(MouseRecord(kMouseMove | kMouseAbsolute, 70000, 32768));
+    SendMoveTo(70000, 32768);
     EXPECT_TRUE(WaitFor([&] { return PointerIsAt(1599, 500); }));
-    SendInputRecord(MouseRecord(kMouseMove | kMouseAbsolute, -4000, -1));
+    SendMoveTo(-4000, -1);
     EXPECT_TRUE(WaitFor([&] { return PointerIsAt(0, 0); }));
-    SendInputRecord(MouseRecord(kMouseMove | kMouseAbsolute, INT32_MIN, INT32_MAX));
+    SendMoveTo(INT32_MIN, INT32_MAX);
     EXPECT_TRUE(WaitFor([&] { return PointerIsAt(0, 999); }));
 }
 
 TEST_F(Input, RelativeMovesAreCounts) {
-    SendInputRecord(MouseRecord(kMouseMove | kMouseAbsolute, 32768, 32768));
+    SendMoveTo(32768, 32768);
     ASSERT_TRUE(WaitFor([&] { return PointerIsAt(800, 500); }));
-    SendInputRecord(MouseRecord(kMouseMove, 37, -20));
+    SendMoveBy(37, -20);
     EXPECT_TRUE(WaitFor([&] { return PointerIsAt(837, 480); }));
-    SendInputRecord(MouseRecord(kMouseMove, -7, 5));
+    SendMoveBy(-7, 5);
     EXPECT_TRUE(WaitFor([&] { return PointerIsAt(830, 485); }));
 }
 
 TEST_F(Input, Buttons) {
     MoveInside();
-    for (const uint32_t flags : {2U, 4U, 8U, 16U, 32U, 64U}) {
-        SendInputRecord(MouseRecord(flags));
+    for (const uint32_t button :
+         {kLeftButton, kRightButton, kMiddleButton, kFirstSideButton, kSecondSideButton}) {
+        SendButton(button, true);
+        SendButton(button, false);
     }
-    ASSERT_TRUE(WaitFor([&] { return target.Count('B', 2) == 1; }));
-    EXPECT_EQ(target.Text(), "b1 B1 b3 B3 b2 B2");
+    ASSERT_TRUE(WaitFor([&] { return target.Count('B', 9) == 1; }));
+    EXPECT_EQ(target.Text(), "b1 B1 b3 B3 b2 B2 b8 B8 b9 B9");
 }
 
-// A side button without a number is none, and no flags are no action.
-TEST_F(Input, SideButtonAndNoFlagsDoNothing) {
+TEST_F(Input, UnnamedSideButtonNoButtonAndUnknownFlagsDoNothing) {
     MoveInside();
-    SendInputRecord(MouseRecord(kMouseSideDown));
-    SendInputRecord(MouseRecord(0));
+    SendButton(kUnnamedSideButton, true);
+    SendButton(kNoButton, true);
+    SendInputAction({.kind = InputKind::ButtonFlags, .buttonFlags = 32769});
     Fence();
     EXPECT_EQ(target.Text(), "b3 B3");
 }
 
 TEST_F(Input, WheelInNotches) {
     MoveInside();
-    SendInputRecord(MouseRecord(kMouseWheel, 0, 0, 120));
-    SendInputRecord(MouseRecord(kMouseWheel, 0, 0, static_cast<uint32_t>(-240)));
-    SendInputRecord(MouseRecord(kMouseWheel, 0, 0, 30));
-    SendInputRecord(MouseRecord(kMouseWheel, 0, 0, 0));
+    SendWheel(120);
+    SendWheel(-240);
+    SendWheel(30);
+    SendWheel(0);
     Fence();
     EXPECT_EQ(target.Text(), "b4 B4 b5 B5 b5 B5 b4 B4 b3 B3");
 }
 
 TEST_F(Input, EveryKeyArrivesInItsPlace) {
     for (uint32_t keycode = 8; keycode < 256; ++keycode) {
-        const KeyPlace* place = KeyPlaceOfKeycode(keycode);
-        if (place == nullptr) {
+        const KeyInfo* key = FindKeyByKeycode(keycode);
+        if (key == nullptr) {
             continue;
         }
-        const bool extended = (place->scanCode & kPrefixE0) != 0;
-        const uint16_t scanCode = extended ? static_cast<uint16_t>(place->scanCode & 0xFFU) : place->scanCode;
+        const bool extended = (key->scanCode & kPrefixE0) != 0;
+        const uint16_t scanCode = extended ? static_cast<uint16_t>(key->scanCode & 0xFFU) : key->scanCode;
         target.Clear();
-        SendInputRecord(KeyboardRecord(scanCode, extended, true));
-        SendInputRecord(KeyboardRecord(scanCode, extended, false));
-        ASSERT_TRUE(WaitFor([&] { return target.Count('K', keycode) == 1; })) << place->name << target.Text();
-        EXPECT_EQ(target.Count('k', keycode), 1) << place->name;
+        SendKey(scanCode, extended, true);
+        SendKey(scanCode, extended, false);
+        ASSERT_TRUE(WaitFor([&] { return target.Count('K', keycode) == 1; })) << key->name << target.Text();
+        EXPECT_EQ(target.Count('k', keycode), 1) << key->name;
     }
     constexpr uint16_t kLocks[] = {0x3A, 0x45, 0x46};
     for (const uint16_t lock : kLocks) {
-        SendInputRecord(KeyboardRecord(lock, false, true));
-        SendInputRecord(KeyboardRecord(lock, false, false));
+        SendKey(lock, false, true);
+        SendKey(lock, false, false);
     }
 }
 
 TEST_F(Input, UnknownKeysDoNothing) {
     MoveInside();
-    SendInputRecord(KeyboardRecord(0, false, true));
-    SendInputRecord(KeyboardRecord(0, true, true));
-    SendInputRecord(KeyboardRecord(0x7F, false, true));
-    SendInputRecord(KeyboardRecord(0xFFFF, true, true));
-    InputRecord byVirtualKey;
-    byVirtualKey.type = kInputKeyboard;
-    byVirtualKey.wVk = 65;
-    SendInputRecord(byVirtualKey);
+    SendKey(0, false, true);
+    SendKey(0, true, true);
+    SendKey(0x7F, false, true);
+    SendKey(0xFFFF, true, true);
     Fence();
     EXPECT_EQ(target.Text(), "b3 B3");
 }
@@ -174,11 +174,8 @@ TEST_F(Input, ScanCodes) {
     }
 }
 
-// As the key's name is asked for: the extended bit is set for the ten keys only.
 std::string NameOf(uint32_t virtualKey) {
-    const bool extended = (virtualKey >= 33 && virtualKey <= 40) || virtualKey == 45 || virtualKey == 46;
-    const uint32_t parameter = ScanCodeOfKey(virtualKey) << 16 | (extended ? 1U << 24 : 0);
-    return SystemKeyName(static_cast<int32_t>(parameter));
+    return SystemKeyName(ScanCodeOfKey(virtualKey), IsExtendedKey(virtualKey));
 }
 
 TEST_F(Input, KeyNames) {

@@ -27,9 +27,9 @@ constexpr const char* kSession =
 constexpr const char* kOtherSession = "/org/freedesktop/login1/session/_38";
 constexpr const char* kSessionInterface = "org.freedesktop.login1.Session";
 
-std::vector<uint32_t> changes;
+std::vector<SessionChange> changes;
 
-void NoteChange(uint32_t change) {
+void NoteChange(SessionChange change) {
     changes.push_back(change);
 }
 
@@ -116,21 +116,22 @@ class Session : public testing::Test {
         EmitProperty(kSession, "Active", false);
         ASSERT_TRUE(Await([&] {
             Read();
-            return !changes.empty() && changes.back() == kSessionConsoleDisconnect;
+            return !changes.empty() && changes.back() == SessionChange::ConsoleDisconnect;
         }));
         changes.clear();
     }
     // What was heard of the signals of `emit`, before the closing mark.
-    std::vector<uint32_t> HeardOf(const std::function<void()>& emit) {
+    std::vector<SessionChange> HeardOf(const std::function<void()>& emit) {
         emit();
         Emit(kSession, "Lock");
         Emit(kSession, "Lock");
         EXPECT_TRUE(Await([&] {
             Read();
             const size_t count = changes.size();
-            return count >= 2 && changes[count - 1] == kSessionLock && changes[count - 2] == kSessionLock;
+            return count >= 2 && changes[count - 1] == SessionChange::Lock &&
+                   changes[count - 2] == SessionChange::Lock;
         }));
-        std::vector<uint32_t> heard(changes.begin(), changes.end() - 2);
+        std::vector<SessionChange> heard(changes.begin(), changes.end() - 2);
         changes.clear();
         return heard;
     }
@@ -144,8 +145,8 @@ class Session : public testing::Test {
 
 TEST_F(Session, DisconnectOfOurs) {
     EXPECT_EQ(HeardOf([&] { EmitProperty(kSession, "Active", false); }),
-              std::vector<uint32_t>{kSessionConsoleDisconnect});
-    EXPECT_EQ(HeardOf([&] { EmitProperty(kSession, "Active", true); }), std::vector<uint32_t>{});
+              std::vector<SessionChange>{SessionChange::ConsoleDisconnect});
+    EXPECT_EQ(HeardOf([&] { EmitProperty(kSession, "Active", true); }), std::vector<SessionChange>{});
 }
 
 TEST_F(Session, LockHintOfOurs) {
@@ -153,8 +154,8 @@ TEST_F(Session, LockHintOfOurs) {
                   EmitProperty(kSession, "LockedHint", true);
                   EmitProperty(kSession, "Active", false);
               }),
-              (std::vector<uint32_t>{kSessionLock, kSessionConsoleDisconnect}));
-    EXPECT_EQ(HeardOf([&] { EmitProperty(kSession, "LockedHint", false); }), std::vector<uint32_t>{});
+              (std::vector<SessionChange>{SessionChange::Lock, SessionChange::ConsoleDisconnect}));
+    EXPECT_EQ(HeardOf([&] { EmitProperty(kSession, "LockedHint", false); }), std::vector<SessionChange>{});
 }
 
 TEST_F(Session, OtherSessionsAndSignalsAreNotOurs) {
@@ -164,7 +165,7 @@ TEST_F(Session, OtherSessionsAndSignalsAreNotOurs) {
                   Emit(kSession, "Unlock");
                   EmitProperty(kSession, "RemoteHint", true);
               }),
-              std::vector<uint32_t>{});
+              std::vector<SessionChange>{});
 }
 
 TEST_F(Session, ABusThatGoesEndsTheWatchOnly) {

@@ -1,4 +1,4 @@
-// What the platform tests work with: a person's hand on the outer server, a window on the inner one that notes what
+// What the platform tests work with: a user's hand on the outer server, a window on the inner one that notes what
 // reaches it, and the input thread with sinks that note what they are told. See start_servers.sh.
 #pragma once
 
@@ -7,6 +7,7 @@
 
 #include "platform/clock.h"
 #include "platform/hooks.h"
+#include "platform/key_table.h"
 #include "platform/threads.h"
 
 #include <X11/XKBlib.h>
@@ -60,7 +61,7 @@ inline Display* OpenTestDisplay(const char* name) {
     return display;
 }
 
-// Input by XTEST. On the outer server it is a person's, on the inner one that of another program.
+// Input by XTEST. On the outer server it is a user's, on the inner one that of another program.
 class Hand {
   public:
     explicit Hand(const char* display) : display_(OpenTestDisplay(display)) {}
@@ -98,8 +99,8 @@ class Hand {
     Display* display_;
 };
 
-struct Person : Hand {
-    Person() : Hand(std::getenv("VARNELLE_HOST_DISPLAY")) {}
+struct User : Hand {
+    User() : Hand(std::getenv("VARNELLE_HOST_DISPLAY")) {}
 };
 
 struct OtherProgram : Hand {
@@ -173,13 +174,13 @@ class TargetWindow {
         return count;
     }
     Window Id() const { return window_; }
-    // Until a person's key arrives here.
-    void AwaitFocus(Hand& person) {
+    // Until a user's key arrives here.
+    void AwaitFocus(Hand& user) {
         const bool arrived = WaitFor([&] {
             const int before = Count('K', kKeyZ);
             XSetInputFocus(display_, window_, RevertToPointerRoot, CurrentTime);
             XSync(display_, False);
-            person.Tap(kKeyZ);
+            user.Tap(kKeyZ);
             for (int tries = 0; tries < 200 && Count('K', kKeyZ) == before; ++tries) {
                 SleepMilliseconds(1);
             }
@@ -190,7 +191,7 @@ class TargetWindow {
             std::exit(3);
         }
         // Behind another key none of these is on its way any more.
-        person.Tap(kKeyB);
+        user.Tap(kKeyB);
         WaitFor([&] { return Count('K', kKeyB) > 0; });
         Clear();
     }
@@ -260,7 +261,7 @@ struct Sinks {
     std::vector<KeyHookRecord> keys;
     std::vector<MouseHookRecord> mouse;
     std::vector<RawMouseRecord> raw;
-    std::vector<uint32_t> changes;
+    std::vector<SessionChange> changes;
 };
 
 inline Sinks& TheSinks() {
@@ -268,70 +269,49 @@ inline Sinks& TheSinks() {
     return sinks;
 }
 
-inline uint32_t ButtonCode(const MouseHookRecord& record) {
-    switch (record.message) {
-    case kLeftDownMessage:
-    case kLeftUpMessage:
-        return 1;
-    case kRightDownMessage:
-    case kRightUpMessage:
-        return 2;
-    case kMiddleDownMessage:
-    case kMiddleUpMessage:
-        return 4;
-    case kSideDownMessage:
-    case kSideUpMessage:
-        return record.mouseData >> 16 == 1 ? 5 : 6;
-    default:
-        return 0;
-    }
-}
-
-inline bool IsButtonDown(const MouseHookRecord& record) {
-    return record.message == kLeftDownMessage || record.message == kRightDownMessage ||
-           record.message == kMiddleDownMessage || record.message == kSideDownMessage;
+inline bool IsButtonEvent(const MouseHookRecord& record) {
+    return record.kind == PointerEvent::Press || record.kind == PointerEvent::Release;
 }
 
 // Press and release of a swallowed code go together, as in the program.
-inline HookAnswer AnswerCode(Sinks& sinks, uint32_t code, bool down) {
+inline HookDecision DecideCode(Sinks& sinks, uint32_t code, bool down) {
     if (down) {
         if (sinks.swallow.count(code) == 0) {
-            return HookAnswer::Pass;
+            return HookDecision::Pass;
         }
         sinks.swallowedDown.insert(code);
-        return HookAnswer::Consume;
+        return HookDecision::Consume;
     }
-    return sinks.swallowedDown.erase(code) > 0 ? HookAnswer::Consume : HookAnswer::Pass;
+    return sinks.swallowedDown.erase(code) > 0 ? HookDecision::Consume : HookDecision::Pass;
 }
 
-inline HookAnswer NoteKey(const KeyHookRecord& record) {
+inline HookDecision NoteKey(const KeyHookRecord& record) {
     Sinks& sinks = TheSinks();
     const std::lock_guard lock(sinks.mutex);
     sinks.keys.push_back(record);
     if (record.injected) {
-        return HookAnswer::Pass;
+        return HookDecision::Pass;
     }
-    const bool down = record.message == kKeyDownMessage;
-    if (down && sinks.captureKey) {
+    if (record.down && sinks.captureKey) {
         sinks.captureKey = false;
-        return HookAnswer::Consume;
+        return HookDecision::Consume;
     }
-    return AnswerCode(sinks, record.virtualKey, down);
+    return DecideCode(sinks, record.virtualKey, record.down);
 }
 
-inline HookAnswer NoteMouse(const MouseHookRecord& record) {
+inline HookDecision NoteMouse(const MouseHookRecord& record) {
     Sinks& sinks = TheSinks();
     const std::lock_guard lock(sinks.mutex);
     sinks.mouse.push_back(record);
-    const uint32_t code = ButtonCode(record);
-    if (record.injected || code == 0) {
-        return HookAnswer::Pass;
+    if (record.injected || !IsButtonEvent(record)) {
+        return HookDecision::Pass;
     }
-    if (sinks.pick && record.message == kLeftDownMessage) {
+    const bool press = record.kind == PointerEvent::Press;
+    if (sinks.pick && press && record.button == kLeftButton) {
         sinks.pick = false;
-        return HookAnswer::Consume;
+        return HookDecision::Consume;
     }
-    return AnswerCode(sinks, code, IsButtonDown(record));
+    return DecideCode(sinks, record.button, press);
 }
 
 inline void NoteRaw(const RawMouseRecord& record) {
@@ -340,7 +320,7 @@ inline void NoteRaw(const RawMouseRecord& record) {
     sinks.raw.push_back(record);
 }
 
-inline void NoteChange(uint32_t change) {
+inline void NoteChange(SessionChange change) {
     Sinks& sinks = TheSinks();
     const std::lock_guard lock(sinks.mutex);
     sinks.changes.push_back(change);
@@ -362,8 +342,8 @@ inline void RunNotingHooks() {
 // The input thread with the sinks above. One at a time.
 class HookedThread {
   public:
-    // `person` taps the right Shift key until the hooks are heard to work.
-    explicit HookedThread(Hand& person) {
+    // `user` taps the right Shift key until the hooks are heard to work.
+    explicit HookedThread(Hand& user) {
         Sinks& sinks = TheSinks();
         {
             const std::lock_guard lock(sinks.mutex);
@@ -376,14 +356,14 @@ class HookedThread {
         Clear();
         thread_ = StartThread("hooks", RunNotingHooks);
         bool heard = WaitFor([&] {
-            person.Tap(kKeyShiftRight);
+            user.Tap(kKeyShiftRight);
             return !KeyText().empty();
         });
         heard = heard && WaitFor([&] { return KeyText().find("u161") != std::string::npos; });
         SetInterest(HookInterest{});
         size_t before = 0;
         // Let the last taps pass by.
-        person.Tap(kKeyZ);
+        user.Tap(kKeyZ);
         heard = heard && WaitFor([&] { return KeyText().find("u90") != std::string::npos; });
         before = Keys().size();
         if (!heard || before == 0) {
@@ -457,7 +437,7 @@ class HookedThread {
         const std::lock_guard lock(TheSinks().mutex);
         return TheSinks().raw;
     }
-    std::vector<uint32_t> Changes() {
+    std::vector<SessionChange> Changes() {
         const std::lock_guard lock(TheSinks().mutex);
         return TheSinks().changes;
     }
@@ -473,7 +453,7 @@ class HookedThread {
         std::string text;
         for (const KeyHookRecord& each : Keys()) {
             text += (text.empty() ? "" : " ") + std::string(each.injected ? "!" : "") +
-                    (each.message == kKeyDownMessage ? "d" : "u") + std::to_string(each.virtualKey);
+                    (each.down ? "d" : "u") + std::to_string(each.virtualKey);
         }
         return text;
     }
@@ -482,14 +462,21 @@ class HookedThread {
         std::string text;
         for (const MouseHookRecord& each : Mouse()) {
             std::string word = each.injected ? "!" : "";
-            if (each.message == kMouseMoveMessage) {
+            switch (each.kind) {
+            case PointerEvent::Move:
                 continue;
-            }
-            if (each.message == kWheelMessage || each.message == kHorizontalWheelMessage) {
-                word += (each.message == kWheelMessage ? "w" : "h") +
-                        std::to_string(static_cast<int16_t>(each.mouseData >> 16));
-            } else {
-                word += (IsButtonDown(each) ? "d" : "u") + std::to_string(ButtonCode(each));
+            case PointerEvent::Press:
+                word += "d" + std::to_string(each.button);
+                break;
+            case PointerEvent::Release:
+                word += "u" + std::to_string(each.button);
+                break;
+            case PointerEvent::Wheel:
+                word += "w" + std::to_string(each.wheelDelta);
+                break;
+            case PointerEvent::HorizontalWheel:
+                word += "h" + std::to_string(each.wheelDelta);
+                break;
             }
             text += (text.empty() ? "" : " ") + word;
         }

@@ -1,23 +1,26 @@
-// The platform's input thread with a person at the controls: writes down every record that the sinks receive and does
-// what it is told on standard input.
+// Runs the platform's input thread while a user is at the controls: logs every record that the sinks receive and follows
+// the commands on standard input.
 //
 //   hook_probe.exe LOG
 //
 // Log lines:
 //   ready
-//   key <message> <virtual key> <injected 0|1> <answer>
-//   mouse <message> <x> <y> <mouse data> <injected 0|1> <answer>          answer: pass, consume or throw
+//   key <down|up> <virtual key> <injected 0|1> <pass|consume|throw>
+//   mouse <move|press|release|wheel|hwheel> <button> <x> <y> <wheel delta> <injected 0|1> <pass|consume>
 //   raw <dx> <dy>
-//   session <change>
+//   session <console-disconnect|remote-disconnect|lock>
 //   stopped
 //
-// Commands, one a line:
-//   consume key <virtual key>       its presses and releases are consumed from now on
-//   consume button <message>...     mouse events with these messages are consumed from now on
+// Commands, one per line:
+//   consume key <virtual key>       consumes its presses and releases from now on
+//   consume button <code>           consumes its presses and releases from now on
 //   throw key <virtual key>         the sink throws on this key
-//   pass                            everything passes from now on
-//   send <type> <dx> <dy> <mouse data> <scan code> <flags>    one InputRecord
-//   session <change>                posts a session change to the hidden window
+//   pass                            passes everything from now on
+//   send key <scan code> <down|up>
+//   send button <code> <down|up>
+//   send to <x> <y>                 an absolute move in 65536ths of the screen
+//   send by <dx> <dy>
+//   session <change>                posts a session change (WTS_*) to the hidden window
 //   quit
 #include "line_log.h"
 #include "platform/hooks.h"
@@ -39,40 +42,57 @@ namespace {
 // Written by the command loop, read by the sinks on the input thread.
 std::atomic<bool> consumedKeys[256];
 std::atomic<bool> throwingKeys[256];
-std::atomic<bool> consumedMessages[0x300];
+std::atomic<bool> consumedButtons[8];
 
 // Set by the sinks when they are first called.
 std::atomic<bool> keyHookSeen = false;
 std::atomic<bool> mouseHookSeen = false;
 
-HookAnswer OnKey(const KeyHookRecord& record) {
+HookDecision OnKey(const KeyHookRecord& record) {
     keyHookSeen = true;
     const uint32_t key = record.virtualKey & 0xFF;
-    const char* answer = throwingKeys[key] ? "throw" : consumedKeys[key] ? "consume" : "pass";
-    LogLine("key %u %u %d %s", record.message, record.virtualKey, record.injected, answer);
+    const char* result = throwingKeys[key] ? "throw" : consumedKeys[key] ? "consume" : "pass";
+    LogLine("key %s %u %d %s", record.down ? "down" : "up", record.virtualKey, record.injected, result);
     if (throwingKeys[key]) {
-        throw std::runtime_error("told to");
+        throw std::runtime_error("on purpose");
     }
-    return consumedKeys[key] ? HookAnswer::Consume : HookAnswer::Pass;
+    return consumedKeys[key] ? HookDecision::Consume : HookDecision::Pass;
 }
 
-HookAnswer OnMouse(const MouseHookRecord& record) {
+const char* NameOf(PointerEvent kind) {
+    switch (kind) {
+    case PointerEvent::Move:
+        return "move";
+    case PointerEvent::Press:
+        return "press";
+    case PointerEvent::Release:
+        return "release";
+    case PointerEvent::Wheel:
+        return "wheel";
+    case PointerEvent::HorizontalWheel:
+        return "hwheel";
+    }
+    return "";
+}
+
+HookDecision OnMouse(const MouseHookRecord& record) {
     mouseHookSeen = true;
-    const bool consume = record.message < 0x300 && consumedMessages[record.message];
-    LogLine("mouse %u %d %d %u %d %s", record.message, record.x, record.y, record.mouseData, record.injected,
-            consume ? "consume" : "pass");
-    return consume ? HookAnswer::Consume : HookAnswer::Pass;
+    const bool consume = consumedButtons[record.button & 7];
+    LogLine("mouse %s %u %d %d %d %d %s", NameOf(record.kind), record.button, record.x, record.y,
+            record.wheelDelta, record.injected, consume ? "consume" : "pass");
+    return consume ? HookDecision::Consume : HookDecision::Pass;
 }
 
 void OnRawMouse(const RawMouseRecord& record) {
     LogLine("raw %d %d", record.dx, record.dy);
 }
 
-void OnSessionChange(uint32_t change) {
-    LogLine("session %u", change);
+void OnSessionChange(SessionChange change) {
+    const char* const names[] = {"console-disconnect", "remote-disconnect", "lock"};
+    LogLine("session %s", names[static_cast<int>(change)]);
 }
 
-void HookThread() {
+void InputThread() {
     HookSinks sinks;
     sinks.onKey = OnKey;
     sinks.onMouse = OnMouse;
@@ -81,19 +101,15 @@ void HookThread() {
     RunInputThread(sinks);
 }
 
-// The hooks come last in the thread's set-up, and nothing tells that they are there but an event.
+void SendKey(uint16_t scanCode, bool down) {
+    SendInputAction({.kind = InputKind::Key, .down = down, .scanCode = scanCode});
+}
+
+// The thread installs the hooks last. Only an event shows that they are installed.
 void WaitForHooks() {
-    InputRecord move;
-    move.type = kInputMouse;
-    move.dwFlags = kMouseMove;
-    InputRecord keyUp;
-    keyUp.type = kInputKeyboard;
-    keyUp.wScan = 0x2A;  // the left Shift, which is not down
-    keyUp.dwFlags = kKeyScanCode | kKeyUp;
     for (int32_t step = 1; !keyHookSeen || !mouseHookSeen; step = -step) {
-        move.dx = step;
-        SendInputRecord(move);
-        SendInputRecord(keyUp);
+        SendInputAction({.kind = InputKind::MoveBy, .x = step});
+        SendKey(0x2A, false);  // the left Shift, which is not down
         Sleep(5);
     }
 }
@@ -109,12 +125,32 @@ void PassEverything() {
     for (auto& flag : throwingKeys) {
         flag = false;
     }
-    for (auto& flag : consumedMessages) {
+    for (auto& flag : consumedButtons) {
         flag = false;
     }
 }
 
-void Obey(const std::string& line) {
+void Send(std::istringstream& words) {
+    std::string what;
+    words >> what;
+    if (what == "key" || what == "button") {
+        uint32_t code = 0;
+        std::string direction;
+        words >> code >> direction;
+        if (what == "key") {
+            SendKey(static_cast<uint16_t>(code), direction == "down");
+        } else {
+            SendInputAction({.kind = InputKind::Button, .down = direction == "down", .button = code});
+        }
+    } else {
+        InputAction move;
+        move.kind = what == "to" ? InputKind::MoveTo : InputKind::MoveBy;
+        words >> move.x >> move.y;
+        SendInputAction(move);
+    }
+}
+
+void RunCommand(const std::string& line) {
     std::istringstream words(line);
     std::string verb;
     std::string what;
@@ -122,21 +158,18 @@ void Obey(const std::string& line) {
     if (verb == "consume" || verb == "throw") {
         words >> what;
         uint32_t number = 0;
-        while (words >> number) {
-            if (what == "button") {
-                consumedMessages[number % 0x300] = true;
-            } else if (verb == "throw") {
-                throwingKeys[number & 0xFF] = true;
-            } else {
-                consumedKeys[number & 0xFF] = true;
-            }
+        words >> number;
+        if (what == "button") {
+            consumedButtons[number & 7] = true;
+        } else if (verb == "throw") {
+            throwingKeys[number & 0xFF] = true;
+        } else {
+            consumedKeys[number & 0xFF] = true;
         }
     } else if (verb == "pass") {
         PassEverything();
     } else if (verb == "send") {
-        InputRecord record;
-        words >> record.type >> record.dx >> record.dy >> record.mouseData >> record.wScan >> record.dwFlags;
-        SendInputRecord(record);
+        Send(words);
     } else if (verb == "session") {
         WPARAM change = 0;
         words >> change;
@@ -157,7 +190,7 @@ int main(int argc, char** argv) {
     int mouse[3] = {0, 0, 0};
     SystemParametersInfoW(SPI_SETMOUSE, 0, mouse, 0);
 
-    std::thread hookThread = StartThread("hooks", HookThread);
+    std::thread inputThread = StartThread("input", InputThread);
     WaitForHooks();
     LogLine("ready");
 
@@ -170,10 +203,10 @@ int main(int argc, char** argv) {
         if (command == "quit") {
             break;
         }
-        Obey(command);
+        RunCommand(command);
     }
     StopInputThread();
-    JoinThread(hookThread);
+    JoinThread(inputThread);
     LogLine("stopped %d", FindHiddenWindow() != nullptr);
     fclose(lineLogFile);
     return 0;

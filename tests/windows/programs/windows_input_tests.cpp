@@ -1,10 +1,11 @@
-// The Windows home of the seam against the system itself, with sent input only: hooks, sending, windows. Needs a
-// desktop of its own.
+// The Windows backend against the system itself, with sent input only: hooks, sending, windows. Needs a desktop of its
+// own.
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/files.h"
 #include "platform/hooks.h"
 #include "platform/input.h"
+#include "platform/key_table.h"
 #include "platform/process.h"
 #include "platform/threads.h"
 #include "test_support.h"
@@ -29,39 +30,39 @@ struct Received {
     std::mutex mutex;
     std::vector<KeyHookRecord> keys;
     std::vector<MouseHookRecord> mice;
-    std::vector<uint32_t> sessions;
+    std::vector<SessionChange> sessions;
     std::atomic<bool> throwAlways = false;
 } received;
 
-HookAnswer ReceiveKey(const KeyHookRecord& record) {
+HookDecision ReceiveKey(const KeyHookRecord& record) {
     std::lock_guard lock(received.mutex);
     received.keys.push_back(record);
     if (received.throwAlways) {
-        throw std::runtime_error("told to");
+        throw std::runtime_error("on purpose");
     }
-    return HookAnswer::Pass;
+    return HookDecision::Pass;
 }
 
-HookAnswer ReceiveMouse(const MouseHookRecord& record) {
+HookDecision ReceiveMouse(const MouseHookRecord& record) {
     std::lock_guard lock(received.mutex);
     received.mice.push_back(record);
     if (received.throwAlways) {
-        throw std::runtime_error("told to");
+        throw std::runtime_error("on purpose");
     }
-    return HookAnswer::Pass;
+    return HookDecision::Pass;
 }
 
 void ReceiveRawMouse(const RawMouseRecord&) {
     if (received.throwAlways) {
-        throw std::runtime_error("told to");
+        throw std::runtime_error("on purpose");
     }
 }
 
-void ReceiveSession(uint32_t change) {
+void ReceiveSession(SessionChange change) {
     std::lock_guard lock(received.mutex);
     received.sessions.push_back(change);
     if (received.throwAlways) {
-        throw std::runtime_error("told to");
+        throw std::runtime_error("on purpose");
     }
 }
 
@@ -88,22 +89,16 @@ HWND FindHiddenWindow() {
     return FindWindowExW(HWND_MESSAGE, nullptr, L"RawInputHiddenWindow", nullptr);
 }
 
-InputRecord KeyRecord(uint16_t scanCode, uint32_t flags) {
-    InputRecord record;
-    record.type = kInputKeyboard;
-    record.wScan = scanCode;
-    record.dwFlags = kKeyScanCode | flags;
-    return record;
+void SendKey(uint16_t scanCode, bool extended, bool down) {
+    SendInputAction({.kind = InputKind::Key, .down = down, .extended = extended, .scanCode = scanCode});
 }
 
-InputRecord MouseRecord(uint32_t flags, int32_t dx = 0, int32_t dy = 0, uint32_t data = 0) {
-    InputRecord record;
-    record.type = kInputMouse;
-    record.dwFlags = flags;
-    record.dx = dx;
-    record.dy = dy;
-    record.mouseData = data;
-    return record;
+void SendMoveBy(int32_t dx, int32_t dy) {
+    SendInputAction({.kind = InputKind::MoveBy, .x = dx, .y = dy});
+}
+
+void SendWheel(int32_t delta) {
+    SendInputAction({.kind = InputKind::Wheel, .wheelDelta = delta});
 }
 
 class Hooks : public testing::Test {
@@ -112,18 +107,19 @@ class Hooks : public testing::Test {
         Clear();
         received.throwAlways = false;
         thread_ = StartThread("hooks", HookBody);
-        // The hooks come last in the thread's set-up, and nothing tells that they are there but an event.
+        // The thread installs the hooks last. Only an event shows that they are installed.
         ASSERT_TRUE(Eventually([] {
-            SendInputRecord(MouseRecord(kMouseMove, 1, 0));
-            SendInputRecord(KeyRecord(0x2A, kKeyUp));
+            SendMoveBy(1, 0);
+            SendKey(0x2A, false, false);
             return KeyCount() > 0 && MouseCount() > 0;
         }));
-        // Events arrive in the order in which they were sent: behind this one, which comes once, none of those is left.
-        SendInputRecord(MouseRecord(kMouseWheel, 0, 0, 120));
+        // Events arrive in the order in which they were sent, so this one is the last of them.
+        SendWheel(120);
         ASSERT_TRUE(Eventually([] {
             std::lock_guard lock(received.mutex);
-            return std::any_of(received.mice.begin(), received.mice.end(),
-                               [](const MouseHookRecord& record) { return record.message == kWheelMessage; });
+            return std::any_of(received.mice.begin(), received.mice.end(), [](const MouseHookRecord& record) {
+                return record.kind == PointerEvent::Wheel;
+            });
         }));
         Clear();
     }
@@ -143,45 +139,47 @@ class Hooks : public testing::Test {
 
 TEST_F(Hooks, SentKeysAreInjected) {
     const int64_t before = ReadPerformanceCounter();
-    SendInputRecord(KeyRecord(0x42, 0));  // F8
-    SendInputRecord(KeyRecord(0x42, kKeyUp));
+    SendKey(0x42, false, true);  // F8
+    SendKey(0x42, false, false);
     ASSERT_TRUE(Eventually([] { return KeyCount() >= 2; }));
     const int64_t after = ReadPerformanceCounter();
     std::lock_guard lock(received.mutex);
-    EXPECT_EQ(received.keys[0].message, kKeyDownMessage);
-    EXPECT_EQ(received.keys[1].message, kKeyUpMessage);
+    EXPECT_TRUE(received.keys[0].down);
+    EXPECT_FALSE(received.keys[1].down);
     EXPECT_TRUE(received.keys[0].injected);
     EXPECT_TRUE(received.keys[1].injected);
     EXPECT_GE(received.keys[0].counter, before);
     EXPECT_LE(received.keys[0].counter, received.keys[1].counter);
     EXPECT_LE(received.keys[1].counter, after);
-    // Wine gives a key sent by scan code no virtual key; Windows gives its own.
+    // Wine reports no virtual key for a key sent by scan code; Windows reports the right one.
     EXPECT_TRUE(received.keys[0].virtualKey == VK_F8 || received.keys[0].virtualKey == 0);
 }
 
 TEST_F(Hooks, SentButtonsAndWheelsAreInjectedInOrder) {
-    SendInputRecord(MouseRecord(kMouseMiddleDown));
-    SendInputRecord(MouseRecord(kMouseMiddleUp));
-    SendInputRecord(MouseRecord(kMouseWheel, 0, 0, 120));
-    SendInputRecord(MouseRecord(kMouseWheel, 0, 0, static_cast<uint32_t>(-240)));
+    SendInputAction({.kind = InputKind::Button, .down = true, .button = kMiddleButton});
+    SendInputAction({.kind = InputKind::Button, .down = false, .button = kMiddleButton});
+    SendWheel(120);
+    SendWheel(-240);
     ASSERT_TRUE(Eventually([] { return MouseCount() >= 4; }));
     std::lock_guard lock(received.mutex);
-    const uint32_t messages[] = {kMiddleDownMessage, kMiddleUpMessage, kWheelMessage, kWheelMessage};
+    const PointerEvent kinds[] = {PointerEvent::Press, PointerEvent::Release, PointerEvent::Wheel,
+                                  PointerEvent::Wheel};
     for (size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(received.mice[i].message, messages[i]);
+        EXPECT_EQ(received.mice[i].kind, kinds[i]);
+        EXPECT_EQ(received.mice[i].button, i < 2 ? kMiddleButton : kNoButton);
         EXPECT_TRUE(received.mice[i].injected);
     }
-    EXPECT_EQ(static_cast<int16_t>(received.mice[2].mouseData >> 16), 120);
-    EXPECT_EQ(static_cast<int16_t>(received.mice[3].mouseData >> 16), -240);
+    EXPECT_EQ(received.mice[2].wheelDelta, 120);
+    EXPECT_EQ(received.mice[3].wheelDelta, -240);
 }
 
 TEST_F(Hooks, AnAbsoluteMoveIsReportedWhereThePointerGoes) {
-    SendInputRecord(MouseRecord(kMouseMove | kMouseAbsolute, 32768, 0));
+    SendInputAction({.kind = InputKind::MoveTo, .x = 32768});
     ASSERT_TRUE(Eventually([] { return MouseCount() >= 1; }));
     const int32_t middle = PrimaryScreenWidth() / 2;
     {
         std::lock_guard lock(received.mutex);
-        EXPECT_EQ(received.mice[0].message, kMouseMoveMessage);
+        EXPECT_EQ(received.mice[0].kind, PointerEvent::Move);
         EXPECT_TRUE(received.mice[0].injected);
         EXPECT_EQ(received.mice[0].x, middle);
         EXPECT_EQ(received.mice[0].y, 0);
@@ -193,20 +191,20 @@ TEST_F(Hooks, AnAbsoluteMoveIsReportedWhereThePointerGoes) {
 
 TEST_F(Hooks, ASinkThatThrowsLetsTheEventPassAndTheThreadLive) {
     received.throwAlways = true;
-    SendInputRecord(KeyRecord(0x42, 0));
-    SendInputRecord(KeyRecord(0x42, kKeyUp));
-    SendInputRecord(MouseRecord(kMouseMove, 3, 0));
+    SendKey(0x42, false, true);
+    SendKey(0x42, false, false);
+    SendMoveBy(3, 0);
     PostMessageW(FindHiddenWindow(), WM_WTSSESSION_CHANGE, WTS_SESSION_LOCK, 0);
     ASSERT_TRUE(Eventually([] {
         std::lock_guard lock(received.mutex);
         return received.keys.size() >= 2 && !received.mice.empty() && !received.sessions.empty();
     }));
     received.throwAlways = false;
-    SendInputRecord(KeyRecord(0x42, kKeyUp));
+    SendKey(0x42, false, false);
     EXPECT_TRUE(Eventually([] { return KeyCount() >= 3; }));
 }
 
-TEST_F(Hooks, OnlyLocksAndDisconnectsAreTold) {
+TEST_F(Hooks, OnlyLocksAndDisconnectsAreReported) {
     HWND window = FindHiddenWindow();
     ASSERT_NE(window, nullptr);
     for (WPARAM change = 0; change <= 14; ++change) {
@@ -216,10 +214,11 @@ TEST_F(Hooks, OnlyLocksAndDisconnectsAreTold) {
         std::lock_guard lock(received.mutex);
         return received.sessions.size() >= 3;
     }));
-    // Messages are handled in order: once this is answered, all before it are.
+    // Messages are handled in order: when this one returns, all before it have been handled.
     SendMessageW(window, WM_NULL, 0, 0);
     std::lock_guard lock(received.mutex);
-    EXPECT_EQ(received.sessions, (std::vector<uint32_t>{2, 4, 7}));
+    EXPECT_EQ(received.sessions, (std::vector{SessionChange::ConsoleDisconnect,
+                                              SessionChange::RemoteDisconnect, SessionChange::Lock}));
 }
 
 TEST(HookLife, StopsAndStartsAgain) {
@@ -242,7 +241,7 @@ TEST(HookLife, StopWithoutAThreadDoesNothing) {
     EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
 }
 
-// What a low-level hook of the test's own sees of the sent records, its fields that the seam does not carry included.
+// What a low-level hook of the test receives for sent input, including the fields that the seam leaves out.
 KBDLLHOOKSTRUCT seenKeys[16];
 std::atomic<int> seenKeyCount = 0;
 
@@ -255,16 +254,16 @@ LRESULT CALLBACK RememberKey(int code, WPARAM message, LPARAM data) {
     return CallNextHookEx(nullptr, code, message, data);
 }
 
-TEST(Input, KeysGoByScanCodeAndUnmarked) {
+TEST(Input, KeysAreSentByScanCodeWithoutAMark) {
     seenKeyCount = 0;
     HHOOK hook = SetWindowsHookExW(WH_KEYBOARD_LL, RememberKey, nullptr, 0);
     ASSERT_NE(hook, nullptr);
     // This thread must handle messages for its hook to be called.
     std::thread sender([] {
-        SendInputRecord(KeyRecord(0x1E, 0));
-        SendInputRecord(KeyRecord(0x1E, kKeyUp));
-        SendInputRecord(KeyRecord(0x53, kKeyExtended));
-        SendInputRecord(KeyRecord(0x53, kKeyExtended | kKeyUp));
+        SendKey(0x1E, false, true);
+        SendKey(0x1E, false, false);
+        SendKey(0x53, true, true);
+        SendKey(0x53, true, false);
     });
     EXPECT_TRUE(Eventually([] {
         MSG message;
@@ -282,7 +281,7 @@ TEST(Input, KeysGoByScanCodeAndUnmarked) {
     }
 }
 
-TEST(Input, SystemAnswersAreItsOwn) {
+TEST(Input, SystemValuesAreUnchanged) {
     EXPECT_EQ(PrimaryScreenWidth(), GetSystemMetrics(SM_CXSCREEN));
     EXPECT_EQ(PrimaryScreenHeight(), GetSystemMetrics(SM_CYSCREEN));
     EXPECT_EQ(DoubleClickMilliseconds(), GetDoubleClickTime());
@@ -290,8 +289,10 @@ TEST(Input, SystemAnswersAreItsOwn) {
     EXPECT_EQ(ScanCodeOfKey(255), 0u);
     char name[128];
     GetKeyNameTextA(0x42 << 16, name, sizeof name);
-    EXPECT_EQ(SystemKeyName(0x42 << 16), name);
-    EXPECT_EQ(SystemKeyName(0), "");
+    EXPECT_EQ(SystemKeyName(0x42, false), name);
+    GetKeyNameTextA((0x48 << 16) | (1 << 24), name, sizeof name);
+    EXPECT_EQ(SystemKeyName(0x48, true), name);
+    EXPECT_EQ(SystemKeyName(0, false), "");
 }
 
 // ---- desktop ----

@@ -1,8 +1,12 @@
-#include "platform/linux/keys.h"
+#include "platform/key_table.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 namespace {
+
+constexpr uint32_t kGraveAccentKey = 192;
 
 constexpr uint16_t E0(uint16_t code) {
     return static_cast<uint16_t>(kPrefixE0 | code);
@@ -11,7 +15,7 @@ constexpr uint16_t E1(uint16_t code) {
     return static_cast<uint16_t>(kPrefixE1 | code);
 }
 
-constexpr KeyPlace kKeys[] = {
+constexpr KeyInfo kKeys[] = {
     {27, 0, 0x01, 1, "Esc"},
     {49, 0, 0x02, 2, "1"},
     {50, 0, 0x03, 3, "2"},
@@ -153,11 +157,11 @@ constexpr KeyPlace kKeys[] = {
     {19, 0, E1(0x1D), 119, "Pause"},
 };
 
-constexpr size_t kKeyCount = sizeof(kKeys) / sizeof(kKeys[0]);
+constexpr size_t kKeyCount = std::size(kKeys);
 constexpr uint8_t kNoKey = 0xFF;
 static_assert(kKeyCount < kNoKey);
 
-// Places by code, so that a look-up costs one step: the input thread makes one for each key.
+// Positions in kKeys by code: the input thread looks up every key that is pressed.
 struct KeyIndex {
     uint8_t byKeycode[256] = {};
     uint8_t byVirtualKey[256] = {};
@@ -166,22 +170,17 @@ struct KeyIndex {
 
 constexpr KeyIndex BuildIndex() {
     KeyIndex index;
-    for (uint8_t& each : index.byKeycode) {
-        each = kNoKey;
-    }
-    for (uint8_t& each : index.byVirtualKey) {
-        each = kNoKey;
-    }
-    for (uint8_t& each : index.byScanCode) {
-        each = kNoKey;
-    }
-    for (size_t key = 0; key < kKeyCount; ++key) {
-        const uint8_t place = static_cast<uint8_t>(key);
-        index.byKeycode[kKeys[key].evdevCode + 8] = place;
-        index.byScanCode[kKeys[key].scanCode] = place;
-        // The main Enter stands before that of the number pad, and is the one meant by its virtual key.
-        if (index.byVirtualKey[kKeys[key].virtualKey] == kNoKey) {
-            index.byVirtualKey[kKeys[key].virtualKey] = place;
+    std::ranges::fill(index.byKeycode, kNoKey);
+    std::ranges::fill(index.byVirtualKey, kNoKey);
+    std::ranges::fill(index.byScanCode, kNoKey);
+    for (size_t position = 0; position < kKeyCount; ++position) {
+        const KeyInfo& key = kKeys[position];
+        const uint8_t stored = static_cast<uint8_t>(position);
+        index.byKeycode[KeycodeOf(key)] = stored;
+        index.byScanCode[key.scanCode] = stored;
+        // A virtual key of two keys means the first one: the main Enter, not that of the number pad.
+        if (index.byVirtualKey[key.virtualKey] == kNoKey) {
+            index.byVirtualKey[key.virtualKey] = stored;
         }
     }
     for (uint32_t code = 0; code < kPrefixE0; ++code) {
@@ -190,7 +189,7 @@ constexpr KeyIndex BuildIndex() {
             index.byScanCode[code] = prefixed;
         }
     }
-    // Either hand's modifier, told by the code that does not say which: the left one.
+    // Shift, Ctrl and Alt without a side mean the left one.
     index.byVirtualKey[16] = index.byVirtualKey[160];
     index.byVirtualKey[17] = index.byVirtualKey[162];
     index.byVirtualKey[18] = index.byVirtualKey[164];
@@ -201,20 +200,43 @@ constexpr KeyIndex BuildIndex() {
 
 constexpr KeyIndex kIndex = BuildIndex();
 
-const KeyPlace* PlaceAt(uint8_t place) {
-    return place == kNoKey ? nullptr : &kKeys[place];
+const KeyInfo* KeyAt(uint8_t position) {
+    return position == kNoKey ? nullptr : &kKeys[position];
 }
 
 }  // namespace
 
-const KeyPlace* KeyPlaceOfKeycode(uint32_t keycode) {
-    return keycode < 256 ? PlaceAt(kIndex.byKeycode[keycode]) : nullptr;
+std::span<const KeyInfo> AllKeys() {
+    return kKeys;
 }
 
-const KeyPlace* KeyPlaceOfVirtualKey(uint32_t virtualKey) {
-    return virtualKey < 256 ? PlaceAt(kIndex.byVirtualKey[virtualKey]) : nullptr;
+const KeyInfo* FindKeyByVirtualKey(uint32_t virtualKey) {
+    return virtualKey < std::size(kIndex.byVirtualKey) ? KeyAt(kIndex.byVirtualKey[virtualKey]) : nullptr;
 }
 
-const KeyPlace* KeyPlaceOfScanCode(uint32_t scanCode) {
-    return scanCode < 0x300 ? PlaceAt(kIndex.byScanCode[scanCode]) : nullptr;
+const KeyInfo* FindKeyByKeycode(uint32_t keycode) {
+    return keycode < std::size(kIndex.byKeycode) ? KeyAt(kIndex.byKeycode[keycode]) : nullptr;
+}
+
+const KeyInfo* FindKeyByScanCode(uint32_t scanCode) {
+    return scanCode < std::size(kIndex.byScanCode) ? KeyAt(kIndex.byScanCode[scanCode]) : nullptr;
+}
+
+const char* FixedCodeName(uint32_t code) {
+    switch (code) {
+    case kLeftButton:
+        return "Left Mouse";
+    case kRightButton:
+        return "Right Mouse";
+    case kMiddleButton:
+        return "Middle Mouse";
+    case kFirstSideButton:
+        return "Mouse 4 (Side)";
+    case kSecondSideButton:
+        return "Mouse 5 (Side)";
+    case kGraveAccentKey:
+        return "`";
+    default:
+        return nullptr;
+    }
 }

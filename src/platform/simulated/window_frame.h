@@ -1,0 +1,11 @@
+// The user moves or resizes the page's window, or drops files on it. On the UI thread.
+#pragma once
+
+#include "platform/window_frame.h"
+
+#include <string>
+#include <vector>
+
+void SimMovePageWindow(const ScreenRectangle& outer);
+void SimMaximisePageWindow(bool maximised);
+void SimDropFiles(const std::vector<std::string>& paths);
