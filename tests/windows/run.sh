@@ -66,8 +66,8 @@ Same() {
     fi
 }
 
-# One test: a function with a readable name. One that fails is tried once more, since a busy machine now and then loses a
-# real key; it is said, and what fails twice has failed.
+# Runs one test, a function with a readable name. Repeats a failed one once and reports that, since a busy machine
+# sometimes loses a real key.
 Test() {
     local try
     for try in first second; do
@@ -87,7 +87,7 @@ Test() {
     echo "FAILED $1"
 }
 
-# ---- the three on the stage ----
+# ---- target and probe ----
 
 StartTarget() {
     : >"$work/target.log"
@@ -106,15 +106,15 @@ StartProbe() {
     WaitUntil grep -q '^ready' "$work/probe.log"
 }
 
-# Tells the probe something and waits until it has done so.
-Tell() {
+# Sends the probe a command and waits until it has run.
+Command() {
     local before
     before=$(grep -c "^done $1\$" "$work/probe.log" || true)
     echo "$1" >&8
     WaitUntil eval "[ \$(grep -c '^done $1\$' '$work/probe.log') -gt $before ]"
 }
 
-# Everything sent before has arrived everywhere once the key after it has. The key is F2, which no test uses.
+# Waits until everything sent before has arrived: sends F2, which no test uses, and waits for it.
 Settle() {
     local before
     before=$(grep -c ' key up 113 ' "$work/target.log" || true)
@@ -122,8 +122,8 @@ Settle() {
     Expect "the settling key" eval "[ \$(grep -c ' key up 113 ' '$work/target.log') -gt $before ]"
 }
 
-# Brings the pointer to a point by real moves and waits until the hook has seen it there. Wine takes the first real move
-# after a sent one for its own and swallows it, so this may take a second try.
+# Moves the pointer to a point by real moves and waits until the hook has reported it there. Wine ignores the first real
+# move after a sent one, so this may take a second try.
 TryToPointAt() {
     xdotool mousemove $(($1 + 1)) "$2" mousemove "$1" "$2"
     sleep 0.05
@@ -156,10 +156,10 @@ KeysUnderAltAreReported() {
     Expect "at the target" TargetSaw "key down 66 48 0 0"
 }
 
-# Wine gives a key sent by scan code no virtual key at the hook; Windows gives its own.
+# Wine reports no virtual key for a key sent by scan code; Windows reports the right one.
 SentKeysAreInjectedAndReachTheTarget() {
-    Tell "send key 30 down"
-    Tell "send key 30 up"
+    Command "send key 30 down"
+    Command "send key 30 up"
     Expect "press at the hook" ProbeSaw "key down [0-9]* 1 pass"
     Expect "release at the hook" ProbeSaw "key up [0-9]* 1 pass"
     Expect "press at the target" TargetSaw "key down [0-9]* 30 0"
@@ -167,34 +167,34 @@ SentKeysAreInjectedAndReachTheTarget() {
 }
 
 AConsumedKeyIsHiddenPressAndRelease() {
-    Tell "consume key 117"
+    Command "consume key 117"
     xdotool key F6
     Expect "press at the hook" ProbeSaw "key down 117 0 consume"
     Expect "release at the hook" ProbeSaw "key up 117 0 consume"
     Settle
     Refuse "F6 at the target" TargetSaw "key [a-z]* 117"
-    Tell pass
+    Command pass
     xdotool key F6
     Expect "F6 at the target again" TargetSaw "key up 117"
 }
 
 AHeldConsumedKeyRepeatsAtTheHookOnly() {
-    Tell "consume key 117"
+    Command "consume key 117"
     xdotool keydown F6
     Expect "repeats at the hook" ProbeCount "key down 117 0 consume" 3
     xdotool keyup F6
     Expect "release at the hook" ProbeSaw "key up 117 0 consume"
-    Tell pass
+    Command pass
     Settle
     Refuse "F6 at the target" TargetSaw "key [a-z]* 117"
 }
 
 AKeyWhoseSinkThrowsPasses() {
-    Tell "throw key 67"
+    Command "throw key 67"
     xdotool key c
     Expect "press at the hook" ProbeSaw "key down 67 0 throw"
     Expect "press at the target" TargetSaw "key down 67"
-    Tell pass
+    Command pass
     xdotool key c
     Expect "the hook still works" ProbeSaw "key up 67 0 pass"
 }
@@ -242,11 +242,11 @@ WheelsCarrySignedDeltas() {
 
 AConsumedButtonIsHiddenPressAndRelease() {
     PointAt 400 300
-    Tell "consume button 2"
+    Command "consume button 2"
     xdotool click 3
     Expect "press at the hook" ProbeSaw "mouse press 2 400 300 0 0 consume"
     Expect "release at the hook" ProbeSaw "mouse release 2 400 300 0 0 consume"
-    Tell pass
+    Command pass
     Settle
     Refuse "right button at the target" TargetSaw "button [a-z]* right"
     xdotool click 3
@@ -255,8 +255,8 @@ AConsumedButtonIsHiddenPressAndRelease() {
 
 SentClicksAreInjectedAndReachTheTarget() {
     PointAt 400 300
-    Tell "send button 1 down"
-    Tell "send button 1 up"
+    Command "send button 1 down"
+    Command "send button 1 up"
     Expect "press at the hook" ProbeSaw "mouse press 1 400 300 0 1 pass"
     Expect "release at the hook" ProbeSaw "mouse release 1 400 300 0 1 pass"
     Expect "press at the target" TargetSaw "button down left 400 300"
@@ -265,7 +265,7 @@ SentClicksAreInjectedAndReachTheTarget() {
 
 # 1024 is a power of two, so that the scaled coordinate comes back exactly.
 SentAbsoluteMovesLandOnThePixel() {
-    Tell "send to $((300 * 65536 / 1024)) 32768"
+    Command "send to $((300 * 65536 / 1024)) 32768"
     Expect "at the hook" ProbeSaw "mouse move 0 300 384 0 1 pass"
     Expect "at the target" TargetSaw "move 300 384"
 }
@@ -276,7 +276,7 @@ RawReportsAreRelative() {
     xdotool mousemove_relative -- 7 -3
     Expect "the report" ProbeSaw "raw 7 -3"
     Expect "the pointer" ProbeSaw "mouse move 0 407 297 0 0 pass"
-    Tell "send by -5 11"
+    Command "send by -5 11"
     Expect "the report of a sent move" ProbeSaw "raw -5 11"
     Expect "the pointer after it" ProbeSaw "mouse move 0 402 308 0 1 pass"
 }
@@ -284,7 +284,7 @@ RawReportsAreRelative() {
 LocksAndDisconnectsAreReportedOnce() {
     local change
     for change in 1 2 3 4 5 6 7 8 9; do
-        Tell "session $change"
+        Command "session $change"
     done
     Expect "the lock" ProbeSaw "session lock"
     Settle
@@ -310,8 +310,8 @@ AStoppedInputThreadLeavesNothingBehind() {
 AKilledProgramLeavesNoHook() {
     StartProbe
     Mark
-    Tell "consume key 69"
-    Tell "consume button 1"
+    Command "consume key 69"
+    Command "consume button 1"
     xdotool key e
     Expect "consumed" ProbeSaw "key up 69 0 consume"
     kill -9 "$probePid"
@@ -338,14 +338,14 @@ TheProgramFileCarriesIconsManifestAndVersion() {
     wrestool -x --raw -t16 "$build/dist/Varnelle.exe" | strings -el | grep -qx '1\.0\.1' || Same "version" 1.0.1 none
 }
 
-# Console MODE=PATH: what Varnelle.exe prints into a redirection, then its exit code.
+# Console MODE=PATH: prints what Varnelle.exe writes into a redirection, then its exit code.
 Console() {
     local code=0
     Wine 120 "$build/dist/Varnelle.exe" "$@" </dev/null >"$work/console" 2>/dev/null || code=$?
     echo "$(<"$work/console")|$code"
 }
 
-MacroFilesAreJudgedInOneLineAndACode() {
+MacroFilesAreValidatedInOneLineAndACode() {
     local name line code
     while IFS=: read -r name line; do
         line=${line# }
@@ -361,7 +361,7 @@ MacroFilesAreJudgedInOneLineAndACode() {
 }
 
 # A letter above 255 reaches the file name as its low byte: U+0141 U+0142 become "AB".
-PathsAreCutToTheirLowBytes() {
+PathsAreReducedToTheirLowBytes() {
     cp tests/fixtures/macros/bare.vrlmacro "$work/AB.vrlmacro"
     Same "the altered path" "OK 1 events"$'\r|0' \
         "$(LC_ALL=C.UTF-8 Console "--validate-macro=Z:$work/Łł.vrlmacro")"
@@ -391,8 +391,8 @@ TryTestProgram() {
     fi
 }
 
-# The counts of a GoogleTest program go into ours; its output is shown, set in, only when something failed. It has a
-# second try as a test has.
+# Adds the counts of a GoogleTest program to ours. Shows its output, indented, only if a test fails. Repeats it once as a
+# test.
 RunTestProgram() {
     local good bad left
     if ! TryTestProgram "$1"; then
@@ -432,8 +432,8 @@ Test AStoppedInputThreadLeavesNothingBehind
 Test AKilledProgramLeavesNoHook
 
 Test TheProgramFileCarriesIconsManifestAndVersion
-Test MacroFilesAreJudgedInOneLineAndACode
-Test PathsAreCutToTheirLowBytes
+Test MacroFilesAreValidatedInOneLineAndACode
+Test PathsAreReducedToTheirLowBytes
 
 echo "windows: $passed passed, $failed failed, $skipped skipped"
 [ "$failed" = 0 ]

@@ -1,26 +1,26 @@
 # shellcheck shell=bash
 # Wine as a Windows to test on. Sourced by the runners; then:
 #
-#   StartWine BUILD_DIR [desktop]    a prefix of its own in BUILD_DIR/wine, made when it is not there yet; with
+#   StartWine BUILD_DIR [desktop]    a separate prefix in BUILD_DIR/wine, created if missing; with
 #                                    "desktop" also an X server of its own with a Wine desktop in it, so that input
 #                                    sent by XTEST is real input to the programs
-#   Wine SECONDS PROGRAM ARGUMENT... runs a program with a time limit; gives its exit code
+#   Wine SECONDS PROGRAM ARGUMENT... runs a program with a time limit; returns its exit code
 #
-# Everything that was started ends when the shell exits. One run a build folder: a second one waits.
+# Everything started ends when the shell exits. One run per build folder: a second one waits.
 
 export WINEARCH=win64 WINEDEBUG=-all
-# Nothing that wants to be installed, and no debugger that opens a dialog on a program that is meant to crash.
+# Without installations, and without a debugger dialog for a program that crashes on purpose.
 export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=;winedbg.exe="
 
 kDesktopSize=1024x768
 xServerPid=
 
-# No Wine process may hold a pipe of ours open, or whoever reads it waits for ever; nor the lock, for it may outlive us.
+# A Wine process may outlive this shell, so it must hold neither its pipes, which readers wait for, nor the lock.
 QuietWine() {
     timeout --kill-after=5 120 "$@" </dev/null >/dev/null 2>&1 9>&-
 }
 
-# A server that is slow to end is killed by its -k, and then its programs wait for its answer for ever.
+# wineserver -k kills a slow server, and its programs then wait for its reply for ever.
 EndWineServer() {
     QuietWine wineserver -k || true
     QuietWine wineserver -w || true
@@ -51,7 +51,7 @@ CreatePrefix() {
         touch "$WINEPREFIX/complete"
 }
 
-# The server picks a free display number itself and tells it once it is ready.
+# The server picks a free display number and prints it once it is ready.
 StartXServer() {
     local number file
     file=$(mktemp)

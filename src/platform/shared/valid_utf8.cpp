@@ -5,7 +5,7 @@
 
 namespace {
 
-// Bytes of the sequence that begins at `text`, 0 if none does.
+// Returns the number of bytes of the sequence at the start of `text`, 0 if there is none.
 size_t SequenceLength(std::string_view text) {
     const auto first = static_cast<uint8_t>(text[0]);
     if (first < 0x80) {
@@ -19,7 +19,7 @@ size_t SequenceLength(std::string_view text) {
         return 0;
     }
     const auto second = static_cast<uint8_t>(text[1]);
-    // No longer form than needed, no surrogates, nothing above U+10FFFF.
+    // Rejects overlong forms, surrogates and values above U+10FFFF.
     const uint8_t lowest = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
     const uint8_t highest = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
     if (second < lowest || second > highest) {
@@ -38,7 +38,7 @@ size_t SequenceLength(std::string_view text) {
 std::string ValidUtf8(std::string_view text) {
     std::string valid;
     valid.reserve(text.size());
-    size_t kept = 0;  // everything before it is in `valid`
+    size_t kept = 0;  // everything before this index is in `valid`
     size_t at = 0;
     while (at < text.size()) {
         const size_t length = SequenceLength(text.substr(at));

@@ -1,8 +1,8 @@
-// The web view takes UTF-8 only; names out of foreign files may be anything.
+// The web view accepts UTF-8 only. Names in foreign files may hold any bytes.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// `text` with the replacement character (U+FFFD) in place of every byte that belongs to no UTF-8 sequence.
+// Returns `text` with the replacement character (U+FFFD) for every byte that belongs to no UTF-8 sequence.
 std::string ValidUtf8(std::string_view text);

@@ -1,4 +1,4 @@
-// Real files of the machine, with failures on demand.
+// Real files, with failures on demand.
 #include "platform/simulated/files.h"
 
 #include "platform/files.h"
@@ -19,13 +19,13 @@ struct FileState {
 };
 
 FileState state;
-// Counted apart from the rest: a bench may read files from threads of its own.
+// Atomic and separate: a bench may read files on its own threads.
 std::atomic<int> operations{0};
 std::atomic<int> failingOperation{0};
 std::atomic<SimFileFault> failingFault{SimFileFault::Refused};
 std::atomic<bool> failsPermanently{false};
 
-// Counts the operation that begins here; gives what goes wrong with it, if anything does.
+// Counts the operation that begins here. Returns its fault, if any.
 std::optional<SimFileFault> NextFault(const std::string& path) {
     const int number = ++operations;
     const int failing = failingOperation;
@@ -110,7 +110,7 @@ bool ReadFileBytes(const std::string& path, std::string* bytes) {
     while ((count = std::fread(buffer, 1, sizeof buffer, file)) != 0) {
         bytes->append(buffer, count);
     }
-    const bool complete = std::ferror(file) == 0;  // a folder opens, but does not read
+    const bool complete = std::ferror(file) == 0;  // a folder can be opened but not read
     std::fclose(file);
     if (fault) {
         bytes->resize(bytes->size() / 2);

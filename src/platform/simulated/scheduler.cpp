@@ -19,7 +19,7 @@
 namespace {
 
 constexpr int64_t kNever = std::numeric_limits<int64_t>::max();
-constexpr int64_t kClockStart = 10'000'000;  // a second: a counter of 0 would hide a forgotten subtraction
+constexpr int64_t kClockStart = 10'000'000;  // one second: a counter of 0 would hide a forgotten subtraction
 constexpr int kMaxWaitEvents = 4;
 
 enum class Stage { Runnable, Waiting, Ended };
@@ -28,13 +28,13 @@ struct Participant {
     std::string name;
     std::thread::id threadId;
     Stage stage = Stage::Runnable;
-    bool yieldsToAll = false;  // the driver's own waits: only when nobody else can run at this time
+    bool yieldsToAll = false;  // the driver's waits: runs only if no other thread can run at this time
 
     // While Waiting.
     WakeEvent* events[kMaxWaitEvents] = {};
     int eventCount = 0;
     int64_t deadline = kNever;
-    uint64_t waitOrder = 0;  // who has waited longest gets an automatic event's signal
+    uint64_t waitOrder = 0;  // the longest waiter gets an automatic event's signal
     Participant* joined = nullptr;
     bool waitsForAllThreads = false;
     int result = -1;
@@ -58,7 +58,7 @@ struct Scheduler {
 
 Scheduler scheduler;
 std::atomic<int64_t> clockTicks{
-    kClockStart};  // atomic for readers without the turn, such as a bench's own threads
+    kClockStart};  // atomic for readers without the turn, such as a bench's threads
 thread_local Participant* self = nullptr;
 
 int64_t Now() {
@@ -107,7 +107,7 @@ std::string DescribeWaiters() {
     return text;
 }
 
-// Who runs next. Moves the clock when nobody can run now.
+// Returns the thread that runs next. Advances the clock if none can run now.
 Participant* ChooseNext() {
     Participant* runnable[64];
     for (;;) {
@@ -190,7 +190,7 @@ std::shared_ptr<Participant> Shared(Participant* wanted) {
     return nullptr;
 }
 
-// The caller has set what it waits for, or stays runnable; returns when it is chosen again.
+// The caller has set what it waits for, or stays runnable. Returns when it is chosen again.
 void PassTurn(Participant* caller) {
     Participant* next = ChooseNext();
     NoteChoice(next);
@@ -256,7 +256,7 @@ void RunParticipant(std::shared_ptr<Participant> participant, void (*body)()) {
     EndParticipant(participant.get());
 }
 
-// The driver's waits: everything else that can happen until then happens first.
+// The driver waits: everything else that can happen until then happens first.
 void DriveTo(int64_t deadline) {
     Participant* caller = Self();
     BeginWait(caller, deadline);
@@ -454,12 +454,12 @@ int IndexOfEvent(const Participant& participant, const WakeEvent* event) {
     return -1;
 }
 
-// A waiter that can be woken by `event`: the one that has waited longest.
+// Returns the longest waiter that `event` can wake, or null.
 Participant* LongestWaiter(const WakeEvent* event) {
     Participant* longest = nullptr;
     for (const auto& entry : scheduler.participants) {
         Participant* participant = entry.get();
-        // One whose deadline has come is past waiting, even if it has not been chosen yet.
+        // A thread whose deadline has passed no longer waits, even if it has not been chosen yet.
         if (participant->stage == Stage::Waiting && participant->deadline > Now() &&
             IndexOfEvent(*participant, event) >= 0 &&
             (longest == nullptr || participant->waitOrder < longest->waitOrder)) {

@@ -29,7 +29,7 @@ std::string Numbers(std::initializer_list<int32_t> numbers) {
     return text;
 }
 
-void TellPlacement() {
+void ReportPlacement() {
     const SimDesktop& desktop = SimGetDesktop();
     const SimWindow* window = Find(desktop.watched);
     if (window != nullptr && desktop.handlers.placementChanged != nullptr) {
@@ -112,7 +112,7 @@ void WatchPageWindow(PageHost* host, const WindowHandlers& handlers) {
 }
 
 void EndWindowWatch(PageHost* /*host*/) {
-    TellPlacement();
+    ReportPlacement();
     SimGetDesktop().watched = 0;
     SimGetDesktop().handlers = {};
 }
@@ -123,7 +123,7 @@ void SimMovePageWindow(const ScreenRectangle& outer) {
         window->top = outer.top;
         window->right = outer.right;
         window->bottom = outer.bottom;
-        TellPlacement();
+        ReportPlacement();
     }
 }
 

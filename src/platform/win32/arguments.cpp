@@ -4,7 +4,7 @@
 
 #include <shellapi.h>
 
-// No code page is asked: a character above 255 arrives altered.
+// Without a code page: a character above 255 is altered.
 static std::string NarrowByLowByte(const wchar_t* text) {
     std::string narrow;
     for (; *text; ++text) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <climits>
-// In this order: the second needs the types of the first.
+// In this order: the second header needs the types of the first.
 // clang-format off
 #include <windows.h>
 #include <bcrypt.h>
@@ -17,7 +17,7 @@ bool Good(NTSTATUS status) {
     return status >= 0;
 }
 
-// The library takes what it only reads as plain pointers.
+// The library takes non-const pointers also to data that it only reads.
 PUCHAR Bytes(const void* bytes) {
     return static_cast<PUCHAR>(const_cast<void*>(bytes));
 }

@@ -58,8 +58,8 @@ void ForceForeground(WindowRef window) {
         RaiseAndFocus(HandleOf(window));
         return;
     }
-    // NOTE: a process in the background may not take the foreground.
-    // HACK: sharing the input queue of the thread that has it counts as having it.
+    // NOTE: a background process may not take the foreground.
+    // HACK: it may if it shares the input queue of the thread that has the foreground.
     DWORD current = GetCurrentThreadId();
     DWORD foregroundThread = GetWindowThreadProcessId(foreground, nullptr);
     bool attached = false;

@@ -8,12 +8,12 @@
 
 namespace {
 
-constexpr DWORD kPathLength = 260;  // of the system's own paths, the closing zero included
+constexpr DWORD kPathLength = 260;  // of the system's paths, including the closing zero
 
 std::atomic<bool> dialogsAllowed{true};
 bool dialogOpen = false;  // UI thread
 
-// Name and pattern in turn, each with its closing zero, and one more zero at the end.
+// Returns names and patterns alternately, each with its closing zero, and one more zero at the end.
 std::string FilterText(std::span<const FileDialogFilter> filters) {
     std::string text;
     for (const FileDialogFilter& filter : filters) {
@@ -23,8 +23,8 @@ std::string FilterText(std::span<const FileDialogFilter> filters) {
     return text;
 }
 
-// NOTE: the dialog turns a message loop of its own, so the page goes on calling, and the end of the program's main
-// loop ends the dialog too.
+// NOTE: the dialog runs its own message loop, so the page keeps calling, and the end of the main loop also ends the
+// dialog.
 FileDialogResult ShowDialog(BOOL(WINAPI* show)(LPOPENFILENAMEA), std::span<const FileDialogFilter> filters,
                             const char* defaultExtension, DWORD flags) {
     if (dialogOpen || !dialogsAllowed) {

@@ -1,7 +1,7 @@
 #include "platform/end_request.h"
 
-// NOTE: a program with a window and no console of its own is asked to end by messages to that window, at log-off and
-// by the task manager alike; console control events never reach it.
-// HACK: there is nothing to listen to here. A close ends the main loop like any other, and at log-off the session that
-// the autosave thread wrote last stands, at most five seconds old.
+// NOTE: the system ends a program with a window and without a console by messages to that window, at log-off and from the
+// task manager. Console control events never reach it.
+// HACK: so no handler is needed here. A close ends the main loop as usual. At log-off the last autosave is at most five
+// seconds old.
 void SetEndRequestHandler(void (*)()) {}

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-// One ReadFile or WriteFile counts in 32 bits; larger files go in pieces.
+// ReadFile and WriteFile count in 32 bits, so larger files are processed in pieces.
 constexpr size_t kLargestPiece = size_t{1} << 30;
 
 std::string_view TextLineEnd() {
@@ -13,7 +13,7 @@ std::string_view TextLineEnd() {
 
 std::string DataFolderRoot() {
     char value[260];
-    // On a value that does not fit, the result is the size it would need, its end included.
+    // For a value that does not fit, the result is the size that it needs, including the closing zero.
     DWORD length = GetEnvironmentVariableA("LOCALAPPDATA", value, sizeof value);
     if (length == 0 || length >= sizeof value) {
         return ".";
@@ -62,7 +62,7 @@ static bool ReadWholeFile(HANDLE file, std::string* bytes) {
             return false;
         }
         if (got == 0) {
-            break;  // another process cut the file short meanwhile
+            break;  // another process has truncated the file meanwhile
         }
         have += got;
     }
@@ -72,7 +72,7 @@ static bool ReadWholeFile(HANDLE file, std::string* bytes) {
 
 bool ReadFileBytes(const std::string& path, std::string* bytes) {
     bytes->clear();
-    // Shared with everything: another process may rewrite or replace the file at any moment.
+    // Shares all access: another process may rewrite or replace the file at any moment.
     HANDLE file =
         CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);

@@ -9,14 +9,14 @@
 #include <cstdlib>
 #include <exception>
 
-// Process-wide state, UI thread unless said otherwise.
+// Process-wide state. UI thread unless a line says otherwise.
 static HRESULT comResult = E_FAIL;                   // of the UI thread's CoInitializeEx
 static HANDLE instanceMutex = nullptr;               // held from ClaimSingleInstance on
 static std::atomic<void (*)()> crashSave = nullptr;  // taken by the first thread that crashes
 
 void PrepareProcess() {
     SetDefaultDllDirectories(0x1000);  // LOAD_LIBRARY_SEARCH_DEFAULT_DIRS
-    // Nothing outside may redirect the web view.
+    // These variables could redirect the web view.
     static const wchar_t* const kWebViewVariables[] = {
         L"WEBVIEW2_BROWSER_EXECUTABLE_FOLDER", L"WEBVIEW2_ADDITIONAL_BROWSER_ARGUMENTS",
         L"WEBVIEW2_USER_DATA_FOLDER",          L"WEBVIEW2_RELEASE_CHANNEL_PREFERENCE",
@@ -66,7 +66,7 @@ uint32_t OwnProcessId() {
 namespace {
 struct ImagePath {
     wchar_t text[MAX_PATH] = {};
-    DWORD length = 0;  // 0 where it cannot be told
+    DWORD length = 0;  // 0 if the path is unknown
 };
 }  // namespace
 
@@ -74,7 +74,7 @@ static ImagePath ReadOwnImagePath() {
     ImagePath path;
     path.length = GetModuleFileNameW(nullptr, path.text, MAX_PATH);
     if (path.length >= MAX_PATH) {
-        path.length = 0;  // cut short, so equal to nothing
+        path.length = 0;  // truncated, so equal to nothing
     }
     return path;
 }
@@ -113,7 +113,7 @@ static void SaveOnce() {
         try {
             save();
         } catch (...) {
-            // The process is dying; nobody is left to tell.
+            // The process is ending. The failure cannot be reported.
         }
     }
 }
@@ -131,7 +131,7 @@ static LONG WINAPI CrashSaveFilter(EXCEPTION_POINTERS*) {
 void SetCrashHandler(void (*save)()) {
     crashSave = save;
     SetUnhandledExceptionFilter(CrashSaveFilter);
-    // NOTE: a C++ exception that leaves a thread's function ends in std::terminate and never reaches the filter.
-    // HACK: the same save from there.
+    // NOTE: a C++ exception that leaves a thread's function calls std::terminate and never reaches the filter.
+    // HACK: the terminate handler saves too.
     std::set_terminate(SaveAndAbort);
 }

@@ -27,7 +27,7 @@ void SetLaunchAtStartup(bool enabled) {
         return;
     }
     if (enabled) {
-        // In quotes: a path with blanks would be cut at the first one.
+        // In quotes: a path would end at its first space.
         const std::string command = "\"" + ProgramPath() + "\"";
         RegSetValueExA(key, kRunValue, 0, REG_SZ, reinterpret_cast<const BYTE*>(command.c_str()),
                        static_cast<DWORD>(command.size() + 1));

@@ -4,7 +4,7 @@
 
 #include <string>
 
-// SetThreadDescription is younger than the oldest Windows 10, so it is looked up.
+// The oldest Windows 10 has no SetThreadDescription, so it is looked up at run time.
 static void NameThisThread(const std::string& name) {
     using SetDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
     HMODULE kernel = GetModuleHandleW(L"kernel32.dll");

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-// A WakeEvent is the event's handle; the type only keeps it from being mixed up with other handles.
+// A WakeEvent is the event's handle. The type distinguishes it from other handles.
 static HANDLE HandleOf(WakeEvent* event) {
     return reinterpret_cast<HANDLE>(event);
 }

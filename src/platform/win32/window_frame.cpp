@@ -26,11 +26,11 @@ bool WorkAreaOfMonitor(HMONITOR monitor, ScreenRectangle* area) {
 
 // ---- The watched window, UI thread ----
 
-WNDPROC oldProcedure = nullptr;  // what the web view library gave its window; null without a watch
+WNDPROC oldProcedure = nullptr;  // of the web view library's window; null without a watch
 HWND watchedWindow = nullptr;
 WindowHandlers watchHandlers;
 
-void TellPlacement(HWND window) {
+void ReportPlacement(HWND window) {
     WINDOWPLACEMENT placement = {};
     placement.length = sizeof placement;
     if (!watchHandlers.placementChanged || !GetWindowPlacement(window, &placement)) {
@@ -40,7 +40,7 @@ void TellPlacement(HWND window) {
         {RectangleOf(placement.rcNormalPosition), placement.showCmd == SW_SHOWMAXIMIZED});
 }
 
-void TellDrop(HDROP drop) {
+void ReportDrop(HDROP drop) {
     constexpr UINT kAll = 0xFFFFFFFF;
     std::vector<std::string> paths;
     const UINT count = DragQueryFileA(drop, kAll, nullptr, 0);
@@ -58,25 +58,25 @@ void TellDrop(HDROP drop) {
 LRESULT CALLBACK MainFrameWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     try {
         if (message == WM_EXITSIZEMOVE || message == WM_DESTROY) {
-            TellPlacement(window);
+            ReportPlacement(window);
         }
         if (message == WM_DROPFILES) {
-            TellDrop(reinterpret_cast<HDROP>(wParam));
+            ReportDrop(reinterpret_cast<HDROP>(wParam));
         }
     } catch (...) {
-        // No exception may cross the system's message loop; what was to be told is lost.
+        // No exception may cross the system's message loop. The report is lost.
     }
     if (message == WM_DROPFILES) {
         DragFinish(reinterpret_cast<HDROP>(wParam));
         return 0;
     }
     if (message == WM_NCDESTROY) {
-        watchedWindow = nullptr;  // its handle may be given to another window from now on
+        watchedWindow = nullptr;  // another window may get its handle from now on
     }
     return CallWindowProcW(oldProcedure, window, message, wParam, lParam);
 }
 
-// The program runs as administrator: a drop from the ordinary shell needs its messages let through.
+// The program runs as administrator. Lets the messages of a drop from the ordinary shell through.
 void AcceptDrops(HWND window) {
     constexpr UINT kCopyGlobalData = 0x49;
     DragAcceptFiles(window, TRUE);
@@ -132,7 +132,7 @@ void WatchPageWindow(PageHost* host, const WindowHandlers& handlers) {
         return;
     }
     watchHandlers = handlers;
-    // Before the replacement, which may be called from inside SetWindowLongPtrW.
+    // Set before the new procedure, which SetWindowLongPtrW may already call.
     oldProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
     if (!SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(MainFrameWndProc))) {
         oldProcedure = nullptr;
@@ -146,9 +146,9 @@ void WatchPageWindow(PageHost* host, const WindowHandlers& handlers) {
 
 void EndWindowWatch(PageHost* /*host*/) {
     if (watchedWindow) {
-        // The loop ended by a request from outside: the window goes only with the web view.
+        // The loop ended by a request from outside: the window closes only with the web view.
         try {
-            TellPlacement(watchedWindow);
+            ReportPlacement(watchedWindow);
         } catch (...) {
             // As in the window procedure.
         }

@@ -37,7 +37,7 @@ TEST(Desktop, MinimisedAndRestored) {
     EXPECT_TRUE(WaitFor([&] { return !IsWindowMinimised(window.Id()); }));
 }
 
-TEST(Desktop, OnTopOfWhateverIsRaised) {
+TEST(Desktop, StaysOnTopOfRaisedWindows) {
     ManagedWindow low("Low", 100, 100, 1);
     ManagedWindow other("Other", 150, 120, 1);
     ASSERT_TRUE(WaitFor([&] { return ListTopLevelWindows().size() == 2; }));
@@ -98,7 +98,7 @@ TEST(Desktop, OnTopWhileMinimisedAndBeforeItIsShown) {
 
 TEST(Desktop, Icons) {
     ManagedWindow window("Icons", 50, 50, 1);
-    // The window manager gives a new window a picture of its own first.
+    // The window manager first gives a new window its own icon.
     ASSERT_TRUE(WaitFor([&] { return FindWindowByTitle("Icons") != 0; }));
     SetWindowIcons(window.Id());
     Atom type = None;
@@ -155,7 +155,7 @@ TEST(Desktop, ProcessUnderAPoint) {
     ManagedWindow window("Here", 200, 200, 4242);
     ASSERT_TRUE(WaitFor([&] { return ProcessAtPoint(300, 300, &process); }));
     EXPECT_EQ(process, 4242U);
-    // Also on the frame that the window manager put around it, above the window.
+    // Also on its frame, above the window.
     EXPECT_TRUE(WaitFor([&] {
         for (int y = 150; y < 230; ++y) {
             process = 0;

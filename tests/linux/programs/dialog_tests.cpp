@@ -1,5 +1,5 @@
-// File dialogs of other processes: the desktop's portal and zenity, both pretended, so that each way they can end is
-// seen. Real ones are driven in tests/program. Run by tests/linux/run.sh.
+// File dialogs of other processes: fakes of the desktop's portal and of zenity, so that each outcome is tested. The tests
+// in tests/program use real ones. Run by tests/linux/run.sh.
 #include "test_desktop.h"
 
 #include "platform/dialogs.h"
@@ -42,7 +42,7 @@ bool HasChildren() {
     return waitpid(-1, nullptr, WNOHANG) >= 0 || errno != ECHILD;
 }
 
-// A folder of its own, a PATH that holds only what the test puts there, and no desktop.
+// Its own folder, a PATH with only the files of the test, and no desktop.
 class Dialogs : public testing::Test {
   protected:
     void SetUp() override {
@@ -60,8 +60,7 @@ class Dialogs : public testing::Test {
         std::filesystem::remove_all(folder);
     }
 
-    // `script` is what the pretended zenity does. Its arguments are in the file "asked", one a line, a call after the
-    // other.
+    // `script` is the body of the fake zenity. The file "asked" has its arguments, one per line, call after call.
     void PutHelper(const std::string& script) const {
         const std::string file = folder + "/bin/zenity";
         std::ofstream(file) << "#!/bin/bash\nPATH=/usr/bin:/bin\nfor argument in \"$@\"; do printf '%s\\n' "
@@ -82,7 +81,7 @@ class Dialogs : public testing::Test {
 
 using Helper = Dialogs;
 
-TEST_F(Dialogs, WhereThereIsNoneThePersonReadsWhatToInstall) {
+TEST_F(Dialogs, WithoutADialogTheUserReadsWhatToInstall) {
     for (const FileDialogResult& result :
          {AskForFileToOpen(kFilters), AskForFileToSave(kFilters, "vrlmacro")}) {
         EXPECT_EQ(result.outcome, FileDialogOutcome::Unavailable);
@@ -93,12 +92,12 @@ TEST_F(Dialogs, WhereThereIsNoneThePersonReadsWhatToInstall) {
     }
 }
 
-TEST_F(Dialogs, APatternHoldsForCapitalLettersToo) {
+TEST_F(Dialogs, APatternIgnoresCase) {
     EXPECT_EQ(DialogGlob("*.vrl1"), "*.[vV][rR][lL]1");
     EXPECT_EQ(DialogGlob("*.*"), "*");
 }
 
-TEST_F(Dialogs, AUriIsAPathOfThisMachine) {
+TEST_F(Dialogs, AFileUriBecomesAPath) {
     EXPECT_EQ(PathOfFileUri("file:///a/b%20c%C3%a9"), "/a/b c\xC3\xA9");
     EXPECT_EQ(PathOfFileUri("file://localhost/a"), "/a");
     EXPECT_EQ(PathOfFileUri("file:///100%25"), "/100%");
@@ -120,14 +119,14 @@ TEST_F(Helper, AsksForAFileToOpen) {
     EXPECT_EQ(Read("asked").find("--save"), std::string::npos);
 }
 
-TEST_F(Helper, BeginsWhereThePersonWasLast) {
+TEST_F(Helper, StartsInTheLastFolderOfTheUser) {
     PutHelper("echo /some/where/a.vrlmacro");
     AskForFileToOpen(kFilters);
     AskForFileToOpen(kFilters);
     EXPECT_NE(Read("asked").find("--filename=/some/where/\n"), std::string::npos);
 }
 
-TEST_F(Helper, ANameIsTakenAsItIs) {
+TEST_F(Helper, ANameIsPassedUnchanged) {
     for (const std::string name :
          {"/a b/$(touch x);`y`'\".vrlmacro", "/-rf.x", "/line\nbreak.x", "/caf\xC3\xA9.x", "/\xFF.x"}) {
         std::ofstream(folder + "/name", std::ios::binary) << name;
@@ -136,7 +135,7 @@ TEST_F(Helper, ANameIsTakenAsItIs) {
     }
 }
 
-TEST_F(Helper, AClosedDialogIsNoChoice) {
+TEST_F(Helper, AClosedDialogReturnsCancelled) {
     for (const char* script : {"exit 1", "exit 0", "echo /not/this; exit 1"}) {
         PutHelper(script);
         const FileDialogResult result = AskForFileToOpen(kFilters);
@@ -145,7 +144,7 @@ TEST_F(Helper, AClosedDialogIsNoChoice) {
     }
 }
 
-TEST_F(Helper, ADialogThatBreaksOffIsSaid) {
+TEST_F(Helper, AFailedDialogIsReported) {
     for (const char* script :
          {"exit 255", "kill -9 $$", "kill -TERM $$", "echo /a; kill -SEGV $$", "exit 127"}) {
         PutHelper(script);
@@ -153,17 +152,17 @@ TEST_F(Helper, ADialogThatBreaksOffIsSaid) {
         EXPECT_EQ(result.outcome, FileDialogOutcome::Unavailable) << script;
         EXPECT_EQ(result.problem, "The file dialog (zenity) broke off. Please try again.") << script;
     }
-    // No program at all behind the name.
+    // The file is no program.
     std::ofstream(folder + "/bin/zenity") << "#!/no/such/program\n";
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Unavailable);
 }
 
-TEST_F(Helper, WhatItLeavesBehindDoesNotHoldUsUp) {
-    // The child keeps the pipe open for as long as the test may last; the file ends it.
+TEST_F(Helper, ARemainingChildDoesNotDelayTheResult) {
+    // The child keeps the pipe open for as long as the test may last. The file ends it.
     PutHelper("(until [ -e " + folder + "/over ]; do sleep 0.05; done) & echo /a.x");
     EXPECT_EQ(AskForFileToOpen(kFilters).path, "/a.x");
     Touch("over");
-    // The other way round: nothing to read any more, but still open.
+    // The reverse: the pipe is closed and the process still runs.
     PutHelper("exec >&-; echo >" + folder + "/closed; until [ -e " + folder +
               "/go ]; do sleep 0.05; done; exit 1");
     std::thread later([&] {
@@ -174,8 +173,8 @@ TEST_F(Helper, WhatItLeavesBehindDoesNotHoldUsUp) {
     later.join();
 }
 
-TEST_F(Helper, NoFileNoChildAndNoHandleOfOursIsLeftToAnybody) {
-    const int ours = open("/dev/null", O_RDONLY);  // without close-on-exec, as a careless library would
+TEST_F(Helper, LeavesNoFileNoChildAndNoInheritedDescriptor) {
+    const int ours = open("/dev/null", O_RDONLY);  // without close-on-exec, as a careless library does
     PutHelper("for file in /proc/self/fd/*; do readlink $file; done >" + folder + "/files; echo /a.x");
     AskForFileToOpen(kFilters);
     const size_t before = OpenFiles();
@@ -186,19 +185,19 @@ TEST_F(Helper, NoFileNoChildAndNoHandleOfOursIsLeftToAnybody) {
     AskForFileToOpen(kFilters);
     EXPECT_EQ(OpenFiles(), before);
     EXPECT_FALSE(HasChildren());
-    // Its own three, and bash's: the script and the listed folder.
+    // Its standard streams and those of bash: the script and the listed folder.
     std::ifstream files(folder + "/files");
     int nothing = 0;
     for (std::string line; std::getline(files, line);) {
         nothing += line == "/dev/null" ? 1 : 0;
         EXPECT_EQ(line.find("socket:"), std::string::npos) << line;
     }
-    EXPECT_EQ(nothing, 2);  // what it reads, and its complaints
+    EXPECT_EQ(nothing, 2);  // standard input and standard error
     close(ours);
 }
 
-TEST_F(Helper, ExitCodesThatTheSystemDropsAreNotMissed) {
-    signal(SIGCHLD, SIG_IGN);  // as whoever started us may have left it
+TEST_F(Helper, WorksWithoutExitCodes) {
+    signal(SIGCHLD, SIG_IGN);  // as a parent process may have set it
     PutHelper("echo /a.x");
     EXPECT_EQ(AskForFileToOpen(kFilters).path, "/a.x");
     PutHelper("exit 1");
@@ -206,7 +205,7 @@ TEST_F(Helper, ExitCodesThatTheSystemDropsAreNotMissed) {
     signal(SIGCHLD, SIG_DFL);
 }
 
-TEST_F(Helper, AProgramThatEndsWaitsForNoDialog) {
+TEST_F(Helper, AnEndingProgramClosesTheDialog) {
     PutHelper("trap '' TERM; echo $$ >" + folder + "/pid.new; mv " + folder + "/pid.new " + folder +
               "/pid; while true; do sleep 0.05; done");
     std::thread ending([&] {
@@ -217,7 +216,7 @@ TEST_F(Helper, AProgramThatEndsWaitsForNoDialog) {
     ending.join();
     EXPECT_FALSE(HasChildren());
     EXPECT_NE(kill(std::stoi(Read("pid")), 0), 0);
-    // And opens none.
+    // It opens no further one.
     std::filesystem::remove(folder + "/asked");
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Cancelled);
     EXPECT_EQ(Read("asked"), "");
@@ -235,7 +234,7 @@ TEST_F(Helper, ASavedNameWithoutAnExtensionGetsOne) {
     EXPECT_EQ(AskForFileToSave(kFilters, "vrlmacro").path, folder + "/a.folder/plain.vrlmacro");
 }
 
-TEST_F(Helper, AFileThatWouldBeLostWithoutAQuestionIsAskedAboutAgain) {
+TEST_F(Helper, AsksAgainBeforeReplacingAFileWithTheAddedExtension) {
     Touch("there.vrlmacro");
     PutHelper("case \"$*\" in *--filename=" + folder + "/there.vrlmacro*) echo " + folder +
               "/there.vrlmacro;; *) echo " + folder + "/there;; esac");
@@ -251,7 +250,7 @@ TEST_F(Helper, AFileThatWouldBeLostWithoutAQuestionIsAskedAboutAgain) {
     EXPECT_EQ(AskForFileToSave(kFilters, "vrlmacro").outcome, FileDialogOutcome::Cancelled);
 }
 
-TEST_F(Helper, IsNotLookedForInTheCurrentFolder) {
+TEST_F(Helper, IsNotSearchedInTheCurrentFolder) {
     PutHelper("echo /a.x");
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(folder + "/bin");
@@ -262,7 +261,7 @@ TEST_F(Helper, IsNotLookedForInTheCurrentFolder) {
     std::filesystem::current_path(before);
 }
 
-// A desktop's portal on a bus of its own.
+// A fake portal on its own bus.
 class Portal : public Dialogs {
   protected:
     enum class Manner { Answer, Refuse, Vanish, Wait };
@@ -430,19 +429,19 @@ class Portal : public Dialogs {
     std::thread server;
     std::atomic<bool> over{false};
 
-    // How it behaves; before Serve.
+    // Behaviour. Set before Serve.
     Manner manner = Manner::Answer;
     uint32_t response = 0;
     std::vector<std::string> uris;  // the last one stays
 
-    // What it saw; after StopServing, but for the counts.
+    // What it received. Read after StopServing, except the counts.
     std::string asked;
     std::string token;
     std::atomic<int> opened{0};
     std::atomic<int> closed{0};
 };
 
-TEST_F(Portal, AsksForAFileToOpenBeforeAnybodyElse) {
+TEST_F(Portal, AsksForAFileToOpenBeforeTheHelper) {
     PutHelper("echo /from/zenity.x");
     uris = {"file:///a%20b/c.vrlmacro"};
     Serve();
@@ -456,14 +455,14 @@ TEST_F(Portal, AsksForAFileToOpenBeforeAnybodyElse) {
     EXPECT_EQ(Read("asked"), "");
 }
 
-TEST_F(Portal, AClosedDialogIsNoChoice) {
+TEST_F(Portal, AClosedDialogReturnsCancelled) {
     response = 1;
     Serve();
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Cancelled);
     EXPECT_EQ(AskForFileToSave(kFilters, "vrlmacro").outcome, FileDialogOutcome::Cancelled);
 }
 
-TEST_F(Portal, ADialogThatBreaksOffIsSaid) {
+TEST_F(Portal, AFailedDialogIsReported) {
     PutHelper("echo /from/zenity.x");
     response = 2;
     Serve();
@@ -472,13 +471,13 @@ TEST_F(Portal, ADialogThatBreaksOffIsSaid) {
     EXPECT_EQ(result.problem, "The desktop's file dialog broke off. Please try again.");
 }
 
-TEST_F(Portal, OneThatVanishesDoesNotHoldUsUp) {
+TEST_F(Portal, ALostPortalIsReported) {
     manner = Manner::Vanish;
     Serve();
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Unavailable);
 }
 
-TEST_F(Portal, ABusThatVanishesDoesNotHoldUsUp) {
+TEST_F(Portal, ALostBusIsReported) {
     manner = Manner::Wait;
     Serve();
     std::thread ending([&] {
@@ -489,7 +488,7 @@ TEST_F(Portal, ABusThatVanishesDoesNotHoldUsUp) {
     ending.join();
 }
 
-TEST_F(Portal, OneWithoutAFileDialogIsNone) {
+TEST_F(Portal, APortalWithoutAFileDialogIsSkipped) {
     PutHelper("echo /from/zenity.x");
     manner = Manner::Refuse;
     Serve();
@@ -498,14 +497,14 @@ TEST_F(Portal, OneWithoutAFileDialogIsNone) {
     EXPECT_EQ(AskForFileToOpen(kFilters).outcome, FileDialogOutcome::Unavailable);
 }
 
-TEST_F(Portal, ABusWithoutAPortalIsNone) {
+TEST_F(Portal, ABusWithoutAPortalIsSkipped) {
     PutHelper("echo /from/zenity.x");
     Function<int (*)(sd_bus*, const char*)>("sd_bus_release_name")(portal, "org.freedesktop.portal.Desktop");
     Serve();
     EXPECT_EQ(AskForFileToOpen(kFilters).path, "/from/zenity.x");
 }
 
-TEST_F(Portal, AFileOfAnotherMachineIsNotOurs) {
+TEST_F(Portal, RejectsAFileOfAnotherMachine) {
     uris = {"sftp://elsewhere/a.vrlmacro"};
     Serve();
     const FileDialogResult result = AskForFileToOpen(kFilters);
@@ -513,7 +512,7 @@ TEST_F(Portal, AFileOfAnotherMachineIsNotOurs) {
     EXPECT_EQ(result.problem, "Varnelle can only use files of this machine. Please choose another place.");
 }
 
-TEST_F(Portal, AFileThatWouldBeLostWithoutAQuestionIsAskedAboutAgain) {
+TEST_F(Portal, AsksAgainBeforeReplacingAFileWithTheAddedExtension) {
     Touch("there.vrlmacro");
     uris = {"file://" + folder + "/there", "file://" + folder + "/there.vrlmacro"};
     Serve();
@@ -525,7 +524,7 @@ TEST_F(Portal, AFileThatWouldBeLostWithoutAQuestionIsAskedAboutAgain) {
               std::string::npos);
 }
 
-TEST_F(Portal, AProgramThatEndsClosesTheDialog) {
+TEST_F(Portal, AnEndingProgramClosesThePortalDialog) {
     manner = Manner::Wait;
     Serve();
     std::thread ending([&] {

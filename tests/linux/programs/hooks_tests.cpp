@@ -30,14 +30,14 @@ class Hooks : public testing::Test {
         SetRepeat(5000, 1000);  // none, unless a test asks for it
     }
 
-    // Nothing of the preparations is under way when a test begins.
+    // No event of the preparations is pending when a test begins.
     void SetUp() override {
         Fence();
         target.Clear();
         hooks.Clear();
     }
 
-    // A key that nobody swallows, to see that everything before it has arrived and was heard, or will not be.
+    // A key that passes: once it has arrived, everything before it has arrived and was reported, or never will be.
     void Fence() {
         const int before = target.Count('K', kKeyZ);
         const int heard = CountKeys(90, false);
@@ -53,7 +53,7 @@ class Hooks : public testing::Test {
         ASSERT_TRUE(WaitFor([&] { return target.Count('B', 1) > before; })) << target.Text();
     }
 
-    // What was heard, in the words of HookedThread; the input thread may be a little behind the windows.
+    // Expects the reports in the words of HookedThread. The input thread may be a little behind the windows.
     void ExpectKeys(const std::string& text) {
         EXPECT_TRUE(WaitFor([&] { return hooks.KeyText() == text; })) << hooks.KeyText() << " for " << text;
     }
@@ -61,7 +61,7 @@ class Hooks : public testing::Test {
         EXPECT_TRUE(WaitFor([&] { return hooks.ButtonText() == text; }))
             << hooks.ButtonText() << " for " << text;
     }
-    // How often a key was heard, injected or not.
+    // Counts the reports of a key, injected or not.
     int CountKeys(uint32_t virtualKey, bool down) {
         int count = 0;
         for (const KeyHookRecord& each : hooks.Keys()) {
@@ -95,7 +95,7 @@ class Hooks : public testing::Test {
         return got;
     }
 
-    // One for all tests: a window manager moves the focus about when a window goes.
+    // One for all tests: a window manager moves the focus when a window closes.
     static TargetWindow& FocusedTarget(User& user) {
         static TargetWindow window(100, 100, 800, 600);
         window.AwaitFocus(user);
@@ -107,7 +107,7 @@ class Hooks : public testing::Test {
     HookedThread hooks{user};
 };
 
-TEST_F(Hooks, PlainKeyIsHeardAndArrives) {
+TEST_F(Hooks, PlainKeyIsReportedAndArrives) {
     target.Clear();
     user.Tap(kKeyA);
     ASSERT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == 1; }));
@@ -137,7 +137,7 @@ TEST_F(Hooks, ReservedKeyThatPassesArrivesOnce) {
     ExpectKeys("d117 u117 d90 u90");
 }
 
-// Own, foreign and real keys while a swallowed key is down: all arrive, in order, and nothing of the swallowed one.
+// Own, foreign and real keys while a swallowed key is down: all arrive in order, and the swallowed one does not.
 TEST_F(Hooks, OwnKeysArriveWhileASwallowedKeyIsHeld) {
     hooks.Swallow({kCodeF6});
     target.Clear();
@@ -226,12 +226,12 @@ TEST_F(Hooks, SwallowedWithModifiersAndLocks) {
         EXPECT_EQ(target.Count('k', kKeyF6), 0) << modifier;
         EXPECT_EQ(target.Count('K', kKeyF6), 0) << modifier;
     }
-    user.Tap(66);  // the locks as they were
+    user.Tap(66);  // restores the lock
     user.Tap(77);
     Fence();
 }
 
-TEST_F(Hooks, InterestThatEndsFreesTheKey) {
+TEST_F(Hooks, AnEndedInterestFreesTheKey) {
     hooks.Swallow({kCodeF6});
     hooks.Swallow({});
     target.Clear();
@@ -260,8 +260,8 @@ TEST_F(Hooks, InjectedInputIsMarkedAndNeverHeldBack) {
     ExpectButtons("!d4 !u4 !d4 !u4");
 }
 
-// The server repeats a held key towards its application; the sinks hear of one press.
-TEST_F(Hooks, RepeatOfAKeyThatPassesIsNoPress) {
+// The server repeats a held key to its application. The sinks receive one press.
+TEST_F(Hooks, RepeatsOfAPassedKeyAreNotReported) {
     SetRepeat(30, 10);
     hooks.Swallow({kCodeF6});
     {
@@ -281,7 +281,7 @@ TEST_F(Hooks, RepeatOfASwallowedKeyStaysHidden) {
     hooks.Swallow({kCodeF6});
     target.Clear();
     user.Key(kKeyF6, true);
-    // Some clicks' worth of time: each is waited for.
+    // Long enough for several repeats: waits for some clicks.
     const int64_t start = ReadPerformanceCounter();
     do {
         ButtonFence();
@@ -293,14 +293,14 @@ TEST_F(Hooks, RepeatOfASwallowedKeyStaysHidden) {
     ExpectKeys("d117 u117 d90 u90");
 }
 
-TEST_F(Hooks, RecordingHearsRepeats) {
+TEST_F(Hooks, RepeatsAreReportedDuringARecording) {
     SetRepeat(30, 10);
     HookInterest interest;
     interest.everyEvent = true;
     hooks.SetInterest(interest);
     user.Key(kKeyA, true);
     ASSERT_TRUE(WaitFor([&] { return CountKeys(65, true) >= 4; }));
-    // Another key takes the repeat over; a modifier, which does not repeat, leaves it alone.
+    // Another key takes over the repeat. A modifier does not, since it does not repeat.
     user.Key(kKeyB, true);
     ASSERT_TRUE(WaitFor([&] { return CountKeys(66, true) >= 4; }));
     const int downsOfA = CountKeys(65, true);
@@ -328,7 +328,7 @@ TEST_F(Hooks, RecordingHearsRepeats) {
     EXPECT_FALSE(lastOfB);
 }
 
-TEST_F(Hooks, WithoutARecordingNoRepeatsAreHeard) {
+TEST_F(Hooks, NoRepeatsAreReportedWithoutARecording) {
     SetRepeat(30, 10);
     target.Clear();
     user.Key(kKeyA, true);
@@ -338,7 +338,7 @@ TEST_F(Hooks, WithoutARecordingNoRepeatsAreHeard) {
     ExpectCount(65, true, 1);
 }
 
-TEST_F(Hooks, CaptureTakesTheNextKeyWhateverItIs) {
+TEST_F(Hooks, CaptureSwallowsTheNextKey) {
     for (const uint32_t keycode : {kKeyEscape, kKeyA, kKeyF7, kKeyB}) {
         target.Clear();
         hooks.Clear();
@@ -348,14 +348,14 @@ TEST_F(Hooks, CaptureTakesTheNextKeyWhateverItIs) {
         hooks.AwaitInterest();
         Fence();
         EXPECT_EQ(target.Count('k', keycode), 0) << keycode;
-        // Captured once; the next press passes.
+        // Captured once. The next press passes.
         user.Tap(keycode);
         Fence();
         EXPECT_EQ(target.Count('k', keycode), 1) << keycode;
     }
 }
 
-TEST_F(Hooks, CaptureLetsInjectedKeysThrough) {
+TEST_F(Hooks, CapturePassesInjectedKeys) {
     OtherProgram other;
     target.Clear();
     hooks.CaptureNextKey();
@@ -386,7 +386,7 @@ TEST_F(Hooks, CaptureEndsWithoutAKey) {
     EXPECT_TRUE(WaitFor([&] { return CanGrabKeyboard(other); })) << "the keyboard is let go of";
 }
 
-TEST_F(Hooks, PickTakesOneLeftClick) {
+TEST_F(Hooks, PickSwallowsOneLeftPress) {
     target.Clear();
     hooks.PickNextClick();
     user.MoveTo(432, 321);
@@ -419,7 +419,7 @@ TEST_F(Hooks, SwallowedButtonIsHiddenPressAndRelease) {
     } kButtons[] = {{2, 3}, {4, 2}, {5, 8}, {6, 9}};
     for (const auto& each : kButtons) {
         if (each.button == 9) {
-            continue;  // the outer server's ninth button does not arrive on the inner one
+            continue;  // the inner server does not receive the ninth button
         }
         hooks.Swallow({each.code});
         target.Clear();
@@ -433,8 +433,8 @@ TEST_F(Hooks, SwallowedButtonIsHiddenPressAndRelease) {
     }
 }
 
-// X11 hides the moves from the applications for that long; the sinks hear of them, and the pointer moves.
-TEST_F(Hooks, MovesAreHeardWhileASwallowedButtonIsHeld) {
+// X11 hides the moves from the applications meanwhile. The sinks receive them, and the pointer moves.
+TEST_F(Hooks, MovesAreReportedWhileASwallowedButtonIsHeld) {
     HookInterest interest;
     interest.everyEvent = true;
     hooks.Swallow({4}, interest);
@@ -450,7 +450,7 @@ TEST_F(Hooks, MovesAreHeardWhileASwallowedButtonIsHeld) {
     EXPECT_EQ(target.Text(), "");
 }
 
-// The hold mode of the autoclicker: a side button is held, our clicks go to what is under the pointer.
+// The hold mode of the autoclicker: while a side button is held, our clicks reach the window under the pointer.
 TEST_F(Hooks, OwnClicksArriveWhileASwallowedButtonIsHeld) {
     hooks.Swallow({5});
     target.Clear();
@@ -468,13 +468,13 @@ TEST_F(Hooks, OwnClicksArriveWhileASwallowedButtonIsHeld) {
     Fence();
     EXPECT_EQ(target.Count('b', 1), kTimes);
     EXPECT_EQ(target.Count('b', 8), 0);
-    // And the button is free again.
+    // The button is free again.
     hooks.Swallow({});
     user.Click(8);
     ASSERT_TRUE(WaitFor([&] { return target.Count('b', 8) == 1; }));
 }
 
-TEST_F(Hooks, ButtonsAndWheelByName) {
+TEST_F(Hooks, ButtonsAndWheelsAreReported) {
     hooks.Clear();
     for (const uint32_t button : {1U, 2U, 3U, 8U, 4U, 5U, 6U, 7U}) {
         user.Click(button);
@@ -484,7 +484,7 @@ TEST_F(Hooks, ButtonsAndWheelByName) {
     ExpectButtons("d1 u1 d4 u4 d2 u2 d5 u5 w120 w-120 h-120 h120");
 }
 
-TEST_F(Hooks, MovesAreHeardDuringARecording) {
+TEST_F(Hooks, MovesAreReportedDuringARecording) {
     HookInterest interest;
     interest.everyEvent = true;
     hooks.SetInterest(interest);
@@ -508,7 +508,7 @@ TEST_F(Hooks, MovesAreHeardDuringARecording) {
     EXPECT_EQ(hooks.Mouse().back().x, 500);
 }
 
-TEST_F(Hooks, WithoutARecordingNoMovesAreHeard) {
+TEST_F(Hooks, NoMovesAreReportedWithoutARecording) {
     hooks.Clear();
     user.MoveTo(500, 400);
     user.Click(1);
@@ -518,8 +518,8 @@ TEST_F(Hooks, WithoutARecordingNoMovesAreHeard) {
     EXPECT_EQ(hooks.Mouse().front().y, 400);
 }
 
-// The inner server's pointer gives positions for counts, so this also shows that they are told apart.
-TEST_F(Hooks, RawMotionIsCountedInSteps) {
+// The inner server's pointer reports positions as counts, so this also tests their classification.
+TEST_F(Hooks, RawMotionIsReportedInCounts) {
     HookInterest interest;
     interest.everyEvent = true;
     interest.rawMotion = true;
@@ -548,7 +548,7 @@ TEST_F(Hooks, RawMotionIsCountedInSteps) {
 }
 
 TEST_F(Hooks, EveryKeyOfTheTable) {
-    // The inner server brings its modifiers into line with the outer one's by presses of its own.
+    // The inner server matches its modifiers to the outer one's by its own presses.
     const std::set<uint32_t> kModifiers = {37, 50, 62, 64, 66, 77, 78, 105, 108, 133, 134};
     for (uint32_t keycode = 8; keycode < 256; ++keycode) {
         const KeyInfo* key = FindKeyByKeycode(keycode);
@@ -606,7 +606,7 @@ TEST_F(Hooks, NothingStaysReservedAfterTheEnd) {
     EXPECT_EQ(target.Count('b', 2), 1);
 }
 
-// A program that has the keyboard already cannot be looked into; the hooks go on when it lets go.
+// Input of a keyboard that another program has grabbed is invisible. The hooks continue when it is released.
 TEST_F(Hooks, CaptureWaitsForAnotherProgramsGrab) {
     OtherProgram other;
     ASSERT_EQ(XGrabKeyboard(other.Connection(), DefaultRootWindow(other.Connection()), False, GrabModeAsync,
@@ -615,7 +615,7 @@ TEST_F(Hooks, CaptureWaitsForAnotherProgramsGrab) {
     hooks.CaptureNextKey();
     XUngrabKeyboard(other.Connection(), CurrentTime);
     XSync(other.Connection(), False);
-    // The hooks look again from time to time; until then presses pass.
+    // The hooks retry from time to time. Until then presses pass.
     target.Clear();
     ASSERT_TRUE(WaitFor([&] { return !CanGrabKeyboard(other); }));
     user.Tap(kKeyA);
@@ -623,7 +623,7 @@ TEST_F(Hooks, CaptureWaitsForAnotherProgramsGrab) {
     EXPECT_EQ(target.Count('k', kKeyA), 0);
 }
 
-// A process that dies in the middle leaves nothing behind that holds a key or button back.
+// A killed process leaves no grab behind.
 TEST_F(Hooks, NothingStaysGrabbedAfterAKill) {
     hooks.Stop();
     for (const char* mode : {"swallow", "capture"}) {
@@ -648,7 +648,7 @@ TEST_F(Hooks, NothingStaysGrabbedAfterAKill) {
         ASSERT_EQ(waitpid(child, &status, 0), child);
         fclose(lines);
         user.Key(kKeyF6, false);
-        // The server notices a closed connection at its own pace; presses until then are the dead one's.
+        // The server may notice the closed connection late. Presses until then are lost.
         target.Clear();
         ASSERT_TRUE(WaitFor([&] {
             user.Tap(kKeyF6);
@@ -658,7 +658,7 @@ TEST_F(Hooks, NothingStaysGrabbedAfterAKill) {
     }
 }
 
-// A server that goes away ends the hooks and leaves the process alive.
+// A lost server ends the hooks and not the process.
 TEST_F(Hooks, TheLossOfTheServerEndsTheHooksOnly) {
     int number[2];
     int output[2];
@@ -696,9 +696,9 @@ TEST_F(Hooks, TheLossOfTheServerEndsTheHooksOnly) {
     fclose(numbers);
 }
 
-// The other side of that test: everything is asked for once before the loss and once after it.
+// The child of that test: calls every function once before the loss and once after it.
 int LoseServer() {
-    PrepareProcess();  // as the program begins: a write to a server that has gone is no signal
+    PrepareProcess();  // as the program does: a write to a lost server raises no signal
     const auto useAll = [] {
         int32_t x = 0;
         int32_t y = 0;
@@ -728,7 +728,7 @@ int LoseServer() {
     return useAll() && useAll() ? 0 : 2;
 }
 
-// The other side of that test: holds F6, or captures, until it is killed.
+// The child of that test: holds F6, or captures, until it is killed.
 void HoldUntilKilled(const std::string& mode) {
     User user;
     HookedThread hooks(user);

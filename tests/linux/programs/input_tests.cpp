@@ -1,4 +1,4 @@
-// What is sent, as another application sees it. Run by tests/linux/run.sh.
+// Sent input as another application receives it. Run by tests/linux/run.sh.
 #include "test_desktop.h"
 
 #include "platform/input.h"
@@ -37,7 +37,7 @@ class Input : public testing::Test {
         return window;
     }
 
-    // A press that is known to arrive, to see that everything before it has arrived or will not.
+    // A press that arrives: once it has, everything before it has arrived or never will.
     void Fence() {
         const int before = target.Count('B', 3);
         SendButton(kRightButton, true);
@@ -63,7 +63,7 @@ TEST_F(Input, ScreenSize) {
     EXPECT_EQ(PrimaryScreenHeight(), 1000);
 }
 
-// Every pixel that is scaled as the engines do lands on itself.
+// Every pixel that is scaled as in the engines is reached exactly.
 TEST_F(Input, AbsoluteMovesLandExactly) {
     for (int32_t x = 0; x < 1600; x += 1) {
         const int32_t y = x * 999 / 1599;
@@ -120,7 +120,7 @@ TEST_F(Input, WheelInNotches) {
     EXPECT_EQ(target.Text(), "b4 B4 b5 B5 b5 B5 b4 B4 b3 B3");
 }
 
-TEST_F(Input, EveryKeyArrivesInItsPlace) {
+TEST_F(Input, EveryKeyArrivesWithItsKeycode) {
     for (uint32_t keycode = 8; keycode < 256; ++keycode) {
         const KeyInfo* key = FindKeyByKeycode(keycode);
         if (key == nullptr) {
@@ -197,7 +197,7 @@ TEST_F(Input, KeyNames) {
     }
 }
 
-// A pretended settings manager.
+// A fake settings manager.
 class SettingsManager {
   public:
     explicit SettingsManager(const std::string& bytes) : display_(OpenTestDisplay(nullptr)) {

@@ -17,7 +17,7 @@
 
 namespace {
 
-// A folder of its own for each test, removed at its end.
+// A separate folder for each test, removed at its end.
 class LinuxPlatform : public testing::Test {
   protected:
     LinuxPlatform() {
@@ -36,7 +36,7 @@ class LinuxPlatform : public testing::Test {
     std::string folder;
 };
 
-// Runs `body` in a child that may die of it; gives its wait status.
+// Runs `body` in a child process, which it may crash. Returns the wait status.
 int InChild(const std::function<void()>& body) {
     const pid_t child = fork();
     if (child == 0) {
@@ -63,7 +63,7 @@ TEST_F(LinuxPlatform, FilesKeepTheirBytes) {
     EXPECT_FALSE(WriteFileBytes(folder, "x"));
     EXPECT_FALSE(WriteFileBytes(File("none/x"), "x"));
     EXPECT_FALSE(WriteFileBytes("/dev/full", "x"));
-    // Files whose size is not told beforehand.
+    // Files without a known size.
     std::string status;
     EXPECT_TRUE(ReadFileBytes("/proc/self/status", &status));
     EXPECT_NE(status.find("Name:"), std::string::npos);
@@ -145,7 +145,7 @@ TEST_F(LinuxPlatform, OneInstance) {
     EXPECT_EQ(ClaimSingleInstance("Test\\Name/1"), InstanceResult::First);
     const auto other = [&] {
         return WEXITSTATUS(InChild([] {
-            // The lock that was copied into this child belongs to its parent too: a file opened anew tells.
+            // The child shares the lock of its parent, so it opens the file again to test it.
             execl("/proc/self/exe", "linux_platform_tests", "--claim", "Test\\Name/1", nullptr);
             _exit(9);
         }));
@@ -235,7 +235,7 @@ void NoteCrash() {
     close(file);
 }
 
-// Deeper than any stack. Volatile, and more to do after the call, so that it stays a call.
+// Overflows any stack. Volatile, and with work after the call, so that it stays a call.
 int Overflow(int depth) {
     volatile char block[4096] = {};
     block[depth % 4096] = 1;
@@ -292,7 +292,7 @@ TEST_F(LinuxPlatform, ASaveThatCrashesOrHangsStillEnds) {
     EXPECT_TRUE(WIFSIGNALED(hung));
 }
 
-TEST_F(LinuxPlatform, EventsResetThemselvesOrNot) {
+TEST_F(LinuxPlatform, AutomaticAndManualEvents) {
     WakeEvent* events[3] = {CreateWakeEvent(WakeReset::Automatic), CreateWakeEvent(WakeReset::Manual),
                             nullptr};
     EXPECT_EQ(WaitForAny(events, 3, 0), -1);
@@ -339,7 +339,7 @@ TEST_F(LinuxPlatform, EventsWakeOtherThreads) {
 
 std::atomic<int> tickets{0};
 
-// A signal of an event that resets itself lets one waiter go; one that does not lets all.
+// An automatic event wakes one waiter per signal, a manual one wakes all.
 TEST_F(LinuxPlatform, ManyWaiters) {
     pingEvent = CreateWakeEvent(WakeReset::Automatic);
     pongEvent = CreateWakeEvent(WakeReset::Manual);

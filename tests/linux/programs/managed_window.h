@@ -1,4 +1,4 @@
-// A window that the window manager looks after. See start_servers.sh.
+// A window that the window manager manages. See start_servers.sh.
 #pragma once
 
 #include "test_desktop.h"
@@ -9,7 +9,7 @@
 #include <array>
 #include <string>
 
-// An ordinary window of another application, shown unless said otherwise.
+// An ordinary window of another application, shown unless `shown` is false.
 class ManagedWindow {
   public:
     ManagedWindow(const std::string& title, int x, int y, uint32_t processId, bool shown = true)
@@ -55,7 +55,7 @@ class ManagedWindow {
         XFree(data);
         return onTop;
     }
-    // Corner on the screen and size.
+    // Returns the corner on the screen and the size.
     std::array<int, 4> Place() {
         XWindowAttributes attributes;
         XGetWindowAttributes(display_, window_, &attributes);
@@ -65,7 +65,7 @@ class ManagedWindow {
         XTranslateCoordinates(display_, window_, DefaultRootWindow(display_), 0, 0, &x, &y, &child);
         return {x, y, attributes.width, attributes.height};
     }
-    // Whether somebody wants to hear of its properties. The window itself asks for no events.
+    // Returns whether a client listens to its properties. The window itself selects no events.
     bool IsWatched() {
         XWindowAttributes attributes;
         XGetWindowAttributes(display_, window_, &attributes);

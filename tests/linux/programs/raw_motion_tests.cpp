@@ -8,7 +8,7 @@ namespace {
 TEST(RawCounts, OfAnOrdinaryMouse) {
     RawMotion motion;
     std::vector<RawCounts> counts;
-    // The pointer goes further than the counts: it is accelerated.
+    // The pointer moves further than the counts, since it is accelerated.
     TakeRawReport(motion, {5, -3, true, true, 1}, 400, 300, counts);
     EXPECT_TRUE(counts.empty());
     ClassifyRawMotion(motion, 410, 294, counts);
@@ -17,7 +17,7 @@ TEST(RawCounts, OfAnOrdinaryMouse) {
     EXPECT_EQ(counts[0].dx, 5);
     EXPECT_EQ(counts[0].dy, -3);
     EXPECT_EQ(counts[0].counter, 1);
-    // Parts of a count add up, none is lost.
+    // Fractions of a count add up.
     counts.clear();
     for (int report = 0; report < 10; ++report) {
         TakeRawReport(motion, {0.4, -0.25, true, true, 2}, 410, 294, counts);
@@ -38,7 +38,7 @@ TEST(RawCounts, OfAnOrdinaryMouse) {
     EXPECT_EQ(counts[0].dy, 0);
 }
 
-TEST(RawCounts, OfAPositionThatCallsItselfRelative) {
+TEST(RawCounts, OfADeviceThatDeclaresPositionsAsRelative) {
     RawMotion motion;
     std::vector<RawCounts> counts;
     TakeRawReport(motion, {803, 501, true, true, 1}, 800, 500, counts);
@@ -57,7 +57,7 @@ TEST(RawCounts, OfAPositionThatCallsItselfRelative) {
     EXPECT_EQ(counts[0].dy, -19);
 }
 
-// Near the corner a position looks like a count: nothing is said until something tells them apart.
+// Near the corner a position looks like a count: nothing is reported until a report decides.
 TEST(RawCounts, NearTheCornerWait) {
     RawMotion motion;
     std::vector<RawCounts> counts;

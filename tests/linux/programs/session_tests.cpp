@@ -1,4 +1,4 @@
-// Lock and disconnect of the session, told by a pretended log-on manager on a bus of its own. Run by tests/linux/run.sh.
+// Lock and disconnect of the session, reported by a fake log-on manager on its own bus. Run by tests/linux/run.sh.
 #include "platform/clock.h"
 #include "platform/hooks.h"
 #include "platform/linux/session_watch.h"
@@ -38,7 +38,7 @@ template <typename Function> Function Library(const char* name) {
     return reinterpret_cast<Function>(dlsym(module, name));
 }
 
-// A bus in a folder of its own, with the manager's name taken by this test.
+// A bus in its own folder. This test owns the manager's name on it.
 class Session : public testing::Test {
   protected:
     void SetUp() override {
@@ -66,7 +66,7 @@ class Session : public testing::Test {
         ASSERT_GE(request(manager, "org.freedesktop.login1", 0), 0);
         watch = OpenSessionWatch(NoteChange);
         ASSERT_NE(watch, nullptr);
-        // The watch listens when a lock is heard.
+        // The watch is ready once it reports a lock.
         ASSERT_TRUE(Await([&] {
             Emit(kSession, "Lock");
             Read();
@@ -111,7 +111,7 @@ class Session : public testing::Test {
         Flush();
     }
     void Flush() { Library<int (*)(sd_bus*)>("sd_bus_flush")(manager); }
-    // Everything that was sent so far is heard; a disconnect marks the end.
+    // Waits until everything sent so far was reported. A disconnect marks the end.
     void DrainUntilMark() {
         EmitProperty(kSession, "Active", false);
         ASSERT_TRUE(Await([&] {
@@ -120,8 +120,8 @@ class Session : public testing::Test {
         }));
         changes.clear();
     }
-    // What was heard of the signals of `emit`, before the closing mark.
-    std::vector<SessionChange> HeardOf(const std::function<void()>& emit) {
+    // Returns the reported changes of the signals of `emit`, without the closing mark.
+    std::vector<SessionChange> ReportsOf(const std::function<void()>& emit) {
         emit();
         Emit(kSession, "Lock");
         Emit(kSession, "Lock");
@@ -131,9 +131,9 @@ class Session : public testing::Test {
             return count >= 2 && changes[count - 1] == SessionChange::Lock &&
                    changes[count - 2] == SessionChange::Lock;
         }));
-        std::vector<SessionChange> heard(changes.begin(), changes.end() - 2);
+        std::vector<SessionChange> reported(changes.begin(), changes.end() - 2);
         changes.clear();
-        return heard;
+        return reported;
     }
 
     std::string folder;
@@ -144,22 +144,22 @@ class Session : public testing::Test {
 };
 
 TEST_F(Session, DisconnectOfOurs) {
-    EXPECT_EQ(HeardOf([&] { EmitProperty(kSession, "Active", false); }),
+    EXPECT_EQ(ReportsOf([&] { EmitProperty(kSession, "Active", false); }),
               std::vector<SessionChange>{SessionChange::ConsoleDisconnect});
-    EXPECT_EQ(HeardOf([&] { EmitProperty(kSession, "Active", true); }), std::vector<SessionChange>{});
+    EXPECT_EQ(ReportsOf([&] { EmitProperty(kSession, "Active", true); }), std::vector<SessionChange>{});
 }
 
 TEST_F(Session, LockHintOfOurs) {
-    EXPECT_EQ(HeardOf([&] {
+    EXPECT_EQ(ReportsOf([&] {
                   EmitProperty(kSession, "LockedHint", true);
                   EmitProperty(kSession, "Active", false);
               }),
               (std::vector<SessionChange>{SessionChange::Lock, SessionChange::ConsoleDisconnect}));
-    EXPECT_EQ(HeardOf([&] { EmitProperty(kSession, "LockedHint", false); }), std::vector<SessionChange>{});
+    EXPECT_EQ(ReportsOf([&] { EmitProperty(kSession, "LockedHint", false); }), std::vector<SessionChange>{});
 }
 
 TEST_F(Session, OtherSessionsAndSignalsAreNotOurs) {
-    EXPECT_EQ(HeardOf([&] {
+    EXPECT_EQ(ReportsOf([&] {
                   Emit(kOtherSession, "Lock");
                   EmitProperty(kOtherSession, "Active", false);
                   Emit(kSession, "Unlock");
@@ -168,7 +168,7 @@ TEST_F(Session, OtherSessionsAndSignalsAreNotOurs) {
               std::vector<SessionChange>{});
 }
 
-TEST_F(Session, ABusThatGoesEndsTheWatchOnly) {
+TEST_F(Session, ALostBusEndsTheWatchOnly) {
     kill(bus, SIGKILL);
     EXPECT_TRUE(Await([&] {
         Read();

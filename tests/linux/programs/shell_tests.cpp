@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A home folder, a settings folder and a search path of its own for each test.
+// A separate home folder, settings folder and search path for each test.
 class Shell : public testing::Test {
   protected:
     Shell() {
@@ -41,7 +41,7 @@ class Shell : public testing::Test {
         return bytes;
     }
 
-    // A shell script that may be run.
+    // Writes an executable shell script.
     static void WriteScript(const std::string& file, const std::string& body) {
         ASSERT_TRUE(WriteFileBytes(file, "#!/bin/sh\n" + body));
         ASSERT_EQ(chmod(file.c_str(), 0755), 0);
@@ -54,7 +54,7 @@ class Shell : public testing::Test {
     std::string home = std::getenv("HOME");
 };
 
-TEST_F(Shell, TheAutostartEntryComesAndGoes) {
+TEST_F(Shell, TheAutostartEntryIsWrittenAndRemoved) {
     SetLaunchAtStartup(false);
     EXPECT_FALSE(FileExists(folder + "/config")) << "nothing is made to have nothing";
     SetLaunchAtStartup(true);
@@ -67,9 +67,9 @@ TEST_F(Shell, TheAutostartEntryComesAndGoes) {
     EXPECT_TRUE(FileExists(folder + "/config/autostart"));
 }
 
-TEST_F(Shell, ARightEntryIsNotTouched) {
+TEST_F(Shell, ACorrectEntryIsNotChanged) {
     SetLaunchAtStartup(true);
-    // What a user or a desktop may add stays too.
+    // Additions of the user or the desktop stay too.
     const std::string entry =
         Content(Entry()) + "X-GNOME-Autostart-Delay=20\n\n[Desktop Action Other]\nExec=other\n";
     ASSERT_TRUE(WriteFileBytes(Entry(), entry));
@@ -83,7 +83,7 @@ TEST_F(Shell, ARightEntryIsNotTouched) {
     EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
 }
 
-TEST_F(Shell, AnEntryForAnotherPlaceIsMended) {
+TEST_F(Shell, AnEntryForAnotherPathIsCorrected) {
     fs::create_directories(folder + "/config/autostart");
     const std::string right = AutostartEntryText(ProgramPath());
     for (const std::string& stale :
@@ -99,14 +99,14 @@ TEST_F(Shell, AnEntryForAnotherPlaceIsMended) {
     }
 }
 
-TEST_F(Shell, WhatThePersonSwitchedOffInTheDesktopStaysOff) {
+TEST_F(Shell, AnEntryThatTheUserSwitchedOffStaysOff) {
     fs::create_directories(folder + "/config/autostart");
     for (const char* line : {"Hidden=true\n", "Hidden = true\r\n", "X-GNOME-Autostart-enabled=false\n"}) {
         const std::string entry = AutostartEntryText("/elsewhere/varnelle") + line;
         ASSERT_TRUE(WriteFileBytes(Entry(), entry));
         SetLaunchAtStartup(true);
         EXPECT_EQ(Content(Entry()), entry);
-        // Off and on again in the program is a new wish.
+        // Switching off and on again in the program enables it.
         SetLaunchAtStartup(false);
         EXPECT_FALSE(FileExists(Entry()));
         SetLaunchAtStartup(true);
@@ -117,7 +117,7 @@ TEST_F(Shell, WhatThePersonSwitchedOffInTheDesktopStaysOff) {
     EXPECT_EQ(Content(Entry()), AutostartEntryText(ProgramPath()));
 }
 
-TEST_F(Shell, TheSettingsFolderIsWhereTheDesktopsRulesSay) {
+TEST_F(Shell, TheSettingsFolderFollowsTheEnvironment) {
     setenv("HOME", (folder + "/home").c_str(), 1);
     for (const char* unusable : {"", "relative/folder"}) {
         setenv("XDG_CONFIG_HOME", unusable, 1);
@@ -161,7 +161,7 @@ TEST_F(Shell, ThePathIsQuotedForTheDesktop) {
     }
 }
 
-// The desktop's own reading of such a line, not ours.
+// Parsed by the desktop's own library.
 TEST_F(Shell, ADesktopStartsTheProgramFromItsEntry) {
     if (std::system("command -v gio >/dev/null") != 0) {
         GTEST_SKIP() << "gio (libglib2.0-bin) is not installed";
@@ -187,7 +187,7 @@ TEST_F(Shell, AnAddressGoesToTheDesktopsOpenerAsOneArgument) {
                                           told + ".part'\nmv '" + told + ".part' '" + told + "'\n");
     setenv("PATH", (folder + ":" + path).c_str(), 1);
     const std::string target = "https://docs.varnelle.example/?a=1&b=$HOME;`id` \"x\" 'y'";
-    const int kept = dup(0);  // an open file of ours that the other program has no business with
+    const int kept = dup(0);  // an open file that the other program must not inherit
     for (const int ours : {SIGPIPE, SIGXFSZ}) {
         std::signal(ours, SIG_IGN);
     }
@@ -202,8 +202,7 @@ TEST_F(Shell, AnAddressGoesToTheDesktopsOpenerAsOneArgument) {
     const std::string text = Content(told);
     EXPECT_EQ(text.substr(0, text.find("Sig")), "1\n" + target + "\n");
     EXPECT_NE(text.find("SigBlk:\t0000000000000000\n"), std::string::npos) << text;
-    // GoogleTest and the test's own start-up ignore nothing; a broken pipe and a full file are ours to ignore, not the
-    // browser's.
+    // The program ignores the signals of a broken pipe and a full file. The browser must not inherit that.
     EXPECT_NE(text.find("SigIgn:\t0000000000000000\n"), std::string::npos) << text;
     EXPECT_TRUE(text.ends_with("\n0\n1\n2\n3\n")) << "its standard files and the folder it lists: " << text;
 }

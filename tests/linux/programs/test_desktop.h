@@ -1,8 +1,8 @@
-// What the platform tests work with: a user's hand on the outer server, a window on the inner one that notes what
-// reaches it, and the input thread with sinks that note what they are told. See start_servers.sh.
+// Shared by the platform tests: a user's input on the outer server, a window on the inner one that stores what it
+// receives, and the input thread with sinks that store their records. See start_servers.sh.
 #pragma once
 
-// Before the X headers, whose macros it does not bear.
+// Before the X headers, whose macros break it.
 #include <gtest/gtest.h>
 
 #include "platform/clock.h"
@@ -28,7 +28,7 @@
 
 constexpr int kDeadlineSeconds = 60;
 
-// Waits until `condition` holds; false after the deadline.
+// Waits until `condition` holds. Returns false after the deadline.
 inline bool WaitFor(const std::function<bool()>& condition) {
     const int64_t deadline = ReadPerformanceCounter() + kDeadlineSeconds * ReadPerformanceFrequency();
     while (!condition()) {
@@ -61,7 +61,7 @@ inline Display* OpenTestDisplay(const char* name) {
     return display;
 }
 
-// Input by XTEST. On the outer server it is a user's, on the inner one that of another program.
+// Input by XTEST. On the outer server it acts as the user, on the inner one as another program.
 class Hand {
   public:
     explicit Hand(const char* display) : display_(OpenTestDisplay(display)) {}
@@ -174,7 +174,7 @@ class TargetWindow {
         return count;
     }
     Window Id() const { return window_; }
-    // Until a user's key arrives here.
+    // Waits until a user's key arrives here.
     void AwaitFocus(Hand& user) {
         const bool arrived = WaitFor([&] {
             const int before = Count('K', kKeyZ);
@@ -190,7 +190,7 @@ class TargetWindow {
             std::fprintf(stderr, "the target window cannot get the keyboard\n");
             std::exit(3);
         }
-        // Behind another key none of these is on its way any more.
+        // Once another key has arrived, none of these is pending.
         user.Tap(kKeyB);
         WaitFor([&] { return Count('K', kKeyB) > 0; });
         Clear();
@@ -249,7 +249,7 @@ class TargetWindow {
     std::thread reader_;
 };
 
-// What the sinks heard, and what they answer and ask for: guarded by the mutex.
+// The records that the sinks received, their decisions and their interest. Guarded by the mutex.
 struct Sinks {
     std::mutex mutex;
     HookInterest interest;
@@ -326,23 +326,23 @@ inline void NoteChange(SessionChange change) {
     sinks.changes.push_back(change);
 }
 
-inline void TellInterest(HookInterest* interest) {
+inline void ReadInterest(HookInterest* interest) {
     Sinks& sinks = TheSinks();
     const std::lock_guard lock(sinks.mutex);
     *interest = sinks.interest;
-    // As the program does: what was captured or picked is no longer wanted.
+    // As in the program: a finished capture or pick is no longer of interest.
     interest->anyKey = interest->anyKey && sinks.captureKey;
     ++sinks.interestReads;
 }
 
 inline void RunNotingHooks() {
-    RunInputThread(HookSinks{NoteKey, NoteMouse, NoteRaw, NoteChange, TellInterest});
+    RunInputThread(HookSinks{NoteKey, NoteMouse, NoteRaw, NoteChange, ReadInterest});
 }
 
 // The input thread with the sinks above. One at a time.
 class HookedThread {
   public:
-    // `user` taps the right Shift key until the hooks are heard to work.
+    // `user` taps the right Shift key until the hooks report it.
     explicit HookedThread(Hand& user) {
         Sinks& sinks = TheSinks();
         {
@@ -362,7 +362,7 @@ class HookedThread {
         heard = heard && WaitFor([&] { return KeyText().find("u161") != std::string::npos; });
         SetInterest(HookInterest{});
         size_t before = 0;
-        // Let the last taps pass by.
+        // Waits until the last taps have passed.
         user.Tap(kKeyZ);
         heard = heard && WaitFor([&] { return KeyText().find("u90") != std::string::npos; });
         before = Keys().size();
@@ -376,7 +376,7 @@ class HookedThread {
     HookedThread(const HookedThread&) = delete;
     HookedThread& operator=(const HookedThread&) = delete;
 
-    // Takes effect before it returns.
+    // Returns when the interest is in effect.
     void SetInterest(const HookInterest& interest) {
         {
             const std::lock_guard lock(TheSinks().mutex);
@@ -384,7 +384,7 @@ class HookedThread {
         }
         AwaitInterest();
     }
-    // Two more questions: when the second comes, what the first changed was applied.
+    // Waits for two more reads of the interest: at the second one the first has been applied.
     void AwaitInterest() {
         for (int round = 0; round < 2; ++round) {
             const int reads = Reads();
@@ -392,7 +392,7 @@ class HookedThread {
             WaitFor([&] { return Reads() > reads; });
         }
     }
-    // Presses of these codes are swallowed, with their releases, unless injected; they are the interest.
+    // Swallows presses of these codes with their releases, unless injected. They are the interest.
     void Swallow(const std::set<uint32_t>& codes, HookInterest interest = {}) {
         interest.codeCount = 0;
         for (const uint32_t code : codes) {
@@ -404,7 +404,7 @@ class HookedThread {
         }
         SetInterest(interest);
     }
-    // The next real key press is swallowed, its release is not.
+    // Swallows the next real key press, not its release.
     void CaptureNextKey() {
         {
             const std::lock_guard lock(TheSinks().mutex);
@@ -414,7 +414,7 @@ class HookedThread {
         interest.anyKey = true;
         SetInterest(interest);
     }
-    // The next real left press is swallowed, its release is not.
+    // Swallows the next real left press, not its release.
     void PickNextClick() {
         {
             const std::lock_guard lock(TheSinks().mutex);
@@ -448,7 +448,7 @@ class HookedThread {
         TheSinks().raw.clear();
         TheSinks().changes.clear();
     }
-    // Keys in order: "d117 u117", injected ones behind an exclamation mark.
+    // Keys in order: "d117 u117", injected ones with an exclamation mark in front.
     std::string KeyText() {
         std::string text;
         for (const KeyHookRecord& each : Keys()) {

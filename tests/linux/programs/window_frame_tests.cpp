@@ -25,7 +25,7 @@ std::string OuterText(const ManagedWindow& window) {
     return ReadOuterRectangle(ThreadDisplay(), window.Id(), &outer) ? Text(outer) : "gone";
 }
 
-// What the last question gave, for the message where it was asked in vain.
+// The last result, for the message of a wait that times out.
 testing::AssertionResult Becomes(const std::string& expected, const std::function<std::string()>& ask) {
     std::string last;
     if (WaitFor([&] { return (last = ask()) == expected; })) {
@@ -38,7 +38,7 @@ bool IsShown(const ManagedWindow& window) {
     return IsManaged(ThreadDisplay(), window.Id());
 }
 
-// A strip along the lower edge of the root window that a dock keeps for itself.
+// A strip along the lower edge of the root window that a dock reserves.
 class Dock {
   public:
     Dock(long depth, long first, long last) : display_(OpenTestDisplay(nullptr)) {
@@ -112,7 +112,7 @@ TEST(WindowFrame, PlacedWithItsFrameAndNoDrift) {
         PlaceWindow(window.Id(), 140, 90, 500, 400);
         EXPECT_TRUE(Becomes("140,90 to 640,490", [&] { return OuterText(window); }));
     }
-    // Where the frame's corner lies is kept when the application takes another size by itself.
+    // The frame's corner stays when the application resizes itself.
     const FrameExtents frame = ReadFrameExtents(ThreadDisplay(), window.Id());
     XResizeWindow(window.Connection(), window.Id(), 320, 240);
     XSync(window.Connection(), False);
@@ -121,7 +121,7 @@ TEST(WindowFrame, PlacedWithItsFrameAndNoDrift) {
     EXPECT_TRUE(Becomes(Text(resized), [&] { return OuterText(window); }));
     MoveWindowTo(window.Id(), 700, 60);
     EXPECT_TRUE(Becomes(Text(Moved(resized, 560, -30)), [&] { return OuterText(window); }));
-    // A size that is none becomes what the window manager allows at least.
+    // An empty size becomes the smallest one that the window manager allows.
     PlaceWindow(window.Id(), 100, 200, -5, 0);
     EXPECT_TRUE(WaitFor([&] {
         ScreenRectangle client;
@@ -140,7 +140,7 @@ TEST(WindowFrame, MaximisedAndMinimised) {
     EXPECT_TRUE(WaitFor([&] { return IsIconic(ThreadDisplay(), window.Id()); }));
 }
 
-TEST(WindowFrame, DocksAreNoPartOfTheWorkArea) {
+TEST(WindowFrame, TheWorkAreaExcludesDocks) {
     ScreenRectangle area = MonitorWorkArea(0);
     EXPECT_EQ(Text(area), "0,0 to 1600,1000");
     {
@@ -159,7 +159,7 @@ TEST(WindowFrame, DocksAreNoPartOfTheWorkArea) {
     }
 }
 
-// A property of the root window with other numbers in it, until this ends.
+// Sets a property of the root window to other numbers for its lifetime.
 class RootNumbers {
   public:
     RootNumbers(const char* name, const std::vector<int32_t>& numbers)
@@ -184,7 +184,7 @@ class RootNumbers {
     std::vector<int32_t> before_;
 };
 
-TEST(WindowFrame, ADesktopWithoutAWorkAreaHasTheFirstOnes) {
+TEST(WindowFrame, ADesktopWithoutAWorkAreaUsesTheFirstOne) {
     const RootNumbers areas("_NET_WORKAREA", {0, 50, 1600, 900, 10, 0, 1500, 1000, 7, 7, 7});
     for (const int32_t none : {-1, 2, 1000, INT32_MAX, INT32_MIN, 0x40000000}) {
         const RootNumbers desktop("_NET_CURRENT_DESKTOP", {none});
@@ -199,7 +199,7 @@ TEST(WindowFrame, ADesktopWithoutAWorkAreaHasTheFirstOnes) {
 TEST(WindowFrame, EachMonitorHasItsOwnWorkArea) {
     ManagedWindow window("On the right", 900, 100, 1);
     ASSERT_TRUE(WaitFor([&] { return IsShown(window); }));
-    // The primary one on the right, so that the left one lies at negative positions.
+    // The primary one is on the right, so that the left one has negative positions.
     SplitScreen split({{600, 0, 1600, 1000}, {0, 100, 600, 900}});
     ASSERT_TRUE(Becomes("0,0 to 1000,1000", [] { return Text(MonitorWorkArea(0)); }));
     Dock dock(30, 600, 1599);
@@ -225,15 +225,15 @@ TEST(WindowFrame, TheNearestMonitorOfARectangle) {
 }
 
 std::optional<WindowPlacement> told;
-void NoteTold(const WindowPlacement& placement) {
+void StorePlacement(const WindowPlacement& placement) {
     told = placement;
 }
 
-TEST(WindowFrame, WishesOfAWindowThatIsNotShownYetAreKept) {
+TEST(WindowFrame, RequestsBeforeTheWindowIsShownAreKept) {
     ManagedWindow other("In front", 800, 500, 1);
     ManagedWindow late("Late", 300, 300, 1, false);
     StartFrameThread(nullptr, late.Id());
-    SetPlacementCallback(NoteTold);
+    SetPlacementCallback(StorePlacement);
     PlaceWindow(late.Id(), 200, 150, 420, 310);
     SetWindowOnTop(late.Id(), true);
     ForceForeground(late.Id());
@@ -249,10 +249,10 @@ TEST(WindowFrame, WishesOfAWindowThatIsNotShownYetAreKept) {
     EXPECT_FALSE(told->maximised);
 }
 
-TEST(WindowFrame, MaximisedAtOnceItKnowsWhereItWasToStand) {
+TEST(WindowFrame, MaximisedAtOnceItKeepsItsRequestedRectangle) {
     ManagedWindow late("Late and large", 300, 300, 1, false);
     StartFrameThread(nullptr, late.Id());
-    SetPlacementCallback(NoteTold);
+    SetPlacementCallback(StorePlacement);
     PlaceWindow(late.Id(), 200, 150, 420, 310);
     MaximiseWindow(late.Id());
     late.Show();
@@ -264,10 +264,10 @@ TEST(WindowFrame, MaximisedAtOnceItKnowsWhereItWasToStand) {
     EXPECT_TRUE(told->maximised);
 }
 
-TEST(WindowFrame, AWindowThatIsGoneKeepsItsLastPlace) {
+TEST(WindowFrame, AClosedWindowKeepsItsLastPlacement) {
     auto gone = std::make_unique<ManagedWindow>("Going", 300, 300, 1, false);
     StartFrameThread(nullptr, gone->Id());
-    SetPlacementCallback(NoteTold);
+    SetPlacementCallback(StorePlacement);
     gone->Show();
     PlaceWindow(gone->Id(), 210, 160, 400, 300);
     EXPECT_TRUE(Becomes("210,160 to 610,460", [&] { return OuterText(*gone); }));
@@ -282,10 +282,10 @@ TEST(WindowFrame, AWindowThatIsGoneKeepsItsLastPlace) {
     ASSERT_TRUE(told.has_value());
     EXPECT_EQ(Text(told->normal), "210,160 to 610,460");
     EXPECT_FALSE(told->maximised);
-    EndFrameThread();  // once is enough
+    EndFrameThread();  // a second call does nothing
 }
 
-TEST(WindowFrame, NoWindowIsLeftAlone) {
+TEST(WindowFrame, NoWindowIsIgnored) {
     PlaceWindow(0, 1, 1, 10, 10);
     MoveWindowTo(0, 1, 1);
     MaximiseWindow(0);

@@ -11,8 +11,7 @@ inline bool OpenLineLog(const char* path) {
     return lineLogFile != nullptr;
 }
 
-// One printf-formatted line of at most 511 bytes. It reaches the file in one piece and at once, so that a reader never
-// sees half of it.
+// Writes one printf-formatted line of at most 511 bytes at once, so that a reader never sees half of it.
 __attribute__((format(gnu_printf, 1, 2))) inline void LogLine(const char* format, ...) {
     char line[512];
     va_list arguments;

@@ -1,4 +1,4 @@
-// A window that writes down the input that reaches it, one line an event, to stand in for "another application":
+// A window that logs the input it receives, one line per event, as a stand-in for "another application":
 //
 //   target.exe LOG [TITLE [X Y WIDTH HEIGHT]]
 //
@@ -8,7 +8,7 @@
 //   <ns> wheel <delta> <x> <y>      <ns> hwheel <delta> <x> <y>         <ns> move <x> <y>
 //   <ns> focus <0|1>
 //
-// The times come from the performance counter, in nanoseconds since it began. The window closes on WM_CLOSE.
+// The times come from the performance counter, in nanoseconds since its start. The window closes on WM_CLOSE.
 #include "line_log.h"
 
 #include <windows.h>
@@ -60,7 +60,7 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
     case WM_KEYDOWN:
     case WM_SYSKEYDOWN:
         WriteKey("down", wParam, lParam);
-        return 0;  // system keys open no menu here
+        return 0;  // system keys must not open a menu
     case WM_KEYUP:
     case WM_SYSKEYUP:
         WriteKey("up", wParam, lParam);

@@ -8,7 +8,7 @@
 
 #include <string>
 
-// A new, empty folder that goes away with its files.
+// A new, empty folder. The destructor removes it with its files.
 class ScratchFolder {
   public:
     ScratchFolder() {
@@ -40,7 +40,7 @@ class ScratchFolder {
     std::string path_;
 };
 
-// A running program. Its process handle is closed, and the process ended if it still runs, when this goes away.
+// A running program. The destructor ends the process if it still runs.
 class ChildProcess {
   public:
     // `output` becomes its standard output and error; with null it has no console and no standard handles.
@@ -68,7 +68,7 @@ class ChildProcess {
 
     bool Started() const { return started_; }
     DWORD Id() const { return process_.dwProcessId; }
-    // Its exit code, STILL_ACTIVE (259) if it does not end within 60 seconds, or if it could not be started.
+    // Returns the exit code, STILL_ACTIVE (259) if it does not end within 60 seconds, or if it could not be started.
     DWORD ExitCode() const {
         DWORD code = STILL_ACTIVE;
         if (started_ && WaitForSingleObject(process_.hProcess, 60000) == WAIT_OBJECT_0) {
@@ -87,12 +87,12 @@ inline std::wstring OwnProgram() {
     return std::wstring(path, GetModuleFileNameW(nullptr, path, MAX_PATH));
 }
 
-// Command line of this program in the role `role`, with the rest of the line behind it.
+// Returns the command line of this program in the role `role`, followed by the rest of the line.
 inline std::wstring OwnRole(const std::wstring& role, const std::wstring& rest = L"") {
     return L"\"" + OwnProgram() + L"\" --role=" + role + (rest.empty() ? L"" : L" " + rest);
 }
 
-// Waits up to 60 seconds until `condition` holds; says whether it does.
+// Waits up to 60 seconds until `condition` holds. Returns whether it does.
 template <typename Condition> bool Eventually(Condition condition) {
     for (int i = 0; i < 6000; ++i) {
         if (condition()) {
@@ -107,7 +107,7 @@ inline std::wstring Widen(const std::string& text) {
     return std::wstring(text.begin(), text.end());
 }
 
-// Runs a command line to its end with its output in a file; gives the exit code and the output.
+// Runs a command line to its end. Returns the exit code and the output.
 inline DWORD RunToEnd(const std::wstring& commandLine, std::string* output) {
     ScratchFolder scratch;
     const std::string path = scratch.File("output");

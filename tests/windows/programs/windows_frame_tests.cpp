@@ -70,7 +70,7 @@ class WindowFrame : public ::testing::Test {
     PageHost host_;
 };
 
-TEST_F(WindowFrame, TheEndOfAMoveIsTold) {
+TEST_F(WindowFrame, TheEndOfAMoveIsReported) {
     WatchPageWindow(&host_, {.placementChanged = NotePlacement, .filesDropped = nullptr});
     PlaceWindow(Ref(), 120, 90, 500, 350);
     EXPECT_TRUE(told.empty()) << "the program's own moves are not";
@@ -104,7 +104,7 @@ TEST_F(WindowFrame, AMaximisedOrMinimisedWindowKeepsItsNormalPlace) {
     EXPECT_EQ(told.size(), 2U) << "its end was reported";
 }
 
-TEST_F(WindowFrame, AWindowThatOutlivesTheLoopIsToldAtItsEnd) {
+TEST_F(WindowFrame, AWindowThatOutlivesTheLoopIsReportedAtTheEnd) {
     WatchPageWindow(&host_, {.placementChanged = NotePlacement, .filesDropped = nullptr});
     PlaceWindow(Ref(), 20, 30, 300, 200);
     EndWindowWatch(&host_);
@@ -114,7 +114,7 @@ TEST_F(WindowFrame, AWindowThatOutlivesTheLoopIsToldAtItsEnd) {
     EXPECT_EQ(told.size(), 1U) << "its own procedure is back";
 }
 
-TEST_F(WindowFrame, WhatTheHandlerThrowsStaysInside) {
+TEST_F(WindowFrame, AnExceptionOfTheHandlerIsCaught) {
     WatchPageWindow(&host_,
                     {.placementChanged = [](const WindowPlacement&) { throw std::runtime_error("full"); },
                      .filesDropped = nullptr});
@@ -122,7 +122,7 @@ TEST_F(WindowFrame, WhatTheHandlerThrowsStaysInside) {
     EXPECT_TRUE(GotThrough(WM_EXITSIZEMOVE));
 }
 
-// As the shell makes one: a record, then the names, each with its closing zero, then one more.
+// Builds a drop as the shell does: a record, then the names, each with its closing zero, then one more zero.
 HDROP MakeDrop(const std::string& names) {
     HGLOBAL memory = GlobalAlloc(GHND, sizeof(DROPFILES) + names.size() + 1);
     auto* drop = static_cast<DROPFILES*>(GlobalLock(memory));
@@ -132,7 +132,7 @@ HDROP MakeDrop(const std::string& names) {
     return static_cast<HDROP>(memory);
 }
 
-TEST_F(WindowFrame, DroppedFilesGoToTheHandlerAndNoFurther) {
+TEST_F(WindowFrame, DroppedFilesReachTheHandlerOnly) {
     WatchPageWindow(&host_, {.placementChanged = nullptr, .filesDropped = NoteDrop});
     EXPECT_NE(GetWindowLongW(shown, GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
     const char names[] = "C:\\one.vrltheme\0C:\\a folder\\two.txt\0";
@@ -140,7 +140,7 @@ TEST_F(WindowFrame, DroppedFilesGoToTheHandlerAndNoFurther) {
     EXPECT_EQ(SendMessageW(shown, WM_DROPFILES, reinterpret_cast<WPARAM>(drop), 0), 0);
     EXPECT_EQ(dropped, (std::vector<std::string>{"C:\\one.vrltheme", "C:\\a folder\\two.txt"}));
     EXPECT_FALSE(GotThrough(WM_DROPFILES));
-    SendMessageW(shown, WM_EXITSIZEMOVE, 0, 0);  // nobody to tell
+    SendMessageW(shown, WM_EXITSIZEMOVE, 0, 0);  // no handler is set
 }
 
 TEST_F(WindowFrame, WithoutAHandlerNothingCanBeDropped) {

@@ -189,7 +189,7 @@ TEST_F(Hooks, AnAbsoluteMoveIsReportedWhereThePointerGoes) {
     EXPECT_TRUE(Eventually([&] { return ReadPointerPosition(&x, &y) && x == middle && y == 0; }));
 }
 
-TEST_F(Hooks, ASinkThatThrowsLetsTheEventPassAndTheThreadLive) {
+TEST_F(Hooks, AnEventPassesWhenItsSinkThrows) {
     received.throwAlways = true;
     SendKey(0x42, false, true);
     SendKey(0x42, false, false);
@@ -408,7 +408,7 @@ TEST(Desktop, ForceForegroundTakesTheKeyboardFromAnotherProcess) {
     }));
     focusCount = 0;
     ForceForeground(window.Ref());
-    // Wine names no foreground window after the input queues are parted again; Windows names ours.
+    // Wine reports no foreground window once the input queues are separate again; Windows reports ours.
     EXPECT_TRUE(Eventually([&] {
         PumpWaitingMessages();
         std::string lines;

@@ -1,4 +1,4 @@
-// The Windows backend of the seam against the system itself: clock, events, threads, files, processes.
+// The Windows backend against the system itself: clock, events, threads, files, processes.
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/files.h"
@@ -140,7 +140,7 @@ TEST(Files, DataFolderRootNeedsAUsableVariable) {
     EXPECT_EQ(DataFolderRoot(), ".");
 }
 
-TEST(Files, BytesComeBackAsWritten) {
+TEST(Files, BytesAreReadAsWritten) {
     ScratchFolder scratch;
     std::string bytes;
     for (int i = 0; i < 70000; ++i) {
@@ -161,7 +161,7 @@ TEST(Files, BytesComeBackAsWritten) {
     EXPECT_EQ(back, "");
 }
 
-TEST(Files, FailuresAreFalse) {
+TEST(Files, FailuresReturnFalse) {
     ScratchFolder scratch;
     std::string bytes;
     EXPECT_FALSE(ReadFileBytes(scratch.File("missing"), &bytes));
@@ -212,7 +212,7 @@ TEST(Files, AFileIsReadWhileAnotherWritesIt) {
     CloseHandle(writer);
 }
 
-TEST(Files, AFolderIsMadeOnce) {
+TEST(Files, AFolderIsCreatedOnce) {
     ScratchFolder scratch;
     EXPECT_TRUE(CreateFolder(scratch.File("folder")));
     EXPECT_TRUE(FileExists(scratch.File("folder")));
@@ -239,7 +239,7 @@ TEST(Process, OwnImageKnowsOtherProcessesOfThisProgram) {
     EXPECT_FALSE(IsOwnImage(0xFFFFFFF0));
 }
 
-// A program started by a name in other letters keeps that name for itself, while others see the file's own.
+// A program started by a name in another case keeps that name, while other processes see the name of the file.
 TEST(Process, OwnImageComparesWithoutCase) {
     std::wstring shouted = OwnRole(L"same-image", std::to_wstring(OwnProcessId()));
     const size_t name = shouted.find(L"windows_platform_tests");
@@ -296,7 +296,7 @@ TEST(Process, RedirectedOutputStaysWhereItIs) {
     EXPECT_EQ(output, "a line\r\n");
 }
 
-TEST(Process, WithoutAConsoleTheOutputIsLostAndTheCodeStands) {
+TEST(Process, WithoutAConsoleTheOutputIsLostAndTheExitCodeIsKept) {
     ChildProcess detached(OwnRole(L"console"), nullptr);
     EXPECT_EQ(detached.ExitCode(), 3u);
 }
@@ -313,7 +313,7 @@ TEST(Process, PreparationClearsTheWebViewVariables) {
     EXPECT_EQ(output, "WEBVIEW2_SOMETHING_ELSE=set\r\napartment 0\r\n");
 }
 
-TEST(Process, WideArgumentsAreCutToTheirLowBytes) {
+TEST(Process, WideArgumentsAreReducedToTheirLowBytes) {
     std::string output;
     RunToEnd(OwnRole(L"arguments", L"--x=\"C:\\two words\" \x0141\x20ACz \"\""), &output);
     EXPECT_EQ(output, "valid 1\r\nline rest of the line\r\n[--role=arguments]\r\n[--x=C:\\two words]\r\n"
@@ -351,7 +351,7 @@ TEST(Desktop, OnTopKeepsPlaceAndSize) {
 
 const char* const kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
 
-// The value of that name under the key behind its type; "none" where there is none.
+// Returns the type and the value of that name under the key, "none" if there is none.
 std::string RunValue(const char* name) {
     char text[1024];
     DWORD size = sizeof text;
