@@ -16,12 +16,12 @@ HookDecision DecideButton(uint32_t button, bool press);
 bool HotkeyPressed(uint32_t code);
 // Input thread; only for a press that HotkeyPressed consumed.
 void HotkeyReleased(uint32_t code);
-// Input thread. A release may go to another desktop: forgets what is held and stops the tools of hold mode.
+// Input thread. Clears what is held and stops the tools of hold mode, since a release may go to another desktop.
 void SessionChanged(SessionChange change);
-// Input thread, and tests: forgets what is held and swallowed.
+// Input thread, and tests. Clears what is held and swallowed.
 void ClearHeldInput();
-// Any thread: what the hooks may consume now. A swallowed press that is still held is not in it: whoever reserved the
-// press with the system keeps it until its release.
+// Any thread. Reads what the hooks may consume now. A swallowed press that is still held is not part of it: the backend
+// keeps its reservation until the release.
 void ReadHookInterest(HookInterest* interest);
 
 // Any thread. Display text of a key or button code.

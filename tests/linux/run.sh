@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs the Linux home's platform tests in nested servers: run.sh BUILD_DIRECTORY [TEST_FILTER]. Ends with a line
+# Runs the Linux backend's tests in nested servers: run.sh BUILD_DIRECTORY [TEST_FILTER]. Ends with a line
 # "linux: N passed, N failed, N skipped".
 set -u
 build=$1
@@ -32,8 +32,8 @@ Try() {
     [ "$failures" -eq 0 ]
 }
 
-# Run PROGRAM WINDOW_MANAGER: a program with a failure is run once more, since a busy machine now and then loses a real
-# key; it is said, and what fails twice has failed.
+# Run PROGRAM WINDOW_MANAGER: repeats a program with a failure once and reports that, since a busy machine sometimes
+# loses a real key.
 Run() {
     if ! Try "$1" "$2"; then
         echo "again: $(basename "$1") under $2: $failures failed"

@@ -4,8 +4,8 @@
 #   start_servers.sh COMMAND [ARGUMENT...]
 #
 # The command runs with DISPLAY naming the inner server, which has a window manager and no other window, and
-# VARNELLE_HOST_DISPLAY naming the outer one. XTEST on the outer server is a person's input to the inner one; XTEST on
-# the inner one is injected input. Display numbers are free ones, chosen by the servers. Gives the command's exit code.
+# VARNELLE_HOST_DISPLAY naming the outer one. XTEST on the outer server is a user's input to the inner one; XTEST on
+# the inner one is injected input. Display numbers are free ones, chosen by the servers. Returns the command's exit code.
 # VARNELLE_WINDOW_MANAGER is openbox, which it also is when it is not set, or xfwm4.
 set -eu
 
@@ -84,7 +84,7 @@ esac
 children="$! $children"
 "$(dirname "$0")/../../tools/dev/await_window_manager.sh"
 
-# The host's own auto-repeat would look like a person's releases and presses, and its pointer has to be inside.
+# The host's own auto-repeat would look like a user's releases and presses, and its pointer has to be inside.
 DISPLAY=$VARNELLE_HOST_DISPLAY xset r off
 DISPLAY=$VARNELLE_HOST_DISPLAY xdotool mousemove 801 501
 

@@ -40,20 +40,20 @@ bool PrepareInputExtension(InputThread& thread) {
 // Finds the first pair of master devices: applications receive their input from it.
 bool FindMasters(InputThread& thread) {
     int count = 0;
-    XIDeviceInfo* masters = XIQueryDevice(thread.display, XIAllMasterDevices, &count);
-    if (masters == nullptr) {
+    XIDeviceInfo* devices = XIQueryDevice(thread.display, XIAllMasterDevices, &count);
+    if (devices == nullptr) {
         return false;
     }
     bool found = false;
     for (int index = 0; index < count && !found; ++index) {
-        if (masters[index].use == XIMasterPointer) {
-            thread.pointer.device = masters[index].deviceid;
-            thread.keyboard.device = masters[index].attachment;
+        if (devices[index].use == XIMasterPointer) {
+            thread.pointer.device = devices[index].deviceid;
+            thread.keyboard.device = devices[index].attachment;
             thread.keyboard.isKeyboard = true;
             found = true;
         }
     }
-    XIFreeDeviceInfo(masters);
+    XIFreeDeviceInfo(devices);
     return found;
 }
 

@@ -383,7 +383,7 @@ TEST_F(Hooks, CaptureEndsWithoutAKey) {
     Fence();
     EXPECT_EQ(target.Text(), "k38 K38 k52 K52");
     OtherProgram other;
-    EXPECT_TRUE(WaitFor([&] { return CanGrabKeyboard(other); })) << "the keyboard is let go of";
+    EXPECT_TRUE(WaitFor([&] { return CanGrabKeyboard(other); })) << "the keyboard is released";
 }
 
 TEST_F(Hooks, PickSwallowsOneLeftPress) {
