@@ -5,7 +5,7 @@
 // processor's cache. In the rows "late" and "fall" the macro contains the whole pattern, but the end of each occurrence
 // exceeds the scenario's limit in seconds.
 // Usage: scan_bench
-#include "../tests/unit/scan_literal.cpp"
+#include "../tests/unit/reference_scanner.cpp"
 
 #include "scan/scenarios.h"
 
@@ -63,7 +63,7 @@ std::vector<UnifiedEvent> Presses(const Worst& worst, size_t count) {
         event.virtualKey = worst.modifier;
         events.push_back(event);
     }
-    event.virtualKey = worst.virtualKey;
+    event.virtualKey = worst.vk;
     while (events.size() < count) {
         event.time += worst.step;
         events.push_back(event);
@@ -72,9 +72,8 @@ std::vector<UnifiedEvent> Presses(const Worst& worst, size_t count) {
 }
 
 std::vector<UnifiedEvent> Presses(const Late& late, size_t count) {
-    constexpr size_t kBeginnings = 501;  // after the modifier
-    std::vector<UnifiedEvent> events =
-        Presses(Worst{late.modifier, late.virtualKey, 0}, count - late.end.size());
+    constexpr size_t kBeginnings = 501;  // behind the modifier
+    std::vector<UnifiedEvent> events = Presses(Worst{late.modifier, late.vk, 0}, count - late.end.size());
     double time = kTooLate * 2;
     for (size_t i = kBeginnings; late.falling && i < events.size(); ++i) {
         // No longer a start of the pattern: all starts are used up.
@@ -116,9 +115,9 @@ void PrintRow(const char* name, size_t scenario,
         return PerPress(count, kLarge / count,
                         [&] { return MacroScan::Scenarios()[scenario].match(keys).matched; });
     };
-    const auto keys = LiteralScan::Normalise(presses(kSmall));
+    const auto keys = ReferenceScanner::Normalise(presses(kSmall));
     const double plain =
-        PerPress(kSmall, 1, [&] { return LiteralScan::Triggers()[scenario].match(keys).matched; });
+        PerPress(kSmall, 1, [&] { return ReferenceScanner::Scenarios()[scenario].match(keys).matched; });
     const double small = ours(kSmall);
     const double large = ours(kLarge);
     std::printf("%-20s | %12.1f | %12.1f | %15.1f | %.2f\n", name, small, large, plain, large / small);

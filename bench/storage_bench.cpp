@@ -1,7 +1,8 @@
-// Measures how fast a large macro is read, written, saved and listed, beside plain iostream code that does the same (the
-// yardstick). Prints a table of `name | ours | yardstick | ratio`, all measured in one run.
+// How fast a large macro is read, written, saved and listed, beside the plain iostream way of doing the same, which is
+// kept here as the yardstick. Prints one table of `name | ours | yardstick | ratio`, all measured in this one run.
 // Usage: storage_bench
 #include "base/json_writer.h"
+#include "base/numbers.h"
 #include "editing/macro_edits.h"
 #include "model/engine_state.h"
 #include "platform/files.h"
@@ -30,7 +31,7 @@ namespace fs = std::filesystem;
 constexpr size_t kSmall = 10000;
 constexpr size_t kLarge = 1000000;
 
-// Returns events like those of a real recording: mostly pointer moves a few milliseconds apart, some keys, clicks, wheel.
+// Returns a recording like a user's: mostly pointer moves a few milliseconds apart, some keys, clicks and wheel.
 std::vector<UnifiedEvent> Recording(size_t count) {
     std::mt19937 random(1);
     std::vector<UnifiedEvent> events(count);
@@ -274,7 +275,77 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
     return rows;
 }
 
-// Returns how long a save holds macroMutex: the time of a copy of the store into memory that it already has.
+// Prints what one number costs, beside the library function that does the same without the short path for the times of a
+// macro. The short paths in base/numbers.cpp must be worth 1.5 times.
+void PrintNumberCosts() {
+    const std::vector<UnifiedEvent> events = Recording(kLarge);
+    std::vector<char> text(kLarge * kStreamDoubleLength);
+    std::vector<const char*> starts;
+    char* end = text.data();
+    for (const UnifiedEvent& event : events) {
+        starts.push_back(end);
+        end = WriteStreamDouble(end, event.time);
+        *end++ = ',';
+    }
+    char buffer[kFixedDoubleLength];
+    double sum = 0;  // keeps the compiler from dropping the work
+    const Row rows[] = {
+        Measure(
+            "read a time",
+            [&] {
+                for (const char* start : starts) {
+                    double value = 0;
+                    ScanDouble(start, end, &value);
+                    sum += value;
+                }
+            },
+            [&] {
+                for (const char* start : starts) {
+                    double value = 0;
+                    std::from_chars(start, end, value);
+                    sum += value;
+                }
+            }),
+        Measure(
+            "write a time, six significant digits",
+            [&] {
+                for (const UnifiedEvent& event : events) {
+                    sum += static_cast<double>(WriteStreamDouble(buffer, event.time) - buffer);
+                }
+            },
+            [&] {
+                for (const UnifiedEvent& event : events) {
+                    sum += static_cast<double>(std::to_chars(buffer, buffer + sizeof(buffer), event.time,
+                                                             std::chars_format::general, 6)
+                                                   .ptr -
+                                               buffer);
+                }
+            }),
+        Measure(
+            "write a time, six decimals",
+            [&] {
+                for (const UnifiedEvent& event : events) {
+                    sum += static_cast<double>(WriteFixedDouble(buffer, event.time) - buffer);
+                }
+            },
+            [&] {
+                for (const UnifiedEvent& event : events) {
+                    sum += static_cast<double>(std::to_chars(buffer, buffer + sizeof(buffer), event.time,
+                                                             std::chars_format::fixed, 6)
+                                                   .ptr -
+                                               buffer);
+                }
+            }),
+    };
+    Require(sum > 0, "number");
+    std::printf("\nNanoseconds a number | ours | from_chars, to_chars | ratio\n");
+    for (const Row& row : rows) {
+        // A million numbers: milliseconds of all are nanoseconds of one.
+        std::printf("%s | %.0f | %.0f | %.1f\n", row.name, row.ours, row.yardstick, row.yardstick / row.ours);
+    }
+}
+
+// What a save does while it holds macroMutex, by itself: a copy of the store into memory that is already there.
 double MeasureLockHeld() {
     constexpr int kRuns = 10;
     double shortest = 1e12;
@@ -295,7 +366,7 @@ int main() {
     const fs::path folder =
         fs::temp_directory_path() / ("varnelle-bench-" + std::to_string(std::random_device()()));
     fs::create_directory(folder);
-    setenv("LOCALAPPDATA", folder.c_str(), 1);  // keeps the user's own data folder unchanged
+    setenv("LOCALAPPDATA", folder.c_str(), 1);  // keeps the data of the user untouched
     CreateDataFolder();
 
     const std::vector<Row> small = MeasureSize(folder, kSmall, false);
@@ -316,6 +387,7 @@ int main() {
         const double eachOfMany = large[i].ours * 1e6 / kLarge;
         std::printf("%s | %.0f | %.0f | %.2f\n", large[i].name, each, eachOfMany, eachOfMany / each);
     }
+    PrintNumberCosts();
     std::printf("\nLock held during a session save | %.1f ms | of %.1f ms | %.2f\n", held, save, held / save);
     fs::remove_all(folder);
     return 0;

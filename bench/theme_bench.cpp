@@ -2,8 +2,8 @@
 // cap. Compares it with the plain form, which scans the text from its start for every value: ten values, three of the
 // skin and every piece. Growth is the cost of a byte in the large file against the small one.
 // Usage: theme_bench [THEME_FILE]
-#include "../tests/unit/theme_bytes.h"
-#include "../tests/unit/theme_literal.cpp"
+#include "../tests/unit/reference_validator.cpp"
+#include "../tests/unit/theme_files.h"
 
 #include <algorithm>
 #include <chrono>
@@ -21,7 +21,7 @@ constexpr int kRounds = 3;
 
 // Returns a piece of about `size` bytes, in whole groups of three.
 std::string Png(const ThemePiece& piece, size_t size) {
-    std::string bytes = PngHead(piece.width, piece.height);
+    std::string bytes = PngHeader(piece.width, piece.height);
     bytes.resize(std::max<size_t>(bytes.size(), size / 3 * 3), '\x5A');
     return bytes;
 }
@@ -35,7 +35,7 @@ std::string Pieces(size_t size) {
     std::string text;
     for (const ThemePiece& piece : ThemePieces()) {
         text += (text.empty() ? "\"" : ",\"") + std::string(piece.name) + "\":\"" +
-                Encode(Png(piece, size / ThemePieces().size() * 3 / 4)) + "\"";
+                EncodeBase64(Png(piece, size / ThemePieces().size() * 3 / 4)) + "\"";
     }
     return text;
 }
@@ -53,11 +53,11 @@ std::string HostileTail(size_t size) {
     }
     std::string pieces;
     for (const ThemePiece& piece : ThemePieces()) {
-        pieces += ",\"" + std::string(piece.name) + "\":\"" + Encode(Png(piece, 0)) + "\"";
+        pieces += ",\"" + std::string(piece.name) + "\":\"" + EncodeBase64(Png(piece, 0)) + "\"";
     }
     std::string passed;
     while (passed.size() < size / 2 - 4000) {
-        passed += ",\"window\":\"" + Encode(Png(ThemePieces().front(), 0)) + "\"";
+        passed += ",\"window\":\"" + EncodeBase64(Png(ThemePieces().front(), 0)) + "\"";
     }
     return "{\"x\":[" + slow + R"(],"skin":{"pieces":{)" + passed.substr(1) + pieces +
            R"(},"template":1},"format":2,)" + kColours + "}";
@@ -71,7 +71,7 @@ std::string Escaped(size_t size) {
         while (slashes.size() < size / ThemePieces().size() - 200) {
             slashes += "\\/\\/\\/\\/";
         }
-        pieces += ",\"" + std::string(piece.name) + "\":\"" + Encode(Png(piece, 0)) + slashes + "\"";
+        pieces += ",\"" + std::string(piece.name) + "\":\"" + EncodeBase64(Png(piece, 0)) + slashes + "\"";
     }
     return "{" + kColours + R"(,"format":2,"skin":{"template":1,"pieces":{)" + pieces.substr(1) + "}}}";
 }
@@ -119,7 +119,7 @@ double PlainScan(const std::string& text) {
     return TimeOf(
         text,
         [](const std::string& whole, ThemeRecord*, ThemeReport*) {
-            return LiteralTheme::Lookup(whole, "no such key").empty();
+            return ReferenceValidator::Lookup(whole, "no such key").empty();
         },
         &unused);
 }
@@ -142,7 +142,7 @@ void PrintRow(const char* name, const std::string& small, const std::string& lar
         return;
     }
     ThemeReport plain;
-    const double plainTime = TimeOf(large, LiteralTheme::Validate, &plain);
+    const double plainTime = TimeOf(large, ReferenceValidator::Validate, &plain);
     if (!plain.accepted || plain.pieceCount != report.pieceCount) {
         std::fprintf(stderr, "theme_bench: the plain form says something else\n");
         std::exit(1);

@@ -1,4 +1,4 @@
-// When the events of a profile happen, as the tests of every kind ask for it.
+// The event times of a profile, for tests of every kind.
 #pragma once
 
 #include "base/mutex.h"
@@ -7,7 +7,7 @@
 #include <cmath>
 #include <vector>
 
-// In seconds, rounded to milliseconds.
+// Returns the times in seconds, rounded to milliseconds.
 inline std::vector<double> EventTimes(size_t profile) EXCLUDES(macroMutex) {
     MutexLock lock(macroMutex);
     std::vector<double> times;

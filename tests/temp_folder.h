@@ -1,4 +1,4 @@
-// What the tests of every kind do with files: a folder of their own, whole files in and out.
+// Files for tests of every kind: a temporary folder, whole files read and written.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 #include <string_view>
 #include <system_error>
 
-// A new, empty folder that goes away with everything in it.
+// A new, empty folder, deleted with its content at the end of the scope.
 class TempFolder {
   public:
     TempFolder() {
@@ -34,13 +34,13 @@ class TempFolder {
     std::filesystem::path path_;
 };
 
-// The whole file, byte for byte; empty if there is none.
+// Returns the bytes of the file, or an empty string if it cannot be read.
 inline std::string ReadFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// Makes the folders above it too.
+// Writes the file and creates its folders. Fails the test if it cannot.
 inline void WriteFile(const std::string& path, std::string_view bytes) {
     std::error_code there;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), there);

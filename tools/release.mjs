@@ -3,7 +3,7 @@
 //   node tools/release.mjs key PRIVATE.pem                      makes a key pair; prints the public key for the build
 //   node tools/release.mjs sign PRIVATE.pem TIER VERSION URL INSTALLER
 //                                                               prints the manifest of an installer
-//   node tools/release.mjs check MANIFEST INSTALLER             checks that programs of this tree would accept both
+//   node tools/release.mjs check MANIFEST INSTALLER             checks whether programs of this tree accept the two
 //   node tools/release.mjs vectors OUT.jsonl                    writes cases for --selftest-update=, signed by a key
 //                                                               that is made for them and not kept
 import {
@@ -32,7 +32,7 @@ const site = setting('kUpdateSiteHost');
 const api = setting('kApiHost');
 const testers = setting('kTesterSiteHost');
 
-// Returns the public key that programs of this tree accept, from their build settings.
+// Returns the key that programs of this tree accept, from their settings.
 function acceptedBlob() {
   const body = settings.match(/kUpdatePublicKey\[72\] = \{([^}]*)\}/)?.[1] ?? '';
   return Buffer.from((body.match(/0x[0-9a-f]{2}/gi) ?? []).map(Number));
@@ -50,8 +50,8 @@ function publicKey(blob) {
   }
 }
 
-// Reads a file, or throws one sentence that names it and the system's error code.
-function readOrFail(path, what) {
+// Reads a file, or throws an error with the system's code.
+function readRequired(path, what) {
   try {
     return readFileSync(path);
   } catch (error) {
@@ -60,7 +60,7 @@ function readOrFail(path, what) {
 }
 
 function readKey(path) {
-  const text = readOrFail(path, 'the key file');
+  const text = readRequired(path, 'the key file');
   let key;
   try {
     key = createPrivateKey(text);
@@ -79,14 +79,14 @@ function publicBlob(key) {
   return Buffer.concat([Buffer.from('ECS1'), Buffer.from([32, 0, 0, 0]), number(x), number(y)]);
 }
 
-// Members in the order of the manifest. The signed message has the hash before the address.
+// Returns the members in the order of the manifest. The signed message has the hash before the URL.
 function signed(key, { tier, version, url, sha256 }) {
   const message = `VRL-UPDATE-1|${tier}|${version}|${sha256}|${url}`;
   const sig = sign('sha256', Buffer.from(message), { key, dsaEncoding: 'ieee-p1363' }).toString('hex');
   return { tier, version, url, sha256, sig };
 }
 
-// Throws what the program would reject about a manifest, except the comparison with its own version and tier.
+// Throws if the program would reject the manifest, apart from the comparison with its own version and tier.
 function checkManifest({ tier, version, url, sha256, sig }) {
   if (!tiers.includes(tier)) throw new Error(`the tier is one of ${tiers.join(', ')}`);
   if (!/^\d{1,5}\.\d{1,5}\.\d{1,5}(-preview\.\d{1,5})?$/.test(version)) {
@@ -132,9 +132,9 @@ function makeKey(path) {
 }
 
 const hashOf = (installer) =>
-  createHash('sha256').update(readOrFail(installer, 'the installer')).digest('hex');
+  createHash('sha256').update(readRequired(installer, 'the installer')).digest('hex');
 
-// Checks the manifest in the form in which it is printed.
+// Prints a manifest only after it has passed the check.
 function signInstaller(keyPath, tier, version, url, installer) {
   const manifest = signed(readKey(keyPath), { tier, version, url, sha256: hashOf(installer) });
   checkManifest(manifest);
@@ -145,7 +145,7 @@ function signInstaller(keyPath, tier, version, url, installer) {
 }
 
 function checkRelease(manifestPath, installer) {
-  const bytes = readOrFail(manifestPath, 'the manifest');
+  const bytes = readRequired(manifestPath, 'the manifest');
   if (bytes.length > mostManifestBytes)
     throw new Error(`the manifest has more than ${mostManifestBytes} bytes`);
   const text = bytes.toString('utf8').trimEnd();
@@ -173,7 +173,7 @@ function writeVectors(path) {
     sha256: createHash('sha256').update('installer').digest('hex'),
   };
   const lines = [{ line: 'key', hex: publicBlob(privateKey).toString('hex') }];
-  // `changed` is applied before signing, `after` to the signed manifest.
+  // `changed` is signed; `after` replaces members of the signed manifest.
   const add = (name, expect, changed = {}, { own = '1.0.1', after = {} } = {}) =>
     lines.push({
       line: 'case',

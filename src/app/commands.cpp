@@ -3,7 +3,7 @@
 #include "app/app_settings_commands.h"
 #include "app/reports.h"
 #include "base/json_writer.h"
-#include "base/text.h"
+#include "base/numbers.h"
 #include "editing/macro_edits.h"
 #include "editing/profiles.h"
 #include "editing/settings_updates.h"

@@ -55,7 +55,7 @@ bool ChooseConsoleMode(LaunchOptions* options) {
 
 // The whole line is one path, spaces included.
 void ReadOpenPath(std::string_view line, LaunchOptions* options) {
-    std::string_view path = TrimBlanks(line);
+    std::string_view path = TrimSpaces(line);
     if (path.size() >= 2 && path.front() == '"' && path.back() == '"') {
         path = path.substr(1, path.size() - 2);
     }
@@ -86,7 +86,7 @@ LaunchOptions ParseCommandLine(const ProcessArguments& arguments) {
         options.childLine = line;
         return options;
     }
-    if (TrimBlanks(line) == "--timeline") {
+    if (TrimSpaces(line) == "--timeline") {
         options.mode = LaunchMode::Timeline;
     }
     ReadOpenPath(line, &options);

@@ -1,6 +1,6 @@
 #include "base/json_writer.h"
 
-#include "base/text.h"
+#include "base/numbers.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-// A mutex that clang's thread-safety analysis can follow, and the marks that go with it. The marks are empty on
-// other compilers.
+// A mutex that clang's thread-safety analysis can follow, and the attributes for it. On other compilers the attributes
+// are empty. None of this throws.
 #pragma once
 
 #include <mutex>
@@ -20,9 +20,11 @@
 #define RELEASE(...) VRL_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define NO_THREAD_SAFETY_ANALYSIS VRL_THREAD_ATTRIBUTE(no_thread_safety_analysis)
 
+// Not recursive: the thread that holds it must not lock it again.
 class CAPABILITY("mutex") Mutex {
   public:
     void Lock() ACQUIRE() { mutex_.lock(); }
+    // Returns whether the lock was free and is now held.
     bool TryLock() TRY_ACQUIRE(true) { return mutex_.try_lock(); }
     void Unlock() RELEASE() { mutex_.unlock(); }
 
@@ -30,6 +32,7 @@ class CAPABILITY("mutex") Mutex {
     std::mutex mutex_;
 };
 
+// Holds `mutex` from its construction to the end of its scope.
 class SCOPED_CAPABILITY MutexLock {
   public:
     explicit MutexLock(Mutex& mutex) ACQUIRE(mutex) : mutex_(mutex) { mutex_.Lock(); }

@@ -1,5 +1,5 @@
-// A plain setting that several threads read and write without a lock. A relaxed atomic has the same observable
-// behaviour as the plain variable without a data race. It does not order accesses to other variables.
+// A setting that several threads read and write without a lock. A relaxed atomic behaves like the plain variable but is
+// no data race. It orders nothing: other variables may seem to change before or after it.
 #pragma once
 
 #include <atomic>

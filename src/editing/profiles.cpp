@@ -1,7 +1,7 @@
 #include "editing/profiles.h"
 
 #include "base/json_writer.h"
-#include "base/text.h"
+#include "base/numbers.h"
 #include "model/engine_state.h"
 #include "storage/settings_text.h"
 

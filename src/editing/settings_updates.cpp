@@ -1,5 +1,6 @@
 #include "editing/settings_updates.h"
 
+#include "base/numbers.h"
 #include "base/text.h"
 #include "editing/profiles.h"
 #include "model/engine_state.h"

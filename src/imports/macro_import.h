@@ -1,23 +1,26 @@
-// Imports and exports macro files. Every import goes through OfferMacro.
+// Imports and exports macro files. Every import ends in OfferMacro. An outcome document is the JSON text with which a
+// command answers the page: {"outcome":"imported"}, "pending", "error" with a message, or "cancelled".
 #pragma once
 
 #include <string>
 
-// The page's commands, with a dialog. UI thread.
-// Writes the current profile, with the live settings, to the file that the user chooses. Reports nothing, except by the
-// exception of WriteMacroFile and by an alert in the page if the system has no dialog.
+// The two commands of the page that show a file dialog. UI thread.
+
+// Writes the current profile, with the live settings, to the file that the user chooses. Throws what WriteMacroFile
+// throws. Shows an alert in the page if the system has no file dialog.
 void ExportProfile();
-// Returns an outcome document: imported, pending, error or cancelled.
+// Imports the file that the user chooses. Returns an outcome document.
 std::string ImportProfile();
 
-// The import after the dialog: rejects ".mcr" by its name, reads the file, appends " (Imported)" to its profile's name
-// and offers it. Returns an outcome document. Any thread.
+// Imports the file at `path`: rejects ".mcr" by its name, reads the file, appends " (Imported)" to the profile's name and
+// offers the macro. Returns an outcome document. Any thread.
 std::string ImportMacroFile(const std::string& path);
 
-// Imports a file that a second instance has put into the folder "themes" of the data folder. `stem` is its name without
-// the extension. Deletes the file whatever it contains, ignores a missing one, and notifies the page. Any thread.
+// Imports a file that a second instance has put into the folder "themes" of the data folder and notifies the page.
+// `stem` is the file's name without extension. Deletes the file whatever it holds; does nothing if it is gone. Any
+// thread.
 void ImportStagedMacro(const std::string& stem);
 
-// Imports a file named on the command line, at start-up. A pending import waits until the page asks; a failure becomes
-// the first alert of the page. The file stays.
+// Imports a file named on the command line, before the page exists. A pending import waits until the page asks for it, and
+// a failure becomes the page's first alert. Keeps the file.
 void ImportFromCommandLine(const std::string& path);

@@ -1,10 +1,11 @@
-// Notifies the page about imports. Does nothing before the page exists, and on a page without the functions. Any
-// thread.
+// Notifies the page of imports. Does nothing before the page exists or if the page lacks the function. Any thread.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 void NotifyPageProfileImported();
+// Hands the page the pending document of an import.
 void NotifyPageMacroPending(const std::string& pendingDocument);
+// Shows `text` as the page's alert.
 void AlertPage(std::string_view text);

@@ -1,5 +1,6 @@
-// The pending import: an imported macro with findings waits in one slot until the user has seen the findings and
-// accepts or rejects it. It is not saved. A second one replaces the first. Any thread.
+// The pending import: a macro from outside with findings waits in one slot until the user has seen the findings and
+// decides. The slot is not saved. A second pending import replaces the first. Any thread. Lock order: the lock of the
+// slot, then macroMutex.
 #pragma once
 
 #include "scan/report.h"
@@ -10,25 +11,27 @@
 #include <vector>
 
 struct OfferResult {
-    bool committed = false;  // no findings, the profile was added
+    bool committed = false;  // no findings: the profile was added
     std::string pendingId;   // empty if committed
-    std::string level;       // of the scan
+    std::string level;       // of the scan: "none", "caution" or "danger"
     std::vector<MacroScan::ScanMatch> matches;
 };
 
-// Scans the macro, with no lock held. Adds it as a profile, or makes it the pending import. The caller notifies the
-// page.
+// Scans the macro, without a lock, and adds it as a profile or makes it the pending import. The caller notifies the page.
 OfferResult OfferMacro(ParsedMacro macro);
-// Returns the outcome document of an offer: {"outcome":"imported"} or the pending document.
+// Returns {"outcome":"imported"} or the pending document: {"outcome":"pending","pendingId":ID,"level":LEVEL,"matches":
+// [{"severity":...,"message":...,"atSec":...}]}.
 std::string OfferDocument(const OfferResult& offer);
 
-// The user's decision. Does nothing unless the id is that of the current pending import.
-void ConfirmMacroImport(std::string_view id);  // adds the profile and notifies the page
+// Adds the pending import with this id as a profile and notifies the page. Any other id does nothing.
+void ConfirmMacroImport(std::string_view id);
+// Drops the pending import with this id. Any other id does nothing.
 void CancelMacroImport(std::string_view id);
 // Returns the pending document, or {"outcome":"none"}.
 std::string GetPendingMacroImport();
-// Returns a summary of the pending import over its time, or {}: {"pendingId":ID,"name":TEXT,"events":COUNT,
-// "seconds":LENGTH,"moves":[...],"clicks":[...],"keys":[...]}. Each list has kSummaryParts counts of events in equal
-// parts of the length. The wheel counts as clicks. Linear in the macro.
+
 constexpr int kSummaryParts = 100;
+// Returns a summary of the pending import over time, or {}: {"pendingId":ID,"name":TEXT,"events":COUNT,"seconds":LENGTH,
+// "moves":[...],"clicks":[...],"keys":[...]}. Each list has kSummaryParts counts of events over equal parts of the
+// length. Wheel events count as clicks. Takes time in proportion to the macro.
 std::string GetPendingMacroSummary();

@@ -15,13 +15,13 @@ constexpr std::string_view kCurrentFormat =
     "1,1\n0,0.5,10,10,0,0,0\n";
 constexpr std::string_view kCurrentFormatSettings = "1,2,3,77,1,1,0,9,1,100,200,0,0,1,88,0,4,69,69|70,1";
 
-// An old form of the line, with 23 fields and no key spammer.
+// From a version whose settings line had 23 fields and no key spammer.
 constexpr std::string_view kOldFormat =
     "Old\nSETTINGS:1,2,3,77,1,1,0,9,1,100,200,0,0,0,0,1,3.0,1,500,65,66,0,67\n";
 
 constexpr std::string_view kBare = "Bare\n0,0.5,10,10,0,0,0\n";
 
-// The autoclicker of the old file; the key spammer of the importer with its one key, no chord.
+// Returns the settings expected from it: the file's autoclicker, and the live key spammer with its one key and no chord.
 std::string OldFormatSettings() {
     constexpr size_t kFirstKeySpammerField = 11;
     constexpr size_t kSingleKeyField = 17;

@@ -1,8 +1,8 @@
-// The self-check of the macro import, run by --selftest.
+// The check of the macro import that a user can run. Main thread of a process without engines.
 #pragma once
 
 #include <string>
 
-// Reads sample files that it writes to `tempPath` and deletes again. Appends one line for each check to *log, "PASS "
-// or "FAIL " and its name. Returns true if all pass. Does not change the live settings.
+// Writes sample files to `tempPath`, reads them and deletes them. Appends one line per check to *log: "PASS " or "FAIL "
+// and the check's name. Returns whether all checks passed. Leaves the live settings unchanged.
 bool ImportSelfCheck(const std::string& tempPath, std::string* log);

@@ -13,8 +13,8 @@ struct PageHost;
 // page's promise with its text.
 using PageFunction = std::string (*)(const std::string& request);
 
-// Creates the window, hidden until SetPageSize. Returns an empty string on success. Otherwise returns one sentence
-// that tells the user what is missing and what to do, and *host is null.
+// Creates the window, hidden until SetPageSize. Empty on success; otherwise one sentence for the person that says
+// what is missing and what to do, and *host is null.
 std::string CreatePageHost(PageHost** host);
 void DestroyPageHost(PageHost* host);
 

@@ -28,41 +28,41 @@ bool* FlagOf(HeldMods* held, ModFamily family) {
     return nullptr;
 }
 
-// Finds where the greedy scan from one start after another ends. The starts only move forward, and so does the position
-// of each step: the cursors never go back, and all starts together cost one pass for each step.
+// Finds the end of the greedy match from one start after another. The starts only move forward, so the position of each
+// step only moves forward too: all starts together cost one pass for each step.
 class StepCursors {
   public:
     StepCursors(const std::vector<KeyEv>& keys, const std::vector<KeyPredicate>& steps)
-        : keys_(keys), steps_(steps), places_(steps.size(), 0) {}
+        : keys_(keys), steps_(steps), positions_(steps.size(), 0) {}
 
-    // Returns the index of the last step's key, or the number of keys if not all steps follow `start`.
+    // Returns the index of the last step's key, or the number of keys if the steps do not all follow `start`.
     size_t EndFrom(size_t start) {
-        size_t place = start;
-        for (size_t step = 1; step < steps_.size() && place < keys_.size(); ++step) {
-            place = Advance(step, place + 1);
+        size_t position = start;
+        for (size_t step = 1; step < steps_.size() && position < keys_.size(); ++step) {
+            position = Advance(step, position + 1);
         }
-        return place;
+        return position;
     }
 
   private:
-    // Returns the first key from `from` on for which the step is true.
+    // Returns the first key from `from` on that the step matches.
     size_t Advance(size_t step, size_t from) {
-        size_t& place = places_[step];
+        size_t& position = positions_[step];
         if (started_ <= step) {
             started_ = step + 1;
-        } else if (place >= from) {
-            return place;
+        } else if (position >= from) {
+            return position;
         }
-        place = from;
-        while (place < keys_.size() && !steps_[step](keys_[place].event, keys_[place].held)) {
-            ++place;
+        position = from;
+        while (position < keys_.size() && !steps_[step](keys_[position].event, keys_[position].held)) {
+            ++position;
         }
-        return place;
+        return position;
     }
 
     const std::vector<KeyEv>& keys_;
     const std::vector<KeyPredicate>& steps_;
-    std::vector<size_t> places_;
+    std::vector<size_t> positions_;
     size_t started_ = 1;  // steps below this have a position
 };
 
@@ -71,8 +71,8 @@ class LatestTime {
   public:
     explicit LatestTime(const std::vector<KeyEv>& keys) : keys_(keys) {}
 
-    // Returns true if a key after `start`, up to `end`, is more than `span` after the key at `start`. The differences
-    // have the order of the times, rounding included, so testing the latest time is enough.
+    // Returns whether any key after `start`, up to `end`, is more than `span` later than the key at `start`. Rounded
+    // differences keep the order of the times, so checking the latest time is enough.
     bool IsBeyond(size_t start, size_t end, double span) {
         for (next_ = std::max(next_, start + 1); next_ <= end; ++next_) {
             const double time = keys_[next_].event.time;
@@ -92,8 +92,8 @@ class LatestTime {
 
   private:
     const std::vector<KeyEv>& keys_;
-    size_t next_ = 0;             // first key not examined
-    std::deque<size_t> falling_;  // keys that no later key of the range reaches, latest time first
+    size_t next_ = 0;             // first key not yet seen
+    std::deque<size_t> falling_;  // keys later than every key after them in the range; latest time first
 };
 
 }  // namespace
@@ -182,7 +182,7 @@ SeqResult MatchSequence(const std::vector<KeyEv>& keys, const std::vector<KeyPre
         }
         const size_t end = cursors.EndFrom(i);
         if (end == keys.size()) {
-            return {};  // steps that do not follow this start follow no later one
+            return {};  // later starts have no more keys after them
         }
         if (!maxSpan || !latest.IsBeyond(i, end, *maxSpan)) {
             return {true, keys[i].event.time};

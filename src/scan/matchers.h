@@ -1,8 +1,8 @@
-// The scanner's pattern language: key presses with the modifiers held before them, predicates on one press, and three
-// ways to find presses that belong together. Pure functions of their arguments; any thread.
+// The scanner's patterns: key presses with the modifiers held before them, predicates on one press, and three ways to
+// find presses that belong together. Pure functions; any thread. They fail only with std::bad_alloc.
 //
-// Times are the events' seconds into the macro. The times of an edited macro may run backwards. A time that is not a
-// number is never outside a limit of a sequence.
+// Times are seconds into the macro, as its events hold them. An edited macro may run backwards. A time that is not a
+// number never exceeds the limit of a sequence.
 #pragma once
 
 #include "model/event.h"
@@ -24,9 +24,10 @@ enum ModFamily {
     ModWin = 4,
 };
 
+// Returns the modifier family of a virtual-key code.
 ModFamily FamilyOfKey(uint32_t vk);
 
-// Left and right keys of a family are one: the last press or release of either decides.
+// The left and right keys of a family count as one: the last press or release of either decides.
 struct HeldMods {
     bool ctrl = false;
     bool alt = false;
@@ -39,40 +40,42 @@ struct KeyEv {
     HeldMods held;              // before this press
 };
 
-// Returns the same result for the same press, however often it is called.
+// Tests one press and the modifiers held before it. Must return the same for the same press each time.
 using KeyPredicate = std::function<bool(const UnifiedEvent& event, const HeldMods& held)>;
 
 struct SeqResult {
     bool matched = false;
-    double atSec = 0.0;  // start of the pattern; 0 if nothing matched
+    double atSec = 0.0;  // time of the first press of the pattern; 0 without a match
 };
 
 struct TypingBurst {
     bool found = false;
     double atSec = 0.0;    // time of the burst's first key
-    size_t lastIndex = 0;  // of the burst's last key, in the list of keys
+    size_t lastIndex = 0;  // index of the burst's last key in the list of keys
 };
 
-// Returns the presses among the events, in their order. The result points into `events`.
+// Returns the presses among the events, in their order. The result refers to `events`, which must outlive it.
 std::vector<KeyEv> NormaliseKeys(const std::vector<UnifiedEvent>& events);
 
-// True for `vk` with exactly these families held and no other.
+// Returns a predicate for key `vk` with exactly these families held.
 KeyPredicate Combo(std::initializer_list<ModFamily> families, int32_t vk);
-// True if one of them is true, called in order; never true for an empty list.
+// Returns a predicate that holds if any of `predicates` holds. It never holds for an empty list.
 KeyPredicate AnyOf(std::vector<KeyPredicate> predicates);
-// True for a key that can produce text, with at most Shift held.
+// Returns whether the press can produce text: a character key with at most Shift held.
 bool IsTypingKey(const UnifiedEvent& event, const HeldMods& held);
-// True for a Windows key with no other family held. Another held Windows key does not matter.
+// Returns whether the press is a Windows key with no other family held. The other Windows key may be held.
 bool IsBareWinKey(const UnifiedEvent& event, const HeldMods& held);
 
-// The number of presses of its first step from which a sequence is tried.
+// How many presses of the first step MatchSequence starts from before it gives up.
 constexpr int kMaxAttempts = 500;
 
-// Finds the steps in order, with any keys between them, from each press of the first step in turn. No key up to the
-// last step is more than maxSpan seconds after the first. One pass over the keys. An empty list never matches.
+// Finds the first sequence of presses that match `steps` in order, with any presses between them. It starts from each
+// press of the first step in turn. No press up to the last step may be more than `maxSpan` seconds after the first.
+// Never matches an empty list of steps. Takes one pass over the keys for each step.
 SeqResult MatchSequence(const std::vector<KeyEv>& keys, const std::vector<KeyPredicate>& steps,
                         std::optional<double> maxSpan = std::nullopt);
-// Finds the first `count` hits in a row, no more than `span` seconds from first to last. A count of 0 never matches.
+// Finds the first `count` matching presses in a row with at most `span` seconds from first to last. Never matches a count
+// of 0.
 SeqResult CountWithin(const std::vector<KeyEv>& keys, const KeyPredicate& predicate, size_t count,
                       double span);
 // Finds the first eight typing keys in a row within 5 seconds.

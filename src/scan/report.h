@@ -1,5 +1,5 @@
-// Reports the risks of an imported macro as one level and a list of findings. Only reads its argument; any thread. The
-// one failure is std::bad_alloc.
+// Scans a macro for risky patterns and reports a level and a list of findings. Pure functions; any thread. They fail
+// only with std::bad_alloc.
 #pragma once
 
 #include "model/event.h"
@@ -10,11 +10,11 @@
 namespace MacroScan {
 
 struct ScanMatch {
-    std::string id;
+    std::string id;        // of the scenario
     std::string severity;  // "DANGER" or "CAUTION"
-    std::string message;   // the sentence for the user
+    std::string message;   // one sentence or two for the user
     std::string title;
-    double atSec = 0.0;  // start of the pattern, seconds into the macro
+    double atSec = 0.0;  // time of the pattern's first press, seconds into the macro
 };
 
 struct ScanReport {
@@ -23,9 +23,10 @@ struct ScanReport {
     std::vector<ScanMatch> matches;
 };
 
+// Scans for all scenarios. A finding that another one includes is left out. No findings does not prove a macro safe.
 ScanReport ScanMacro(const std::vector<UnifiedEvent>& events);
-// Returns {"level":...,"matches":[{"id":...,"severity":...,"atSec":...}]}, without spaces. A time that is not finite is
-// written as a stream writes it: inf or nan.
+// Returns {"level":...,"matches":[{"id":...,"severity":...,"atSec":...}]} without spaces. A time that is not finite is
+// written as a stream writes it, "inf" or "nan", which is not JSON.
 std::string ScanReportJson(const ScanReport& report);
 
 }  // namespace MacroScan

@@ -80,7 +80,7 @@ SeqResult CopyPaste(const Keys& keys) {
     return MatchSequence(keys, {Copy(), Paste()}, 60.0);
 }
 
-// Only the macro's first burst counts. An Enter too late after it ends the search.
+// Only the first burst of the macro counts. An Enter that comes too late after it ends the search.
 SeqResult TypeAndSend(const Keys& keys) {
     const TypingBurst burst = FindTypingBurst(keys);
     if (!burst.found) {

@@ -1,4 +1,4 @@
-// The risky patterns of key presses that the scanner knows, in the order in which it looks for them.
+// The table of risky patterns that the scanner looks for, in scan order.
 #pragma once
 
 #include "scan/matchers.h"
@@ -13,11 +13,11 @@ struct Scenario {
     std::string id;        // stable; used in reports and for suppression
     std::string severity;  // "DANGER" or "CAUTION"
     std::string title;
-    std::string message;  // the sentence for the user
+    std::string message;  // one sentence or two for the user
     std::function<SeqResult(const std::vector<KeyEv>& keys)> match;
 };
 
-// Returns the list, which the first call builds and no call changes. Any thread.
+// Returns the table. Built at the first call and constant from then on; any thread.
 const std::vector<Scenario>& Scenarios();
 
 }  // namespace MacroScan

@@ -1,6 +1,7 @@
 #include "storage/app_settings.h"
 
 #include "base/json_writer.h"
+#include "base/numbers.h"
 #include "base/text.h"
 #include "model/engine_state.h"
 #include "platform/files.h"

@@ -1,12 +1,11 @@
 #include "storage/macro_file.h"
 
-#include "base/number_scan.h"
+#include "base/numbers.h"
 #include "base/text.h"
 #include "platform/files.h"
 #include "storage/settings_text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <ios>
 #include <utility>
 
@@ -18,32 +17,23 @@ constexpr std::string_view kSettingsPrefix = "SETTINGS:";
 constexpr size_t kEventLineLength = 7 * 11 + kStreamDoubleLength + 7;
 constexpr size_t kLongestLineEnd = 2;
 
-// Most integers of a macro have one digit, most others at most four.
-template <typename Integer> char* PutInteger(char* out, Integer value) {
-    if (value >= 0 && value <= 9) {
-        *out = static_cast<char>('0' + value);
-        return out + 1;
-    }
-    return std::to_chars(out, out + 11, value).ptr;
-}
-
-// Writes one event at `out`, which has space for kEventLineLength bytes. Returns the end.
+// One event at `out`, which has room for kEventLineLength bytes; gives the end.
 char* PutEventLine(char* out, const UnifiedEvent& event) {
-    out = PutInteger(out, static_cast<int32_t>(event.type));
+    out = WriteInt(out, static_cast<int32_t>(event.type));
     *out++ = ',';
-    out = FormatStreamDouble(out, event.time);
+    out = WriteStreamDouble(out, event.time);
     *out++ = ',';
-    out = PutInteger(out, event.x);
+    out = WriteInt(out, event.x);
     *out++ = ',';
-    out = PutInteger(out, event.y);
+    out = WriteInt(out, event.y);
     *out++ = ',';
-    out = PutInteger(out, event.flags);
+    out = WriteInt(out, event.flags);
     *out++ = ',';
-    out = PutInteger(out, static_cast<int32_t>(event.virtualKey));
+    out = WriteInt(out, static_cast<int32_t>(event.virtualKey));
     *out++ = ',';
     *out++ = event.down ? '1' : '0';
     *out++ = ',';
-    return PutInteger(out, event.wheel);
+    return WriteInt(out, event.wheel);
 }
 
 // Reads the comma-separated fields of one line in order. Past the last one it reads the last one again.

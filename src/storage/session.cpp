@@ -1,5 +1,6 @@
 #include "storage/session.h"
 
+#include "base/numbers.h"
 #include "base/text.h"
 #include "model/engine_state.h"
 #include "platform/files.h"

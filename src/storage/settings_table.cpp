@@ -1,5 +1,6 @@
 #include "storage/settings_table.h"
 
+#include "base/numbers.h"
 #include "base/text.h"
 
 constinit const std::array<SettingsField, 36> kSettingsFields = {{

@@ -1,5 +1,6 @@
 #include "storage/settings_text.h"
 
+#include "base/numbers.h"
 #include "base/text.h"
 #include "platform/hooks.h"
 #include "storage/settings_table.h"

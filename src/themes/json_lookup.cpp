@@ -16,7 +16,7 @@ bool StartsLiteral(char c) {
     return c == 't' || c == 'f' || c == 'n' || c == '-' || (c >= '0' && c <= '9');
 }
 
-// Returns the number of bytes that follow this first byte of a non-ASCII character; -1 if it cannot start one.
+// Returns how many bytes follow `c` in a UTF-8 sequence that it starts, or -1 if it starts none.
 int ContinuationBytes(unsigned char c) {
     if (c >= 0xC0 && c <= 0xDF) {
         return 1;
@@ -35,20 +35,20 @@ constexpr std::array<bool, 256> PlainTable() {
     return table;
 }
 
-// Bytes of a string without a special meaning. Nearly all bytes are, so they are skipped first.
+// Bytes of a string that need no further check. Nearly all bytes are of this kind.
 constexpr std::array<bool, 256> kPlain = PlainTable();
 
-size_t PassPlain(std::string_view text, size_t at) {
+size_t SkipPlain(std::string_view text, size_t at) {
     while (at < text.size() && kPlain[static_cast<unsigned char>(text[at])]) {
         ++at;
     }
     return at;
 }
 
-// Returns the index of the closing quote of the string whose content starts at `at`; npos if the scan ends.
+// Returns the position of the closing quote of the string whose content starts at `at`, or npos if the scan ends first.
 size_t StringEnd(std::string_view text, size_t at) {
     constexpr std::string_view kEscapes = "\"\\/bfnrtu";
-    while ((at = PassPlain(text, at)) < text.size() && text[at] != '"') {
+    while ((at = SkipPlain(text, at)) < text.size() && text[at] != '"') {
         if (text[at] == '\\') {
             if (at + 1 >= text.size() || kEscapes.find(text[at + 1]) == std::string_view::npos) {
                 return std::string_view::npos;
@@ -70,6 +70,7 @@ size_t StringEnd(std::string_view text, size_t at) {
     return at < text.size() ? at : std::string_view::npos;
 }
 
+// Returns the position after the literal that starts at `at`, or npos if the text ends first.
 size_t LiteralEnd(std::string_view text, size_t at) {
     while (at < text.size() && !IsSeparator(text[at]) && text[at] != '}' && text[at] != ']') {
         ++at;
@@ -77,7 +78,7 @@ size_t LiteralEnd(std::string_view text, size_t at) {
     return at < text.size() ? at : std::string_view::npos;
 }
 
-// Iterates over the values directly inside the outermost object or array, alternately as key and value.
+// Receives the values directly inside the outermost object or array, in turn as key and value, and stores the wanted ones.
 class FieldPairs {
   public:
     FieldPairs(JsonField* fields, size_t count) : fields_(fields), count_(count), missing_(count) {}
@@ -88,7 +89,7 @@ class FieldPairs {
     }
     void Add(const JsonValue& value) {
         if (isKey_) {
-            field_ = value.isString ? Wanted(value.raw) : nullptr;
+            field_ = value.isString ? FindWanted(value.raw) : nullptr;
         } else if (field_ != nullptr) {
             field_->value = value;
             field_->found = true;
@@ -99,7 +100,7 @@ class FieldPairs {
     bool AllFound() const { return missing_ == 0; }
 
   private:
-    JsonField* Wanted(std::string_view key) const {
+    JsonField* FindWanted(std::string_view key) const {
         for (size_t i = 0; i < count_; ++i) {
             if (!fields_[i].found && fields_[i].key == key) {
                 return &fields_[i];
@@ -191,12 +192,12 @@ std::string JsonLookup(std::string_view text, std::string_view key) {
     return std::string(JsonContent(field.value, &buffer));
 }
 
-JsonKeyWalk::JsonKeyWalk(std::string_view objectText) : text_(objectText) {
+JsonKeyIterator::JsonKeyIterator(std::string_view objectText) : text_(objectText) {
     const size_t brace = text_.find('{');
     at_ = brace == std::string_view::npos ? text_.size() : brace + 1;
 }
 
-bool JsonKeyWalk::Next(std::string* key) {
+bool JsonKeyIterator::Next(std::string* key) {
     while (at_ < text_.size() && (IsSpace(text_[at_]) || text_[at_] == ',')) {
         ++at_;
     }
@@ -208,7 +209,7 @@ bool JsonKeyWalk::Next(std::string* key) {
     return true;
 }
 
-bool JsonKeyWalk::ReadKey(std::string* key) {
+bool JsonKeyIterator::ReadKey(std::string* key) {
     key->clear();
     for (++at_; at_ < text_.size() && text_[at_] != '"'; ++at_) {
         if (text_[at_] == '\\' && ++at_ >= text_.size()) {
@@ -223,13 +224,13 @@ bool JsonKeyWalk::ReadKey(std::string* key) {
     return true;
 }
 
-void JsonKeyWalk::SkipValue() {
+void JsonKeyIterator::SkipValue() {
     const size_t colon = text_.find(':', at_);
     at_ = colon == std::string_view::npos ? text_.size() : colon + 1;
     size_t depth = 0;
     bool inString = false;
     for (; at_ < text_.size(); ++at_) {
-        if (inString && (at_ = PassPlain(text_, at_)) >= text_.size()) {
+        if (inString && (at_ = SkipPlain(text_, at_)) >= text_.size()) {
             break;
         }
         const char c = text_[at_];
@@ -257,9 +258,9 @@ void JsonKeyWalk::SkipValue() {
 
 std::vector<std::string> ListJsonKeys(std::string_view objectText) {
     std::vector<std::string> keys;
-    JsonKeyWalk walk(objectText);
+    JsonKeyIterator iterator(objectText);
     std::string key;
-    while (walk.Next(&key)) {
+    while (iterator.Next(&key)) {
         keys.push_back(key);
     }
     return keys;

@@ -1,5 +1,6 @@
 #include "themes/validator.h"
 
+#include "base/text.h"
 #include "platform/files.h"
 #include "themes/base64.h"
 #include "themes/json_lookup.h"
@@ -23,7 +24,7 @@ constexpr std::string_view kFontStacks[] = {
 
 struct ColourRow {
     std::string_view key;
-    std::string ThemeRecord::*place;
+    std::string ThemeRecord::*field;
 };
 
 constexpr ColourRow kColours[] = {
@@ -60,11 +61,7 @@ constexpr ThemePiece kPieces[] = {
 };
 constexpr size_t kPieceCount = std::size(kPieces);
 
-bool IsHexDigit(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
-// Returns true for one part of an rgb() body, with optional spaces (no other white space) around it.
+// Returns whether `part` is one number of an rgb() body. Spaces, but no other white space, may surround it.
 bool IsColourPart(std::string_view part) {
     const size_t first = part.find_first_not_of(' ');
     if (first == std::string_view::npos) {
@@ -84,7 +81,7 @@ bool IsColourPart(std::string_view part) {
     return value <= 255;
 }
 
-// A part ends at a comma, so a trailing comma adds no part.
+// Each comma ends a part, so one trailing comma adds no part.
 bool IsColourBody(std::string_view body) {
     int parts = 0;
     while (!body.empty()) {
@@ -112,8 +109,8 @@ uint32_t BigEndian(std::string_view bytes, size_t at) {
     return value;
 }
 
-// Checks only the head. The page's decoder validates the rest.
-bool HasPngHead(std::string_view bytes, const ThemePiece& row) {
+// Checks the header only: the page's decoder checks the rest.
+bool HasPngHeader(std::string_view bytes, const ThemePiece& row) {
     constexpr std::string_view kSignature = "\x89PNG\r\n\x1A\n";
     constexpr uint32_t kHeaderChunkBytes = 13;
     return bytes.size() >= 24 && bytes.substr(0, 8) == kSignature &&
@@ -121,9 +118,9 @@ bool HasPngHead(std::string_view bytes, const ThemePiece& row) {
            BigEndian(bytes, 16) == row.width && BigEndian(bytes, 20) == row.height;
 }
 
-// These return the reason of a rejection, or an empty string.
+// The Validate* functions below return the reason of a rejection, or an empty string on acceptance.
 
-std::string JudgePiece(const ThemePiece& row, const JsonValue& value) {
+std::string ValidatePiece(const ThemePiece& row, const JsonValue& value) {
     const std::string name(row.name);
     std::string buffer;
     const std::string_view encoded = JsonContent(value, &buffer);
@@ -134,10 +131,10 @@ std::string JudgePiece(const ThemePiece& row, const JsonValue& value) {
     if (bytes.empty() || bytes.size() > kMaxThemePieceBytes) {
         return "piece exceeds the 1 MB decoded cap: " + name;
     }
-    return HasPngHead(bytes, row) ? std::string() : "invalid or wrong-size PNG for piece: " + name;
+    return HasPngHeader(bytes, row) ? std::string() : "invalid or wrong-size PNG for piece: " + name;
 }
 
-std::string JudgePieces(std::string_view pieces, int32_t* count) {
+std::string ValidatePieces(std::string_view pieces, int32_t* count) {
     if (pieces.front() != '{') {
         return "skin.pieces is not an object";
     }
@@ -147,9 +144,9 @@ std::string JudgePieces(std::string_view pieces, int32_t* count) {
     }
     FindJsonValues(pieces, fields.data(), fields.size());
 
-    // A repeated name means its first value again. It counts, but need not be decoded again.
-    std::array<bool, kPieceCount> passed{};
-    JsonKeyWalk keys(pieces);
+    // A repeated name has its first value: it counts again but is not decoded again.
+    std::array<bool, kPieceCount> isAccepted{};
+    JsonKeyIterator keys(pieces);
     std::string key;
     while (keys.Next(&key)) {
         const auto* const row = std::find_if(std::begin(kPieces), std::end(kPieces),
@@ -158,19 +155,19 @@ std::string JudgePieces(std::string_view pieces, int32_t* count) {
             return "unknown skin piece name: " + key;
         }
         const auto index = static_cast<size_t>(row - kPieces);
-        if (!passed[index]) {
-            std::string reason = JudgePiece(*row, fields[index].value);
+        if (!isAccepted[index]) {
+            std::string reason = ValidatePiece(*row, fields[index].value);
             if (!reason.empty()) {
                 return reason;
             }
-            passed[index] = true;
+            isAccepted[index] = true;
         }
         ++*count;
     }
     return {};
 }
 
-std::string JudgeFont(std::string_view encoded) {
+std::string ValidateFont(std::string_view encoded) {
     constexpr std::string_view kTrueType("\0\1\0\0", 4);
     constexpr std::string_view kOpenType = "OTTO";
     if (!IsStrictBase64(encoded)) {
@@ -187,7 +184,7 @@ std::string JudgeFont(std::string_view encoded) {
     return {};
 }
 
-std::string JudgeSkin(std::string_view skin, ThemeRecord* record, ThemeReport* report) {
+std::string ValidateSkin(std::string_view skin, ThemeRecord* record, ThemeReport* report) {
     std::array<JsonField, 3> fields{{{"template", {}, false}, {"pieces", {}, false}, {"font", {}, false}}};
     FindJsonValues(skin, fields.data(), fields.size());
     std::string buffer;
@@ -197,14 +194,14 @@ std::string JudgeSkin(std::string_view skin, ThemeRecord* record, ThemeReport* r
     int32_t count = 0;
     const std::string_view pieces = JsonContent(fields[1].value, &buffer);
     if (!pieces.empty()) {
-        std::string reason = JudgePieces(pieces, &count);
+        std::string reason = ValidatePieces(pieces, &count);
         if (!reason.empty()) {
             return reason;
         }
     }
     const std::string_view font = JsonContent(fields[2].value, &buffer);
     if (!font.empty()) {
-        std::string reason = JudgeFont(font);
+        std::string reason = ValidateFont(font);
         if (!reason.empty()) {
             return reason;
         }
@@ -215,7 +212,7 @@ std::string JudgeSkin(std::string_view skin, ThemeRecord* record, ThemeReport* r
     return {};
 }
 
-std::string JudgeText(std::string_view text, ThemeRecord* record, ThemeReport* report) {
+std::string ValidateText(std::string_view text, ThemeRecord* record, ThemeReport* report) {
     if (text.empty()) {
         return kEmptyFile;
     }
@@ -243,7 +240,7 @@ std::string JudgeText(std::string_view text, ThemeRecord* record, ThemeReport* r
         return std::string(kInvalidOrMissing) + "name";
     }
     for (size_t i = 0; i < kColourCount; ++i) {
-        std::string& colour = record->*kColours[i].place;
+        std::string& colour = record->*kColours[i].field;
         colour = JsonContent(fields[i].value, &buffer);
         if (!IsThemeColour(colour)) {
             return std::string(kInvalidOrMissing).append(kColours[i].key);
@@ -258,10 +255,10 @@ std::string JudgeText(std::string_view text, ThemeRecord* record, ThemeReport* r
     if (JsonContent(format.value, &buffer) != "2") {
         return {};
     }
-    return JudgeSkin(JsonContent(skin.value, &buffer), record, report);
+    return ValidateSkin(JsonContent(skin.value, &buffer), record, report);
 }
 
-bool Conclude(std::string reason, ThemeReport* report) {
+bool SetVerdict(std::string reason, ThemeReport* report) {
     report->accepted = reason.empty();
     report->message = std::move(reason);
     return report->accepted;
@@ -269,7 +266,7 @@ bool Conclude(std::string reason, ThemeReport* report) {
 
 std::string ReadThemeFile(const std::string& path, std::string* text) {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
-    // Some systems open a folder, which has a size and no bytes.
+    // Some systems open a folder as a file that has a size but no bytes.
     if (!file || IsFolder(path)) {
         return "could not open file";
     }
@@ -293,21 +290,21 @@ std::span<const ThemePiece> ThemePieces() {
 }
 
 bool ValidateThemeText(std::string_view text, ThemeRecord* record, ThemeReport* report) {
-    ThemeReport unasked;
-    ThemeReport* const place = report != nullptr ? report : &unasked;
-    return Conclude(JudgeText(text, record, place), place);
+    ThemeReport ignored;
+    ThemeReport* const target = report != nullptr ? report : &ignored;
+    return SetVerdict(ValidateText(text, record, target), target);
 }
 
 bool ValidateThemeFile(const std::string& path, ThemeRecord* record, ThemeReport* report,
                        std::string* wholeText) {
-    ThemeReport unasked;
-    ThemeReport* const place = report != nullptr ? report : &unasked;
+    ThemeReport ignored;
+    ThemeReport* const target = report != nullptr ? report : &ignored;
     std::string text;
     std::string reason = ReadThemeFile(path, &text);
     if (!reason.empty()) {
-        return Conclude(std::move(reason), place);
+        return SetVerdict(std::move(reason), target);
     }
-    if (!ValidateThemeText(text, record, place)) {
+    if (!ValidateThemeText(text, record, target)) {
         return false;
     }
     record->path = path;
@@ -320,7 +317,7 @@ bool ValidateThemeFile(const std::string& path, ThemeRecord* record, ThemeReport
 bool IsThemeColour(std::string_view text) {
     if (!text.empty() && text.front() == '#') {
         return (text.size() == 4 || text.size() == 7) &&
-               std::all_of(text.begin() + 1, text.end(), IsHexDigit);
+               std::all_of(text.begin() + 1, text.end(), [](char c) { return HexDigit(c) >= 0; });
     }
     constexpr std::string_view kOpening = "rgb(";
     if (text.size() <= kOpening.size() || text.substr(0, kOpening.size()) != kOpening || text.back() != ')') {

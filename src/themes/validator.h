@@ -1,6 +1,6 @@
-// Validates theme files (.vrltheme). They come from outside, so no value reaches the page unless it is accepted here.
-// Stateless; any thread. Throws only std::bad_alloc and logs nothing. A file costs a few passes over its bytes,
-// whatever it contains.
+// Validates theme files (.vrltheme). They come from outside, so no value of one reaches the page before this validator
+// has accepted the file. No state: any thread. Functions fail only with std::bad_alloc. Validation takes a few passes
+// over the bytes, whatever they are.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@ constexpr size_t kMinThemeFontBytes = 1024;       // decoded
 
 struct ThemeRecord {
     std::string name;    // 1 to 40 bytes
-    std::string bgMain;  // colours as written in the file
+    std::string bgMain;  // colours, as the file writes them
     std::string bgPanel;
     std::string bgHeader;
     std::string accent;
@@ -24,14 +24,14 @@ struct ThemeRecord {
     std::string text;
     std::string font;      // one of the two permitted stacks
     bool hasSkin = false;  // at least one piece or a font
-    std::string path;      // full path; only from ValidateThemeFile
+    std::string path;      // full path; set only by ValidateThemeFile
 };
 
 struct ThemeReport {
     bool accepted = false;
-    std::string message;     // reason of the rejection; empty on acceptance
-    int32_t pieceCount = 0;  // unchanged unless a whole skin was accepted
-    bool hasFont = false;    // likewise
+    std::string message;     // reason of a rejection; empty on acceptance
+    int32_t pieceCount = 0;  // set only if a skin is accepted
+    bool hasFont = false;    // set only if a skin is accepted
 };
 
 // A bitmap that a skin may contain, of exactly this size.
@@ -40,14 +40,15 @@ struct ThemePiece {
     uint32_t width;  // pixels
     uint32_t height;
 };
-// Returns all pieces in the order of the format. Valid as long as the program runs.
+// Returns all pieces, in the order of the format. The table is static.
 std::span<const ThemePiece> ThemePieces();
 
-// Both return report->accepted. `report` may be null. Do not use *record after a rejection.
+// Validate the text of a theme file, or the file itself. Return whether it is accepted. Fill *record, which has no meaning
+// after a rejection, and *report, which may be null.
 bool ValidateThemeText(std::string_view text, ThemeRecord* record, ThemeReport* report);
-// `wholeText` may be null; it is written on acceptance only.
+// Sets *wholeText to the file's text on acceptance only. `wholeText` may be null.
 bool ValidateThemeFile(const std::string& path, ThemeRecord* record, ThemeReport* report,
                        std::string* wholeText);
 
-// Returns true for #rgb, #rrggbb or rgb(r, g, b) with decimal 0-255.
+// Returns whether `text` is #rgb, #rrggbb or rgb(r, g, b) with decimals from 0 to 255.
 bool IsThemeColour(std::string_view text);

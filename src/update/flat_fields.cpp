@@ -4,7 +4,7 @@
 
 namespace {
 
-// Finds the text after the colon of the first `"key"`. Returns false if there is none.
+// Sets *value to the text after the colon of the first `"key"`. Returns false if there is none.
 bool FindValue(std::string_view text, std::string_view key, std::string_view* value) {
     std::string quoted;
     quoted.append("\"").append(key).append("\"");
@@ -20,7 +20,7 @@ bool FindValue(std::string_view text, std::string_view key, std::string_view* va
     return true;
 }
 
-char Unescaped(char byte) {
+char Unescape(char byte) {
     switch (byte) {
     case 'n':
         return '\n';
@@ -49,7 +49,7 @@ std::string ReadFlatField(std::string_view text, std::string_view key) {
         if (rest[at] != '\\') {
             value += rest[at];
         } else if (++at < rest.size()) {
-            value += Unescaped(rest[at]);
+            value += Unescape(rest[at]);
         }
     }
     return value;
@@ -57,7 +57,7 @@ std::string ReadFlatField(std::string_view text, std::string_view key) {
 
 bool ReadFlatTruth(std::string_view text, std::string_view key) {
     std::string_view rest;
-    return FindValue(text, key, &rest) && StartsWith(TrimBlanks(rest), "true");
+    return FindValue(text, key, &rest) && StartsWith(TrimSpaces(rest), "true");
 }
 
 bool DecodeHex(std::string_view text, std::string* bytes) {

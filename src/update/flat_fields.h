@@ -1,17 +1,16 @@
-// Reads single members of one flat JSON object without parsing it. For a member that is not a string the result is the
-// next string in the text, so the caller validates the form of each value.
+// Reads single members of one flat JSON object without parsing it. Callers must check the form of a value: for a member
+// that is not a string the reader returns the next string in the text. Pure functions; any thread.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-// Returns the string after the first `"key"`, unescaped (\u is not an escape), or an empty string if there is none. If
-// the text ends inside the string, returns the part that is there.
+// Returns the string after the first `"key"`, unescaped, or an empty string if there is none. \u is not an escape here. A
+// string that the text truncates is returned as far as it goes.
 std::string ReadFlatField(std::string_view text, std::string_view key);
 
-// Returns true if `true` follows the first `"key"`, its colon and any spaces.
+// Returns whether `true` follows the first `"key"`, its colon and any spaces or tabs.
 bool ReadFlatTruth(std::string_view text, std::string_view key);
 
-// Reads bytes from pairs of hexadecimal digits in either case. Returns false, with *bytes unchanged, for any other
-// text.
+// Decodes pairs of hexadecimal digits in either case. Returns false and leaves *bytes unchanged if `text` is anything else.
 bool DecodeHex(std::string_view text, std::string* bytes);

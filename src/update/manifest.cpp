@@ -15,7 +15,7 @@ constexpr size_t kSha256Digits = 64;
 constexpr size_t kSignatureBytes = 64;
 constexpr size_t kMaxVersionDigits = 5;
 
-// Removes one to five digits from the front of *text and reads them.
+// Removes one to five digits from the front of *text. Returns false if there are none or more.
 bool TakeNumber(std::string_view* text, int32_t* number) {
     size_t count = 0;
     int32_t value = 0;
@@ -31,6 +31,7 @@ bool TakeNumber(std::string_view* text, int32_t* number) {
     return count > 0;
 }
 
+// Removes `expected` from the front of *text. Returns false if it is not there.
 bool TakeText(std::string_view* text, std::string_view expected) {
     if (!StartsWith(*text, expected)) {
         return false;
@@ -45,20 +46,10 @@ bool IsSha256Text(std::string_view text) {
            });
 }
 
-// Visible ASCII without the separator of the signed message.
+// Accepts visible ASCII without the separator of the signed message.
 bool IsPlainUrl(std::string_view url) {
     return std::all_of(url.begin(), url.end(),
                        [](char byte) { return byte >= 0x21 && byte <= 0x7E && byte != '|'; });
-}
-
-std::string LowerAscii(std::string_view text) {
-    std::string lower(text);
-    for (char& byte : lower) {
-        if (byte >= 'A' && byte <= 'Z') {
-            byte = static_cast<char>(byte - 'A' + 'a');
-        }
-    }
-    return lower;
 }
 
 }  // namespace
@@ -103,7 +94,7 @@ bool IsAllowedDownloadUrl(std::string_view url) {
         return false;
     }
     url.remove_prefix(kSecurePrefix.size());
-    // Compares the whole string: a port, a user name or a longer domain makes it differ.
+    // Compare whole strings: a port, a user name or a longer domain makes a different string.
     const std::string host = LowerAscii(url.substr(0, url.find_first_of("/?#")));
     return host == kUpdateSiteHost || host == kApiHost;
 }
@@ -141,7 +132,7 @@ bool EvaluateManifest(const P256Key* key, std::string_view body, std::string_vie
     if (!offered.valid || !IsSha256Text(info.sha256) || !IsPlainUrl(info.url)) {
         return false;
     }
-    // Before any test that depends on this build, so that an unsigned manifest learns nothing from the result.
+    // Check the signature before anything that depends on this build: an unsigned manifest must not probe the build.
     if (!VerifyManifestSignature(key, BuildSignedMessage(info.tier, info.version, info.sha256, info.url),
                                  info.sig)) {
         return false;
@@ -153,7 +144,7 @@ bool EvaluateManifest(const P256Key* key, std::string_view body, std::string_vie
     if (!own.valid || !IsNewerVersion(offered, own)) {
         return false;
     }
-    // Even a signed manifest must follow the rules: the key may sign only what they permit.
+    // Even a signed manifest may name only a permitted host.
     if (!IsAllowedDownloadUrl(info.url)) {
         return false;
     }

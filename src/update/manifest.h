@@ -1,5 +1,5 @@
-// Validates the small signed text that offers an update: does it name a newer, authentic, permitted one for this build?
-// Pure logic, no network, no messages: a rejected manifest looks like no update at all. Any thread.
+// Validates an update manifest: a small signed text that must offer a newer, authentic and permitted update for this
+// build. Pure functions without network or messages: a rejected manifest looks like no update. Any thread.
 #pragma once
 
 #include "platform/crypto.h"
@@ -11,8 +11,8 @@
 // An accepted manifest.
 struct UpdateManifestInfo {
     std::string tier;     // the kind of build it is for
-    std::string version;  // the offered version
-    std::string url;      // where the installer is
+    std::string version;  // offered
+    std::string url;      // of the installer
     std::string sha256;   // of the installer, 64 lower-case hexadecimal digits
     std::string sig;      // 128 hexadecimal digits, r then s
 };
@@ -27,19 +27,23 @@ struct SemanticVersion {
     bool valid = false;
 };
 
-SemanticVersion ParseVersion(std::string_view text);  // all at their defaults if the text is not a version
+// Returns a version with `valid` false if `text` is not a version.
+SemanticVersion ParseVersion(std::string_view text);
+// Compares two valid versions. A stable version is newer than its previews.
 bool IsNewerVersion(const SemanticVersion& candidate, const SemanticVersion& own);
 
-// Returns true for "https://" in lower case and a host that equals, in any case, that of the update site or the API.
+// Returns whether `url` starts with "https://" in lower case, followed by exactly the host of the update site or the API
+// in any case.
 bool IsAllowedDownloadUrl(std::string_view url);
 
+// Returns the message that the signature of a manifest covers.
 std::string BuildSignedMessage(std::string_view tier, std::string_view version, std::string_view sha256,
                                std::string_view url);
 
-// Returns false for a null key, and unless `sigHex` is 128 hexadecimal digits.
+// Returns whether `sigHex`, 128 hexadecimal digits, is the signature of `message` by `key`. A null key verifies nothing.
 bool VerifyManifestSignature(const P256Key* key, std::string_view message, std::string_view sigHex);
 
-// Fills *out if it returns true, and leaves it unchanged otherwise. A manifest has at most 16384 bytes. The code that
-// fetches one enforces that limit; this function validates only the members.
+// Returns whether the manifest `body` offers an update to a build of `expectedTier` and `ownVersion`. Fills *out if so and
+// leaves it unchanged otherwise. Checks the members only: the caller that fetches a manifest limits it to 16384 bytes.
 bool EvaluateManifest(const P256Key* key, std::string_view body, std::string_view expectedTier,
                       std::string_view ownVersion, UpdateManifestInfo* out);

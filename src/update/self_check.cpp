@@ -2,6 +2,7 @@
 
 #include "base/build_settings.h"
 #include "base/json_writer.h"
+#include "base/numbers.h"
 #include "base/text.h"
 #include "platform/files.h"
 #include "update/flat_fields.h"

@@ -1,8 +1,8 @@
-// Checks that the update rules hold in this build: a file of signed cases, one JSON object per line, and a fixed list
-// of download addresses.
+// Checks the update rules of this build with a file of signed cases, one JSON object per line, and a fixed list of
+// download addresses. Any thread.
 #pragma once
 
 #include <string>
 
-// Appends one line for each case to *report, beginning with "PASS " or "FAIL ". Returns true only if every case passes.
+// Appends one line per check to *report, each with "PASS " or "FAIL " in front. Returns whether all checks passed.
 bool RunUpdateSelfCheck(const std::string& vectorsPath, std::string* report);

@@ -7,9 +7,9 @@
 
 namespace {
 
-// The host may be destroyed only while no thread passes work to it.
+// Held while a thread queues work for the host, so that the host is not destroyed meanwhile.
 Mutex pageMutex;
-PageHost* mainPage GUARDED_BY(pageMutex) = nullptr;  // null before the web view exists and after it is gone
+PageHost* mainPage GUARDED_BY(pageMutex) = nullptr;  // null without a web view
 
 Mutex alertMutex;
 std::string pendingThemeAlert GUARDED_BY(alertMutex);

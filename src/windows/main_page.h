@@ -1,25 +1,26 @@
-// The page of the main process, for all threads of the program.
+// The page of the main process, as other threads reach it.
 #pragma once
 
 #include "platform/page_host.h"
 
 #include <string>
 
-// Sets the page's host once the web view exists, and null before it is destroyed. Either call allows file dialogs
-// again after TerminateMainPage has forbidden them. UI thread.
+// Sets the page's host once the web view exists, and null again before it is destroyed. Allows file dialogs again, which
+// TerminateMainPage forbids. UI thread.
 void SetMainPage(PageHost* host);
-// Returns that host, or null if there is none. UI thread.
+// Returns the host, or null if there is none. UI thread.
 PageHost* MainPage();
 
-// Any thread, for all of these.
+// The functions below may be called from any thread.
+
 bool HasMainPage();
-// Runs a script in the main page soon. Does nothing while there is no web view. A script must do nothing on a page that
-// lacks the function it calls.
+// Queues a script for the page. Does nothing before the web view exists and after it is gone. A script must do nothing on
+// a page that lacks the function it calls.
 void PageEval(const std::string& script);
-// Ends the main loop, if there is a page. Closes an open file dialog, which would prevent the end of the loop.
+// Ends the main loop if there is a page. Closes an open file dialog, which would keep the loop running.
 void TerminateMainPage();
 
-// Sets the one message that the page is to show, kept until the page fetches it. A later one replaces it.
+// Keeps one message for the page to show until the page fetches it. A later message replaces it.
 void SetPendingThemeAlert(const std::string& text);
 // Returns the message and clears it.
 std::string TakePendingThemeAlert();

@@ -1,5 +1,6 @@
 #include "windows/main_window.h"
 
+#include "base/numbers.h"
 #include "base/text.h"
 #include "platform/window_frame.h"
 #include "storage/app_settings.h"
@@ -24,7 +25,7 @@ void StorePlacement(const WindowPlacement& placement) {
 
 }  // namespace
 
-// Accepts more than the program's own title, because the window of another version is a main window too.
+// Accepts more than this version's title: the window of another version is a main window too.
 bool IsMainWindowTitle(std::string_view title) {
     if (title == "Varnelle Desk (Grand Web Edition)") {
         return true;
@@ -57,9 +58,9 @@ void FitWindowToContent(PageHost* host, int32_t width, int32_t height) {
         return;
     }
     if (outer.bottom - outer.top > limit) {
-        // In proportion, because the page counts in its own pixels, which a scaled desktop enlarges. One step is nearly
-        // always enough. More are needed if the frame is higher than the margin, or if the system limits a window that
-        // is much larger than the screen and so hides the real excess.
+        // Scales the height: a page pixel is larger than a screen pixel on a scaled desktop. One try is nearly always
+        // enough. It takes more if the frame is higher than the margin, or if the system limits the window to the
+        // screen and so hides its real height.
         int32_t asked = height;
         for (int tries = 0;
              tries == 0 || (outer.bottom - outer.top > area.bottom - area.top && tries < kMostTries);
@@ -96,7 +97,7 @@ void RestoreMainWindowPlacement(PageHost* host) {
         !WorkAreaAtPoint(appSettings.windowX, appSettings.windowY, &area)) {
         return;
     }
-    // The corner stays as it was saved, even if the window then reaches out of the work area.
+    // Keeps the saved corner even if the window then extends beyond the work area.
     PlaceWindow(window, appSettings.windowX, appSettings.windowY,
                 std::min(area.right - area.left, appSettings.windowWidth),
                 std::min(area.bottom - area.top, appSettings.windowHeight));

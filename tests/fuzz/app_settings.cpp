@@ -1,5 +1,5 @@
-// Any bytes as "appsettings.txt": the settings must survive being written and read again, and no value may be one that
-// the page or the window cannot handle.
+// Reads any bytes as "appsettings.txt". The settings must be valid for the page and the window, and the same after they
+// are written and read again.
 #include "fuzz_input.h"
 
 #include "base/text.h"
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string report = AppSettingsReport();
     const bool positionKnown = appSettings.windowPositionKnown;
     Require(LineCount(written) == 16);
-    // A line that ends in more than one CR loses one CR with each reading.
+    // A line that ends in several CRs loses one in each round.
     if (text.find('\r') == std::string_view::npos) {
         Reset();
         ApplyAppSettingsText(written);

@@ -1,4 +1,4 @@
-// What the targets share: the requirement that ends a run, a folder of its own, and an input taken apart byte by byte.
+// What the fuzz targets share: a check that aborts the run, a data folder, and values read from the input.
 #pragma once
 
 #include <cstdint>
@@ -9,13 +9,14 @@
 #include <string>
 #include <system_error>
 
-inline void Require(bool good) {
-    if (!good) {
+// Aborts unless `condition` holds, in every build.
+inline void Require(bool condition) {
+    if (!condition) {
         std::abort();
     }
 }
 
-// A data folder of this run's own.
+// A data folder for this run, deleted at its end.
 class FuzzFolder {
   public:
     FuzzFolder()
@@ -37,7 +38,7 @@ class FuzzFolder {
     std::filesystem::path path_;
 };
 
-// Values off the front of an input; zeros once it is used up.
+// Reads values from the front of an input, then zeros once the input is used up.
 class FuzzBytes {
   public:
     FuzzBytes(const uint8_t* data, size_t size) : data_(data), left_(size) {}

@@ -1,8 +1,7 @@
-// Any bytes as a macro file, compared with a second reader of the same format that uses the library's streams and
-// number reads. The result is then written and read again.
+// Reads any bytes as a macro file and compares with a second reader of the format, which uses the library's streams and
+// number functions. Then writes the macro and reads it again.
 #include "fuzz_input.h"
 
-#include "base/text.h"
 #include "model/engine_state.h"
 #include "storage/macro_file.h"
 #include "storage/settings_text.h"
@@ -20,7 +19,7 @@
 
 namespace {
 
-int32_t PlainInt(const std::string& text) {
+int32_t ReferenceInt(const std::string& text) {
     const long long value = std::stoll(text);
     if (value < std::numeric_limits<int32_t>::min() || value > std::numeric_limits<int32_t>::max()) {
         throw std::out_of_range("int");
@@ -28,7 +27,7 @@ int32_t PlainInt(const std::string& text) {
     return static_cast<int32_t>(value);
 }
 
-uint32_t PlainUnsigned(const std::string& text) {
+uint32_t ReferenceUnsigned(const std::string& text) {
     const long long value = std::stoll(text);
     if (value < -4294967295LL || value > 4294967295LL) {
         throw std::out_of_range("unsigned");
@@ -36,44 +35,44 @@ uint32_t PlainUnsigned(const std::string& text) {
     return static_cast<uint32_t>(value);
 }
 
-double PlainDouble(const std::string& text) {
+double ReferenceDouble(const std::string& text) {
     char* end = nullptr;
     errno = 0;
     const double value = std::strtod(text.c_str(), &end);
-    // A subnormal value counts as a number here, although this library reports it.
+    // A subnormal value is accepted, although the library reports ERANGE.
     if (end == text.c_str() || (errno == ERANGE && (std::isinf(value) || value == 0))) {
         throw std::invalid_argument("double");
     }
     return value;
 }
 
-bool PlainEvent(const std::string& line, UnifiedEvent* event) {
+bool ReferenceEvent(const std::string& line, UnifiedEvent* event) {
     std::stringstream fields(line);
     std::string field;
     const auto next = [&] {
         std::string read;
-        const bool there = static_cast<bool>(std::getline(fields, read, ','));
-        if (there) {
+        const bool isPresent = static_cast<bool>(std::getline(fields, read, ','));
+        if (isPresent) {
             field = read;
         }
-        return there;
+        return isPresent;
     };
     try {
         next();
-        event->type = static_cast<uint32_t>(PlainInt(field));
+        event->type = static_cast<uint32_t>(ReferenceInt(field));
         next();
-        event->time = PlainDouble(field);
+        event->time = ReferenceDouble(field);
         next();
-        event->x = PlainInt(field);
+        event->x = ReferenceInt(field);
         next();
-        event->y = PlainInt(field);
+        event->y = ReferenceInt(field);
         next();
-        event->flags = PlainUnsigned(field);
+        event->flags = ReferenceUnsigned(field);
         next();
-        event->virtualKey = static_cast<uint32_t>(PlainInt(field));
+        event->virtualKey = static_cast<uint32_t>(ReferenceInt(field));
         next();
-        event->down = PlainInt(field) != 0;
-        event->wheel = next() ? PlainInt(field) : 0;
+        event->down = ReferenceInt(field) != 0;
+        event->wheel = next() ? ReferenceInt(field) : 0;
         return true;
     } catch (const std::exception&) {
         return false;
@@ -90,8 +89,8 @@ bool Same(const UnifiedEvent& a, const UnifiedEvent& b) {
            a.wheel == c.wheel;
 }
 
-// Empty: the file is rejected.
-bool PlainRead(const std::string& bytes, ParsedMacro* macro) {
+// Returns whether the file is accepted.
+bool ReferenceRead(const std::string& bytes, ParsedMacro* macro) {
     std::istringstream in(bytes);
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
@@ -102,7 +101,7 @@ bool PlainRead(const std::string& bytes, ParsedMacro* macro) {
             macro->name = line;
         } else if (number == 2 && line.rfind("SETTINGS:", 0) == 0) {
             macro->settings = ProfileSettingsFromLine(line.substr(9));
-        } else if (UnifiedEvent event; !line.empty() && PlainEvent(line, &event)) {
+        } else if (UnifiedEvent event; !line.empty() && ReferenceEvent(line, &event)) {
             macro->events.push_back(event);
         }
     }
@@ -122,19 +121,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ResetEngineState();
 
     ParsedMacro macro;
-    ParsedMacro plain;
+    ParsedMacro reference;
     const bool accepted = ParseMacroText(bytes, &macro).empty();
-    Require(accepted == PlainRead(bytes, &plain));
+    Require(accepted == ReferenceRead(bytes, &reference));
     if (!accepted) {
         return 0;
     }
-    Require(macro.name == plain.name && macro.settings == plain.settings);
-    Require(macro.events.size() == plain.events.size());
+    Require(macro.name == reference.name && macro.settings == reference.settings);
+    Require(macro.events.size() == reference.events.size());
     for (size_t i = 0; i < macro.events.size(); ++i) {
-        Require(Same(macro.events[i], plain.events[i]));
+        Require(Same(macro.events[i], reference.events[i]));
     }
 
-    // A time loses digits only once. A name that ends in CR loses one CR with each reading.
+    // A time loses digits in the first round only. A name that ends in CR loses one CR in each round.
     if (macro.name.back() == '\r') {
         return 0;
     }

@@ -1,9 +1,10 @@
-// Any bytes as each of the small texts that come from outside one at a time: a command line, the arguments of the
-// page's commands, the address of a file from the desktop's dialog, an autostart entry, a text for the page.
+// Uses any bytes as each of the small texts that come from outside: a command line, the arguments of page commands, the
+// URI of a file from the desktop's dialog, an autostart entry, a text for the page.
 #include "fuzz_input.h"
 
 #include "app/commands.h"
 #include "app/launch_options.h"
+#include "base/numbers.h"
 #include "base/text.h"
 #include "editing/settings_updates.h"
 #include "engines/hotkeys.h"
@@ -19,7 +20,7 @@
 
 namespace {
 
-// A line end separates the arguments.
+// A line end separates two arguments.
 void RequireOneRole(const std::string& text) {
     ProcessArguments arguments;
     arguments.line = text;
@@ -38,8 +39,8 @@ void RequireOneRole(const std::string& text) {
     Require(options.childLine.empty() || options.mode == LaunchMode::Child);
 }
 
-// Whatever a command accepts of its arguments, the settings can be written and read again.
-void RequireSettingsStay(const std::string& text) {
+// Whichever arguments a command accepts, the settings can be written and read again.
+void RequireSettingsRoundTrip(const std::string& text) {
     const std::string argument = ArgText(text);
     Require(argument.find_first_of("[]\"") == std::string::npos);
     for (void (*command)(std::string_view) :
@@ -57,21 +58,21 @@ void RequireSettingsStay(const std::string& text) {
     Require(BuildSettingsLine() == line);
 }
 
-void RequirePathComesBack(const std::string& text) {
+void RequirePathRoundTrip(const std::string& text) {
     const std::string path = PathOfFileUri(text);
     Require(path.empty() || path.front() == '/');
     std::string uri = "file:///";
-    bool possible = true;
+    bool isPath = true;
     for (const char byte : text) {
         char escape[4];
         std::snprintf(escape, sizeof escape, "%%%02X", static_cast<unsigned char>(byte));
         uri += escape;
-        possible = possible && byte != '\0';
+        isPath = isPath && byte != '\0';
     }
-    Require(PathOfFileUri(uri) == (possible ? "/" + text : ""));
+    Require(PathOfFileUri(uri) == (isPath ? "/" + text : ""));
 }
 
-void RequireOwnEntryStands(const std::string& text) {
+void RequireOwnEntryMatches(const std::string& text) {
     AutostartEntryStands(text, "/opt/varnelle");
     const std::string entry = AutostartEntryText("/" + text);
     Require(AutostartEntryStands(entry, "/" + text));
@@ -84,9 +85,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     ResetEngineState();
     RequireOneRole(text);
-    RequireSettingsStay(text);
-    RequirePathComesBack(text);
-    RequireOwnEntryStands(text);
+    RequireSettingsRoundTrip(text);
+    RequirePathRoundTrip(text);
+    RequireOwnEntryMatches(text);
     const std::string shown = ValidUtf8(text);
     Require(ValidUtf8(shown) == shown && shown.size() >= text.size() && shown.size() <= 3 * text.size());
     return 0;

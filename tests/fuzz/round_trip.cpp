@@ -1,5 +1,5 @@
-// Any events under any name, written as a macro file and as session lines and read again: all fields are the same,
-// times as the C library prints them with six digits.
+// Writes any events under any name as a macro file and as session lines, and reads them again. All fields must be equal;
+// a time is rounded to six digits as the C library prints it.
 #include "fuzz_input.h"
 
 #include "model/engine_state.h"

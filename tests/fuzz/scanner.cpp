@@ -1,5 +1,5 @@
-// Any bytes as a macro file, scanned by the program and by the second form of the scanner.
-#include "../unit/scan_literal.cpp"
+// Reads any bytes as a macro file and compares the scanner with its reference.
+#include "../unit/reference_scanner.cpp"
 
 #include "fuzz_input.h"
 #include "storage/macro_file.h"
@@ -13,6 +13,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         return 0;
     }
     Require(MacroScan::ScanReportJson(MacroScan::ScanMacro(macro.events)) ==
-            LiteralScan::ReportJson(macro.events));
+            ReferenceScanner::ReportJson(macro.events));
     return 0;
 }

@@ -1,6 +1,6 @@
-// Presses and releases of the keys that the scanner knows, at steps around its limits, some of them hundreds of times,
-// scanned by the program and by the second form of the scanner.
-#include "../unit/scan_literal.cpp"
+// Compares the scanner with its reference on presses and releases of the keys that scenarios contain, at time steps around
+// their limits, some repeated hundreds of times.
+#include "../unit/reference_scanner.cpp"
 
 #include "fuzz_input.h"
 
@@ -14,7 +14,7 @@ constexpr uint32_t kKeys[] = {13, 8,  9,  27,  44,  46,  115, 117, 67,  65,  76,
                               18, 91, 92, 160, 161, 162, 163, 164, 165, 186, 255, 0};
 constexpr double kSteps[] = {0,  0.01,   0.5, 1,      2.5, 5,      5.001, 10,    10.001,
                              30, 30.001, 60,  60.001, -1,  -30.01, 1e300, -1e300};
-constexpr size_t kMostEvents = 800;  // the second form is slow
+constexpr size_t kMostEvents = 800;  // the reference takes quadratic time
 
 std::vector<UnifiedEvent> Events(FuzzBytes input) {
     std::vector<UnifiedEvent> events;
@@ -45,6 +45,6 @@ std::vector<UnifiedEvent> Events(FuzzBytes input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::vector<UnifiedEvent> events = Events({data, size});
-    Require(MacroScan::ScanReportJson(MacroScan::ScanMacro(events)) == LiteralScan::ReportJson(events));
+    Require(MacroScan::ScanReportJson(MacroScan::ScanMacro(events)) == ReferenceScanner::ReportJson(events));
     return 0;
 }

@@ -1,5 +1,5 @@
-// Any bytes as a session file. An accepted file leaves a usable store. Saving and loading it again writes the same
-// file.
+// Reads any bytes as a session file. An accepted file must leave a usable store, and saving and loading it again must
+// produce the same file.
 #include "fuzz_input.h"
 
 #include "editing/profiles.h"
@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     Require(StoreIsUsable());
     GetProfiles();
-    // A line that ends in more than one CR loses one CR with each reading.
+    // A line that ends in several CRs loses one in each round.
     if (bytes.find('\r') == std::string_view::npos && !HasTimeAtTheEnd()) {
         const std::string first = Saved();
         ResetEngineState();

@@ -1,5 +1,5 @@
-// Any text as a settings line: the settings must survive being written and read again, and the profile settings that an
-// import makes of it have twenty fields.
+// Reads any text as a settings line. The settings must be the same after they are written and read again, and the profile
+// settings of an import must have twenty fields.
 #include "fuzz_input.h"
 
 #include "base/text.h"

@@ -1,6 +1,6 @@
-// Any bytes as a theme file, compared with a second form that scans the text once for each value and decodes every
-// piece each time it is named. The listing of keys and the lookup also run on the raw bytes.
-#include "../unit/theme_literal.cpp"
+// Reads any bytes as a theme file, and as parts of one, and compares the validator with its reference. Also compares the
+// list of keys and the lookup on the bytes themselves.
+#include "../unit/reference_validator.cpp"
 
 #include "fuzz_input.h"
 #include "themes/json_lookup.h"
@@ -15,7 +15,8 @@ void RequireSame(const std::string& text) {
     ThemeReport report;
     ThemeRecord plain;
     ThemeReport plainReport;
-    Require(ValidateThemeText(text, &record, &report) == LiteralTheme::Validate(text, &plain, &plainReport));
+    Require(ValidateThemeText(text, &record, &report) ==
+            ReferenceValidator::Validate(text, &plain, &plainReport));
     Require(report.accepted == plainReport.accepted && report.message == plainReport.message);
     Require(report.pieceCount == plainReport.pieceCount && report.hasFont == plainReport.hasFont);
     Require(record.name == plain.name && record.bgMain == plain.bgMain && record.bgPanel == plain.bgPanel);
@@ -41,9 +42,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     RequireSame(start + R"({"template":1,"pieces":)" + bytes + "}}");
     RequireSame(start + R"({"template":1,"font":")" + bytes + "\"}}");
 
-    Require(ListJsonKeys(bytes) == LiteralTheme::ListKeys(bytes));
+    Require(ListJsonKeys(bytes) == ReferenceValidator::ListKeys(bytes));
     for (const char* key : {"name", "panel", "pieces", "button.on", ""}) {
-        Require(JsonLookup(bytes, key) == LiteralTheme::Lookup(bytes, key));
+        Require(JsonLookup(bytes, key) == ReferenceValidator::Lookup(bytes, key));
     }
     return 0;
 }

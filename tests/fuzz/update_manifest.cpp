@@ -1,5 +1,5 @@
-// Any text as a manifest, a version and an address, compared with second forms of the rules. The key is that of the
-// kept cases: only manifests signed by it are accepted, and every accepted manifest follows every rule.
+// Uses any text as a manifest, a version and a URL, and compares with second implementations of the rules. The key is
+// the one of the signed fixtures: only manifests that it has signed may be accepted, and they must obey every rule.
 #include "fuzz_input.h"
 
 #include "base/build_settings.h"
@@ -47,8 +47,8 @@ Signed ReadSigned() {
     return all;
 }
 
-// The same reader as a state machine.
-std::string PlainField(const std::string& text, const std::string& key) {
+// ReadFlatField as a state machine.
+std::string ReferenceField(const std::string& text, const std::string& key) {
     size_t at = text.find('"' + key + '"');
     if (at == std::string::npos) {
         return {};
@@ -76,9 +76,9 @@ std::string PlainField(const std::string& text, const std::string& key) {
     return value;
 }
 
-// Returns major, minor, patch, whether it is stable, and preview number, which compare as versions do. Empty if the
-// text is not a version.
-std::vector<int> PlainVersion(const std::string& text) {
+// Returns major, minor, patch, whether it is stable, and preview number, which compare like versions. Empty for a text
+// that is not a version.
+std::vector<int> ReferenceVersion(const std::string& text) {
     static const std::regex form("([0-9]{1,5})[.]([0-9]{1,5})[.]([0-9]{1,5})(-preview[.]([0-9]{1,5}))?");
     std::smatch parts;
     if (text.size() > 40 || !std::regex_match(text, parts, form)) {
@@ -89,7 +89,7 @@ std::vector<int> PlainVersion(const std::string& text) {
             stable ? 0 : std::stoi(parts[5])};
 }
 
-bool PlainAllowed(const std::string& url) {
+bool ReferenceAllowed(const std::string& url) {
     for (const std::string_view host : {kUpdateSiteHost, kApiHost}) {
         const std::string wanted = "https://" + std::string(host);
         if (url.size() < wanted.size() || url.compare(0, 8, "https://") != 0) {
@@ -108,12 +108,12 @@ bool PlainAllowed(const std::string& url) {
 void RequireSameVersion(const std::string& a, const std::string& b) {
     const SemanticVersion first = ParseVersion(a);
     const SemanticVersion second = ParseVersion(b);
-    const std::vector<int> plainFirst = PlainVersion(a);
-    const std::vector<int> plainSecond = PlainVersion(b);
-    Require(first.valid == !plainFirst.empty() && second.valid == !plainSecond.empty());
+    const std::vector<int> referenceFirst = ReferenceVersion(a);
+    const std::vector<int> referenceSecond = ReferenceVersion(b);
+    Require(first.valid == !referenceFirst.empty() && second.valid == !referenceSecond.empty());
     if (first.valid && second.valid) {
-        Require(IsNewerVersion(first, second) == (plainFirst > plainSecond));
-        Require(IsNewerVersion(second, first) == (plainSecond > plainFirst));
+        Require(IsNewerVersion(first, second) == (referenceFirst > referenceSecond));
+        Require(IsNewerVersion(second, first) == (referenceSecond > referenceFirst));
     }
 }
 
@@ -127,8 +127,8 @@ void RequireRefusedOrSigned(const Signed& known, const std::string& body, const 
     }
     Require(known.messages.count("VRL-UPDATE-1|" + info.tier + "|" + info.version + "|" + info.sha256 + "|" +
                                  info.url) != 0);
-    Require(info.tier == tier && PlainVersion(info.version) > PlainVersion(own));
-    Require(PlainAllowed(info.url) && info.sha256.size() == 64 && info.sig.size() == 128);
+    Require(info.tier == tier && ReferenceVersion(info.version) > ReferenceVersion(own));
+    Require(ReferenceAllowed(info.url) && info.sha256.size() == 64 && info.sig.size() == 128);
 }
 
 }  // namespace
@@ -138,7 +138,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
 
     for (const char* key : {"tier", "version", "url", "sha256", "sig"}) {
-        Require(ReadFlatField(text, key) == PlainField(text, key));
+        Require(ReadFlatField(text, key) == ReferenceField(text, key));
     }
     RequireRefusedOrSigned(known, text, "plus", "1.0.1");
     RequireRefusedOrSigned(known, text, "core", "1.1.0-preview.1");
@@ -150,7 +150,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     for (const std::string& url : {text, ReadFlatField(text, "url"), "https://" + text,
                                    "https://" + std::string(kUpdateSiteHost) + text}) {
-        Require(IsAllowedDownloadUrl(url) == PlainAllowed(url));
+        Require(IsAllowedDownloadUrl(url) == ReferenceAllowed(url));
     }
 
     std::string bytes;

@@ -1,4 +1,4 @@
-// Any bytes as a vectors file of the update self-check.
+// Reads any bytes as a vectors file of the update self-check.
 #include "fuzz_input.h"
 
 #include "platform/files.h"

@@ -366,7 +366,7 @@ TEST_F(ImportFlowTest, APendingImportOfTheCommandLineWaitsForThePageAndEndsWithT
         [&] {
             EXPECT_FALSE(HasProfile("Held"));
             EXPECT_EQ(PendingIdIn(Call("getPendingMacroImport")).size(), 32U);
-            Call("confirmMacroImport", "[\"" + PendingImportId() + "\"]");
+            Call("confirmMacroImport", "[\"" + PendingId() + "\"]");
             EXPECT_TRUE(HasProfile("Held"));
             EXPECT_EQ(TakeScripts(), (std::vector<std::string>{kToldImported}));
         },
@@ -377,7 +377,7 @@ TEST_F(ImportFlowTest, APendingImportOfTheCommandLineWaitsForThePageAndEndsWithT
 TEST_F(ImportFlowTest, APendingImportIsNotSaved) {
     LaunchOptions options;
     options.openMacroPath = File("a.vrlmacro", kHeldText);
-    Run([] { EXPECT_EQ(PendingImportId().size(), 32U); }, options);
+    Run([] { EXPECT_EQ(PendingId().size(), 32U); }, options);
     EXPECT_EQ(ReadFile(DataFilePath("session.dat")).find("Held"), std::string::npos);
 }
 

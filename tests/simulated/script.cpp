@@ -1,5 +1,6 @@
 #include "simulated/script.h"
 
+#include "base/numbers.h"
 #include "base/text.h"
 #include "engines/hotkeys.h"
 #include "platform/process.h"

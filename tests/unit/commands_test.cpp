@@ -1,6 +1,6 @@
 #include "app/commands.h"
 
-#include "base/text.h"
+#include "base/numbers.h"
 #include "imports/pending_import.h"
 #include "model/engine_state.h"
 #include "test_support.h"

@@ -45,7 +45,7 @@ std::string FromHex(std::string_view hex) {
 
 }  // namespace
 
-TEST(Crypto, HashesKnownTexts) {
+TEST(Crypto, HashesKnownStrings) {
     EXPECT_EQ(HashOf({}), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
     EXPECT_EQ(HashOf({"abc"}), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
     EXPECT_EQ(HashOf({"a", "", "bc"}), HashOf({"abc"}));
@@ -53,7 +53,7 @@ TEST(Crypto, HashesKnownTexts) {
     EXPECT_EQ(HashOf({million}), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 
-TEST(Crypto, AHashCanBeFinishedOnlyOnce) {
+TEST(Crypto, AHashCanBeFinishedOnce) {
     Sha256 hash;
     Sha256Digest digest{};
     ASSERT_TRUE(hash.Finish(&digest));
@@ -84,7 +84,7 @@ TEST(Crypto, VerifiesAKnownSignature) {
     EXPECT_FALSE(VerifyP256(*key, digest, signature));
 }
 
-TEST(Crypto, ImportsOnlyWholeKeys) {
+TEST(Crypto, RejectsKeysOfAnotherLengthOrKind) {
     const std::string blob = EmbeddedKey();
     EXPECT_TRUE(ImportP256Key(blob));
     EXPECT_FALSE(ImportP256Key(""));
@@ -99,8 +99,8 @@ TEST(Crypto, ImportsOnlyWholeKeys) {
 }
 
 #ifndef _WIN32
-// NOTE: Wine's BCrypt imports a point that is not on the curve, so this cannot be asked of it.
-TEST(Crypto, APointOffTheCurveIsNotAKey) {
+// NOTE: Wine's BCrypt imports a point that is not on the curve, so Windows builds cannot run this test there.
+TEST(Crypto, RejectsAPointThatIsNotOnTheCurve) {
     std::string blob = EmbeddedKey();
     blob[71] = static_cast<char>(blob[71] ^ 1);
     EXPECT_FALSE(ImportP256Key(blob));

@@ -22,9 +22,9 @@
 namespace {
 
 constexpr const char* kImported = R"({"outcome":"imported"})";
-constexpr const char* kNothingHeld = R"({"outcome":"none"})";
+constexpr const char* kNothingPending = R"({"outcome":"none"})";
 constexpr const char* kDefaults = "0,0,0,5,0,0,1,10,0,0,0,0,0,0,5,1,10,32,32,0";
-// Win+R held, which is a "CAUTION" at one and a half seconds.
+// Win+R, a "CAUTION" at 1.5 seconds.
 constexpr const char* kCautionEvents =
     "3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n3,1.8,0,0,0,82,0,0\n";
 constexpr const char* kCleanEvents = "0,0.5,10,10,0,0,0\n";
@@ -73,12 +73,12 @@ class ImportsTest : public DataFolderTest {
         MutexLock lock(macroMutex);
         AppendProfile(std::move(macro));
     }
-    static ParsedMacro Held(const std::string& name) {
+    static ParsedMacro Risky(const std::string& name) {
         return Macro(name + "\nSETTINGS:\n" + kCautionEvents);
     }
     static ParsedMacro Clean(const std::string& name) { return Macro(name + "\nSETTINGS:\n" + kCleanEvents); }
 
-    // Writes a file to the folder that a second instance would use.
+    // Writes a file where a second instance writes it.
     std::string Stage(const std::string& stem, const std::string& text) {
         std::filesystem::create_directories(DataFilePath("themes"));
         std::string path = (std::filesystem::path(DataFilePath("themes")) / (stem + ".vrlmacro")).string();
@@ -91,7 +91,7 @@ using NameList = std::vector<std::string>;
 
 }  // namespace
 
-TEST_F(ImportsTest, AMacroWithoutKeysIsAddedAtOnceAndIsCurrent) {
+TEST_F(ImportsTest, AddsAMacroWithoutFindingsAndMakesItCurrent) {
     const uint64_t before = Revision();
     EXPECT_EQ(ImportMacroFile(File("Farm.vrlmacro", std::string("Farm\nSETTINGS:\n") + kCleanEvents)),
               kImported);
@@ -99,13 +99,13 @@ TEST_F(ImportsTest, AMacroWithoutKeysIsAddedAtOnceAndIsCurrent) {
     EXPECT_EQ(Current().name, "Farm (Imported)");
     EXPECT_EQ(Current().events.size(), 1U);
     EXPECT_GT(Revision(), before);
-    EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+    EXPECT_EQ(GetPendingMacroImport(), kNothingPending);
     // No events at all.
     EXPECT_EQ(ImportMacroFile(File("empty.vrlmacro", "Nothing\n")), kImported);
     EXPECT_EQ(Current().name, "Nothing (Imported)");
 }
 
-TEST_F(ImportsTest, TheSameFileTwiceTakesTheNextNumber) {
+TEST_F(ImportsTest, AppendsTheNextNumberToARepeatedName) {
     const std::string path = File("Farm.vrlmacro", std::string("Farm\n") + kCleanEvents);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(ImportMacroFile(path), kImported);
@@ -120,7 +120,7 @@ TEST_F(ImportsTest, NumbersEndAt999AndFillGapsFirst) {
         EXPECT_EQ(Current().name, number == 1 ? "Farm" : "Farm (" + std::to_string(number) + ")");
     }
     Append(Clean("Farm"));
-    EXPECT_EQ(Current().name, "Farm");  // the same name, twice in the list
+    EXPECT_EQ(Current().name, "Farm");  // the name without a number, now twice in the list
     {
         MutexLock lock(macroMutex);
         std::erase_if(macroState.profiles, [](const Profile& p) { return p.name == "Farm (500)"; });
@@ -131,7 +131,7 @@ TEST_F(ImportsTest, NumbersEndAt999AndFillGapsFirst) {
     EXPECT_EQ(Current().name, "Farm");
 }
 
-TEST_F(ImportsTest, ANameIsTakenByteForByte) {
+TEST_F(ImportsTest, ComparesNamesByteByByte) {
     Append(Clean("farm"));
     Append(Clean("Farm"));
     Append(Clean("Farm (2)"));
@@ -150,7 +150,7 @@ TEST_F(ImportsTest, AFileWithSettingsLeavesTheLiveSettingsUnchanged) {
     EXPECT_EQ(ImportMacroFile(File("a.vrlmacro", "A\nSETTINGS:" + line + "\n" + kCleanEvents)), kImported);
     EXPECT_EQ(BuildSettingsLine(), live);
     EXPECT_EQ(Current().settings, "1,2,3,77,1,1,0,9,1,100,200,0,0,1,88,0,4,69,69|70,1");
-    // They take effect with the switch.
+    // Switching to the profile applies them.
     SwitchProfile("1");
     EXPECT_EQ(BuildProfileSettings(), Current().settings);
 }
@@ -164,7 +164,7 @@ TEST_F(ImportsTest, AFileWithoutSettingsAppliesTheDefaults) {
     EXPECT_EQ(hotkeyTable.record, 65U);
 }
 
-TEST_F(ImportsTest, APendingImportWithoutSettingsAppliesTheDefaultsWhenItIsConfirmed) {
+TEST_F(ImportsTest, APendingImportWithoutSettingsAppliesTheDefaultsOnlyWhenConfirmed) {
     ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
     const std::string live = BuildProfileSettings();
     const std::string document = ImportMacroFile(File("a.vrlmacro", std::string("A\n") + kCautionEvents));
@@ -174,24 +174,24 @@ TEST_F(ImportsTest, APendingImportWithoutSettingsAppliesTheDefaultsWhenItIsConfi
     EXPECT_EQ(Current().settings, kDefaults);
 }
 
-TEST_F(ImportsTest, OldRecordingsAreRejectedByTheirNameAlone) {
+TEST_F(ImportsTest, RejectsAnMcrFileByItsName) {
     const std::string refusal =
         R"({"outcome":"error","message":".mcr files are no longer supported. Re-export that profile as )"
         R"(.vrlmacro from whatever version of Varnelle created it, then import that instead."})";
-    EXPECT_EQ(ImportMacroFile(root_.File("OLD.MCR")), refusal);  // no such file
+    EXPECT_EQ(ImportMacroFile(root_.File("OLD.MCR")), refusal);  // does not exist
     EXPECT_EQ(ImportMacroFile(File("old.mCr", std::string("Old\n") + kCleanEvents)), refusal);
     EXPECT_EQ(ImportMacroFile(".mcr"), refusal);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
 }
 
-TEST_F(ImportsTest, AnyOtherNameIsReadAsAMacro) {
+TEST_F(ImportsTest, ReadsAnyOtherNameAsAMacro) {
     for (const char* name : {"a.txt", "b", "c.mcr.bak", "d.vrltheme", "mcr"}) {
         EXPECT_EQ(ImportMacroFile(File(name, std::string(name) + "\n" + kCleanEvents)), kImported) << name;
         EXPECT_EQ(Current().name, std::string(name) + " (Imported)");
     }
 }
 
-TEST_F(ImportsTest, AnUnreadableFileHasItsOwnMessage) {
+TEST_F(ImportsTest, ReportsWhyAFileCannotBeRead) {
     EXPECT_EQ(ImportMacroFile(root_.File("none.vrlmacro")),
               R"({"outcome":"error","message":"Couldn't open that macro file."})");
     EXPECT_EQ(ImportMacroFile(root_.Path()),
@@ -202,28 +202,28 @@ TEST_F(ImportsTest, AnUnreadableFileHasItsOwnMessage) {
     EXPECT_EQ(TakePendingThemeAlert(), "");
 }
 
-TEST_F(ImportsTest, OneCautionMakesAnImportPending) {
+TEST_F(ImportsTest, OneFindingMakesAnImportPending) {
     const std::string path = File("a.vrlmacro", std::string("A\nSETTINGS:\n") + kCautionEvents);
     const std::string document = ImportMacroFile(path);
     const std::string id = PendingIdIn(document);
     ASSERT_EQ(id.size(), 32U);
     EXPECT_EQ(id.find_first_not_of("0123456789abcdef"), std::string::npos);
-    const auto matches = MacroScan::ScanMacro(Held("A").events).matches;
+    const auto matches = MacroScan::ScanMacro(Risky("A").events).matches;
     ASSERT_EQ(matches.size(), 1U);
     EXPECT_EQ(document, R"({"outcome":"pending","pendingId":")" + id +
                             R"(","level":"caution","matches":[{"severity":"CAUTION","message":)" +
                             JsonText(matches[0].message) + R"(,"atSec":1.5}]})");
     EXPECT_EQ(GetPendingMacroImport(), document);
-    EXPECT_EQ(GetPendingMacroImport(), document);  // reading changes nothing
+    EXPECT_EQ(GetPendingMacroImport(), document);  // reading does not clear it
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "A (Imported)"}));
     EXPECT_EQ(Current().events.size(), 4U);
-    EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+    EXPECT_EQ(GetPendingMacroImport(), kNothingPending);
 }
 
-TEST_F(ImportsTest, SeveralFindingsKeepTheOrderOfTheReport) {
-    // The Task Manager at one second is a caution; Win+R, typing and Enter at nine seconds stand before it.
+TEST_F(ImportsTest, FindingsHaveTheOrderOfTheReport) {
+    // The Task Manager at one second is a caution. Win+R, typing and Enter at nine seconds are a danger and come first.
     const OfferResult offer =
         OfferMacro(Macro("A\n3,1,0,0,0,17,1,0\n3,1.1,0,0,0,16,1,0\n3,1.2,0,0,0,27,1,0\n3,1.3,0,0,0,27,0,0\n"
                          "3,1.4,0,0,0,16,0,0\n3,1.5,0,0,0,17,0,0\n3,9,0,0,0,91,1,0\n3,9.1,0,0,0,82,1,0\n"
@@ -245,14 +245,13 @@ TEST_F(ImportsTest, SeveralFindingsKeepTheOrderOfTheReport) {
     EXPECT_EQ(offer.matches.back().severity, "CAUTION");
 }
 
-// The page reads the document as JSON, which has no such numbers. With one, the page could neither show nor drop the
-// macro.
-TEST_F(ImportsTest, AFindingWithoutAFiniteTimeIsAtTheStart) {
+// JSON has no such numbers: the page could not read the document, and the user could neither see nor cancel the import.
+TEST_F(ImportsTest, AFindingWithoutAFiniteTimeIsPutAtTheStart) {
     for (const std::string time : {"inf", "-inf", "nan", "infinity"}) {
         const std::string path = File("odd.vrlmacro", "Odd\nSETTINGS:\n3," + time + ",0,0,0,91,1,0\n3," +
                                                           time + ",0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n");
         const std::string document = ImportMacroFile(path);
-        EXPECT_EQ(document, "{\"outcome\":\"pending\",\"pendingId\":\"" + PendingImportId() +
+        EXPECT_EQ(document, "{\"outcome\":\"pending\",\"pendingId\":\"" + PendingId() +
                                 "\",\"level\":\"caution\",\"matches\":[{\"severity\":\"CAUTION\",\"message\":"
                                 "\"Uses Windows system shortcuts.\",\"atSec\":0}]}")
             << time;
@@ -260,23 +259,22 @@ TEST_F(ImportsTest, AFindingWithoutAFiniteTimeIsAtTheStart) {
     }
 }
 
-TEST_F(ImportsTest, TheOfferDocumentCoversBothOutcomes) {
+TEST_F(ImportsTest, AnOfferReportsItsResultInBothCases) {
     const OfferResult clean = OfferMacro(Clean("Clean"));
     EXPECT_TRUE(clean.committed);
     EXPECT_EQ(clean.pendingId, "");
     EXPECT_EQ(clean.level, "none");
     EXPECT_TRUE(clean.matches.empty());
     EXPECT_EQ(OfferDocument(clean), kImported);
-    const OfferResult held = OfferMacro(Held("Held"));
-    EXPECT_FALSE(held.committed);
-    EXPECT_EQ(held.pendingId, PendingImportId());
-    EXPECT_EQ(held.level, "caution");
-    EXPECT_EQ(Names(),
-              (NameList{DefaultProfileName, "Clean"}));  // without " (Imported)": only the dialog appends it
+    const OfferResult risky = OfferMacro(Risky("Risky"));
+    EXPECT_FALSE(risky.committed);
+    EXPECT_EQ(risky.pendingId, PendingId());
+    EXPECT_EQ(risky.level, "caution");
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));  // only the dialog adds " (Imported)"
 }
 
 TEST_F(ImportsTest, ASecondConfirmationDoesNothing) {
-    const std::string id = OfferMacro(Held("A")).pendingId;
+    const std::string id = OfferMacro(Risky("A")).pendingId;
     ConfirmMacroImport(id);
     const uint64_t revision = Revision();
     ConfirmMacroImport(id);
@@ -286,16 +284,16 @@ TEST_F(ImportsTest, ASecondConfirmationDoesNothing) {
     EXPECT_EQ(Revision(), revision);
 }
 
-TEST_F(ImportsTest, ACancelledImportIsGone) {
-    const std::string id = OfferMacro(Held("A")).pendingId;
+TEST_F(ImportsTest, CancellingDropsThePendingImport) {
+    const std::string id = OfferMacro(Risky("A")).pendingId;
     CancelMacroImport(id);
-    EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+    EXPECT_EQ(GetPendingMacroImport(), kNothingPending);
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
 }
 
-TEST_F(ImportsTest, WrongIdsDoNothing) {
-    const std::string id = OfferMacro(Held("A")).pendingId;
+TEST_F(ImportsTest, AWrongIdDoesNothing) {
+    const std::string id = OfferMacro(Risky("A")).pendingId;
     std::string upper = id;
     std::transform(upper.begin(), upper.end(), upper.begin(),
                    [](char c) { return c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c; });
@@ -309,16 +307,16 @@ TEST_F(ImportsTest, WrongIdsDoNothing) {
     if (upper != id) {
         ConfirmMacroImport(upper);
     }
-    EXPECT_EQ(PendingImportId(), id);
+    EXPECT_EQ(PendingId(), id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
 }
 
-TEST_F(ImportsTest, WithoutAPendingImportThereIsNoSummary) {
+TEST_F(ImportsTest, TheSummaryIsEmptyWithoutAPendingImport) {
     EXPECT_EQ(GetPendingMacroSummary(), "{}");
 }
 
-TEST_F(ImportsTest, TheSummaryOfAPendingImportCountsItsEventsOverTime) {
-    // 91 and 82 held for a caution; moves at the start, in the middle and at the very end of 4 seconds.
+TEST_F(ImportsTest, TheSummaryCountsEventsByTime) {
+    // Win+R for a caution; moves at the start, in the middle and at the end of 4 seconds.
     const std::string text = std::string("A \"name\"\nSETTINGS:\n0,0,1,1,0,0,0,0\n") + kCautionEvents +
                              "2,2,5,5,2,0,0,0\n4,2.01,0,0,0,0,0,120\n1,4,1,1,0,0,0,0\n0,nan,1,1,0,0,0,0\n";
     const OfferResult offer = OfferMacro(Macro(text));
@@ -356,42 +354,42 @@ TEST_F(ImportsTest, TheSummaryOfAPendingImportCountsItsEventsOverTime) {
 }
 
 TEST_F(ImportsTest, ASecondPendingImportReplacesTheFirst) {
-    const std::string first = OfferMacro(Held("First")).pendingId;
-    const std::string second = OfferMacro(Held("Second")).pendingId;
+    const std::string first = OfferMacro(Risky("First")).pendingId;
+    const std::string second = OfferMacro(Risky("Second")).pendingId;
     EXPECT_NE(first, second);
-    EXPECT_EQ(PendingImportId(), second);
-    ConfirmMacroImport(first);  // the page's older dialog has no effect
+    EXPECT_EQ(PendingId(), second);
+    ConfirmMacroImport(first);  // the page's older dialog
     CancelMacroImport(first);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
     ConfirmMacroImport(second);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Second"}));
 }
 
-TEST_F(ImportsTest, TheSameMacroOfferedAgainHasANewId) {
+TEST_F(ImportsTest, ARepeatedOfferHasANewId) {
     std::set<std::string> ids;
     for (int i = 0; i < 100; ++i) {
-        ids.insert(OfferMacro(Held("A")).pendingId);
+        ids.insert(OfferMacro(Risky("A")).pendingId);
     }
     EXPECT_EQ(ids.size(), 100U);
 }
 
-TEST_F(ImportsTest, AMacroWithoutFindingsLeavesThePendingImport) {
-    const std::string id = OfferMacro(Held("Held")).pendingId;
+TEST_F(ImportsTest, AMacroWithoutFindingsIsAddedBesideAPendingImport) {
+    const std::string id = OfferMacro(Risky("Risky")).pendingId;
     EXPECT_TRUE(OfferMacro(Clean("Clean")).committed);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
-    EXPECT_EQ(PendingImportId(), id);
+    EXPECT_EQ(PendingId(), id);
     ConfirmMacroImport(id);
-    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Risky"}));
 }
 
-// The recording continues after the events of each new profile. Those events and the earlier recording stay unchanged.
+// A recording continues after the events of each new profile. Those events and the ones recorded before stay unchanged.
 TEST_F(ImportsTest, ARecordingContinuesAfterTheImportedEvents) {
     using Times = std::vector<double>;
     {
         MutexLock lock(macroMutex);
         macroState.profiles[0].events = {{.type = EvKey, .time = 4}, {.type = EvKey, .time = 2}};
     }
-    const std::string id = OfferMacro(Held("Held")).pendingId;
+    const std::string id = OfferMacro(Risky("Risky")).pendingId;
     BeginContinuedRecording();
     AppendRecordedEvent({.type = EvKey, .time = 9});
     EXPECT_TRUE(OfferMacro(Clean("Clean")).committed);
@@ -399,11 +397,11 @@ TEST_F(ImportsTest, ARecordingContinuesAfterTheImportedEvents) {
     AppendRecordedEvent({.type = EvKey, .time = 20});
     ConfirmMacroImport(id);
     engineState.recording = false;
-    FinishRecording();  // with nothing recorded after the last import
+    FinishRecording();  // with no event recorded after the last import
     EXPECT_EQ(EventTimes(0), (Times{4, 2, 4.1}));
     EXPECT_EQ(EventTimes(1), (Times{0.5, 0.6}));
     EXPECT_EQ(EventTimes(2), (Times{1.25, 1.5, 1.75, 1.8}));
-    // Without a recording no event moves.
+    // Without a recording the times stay unchanged.
     OfferMacro(Clean("Later"));
     OfferMacro(Clean("Last"));
     EXPECT_EQ(EventTimes(3), (Times{0.5}));
@@ -413,8 +411,8 @@ TEST_F(ImportsTest, ARecordingContinuesAfterTheImportedEvents) {
     EXPECT_TRUE(CanUndoContinue());
 }
 
-TEST_F(ImportsTest, TheNameOfAPendingImportIsChosenWhenItIsConfirmed) {
-    const std::string id = OfferMacro(Held("Farm")).pendingId;
+TEST_F(ImportsTest, TheNumberOfANameIsChosenAtConfirmation) {
+    const std::string id = OfferMacro(Risky("Farm")).pendingId;
     Append(Clean("Farm"));
     ConfirmMacroImport(id);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm", "Farm (2)"}));
@@ -425,44 +423,44 @@ TEST_F(ImportsTest, AStagedFileIsImportedUnderItsOwnNameAndDeleted) {
     ImportStagedMacro("Farm");
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm"}));
     EXPECT_FALSE(FileExists(path));
-    ImportStagedMacro("Farm");  // missing: nothing happens
+    ImportStagedMacro("Farm");  // the file is gone
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm"}));
     EXPECT_EQ(TakePendingThemeAlert(), "");
 }
 
-TEST_F(ImportsTest, AStagedFileIsDeletedEvenIfItIsPendingOrCorrupt) {
-    const std::string held = Stage("Held", std::string("Held\n") + kCautionEvents);
-    ImportStagedMacro("Held");
-    EXPECT_FALSE(FileExists(held));
+TEST_F(ImportsTest, APendingOrUnreadableStagedFileIsDeletedToo) {
+    const std::string risky = Stage("Risky", std::string("Risky\n") + kCautionEvents);
+    ImportStagedMacro("Risky");
+    EXPECT_FALSE(FileExists(risky));
     EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
-    EXPECT_EQ(PendingImportId().size(), 32U);
+    EXPECT_EQ(PendingId().size(), 32U);
     const std::string bad = Stage("Bad", "");
     ImportStagedMacro("Bad");
     EXPECT_FALSE(FileExists(bad));
-    EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);  // there is no page to notify
+    EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);  // kept until there is a page
     EXPECT_EQ(TakePendingThemeAlert(), "");
-    EXPECT_EQ(PendingImportId().size(), 32U);
+    EXPECT_EQ(PendingId().size(), 32U);
 }
 
-TEST_F(ImportsTest, AMacroOfTheCommandLineIsImportedOrPending) {
+TEST_F(ImportsTest, AMacroOfTheCommandLineIsAddedOrPending) {
     const std::string clean = File("clean.vrlmacro", std::string("Clean\n") + kCleanEvents);
     ImportFromCommandLine(clean);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
-    const std::string held = File("held.vrlmacro", std::string("Held\n") + kCautionEvents);
-    ImportFromCommandLine(held);
+    const std::string risky = File("risky.vrlmacro", std::string("Risky\n") + kCautionEvents);
+    ImportFromCommandLine(risky);
     EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean"}));
-    ConfirmMacroImport(PendingImportId());
-    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Held"}));
+    ConfirmMacroImport(PendingId());
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Clean", "Risky"}));
     EXPECT_EQ(TakePendingThemeAlert(), "");
     ImportFromCommandLine(root_.File("none.vrlmacro"));
     EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);
     ImportFromCommandLine(File("empty.vrlmacro", ""));
     EXPECT_EQ(TakePendingThemeAlert(), kUnreadableMacro);
     EXPECT_TRUE(FileExists(clean));
-    EXPECT_TRUE(FileExists(held));
+    EXPECT_TRUE(FileExists(risky));
 }
 
-TEST_F(ImportsTest, TheSelfCheckPassesAndLeavesNothing) {
+TEST_F(ImportsTest, TheSelfCheckPassesAndLeavesNoFile) {
     hotkeyTable.record = 65;
     ApplyProfileSettings("0,0,0,44,1,1,0,3,1,7,8,0,0,0,2,0,4,65,65|66,1");
     const std::string live = BuildSettingsLine();
@@ -491,9 +489,9 @@ TEST_F(ImportsTest, TheSelfCheckFailsIfItCannotWrite) {
                    "FAIL import: macro with no SETTINGS line still imports\n");
 }
 
-// Offers, decisions and the page's other commands from several threads: no thread blocks forever, and every imported
-// macro is there once. (The thread sanitizer also reports a reversed lock order.)
-TEST_F(ImportsTest, OffersAndDecisionsFromSeveralThreads) {
+// Offers, decisions and the page's other commands from several threads: no deadlock, and every macro is added once. The
+// thread sanitizer also reports an inverted lock order.
+TEST_F(ImportsTest, OffersAndDecisionsFromSeveralThreadsAddEveryMacroOnce) {
     constexpr int kRounds = 200;
     std::atomic<int> offered{0};
     std::atomic<bool> done{false};
@@ -501,14 +499,14 @@ TEST_F(ImportsTest, OffersAndDecisionsFromSeveralThreads) {
     for (int i = 0; i < 2; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; round < kRounds; ++round) {
-                OfferMacro(round % 2 == 0 ? Held("Held") : Clean("Clean"));
+                OfferMacro(round % 2 == 0 ? Risky("Risky") : Clean("Clean"));
                 ++offered;
             }
         });
     }
     threads.emplace_back([&] {
         while (!done) {
-            ConfirmMacroImport(PendingImportId());
+            ConfirmMacroImport(PendingId());
         }
     });
     threads.emplace_back([&] {
@@ -524,8 +522,8 @@ TEST_F(ImportsTest, OffersAndDecisionsFromSeveralThreads) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    ConfirmMacroImport(PendingImportId());
-    EXPECT_EQ(GetPendingMacroImport(), kNothingHeld);
+    ConfirmMacroImport(PendingId());
+    EXPECT_EQ(GetPendingMacroImport(), kNothingPending);
 
     const NameList names = Names();
     EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), names.size());
@@ -534,7 +532,7 @@ TEST_F(ImportsTest, OffersAndDecisionsFromSeveralThreads) {
                              [name](const std::string& each) { return StartsWith(each, name); });
     };
     EXPECT_EQ(count("Clean"), kRounds);
-    EXPECT_GE(count("Held"), 1);
-    EXPECT_LE(count("Held"), kRounds) << "one that was replaced is gone";
-    EXPECT_EQ(names.size(), static_cast<size_t>(1 + count("Clean") + count("Held")));
+    EXPECT_GE(count("Risky"), 1);
+    EXPECT_LE(count("Risky"), kRounds) << "a replaced one is dropped";
+    EXPECT_EQ(names.size(), static_cast<size_t>(1 + count("Clean") + count("Risky")));
 }

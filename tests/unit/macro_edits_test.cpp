@@ -1,6 +1,6 @@
 #include "editing/macro_edits.h"
 
-#include "base/text.h"
+#include "base/numbers.h"
 #include "model/engine_state.h"
 #include "platform/files.h"
 #include "test_support.h"

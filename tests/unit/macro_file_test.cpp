@@ -1,6 +1,5 @@
 #include "storage/macro_file.h"
 
-#include "base/text.h"
 #include "platform/files.h"
 #include "storage/settings_text.h"
 #include "unit/test_support.h"

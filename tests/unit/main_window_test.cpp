@@ -1,21 +1,19 @@
 #include "windows/main_window.h"
 
-#include "app/main_process.h"
-
 #include <gtest/gtest.h>
 
-TEST(MainWindow, AcceptsItsOwnTitle) {
+TEST(MainWindowTitle, AcceptsItsOwnTitle) {
     EXPECT_STREQ(kMainWindowTitle, "Varnelle (Plus Version 1.0.1)");
     EXPECT_TRUE(IsMainWindowTitle(kMainWindowTitle));
 }
 
-TEST(MainWindow, AcceptsTheTitleOfAnotherVersion) {
+TEST(MainWindowTitle, AcceptsTitlesOfOtherVersions) {
     EXPECT_TRUE(IsMainWindowTitle("Varnelle (Lite Version 0.9)"));
     EXPECT_TRUE(IsMainWindowTitle("Varnelle ( Version "));
     EXPECT_TRUE(IsMainWindowTitle("Varnelle Desk (Grand Web Edition)"));
 }
 
-TEST(MainWindow, RejectsOtherTitles) {
+TEST(MainWindowTitle, RejectsOtherTitles) {
     for (const char* title :
          {"", "Varnelle", "Varnelle - Timeline Editor", "Varnelle (Plus version 1.0.1)",
           "varnelle (Plus Version 1.0.1)", " Varnelle (Plus Version 1.0.1)", "Varnelle(Plus Version 1.0.1)",

@@ -25,7 +25,7 @@ TEST(Relaxed, BehavesLikeAPlainValue) {
     EXPECT_EQ(settings.speed.Get(), 2.5F);
 }
 
-TEST(Relaxed, CopiesRecordsFieldByField) {
+TEST(Relaxed, ARecordCopiesFieldByField) {
     Settings changed;
     changed.number = 1;
     changed.flag = false;
@@ -37,8 +37,8 @@ TEST(Relaxed, CopiesRecordsFieldByField) {
     EXPECT_FALSE(copy.flag);
 }
 
-// The thread sanitizer checks here that a shared setting is not a data race.
-TEST(Relaxed, ReadsWhileAnotherThreadWrites) {
+// The thread sanitizer fails this test if a shared setting is a data race.
+TEST(Relaxed, OneThreadMayWriteWhileAnotherReads) {
     Relaxed<int32_t> setting{0};
     std::thread writer([&setting] {
         for (int32_t i = 1; i <= 10000; ++i) {

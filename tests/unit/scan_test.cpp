@@ -47,7 +47,7 @@ class Macro {
         events.push_back(Event(time, vk, false));
         return *this;
     }
-    // The modifiers down, the key down and up, the modifiers up, all at one time.
+    // Adds the modifiers down, the key down and up, and the modifiers up, all at one time.
     Macro& Tap(double time, std::initializer_list<uint32_t> modifiers, uint32_t vk) {
         for (const uint32_t modifier : modifiers) {
             Down(time, modifier);
@@ -59,7 +59,7 @@ class Macro {
         return *this;
     }
     std::string Json() const { return ScanReportJson(MacroScan::ScanMacro(events)); }
-    // The ids of every scenario that matches, in the order of the table, none suppressed.
+    // Returns the ids of all scenarios that match, in table order and before suppression.
     std::string Matches() const {
         std::string ids;
         const std::vector<KeyEv> keys = MacroScan::NormaliseKeys(events);
@@ -89,7 +89,7 @@ std::string Report(const char* level, const std::string& matches) {
 
 }  // namespace
 
-TEST(ScanKeys, AnEmptyMacroOrMouseEventsHaveNoPresses) {
+TEST(ScanKeys, AnEmptyMacroAndMouseEventsHaveNoKeys) {
     Macro macro;
     EXPECT_TRUE(MacroScan::NormaliseKeys(macro.events).empty());
     for (const uint32_t type : {0U, 1U, 2U, 4U, 5U, 6U}) {
@@ -116,7 +116,7 @@ TEST(ScanKeys, APressHasTheModifiersHeldBeforeIt) {
     EXPECT_EQ(&keys[1].event, &macro.events[1]);
 }
 
-TEST(ScanKeys, OneReleaseReleasesBothSides) {
+TEST(ScanKeys, OneReleaseEndsBothSidesOfAFamily) {
     Macro macro;
     macro.Down(0, 162).Down(0, 163).Up(0, 163).Down(1, 67);
     const auto keys = MacroScan::NormaliseKeys(macro.events);
@@ -129,11 +129,11 @@ TEST(ScanKeys, AReleaseWithoutAPressIsIgnored) {
     Macro macro;
     macro.Up(0, kShift).Down(1, 65).Down(1, 65);
     const auto keys = MacroScan::NormaliseKeys(macro.events);
-    ASSERT_EQ(keys.size(), 2U);  // a repeated press is a press
+    ASSERT_EQ(keys.size(), 2U);  // a repeated press counts
     EXPECT_FALSE(keys[0].held.shift);
 }
 
-TEST(ScanKeys, Families) {
+TEST(ScanKeys, EveryKeyHasItsModifierFamily) {
     for (uint32_t vk = 0; vk < 300; ++vk) {
         const bool ctrl = vk == 17 || vk == 162 || vk == 163;
         const bool alt = vk == 18 || vk == 164 || vk == 165;
@@ -143,7 +143,7 @@ TEST(ScanKeys, Families) {
     }
 }
 
-TEST(ScanPredicates, AComboIsExactInBothDirections) {
+TEST(ScanPredicates, AComboMatchesExactlyItsModifiers) {
     const UnifiedEvent c = Event(0, 67, true);
     for (int bits = 0; bits < 16; ++bits) {
         const HeldMods held{(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0, (bits & 8) != 0};
@@ -160,7 +160,7 @@ TEST(ScanPredicates, AComboIsExactInBothDirections) {
     EXPECT_TRUE(Combo({}, -1)(Event(0, 4294967295U, true), {}));
 }
 
-TEST(ScanPredicates, TypingKeys) {
+TEST(ScanPredicates, TypingKeysAreThoseThatProduceText) {
     int typing = 0;
     for (uint32_t vk = 0; vk < 300; ++vk) {
         typing += MacroScan::IsTypingKey(Event(0, vk, true), {}) ? 1 : 0;
@@ -171,36 +171,37 @@ TEST(ScanPredicates, TypingKeys) {
     }
 }
 
-TEST(ScanPredicates, AnyOfCallsInOrderUntilOneIsTrue) {
+TEST(ScanPredicates, AnyOfStopsAtTheFirstMatch) {
     EXPECT_FALSE(AnyOf({})(Event(0, 65, true), {}));
-    std::string asked;
-    const auto answer = [&asked](char name, bool result) {
-        return [&asked, name, result](const UnifiedEvent&, const HeldMods&) {
-            asked += name;
+    std::string calls;
+    const auto predicate = [&calls](char name, bool result) {
+        return [&calls, name, result](const UnifiedEvent&, const HeldMods&) {
+            calls += name;
             return result;
         };
     };
-    EXPECT_TRUE(AnyOf({answer('a', false), answer('b', true), answer('c', true)})(Event(0, 65, true), {}));
-    EXPECT_EQ(asked, "ab");
+    EXPECT_TRUE(
+        AnyOf({predicate('a', false), predicate('b', true), predicate('c', true)})(Event(0, 65, true), {}));
+    EXPECT_EQ(calls, "ab");
 }
 
-TEST(ScanSequence, ExactlyTheSpanIsInsideAndTheNextStartIsTried) {
+TEST(ScanSequence, MatchesWithinTheSpanAndTriesTheNextStart) {
     const std::vector<KeyPredicate> steps = {Combo({}, 65), Combo({}, 66)};
     EXPECT_TRUE(Sequence(Macro().Down(0, 65).Down(30.0, 66), steps, 30.0).matched);
     EXPECT_FALSE(Sequence(Macro().Down(0, 65).Down(30.001, 66), steps, 30.0).matched);
     const SeqResult second = Sequence(Macro().Down(0, 65).Down(1, 65).Down(30.001, 66), steps, 30.0);
     EXPECT_TRUE(second.matched);
     EXPECT_EQ(second.atSec, 1);
-    // Any key looked at on the way ends the attempt, not only a step's.
+    // A late key between the steps ends the attempt too.
     EXPECT_FALSE(Sequence(Macro().Down(0, 65).Down(31, 67).Down(2, 66), steps, 30.0).matched);
-    // Times that run backwards are inside.
+    // Times that run backwards are within the span.
     EXPECT_TRUE(Sequence(Macro().Down(100, 65).Down(2, 66), steps, 30.0).matched);
     const double odd = std::numeric_limits<double>::quiet_NaN();
     EXPECT_TRUE(Sequence(Macro().Down(0, 65).Down(odd, 66), steps, 30.0).matched);
     EXPECT_TRUE(Sequence(Macro().Down(odd, 65).Down(100, 66), steps, 30.0).matched);
 }
 
-TEST(ScanSequence, OtherKeysMayStandBetweenAndOneKeyIsOneStep) {
+TEST(ScanSequence, AllowsOtherKeysBetweenAndOneStepPerKey) {
     const std::vector<KeyPredicate> steps = {Combo({}, 65), Combo({}, 65), Combo({}, 66)};
     EXPECT_FALSE(Sequence(Macro().Down(0, 65).Down(1, 66), steps).matched);
     const SeqResult result =
@@ -211,7 +212,7 @@ TEST(ScanSequence, OtherKeysMayStandBetweenAndOneKeyIsOneStep) {
     EXPECT_FALSE(Sequence(Macro().Down(3, 65), {}).matched);
 }
 
-TEST(ScanSequence, TheFiveHundredthAttemptIsTheLast) {
+TEST(ScanSequence, GivesUpAfterFiveHundredAttempts) {
     const std::vector<KeyPredicate> steps = {Combo({}, 65), Combo({}, 66)};
     for (const int failing : {498, 499, 500, 501, 5000}) {
         Macro macro;
@@ -227,7 +228,7 @@ TEST(ScanSequence, TheFiveHundredthAttemptIsTheLast) {
     }
 }
 
-TEST(ScanCount, TheFirstWindowThatIsShortEnough) {
+TEST(ScanCount, FindsTheFirstWindowWithinTheSpan) {
     Macro macro;
     macro.Down(0, 65).Down(1, 66).Down(40, 65).Down(60, 65);
     const auto keys = MacroScan::NormaliseKeys(macro.events);
@@ -240,7 +241,7 @@ TEST(ScanCount, TheFirstWindowThatIsShortEnough) {
     EXPECT_FALSE(MacroScan::CountWithin(keys, Combo({}, 65), 0, 1000).matched);
 }
 
-TEST(ScanBurst, EightKeysWithinFiveSeconds) {
+TEST(ScanBurst, FindsEightKeysWithinFiveSeconds) {
     const auto burst = [](const Macro& macro) {
         return MacroScan::FindTypingBurst(MacroScan::NormaliseKeys(macro.events));
     };
@@ -266,7 +267,7 @@ TEST(ScanBurst, EightKeysWithinFiveSeconds) {
     EXPECT_EQ(burst(ten).lastIndex, 9U);
 }
 
-TEST(ScanScenarios, TheTableHasTheSettledScenarios) {
+TEST(ScanScenarios, TheTableHasTheseScenarios) {
     struct Row {
         const char* id;
         const char* severity;
@@ -314,22 +315,22 @@ TEST(ScanScenarios, TheTableHasTheSettledScenarios) {
     }
 }
 
-TEST(ScanScenarios, ACapitalLetterIsTypedAndNoShortcut) {
+TEST(ScanScenarios, AKeyWithShiftCountsAsTyping) {
     EXPECT_EQ(Macro().Tap(0, {kWin}, 82).Tap(900, {}, 65).Tap(900, {}, 13).Matches(),
               "run-command start-launch system-keys");
     EXPECT_EQ(Macro().Tap(0, {kShift}, 82).Tap(1, {}, 13).Matches(), "");
 }
 
-TEST(ScanScenarios, AdminApproval) {
+TEST(ScanScenarios, AdminApprovalNeedsTheRunBoxOrTheStartMenu) {
     EXPECT_EQ(Macro().Tap(0, {kWin}, 82).Tap(9, {kAlt}, 89).Matches(), "admin-approve system-keys");
     EXPECT_EQ(Macro().Tap(0, {}, kWin).Tap(1, {}, 65).Tap(9, {kCtrl, kShift}, 13).Matches(), "admin-approve");
     EXPECT_EQ(Macro().Tap(0, {}, kWin).Tap(9, {kCtrl, kShift}, 13).Matches(), "");
-    Macro second;  // the Run box comes later than the Start menu, and is what counts
+    Macro second;  // the Run box counts although the Start menu comes first
     second.Tap(0, {}, kWin).Tap(1, {}, 65).Tap(5, {kWin}, 82).Tap(9, {kAlt}, 89);
     EXPECT_NE(second.Json().find(One("admin-approve", "DANGER", "5")), std::string::npos);
 }
 
-TEST(ScanScenarios, PowerMenu) {
+TEST(ScanScenarios, PowerMenuNeedsAnItem) {
     for (const uint32_t item : {73U, 65U, 84U, 71U}) {
         EXPECT_EQ(Macro().Tap(0, {kWin}, 88).Tap(1, {}, item).Matches(), "power-menu system-keys");
         EXPECT_EQ(Macro().Tap(0, {kWin}, 88).Tap(1, {kShift}, item).Matches(), "system-keys");
@@ -337,14 +338,14 @@ TEST(ScanScenarios, PowerMenu) {
     EXPECT_EQ(Macro().Tap(0, {kWin}, 88).Tap(1, {}, 66).Matches(), "system-keys");
 }
 
-TEST(ScanScenarios, StartMenu) {
+TEST(ScanScenarios, StartMenuNeedsTypingAndEnter) {
     EXPECT_EQ(Macro().Tap(0, {}, kWin).Tap(1, {}, 65).Tap(2, {}, 66).Tap(3, {}, 13).Matches(),
               "start-launch");
     EXPECT_EQ(Macro().Tap(0, {}, kWin).Matches(), "");
     EXPECT_EQ(Macro().Down(0, 91).Down(0, 92).Matches(), "");
 }
 
-TEST(ScanScenarios, CopyAndPaste) {
+TEST(ScanScenarios, CopyAndPasteMatchesWithinAMinuteOrWithEnter) {
     EXPECT_EQ(Macro().Tap(0, {kCtrl, kShift}, 67).Tap(1, {kCtrl}, 86).Tap(2, {}, 13).Matches(), "");
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 67).Tap(61, {kCtrl}, 86).Matches(), "");
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 67).Tap(61, {kCtrl}, 86).Tap(62, {}, 13).Matches(), "copy-paste-send");
@@ -352,7 +353,7 @@ TEST(ScanScenarios, CopyAndPaste) {
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 67).Tap(1, {kCtrl}, 86).Tap(2, {kCtrl}, 13).Matches(), "copy-paste");
 }
 
-TEST(ScanScenarios, Screenshots) {
+TEST(ScanScenarios, ScreenshotNeedsAPaste) {
     EXPECT_EQ(Macro().Tap(0, {}, 44).Tap(1, {kCtrl}, 86).Matches(), "screenshot-paste");
     EXPECT_EQ(Macro().Tap(0, {kAlt}, 44).Tap(1, {kCtrl}, 86).Matches(), "screenshot-paste");
     EXPECT_EQ(Macro().Tap(0, {kWin, kShift}, 83).Tap(1, {kCtrl}, 86).Matches(),
@@ -360,7 +361,7 @@ TEST(ScanScenarios, Screenshots) {
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 44).Tap(1, {kCtrl}, 86).Matches(), "");
 }
 
-TEST(ScanScenarios, DeletingAndOverwriting) {
+TEST(ScanScenarios, DeletingAndOverwritingNeedTheirShortcuts) {
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 65).Tap(1, {}, 46).Matches(), "select-all-delete");
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 65).Tap(1, {}, 8).Tap(2, {kCtrl}, 83).Matches(),
               "select-all-delete wipe-and-save");
@@ -370,13 +371,13 @@ TEST(ScanScenarios, DeletingAndOverwriting) {
     EXPECT_EQ(Macro().Tap(0, {}, 46).Matches(), "");
 }
 
-TEST(ScanScenarios, OpenAddress) {
+TEST(ScanScenarios, OpenAddressMatchesWithinThirtySeconds) {
     EXPECT_EQ(Macro().Tap(0, {}, 117).Tap(1, {}, 65).Tap(30.0, {}, 13).Matches(), "open-address");
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 76).Tap(1, {}, 65).Tap(29, {}, 13).Matches(), "open-address");
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 76).Tap(31, {}, 65).Tap(31, {}, 13).Matches(), "");
 }
 
-TEST(ScanScenarios, TypeAndSend) {
+TEST(ScanScenarios, TypeAndSendNeedsEnterWithinTenSecondsOfTheFirstBurst) {
     const auto typed = [](double from, Macro macro) {
         for (int i = 0; i < 8; ++i) {
             macro.Tap(from + 0.5 * i, {}, 65);
@@ -385,13 +386,13 @@ TEST(ScanScenarios, TypeAndSend) {
     };
     EXPECT_EQ(typed(0, {}).Tap(10.0, {}, 13).Matches(), "type-and-send");
     EXPECT_EQ(typed(0, {}).Tap(10.001, {}, 13).Matches(), "");
-    EXPECT_EQ(typed(0, {}).Tap(11, {}, 66).Tap(5, {}, 13).Matches(), "");  // the late key ends it
+    EXPECT_EQ(typed(0, {}).Tap(11, {}, 66).Tap(5, {}, 13).Matches(), "");  // the late key ends the search
     EXPECT_EQ(typed(100, typed(0, {}).Tap(50, {}, 13)).Tap(104, {}, 13).Matches(), "");
     EXPECT_EQ(typed(0, {}).Tap(5, {kShift}, 13).Matches(), "");
     EXPECT_EQ(Macro().Tap(0, {}, 65).Tap(1, {}, 13).Matches(), "");
 }
 
-TEST(ScanScenarios, ClosingAndSwitching) {
+TEST(ScanScenarios, ClosingAndSwitchingNeedSeveralPresses) {
     EXPECT_EQ(Macro().Tap(0, {kAlt}, 115).Matches(), "");
     EXPECT_EQ(Macro().Tap(0, {kAlt}, 115).Tap(30, {kCtrl}, 87).Matches(), "close-windows");
     EXPECT_EQ(Macro().Tap(0, {kCtrl}, 87).Tap(30.001, {kCtrl}, 87).Matches(), "");
@@ -409,11 +410,11 @@ TEST(ScanReport, DangerComesFirst) {
         Report("danger", One("permanent-delete", "DANGER", "9") + "," + One("task-manager", "CAUTION", "3")));
 }
 
-TEST(ScanReport, SuppressionRemovesTheLesserFinding) {
+TEST(ScanReport, AFindingSuppressesTheLesserOne) {
     EXPECT_EQ(
         Macro().Tap(1.25, {kWin}, 82).Tap(2, {}, 65).Tap(3, {}, 13).Json(),
         Report("danger", One("run-command", "DANGER", "1.25") + "," + One("start-launch", "DANGER", "1.25")));
-    // Held together with Shift the Windows key is not bare: only the Run box is left.
+    // With Shift held the Windows key is not bare: only the Run box is left.
     EXPECT_EQ(Macro()
                   .Down(0, kShift)
                   .Down(1, kWin)
@@ -439,7 +440,7 @@ TEST(ScanReport, EqualTimesAreSortedById) {
                               "," + One("task-manager", "CAUTION", "5")));
 }
 
-TEST(ScanReport, OnlyTheFirstOccurrenceAndSixDigits) {
+TEST(ScanReport, ReportsTheFirstOccurrenceWithSixDigits) {
     const Macro macro = Macro().Tap(1234.5678, {kShift}, 46).Tap(2000, {kShift}, 46);
     EXPECT_EQ(macro.Json(), Report("danger", One("permanent-delete", "DANGER", "1234.57")));
     const MacroScan::ScanReport report = MacroScan::ScanMacro(macro.events);

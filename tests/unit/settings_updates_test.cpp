@@ -1,6 +1,6 @@
 #include "editing/settings_updates.h"
 
-#include "base/text.h"
+#include "base/numbers.h"
 #include "model/engine_state.h"
 #include "storage/settings_table.h"
 #include "storage/settings_text.h"

@@ -1,4 +1,4 @@
-// What the unit tests share: environment variables, fixtures and a clean engine state.
+// Shared by the unit tests: environment variables, fixtures and a clean engine state.
 #pragma once
 
 #include "model/engine_state.h"
@@ -14,7 +14,7 @@
 #include <string_view>
 #include <thread>
 
-// Sets (or, with null, removes) an environment variable and puts it back at the end.
+// Sets an environment variable, or removes it if `value` is null, and restores it at the end of the scope.
 class ScopedEnv {
   public:
     ScopedEnv(const char* name, const char* value) : name_(name) {
@@ -51,7 +51,7 @@ inline std::string FixturePath(std::string_view name) {
     return std::string(VARNELLE_FIXTURES) + "/" + std::string(name);
 }
 
-// Looks again every millisecond until `condition` holds; false if it never does within a generous limit.
+// Waits until `condition` holds, checking every millisecond. Returns false if the limit passes first.
 inline bool WaitUntil(const std::function<bool()>& condition, int limitSeconds = 30) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limitSeconds);
     while (!condition()) {
@@ -63,14 +63,14 @@ inline bool WaitUntil(const std::function<bool()>& condition, int limitSeconds =
     return true;
 }
 
-// The engines' state at its defaults, before and after each test.
+// Resets the engine state before and after each test.
 class EngineStateTest : public ::testing::Test {
   protected:
     EngineStateTest() { ResetEngineState(); }
     ~EngineStateTest() override { ResetEngineState(); }
 };
 
-// The same with a data folder of its own, which does not exist yet.
+// Each test also has a data folder of its own, which does not exist yet.
 class DataFolderTest : public EngineStateTest {
   protected:
     DataFolderTest() { SetSessionPath(""); }

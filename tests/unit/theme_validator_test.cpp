@@ -1,7 +1,7 @@
 #include "themes/validator.h"
 
 #include "unit/test_support.h"
-#include "unit/theme_bytes.h"
+#include "unit/theme_files.h"
 
 #include <cstdint>
 #include <fstream>
@@ -13,7 +13,7 @@
 namespace {
 
 std::string Png(uint32_t width, uint32_t height, size_t size = 40) {
-    std::string bytes = PngHead(width, height);
+    std::string bytes = PngHeader(width, height);
     bytes.resize(size, '\x42');
     return bytes;
 }
@@ -65,14 +65,14 @@ std::string WithPieces(const std::string& pieces) {
 }
 
 std::string WithPiece(const std::string& name, const std::string& bytes) {
-    return WithPieces("{\"" + name + "\":\"" + Encode(bytes) + "\"}");
+    return WithPieces("{\"" + name + "\":\"" + EncodeBase64(bytes) + "\"}");
 }
 
 std::string WithFont(const std::string& bytes) {
-    return WithSkin(R"({"template":1,"font":")" + Encode(bytes) + "\"}");
+    return WithSkin(R"({"template":1,"font":")" + EncodeBase64(bytes) + "\"}");
 }
 
-// "colours", "skin <count>" with " +font" if it has one, or the message.
+// Returns "colours", "skin <count>" with " +font" if it has one, or the error message.
 std::string Verdict(const std::string& text) {
     ThemeRecord record;
     ThemeReport report;
@@ -91,7 +91,7 @@ std::string Verdict(const std::string& text) {
                           : "colours";
 }
 
-TEST(ThemeColour, HasThreeForms) {
+TEST(ThemeColour, AcceptsThreeForms) {
     for (const char* good : {"#ABC", "#abc", "#aabbcc", "#A0b1C2", "rgb(1,2,3)", "rgb(1,2,3,)",
                              "rgb( 1 , 2 , 3 )", "rgb(000,255,9)", "rgb(1,2,3 ,)"}) {
         EXPECT_TRUE(IsThemeColour(good)) << good;
@@ -131,7 +131,7 @@ TEST(ThemeColour, HasThreeForms) {
     }
 }
 
-TEST(ThemeText, ReturnsTheWrittenValues) {
+TEST(ThemeText, FillsTheRecordWithTheValuesOfTheFile) {
     ThemeRecord record;
     record.hasSkin = true;
     record.path = "before";
@@ -149,14 +149,14 @@ TEST(ThemeText, ReturnsTheWrittenValues) {
     EXPECT_EQ(record.font, "'Consolas', 'Courier New', monospace");
     EXPECT_FALSE(record.hasSkin);
     EXPECT_EQ(record.path, "");
-    EXPECT_EQ(report.pieceCount, 77) << "no skin, no count";
+    EXPECT_EQ(report.pieceCount, 77) << "unchanged without a skin";
     EXPECT_TRUE(report.hasFont);
 }
 
-TEST(ThemeText, NeedsAName) {
+TEST(ThemeText, RejectsAMissingOrInvalidName) {
     EXPECT_EQ(Verdict(With("name", "\"" + std::string(40, 'n') + "\"")), "colours");
     EXPECT_EQ(Verdict(With("name", "\"\xC3\x89t\xC3\xA9\"")), "colours");
-    EXPECT_EQ(Verdict(With("name", "\"accent\"")), "colours") << "a value is no key";
+    EXPECT_EQ(Verdict(With("name", "\"accent\"")), "colours") << "a value is not a key";
     for (const std::string& bad :
          {"\"" + std::string(41, 'n') + "\"", std::string("\"\""), std::string("\"a\\tb\""),
           std::string("\"a\tb\""), std::string("\"a\x7F\""), std::string("\"\\u0041\"")}) {
@@ -166,7 +166,7 @@ TEST(ThemeText, NeedsAName) {
     EXPECT_EQ(Verdict("x"), "invalid or missing name");
 }
 
-TEST(ThemeText, NeedsSixColours) {
+TEST(ThemeText, RejectsAMissingOrInvalidColour) {
     for (const char* key : {"bgMain", "bgPanel", "bgHeader", "accent", "accentHover", "text"}) {
         EXPECT_EQ(Verdict(Without(key)), std::string("invalid or missing ") + key);
         EXPECT_EQ(Verdict(With(key, "\"#abcd\"")), std::string("invalid or missing ") + key);
@@ -176,7 +176,7 @@ TEST(ThemeText, NeedsSixColours) {
     EXPECT_EQ(Verdict(With("accent", "\"rgb(256,0,0)\"")), "invalid or missing accent");
 }
 
-TEST(ThemeText, IsCheckedInOrder) {
+TEST(ThemeText, ReportsTheFirstErrorInOrder) {
     EXPECT_EQ(Verdict(""), "file is empty");
     EXPECT_EQ(Verdict("{}"), "invalid or missing name");
     EXPECT_EQ(Verdict(R"({"name":"n"})"), "invalid or missing bgMain");
@@ -187,21 +187,21 @@ TEST(ThemeText, IsCheckedInOrder) {
     EXPECT_EQ(Verdict(WithSkin(R"({"template":1,"font":"!","pieces":[]})")), "skin.pieces is not an object");
 }
 
-TEST(ThemeText, NeedsOneOfTwoFontStacks) {
+TEST(ThemeText, AcceptsOnlyTwoFontStacks) {
     EXPECT_EQ(Verdict(With("font", "\"'Segoe UI', Tahoma, Geneva, Verdana, sans-serif\"")), "colours");
     EXPECT_EQ(Verdict(With("font", "\"'Consolas','Courier New',monospace\"")),
               "invalid or missing font stack");
     EXPECT_EQ(Verdict(Without("font")), "invalid or missing font stack");
 }
 
-TEST(ThemeText, TheFirstOfTwoEqualKeysIsRead) {
+TEST(ThemeText, ReadsTheFirstOfTwoEqualKeys) {
     std::string text = Object(kColours);
     EXPECT_EQ(Verdict("{\"accent\":\"red\"," + text.substr(1)), "invalid or missing accent");
     text.pop_back();
     EXPECT_EQ(Verdict(text + ",\"accent\":\"red\"}"), "colours");
 }
 
-TEST(ThemeText, ASkinIsReadOnlyWithItsFormat) {
+TEST(ThemeText, ReadsASkinOnlyWithFormatAndTemplate) {
     const std::string broken = R"({"template":1,"pieces":[],"font":"!"})";
     EXPECT_EQ(Verdict(WithSkin(broken)), "skin.pieces is not an object");
     EXPECT_EQ(Verdict(WithSkin(broken, "\"2\"")), "skin.pieces is not an object");
@@ -217,14 +217,14 @@ TEST(ThemeText, ASkinIsReadOnlyWithItsFormat) {
     EXPECT_EQ(Verdict(With("format", "2")), "colours");
 }
 
-TEST(ThemeText, PrettyPrintedItReadsTheSame) {
+TEST(ThemeText, ReadsAFormattedFileTheSame) {
     const std::string text = Object(kColours);
     EXPECT_EQ(Verdict(text.substr(0, text.size() - 1) +
                       ",\r\n\t\"format\": 2\r\n,\"skin\": {\n\"template\": 1\n,\"pieces\": []\n}\n}\n"),
               "skin.pieces is not an object");
 }
 
-TEST(ThemeText, PiecesAreAnObject) {
+TEST(ThemeText, RejectsPiecesThatAreNotAnObject) {
     EXPECT_EQ(Verdict(WithPieces("{}")), "colours");
     EXPECT_EQ(Verdict(WithPieces("\"\"")), "colours");
     EXPECT_EQ(Verdict(WithPieces("[]")), "skin.pieces is not an object");
@@ -232,7 +232,7 @@ TEST(ThemeText, PiecesAreAnObject) {
     EXPECT_EQ(Verdict(WithPieces("\"x\"")), "skin.pieces is not an object");
 }
 
-TEST(ThemeText, KnowsTwentyFourPieces) {
+TEST(ThemeText, AcceptsTwentyFourPiecesOfTheirSizes) {
     const std::vector<std::pair<std::string, std::pair<uint32_t, uint32_t>>> rows = {
         {"window", {1024, 768}},
         {"panel", {256, 256}},
@@ -266,7 +266,7 @@ TEST(ThemeText, KnowsTwentyFourPieces) {
         const std::string wrong = "invalid or wrong-size PNG for piece: " + name;
         EXPECT_EQ(Verdict(WithPiece(name, Png(width, height - 1))), wrong);
         EXPECT_EQ(Verdict(WithPiece(name, Png(width + 1, height))), wrong);
-        all[name] = "\"" + Encode(Png(width, height)) + "\"";
+        all[name] = "\"" + EncodeBase64(Png(width, height)) + "\"";
     }
     EXPECT_EQ(Verdict(WithPieces(Object(all))), "skin 24");
     for (const char* name : {"Window", "", "window.on", "scroll-track.on", "window "}) {
@@ -274,7 +274,7 @@ TEST(ThemeText, KnowsTwentyFourPieces) {
     }
 }
 
-TEST(ThemeText, ReadsTheHeadOfAPng) {
+TEST(ThemeText, ChecksThePngHeader) {
     const std::string wrong = "invalid or wrong-size PNG for piece: panel";
     const std::string good = Png(256, 256, 24);
     EXPECT_EQ(Verdict(WithPiece("panel", good)), "skin 1");
@@ -287,9 +287,9 @@ TEST(ThemeText, ReadsTheHeadOfAPng) {
     }
 }
 
-TEST(ThemeText, APieceIsStrictBase64) {
+TEST(ThemeText, RejectsAPieceThatIsNotStrictBase64) {
     const std::string wrong = "invalid base64 for piece: panel";
-    const std::string good = Encode(Png(256, 256, 42));
+    const std::string good = EncodeBase64(Png(256, 256, 42));
     const auto verdict = [](const std::string& value) {
         return Verdict(WithPieces("{\"panel\":" + value + "}"));
     };
@@ -299,14 +299,13 @@ TEST(ThemeText, APieceIsStrictBase64) {
           std::string(), good + "\\u0041\\u0041"}) {
         EXPECT_EQ(verdict("\"" + bad + "\""), wrong) << bad;
     }
-    // A raw line break cannot be part of a string: nothing after it is found.
+    // An unescaped line break ends the scan: no key after it is found.
     EXPECT_EQ(verdict("\"" + good.substr(0, 20) + "\n" + good.substr(20) + "\""), "invalid or missing text");
     EXPECT_EQ(verdict("{}"), wrong);
-    EXPECT_EQ(verdict("true"), "invalid or wrong-size PNG for piece: panel")
-        << "four letters of the alphabet";
+    EXPECT_EQ(verdict("true"), "invalid or wrong-size PNG for piece: panel") << "four digits of base64";
 }
 
-TEST(ThemeText, EscapedSlashesAreSlashes) {
+TEST(ThemeText, ReadsEscapedSlashes) {
     std::string bytes = Png(256, 256, 24) + "\xFF\xFF\xFF";
     const std::string text = WithPiece("panel", bytes);
     std::string escaped;
@@ -317,7 +316,7 @@ TEST(ThemeText, EscapedSlashesAreSlashes) {
     EXPECT_EQ(Verdict(escaped), "skin 1");
 }
 
-TEST(ThemeText, APieceHasACap) {
+TEST(ThemeText, RejectsAPieceAboveTheCap) {
     EXPECT_EQ(Verdict(WithPiece("panel", Png(256, 256, 1048576))), "skin 1");
     EXPECT_EQ(Verdict(WithPiece("panel", Png(256, 256, 1048577))),
               "piece exceeds the 1 MB decoded cap: panel");
@@ -325,31 +324,31 @@ TEST(ThemeText, APieceHasACap) {
               "piece exceeds the 1 MB decoded cap: panel");
 }
 
-TEST(ThemeText, APieceGivenTwiceCountsTwice) {
-    const std::string good = "\"panel\":\"" + Encode(Png(256, 256)) + "\"";
+TEST(ThemeText, CountsARepeatedPieceTwiceWithItsFirstValue) {
+    const std::string good = "\"panel\":\"" + EncodeBase64(Png(256, 256)) + "\"";
     EXPECT_EQ(Verdict(WithPieces("{" + good + ",\"panel\":\"!\"}")), "skin 2");
     EXPECT_EQ(Verdict(WithPieces("{\"panel\":\"!\"," + good + "}")), "invalid base64 for piece: panel");
 }
 
-TEST(ThemeText, AListedKeyIsReadByItsRawBytes) {
-    const std::string value = ":\"" + Encode(Png(192, 64)) + "\"";
+TEST(ThemeText, LooksUpAListedKeyByItsRawBytes) {
+    const std::string value = ":\"" + EncodeBase64(Png(192, 64)) + "\"";
     EXPECT_EQ(Verdict(WithPieces("{\"\\button\"" + value + "}")), "invalid base64 for piece: button");
     EXPECT_EQ(Verdict(WithPieces("{\"button\"" + value + ",\"\\button\":1}")), "skin 2");
 }
 
-TEST(ThemeText, TheListingDecidesWhichPiecesThereAre) {
-    const std::string value = ":\"" + Encode(Png(192, 64)) + "\"";
+TEST(ThemeText, OnlyListedKeysArePieces) {
+    const std::string value = ":\"" + EncodeBase64(Png(192, 64)) + "\"";
     EXPECT_EQ(Verdict(WithPieces("{\"button\"" + value + " \"nonsense\":1}")), "skin 1");
     EXPECT_EQ(Verdict(WithPieces("{:\"button\"" + value + "}")), "colours");
 }
 
-TEST(ThemeText, ASkinMayComeAsAString) {
+TEST(ThemeText, AcceptsASkinAsAString) {
     EXPECT_EQ(Verdict(WithSkin(R"("{\"template\":1,\"pieces\":[]}")")), "skin.pieces is not an object");
     EXPECT_EQ(Verdict(WithSkin(R"("{\"template\":1,\"pieces\":\"{\\\"Panel\\\":1}\"}")")),
               "unknown skin piece name: Panel");
 }
 
-TEST(ThemeText, AFontIsTrueTypeOrOpenType) {
+TEST(ThemeText, AcceptsOnlyTrueTypeAndOpenTypeFontsWithinTheLimits) {
     EXPECT_EQ(Verdict(WithFont(Font(1024))), "skin 0 +font");
     EXPECT_EQ(Verdict(WithFont(Font(1024, std::string("\0\1\0\0", 4)))), "skin 0 +font");
     EXPECT_EQ(Verdict(WithFont(Font(2097152))), "skin 0 +font");
@@ -364,27 +363,27 @@ TEST(ThemeText, AFontIsTrueTypeOrOpenType) {
     EXPECT_EQ(Verdict(WithSkin(R"({"template":1,"font":""})")), "colours");
 }
 
-TEST(ThemeText, PiecesAndFontTogether) {
-    EXPECT_EQ(Verdict(WithSkin("{\"template\":1,\"font\":\"" + Encode(Font(1500)) +
-                               "\",\"pieces\":{\"radio\":\"" + Encode(Png(52, 52)) + "\"}}")),
+TEST(ThemeText, AcceptsPiecesAndFontTogether) {
+    EXPECT_EQ(Verdict(WithSkin("{\"template\":1,\"font\":\"" + EncodeBase64(Font(1500)) +
+                               "\",\"pieces\":{\"radio\":\"" + EncodeBase64(Png(52, 52)) + "\"}}")),
               "skin 1 +font");
 }
 
-// Each of these takes hours if a name or a level costs a pass of its own.
-TEST(ThemeText, AHostileFileIsValidatedQuickly) {
-    const std::string panel = "\"panel\":\"" + Encode(Png(256, 256, 1048576)) + "\"";
+// Each of these takes hours if every name or level costs a pass of its own.
+TEST(ThemeText, ValidatesAHostileFileInLinearTime) {
+    const std::string panel = "\"panel\":\"" + EncodeBase64(Png(256, 256, 1048576)) + "\"";
     std::string many = panel;
-    constexpr int kAgain = 900000;
-    for (int i = 0; i < kAgain; ++i) {
+    constexpr int kRepeats = 900000;
+    for (int i = 0; i < kRepeats; ++i) {
         many += ",\"panel\":0";
     }
-    EXPECT_EQ(Verdict(WithPieces("{" + many + "}")), "skin " + std::to_string(kAgain + 1));
-    EXPECT_EQ(Verdict(With("x", std::string(12000000, '['))), "colours") << "the keys before it were found";
+    EXPECT_EQ(Verdict(WithPieces("{" + many + "}")), "skin " + std::to_string(kRepeats + 1));
+    EXPECT_EQ(Verdict(With("x", std::string(12000000, '['))), "colours") << "the keys before it are found";
     EXPECT_EQ(Verdict(With("accent", "\"rgb(" + std::string(12000000, ',') + ")\"")),
               "invalid or missing accent");
 }
 
-TEST(ThemeFile, SetsThePathAndReturnsTheText) {
+TEST(ThemeFile, SetsThePathAndTheTextOnAcceptance) {
     const std::string path = FixturePath("themes/colours.vrltheme");
     ThemeRecord record;
     ThemeReport report;
@@ -396,7 +395,7 @@ TEST(ThemeFile, SetsThePathAndReturnsTheText) {
     EXPECT_TRUE(ValidateThemeFile(path, &record, nullptr, nullptr));
 }
 
-TEST(ThemeFile, ReturnsNothingOnRejection) {
+TEST(ThemeFile, SetsNothingOnRejection) {
     TempFolder folder;
     const std::string path = folder.File("bad.vrltheme");
     WriteFile(path, Without("text"));
@@ -411,14 +410,14 @@ TEST(ThemeFile, ReturnsNothingOnRejection) {
     EXPECT_EQ(report.message, "could not open file");
     EXPECT_FALSE(ValidateThemeFile(folder.File("none.vrltheme"), &record, nullptr, nullptr));
     EXPECT_FALSE(ValidateThemeFile(folder.Path(), &record, &report, &text));
-    EXPECT_EQ(report.message, "could not open file") << "a folder, also where it opens like a file";
+    EXPECT_EQ(report.message, "could not open file") << "a folder, even if it opens like a file";
 }
 
-// The kernel's files report the size of a page and contain less: such a file ends early. Wine shows them too.
-TEST(ThemeFile, ThatEndsEarlyCannotBeRead) {
+// A kernel file reports the size of a page and holds less, so that reading it ends early. Wine shows these files too.
+TEST(ThemeFile, RejectsAFileThatEndsEarly) {
     const std::string path = "/sys/devices/system/cpu/online";
     if (ReadFile(path).empty()) {
-        GTEST_SKIP() << "no file here tells more than it holds: " << path << " is missing";
+        GTEST_SKIP() << "needs a file that holds less than its size: " << path << " is missing";
     }
     ThemeRecord record;
     ThemeReport report;
@@ -429,8 +428,8 @@ TEST(ThemeFile, ThatEndsEarlyCannotBeRead) {
     EXPECT_EQ(record.path, "");
 }
 
-// No machine has enough memory for such a file.
-TEST(ThemeFile, AFileBeyondTheCapIsNotRead) {
+// No machine has the memory for such a file.
+TEST(ThemeFile, RejectsAFileAboveTheCapWithoutReadingIt) {
     TempFolder folder;
     const std::string path = folder.File("huge.vrltheme");
     WriteFile(path, Object(kColours));
@@ -438,7 +437,7 @@ TEST(ThemeFile, AFileBeyondTheCapIsNotRead) {
     end.seekp(std::streamoff{1} << 42).put(' ');
     end.close();
     if (!end.good()) {
-        GTEST_SKIP() << "no file of four terabytes here, not even an empty one";
+        GTEST_SKIP() << "this file system has no sparse file of four terabytes";
     }
     ThemeRecord record;
     ThemeReport report;
@@ -448,7 +447,7 @@ TEST(ThemeFile, AFileBeyondTheCapIsNotRead) {
     EXPECT_EQ(text, "before");
 }
 
-TEST(ThemeFile, HasACap) {
+TEST(ThemeFile, RejectsAFileAboveTheCap) {
     TempFolder folder;
     const std::string path = folder.File("size.vrltheme");
     const auto verdict = [&](const std::string& text) {

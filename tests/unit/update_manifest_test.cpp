@@ -15,7 +15,7 @@ bool Newer(std::string_view candidate, std::string_view own) {
     return IsNewerVersion(ParseVersion(candidate), ParseVersion(own));
 }
 
-// The signed cases of the fixture: its key line, and each case line by its name.
+// Provides the signed cases of the fixture: its key line, and each case line by its name.
 class UpdateVectors : public ::testing::Test {
   protected:
     UpdateVectors() : text_(ReadFile(FixturePath("update/vectors.jsonl"))) {
@@ -34,7 +34,7 @@ class UpdateVectors : public ::testing::Test {
                 return std::string(line);
             }
         }
-        ADD_FAILURE() << "no case " << name;
+        ADD_FAILURE() << "case not found: " << name;
         return {};
     }
 
@@ -69,7 +69,7 @@ constexpr const char* kSkipped = "FAIL case before a valid key line - skipped\n"
 
 }  // namespace
 
-TEST(UpdateFields, AreReadFlat) {
+TEST(UpdateFields, ReadTheStringAfterTheFirstKey) {
     EXPECT_EQ(ReadFlatField(R"({"tier":"plus"})", "tier"), "plus");
     EXPECT_EQ(ReadFlatField("\"tier\" \n : \n \"plus\"", "tier"), "plus");
     EXPECT_EQ(ReadFlatField(R"({"tier":"a","tier":"b"})", "tier"), "a");
@@ -82,14 +82,14 @@ TEST(UpdateFields, AreReadFlat) {
     }
 }
 
-TEST(UpdateFields, UndoEscapes) {
+TEST(UpdateFields, UnescapeTheString) {
     EXPECT_EQ(ReadFlatField(R"({"a":"1\n2\r3\t4\"5\\6\/7\b8\u0041"})", "a"), "1\n2\r3\t4\"5\\6/7b8u0041");
     EXPECT_EQ(ReadFlatField(R"({"a":"left)", "a"), "left");
     EXPECT_EQ(ReadFlatField("{\"a\":\"left\\", "a"), "left");
     EXPECT_EQ(ReadFlatField("{\"a\":\"left\\\"", "a"), "left\"");
 }
 
-TEST(UpdateFields, TrueIsReadAfterTheColon) {
+TEST(UpdateFields, TruthIsTheWordTrueAfterTheColon) {
     EXPECT_TRUE(ReadFlatTruth(R"({"expect":true})", "expect"));
     EXPECT_TRUE(ReadFlatTruth("{\"expect\" : \t true}", "expect"));
     EXPECT_FALSE(ReadFlatTruth(R"({"expect":false})", "expect"));
@@ -99,7 +99,7 @@ TEST(UpdateFields, TrueIsReadAfterTheColon) {
     EXPECT_FALSE(ReadFlatTruth("", "expect"));
 }
 
-TEST(UpdateFields, HexIsReadInPairs) {
+TEST(UpdateFields, HexIsDecodedInPairs) {
     std::string bytes = "before";
     for (const char* text : {"0", "0g", "x0", "00 ", "0x00", "0:"}) {
         EXPECT_FALSE(DecodeHex(text, &bytes)) << text;
@@ -111,7 +111,7 @@ TEST(UpdateFields, HexIsReadInPairs) {
     EXPECT_EQ(bytes, "");
 }
 
-TEST(UpdateVersion, HasOneForm) {
+TEST(UpdateVersion, ParsesOneFormOnly) {
     const SemanticVersion stable = ParseVersion("001.20.99999");
     EXPECT_TRUE(stable.valid);
     EXPECT_EQ(stable.major, 1);
@@ -151,7 +151,7 @@ TEST(UpdateVersion, HasOneForm) {
     }
 }
 
-TEST(UpdateVersion, Compares) {
+TEST(UpdateVersion, ComparesNumbersThenPreview) {
     EXPECT_TRUE(Newer("1.0.2", "1.0.1"));
     EXPECT_FALSE(Newer("1.0.1", "1.0.1"));
     EXPECT_FALSE(Newer("1.0.1-preview.3", "1.0.1"));
@@ -165,7 +165,7 @@ TEST(UpdateVersion, Compares) {
     EXPECT_FALSE(Newer("2.0.9", "2.1.0"));
 }
 
-TEST(UpdateUrl, OnlyTwoHosts) {
+TEST(UpdateUrl, AllowsOnlyTwoHosts) {
     for (const std::string& url :
          {"https://" + kSite, "https://" + kSite + "/", "https://" + kSite + "?a", "https://" + kSite + "#a",
           "https://" + kApi + "/download/plus", std::string("https://VARNELLE.Example/a")}) {
@@ -182,12 +182,12 @@ TEST(UpdateUrl, OnlyTwoHosts) {
     }
 }
 
-TEST(UpdateMessage, HasTheHashBeforeTheAddress) {
+TEST(UpdateMessage, HasTheHashBeforeTheUrl) {
     EXPECT_EQ(BuildSignedMessage("plus", "1.0.2", "abc", "https://x"),
               "VRL-UPDATE-1|plus|1.0.2|abc|https://x");
 }
 
-TEST_F(UpdateVectors, AnAcceptedManifestIsCopied) {
+TEST_F(UpdateVectors, AnAcceptedManifestFillsTheRecord) {
     const std::string good = Case("newer patch");
     UpdateManifestInfo info;
     ASSERT_TRUE(Evaluate(good, &info));
@@ -203,8 +203,8 @@ TEST_F(UpdateVectors, AnAcceptedManifestIsCopied) {
     EXPECT_TRUE(Evaluate(shuffled));
 }
 
-// The code that fetches a manifest and the tool that signs one enforce the limit of 16384 bytes.
-TEST_F(UpdateVectors, ALongManifestIsValidatedByItsMembers) {
+// The caller that fetches a manifest and the tool that signs one enforce the limit of 16384 bytes.
+TEST_F(UpdateVectors, AManifestIsValidatedByItsMembersAtAnyLength) {
     const std::string good = Case("newer patch");
     const std::string open = good.substr(0, good.rfind('}'));
     for (const size_t size : {size_t{16384}, size_t{16385}, size_t{1} << 20}) {
@@ -227,7 +227,7 @@ TEST_F(UpdateVectors, ARejectedManifestLeavesTheRecordUnchanged) {
     EXPECT_EQ(info.sig, "");
 }
 
-TEST_F(UpdateVectors, NothingIsAcceptedWithoutTheRightKey) {
+TEST_F(UpdateVectors, RejectsEveryManifestWithoutTheRightKey) {
     const std::string good = Case("newer patch");
     UpdateManifestInfo info;
     EXPECT_FALSE(EvaluateManifest(nullptr, good, "plus", "1.0.1", &info));
@@ -235,7 +235,7 @@ TEST_F(UpdateVectors, NothingIsAcceptedWithoutTheRightKey) {
         ImportP256Key({reinterpret_cast<const char*>(kUpdatePublicKey), sizeof kUpdatePublicKey});
     ASSERT_TRUE(other);
     EXPECT_FALSE(EvaluateManifest(other.get(), good, "plus", "1.0.1", &info));
-    // The same manifest of another tier is accepted by a build of that tier.
+    // A manifest for another tier is accepted by a build of that tier.
     EXPECT_TRUE(EvaluateManifest(key_.get(), Case("another tier"), "core", "1.0.1", &info));
     EXPECT_FALSE(EvaluateManifest(key_.get(), Case("unknown tier"), "nightly", "1.0.1", &info));
 }
@@ -253,7 +253,7 @@ TEST_F(UpdateVectors, SelfCheckPassesEveryCase) {
     EXPECT_EQ(report, expected + hostRows_);
 }
 
-TEST_F(UpdateVectors, SelfCheckReportsAWrongExpectation) {
+TEST_F(UpdateVectors, SelfCheckFailsAWrongExpectation) {
     std::string wrong = Case("newer patch");
     wrong.replace(wrong.find("\"expect\":true"), 13, "\"expect\":false");
     bool passed = true;
@@ -261,7 +261,7 @@ TEST_F(UpdateVectors, SelfCheckReportsAWrongExpectation) {
     EXPECT_FALSE(passed);
 }
 
-TEST_F(UpdateVectors, SelfCheckNumbersNamelessCases) {
+TEST_F(UpdateVectors, SelfCheckNumbersUnnamedCases) {
     std::string nameless = Case("newer patch");
     nameless.replace(nameless.find("newer patch"), 11, "");
     bool passed = true;
@@ -271,7 +271,7 @@ TEST_F(UpdateVectors, SelfCheckNumbersNamelessCases) {
     EXPECT_FALSE(passed);
 }
 
-TEST_F(UpdateVectors, SelfCheckWithoutAGoodKeySkips) {
+TEST_F(UpdateVectors, SelfCheckSkipsCasesWithoutAValidKey) {
     const std::string good = Case("newer patch") + "\n";
     bool passed = true;
     for (const char* hex : {"", "4543", "zz", "454353", "4543533120000000"}) {
@@ -285,7 +285,7 @@ TEST_F(UpdateVectors, SelfCheckWithoutAGoodKeySkips) {
     }
 }
 
-TEST_F(UpdateVectors, SelfCheckNeedsACase) {
+TEST_F(UpdateVectors, SelfCheckFailsWithoutACase) {
     bool passed = true;
     EXPECT_EQ(Report("", &passed), hostRows_ + "FAIL no cases found in vectors file\n");
     EXPECT_FALSE(passed);
@@ -293,7 +293,7 @@ TEST_F(UpdateVectors, SelfCheckNeedsACase) {
     EXPECT_FALSE(passed);
 }
 
-TEST_F(UpdateVectors, SelfCheckNeedsItsFile) {
+TEST_F(UpdateVectors, SelfCheckFailsWithoutItsFile) {
     const std::string path = folder_.File("none");
     std::string report;
     EXPECT_FALSE(RunUpdateSelfCheck(path, &report));

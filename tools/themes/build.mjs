@@ -1,9 +1,9 @@
-// Makes the theme files beside the program, one from each assets/themes/*.json:
+// Builds the theme files of the program, one from each assets/themes/*.json:
 //
 //   node tools/themes/build.mjs FOLDER
 //
-// A source has the values of a theme file as they are written. "skin" adds pieces and a font: "drawings" is a module with
-// drawPieces(), "font" a row of kFonts. The same sources give the same bytes.
+// A source holds the values of a theme file. "skin" adds pieces and a font: "drawings" is a module with drawPieces(),
+// "font" a row of kFonts. The same sources produce the same bytes.
 import { spawnSync } from 'node:child_process';
 import {
   existsSync,
@@ -23,8 +23,8 @@ import { encodePng } from './png.mjs';
 const root = join(dirname(fileURLToPath(import.meta.url)), '../..');
 const kSources = join(root, 'assets/themes');
 
-// Fonts of Debian packages, reduced to the letters of the languages below and to the weights that a page uses. A font
-// with a reserved name would need another name; "Inter" has reserved none.
+// Fonts from Debian packages, reduced to the letters of the languages below and the weights that the page uses. A font
+// with a reserved name would have to be renamed; "Inter" has no reserved name.
 const kFonts = {
   inter: {
     file: '/usr/share/fonts/truetype/inter-vf/Inter-roman.var.ttf',
@@ -32,7 +32,7 @@ const kFonts = {
     features: 'kern,mark,mkmk,ccmp,locl,tnum,case',
     unicodes: [
       'U+0020-007E,U+00A0-017F,U+0192,U+0218-021B,U+1E9E', // Latin
-      'U+0300-0304,U+0306-0308,U+030A-030C,U+0327,U+0328', // accents of their own
+      'U+0300-0304,U+0306-0308,U+030A-030C,U+0327,U+0328', // combining accents
       'U+0386-0386,U+0388-038A,U+038C,U+038E-03A1,U+03A3-03CE', // Greek
       'U+0400-045F,U+0490-0491', // Cyrillic
       'U+2010-2015,U+2018-201E,U+2020-2022,U+2026,U+2030,U+2032-2033,U+2039-203A,U+2044', // punctuation
@@ -77,7 +77,7 @@ async function skinOf({ drawings, font }) {
   };
 }
 
-// Returns the whole text of a theme file.
+// Returns the text of a theme file.
 async function themeText(source) {
   const { skin, ...theme } = JSON.parse(readFileSync(source, 'utf8'));
   if (skin) Object.assign(theme, { format: 2, skin: await skinOf(skin) });

@@ -1,4 +1,4 @@
-// Pictures of theme files, in Chromium:
+// Takes pictures of theme files in Chromium:
 //
 //   node tools/themes/pictures.mjs THEMES_FOLDER PICTURES_FOLDER
 //
@@ -11,7 +11,7 @@ import { kSliceMargin } from './quiet_ridges.mjs';
 const pictureUrl = (base64) => `data:image/png;base64,${base64}`;
 const escaped = (text) => text.replaceAll('&', '&amp;').replaceAll('<', '&lt;');
 
-// Returns the CSS of a piece cut into nine parts, at one page pixel for two of its own.
+// A piece cut into nine parts, at half its size.
 function sliced(pieces, name, slice = kSliceMargin) {
   if (!pieces?.[name]) return '';
   return `border: ${slice / 2}px solid transparent; background: none; padding: 0;
@@ -23,7 +23,7 @@ function whole(pieces, name) {
   return pieces?.[name] ? `background: url(${pictureUrl(pieces[name])}) center / 100% 100%; border: 0;` : '';
 }
 
-// Returns black or white, whichever has more contrast with a plain colour.
+// Returns black or white, whichever contrasts more with the colour.
 function inkOn(hex) {
   const [red, green, blue] = [1, 3, 5].map((at) => (parseInt(hex.slice(at, at + 2), 16) / 255) ** 2.2);
   return 0.2126 * red + 0.7152 * green + 0.0722 * blue > 0.18 ? '#000' : '#fff';
@@ -104,7 +104,7 @@ function windowsPage(themes) {
 
 function piecesPage({ theme }) {
   const { pieces, font } = theme.skin;
-  // Each control beside its lit form, the tall ones last.
+  // Each control beside its lit form, tall ones last.
   const isTall = (name) => name.startsWith('scroll');
   const plain = Object.keys(pieces).filter((name) => !name.endsWith('.on'));
   const inOrder = [...plain.filter((name) => !isTall(name)), ...plain.filter(isTall)];

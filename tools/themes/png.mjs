@@ -1,4 +1,4 @@
-// PNG files of 8 bits a channel, written and read with nothing but node:zlib. Same pixels, same bytes.
+// Writes and reads PNG files with 8 bits per channel, using only node:zlib. The same pixels produce the same bytes.
 import { deflateSync, inflateSync } from 'node:zlib';
 
 const kSignature = Buffer.from([0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a]);
@@ -35,7 +35,7 @@ function paeth(left, up, corner) {
   return byUp <= byCorner ? up : corner;
 }
 
-// The byte that a filter predicts from the bytes before it; indexed by the filter's number.
+// What a filter predicts for a byte from the bytes before it, indexed by the filter's number.
 const kPredictions = [() => 0, (left) => left, (left, up) => up, (left, up) => (left + up) >> 1, paeth];
 
 // Runs `each(filter, predicted, at)` over the bytes of a row; `at` counts from the start of the picture.
@@ -82,7 +82,7 @@ function flattest(row, rowBytes, step, pixels) {
   return best;
 }
 
-// `rgba`: width * height * 4 bytes, row by row, alpha not multiplied in. An opaque picture is written without alpha.
+// `rgba`: width * height * 4 bytes, row by row, alpha not multiplied in. Alpha is left out if all pixels are opaque.
 export function encodePng(width, height, rgba) {
   const opaque = rgba.every((value, at) => at % 4 !== 3 || value === 255);
   const pixels = opaque ? rgba.filter((_, at) => at % 4 !== 3) : rgba;
@@ -102,7 +102,7 @@ export function encodePng(width, height, rgba) {
   return Buffer.concat([kSignature, ...chunks]);
 }
 
-// Reads what encodePng writes and returns { width, height, rgba }. Throws on anything else.
+// Reads what encodePng writes; throws at anything else. Returns { width, height, rgba }.
 export function decodePng(bytes) {
   if (!bytes.subarray(0, 8).equals(kSignature)) throw new Error('no PNG signature');
   const parts = {};

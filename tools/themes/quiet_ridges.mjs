@@ -34,7 +34,7 @@ const everywhere = () => -1;
 
 // ---- the window ----
 
-// Returns a repeatable number from 0 to 1 for a whole number.
+// Returns a repeatable pseudo-random number from 0 to 1 for an integer.
 function hash(value) {
   let bits = Math.imul(value ^ 0x9e3779b9, 0x85ebca6b);
   bits = Math.imul(bits ^ (bits >>> 13), 0xc2b2ae35);
@@ -255,7 +255,7 @@ function drawScrollThumb(canvas, left, right) {
   paint(canvas, thumb, across);
 }
 
-// ---- all of them ----
+// ---- all pieces ----
 
 const kSizes = {
   window: [1024, 768],

@@ -22,7 +22,7 @@ export function smooth(from, to, value) {
   return share * share * (3 - 2 * share);
 }
 
-// ---- shapes: (x, y) to distance; `bounds` limits where painting looks ----
+// ---- shapes: (x, y) to distance; `bounds` may limit the painted area ----
 
 const bounded = (shape, left, top, right, bottom) =>
   Object.assign(shape, { bounds: { left, top, right, bottom } });
@@ -64,7 +64,7 @@ export function makeCanvas(width, height) {
   return { width, height, pixels: new Float64Array(width * height * 4) };
 }
 
-// `fill` is a colour or a function that returns one. `within` is an optional second shape that limits the first.
+// `fill` is a colour or a function that returns one. `within` may be a second shape that limits the first.
 export function paint(canvas, shape, fill, within = null) {
   const { width, height, pixels } = canvas;
   const { left = 0, top = 0, right = width, bottom = height } = shape.bounds ?? {};

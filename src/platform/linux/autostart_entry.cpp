@@ -68,7 +68,7 @@ bool AutostartEntryStands(std::string_view entry, std::string_view programPath) 
     TextLines lines(entry);
     std::string_view line;
     while (lines.Next(&line)) {
-        line = TrimBlanks(line);
+        line = TrimSpaces(line);
         if (StartsWith(line, "[")) {
             inGroup = line == kGroup;
             continue;
@@ -77,8 +77,8 @@ bool AutostartEntryStands(std::string_view entry, std::string_view programPath) 
         if (!inGroup || equals == std::string_view::npos) {
             continue;
         }
-        const std::string_view key = TrimBlanks(line.substr(0, equals));
-        const std::string_view value = TrimBlanks(line.substr(equals + 1));
+        const std::string_view key = TrimSpaces(line.substr(0, equals));
+        const std::string_view value = TrimSpaces(line.substr(equals + 1));
         if ((key == "Hidden" && value == "true") ||
             (key == "X-GNOME-Autostart-enabled" && value == "false")) {
             return true;

@@ -37,7 +37,7 @@ TEST(JsonLookup, ALiteralEndsAtTheNextSeparatorOrBracket) {
     }
     EXPECT_EQ(JsonLookup(R"({"a":tr"{x,"b":1})", "a"), "tr\"{x");
     EXPECT_EQ(JsonLookup(R"({"a":tr"{x,"b":1})", "b"), "1");
-    EXPECT_EQ(JsonLookup("{\"a\":2", "a"), "") << "it has no end";
+    EXPECT_EQ(JsonLookup("{\"a\":2", "a"), "") << "without an end";
 }
 
 TEST(JsonLookup, AnyOtherByteEndsTheScan) {
@@ -50,7 +50,7 @@ TEST(JsonLookup, AnyOtherByteEndsTheScan) {
     EXPECT_EQ(JsonLookup(R"(}{"a":1})", "a"), "");
 }
 
-TEST(JsonLookup, StringsHoldPrintableTextAndUtf8Only) {
+TEST(JsonLookup, StringsHoldOnlyPrintableAsciiAndUtf8) {
     const auto value = [](const std::string& inside) {
         return JsonLookup("{\"a\":\"" + inside + "\"}", "a");
     };
@@ -71,11 +71,11 @@ TEST(JsonLookup, StringsHoldPrintableTextAndUtf8Only) {
 TEST(JsonLookup, UnescapesStringValues) {
     EXPECT_EQ(JsonLookup(R"({"a":"\"\\\/\b\f\n\r\t"})", "a"), "\"\\/\b\f\n\r\t");
     EXPECT_EQ(JsonLookup(R"({"a":"x\u0041y","b":1})", "a"), "");
-    EXPECT_EQ(JsonLookup(R"({"a":"x\u0041y","b":1})", "b"), "1") << "such a string does not end the scan";
-    EXPECT_EQ(JsonLookup(R"({"a":{"b":"\n"}})", "a"), R"({"b":"\n"})") << "raw text stays raw";
+    EXPECT_EQ(JsonLookup(R"({"a":"x\u0041y","b":1})", "b"), "1") << "the string does not end the scan";
+    EXPECT_EQ(JsonLookup(R"({"a":{"b":"\n"}})", "a"), R"({"b":"\n"})") << "nested text stays escaped";
 }
 
-TEST(JsonLookup, OnlyKeysDirectlyInsideTheOutermostCount) {
+TEST(JsonLookup, OnlyKeysDirectlyInsideTheOutermostObjectCount) {
     const std::string text = R"({"o":{"a":1},"l":["a",2],"x":"a","a":3})";
     EXPECT_EQ(JsonLookup(text, "a"), "3");
     EXPECT_EQ(JsonLookup(R"(["a",1,"b",{"a":2}])", "b"), R"({"a":2})");
@@ -102,7 +102,7 @@ TEST(JsonLookup, DepthHasNoLimit) {
     EXPECT_EQ(JsonLookup("{\"x\":{\"a\":2", "x"), "");
 }
 
-TEST(JsonLookup, ManyFieldsAtOnceEqualSingleLookups) {
+TEST(JsonLookup, FindsManyFieldsAsSingleLookupsDo) {
     const std::string text = R"({"b":"x\ny","a":1,"b":2,"c":{"d":3},bad,"d":4})";
     JsonField fields[] = {{"a", {}, false}, {"b", {}, false}, {"c", {}, false}, {"d", {}, false}};
     FindJsonValues(text, fields, 4);
@@ -123,7 +123,7 @@ TEST(JsonKeys, AreListedInFileOrder) {
     EXPECT_EQ(ListJsonKeys("{}"), Keys{});
 }
 
-TEST(JsonKeys, EndEarlyIfItIsNotAnObject) {
+TEST(JsonKeys, EndWhereTheTextIsNotAnObject) {
     EXPECT_EQ(ListJsonKeys(R"({"a":1,b:2,"c":3})"), (Keys{"a"}));
     EXPECT_EQ(ListJsonKeys(R"({"a":1,"b)"), (Keys{"a"}));
     EXPECT_EQ(ListJsonKeys(R"({"a":1,"b\)"), (Keys{"a"}));
@@ -133,11 +133,11 @@ TEST(JsonKeys, EndEarlyIfItIsNotAnObject) {
     EXPECT_EQ(ListJsonKeys(R"({"a":1 "b":2,"c":3})"), (Keys{"a", "c"})) << "a value ends at a comma";
 }
 
-TEST(JsonKeys, ABackslashIsDropped) {
+TEST(JsonKeys, DropABackslash) {
     EXPECT_EQ(ListJsonKeys(R"({"a\"b":1,"\n\\c":2})"), (Keys{"a\"b", "n\\c"}));
 }
 
-TEST(Base64, TheRuleIsStrict) {
+TEST(Base64, StrictRuleRejectsIncompleteGroupsAndOtherCharacters) {
     for (const char* good : {"AAAA", "AA==", "AAA=", "+/az09AZ", "AB=="}) {
         EXPECT_TRUE(IsStrictBase64(good)) << good;
     }
@@ -147,13 +147,13 @@ TEST(Base64, TheRuleIsStrict) {
     }
 }
 
-TEST(Base64, Decodes) {
+TEST(Base64, DecodesUpToThePadding) {
     EXPECT_EQ(DecodeBase64(""), "");
     EXPECT_EQ(DecodeBase64("Zg=="), "f");
     EXPECT_EQ(DecodeBase64("Zm8="), "fo");
     EXPECT_EQ(DecodeBase64("Zm9vYmFy"), "foobar");
     EXPECT_EQ(DecodeBase64("AAECA/3+/w=="), std::string("\0\1\2\3\xFD\xFE\xFF", 7));
-    EXPECT_EQ(DecodeBase64("Zm9v=\n*"), "foo") << "what follows '=' is not read";
+    EXPECT_EQ(DecodeBase64("Zm9v=\n*"), "foo") << "ignores everything after '='";
     EXPECT_EQ(DecodeBase64("Zm9vZg"), "foof");
     EXPECT_EQ(DecodeBase64("Zm9vZ"), "foo");
     EXPECT_EQ(DecodeBase64("Zm9v\nZm9v"), "");

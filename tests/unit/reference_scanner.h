@@ -1,5 +1,5 @@
-// The scanner written the plain way, key by key from every start, for comparison with the one that is quick. Shares
-// only the records with it.
+// A second, literal implementation of the scanner for comparison with the fast one: it tries every start key by key. It
+// shares only the records.
 #pragma once
 
 #include "scan/matchers.h"
@@ -9,15 +9,15 @@
 #include <string>
 #include <vector>
 
-namespace LiteralScan {
+namespace ReferenceScanner {
 
-// A normalised press, its event copied.
+// A press with a copy of its event.
 struct Key {
     UnifiedEvent event;
     MacroScan::HeldMods held;
 };
 
-struct Trigger {
+struct Scenario {
     std::string id;
     std::string severity;
     std::function<MacroScan::SeqResult(const std::vector<Key>& keys)> match;
@@ -28,9 +28,9 @@ MacroScan::SeqResult Sequence(const std::vector<Key>& keys, const std::vector<Ma
                               const double* maxSpan);
 MacroScan::SeqResult Within(const std::vector<Key>& keys, const MacroScan::KeyPredicate& predicate,
                             size_t count, double span);
-// In the order of the scenarios.
-const std::vector<Trigger>& Triggers();
-// The whole report in its text form.
+// Returns the scenarios in the order of MacroScan::Scenarios.
+const std::vector<Scenario>& Scenarios();
+// Returns the report that ScanReportJson returns for the same events.
 std::string ReportJson(const std::vector<UnifiedEvent>& events);
 
-}  // namespace LiteralScan
+}  // namespace ReferenceScanner

@@ -1,8 +1,8 @@
-#include "theme_literal.h"
+#include "reference_validator.h"
 
 #include <utility>
 
-namespace LiteralTheme {
+namespace ReferenceValidator {
 namespace {
 
 enum class State { Outside, Literal, String, Escape, Utf8 };
@@ -14,13 +14,13 @@ bool Contains(const char* bytes, char c) {
     return *bytes != '\0';
 }
 
-// Searches for one key among the values directly inside the outermost object.
+// Searches one key: Take receives every value directly inside the outermost object.
 struct Search {
     const std::string& key;
     bool atKey = true;
     bool matched = false;
 
-    // True once the value of the key is found.
+    // Returns whether this is the value of the key.
     bool Take(const std::string& raw, bool isString) {
         if (atKey) {
             matched = isString && raw == key;
@@ -86,7 +86,7 @@ bool IsName(const std::string& name) {
     return name.length() >= 1 && name.length() <= 40;
 }
 
-// Returns "WIDTHxHEIGHT" of a piece, empty if the name is not that of a piece.
+// Returns "WIDTHxHEIGHT" of a piece, or an empty string if no piece has this name.
 std::string SizeOf(const std::string& name) {
     std::string base = name;
     if (name.size() > 3 && name.compare(name.size() - 3, 3, ".on") == 0) {
@@ -134,7 +134,7 @@ bool IsPng(const std::string& bytes, const std::string& size) {
            std::to_string(NumberAt(bytes, 16)) + "x" + std::to_string(NumberAt(bytes, 20)) == size;
 }
 
-std::string FindFault(const std::string& text, ThemeRecord* record, ThemeReport* report) {
+std::string RejectionReason(const std::string& text, ThemeRecord* record, ThemeReport* report) {
     if (text.empty())
         return "file is empty";
     if (text.size() > 12582912)
@@ -146,9 +146,9 @@ std::string FindFault(const std::string& text, ThemeRecord* record, ThemeReport*
         {"bgMain", &record->bgMain}, {"bgPanel", &record->bgPanel},         {"bgHeader", &record->bgHeader},
         {"accent", &record->accent}, {"accentHover", &record->accentHover}, {"text", &record->text},
     };
-    for (const auto& [key, place] : colours) {
-        *place = Lookup(text, key);
-        if (!IsThemeColour(*place))
+    for (const auto& [key, field] : colours) {
+        *field = Lookup(text, key);
+        if (!IsThemeColour(*field))
             return InvalidOrMissing(key);
     }
     record->font = Lookup(text, "font");
@@ -214,7 +214,7 @@ std::string Lookup(const std::string& text, const std::string& key) {
         const char c = text[i];
         const auto byte = static_cast<unsigned char>(c);
         if (state == State::Literal && Contains(" \t\n\r,:]}", c)) {
-            // It ends before this byte, which is then read like any other outside.
+            // The literal ends before this byte, which then counts as outside.
             if (depth == 1 && search.Take(part(start, i), false)) {
                 return part(start, i);
             }
@@ -397,9 +397,9 @@ std::string DecodeBase64(const std::string& text) {
 }
 
 bool Validate(const std::string& text, ThemeRecord* record, ThemeReport* report) {
-    report->message = FindFault(text, record, report);
+    report->message = RejectionReason(text, record, report);
     report->accepted = report->message.empty();
     return report->accepted;
 }
 
-}  // namespace LiteralTheme
+}  // namespace ReferenceValidator

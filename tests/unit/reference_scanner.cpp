@@ -1,10 +1,10 @@
-#include "scan_literal.h"
+#include "reference_scanner.h"
 
 #include <algorithm>
 #include <set>
 #include <sstream>
 
-namespace LiteralScan {
+namespace ReferenceScanner {
 
 namespace {
 
@@ -12,7 +12,7 @@ using MacroScan::HeldMods;
 using MacroScan::KeyPredicate;
 using MacroScan::SeqResult;
 
-// The modifiers in the order Ctrl, Alt, Shift, Win, such as "c-s-".
+// Returns a predicate for key `vk` with modifiers in the order Ctrl, Alt, Shift, Win, such as "c-s-".
 KeyPredicate Press(const std::string& mods, uint32_t vk) {
     return [mods, vk](const UnifiedEvent& event, const HeldMods& held) {
         std::string now;
@@ -164,8 +164,8 @@ SeqResult Within(const std::vector<Key>& keys, const KeyPredicate& predicate, si
     return {};
 }
 
-const std::vector<Trigger>& Triggers() {
-    static const std::vector<Trigger> triggers = [] {
+const std::vector<Scenario>& Scenarios() {
+    static const std::vector<Scenario> scenarios = [] {
         const KeyPredicate enter = Press("----", 13);
         const KeyPredicate winR = Press("---w", 82);
         const KeyPredicate approve = Either(Press("c-s-", 13), Press("-a--", 89));
@@ -187,7 +187,7 @@ const std::vector<Trigger>& Triggers() {
         const auto switchWindows = [](const std::vector<Key>& keys) {
             return Within(keys, Press("-a--", 9), 3, 10.0);
         };
-        return std::vector<Trigger>{
+        return std::vector<Scenario>{
             {"run-command", "DANGER", Steps({winR, Typing, enter})},
             {"admin-approve", "DANGER", admin},
             {"power-menu", "DANGER", Steps({Press("---w", 88), menuItem})},
@@ -207,7 +207,7 @@ const std::vector<Trigger>& Triggers() {
             {"system-keys", "CAUTION", WinHeld},
         };
     }();
-    return triggers;
+    return scenarios;
 }
 
 std::string ReportJson(const std::vector<UnifiedEvent>& events) {
@@ -219,11 +219,11 @@ std::string ReportJson(const std::vector<UnifiedEvent>& events) {
     };
     std::vector<Found> found;
     std::set<std::string> ids;
-    for (const Trigger& trigger : Triggers()) {
-        const SeqResult result = trigger.match(keys);
+    for (const Scenario& scenario : Scenarios()) {
+        const SeqResult result = scenario.match(keys);
         if (result.matched) {
-            found.push_back({trigger.id, trigger.severity, result.atSec});
-            ids.insert(trigger.id);
+            found.push_back({scenario.id, scenario.severity, result.atSec});
+            ids.insert(scenario.id);
         }
     }
     std::erase_if(found, [&](const Found& match) {
@@ -232,16 +232,16 @@ std::string ReportJson(const std::vector<UnifiedEvent>& events) {
                 (ids.count("run-command") != 0 || ids.count("start-launch") != 0));
     });
     std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) { return a.id < b.id; });
-    // One match after another is put where it belongs.
+    // Insertion sort, one match after another.
     std::vector<Found> sorted;
     for (const Found& match : found) {
-        size_t place = sorted.size();
-        while (place > 0 &&
-               (match.severity == sorted[place - 1].severity ? match.atSec < sorted[place - 1].atSec
-                                                             : match.severity == "DANGER")) {
-            --place;
+        size_t position = sorted.size();
+        while (position > 0 &&
+               (match.severity == sorted[position - 1].severity ? match.atSec < sorted[position - 1].atSec
+                                                                : match.severity == "DANGER")) {
+            --position;
         }
-        sorted.insert(sorted.begin() + static_cast<std::ptrdiff_t>(place), match);
+        sorted.insert(sorted.begin() + static_cast<std::ptrdiff_t>(position), match);
     }
     std::ostringstream json;
     json << "{\"level\":\""
@@ -257,4 +257,4 @@ std::string ReportJson(const std::vector<UnifiedEvent>& events) {
     return json.str();
 }
 
-}  // namespace LiteralScan
+}  // namespace ReferenceScanner

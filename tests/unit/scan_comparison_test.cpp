@@ -1,6 +1,7 @@
-// Compares the scanner with its second implementation, on macros made mostly of the keys and the distances that matter.
+// Compares the scanner with its reference on random macros of the keys and the distances that scenarios check.
+#include "random_sample.h"
 #include "scan/scenarios.h"
-#include "unit/scan_literal.h"
+#include "unit/reference_scanner.h"
 
 #include <gtest/gtest.h>
 
@@ -14,14 +15,14 @@
 
 namespace {
 
-constexpr int kMacros = 24000;
-constexpr int kLongMacros = 240;
+constexpr int kMacros = RandomRounds(24000);
+constexpr int kLongMacros = RandomRounds(240);
 
 class MacroMaker {
   public:
     explicit MacroMaker(uint32_t seed) : random_(seed) {}
 
-    // Uniform below `count`.
+    // Returns a uniform random number below `count`.
     uint32_t Below(uint32_t count) { return static_cast<uint32_t>(random_() % count); }
 
     std::vector<UnifiedEvent> Mixed() {
@@ -35,7 +36,8 @@ class MacroMaker {
         return events_;
     }
 
-    // One first step repeatedly, a few other keys between, and an end that only some starts reach in time.
+    // Returns a macro that repeats one first step, with a few other keys between, and an end that only some starts reach
+    // in time.
     std::vector<UnifiedEvent> Repeating() {
         static constexpr uint32_t kFirst[] = {67, 88, 76, 65, 117, 44, 87, 82};
         events_.clear();
@@ -100,7 +102,7 @@ class MacroMaker {
         }
     }
 
-    // A press of a key, alone or with modifiers that are mostly released again; sometimes something else.
+    // Adds the press of a key, alone or with modifiers that are usually released again; sometimes another event.
     void Event() {
         static constexpr uint32_t kKeys[] = {13, 13, 13, 86, 86, 67, 88, 82, 46, 8,   9,   27,
                                              44, 65, 76, 83, 87, 89, 71, 73, 84, 115, 117, 66};
@@ -163,31 +165,31 @@ bool SameTime(double a, double b) {
     return a == b || (std::isnan(a) && std::isnan(b));
 }
 
-// Compares each scenario and the report. Returns the scenarios that matched.
+// Compares each scenario and the report. Returns the ids of the scenarios that matched.
 std::set<std::string> Compare(const std::vector<UnifiedEvent>& events) {
     std::set<std::string> matched;
     const std::vector<MacroScan::KeyEv> keys = MacroScan::NormaliseKeys(events);
-    const std::vector<LiteralScan::Key> literalKeys = LiteralScan::Normalise(events);
+    const std::vector<ReferenceScanner::Key> referenceKeys = ReferenceScanner::Normalise(events);
     const auto& scenarios = MacroScan::Scenarios();
     for (size_t i = 0; i < scenarios.size(); ++i) {
-        const LiteralScan::Trigger& trigger = LiteralScan::Triggers().at(i);
-        EXPECT_EQ(scenarios[i].id, trigger.id);
-        EXPECT_EQ(scenarios[i].severity, trigger.severity);
-        const MacroScan::SeqResult ours = scenarios[i].match(keys);
-        const MacroScan::SeqResult literal = trigger.match(literalKeys);
-        EXPECT_EQ(ours.matched, literal.matched) << trigger.id;
-        EXPECT_TRUE(SameTime(ours.atSec, literal.atSec)) << trigger.id << ours.atSec << literal.atSec;
-        if (literal.matched) {
-            matched.insert(trigger.id);
+        const ReferenceScanner::Scenario& scenario = ReferenceScanner::Scenarios().at(i);
+        EXPECT_EQ(scenarios[i].id, scenario.id);
+        EXPECT_EQ(scenarios[i].severity, scenario.severity);
+        const MacroScan::SeqResult actual = scenarios[i].match(keys);
+        const MacroScan::SeqResult expected = scenario.match(referenceKeys);
+        EXPECT_EQ(actual.matched, expected.matched) << scenario.id;
+        EXPECT_TRUE(SameTime(actual.atSec, expected.atSec)) << scenario.id << actual.atSec << expected.atSec;
+        if (expected.matched) {
+            matched.insert(scenario.id);
         }
     }
-    EXPECT_EQ(MacroScan::ScanReportJson(MacroScan::ScanMacro(events)), LiteralScan::ReportJson(events));
+    EXPECT_EQ(MacroScan::ScanReportJson(MacroScan::ScanMacro(events)), ReferenceScanner::ReportJson(events));
     return matched;
 }
 
 }  // namespace
 
-TEST(ScanRandom, AgreesWithTheSecondImplementation) {
+TEST(ScanComparison, ScenariosAgreeWithTheReferenceOnRandomMacros) {
     MacroMaker maker(7);
     std::map<std::string, int> matches;
     for (int i = 0; i < kMacros && !HasFailure(); ++i) {
@@ -196,14 +198,14 @@ TEST(ScanRandom, AgreesWithTheSecondImplementation) {
             ++matches[id];
         }
     }
-    // Both results of every comparison are common.
-    for (const LiteralScan::Trigger& trigger : LiteralScan::Triggers()) {
-        EXPECT_GT(matches[trigger.id], kMacros / 200) << trigger.id;
-        EXPECT_LT(matches[trigger.id], kMacros - kMacros / 200) << trigger.id;
+    // Each scenario matches often and fails often.
+    for (const ReferenceScanner::Scenario& scenario : ReferenceScanner::Scenarios()) {
+        EXPECT_GT(matches[scenario.id], kMacros / 200) << scenario.id;
+        EXPECT_LT(matches[scenario.id], kMacros - kMacros / 200) << scenario.id;
     }
 }
 
-TEST(ScanRandom, AgreesPastTheLastAttempt) {
+TEST(ScanComparison, ScenariosAgreeBeyondTheLimitOfAttempts) {
     MacroMaker maker(11);
     for (int i = 0; i < kLongMacros && !HasFailure(); ++i) {
         SCOPED_TRACE(i);
@@ -212,7 +214,7 @@ TEST(ScanRandom, AgreesPastTheLastAttempt) {
 }
 
 // Predicates and spans that no scenario has, on few kinds of keys, so that long and short ranges overlap.
-TEST(ScanRandom, MatchersAgreeOnAnySteps) {
+TEST(ScanComparison, MatchersAgreeWithTheReferenceOnRandomSteps) {
     MacroMaker maker(13);
     int matched = 0;
     for (int i = 0; i < kMacros && !HasFailure(); ++i) {
@@ -230,17 +232,17 @@ TEST(ScanRandom, MatchersAgreeOnAnySteps) {
         }
         const double span = maker.Below(12);
         const auto keys = MacroScan::NormaliseKeys(events);
-        const auto literalKeys = LiteralScan::Normalise(events);
-        const auto ours = MacroScan::MatchSequence(keys, steps, span);
-        const auto literal = LiteralScan::Sequence(literalKeys, steps, &span);
-        EXPECT_EQ(ours.matched, literal.matched);
-        EXPECT_TRUE(SameTime(ours.atSec, literal.atSec));
-        matched += literal.matched ? 1 : 0;
+        const auto referenceKeys = ReferenceScanner::Normalise(events);
+        const auto actual = MacroScan::MatchSequence(keys, steps, span);
+        const auto expected = ReferenceScanner::Sequence(referenceKeys, steps, &span);
+        EXPECT_EQ(actual.matched, expected.matched);
+        EXPECT_TRUE(SameTime(actual.atSec, expected.atSec));
+        matched += expected.matched ? 1 : 0;
         const size_t count = 1 + maker.Below(4);
-        const auto oursWithin = MacroScan::CountWithin(keys, steps[0], count, span);
-        const auto literalWithin = LiteralScan::Within(literalKeys, steps[0], count, span);
-        EXPECT_EQ(oursWithin.matched, literalWithin.matched);
-        EXPECT_TRUE(SameTime(oursWithin.atSec, literalWithin.atSec));
+        const auto actualWithin = MacroScan::CountWithin(keys, steps[0], count, span);
+        const auto referenceWithin = ReferenceScanner::Within(referenceKeys, steps[0], count, span);
+        EXPECT_EQ(actualWithin.matched, referenceWithin.matched);
+        EXPECT_TRUE(SameTime(actualWithin.atSec, referenceWithin.atSec));
     }
     EXPECT_GT(matched, kMacros / 10);
     EXPECT_LT(matched, kMacros - kMacros / 10);
