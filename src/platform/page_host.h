@@ -9,12 +9,13 @@
 
 struct PageHost;
 
-// Takes the request, a JSON array text, and gives a JSON text or an empty one. A thrown std::exception rejects the
+// Takes the request, a JSON array text, and returns a JSON text or an empty one. A thrown std::exception rejects the
 // page's promise with its text.
 using PageFunction = std::string (*)(const std::string& request);
 
-// Creates the window, hidden until SetPageSize. Empty on success; otherwise one sentence for the person that says
-// what is missing and what to do, and *host is null.
+// Creates the window, hidden until SetPageSize. Its view loads no document except those of SetPageHtml, and no other
+// document is answered. Returns an empty text on success; otherwise one sentence for the user that says what is missing
+// and what to do, and *host is null.
 std::string CreatePageHost(PageHost** host);
 void DestroyPageHost(PageHost* host);
 

@@ -49,7 +49,7 @@ function startProbe(name, { library, env = {}, cwd } = {}) {
   return probe;
 }
 
-// What the person is told: one sentence that ends with what to do.
+// The failure message: one sentence that ends with what to do.
 async function failureOf(name, options) {
   const child = startProbe(name, options);
   try {
@@ -75,13 +75,13 @@ test('a library in the current directory is not taken', limit, async () => {
   assert.match(await failureOf('planted', { cwd: elsewhere }), /is missing; put it back/);
 });
 
-test('a damaged library is said to be one', limit, async () => {
+test('a damaged library is reported as one', limit, async () => {
   const damaged = join(folder, 'damaged.bin');
   writeFileSync(damaged, 'not a library');
   assert.match(await failureOf('damaged', { library: damaged }), /does not load/);
 });
 
-test('a library without our functions is said to be a wrong one', limit, async () => {
+test('a library without our functions is reported as a wrong one', limit, async () => {
   const other = onWindows
     ? join(process.env.WINEPREFIX, 'drive_c/windows/system32/version.dll')
     : spawnSync('sh', ['-c', "ldconfig -p | awk '/libXtst.so.6 .*x86-64/ { print $NF; exit }'"], {

@@ -1,5 +1,5 @@
-// The part of the page host that is the same for every home with the web-view library: queue, bindings, loop. A home
-// adds loading the library, the native window and the browser settings.
+// The part of the page host that all backends with the web-view library share: queue, bindings, loop. A backend adds
+// loading the library, the native window, the guard of the documents and the browser settings.
 #pragma once
 
 #include "base/mutex.h"

@@ -69,16 +69,16 @@ std::string Count(const std::string& /*request*/) {
 }
 
 constexpr const char* kPage = R"(<!doctype html><title>probe</title><body style="background:#fff"><script>
-window.counted = (text) => tellTest('counted ' + text);
-const tell = (name, promise) => promise.then(
-    (value) => tellTest(name + ' resolved ' + JSON.stringify(value)),
-    (reason) => tellTest(name + ' rejected ' + (reason instanceof Error ? 'error' : JSON.stringify(reason))));
+window.counted = (text) => printLine('counted ' + text);
+const report = (name, promise) => promise.then(
+    (value) => printLine(name + ' resolved ' + JSON.stringify(value)),
+    (reason) => printLine(name + ' rejected ' + (reason instanceof Error ? 'error' : JSON.stringify(reason))));
 (async () => {
-  await tell('echo', echo('a "quoted" \u00e9', 5));
-  await tell('nothing', nothing());
-  await tell('fail', fail());
-  await tell('failOddly', failOddly());
-  await tell('foreign', foreign());
+  await report('echo', echo('a "quoted" \u00e9', 5));
+  await report('nothing', nothing());
+  await report('fail', fail());
+  await report('failOddly', failOddly());
+  await report('foreign', foreign());
   await count();
 })();
 window.addEventListener('click', () => leave());
@@ -101,7 +101,7 @@ int main() {
     BindPageFunction(host, "fail", Fail);
     BindPageFunction(host, "failOddly", FailOddly);
     BindPageFunction(host, "foreign", Foreign);
-    BindPageFunction(host, "tellTest", Print);
+    BindPageFunction(host, "printLine", Print);
     BindPageFunction(host, "count", Count);
     BindPageFunction(host, "leave", Leave);
     DisableBrowserFeatures(host);
