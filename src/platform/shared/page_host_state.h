@@ -44,7 +44,7 @@ struct PageHost {
 
 // Counts a document that the view has accepted: an expected one is ours, any other is foreign. UI thread.
 void DocumentArrived(PageDocuments* documents);
-// Whether the view's document is one of ours. The calls of any other get no answer, and no script runs in it. UI thread.
+// Whether the document in the view is one of ours. Any other gets no answers and runs no script of ours. UI thread.
 bool ShowsOwnDocument(PageHost* host);
 // Whether the native window still exists. A window that was closed before the loop began would leave it without an
 // end.
