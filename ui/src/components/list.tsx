@@ -1,5 +1,6 @@
 import type { ComponentChildren, Ref } from 'preact';
-import { useImperativeHandle, useLayoutEffect, useRef, useState } from 'preact/hooks';
+import { useImperativeHandle, useRef, useState } from 'preact/hooks';
+import { useClientSize } from './client-size';
 import {
   offsetAt,
   rowsInSight,
@@ -12,12 +13,12 @@ import './list.css';
 
 const kRowHeight = 28; // px; list.css has the same
 
-// How a press or a key selects: this row alone, this one as well or not any more, all from the last one to here, or not
-// at all, only the keyboard goes there.
+// How a press or a key selects: this row alone, this row added or removed, all rows from the anchor to this one, or
+// nothing: only the keyboard cursor moves.
 export type Pick = 'only' | 'toggle' | 'range' | 'move';
 
 export interface ListHandle {
-  // The row at the top of the view, and how many pixels of it are above.
+  // Returns the row at the top of the view, and how many pixels of it are above.
   top: () => { row: number; above: number };
   scrollTo: (row: number, above: number) => void;
   reveal: (row: number) => void;
@@ -28,34 +29,22 @@ export interface ListProps {
   id: string;
   label: string;
   rows: number;
-  active: number; // the row that the keyboard is at, -1 none
+  active: number; // row at the keyboard cursor, -1 none
   isSelected: (row: number) => boolean;
   onPick: (row: number, how: Pick) => void;
   onPickAll: () => void;
   onKey?: (key: string) => void; // Enter, Delete and Escape
   renderRow: (row: number) => ComponentChildren;
-  children?: ComponentChildren; // shown in place of the rows when there are none
+  children?: ComponentChildren; // shown while there are no rows
   handle?: Ref<ListHandle>;
 }
 
-// A list of any length: only the rows in sight are in the document.
+// A list of any length. Only the visible rows are in the document.
 export function List(props: ListProps) {
-  const { id, label, rows, active, isSelected, onPick, onPickAll, onKey, renderRow, children, handle } =
-    props;
+  const { id, label, rows, active, onPick, children, handle } = props;
   const view = useRef<HTMLDivElement>(null);
   const [scrollTop, setScrollTop] = useState(0);
-  const [viewHeight, setViewHeight] = useState(0);
-
-  useLayoutEffect(() => {
-    const element = view.current;
-    if (!element) return;
-    const measure = () => setViewHeight(element.clientHeight);
-    measure();
-    const observer = new ResizeObserver(measure);
-    observer.observe(element);
-    return () => observer.disconnect();
-  }, []);
-
+  const { height: viewHeight } = useClientSize(view);
   const range: ScrollRange = { rows, rowHeight: kRowHeight, viewHeight };
   const { first, end } = rowsInSight(scrollTop, range);
   const shift = -(offsetAt(scrollTop, range) - first * kRowHeight);
@@ -76,39 +65,56 @@ export function List(props: ListProps) {
     focus: () => view.current?.focus(),
   }));
 
-  const pick = (row: number, how: Pick) => {
-    const target = Math.max(0, Math.min(rows - 1, row));
-    onPick(target, how);
-    reveal(target);
-  };
   const onKeyDown = (event: KeyboardEvent) => {
-    const command = event.ctrlKey || event.metaKey;
-    const page = Math.max(1, Math.floor(viewHeight / kRowHeight) - 1);
-    const moves: Record<string, number> = {
-      ArrowDown: active + 1,
-      ArrowUp: active < 0 ? 0 : active - 1,
-      PageDown: Math.max(0, active) + page,
-      PageUp: active - page,
-      Home: 0,
-      End: rows - 1,
-    };
-    const target = moves[event.key];
     if (rows === 0) return;
-    if (target !== undefined) {
-      event.preventDefault();
-      pick(target, event.shiftKey ? 'range' : command ? 'move' : 'only');
-    } else if (event.key === ' ') {
-      event.preventDefault();
-      if (active >= 0) pick(active, event.shiftKey ? 'range' : command ? 'toggle' : 'only');
-    } else if (command && event.key.toLowerCase() === 'a') {
-      event.preventDefault();
-      onPickAll();
+    const pageRows = Math.max(1, Math.floor(viewHeight / kRowHeight) - 1);
+    const pick = pickOfKey(event, active, rows, pageRows);
+    if (pick) {
+      onPick(pick.row, pick.how);
+      reveal(pick.row);
+    } else if (isSelectAll(event)) {
+      props.onPickAll();
     } else if (['Enter', 'Delete', 'Escape'].includes(event.key)) {
-      event.preventDefault();
-      onKey?.(event.key);
+      props.onKey?.(event.key);
+    } else if (event.key !== ' ') {
+      return;
     }
+    event.preventDefault();
   };
+  const activeIsShown = active >= first && active < end;
+  return (
+    <div
+      class="list"
+      id={id}
+      ref={view}
+      role={rows > 0 ? 'listbox' : 'group'}
+      aria-label={label}
+      aria-multiselectable={rows > 0 ? true : undefined}
+      aria-activedescendant={activeIsShown ? `${id}-${active}` : undefined}
+      tabIndex={rows > 0 ? 0 : -1}
+      onKeyDown={onKeyDown}
+      onScroll={(event) => setScrollTop(event.currentTarget.scrollTop)}
+    >
+      {rows === 0 ? (
+        children
+      ) : (
+        <div class="list__range" role="presentation" style={{ height: `${scrolledHeight(range)}px` }}>
+          <div class="list__window" role="presentation" style={{ height: `${viewHeight}px` }}>
+            <div role="presentation" style={{ transform: `translateY(${shift}px)` }}>
+              {visibleRows(props, first, end)}
+            </div>
+          </div>
+        </div>
+      )}
+    </div>
+  );
+}
 
+function visibleRows(
+  { id, rows, active, isSelected, onPick, renderRow }: ListProps,
+  first: number,
+  end: number,
+) {
   const shown = [];
   for (let row = first; row < end; row++) {
     const selected = isSelected(row);
@@ -121,39 +127,40 @@ export function List(props: ListProps) {
         aria-selected={selected}
         aria-setsize={rows}
         aria-posinset={row + 1}
-        onClick={(event) =>
-          onPick(row, event.shiftKey ? 'range' : event.ctrlKey || event.metaKey ? 'toggle' : 'only')
-        }
+        onClick={(event) => onPick(row, event.shiftKey ? 'range' : hasCommandKey(event) ? 'toggle' : 'only')}
       >
         {renderRow(row)}
       </div>,
     );
   }
-  const activeShown = active >= first && active < end;
-  return (
-    <div
-      class="list"
-      id={id}
-      ref={view}
-      role={rows > 0 ? 'listbox' : 'group'}
-      aria-label={label}
-      aria-multiselectable={rows > 0 ? true : undefined}
-      aria-activedescendant={activeShown ? `${id}-${active}` : undefined}
-      tabIndex={rows > 0 ? 0 : -1}
-      onKeyDown={onKeyDown}
-      onScroll={(event) => setScrollTop(event.currentTarget.scrollTop)}
-    >
-      {rows === 0 ? (
-        children
-      ) : (
-        <div class="list__range" role="presentation" style={{ height: `${scrolledHeight(range)}px` }}>
-          <div class="list__window" role="presentation" style={{ height: `${viewHeight}px` }}>
-            <div role="presentation" style={{ transform: `translateY(${shift}px)` }}>
-              {shown}
-            </div>
-          </div>
-        </div>
-      )}
-    </div>
-  );
+  return shown;
+}
+
+const hasCommandKey = (event: KeyboardEvent | MouseEvent) => event.ctrlKey || event.metaKey;
+const isSelectAll = (event: KeyboardEvent) => hasCommandKey(event) && event.key.toLowerCase() === 'a';
+
+// Returns the row that a key picks and how, or null for any other key.
+function pickOfKey(
+  event: KeyboardEvent,
+  active: number,
+  rows: number,
+  pageRows: number,
+): { row: number; how: Pick } | null {
+  const { key, shiftKey } = event;
+  if (key === ' ') {
+    if (active < 0) return null;
+    return { row: active, how: shiftKey ? 'range' : hasCommandKey(event) ? 'toggle' : 'only' };
+  }
+  const targets: Record<string, number> = {
+    ArrowDown: active + 1,
+    ArrowUp: active < 0 ? 0 : active - 1,
+    PageDown: Math.max(0, active) + pageRows,
+    PageUp: active - pageRows,
+    Home: 0,
+    End: rows - 1,
+  };
+  const target = targets[key];
+  if (target === undefined) return null;
+  const row = Math.max(0, Math.min(rows - 1, target));
+  return { row, how: shiftKey ? 'range' : hasCommandKey(event) ? 'move' : 'only' };
 }

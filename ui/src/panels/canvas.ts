@@ -1,5 +1,5 @@
 // What the drawings of a macro have in common: their resolution, their colours, and when they are drawn.
-import { useEffect, useLayoutEffect, useState } from 'preact/hooks';
+import { useEffect } from 'preact/hooks';
 import { runInSlices, type Sliced } from '../slices';
 import type { MacroData } from './macro-model';
 
@@ -14,21 +14,6 @@ export interface Drawn<T> {
 // Returns the value of a custom property of the theme.
 export const colourOf = (element: Element, name: string) =>
   getComputedStyle(element).getPropertyValue(`--${name}`).trim();
-
-// Returns the width of an element in pixels, kept up to date.
-export function useWidth(element: { current: HTMLElement | null }): number {
-  const [width, setWidth] = useState(0);
-  useLayoutEffect(() => {
-    if (!element.current) return;
-    const measured = element.current;
-    const measure = () => setWidth(measured.clientWidth);
-    measure();
-    const observer = new ResizeObserver(measure);
-    observer.observe(measured);
-    return () => observer.disconnect();
-  }, []);
-  return width;
-}
 
 // Draws the macro on the canvas, once for each macro and width. `onDrawn` gets null when the canvas is empty.
 export function useDrawing<T>(options: {

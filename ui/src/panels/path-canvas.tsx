@@ -1,6 +1,7 @@
 import { useRef } from 'preact/hooks';
+import { useClientSize } from '../components/client-size';
 import { groupedNumber } from '../format';
-import { type Drawn, kDots, useDrawing, useWidth } from './canvas';
+import { type Drawn, kDots, useDrawing } from './canvas';
 import type { Box, Facts } from './macro-facts';
 import type { MacroData } from './macro-model';
 import { drawPath, paintPath, type PathDrawing } from './path-drawing';
@@ -14,7 +15,7 @@ export function PathCanvas(props: {
 }) {
   const { data, onDrawn } = props;
   const canvas = useRef<HTMLCanvasElement>(null);
-  const width = useWidth(canvas);
+  const { width } = useClientSize(canvas);
   const box = data?.facts.box ?? null;
   useDrawing({
     canvas,

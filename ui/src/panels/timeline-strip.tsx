@@ -1,6 +1,7 @@
 import { useEffect, useRef, useState } from 'preact/hooks';
+import { useClientSize } from '../components/client-size';
 import { groupedNumber } from '../format';
-import { type Drawn, useDrawing, useWidth } from './canvas';
+import { type Drawn, useDrawing } from './canvas';
 import { eventText } from './event-text';
 import { type MacroData, revealEvents } from './macro-model';
 import { drawStrip, paintStrip, type StripDrawing } from './strip-drawing';
@@ -37,7 +38,7 @@ export function TimelineStrip(props: StripProps) {
 function Lanes({ data, drawn, onDrawn, cursor, onCursor }: StripProps) {
   const lanes = useRef<HTMLDivElement>(null);
   const canvas = useRef<HTMLCanvasElement>(null);
-  const width = useWidth(lanes);
+  const { width } = useClientSize(lanes);
   const [kept, setKept] = useState(-1); // the cursor's column after the pointer has left
   const current = data && drawn?.of === data ? drawn : null;
   const columns = current?.drawing.columns ?? 0;
