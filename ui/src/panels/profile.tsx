@@ -1,3 +1,4 @@
+import type { Ref } from 'preact';
 import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
 import { Button } from '../components/button';
@@ -10,13 +11,13 @@ import { eventCount, fileDialog, profiles, recording } from '../store';
 import { isDue, kWarnings, markSeen } from '../warnings';
 import './profile.css';
 
-const kLongestName = 60;
+const kMaxNameLength = 60;
 const kHintId = 'profile-hint';
 
-// A pasted tab would arrive as two letters.
-const withoutTabs = (name: string) => name.replace(/\p{Cc}/gu, ' ');
+// The program does not decode escapes: a pasted tab would arrive as two letters.
+const withoutControls = (name: string) => name.replace(/\p{Cc}/gu, ' ');
 
-// The program takes names as they come but drops these signs on the way.
+// The program's decoding of arguments drops these characters.
 function nameError(name: string): string {
   if (/["[\]\\]/.test(name)) return 'Do not use these characters: " [ ] \\';
   if (name.trim() === '') return 'Enter a name.';
@@ -25,105 +26,105 @@ function nameError(name: string): string {
 
 type Step = 'choose' | 'add' | 'clear' | 'delete';
 
-export function ProfilePanel() {
+// What the lower part of the panel shows, and how it ends.
+function useStep(select: { current: HTMLSelectElement | null }, lower: { current: HTMLElement | null }) {
   const [step, setStep] = useState<Step>('choose');
-  const { names, current, defaultName } = profiles.value;
-  const name = names[current] ?? '';
-  const isDefault = name === defaultName;
-  const fixed = recording.value || fileDialog.value !== '';
-  const select = useRef<HTMLSelectElement>(null);
-  // A step that a recording would make useless does not wait for its end.
+  const { names, current } = profiles.value;
+  // Close the step at the start of a recording, during which a profile cannot be changed.
   useEffect(() => {
     if (recording.value) setStep('choose');
   }, [recording.value]);
-  const done = () => {
+  const finish = () => {
     setStep('choose');
     select.current?.focus();
   };
-  // A question is about the profile that it was asked for, not about one that an import makes current behind it.
-  const inPlace = useRef<HTMLDivElement>(null);
+  // A question is about one profile. Close it when another one becomes current, for example by an import.
   useEffect(() => {
     if (step !== 'clear' && step !== 'delete') return;
-    if (inPlace.current?.contains(document.activeElement)) done();
+    if (lower.current?.contains(document.activeElement)) finish();
     else setStep('choose');
-  }, [current, name, names.length]);
-  // What is asked each time is explained the first time.
-  const explained = eventCount.value > 0 && isDue(kWarnings.losingEvents);
-  const events = counted(eventCount.value, 'event');
+  }, [current, names[current], names.length]);
+  return { step, setStep, finish };
+}
+
+// Whether the commands of the panel would be rejected or would interfere.
+const isFixed = () => recording.value || fileDialog.value !== '';
+
+export function ProfilePanel() {
+  const select = useRef<HTMLSelectElement>(null);
+  const lower = useRef<HTMLDivElement>(null);
+  const { step, setStep, finish } = useStep(select, lower);
+  const { names, current } = profiles.value;
   return (
-    <Panel id="panel-profile" title="Profile" summary={name}>
+    <Panel id="panel-profile" title="Profile" summary={names[current] ?? ''}>
       <div class="profile__first">
-        <div class="profile__choice">
-          <select
-            ref={select}
-            class="profile__select"
-            aria-label="Profile"
-            value={String(current)}
-            disabled={fixed}
-            onChange={(event) => void switchProfile(Number(event.currentTarget.value))}
-          >
-            {names.map((entry, index) => (
-              <option key={index} value={String(index)}>
-                {entry}
-              </option>
-            ))}
-          </select>
-          <Icon name="open" />
-        </div>
+        <ProfileSelect select={select} />
         <Button
           icon="plus"
           label="New profile"
-          disabled={fixed || step === 'add'}
+          disabled={isFixed() || step === 'add'}
           onPress={() => setStep('add')}
         >
           New
         </Button>
       </div>
-      <div class="profile__step" ref={inPlace}>
-        {step === 'choose' && (
-          <>
-            <div class="profile__more">
-              <FileButton which="import" onPress={importProfile}>
-                Import
-              </FileButton>
-              <FileButton which="export" onPress={exportProfile}>
-                Export
-              </FileButton>
-              <Button label="Clear profile" disabled={fixed} onPress={() => setStep('clear')}>
-                Clear
-              </Button>
-              <Button label="Delete profile" disabled={fixed || isDefault} onPress={() => setStep('delete')}>
-                Delete
-              </Button>
-            </div>
-            <Hint isDefault={isDefault} />
-          </>
-        )}
-        {step === 'add' && <AddProfile names={names} onDone={done} />}
-        {step === 'clear' && (
-          <Ask
-            question={`Clear ${events} and all settings?`}
-            verb="Clear now"
-            explained={explained}
-            onConfirm={clearProfile}
-            onDone={done}
-          />
-        )}
-        {step === 'delete' && (
-          <Ask
-            question={`Delete this profile with ${events}?`}
-            verb="Delete now"
-            explained={explained}
-            onConfirm={deleteProfile}
-            onDone={done}
-          />
-        )}
+      <div class="profile__step" ref={lower}>
+        {step === 'choose' && <ProfileActions onStep={setStep} />}
+        {step === 'add' && <AddProfile names={names} onDone={finish} />}
+        {(step === 'clear' || step === 'delete') && <LossQuestion step={step} onDone={finish} />}
       </div>
     </Panel>
   );
 }
 
-// The program's dialog is open until the command answers. The button keeps the focus for that time.
+function ProfileSelect({ select }: { select: Ref<HTMLSelectElement> }) {
+  const { names, current } = profiles.value;
+  return (
+    <div class="profile__choice">
+      <select
+        ref={select}
+        class="profile__select"
+        aria-label="Profile"
+        value={String(current)}
+        disabled={isFixed()}
+        onChange={(event) => void switchProfile(Number(event.currentTarget.value))}
+      >
+        {names.map((name, index) => (
+          <option key={index} value={String(index)}>
+            {name}
+          </option>
+        ))}
+      </select>
+      <Icon name="open" />
+    </div>
+  );
+}
+
+function ProfileActions({ onStep }: { onStep: (step: Step) => void }) {
+  const { names, current, defaultName } = profiles.value;
+  const isDefault = (names[current] ?? '') === defaultName;
+  return (
+    <>
+      <div class="profile__more">
+        <FileButton which="import" onPress={importProfile}>
+          Import
+        </FileButton>
+        <FileButton which="export" onPress={exportProfile}>
+          Export
+        </FileButton>
+        <Button label="Clear profile" disabled={isFixed()} onPress={() => onStep('clear')}>
+          Clear
+        </Button>
+        <Button label="Delete profile" disabled={isFixed() || isDefault} onPress={() => onStep('delete')}>
+          Delete
+        </Button>
+      </div>
+      <Hint isDefault={isDefault} />
+    </>
+  );
+}
+
+// Opens a file dialog of the program. The button keeps the focus until the dialog is closed.
 function FileButton(props: { which: 'import' | 'export'; children: string; onPress: () => Promise<void> }) {
   const { which, children, onPress } = props;
   return (
@@ -139,52 +140,52 @@ function FileButton(props: { which: 'import' | 'export'; children: string; onPre
   );
 }
 
+function hintText(isDefault: boolean): string {
+  const note = importNote.value;
+  if (recording.value) return 'Profiles cannot be changed during a recording.';
+  if (fileDialog.value === 'import') return 'Choose a macro file in the file dialog.';
+  if (fileDialog.value === 'export') return 'Choose a name and a folder in the file dialog.';
+  if (note?.reset) return 'The file has no settings. Both tools use their defaults.';
+  if (note) return 'Settings in the file are not in use yet.';
+  return isDefault ? 'The default profile cannot be deleted.' : 'A macro and its settings.';
+}
+
 function Hint({ isDefault }: { isDefault: boolean }) {
   const note = importNote.value;
-  const text = recording.value
-    ? 'Profiles cannot be changed during a recording.'
-    : fileDialog.value === 'import'
-      ? 'Choose a macro file in the file dialog.'
-      : fileDialog.value === 'export'
-        ? 'Choose a name and a folder in the file dialog.'
-        : note
-          ? note.reset
-            ? 'The file has no settings. Both tools use their defaults.'
-            : 'Settings in the file are not in use yet.'
-          : isDefault
-            ? 'The default profile cannot be deleted.'
-            : 'A macro and its settings.';
   return (
     <div class="profile__hint">
       <p class="group__hint" id={kHintId} aria-live="polite">
-        {text}
+        {hintText(isDefault)}
       </p>
-      {note && !note.reset && !recording.value && fileDialog.value === '' && (
+      {note && !note.reset && !isFixed() && (
         <Button onPress={() => void useImportedSettings()}>Use them</Button>
       )}
     </div>
   );
 }
 
-function Ask(props: {
-  question: string;
-  verb: string;
-  explained: boolean;
-  onConfirm: () => Promise<void>;
-  onDone: () => void;
-}) {
-  const { question, verb, explained, onConfirm, onDone } = props;
-  const inSight = useRef(true);
-  useEffect(() => () => void (inSight.current = false), []);
-  const confirm = () => {
-    if (explained) void markSeen(kWarnings.losingEvents);
-    // The list may have told it already, and the person may be at another step.
-    void onConfirm().then(() => inSight.current && onDone());
+// Asks before the events of the profile are lost. The first time, it explains what Export is for.
+function LossQuestion({ step, onDone }: { step: 'clear' | 'delete'; onDone: () => void }) {
+  const events = counted(eventCount.value, 'event');
+  const isExplained = eventCount.value > 0 && isDue(kWarnings.losingEvents);
+  const isShown = useRef(true);
+  useEffect(() => () => void (isShown.current = false), []);
+  const confirm = async () => {
+    if (isExplained) void markSeen(kWarnings.losingEvents);
+    await (step === 'clear' ? clearProfile() : deleteProfile());
+    // The new list may have closed the question already, and the user may be at another step.
+    if (isShown.current) onDone();
   };
   return (
-    <Confirm verb={verb} onConfirm={confirm} onCancel={onDone}>
-      <span>{question}</span>
-      <p class="group__hint">{explained ? kWarnings.losingEvents.text : 'This cannot be undone.'}</p>
+    <Confirm
+      verb={step === 'clear' ? 'Clear now' : 'Delete now'}
+      onConfirm={() => void confirm()}
+      onCancel={onDone}
+    >
+      <span>
+        {step === 'clear' ? `Clear ${events} and all settings?` : `Delete this profile with ${events}?`}
+      </span>
+      <p class="group__hint">{isExplained ? kWarnings.losingEvents.text : 'This cannot be undone.'}</p>
     </Confirm>
   );
 }
@@ -196,14 +197,14 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
   const [sent, setSent] = useState(false);
   useLayoutEffect(() => input.current?.focus(), []);
   const error = nameError(name);
-  const known = names.includes(name.trim());
+  const isKnown = names.includes(name.trim());
   const add = () => {
     setTried(true);
     if (error || sent) return;
     setSent(true);
     void addProfile(name.trim()).then(onDone);
   };
-  const hint = known ? 'Another profile has this name.' : 'Starts with the current settings.';
+  const hint = isKnown ? 'Another profile has this name.' : 'Starts with the current settings.';
   const shownError = tried || name !== '' ? error : '';
   return (
     <form
@@ -222,9 +223,9 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
           aria-label="Profile name"
           aria-invalid={shownError !== ''}
           aria-describedby="profile-name-hint"
-          maxLength={kLongestName}
+          maxLength={kMaxNameLength}
           value={name}
-          onInput={(event) => setName(withoutTabs(event.currentTarget.value))}
+          onInput={(event) => setName(withoutControls(event.currentTarget.value))}
         />
         <Button onPress={onDone}>Cancel</Button>
         <Button kind="primary" pending={sent} onPress={add}>
