@@ -1,7 +1,7 @@
-// Makes the page files that stand beside the program: node ui/build.mjs OUTDIR [--no-check]
+// Builds the page's files for the folder beside the program: node ui/build.mjs OUTDIR [--no-check]
 //
-// The program hands the page to the web view as one text, so the page has no base location and nothing can be fetched:
-// its CSS and its script are folded into index.html here. Type errors end the build.
+// The program passes the page to the web view as one string. So the page has no base location and can load nothing else:
+// this script puts its CSS and its script into index.html. Type errors end the build.
 import { execFileSync } from 'node:child_process';
 import { createHash } from 'node:crypto';
 import { copyFileSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
@@ -10,7 +10,7 @@ import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { build } from 'esbuild';
 
-const kPageSizeLimit = 0x200000; // what the web view takes as one text
+const kPageSizeLimit = 0x200000; // bytes; the most that the web view takes as one string
 const here = dirname(fileURLToPath(import.meta.url));
 const require = createRequire(import.meta.url);
 
@@ -41,7 +41,7 @@ const bundle = await build({
 });
 const textOf = (suffix) => bundle.outputFiles.find((file) => file.path.endsWith(suffix)).text.trim();
 
-// Replaces by a function, because a plain replacement text would give `$` in the script a meaning.
+// Uses a replacement function, because `$` has a meaning in a replacement string.
 const fold = (page, mark, text) => {
   if (page.split(mark).length !== 2) throw new Error(`index.html must hold ${mark} exactly once`);
   return page.replace(mark, () => text);
@@ -53,7 +53,7 @@ page = fold(page, '<!-- script -->', `<script>${script}</script>`);
 // The page's policy allows this one script. The program adds the hashes of those that it puts in.
 page = fold(page, "'sha256-'", `'sha256-${createHash('sha256').update(script).digest('base64')}'`);
 
-// The program puts a panel's script before the last </body>, so the page's own script must not hold another.
+// The program inserts the script of a panel's own window before the last </body>, so the page may contain only one.
 if (page.split('</body>').length !== 2) throw new Error('the page must hold </body> exactly once');
 if (Buffer.byteLength(page) > kPageSizeLimit)
   throw new Error(`the page has ${Buffer.byteLength(page)} bytes`);

@@ -1,60 +1,60 @@
-// Fits the height of the window to the page's content. Never resizes a window that the user has resized: a window that
-// is smaller than its content scrolls. Only empty space below the content is removed.
+// Fits the height of the window to the page's content. Never enlarges a window that the user has made smaller than its
+// content: only empty space below the content is removed there.
 import { call } from './bridge';
 
-// The client size in which the program opens the window where no one has chosen another.
+// The client size of a window that the user has not resized.
 const kFirstWidth = 420;
 const kFirstHeight = 560;
-const kAnswerTime = 500; // ms after the program's answer in which a new size is taken to be its result
+const kResizeTimeout = 500; // ms after the program's reply in which a new size counts as the requested one
 
-let shownHeight = 0; // px of the content when it was last measured
-let fittedHeight = -1; // px of the window after our last request; -1 once the user has resized it
-let askedHeight = -1; // px that the last request asked for, while the window has not taken its new size
-let expectedUntil = -Infinity; // ms; a new size until then is what we asked for
+let measuredHeight = 0; // px of the content when it was last measured
+let fittedHeight = -1; // px of the window after our last request; -1 after the user has resized it
+let requestedHeight = -1; // px of the last request, until the window has its new size
+let expectedUntil = -Infinity; // ms; a new size before this time is the requested one
 let suspended = false;
 
 const contentHeight = () => Math.ceil(document.getElementById('app')?.getBoundingClientRect().height ?? 0);
-// A window as wide as its screen is maximised or was made so by hand.
+// A window as wide as its screen is maximised, or the user has made it so.
 const fillsScreen = () => window.innerWidth >= window.screen.availWidth;
 
 const isExpected = () => performance.now() < expectedUntil;
-// The height that the window will have, as far as its limits allow.
-const comingHeight = () => (askedHeight >= 0 && isExpected() ? askedHeight : window.innerHeight);
+// The height that the window is about to have, within its limits.
+const nextHeight = () => (requestedHeight >= 0 && isExpected() ? requestedHeight : window.innerHeight);
 
 function request(height: number): void {
-  if (height < 1 || height === comingHeight()) return;
-  askedHeight = height;
+  if (height < 1 || height === nextHeight()) return;
+  requestedHeight = height;
   expectedUntil = Infinity;
-  const answered = () => (expectedUntil = performance.now() + kAnswerTime);
+  const onReply = () => (expectedUntil = performance.now() + kResizeTimeout);
   // Best effort: a window that cannot be fitted scrolls.
-  call('resizeWindow', `${window.innerWidth},${height}`).then(answered, answered);
+  call('resizeWindow', `${window.innerWidth},${height}`).then(onReply, onReply);
 }
 
-// Without conditions but a drag: a panel's own window is as large as the panel.
+// Always fits, except during a drag: a panel's own window is as large as the panel. The program calls it.
 function resizeHostWindow(): void {
   if (suspended) return;
-  shownHeight = contentHeight();
-  request(shownHeight);
+  measuredHeight = contentHeight();
+  request(measuredHeight);
 }
 
-// Call when the user has changed the height of the content. A resize of the window may have measured it already.
+// Call after the user has changed the height of the content. A resize meanwhile may have measured it already.
 export function fitWindow(): void {
-  const before = shownHeight;
-  shownHeight = contentHeight();
+  const before = measuredHeight;
+  measuredHeight = contentHeight();
   if (suspended || fillsScreen()) return;
-  const coming = comingHeight();
-  const allInSight = coming >= before || coming === fittedHeight;
-  if (allInSight || shownHeight < coming) request(shownHeight);
+  const next = nextHeight();
+  const isAllVisible = next >= before || next === fittedHeight;
+  if (isAllVisible || measuredHeight < next) request(measuredHeight);
 }
 
-// The page has been painted for the first time.
+// Call after the first paint.
 export function fitFirstWindow(): void {
-  shownHeight = contentHeight();
+  measuredHeight = contentHeight();
   const untouched = window.innerWidth === kFirstWidth && window.innerHeight === kFirstHeight;
-  if (untouched && !fillsScreen()) request(shownHeight);
+  if (untouched && !fillsScreen()) request(measuredHeight);
 }
 
-// While panels are dragged the page has another height than it will keep.
+// Call at the start and the end of a drag, during which the page has a temporary height.
 export function suspendFit(drag: boolean): void {
   suspended = drag;
 }
@@ -63,7 +63,7 @@ export function installFit(): void {
   Object.assign(window, { resizeHostWindow });
   window.addEventListener('resize', () => {
     fittedHeight = isExpected() ? window.innerHeight : -1;
-    askedHeight = -1;
-    shownHeight = contentHeight();
+    requestedHeight = -1;
+    measuredHeight = contentHeight();
   });
 }

@@ -17,28 +17,28 @@ export const appSettings = signal(readAppSettings({}));
 export const profiles = signal(readProfiles({}));
 export const events = signal<readonly MacroEvent[]>([]);
 export const eventsLoading = signal(false);
-// The event count at which fetching the list failed, so that it is not tried again at every poll; -1 if it did not.
+// The event count at which fetching the list failed, so that not every poll tries again; -1 if it did not fail.
 export const eventsFailedAt = signal(-1);
 
-// False until the program has told how the panels stand; nothing is painted before, so nothing jumps.
+// True once the first reports have arrived or timed out. The page is invisible before, so nothing jumps.
 export const known = signal(false);
 
-// True while a location pick is under way as far as the page can know; the program does not report it.
+// True while a location pick runs, as far as the page can know: the program does not report it.
 export const picking = signal(false);
-// The panel that is being moved by buttons; empty for none.
+// The panel that shows its Move buttons; empty for none.
 export const arranging = signal<PanelId | ''>('');
-// The text that screen readers read after a panel has moved.
+// The text for screen readers after a panel has moved.
 export const announcement = signal('');
-// The sentence of the last command that failed, until it is dismissed or a command works.
+// The sentence about the last command that failed, until it is dismissed or a command works.
 export const failure = signal('');
-// The program's file dialog that the page has asked for, while it is open.
+// The file dialog of the program that is open; empty for none.
 export const fileDialog = signal<'' | 'import' | 'export'>('');
 export const preferencesOpen = signal(false);
-// The text shown while the program does not answer. An open file dialog may cause that, which is not a failure.
+// The text while the program does not answer. An open file dialog may keep it from answering, which is no fault.
 export const unanswered = computed(() =>
   fileDialog.value ? 'A file dialog is open' : 'Waiting for Varnelle to answer',
 );
-// True once a poll has been answered, and false again while the program does not answer for seconds.
+// False while the program has not answered a poll for seconds.
 export const answering = signal(true);
 
 export const recording = computed(() => status.value.state === 'Recording');
@@ -50,7 +50,7 @@ export const hotkeysOff = computed(() => !appSettings.value.hotkeysEnabled);
 // What the program waits for a key for.
 export const capture = computed(() => status.value.capture);
 export const eventCount = computed(() => status.value.eventCount);
-// The time of the latest event. The list may be out of order after a change of time.
+// The time of the latest event, in seconds. A retimed event keeps its index, so the list may be out of order.
 export const macroLength = computed(() => {
   let longest = 0;
   for (const event of events.value) if (event.time > longest) longest = event.time;

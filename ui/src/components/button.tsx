@@ -7,11 +7,11 @@ export interface ButtonProps {
   onPress: () => void;
   icon?: IconName;
   kind?: 'plain' | 'primary' | 'stop' | 'quiet' | 'danger';
-  label?: string | undefined; // the accessible name, where the visible words are not enough; it must contain them
+  label?: string | undefined; // the accessible name if the visible text is not enough; it must contain that text
   disabled?: boolean;
-  waiting?: boolean; // not to be pressed now, but keeps the focus
-  busy?: boolean; // waiting, because what it started has not ended
-  pending?: boolean; // pressed, and the program has not shown yet what came of it
+  waiting?: boolean; // ignores presses but keeps the focus
+  busy?: boolean; // waiting until what it started has ended
+  pending?: boolean; // pressed, until the program reports the result
   large?: boolean;
   describedBy?: string | undefined;
   buttonRef?: Ref<HTMLButtonElement>;

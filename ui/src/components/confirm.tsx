@@ -3,10 +3,10 @@ import { useId, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { Button } from './button';
 import './confirm.css';
 
-// A question in place of the control that asked it, with the safe answer focused. It can be answered only once, even if
-// it stays visible until the program has finished. The caller moves the focus afterwards.
+// A question in the place of the control that asked it. Cancel has the focus. The question can be answered once, even
+// if it stays visible until the program has answered. The caller moves the focus afterwards.
 export function Confirm(props: {
-  children: ComponentChildren; // the question and its consequence
+  children: ComponentChildren; // the question and its consequences
   verb: string;
   onConfirm: () => void;
   onCancel: () => void; // Esc too

@@ -1,4 +1,4 @@
-// Small pictures drawn with the text's colour. They repeat what the words beside them say, so readers skip them.
+// Icons in the colour of the text. They repeat the text beside them, so screen readers skip them.
 const paths = {
   play: 'M5 3.5v9l7.5-4.5z',
   stop: 'M4 4h8v8H4z',

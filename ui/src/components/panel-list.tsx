@@ -95,7 +95,7 @@ function makeSortable(list: HTMLElement): Sortable {
       list.classList.add('dashboard--arranging');
       keepInPlace();
       const missing = start.top - header.getBoundingClientRect().top;
-      if (missing > 0) list.style.setProperty('--room-above', `${missing}px`);
+      if (missing > 0) list.style.setProperty('--space-above', `${missing}px`);
     },
     onEnd: ({ item }) => {
       const id = item.id as PanelId;
@@ -104,7 +104,7 @@ function makeSortable(list: HTMLElement): Sortable {
       // Preact moves the panel, so it must find the elements in its own order.
       list.insertBefore(item, next);
       list.classList.remove('dashboard--arranging');
-      list.style.removeProperty('--room-above');
+      list.style.removeProperty('--space-above');
       movePanel(id, item.querySelector('h2')?.textContent ?? '', position);
       requestAnimationFrame(() => {
         keepInPlace();

@@ -2,15 +2,16 @@ import { useEffect, useState } from 'preact/hooks';
 import { Button } from './button';
 import type { IconName } from './icon';
 
-const kPatience = 1000; // ms after which a press counts as refused: the program refuses in silence
+const kPendingTimeout = 1000; // ms after which a press counts as rejected: the program does not report a rejection
 
-// Between a press and the poll that shows what came of it. `shown` is what the poll would change.
+// Returns whether a press waits for the poll that shows its result, and how to set that. `shown` is what the poll
+// changes.
 export function usePending(shown: unknown): [boolean, (pressed: boolean) => void] {
   const [pending, setPending] = useState(false);
   useEffect(() => setPending(false), [shown]);
   useEffect(() => {
     if (!pending) return undefined;
-    const timer = window.setTimeout(() => setPending(false), kPatience);
+    const timer = window.setTimeout(() => setPending(false), kPendingTimeout);
     return () => window.clearTimeout(timer);
   }, [pending]);
   return [pending, setPending];
@@ -20,11 +21,11 @@ export function usePending(shown: unknown): [boolean, (pressed: boolean) => void
 export function RunButton(props: {
   running: boolean;
   start?: string;
-  what?: string; // "clicking": left out of what is seen where the window is narrow
+  what?: string; // "clicking"; a narrow window hides it
   icon?: IconName;
   kind?: 'plain' | 'primary';
   disabled?: boolean;
-  onStart: () => Promise<boolean>; // false: nothing was started, because the user cancelled or it failed
+  onStart: () => Promise<boolean>; // false: the user has cancelled or it failed
   onStop: () => Promise<boolean>;
 }) {
   const { running, start = 'Start', what, icon = 'play', kind = 'primary', disabled = false } = props;

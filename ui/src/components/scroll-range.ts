@@ -1,5 +1,5 @@
-// Which rows of a long list are in sight. Browsers lose precision above 2^24 pixels, so a list that would be taller
-// scrolls through a shorter range, and the position in it is stretched to the rows.
+// The visible rows of a long list. Browsers lose precision above 2^24 pixels, so a taller list scrolls through a
+// shorter range, and its scroll position is stretched to the rows.
 export const kMaxRange = 16_000_000; // px
 
 export interface ScrollRange {
@@ -11,17 +11,17 @@ export interface ScrollRange {
 const fullHeight = (range: ScrollRange) => range.rows * range.rowHeight;
 export const scrolledHeight = (range: ScrollRange) => Math.min(fullHeight(range), kMaxRange);
 
-// How many pixels of rows one pixel of scrolling stands for; 1 unless the list is too tall.
+// Returns how many pixels of rows one pixel of scrolling means; 1 unless the list is too tall.
 function stretch(range: ScrollRange): number {
   const travel = scrolledHeight(range) - range.viewHeight;
   return travel > 0 ? (fullHeight(range) - range.viewHeight) / travel : 1;
 }
 
-// The pixel offset into all rows that is at the top of the view.
+// Returns the pixel offset in the rows at the top of the view.
 export const offsetAt = (scrollTop: number, range: ScrollRange) =>
   Math.max(0, Math.min(scrollTop * stretch(range), fullHeight(range) - range.viewHeight));
 
-// The first row in sight and the row after the last.
+// Returns the first visible row and the row after the last.
 export function rowsInSight(scrollTop: number, range: ScrollRange): { first: number; end: number } {
   const offset = offsetAt(scrollTop, range);
   const first = Math.floor(offset / range.rowHeight);
@@ -29,7 +29,7 @@ export function rowsInSight(scrollTop: number, range: ScrollRange): { first: num
   return { first, end };
 }
 
-// The scroll position nearest to the present one that shows the whole row.
+// Returns the scroll position that shows the whole row, nearest to the present one.
 export function scrollTopFor(row: number, scrollTop: number, range: ScrollRange): number {
   const top = row * range.rowHeight;
   const bottom = top + range.rowHeight;
@@ -39,7 +39,7 @@ export function scrollTopFor(row: number, scrollTop: number, range: ScrollRange)
   return scrollTop;
 }
 
-// The scroll position that has the row at the top of the view, with so many pixels of it above; a browser stops before
-// it where too few rows follow.
+// Returns the scroll position that has the row at the top of the view, with `above` pixels of it hidden. The browser
+// stops before that if too few rows follow.
 export const scrollTopAt = (row: number, above: number, range: ScrollRange) =>
   (row * range.rowHeight + above) / stretch(range);

@@ -9,7 +9,7 @@ export interface SegmentedProps<T> {
   disabled?: boolean;
 }
 
-// One choice of a few, all in sight. A value that is none of the options shows none of them chosen.
+// A choice of a few visible options. None of them is checked if the value is not one of them.
 export function Segmented<T>({ label, value, options, onChange, disabled = false }: SegmentedProps<T>) {
   const name = useId();
   return (

@@ -70,7 +70,7 @@ function macroSummary(): string {
   return `${events}, ${groupedNumber(Number(macroLength.value.toFixed(2)))} s`;
 }
 
-// Each of the two turns into Stop while it runs, in its own place.
+// Each of the two buttons becomes Stop while it runs.
 function Transport() {
   return (
     <div class="macro__transport" role="group" aria-label="Recording and playback">
@@ -147,7 +147,7 @@ function playbackHint(): string {
   return `One round takes ${spanText(round)}, or ${spanText(every)} with the pause${rate}.`;
 }
 
-// As exact as its length makes sense: to hundredths, seconds, minutes.
+// Rounds to hundredths of a second, seconds or minutes, depending on the length.
 function spanText(seconds: number): string {
   const step = seconds < 60 ? 10 : seconds < 3600 ? 1000 : 60000; // ms
   return timeText(Math.round((seconds * 1000) / step) * step);
