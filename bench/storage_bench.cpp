@@ -275,8 +275,8 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
     return rows;
 }
 
-// Prints what one number costs, beside the library function that does the same without the short path for the times of a
-// macro. The short paths in base/numbers.cpp must be worth 1.5 times.
+// Prints what one number costs, beside the library function that does the same. A short path of base/numbers.cpp must be
+// at least 1.5 times as fast.
 void PrintNumberCosts() {
     const std::vector<UnifiedEvent> events = Recording(kLarge);
     std::vector<char> text(kLarge * kStreamDoubleLength);

