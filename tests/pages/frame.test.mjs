@@ -299,7 +299,8 @@ describe('the window fits its content', () => {
 
   pageTest(
     'at the first start, and after each collapse and expansion',
-    desktop(420, 560, kCollapsed),
+    // Without an answer, the page takes each new size as the requested one, however late it comes.
+    desktop(420, 560, { ...kCollapsed, silent: ['resizeWindow'] }),
     async (page) => {
       assert.deepEqual(await expectCall(page, 'resizeWindow'), [`420,${await contentHeight(page)}`]);
       await answer(page, 1040);
