@@ -13,8 +13,8 @@ namespace {
 
 constexpr uint32_t kEscapeKey = 27;
 
-// What is physically held, and whose press was consumed so that its release must be too. By the low 8 bits of a code.
-// Input thread only.
+// The keys and buttons that are physically held, and those whose press was consumed, so that the release must be too.
+// Indexed by the low 8 bits of a code. Input thread only.
 struct HeldInput {
     bool keyDown[256] = {};
     bool keySwallowed[256] = {};
@@ -32,7 +32,7 @@ void Capture(uint32_t code) {
     WakeDispatcher();
 }
 
-// A left click must stay free for the page while the unlock key is chosen, and no button can be a key spam target.
+// The left button stays free for the page while the unlock key is chosen. No button can be a key spammer target.
 bool CapturesButton(uint32_t target, uint32_t button) {
     switch (target) {
     case kReassignNone:
@@ -56,7 +56,7 @@ void ToggleLock() {
     HookInterestChanged();
 }
 
-// Raises what a binding asks for; false if no binding has this code. The first match ends the comparison.
+// Raises the request of the first binding with this code. Returns false if there is none.
 bool RaiseForBinding(uint32_t code) {
     if (code == hotkeyTable.record) {
         engineState.requestToggleRecord = true;
@@ -105,7 +105,7 @@ HookDecision DecideKey(uint32_t virtualKey, bool down) {
         return HookDecision::Consume;
     }
     if (held.keyDown[key]) {
-        // A held key repeats. It never triggers again, and a hotkey stays hidden for as long as it is held.
+        // A held key repeats. A repeat never triggers, and a hotkey stays hidden as long as it is held.
         return held.keySwallowed[key] ? HookDecision::Consume : HookDecision::Pass;
     }
     held.keyDown[key] = true;
@@ -149,7 +149,7 @@ void HotkeyReleased(uint32_t code) {
 }
 
 void SessionChanged(SessionChange /*change*/) {
-    // A release that goes to the other desktop must not leave a key marked as held, nor a tool running for it.
+    // The release may go to the other desktop. It must not leave a key marked as held, nor its tool running.
     ClearHeldInput();
     if (hotkeyTable.holdAutoclicker) {
         engineState.requestStopAutoclicker = true;
@@ -245,7 +245,7 @@ void ApplyCapturedKey() {
             break;
         }
     }
-    // The target first: a key that the hook catches in between must not wait for the next capture.
+    // Set the target first: a key that the hook captures in between must not wait for the next capture.
     engineState.reassignTarget = kReassignNone;
     engineState.capturedKey = 0;
     HookInterestChanged();

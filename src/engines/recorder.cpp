@@ -17,17 +17,17 @@
 
 namespace {
 
-// Between the last kept event and the first of a continued take.
+// Seconds between the last kept event and the first one of a continued segment.
 constexpr double kMinGapSeconds = 0.1;
-// On top of the double-click time, so that two clicks across the seam never read as a double click.
+// Added to the double-click time, so that two clicks across the join never count as a double click.
 constexpr double kClickMarginSeconds = 0.05;
 
 // Input thread only.
 struct HookState {
-    int32_t lastX = 0;  // where the pointer was last seen
+    int32_t lastX = 0;  // last known position of the pointer
     int32_t lastY = 0;
     bool pressOnOwnWindow[8] =
-        {};  // by button code: this press, and so its release, fell on one of our windows
+        {};  // by button code: the press was on one of our windows, so its release counts as such too
 };
 HookState hookState;
 
@@ -56,7 +56,7 @@ bool PickLocation(const MouseHookRecord& record) {
         try {
             SyncProfileSettings();
         } catch (const std::bad_alloc&) {
-            // The location holds. Its copy in the profile waits for the next change of a setting.
+            // The location is set. Its copy in the profile follows with the next change of a setting.
         }
     }
     return true;
@@ -67,7 +67,7 @@ bool IsOwnWindowAt(int32_t x, int32_t y) {
     return ProcessAtPoint(x, y, &process) && (process == OwnProcessId() || IsOwnImage(process));
 }
 
-// Keeps clicks on our own interface out of the macro. A release goes with its press, wherever the pointer is by then.
+// Keeps clicks on our own windows out of the macro. A release is treated like its press, wherever the pointer is.
 bool IsOwnClick(const MouseHookRecord& record) {
     bool& pressedOnOwn = hookState.pressOnOwnWindow[record.button];
     if (record.kind == PointerEvent::Press) {
@@ -92,7 +92,7 @@ void RecordMove(const MouseHookRecord& record, double time) {
 }
 
 void RecordButton(const MouseHookRecord& record, double time) {
-    // The test comes first, also when buttons are not recorded, so that its table stays right.
+    // Test first, even if buttons are not recorded, so that the table stays correct.
     const bool own = IsOwnClick(record);
     const uint32_t flags = ButtonFlagsOf({record.button, record.kind == PointerEvent::Press});
     if (macroSettings.recordButtons && !own && flags != 0) {
@@ -140,7 +140,7 @@ std::optional<double> SmallestTime(std::span<const UnifiedEvent> events) {
     return smallest;
 }
 
-// The press of largest time, the later in the list on a tie; null if there is none.
+// Returns the press with the largest time, the later one in the list on a tie; null if there is none.
 const UnifiedEvent* LastPress(std::span<const UnifiedEvent> events) {
     const UnifiedEvent* last = nullptr;
     for (const UnifiedEvent& event : events) {
@@ -151,7 +151,7 @@ const UnifiedEvent* LastPress(std::span<const UnifiedEvent> events) {
     return last;
 }
 
-// The press of smallest time, the earlier in the list on a tie; null if there is none.
+// Returns the press with the smallest time, the earlier one in the list on a tie; null if there is none.
 const UnifiedEvent* FirstPress(std::span<const UnifiedEvent> events) {
     const UnifiedEvent* first = nullptr;
     for (const UnifiedEvent& event : events) {
@@ -174,7 +174,7 @@ void OpenTake() REQUIRES(macroMutex) {
     engineState.recording = true;
 }
 
-// The events that the recording has appended to the current macro become part of it.
+// Joins the events that the recording has appended to the current macro.
 void JoinTake(double clickGap) REQUIRES(macroMutex) {
     if (Profile* profile = CurrentProfile()) {
         JoinContinuedRecording(profile->events, macroState.continueKeepCount, kMinGapSeconds, clickGap);
@@ -255,7 +255,7 @@ void ResetInputState() {
 
 void AppendRecordedEvent(const UnifiedEvent& event) {
     MutexLock lock(macroMutex);
-    // Once more under the lock: a take that was joined meanwhile must not grow.
+    // Test again under the lock: a recording that was joined meanwhile must not grow.
     if (!engineState.recording) {
         return;
     }

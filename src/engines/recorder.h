@@ -1,4 +1,4 @@
-// Real input becomes events of the macro; a finished take is joined behind what was there.
+// Turns real input into events of the macro, and joins a finished recording to the end of the macro.
 #pragma once
 
 #include "base/mutex.h"
@@ -9,41 +9,40 @@
 #include <cstddef>
 #include <vector>
 
-// The input thread's body: runs the platform's input thread with the hook procedures below. Starts with nothing held.
+// The body of the input thread: runs the platform's input thread with the hook procedures below. Starts with no key
+// held.
 void InputThreadMain();
 
-// Input thread. Hotkeys first, then the recorder; the answer says whether the applications may see the event.
+// Input thread. Pass an event to the hotkeys, then to the recorder. Return whether the applications may see it.
 HookDecision KeyboardHook(const KeyHookRecord& record);
 HookDecision MouseHook(const MouseHookRecord& record);
 void RawMouseReport(const RawMouseRecord& record);
 
-// Input thread, and tests: forgets the pointer's last place, the presses on own windows, and what is held.
+// Input thread, and tests: clears the last position of the pointer, the presses on own windows and the held keys.
 void ResetInputState();
 
-// Any thread. Appends to the running recording; an event that comes too late for it, or does not fit into memory, is
-// lost.
+// Any thread. Appends to the running recording. An event that comes too late, or for which there is no memory, is lost.
 void AppendRecordedEvent(const UnifiedEvent& event) EXCLUDES(macroMutex);
-// Seconds from the start of the recording to a counter value.
+// Returns the seconds from the start of the recording to a counter value.
 double RecordingSeconds(int64_t counter);
 
-// Dispatcher thread, after `recording` was cleared. Takes macroMutex.
+// Dispatcher thread, after `recording` was cleared. Locks macroMutex.
 void FinishRecording() EXCLUDES(macroMutex);
-// Before another profile becomes current, with macroMutex held until it is: what a running recording has appended is
-// joined to its macro as at the recording's end, and what it appends from now on belongs behind the `keepCount` events
-// that the other profile has. Nothing without a recording. `clickGap` is that of ClickGapSeconds.
+// Call before another profile becomes current, and hold macroMutex until it is. Joins the events that a running
+// recording has appended to their macro, as at the end of the recording. Later events go after the `keepCount` events
+// of the other profile. Does nothing without a recording. `clickGap` is that of ClickGapSeconds.
 void MoveRecording(size_t keepCount, double clickGap) REQUIRES(macroMutex);
-// The least time between two presses of one button that the system does not take for a double click. Any thread; asks
-// the system.
+// Returns the shortest time between two presses of one button that is not a double click. Any thread; asks the system.
 double ClickGapSeconds();
-// Both begin under macroMutex and end with `recording` set.
+// Both lock macroMutex and set `recording`.
 void BeginFreshRecording() EXCLUDES(macroMutex);
 void BeginContinuedRecording() EXCLUDES(macroMutex);
 bool CanUndoContinue() REQUIRES(macroMutex);
-// Puts the macro back if CanUndoContinue; otherwise does nothing.
+// Restores the macro if CanUndoContinue; otherwise does nothing.
 void UndoContinuedRecording() EXCLUDES(macroMutex);
 
-// Shifts the events from keepCount on: to 0 for a fresh take, else minGap seconds behind the kept ones, or later so
-// that two presses of one button across the seam are at least clickGap seconds apart. Linear. A time that is not a
-// number counts for nothing here.
+// Shifts the events from keepCount on: to 0 for a new recording, else to minGap seconds after the kept ones, or later
+// so that two presses of one button across the join are at least clickGap seconds apart. Linear. Ignores times that are
+// not numbers.
 void JoinContinuedRecording(std::vector<UnifiedEvent>& events, size_t keepCount, double minGap,
                             double clickGap);

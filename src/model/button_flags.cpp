@@ -9,7 +9,7 @@ struct Row {
     ButtonAction action;
 };
 
-// The first row of a value is what the value stands for.
+// The first row of a value gives its meaning.
 constexpr Row kRows[] = {
     {2, {kLeftButton, true}},          {4, {kLeftButton, false}},       {8, {kRightButton, true}},
     {16, {kRightButton, false}},       {32, {kMiddleButton, true}},     {64, {kMiddleButton, false}},

@@ -14,6 +14,6 @@ struct ButtonAction {
 // Returns the stored value of a press or release, or 0 for one that macros do not store. Both side buttons share one
 // value and their releases have none.
 uint32_t ButtonFlagsOf(ButtonAction action);
-// Returns what a stored value stands for, or nullopt if it is not the value of one press or release. The value that
-// both side buttons share returns kUnnamedSideButton.
+// Returns the meaning of a stored value, or nullopt if it is not the value of one press or release. The value that both
+// side buttons share returns kUnnamedSideButton.
 std::optional<ButtonAction> ButtonActionOf(uint32_t flags);
