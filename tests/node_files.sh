@@ -1,10 +1,9 @@
 # shellcheck shell=bash
 # Runs test files of node's runner one by one. Sourced; the caller has `set -o pipefail`.
 #
-# RunNodeFiles NAME FILE...: a file that fails is run once more. Real keys on a real desktop and a browser beside three
-# compilers: one thing in a thousand comes too late while the machine does something else for a second. It is said in a
-# line "again: FILE: TESTS", and what fails twice has failed. Ends with "NAME: N passed, N failed, N skipped"; fails if
-# a test did.
+# RunNodeFiles NAME FILE...: runs each file, and a file that fails once more: on a busy machine a real key or a browser
+# may be seconds late. A line "repeated: FILE: TESTS" names what failed the first time. A file that fails twice has
+# failed. Ends with "NAME: N passed, N failed, N skipped"; fails if a test failed.
 RunNodeFiles() {
     local name=$1 file code fails passed=0 failed=0 skipped=0
     shift
@@ -13,12 +12,12 @@ RunNodeFiles() {
         code=0
         RunNodeFile "$file" || code=$?
         if [ "$code" != 0 ]; then
-            echo "again: $file: $(sed -n 's/^ *not ok [0-9]* - //p' "$nodeResult" | paste -sd ';')"
+            echo "repeated: $file: $(sed -n 's/^ *not ok [0-9]* - //p' "$nodeResult" | paste -sd ';')"
             code=0
             RunNodeFile "$file" || code=$?
         fi
         fails=$(($(NodeCount fail) + $(NodeCount cancelled)))
-        # A file that ended before its tests were through has failed too.
+        # A file that ended before its last test has failed too.
         if [ "$code" != 0 ] && [ "$fails" = 0 ]; then
             fails=1
         fi
@@ -31,13 +30,13 @@ RunNodeFiles() {
     [ "$failed" = 0 ]
 }
 
-# Runs one file; gives its exit code. The lock of a Wine prefix is not its to hold.
+# Runs one file; returns its exit code. The tests do not inherit the lock of the Wine prefix.
 RunNodeFile() {
     node --test --test-reporter=tap "$1" 9>&- </dev/null 2>&1 | tee "$nodeResult"
     return "${PIPESTATUS[0]}"
 }
 
-# A number of the runner's own: pass, fail, cancelled, skipped.
+# Prints one of the runner's counts: pass, fail, cancelled, skipped.
 NodeCount() {
     local number
     number=$(sed -n "s/^# $1 \([0-9]*\)$/\1/p" "$nodeResult" | tail -n 1)

@@ -36,7 +36,7 @@ Try() {
 # loses a real key.
 Run() {
     if ! Try "$1" "$2"; then
-        echo "again: $(basename "$1") under $2: $failures failed"
+        echo "repeated: $(basename "$1") under $2: $failures failed"
         Try "$1" "$2" || true
     fi
     passed=$((passed + tests - failures - skips))

@@ -1,12 +1,16 @@
 #!/usr/bin/env bash
-# The page tests: the built page in Chromium on a fake host: tests/pages/run.sh [FILE...]
+# The page tests: the built page in Chromium on a fake host: tests/pages/run.sh [quick | FILE...]
 # Pictures of every state land in build/pages.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 . tests/node_files.sh
 
+# The sample of ./dev test quick: how the page asks and shows, and its controls.
+quickFiles=(tests/pages/bridge.test.mjs tests/pages/polling.test.mjs tests/pages/numbers.test.mjs)
+
 files=("$@")
 [ ${#files[@]} -gt 0 ] || files=(tests/pages/*.test.mjs)
+[ "${files[0]}" != quick ] || files=("${quickFiles[@]}")
 
 # One built page and one browser for all files.
 folder=$(mktemp -d)

@@ -81,7 +81,7 @@ Test() {
         fi
         NewProbe | tail -n 12 | sed 's/^/    probe:  /'
         NewTarget | tail -n 12 | sed 's/^/    target: /'
-        [ $try = second ] || echo "again: $1"
+        [ $try = second ] || echo "repeated: $1"
     done
     failed=$((failed + 1))
     echo "FAILED $1"
@@ -396,7 +396,7 @@ TryTestProgram() {
 RunTestProgram() {
     local good bad left
     if ! TryTestProgram "$1"; then
-        echo "again: $1: $bad failed"
+        echo "repeated: $1: $bad failed"
         TryTestProgram "$1" || true
     fi
     passed=$((passed + ${good:-0}))

@@ -1,16 +1,17 @@
 # shellcheck shell=bash
 # The test run: every kind with its count. Sourced by ./dev.
 
-# Kinds of one lane share a build folder and run one after the other; the lanes run beside each other, since those with
-# real input mostly wait.
-TestLanes=("check asan tsan fuzz" "unit simulated pages linux program" "unit-windows windows program-windows")
+# Kinds of one lane share a build folder and run one after the other. The lanes run side by side, since kinds with real
+# input mostly wait. A lane that begins with "nice" gives way to the kinds with real input.
+TestLanes=("nice check asan tsan fuzz" "unit simulated pages linux program" "unit-windows windows program-windows")
 TestKinds="check unit simulated unit-windows linux windows pages program program-windows asan tsan fuzz"
+# What a change is checked with before it is shown to anyone: two minutes after a build.
+QuickLanes=("check-quick pages-quick" "unit simulated")
+QuickKinds="check-quick unit simulated pages-quick"
 FuzzSeconds=${FUZZ_TARGET_SECONDS:-20}
 
-passedTotal=0
-failedTotal=0
-skippedTotal=0
-failedKinds=()
+# A row for each kind that ran: kind, passed, failed, skipped, seconds, repeated.
+TestResults=build/test/results
 
 # Reads a test runner's counts from its log: GoogleTest, node's runner (TAP), libFuzzer runs and our own closing line
 # "NAME: N passed, N failed, N skipped". Sets passed, failed, skipped.
@@ -36,12 +37,17 @@ ReadCounts() {
         }' <(tr -d '\r' <"$log"))
 }
 
+# Records a row and shows it: kind, passed, failed, skipped, seconds, repeated.
+RecordResult() {
+    echo "$*" >>"$TestResults"
+    printf '%-18s %6d passed %4d failed %4d skipped %5d s\n' "$1" "$2" "$3" "$4" "$5"
+}
+
 # Runs one kind: its command with a limit in seconds, its output in a log, one line here.
 TestKind() {
     local kind=$1 limit=$2
     shift 2
     local log=build/test/$kind.log begin=$SECONDS status=0 passed failed skipped
-    mkdir -p build/test
     # A kind may leave processes behind when it is cut off: it runs in a process group of its own.
     timeout --kill-after=10 "$limit" "$@" >"$log" 2>&1 </dev/null || status=$?
     ReadCounts "$log"
@@ -52,14 +58,8 @@ TestKind() {
     if [ "$status" != 0 ] && [ "$failed" = 0 ]; then
         failed=1
     fi
-    passedTotal=$((passedTotal + passed))
-    failedTotal=$((failedTotal + failed))
-    skippedTotal=$((skippedTotal + skipped))
-    printf '%-18s %6d passed %4d failed %4d skipped %5d s\n' "$kind" "$passed" "$failed" "$skipped" $((SECONDS - begin))
-    # What was tried a second time is to be seen, also where it then passed.
-    grep -a '^again: ' "$log" || true
+    RecordResult "$kind" "$passed" "$failed" "$skipped" $((SECONDS - begin)) "$(grep -ac '^repeated: ' "$log")"
     if [ "$failed" != 0 ]; then
-        failedKinds+=("$kind")
         echo "---- $log (exit $status)"
         grep -aE '^not ok|\[  FAILED  \]|FAILED|[Ff]ailure|ERROR:|WARNING: ThreadSanitizer|runtime error|^  *error:' "$log" |
             head -n 40 || true
@@ -73,10 +73,8 @@ BuildFor() {
     local kind=$1
     shift
     local log=build/test/$kind.log
-    mkdir -p build/test
     if ! BuildPreset "$@" 2>"$log"; then
-        failedTotal=$((failedTotal + 1))
-        failedKinds+=("$kind")
+        RecordResult "$kind" 0 1 0 0 0
         printf '%-18s does not build\n' "$kind"
         cat "$log"
         return 1
@@ -86,6 +84,7 @@ BuildFor() {
 TestOne() {
     case "$1" in
         check) TestKind check 3000 ./dev check ;;
+        check-quick) TestKind check-quick 300 ./dev check quick ;;
         unit) BuildFor unit linux unit_tests && TestKind unit 600 build/linux/unit_tests --gtest_brief=1 ;;
         simulated)
             BuildFor simulated linux simulated_tests &&
@@ -97,6 +96,7 @@ TestOne() {
         linux) BuildFor linux linux && TestKind linux 800 tests/linux/run.sh build/linux ;;
         windows) BuildFor windows windows && TestKind windows 800 tests/windows/run.sh build/windows ;;
         pages) TestKind pages 2400 tests/pages/run.sh ;;
+        pages-quick) TestKind pages-quick 600 tests/pages/run.sh quick ;;
         program) BuildFor program linux all dist && TestKind program 1500 tests/program/run.sh linux build/linux ;;
         program-windows)
             BuildFor program-windows windows all dist &&
@@ -111,63 +111,83 @@ TestOne() {
                 TestKind tsan 1500 tools/dev/sanitized_tests.sh build/linux-tsan
             ;;
         fuzz) BuildFor fuzz linux-fuzz all && TestKind fuzz 800 tools/dev/fuzz_all.sh "$FuzzSeconds" ;;
-        *)
-            echo "dev: no kind of test named '$1'; there are: $TestKinds" >&2
-            return 2
-            ;;
     esac
 }
 
 RunKinds() {
     local kind
     for kind in "$@"; do
-        TestOne "$kind" || [ $? != 2 ] || return 2
+        TestOne "$kind" || true # a build that failed has its row
     done
 }
 
-# All lanes at once; the one with the most to compute gives way to those that a person's time is played in.
+# RunLanes LANE...: all of them side by side.
 RunLanes() {
-    local lane results=build/test/lanes pids=()
-    rm -rf "$results"
-    mkdir -p "$results"
-    for lane in "${!TestLanes[@]}"; do
+    local lane kinds pids=()
+    for lane in "$@"; do
         (
-            [ "$lane" != 0 ] || renice -n 10 "$BASHPID" >/dev/null
-            # shellcheck disable=SC2086
-            RunKinds ${TestLanes[lane]}
-            echo "$passedTotal $failedTotal $skippedTotal ${failedKinds[*]}" >"$results/$lane"
+            read -r -a kinds <<<"$lane"
+            if [ "${kinds[0]}" = nice ]; then
+                renice -n 10 "$BASHPID" >/dev/null
+                kinds=("${kinds[@]:1}")
+            fi
+            RunKinds "${kinds[@]}"
         ) &
         pids+=($!)
     done
     wait "${pids[@]}" || true
-    local passed failed skipped kinds
-    for lane in "${!TestLanes[@]}"; do
-        # A lane that left no result ended in the middle.
-        read -r passed failed skipped kinds < <(cat "$results/$lane" 2>/dev/null || echo "0 1 0 lane-$lane")
+}
+
+# ShowSummary KIND...: the closing table, what was repeated, and the totals. Fails if a test failed.
+ShowSummary() {
+    local kind passed failed skipped seconds repeated failedKinds=() logs=()
+    local passedTotal=0 failedTotal=0 skippedTotal=0 repeatedTotal=0
+    printf '\n%-16s %8s %8s %8s %8s %8s\n' kind passed failed skipped seconds repeated
+    for kind in "$@"; do
+        # A kind without a row was cut off.
+        read -r _ passed failed skipped seconds repeated < <(grep "^$kind " "$TestResults" || echo "$kind 0 1 0 0 0")
+        printf '%-16s %8d %8d %8d %8d %8d\n' "$kind" "$passed" "$failed" "$skipped" "$seconds" "$repeated"
         passedTotal=$((passedTotal + passed))
         failedTotal=$((failedTotal + failed))
         skippedTotal=$((skippedTotal + skipped))
-        [ -z "$kinds" ] || failedKinds+=("$kinds")
+        repeatedTotal=$((repeatedTotal + repeated))
+        [ "$failed" = 0 ] || failedKinds+=("$kind")
+        [ "$repeated" = 0 ] || logs+=("build/test/$kind.log")
     done
-}
-
-Test() {
-    if [ "${1:-}" = list ]; then
-        echo "$TestKinds"
-        return 0
-    fi
-    Setup
-    if [ $# -gt 0 ]; then
-        RunKinds "$@" || return
-    else
-        RunLanes
-    fi
     echo
-    if [ ${#failedKinds[@]} -gt 0 ]; then
-        echo "failed kinds: ${failedKinds[*]}"
-    fi
+    echo "repeated: $repeatedTotal"
+    [ "$repeatedTotal" = 0 ] || grep -ah '^repeated: ' "${logs[@]}" | sed 's/^repeated: /    /'
+    [ ${#failedKinds[@]} = 0 ] || echo "failed kinds: ${failedKinds[*]}"
     echo "$passedTotal passed, $failedTotal failed, $skippedTotal skipped"
     [ "$failedTotal" = 0 ]
+}
+
+# Test [quick | list | KIND...]
+Test() {
+    local kind kinds=("$@")
+    case "${1:-}" in
+        list)
+            echo "$TestKinds"
+            return 0
+            ;;
+        quick) read -r -a kinds <<<"$QuickKinds" ;;
+        "") read -r -a kinds <<<"$TestKinds" ;;
+    esac
+    for kind in "${kinds[@]}"; do
+        if [[ " $TestKinds $QuickKinds " != *" $kind "* ]]; then
+            echo "dev: no kind of test named '$kind'; there are: $TestKinds" >&2
+            return 2
+        fi
+    done
+    Setup
+    mkdir -p build/test
+    : >"$TestResults"
+    case "${1:-}" in
+        quick) RunLanes "${QuickLanes[@]}" ;;
+        "") RunLanes "${TestLanes[@]}" ;;
+        *) RunKinds "${kinds[@]}" ;;
+    esac
+    ShowSummary "${kinds[@]}"
 }
 
 Fuzz() {
