@@ -1,24 +1,14 @@
-// Application settings: set through the page's functions, kept in the file, carried out on the desktop.
+// Application settings: commands set them, the file keeps them, the desktop shows their effect.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
 import { chmodSync, existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { delimiter, join } from 'node:path';
-import { after, afterEach, before, test } from 'node:test';
-import { kMainTitle, nativePath, onWindows, openWorld } from './harness.mjs';
+import { kMainTitle, nativePath, onWindows, test, useFixture } from './harness.mjs';
 import { waitUntil } from './processes.mjs';
-import { Key } from './real_hand.mjs';
+import { Key } from './xtest_input.mjs';
 
-const limit = { timeout: 240000 };
-
-let world;
-let hand;
-
-before(async () => {
-  world = await openWorld();
-  hand = world.hand;
-}, limit);
-afterEach(() => world.closeOpened(), limit);
-after(() => world?.close(), limit);
+const fixture = useFixture();
+const { input } = fixture;
 
 const kDefaults = {
   alwaysOnTop: false,
@@ -34,14 +24,14 @@ const kDefaults = {
   panelOrder: [],
 };
 
-// The file's lines as an object.
+// Returns the file's lines as an object.
 function settingsFile(program) {
   const lines = program.readData('appsettings.txt').split('\n');
-  assert.equal(lines.pop(), '', 'the last line has its end');
+  assert.equal(lines.pop(), '', 'the last line ends with a line break');
   return Object.fromEntries(lines.map((line) => line.split(/=(.*)/s).slice(0, 2)));
 }
 
-// What starts the program with the session: the entry's text, or the registry value; empty without one.
+// Returns the command that starts the program with the session; empty without one.
 function startsWithSession(installation) {
   if (onWindows) {
     const key = 'HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run';
@@ -55,10 +45,9 @@ function startsWithSession(installation) {
   return existsSync(entry) ? /^Exec=(.*)$/m.exec(readFileSync(entry, 'utf8'))[1] : '';
 }
 
-test('each change is in the file at once and there after a restart', limit, async () => {
-  const installation = world.install();
-  let program = await world.startProgram({ installation });
-  let observer = await world.openApplication();
+test('a changed setting is saved at once and restored after a restart', async () => {
+  const installation = fixture.install();
+  let { program, observer } = await fixture.startBesideApplication({ installation });
   assert.deepEqual(await program.call('getAppSettings'), kDefaults);
 
   const set = (key, value) => program.call('setAppSetting', `${key},${value}`);
@@ -94,34 +83,32 @@ test('each change is in the file at once and there after a restart', limit, asyn
   assert.equal(await program.closeWindow(observer), 0);
   await observer.kill();
 
-  program = await world.startProgram({ installation });
-  observer = await world.openApplication();
+  ({ program, observer } = await fixture.startBesideApplication({ installation }));
   assert.deepEqual(await program.call('getAppSettings'), expected);
   assert.equal((await program.call('getTrackerStatus')).lockOn, false);
 });
 
-test('hotkeys switched off are the application’s own', limit, async () => {
-  const program = await world.startProgram();
-  const observer = await world.openApplication();
+test('hotkeys that are off reach the application', async () => {
+  const { program, observer } = await fixture.startBesideApplication();
   await program.call('setAppSetting', 'hotkeysEnabled,0');
   // The system lets go of the key a moment after the setting.
   await waitUntil(async () => {
-    await hand.tap(Key.F6);
+    await input.tap(Key.F6);
     await observer.settle();
     if ((await program.call('getTrackerStatus')).autoClicking) await program.call('stopSpammer');
     const keys = observer.keys().length;
     return keys > 0 && keys % 2 === 0; // with their releases
   }, 'F6 reaches the application');
   observer.clear();
-  await hand.tap(Key.F6);
-  await hand.tap(Key.F10);
+  await input.tap(Key.F6);
+  await input.tap(Key.F10);
   await waitUntil(() => observer.keys().length === 4, 'both keys reach the application');
   assert.equal((await program.call('getTrackerStatus')).unlocked, true);
 
   await program.call('setAppSetting', 'hotkeysEnabled,1');
   await waitUntil(async () => {
     observer.clear();
-    await hand.tap(Key.F10);
+    await input.tap(Key.F10);
     await observer.settle();
     return observer.keys().length === 0;
   }, 'F10 is hidden again');
@@ -132,9 +119,8 @@ test('hotkeys switched off are the application’s own', limit, async () => {
   assert.equal((await program.call('getTrackerStatus')).unlocked, true);
 });
 
-test('always on top is real', limit, async () => {
-  const program = await world.startProgram();
-  const observer = await world.openApplication();
+test('always on top keeps the window above others', async () => {
+  const { program, observer } = await fixture.startBesideApplication();
   const before = await observer.windowAtRest(kMainTitle);
   assert.equal(before.onTop, false);
   for (const [value, onTop] of [
@@ -156,20 +142,20 @@ test('always on top is real', limit, async () => {
   }
 });
 
-test('starting with the session follows the setting, also a moved program', limit, async () => {
-  const installation = world.install();
-  let program = await world.startProgram({ installation });
+test('the autostart entry follows the setting and a moved program', async () => {
+  const installation = fixture.install();
+  let program = await fixture.startProgram({ installation });
   assert.equal(startsWithSession(installation), '');
   await program.call('setAppSetting', 'launchOnStartup,1');
   assert.equal(startsWithSession(installation), `"${nativePath(installation.program)}"`);
   assert.equal(settingsFile(program).launchOnStartup, '1');
   await program.kill();
 
-  // The data folder with a program in another place.
-  const moved = world.install();
+  // The program has moved: its settings are in another installation.
+  const moved = fixture.install();
   mkdirSync(moved.data);
   writeFileSync(join(moved.data, 'appsettings.txt'), 'launchOnStartup=1\n');
-  program = await world.startProgram({ installation: moved });
+  program = await fixture.startProgram({ installation: moved });
   assert.equal(startsWithSession(moved), `"${nativePath(moved.program)}"`);
   await program.call('setAppSetting', 'launchOnStartup,0');
   assert.equal(startsWithSession(moved), '');
@@ -177,15 +163,15 @@ test('starting with the session follows the setting, also a moved program', limi
   assert.equal(startsWithSession(moved), '');
 });
 
-test('a link opens outside, and only a known one', limit, async () => {
-  const installation = world.install();
-  // Wine hands addresses to the same program as the Linux home does.
+test('a known link opens outside the program, an unknown one does not', async () => {
+  const installation = fixture.install();
+  // Wine opens addresses with the same program as the Linux backend.
   const told = join(installation.folder, 'opened');
   const opener = join(installation.folder, 'xdg-open');
   writeFileSync(opener, `#!/bin/sh\nprintf '%s\\n' "$*" >>'${told}'\n`);
   chmodSync(opener, 0o755);
   installation.env.PATH = `${installation.folder}${delimiter}${process.env.PATH}`;
-  const program = await world.startProgram({ installation });
+  const program = await fixture.startProgram({ installation });
   const opened = () => (existsSync(told) ? readFileSync(told, 'utf8').trim().split('\n') : []);
   assert.equal(await program.call('openLink', 'elsewhere'), undefined);
   assert.equal(await program.call('openLink', 'docs'), undefined);

@@ -1,11 +1,10 @@
-// A desktop to test on: an X server, in it a second one as a window, in that a window manager. What XTEST does on the
-// outer server is real input for everything on the inner one.
+// A desktop to test on: an X server, a second X server as a window in it, and a window manager in the second one. XTEST
+// on the outer server is real input for every program on the inner one.
 import { spawnSync } from 'node:child_process';
 import { mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { start, stop, waitUntil } from './processes.mjs';
-import { openRealHand } from './real_hand.mjs';
 
 const kAwaitWindowManager = fileURLToPath(
   new URL('../../tools/dev/await_window_manager.sh', import.meta.url),
@@ -13,7 +12,7 @@ const kAwaitWindowManager = fileURLToPath(
 
 export const kScreen = { width: 1024, height: 768 };
 
-// Nothing of the person who runs the tests may matter.
+// The settings of the user who runs the tests must not matter.
 const kWindowManagerSettings = `<?xml version="1.0"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <focus><focusNew>yes</focusNew><followMouse>no</followMouse><raiseOnFocus>yes</raiseOnFocus></focus>
@@ -34,14 +33,14 @@ const kWindowManagerSettings = `<?xml version="1.0"?>
 </openbox_config>
 `;
 
-// How each window manager is started; `folder` holds all that it reads and writes.
+// The command of each window manager; `folder` holds everything that it reads and writes.
 const kWindowManagers = {
   openbox: (folder) => ['openbox', ['--sm-disable', '--config-file', join(folder, 'rc.xml')]],
   xfwm4: () => ['xfwm4', ['--compositor=off', '--sm-client-disable'], true],
 };
 export const windowManagers = Object.keys(kWindowManagers);
 
-// A session bus of its own: where xfwm4 finds the daemon that keeps its settings.
+// Starts a session bus, on which xfwm4 finds its settings daemon.
 async function startBus(env) {
   const child = start('dbus-daemon', ['--session', '--nofork', '--nopidfile', '--print-address=3'], {
     stdio: ['ignore', 'ignore', 'ignore', 'pipe'],
@@ -69,7 +68,7 @@ async function startServer(program, args, env) {
 
 export async function openDesktop(folder, { windowManager = 'openbox' } = {}) {
   const children = [];
-  // Without a bus address GTK starts a session bus, which stays for as long as the display.
+  // Without a bus address GTK starts a session bus that lives as long as the display.
   const base = { ...process.env, WAYLAND_DISPLAY: '', DISPLAY: '', DBUS_SESSION_BUS_ADDRESS: 'disabled:' };
   const size = `${kScreen.width}x${kScreen.height}`;
   try {
@@ -94,19 +93,15 @@ export async function openDesktop(folder, { windowManager = 'openbox' } = {}) {
     children.push(start(program, args, { env: managerEnv, stdio: 'ignore' }));
     const taken = spawnSync(kAwaitWindowManager, { env, stdio: 'inherit' });
     if (taken.status !== 0) throw new Error(`${windowManager} did not start`);
-    // A key whose release comes late on a busy machine would arrive as several.
+    // On a busy machine a late release would make one key press repeat.
     const repeatKeys = (on) => spawnSync('xset', ['r', on ? 'on' : 'off'], { env });
     if (repeatKeys(false).status !== 0) throw new Error('xset does not end the key repeat');
-    const hand = await openRealHand(outer.display);
-    await hand.moveTo(kScreen.width - 30, kScreen.height - 30);
     return {
-      home: 'linux',
       env,
-      hand,
-      repeatKeys, // as a desktop does by itself
+      inputDisplay: outer.display,
+      repeatKeys, // as desktops do by default
       screenshot: (file) => spawnSync('import', ['-window', 'root', file], { env, timeout: 10000 }),
       close: async () => {
-        hand.close();
         for (const child of children.reverse()) await stop(child);
       },
     };

@@ -1,30 +1,21 @@
-// What is missing or wrong is said in one sentence, nothing hangs, and the work is kept.
+// Missing parts and bad arguments are reported in one sentence, nothing hangs, and the user's work is kept.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
 import { existsSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
-import { after, afterEach, before, test } from 'node:test';
-import { buildFolder, kMainTitle, onWindows, openWorld } from './harness.mjs';
+import { buildFolder, kMainTitle, onWindows, test, useFixture } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
-import { Key, pause } from './real_hand.mjs';
+import { Key, pause } from './xtest_input.mjs';
 
-const limit = { timeout: 240000 };
 const kSession =
   'SETTINGS:0,0,0,77,0,0,1,10,0,0,0,1,1,1,1,0,1,0,500,119,118,0,117,0,0,0,5,1,10,120,32,32,0,0,0,121\n' +
   'CURRENT:0\nPROFILE:Default Tracking Profile\n3,0,0,0,0,65,1,0\n3,0.5,0,0,0,65,0,0\n';
 
-let world;
-let hand;
-
-before(async () => {
-  world = await openWorld();
-  hand = world.hand;
-}, limit);
-afterEach(() => world.closeOpened(), limit);
-after(() => world?.close(), limit);
+const fixture = useFixture();
+const { input } = fixture;
 
 function install(options) {
-  const installation = world.install(options);
+  const installation = fixture.install(options);
   mkdirSync(installation.data);
   writeFileSync(join(installation.data, 'session.dat'), kSession);
   return installation;
@@ -36,15 +27,15 @@ function assertSessionKept(installation) {
   for (const line of ['3,0,0,0,0,65,1,0', '3,0.5,0,0,0,65,0,0']) assert.ok(lines.includes(line), line);
 }
 
-// Starts a program that has something to say; gives the words, from the message box's place or standard error.
-function startTelling(installation) {
-  const child = world.startBare(installation, [], { stdio: ['ignore', 'ignore', 'pipe'] });
-  child.words = '';
-  child.stderr.on('data', (data) => (child.words += data));
+// Starts a program that reports a fault; collects standard error, where Linux reports it.
+function startReporting(installation) {
+  const child = fixture.startBare(installation, [], { stdio: ['ignore', 'ignore', 'pipe'] });
+  child.message = '';
+  child.stderr.on('data', (data) => (child.message += data));
   return child;
 }
 
-// On Windows a message waits for the person: sees it and answers it.
+// On Windows a message box waits for the user: closes it.
 async function answerMessage(observer, title) {
   if (!onWindows) return;
   await waitUntil(async () => (await observer.window(title)).found, `the message "${title}"`);
@@ -52,15 +43,15 @@ async function answerMessage(observer, title) {
   await waitUntil(async () => !(await observer.window(title)).found, 'the message is gone');
 }
 
-test('without its web-view library the program says so and ends with the session kept', limit, async () => {
+test('without its web-view library the program reports it, ends and keeps the session', async () => {
   const installation = install({ library: null });
-  const observer = await world.openObserver('Another application');
-  const child = startTelling(installation);
+  const observer = await fixture.openObserver('Another application');
+  const child = startReporting(installation);
   try {
     await answerMessage(observer, 'Varnelle');
     const result = await waitUntil(() => child.result, 'the program ends');
     assert.equal(result.code, 1);
-    if (!onWindows) assert.match(child.words, /libwebview\.so is missing; put it back beside the program/);
+    if (!onWindows) assert.match(child.message, /libwebview\.so is missing; put it back beside the program/);
     assertSessionKept(installation);
   } finally {
     await stop(child);
@@ -68,16 +59,16 @@ test('without its web-view library the program says so and ends with the session
 });
 
 test(
-  'without a display the program says so and ends',
-  { ...limit, skip: onWindows && 'Windows always has one' },
+  'without a display the program reports it and ends',
+  { skip: onWindows && 'Windows always has one' },
   async () => {
     const installation = install();
     installation.env.DISPLAY = '';
-    const child = startTelling(installation);
+    const child = startReporting(installation);
     try {
       const result = await waitUntil(() => child.result, 'the program ends');
       assert.equal(result.code, 1);
-      assert.match(child.words, /DISPLAY names no X11 display; start it from a desktop session/);
+      assert.match(child.message, /DISPLAY names no X11 display; start it from a desktop session/);
       assertSessionKept(installation);
     } finally {
       await stop(child);
@@ -86,12 +77,12 @@ test(
 );
 
 test(
-  'the real library without a browser runtime',
-  { ...limit, skip: !onWindows && 'a matter of WebView2' },
+  'without a browser runtime the program reports it and keeps the session',
+  { skip: !onWindows && 'a matter of WebView2' },
   async () => {
     const installation = install({ library: join(buildFolder, 'dist/libwebview.dll') });
-    const observer = await world.openObserver('Another application');
-    const child = startTelling(installation);
+    const observer = await fixture.openObserver('Another application');
+    const child = startReporting(installation);
     try {
       await answerMessage(observer, 'Varnelle');
       assert.equal((await waitUntil(() => child.result, 'the program ends')).code, 1);
@@ -102,22 +93,23 @@ test(
   },
 );
 
-test('without its page the window stays empty and the hotkeys work', limit, async () => {
+test('without its page the window stays empty and the hotkeys work', async () => {
   const installation = install();
   rmSync(join(installation.program, '../ui/index.html'));
-  const observer = await world.openObserver('Another application');
+  const observer = await fixture.openObserver('Another application');
   await observer.pointAt();
-  const child = startTelling(installation);
+  const child = startReporting(installation);
   try {
-    await world.server.next();
+    await fixture.server.next();
     await answerMessage(observer, 'UI Error');
-    if (!onWindows) await waitUntil(() => /Failed to read:\n.*index\.html/.test(child.words), 'the message');
+    if (!onWindows)
+      await waitUntil(() => /Failed to read:\n.*index\.html/.test(child.message), 'the message');
     await waitUntil(async () => (await observer.window(kMainTitle)).found, 'the window is there');
     await observer.takeFocus();
     observer.clear();
-    await hand.tap(Key.F6);
+    await input.tap(Key.F6);
     await waitUntil(() => observer.presses().length >= 5, 'F6 starts clicking');
-    await hand.tap(Key.F6);
+    await input.tap(Key.F6);
     await observer.settle();
     assert.deepEqual(observer.keys(), []);
     observer.closeWindow(kMainTitle);
@@ -128,44 +120,40 @@ test('without its page the window stays empty and the hotkeys work', limit, asyn
   }
 });
 
-test(
-  'a malformed number rejects the promise, keeps the fields before it, and ends nothing',
-  limit,
-  async () => {
-    const installation = install();
-    const program = await world.startProgram({ installation });
-    const rejected = (name, ...args) =>
-      program.page.evaluate(
-        ([command, list]) =>
-          window[command](...list).then(
-            () => 'resolved',
-            (reason) => `rejected ${typeof reason}`,
-          ),
-        [name, args],
-      );
-    assert.equal(await rejected('updateSpammer', '0,0,3,many,2,1,0,10,0'), 'rejected string');
-    let settings = await program.call('getSettings');
-    assert.deepEqual([settings.ss, settings.sms, settings.sbtn], [3, 77, 0]);
-    assert.equal(await rejected('updateKeySpam', '1,x,0,5,1,10'), 'rejected string');
-    assert.equal(await rejected('updateTracker', '1,1,1,1,0,fast,0,500'), 'rejected string');
-    assert.equal(await rejected('deleteEvent', 'first'), 'rejected string');
-    assert.equal(await rejected('updateEventTime', '0,soon'), 'rejected string');
-    assert.equal(await rejected('removeKeySpamTarget', 'x'), 'resolved');
-    // Numbers and texts mean the same.
-    assert.equal(await program.call('updateSpammer', 0, 0, 0, 5, 0, 0, 1, 10, 0), undefined);
-    settings = await program.call('getSettings');
-    assert.equal(settings.sms, 5);
-    assert.equal(await program.call('updateSpammer', '0,0,0,6,0,0,1,10,0'), undefined);
-    assert.equal((await program.call('getSettings')).sms, 6);
-    assert.equal(program.child.result, undefined);
-  },
-);
+test('a malformed number rejects the call and keeps the fields before it', async () => {
+  const installation = install();
+  const program = await fixture.startProgram({ installation });
+  const rejected = (name, ...args) =>
+    program.page.evaluate(
+      ([command, list]) =>
+        window[command](...list).then(
+          () => 'resolved',
+          (reason) => `rejected ${typeof reason}`,
+        ),
+      [name, args],
+    );
+  assert.equal(await rejected('updateSpammer', '0,0,3,many,2,1,0,10,0'), 'rejected string');
+  let settings = await program.call('getSettings');
+  assert.deepEqual([settings.ss, settings.sms, settings.sbtn], [3, 77, 0]);
+  assert.equal(await rejected('updateKeySpam', '1,x,0,5,1,10'), 'rejected string');
+  assert.equal(await rejected('updateTracker', '1,1,1,1,0,fast,0,500'), 'rejected string');
+  assert.equal(await rejected('deleteEvent', 'first'), 'rejected string');
+  assert.equal(await rejected('updateEventTime', '0,soon'), 'rejected string');
+  assert.equal(await rejected('removeKeySpamTarget', 'x'), 'resolved');
+  // Numbers and strings mean the same.
+  assert.equal(await program.call('updateSpammer', 0, 0, 0, 5, 0, 0, 1, 10, 0), undefined);
+  settings = await program.call('getSettings');
+  assert.equal(settings.sms, 5);
+  assert.equal(await program.call('updateSpammer', '0,0,0,6,0,0,1,10,0'), undefined);
+  assert.equal((await program.call('getSettings')).sms, 6);
+  assert.equal(program.child.result, undefined);
+});
 
-test('names of every kind go into the page and the session and come back', limit, async () => {
+test('a profile name of any bytes reaches the page and the session unchanged', async () => {
   const installation = install();
   const session = kSession.replace('PROFILE:Default', 'PROFILE:caf\xe9 <b>bold</b> \\n\nPROFILE:Default');
   writeFileSync(join(installation.data, 'session.dat'), session, 'latin1');
-  let program = await world.startProgram({ installation });
+  let program = await fixture.startProgram({ installation });
   const { names } = await program.call('getProfiles');
   assert.deepEqual(names, ['caf\ufffd <b>bold</b> \\n', 'Default Tracking Profile']);
   await waitUntil(
@@ -173,42 +161,39 @@ test('names of every kind go into the page and the session and come back', limit
       (await program.page.getByRole('combobox', { name: 'Profile' }).innerText()).includes('<b>bold</b>'),
     'the page shows the name as text',
   );
-  const observer = await world.openObserver('Another application');
+  const observer = await fixture.openObserver('Another application');
   assert.equal(await program.closeWindow(observer), 0);
   const saved = readFileSync(join(installation.data, 'session.dat'), 'latin1');
   assert.ok(saved.includes('PROFILE:caf\xe9 <b>bold</b> \\n'), 'every byte is kept');
 });
 
-test(
-  'a request to end from outside ends it as its window does',
-  { ...limit, skip: onWindows && 'signals' },
-  async () => {
-    const installation = install();
-    const program = await world.startProgram({ installation });
-    program.child.kill('SIGTERM');
-    const result = await waitUntil(() => program.child.result, 'the program ends');
-    assert.deepEqual(result, { code: 0, signal: null });
-    assertSessionKept(installation);
-    assert.ok(existsSync(join(installation.data, 'status.txt')));
-  },
-);
+test('SIGTERM ends the program as closing its window does', { skip: onWindows && 'signals' }, async () => {
+  const installation = install();
+  const program = await fixture.startProgram({ installation });
+  program.child.kill('SIGTERM');
+  const result = await waitUntil(() => program.child.result, 'the program ends');
+  assert.deepEqual(result, { code: 0, signal: null });
+  assertSessionKept(installation);
+  assert.ok(existsSync(join(installation.data, 'status.txt')));
+});
 
-// The data folder is a disk of 64 KiB. A save is made every five seconds.
+// The data folder is a disk of 64 KiB. The program saves every five seconds.
 test(
-  'a disk that may not be written and a full one cost no work',
-  { ...limit, skip: (onWindows || process.getuid() !== 0) && 'needs a small disk' },
+  'a read-only disk and a full disk lose no work',
+  { skip: (onWindows || process.getuid() !== 0) && 'needs a small disk' },
   async (context) => {
     const installation = install();
     const mount = (...args) => spawnSync('mount', [...args, installation.data]).status === 0;
-    if (!mount('-t', 'tmpfs', '-o', 'size=64k', 'tmpfs')) return context.skip('this machine mounts no disk');
+    if (!mount('-t', 'tmpfs', '-o', 'size=64k', 'tmpfs'))
+      return context.skip('this machine cannot mount a disk');
     try {
       const file = join(installation.data, 'session.dat');
       const session = () => readFileSync(file, 'latin1');
       writeFileSync(file, kSession);
-      const program = await world.startProgram({ installation });
+      const program = await fixture.startProgram({ installation });
 
-      // Refused while a file is being written.
-      await waitUntil(() => mount('-o', 'remount,ro'), 'the disk may not be written');
+      // The system refuses this while the program writes a file.
+      await waitUntil(() => mount('-o', 'remount,ro'), 'the disk is read-only');
       const kept = session();
       await program.call('addProfile', 'Made meanwhile');
       await pause(6000);
@@ -218,7 +203,7 @@ test(
       assertSessionKept(installation);
 
       await program.call('addProfile', 'x'.repeat(100000));
-      await waitUntil(() => session().length > 30000, 'a save that finds no room');
+      await waitUntil(() => session().length > 30000, 'a save that fills the disk');
       assert.ok(session().length < 65536);
       assert.equal((await program.call('getProfiles')).names.length, 3);
       await program.call('deleteProfile');
@@ -231,7 +216,7 @@ test(
       assert.deepEqual(await waitUntil(() => program.child.result, 'the end'), { code: 0, signal: null });
       assertSessionKept(installation);
     } finally {
-      await world.closePrograms();
+      await fixture.closePrograms();
       spawnSync('umount', [installation.data]);
     }
   },

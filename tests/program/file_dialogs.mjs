@@ -1,8 +1,8 @@
-// The system's own file dialogs, typed into by a real hand. An observer finds them by their titles.
+// Types into the system's file dialogs. An observer finds a dialog by its title.
 import { basename } from 'node:path';
 import { nativePath, onWindows } from './harness.mjs';
 import { kPatienceMilliseconds, waitUntil } from './processes.mjs';
-import { Key } from './real_hand.mjs';
+import { Key } from './xtest_input.mjs';
 
 export const kOpen = 'Open';
 export const kSaveAs = 'Save As';
@@ -13,14 +13,14 @@ export const dialogIsOpen = async (observer, title) => (await observer.window(ti
 export const waitForDialog = (observer, title) =>
   waitUntil(async () => (await observer.window(title)).active, `the dialog "${title}"`);
 
-// Taps a key again and again until `condition` holds: a question in front of the dialog takes one of them.
-export async function tapUntil(hand, key, condition, what, limitMilliseconds = kPatienceMilliseconds) {
+// Taps a key until `condition` holds: a question in front of the dialog takes one of the taps.
+export async function tapUntil(input, key, condition, what, limitMilliseconds = kPatienceMilliseconds) {
   let tapped = 0;
   await waitUntil(
     async () => {
       if (await condition()) return true;
       if (Date.now() - tapped > 700) {
-        await hand.tap(key);
+        await input.tap(key);
         tapped = Date.now();
       }
       return false;
@@ -30,23 +30,23 @@ export async function tapUntil(hand, key, condition, what, limitMilliseconds = k
   );
 }
 
-// The name of `file` as a person types it. On Linux a dialog to save is in the right folder already.
-export async function typeFileName(hand, title, file) {
-  await hand.type(title === kSaveAs && !onWindows ? basename(file) : nativePath(file));
+// Types the name of `file` as a user does. On Linux a save dialog is in the right folder already.
+export async function typeFileName(input, title, file) {
+  await input.type(title === kSaveAs && !onWindows ? basename(file) : nativePath(file));
 }
 
-// Types the file's name into the dialog that has the keyboard, and waits until it has taken it. On a busy machine a
-// dialog may lose a key; a name that it does not take within some seconds is typed once more.
-export async function giveFile(hand, observer, title, file) {
+// Types the file's name into the dialog that has the keyboard, and waits until the dialog has accepted it. On a busy
+// machine a dialog may lose a key: a name that it does not accept within some seconds is typed once more.
+export async function giveFile(input, observer, title, file) {
   const isTaken = async () => !(await dialogIsOpen(observer, title));
-  await typeFileName(hand, title, file);
+  await typeFileName(input, title, file);
   try {
-    await tapUntil(hand, Key.Enter, isTaken, 'the dialog has taken the name', 6000);
+    await tapUntil(input, Key.Enter, isTaken, 'the dialog has accepted the name', 6000);
   } catch {
-    await hand.keyDown(Key.LeftCtrl);
-    await hand.tap(Key.A);
-    await hand.keyUp(Key.LeftCtrl);
-    await typeFileName(hand, title, file);
-    await tapUntil(hand, Key.Enter, isTaken, 'the dialog has taken the name');
+    await input.keyDown(Key.LeftCtrl);
+    await input.tap(Key.A);
+    await input.keyUp(Key.LeftCtrl);
+    await typeFileName(input, title, file);
+    await tapUntil(input, Key.Enter, isTaken, 'the dialog has accepted the name');
   }
 }

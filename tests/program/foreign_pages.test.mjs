@@ -6,17 +6,18 @@ import http from 'node:http';
 import { tmpdir } from 'node:os';
 import { dirname, join } from 'node:path';
 import { createInterface } from 'node:readline';
-import { after, before, test } from 'node:test';
+import { after, before } from 'node:test';
 import { pathToFileURL } from 'node:url';
-import { kMainTitle, onWindows, openWorld, testPrograms } from './harness.mjs';
+import { kMainTitle, onlyOnLinux, onWindows, test, testPrograms, useFixture } from './harness.mjs';
 import { start, stop, waitUntil } from './processes.mjs';
-import { Button, pause } from './real_hand.mjs';
+import { Button, pause } from './xtest_input.mjs';
 import { PagePointer, freePort, makeRealInstallation, openRealView, startRealProgram } from './real_view.mjs';
 
-const options = { timeout: 240000, skip: onWindows && 'WebView2 does not run under Wine' };
+const options = onlyOnLinux('WebView2 does not run under Wine');
 const kStuckMilliseconds = 20000;
 
-let world;
+// Without WebView2 there is nothing to open on Wine.
+const fixture = onWindows ? null : useFixture({ keepOpen: true });
 let installation;
 let folder;
 let server;
@@ -45,7 +46,6 @@ const barePage = () => `<!doctype html><title>bare</title>
 before(
   async () => {
     if (onWindows) return;
-    world = await openWorld();
     folder = mkdtempSync(join(tmpdir(), 'varnelle-foreign-'));
     server = http.createServer((request, response) => {
       requests.push(request.url);
@@ -54,21 +54,19 @@ before(
     });
     await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
     address = `http://127.0.0.1:${server.address().port}`;
-    installation = makeRealInstallation();
+    installation = makeRealInstallation(fixture);
     writeFileSync(join(dirname(installation.program), 'ui/index.html'), barePage());
-    ({ inspector } = await openRealView(world, installation));
-    observer = await world.openObserver('Another application', { x: 760, y: 120, width: 200, height: 400 });
-    pointer = new PagePointer(world, inspector, observer, kMainTitle);
+    ({ inspector } = await openRealView(fixture, installation));
+    observer = await fixture.openObserver('Another application', { x: 760, y: 120, width: 200, height: 400 });
+    pointer = new PagePointer(fixture, inspector, observer, kMainTitle);
   },
   { timeout: 240000 },
 );
 after(
   async () => {
     inspector?.close();
-    await world?.close();
     server?.closeAllConnections();
     server?.close();
-    installation?.remove();
     if (folder) rmSync(folder, { recursive: true, force: true });
   },
   { timeout: 60000 },
@@ -156,7 +154,7 @@ for (const button of ['Left', 'Middle']) {
     await inPage(`void document.getElementById('link').addEventListener('mouseup',
       (event) => (window.clicked = event.button), { once: true })`);
     await pointer.pointAt('document.getElementById("link")');
-    await world.hand.click(Button[button]);
+    await fixture.input.click(Button[button]);
     await waitUntil(async () => (await inPage('window.clicked')) !== undefined, 'the click arrives');
     await inPage('delete window.clicked');
     await expectOnlyOurs();
@@ -166,7 +164,7 @@ for (const button of ['Left', 'Middle']) {
 // Drags from a window of its own onto the middle of the page; gives what became of it.
 async function drop(text) {
   const source = start(join(testPrograms, 'drag_source'), ['20', '20', text], {
-    env: world.desktop.env,
+    env: fixture.desktop.env,
     stdio: ['ignore', 'pipe', 'inherit'],
   });
   const lines = [];
@@ -174,17 +172,17 @@ async function drop(text) {
   try {
     await waitUntil(() => lines.includes('ready'), 'the source shows its window');
     const to = await pointer.placeOf('document.body');
-    await world.hand.moveTo(40, 40);
-    await world.hand.buttonDown(Button.Left);
+    await fixture.input.moveTo(40, 40);
+    await fixture.input.buttonDown(Button.Left);
     for (let step = 1; step <= 10; ++step) {
-      await world.hand.moveTo(
+      await fixture.input.moveTo(
         40 + Math.round(((to.x - 40) * step) / 10),
         40 + Math.round(((to.y - 40) * step) / 10),
       );
       await pause(20);
     }
     await waitUntil(() => inPage('window.draggedOver === true'), 'the page sees the drag');
-    await world.hand.buttonUp(Button.Left);
+    await fixture.input.buttonUp(Button.Left);
     return await waitUntil(() => lines.find((line) => line !== 'ready'), 'the drag ends');
   } finally {
     await stop(source);
@@ -205,9 +203,9 @@ for (const kind of ['link', 'html file']) {
 
 // Another program could read and press everything through it.
 test('opens no inspector for another program', options, async () => {
-  const closed = makeRealInstallation();
+  const closed = makeRealInstallation(fixture);
   const port = await freePort();
-  const program = startRealProgram(world, closed, port, { keepInspector: false });
+  const program = startRealProgram(fixture, closed, port, { keepInspector: false });
   try {
     await program.waitForStatus(() => true, 'the page has polled');
     await assert.rejects(

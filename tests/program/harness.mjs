@@ -1,7 +1,7 @@
-// Whole programs on a desktop with real input: the built program with the test web-view library in place of the real
-// one, its page in Chromium, and windows that tell what reaches them.
+// The shared part of the tests that run the built program on a desktop with real input. The test web-view library
+// replaces the real one, the page runs in Chromium, and observer windows report the input that reaches them.
 //
-// VARNELLE_HOME is linux or windows, VARNELLE_BUILD the build folder; tests/program/run.sh sets both.
+// VARNELLE_BACKEND is linux or windows, VARNELLE_BUILD the build folder; tests/program/run.sh sets both.
 import { spawnSync } from 'node:child_process';
 import {
   copyFileSync,
@@ -19,10 +19,9 @@ import { tmpdir } from 'node:os';
 import { dirname, join, resolve } from 'node:path';
 import { createInterface } from 'node:readline';
 import { fileURLToPath } from 'node:url';
+import { after, afterEach, before, test as nodeTest } from 'node:test';
 import { isDeepStrictEqual } from 'node:util';
-import { pause } from './real_hand.mjs';
 import {
-  kHandMilliseconds,
   kPatienceMilliseconds,
   kQuietMilliseconds,
   setWineRegistryValue,
@@ -31,14 +30,15 @@ import {
   waitUntil,
 } from './processes.mjs';
 import { launchBrowser, startWebViewServer } from './web_view_server.mjs';
+import { Button, Key, XtestInput, pause } from './xtest_input.mjs';
 
-export const home = process.env.VARNELLE_HOME ?? 'linux';
-export const onWindows = home === 'windows';
+export const backend = process.env.VARNELLE_BACKEND ?? 'linux';
+export const onWindows = backend === 'windows';
 export const root = join(dirname(fileURLToPath(import.meta.url)), '../..');
-export const buildFolder = resolve(process.env.VARNELLE_BUILD ?? join(root, 'build', home));
+export const buildFolder = resolve(process.env.VARNELLE_BUILD ?? join(root, 'build', backend));
 export const kMainTitle = 'Varnelle (Plus Version 1.0.1)';
-// What the shipped page asks as it starts: application settings, settings, profiles, status.
-const kFirstQuestions = 4;
+// The shipped page calls these as it starts: application settings, settings, profiles, status.
+const kFirstCalls = 4;
 export const kScreenshots = join(buildFolder, 'tests/program');
 
 const exe = onWindows ? '.exe' : '';
@@ -46,32 +46,45 @@ const programName = onWindows ? 'Varnelle.exe' : 'varnelle';
 const libraryName = onWindows ? 'libwebview.dll' : 'libwebview.so';
 export const testPrograms = join(buildFolder, 'tests/program');
 
-// A path as the programs of this home read it.
+// Only a test that hangs reaches this limit.
+const kTestLimitMilliseconds = 300000;
+const limit = { timeout: kTestLimitMilliseconds };
+
+// node:test's `test` with that limit: test(name, body) or test(name, options, body).
+export function test(name, ...rest) {
+  const body = rest.pop();
+  return nodeTest(name, { ...limit, ...rest[0] }, body);
+}
+// Options for a test of one backend; `reason` says why the other one has nothing to test.
+export const onlyOnLinux = (reason) => ({ skip: onWindows && reason });
+export const onlyOnWindows = (reason) => ({ skip: !onWindows && reason });
+
+// Converts a path to the form that programs of this backend read.
 export const nativePath = (path) => (onWindows ? `Z:${path.replaceAll('/', '\\')}` : path);
 
-// When a file was last written; 0 while there is none.
+// Returns when a file was last written; 0 if it does not exist.
 const timeOfChange = (file) => statSync(file, { throwIfNoEntry: false })?.mtimeMs ?? 0;
 
-// Gives the path of a file among the person's own.
+// Writes a file into the user's own folder; returns its path.
 export function putFile(installation, name, text) {
   const file = join(installation.files, name);
   writeFileSync(file, text);
   return file;
 }
 
-// How a program of this home is started.
+// Starts a program of this backend.
 export function startNative(program, args, options) {
   return onWindows ? start('wine', [program, ...args], options) : start(program, args, options);
 }
 
-// Runs to its end; gives { code, output }.
+// Runs a program to its end; returns { code, output, errors }.
 export function runNative(program, args, options = {}) {
   const [command, list] = onWindows ? ['wine', [program, ...args]] : [program, args];
   const result = spawnSync(command, list, { encoding: 'utf8', timeout: 60000, ...options });
   return { code: result.status, output: result.stdout, errors: result.stderr };
 }
 
-// A folder with the program as shipped, but for its web-view library, and everything it reads and writes.
+// Makes a folder with the shipped program, another web-view library, and everything that the program reads and writes.
 export function makeInstallation({ library = join(buildFolder, 'tests/webview', libraryName) } = {}) {
   const folder = mkdtempSync(join(tmpdir(), 'varnelle-program-'));
   const dist = join(folder, 'program');
@@ -84,7 +97,7 @@ export function makeInstallation({ library = join(buildFolder, 'tests/webview', 
     folder,
     program: join(dist, programName),
     data: join(folder, 'data/Varnelle'),
-    files: join(folder, 'home'), // the person's own; where a file dialog begins on Linux
+    files: join(folder, 'home'), // the user's own; a file dialog starts here on Linux
     env: {
       LOCALAPPDATA: nativePath(join(folder, 'data')),
       XDG_RUNTIME_DIR: join(folder, 'run'),
@@ -95,30 +108,48 @@ export function makeInstallation({ library = join(buildFolder, 'tests/webview', 
   };
 }
 
-// Programs started from now on have the installation's data folder. Elsewhere the environment says it.
+// Programs started from now on use the installation's data folder. On Linux the environment sets it.
 export function useDataFolder(installation) {
   if (!onWindows) return;
-  // Wine gives every program it starts this variable from its registry, whatever the environment says.
+  // Wine sets this variable of every program from its registry and ignores the environment.
   setWineRegistryValue('HKCU\\Volatile Environment', 'LOCALAPPDATA', installation.env.LOCALAPPDATA);
 }
 
-// Everything that a test file needs, in one place. Close it at the end. `pageOptions` are those of a browser context.
-export async function openWorld(desktopOptions = {}, pageOptions = {}) {
-  const { openDesktop, kScreen } = await import(`./desktop_${home}.mjs`);
-  const scratch = mkdtempSync(join(tmpdir(), 'varnelle-desktop-'));
-  const desktop = await openDesktop(scratch, desktopOptions);
-  const browser = await launchBrowser();
-  const server = await startWebViewServer(browser, pageOptions);
-  const world = new World();
-  Object.assign(world, { desktop, browser, server, scratch, screen: kScreen, hand: desktop.hand });
-  return world;
+// A desktop with real input, a browser and the server of the test web-view library, for the tests of one file or of one
+// `describe` block. Opens before the first test and closes after the last. What a test opened closes after the test,
+// unless `keepOpen` is set. `desktop` holds the options of openDesktop, `page` those of a browser context.
+export function useFixture({ desktop, page, keepOpen = false } = {}) {
+  const fixture = new Fixture();
+  before(() => fixture.open(desktop, page), limit);
+  if (!keepOpen) afterEach(() => fixture.closeOpened(), limit);
+  after(() => fixture.close(), limit);
+  return fixture;
 }
 
-class World {
+// Opens the same outside of a test file. The caller closes it.
+export async function openFixture({ desktop, page } = {}) {
+  const fixture = new Fixture();
+  await fixture.open(desktop, page);
+  return fixture;
+}
+
+class Fixture {
+  input = new XtestInput(); // the real keyboard and mouse
   opened = [];
   installations = [];
 
-  // Starts the program and gives it with its page ready to press. `installation` keeps its data for a later start.
+  async open(desktopOptions = {}, pageOptions = {}) {
+    const { openDesktop, kScreen } = await import(`./desktop_${backend}.mjs`);
+    this.screen = kScreen;
+    this.scratch = mkdtempSync(join(tmpdir(), 'varnelle-desktop-'));
+    this.desktop = await openDesktop(this.scratch, desktopOptions);
+    await this.input.connect(this.desktop.inputDisplay);
+    await this.input.moveTo(kScreen.width - 30, kScreen.height - 30);
+    this.browser = await launchBrowser();
+    this.server = await startWebViewServer(this.browser, pageOptions);
+  }
+
+  // Starts the program; returns it once its page accepts clicks. A given `installation` keeps its data for a later start.
   async startProgram({ installation = this.installWithoutWarnings(), args = [] } = {}) {
     const mirror = join(installation.data, 'status.txt');
     const leftBehind = timeOfChange(mirror);
@@ -132,27 +163,27 @@ class World {
     const view = await this.server.next(ended);
     program.view = view;
     program.page = await view.ready;
-    // The page is alive once its first poll was answered.
+    // The page runs once its first poll has an answer.
     await waitUntil(() => timeOfChange(mirror) !== leftBehind, 'the first poll').catch(async (error) => {
       throw new Error(`${error.message}; ${await program.situation()}`);
     });
-    // The shipped page then shows itself and fits the window. It does not wait long for what it asks first.
+    // The shipped page then shows its panels and fits the window.
     if ((await program.page.locator('#app').count()) > 0) {
       await program.page.locator('#app.app--known').waitFor();
-      await waitUntil(() => view.answered >= kFirstQuestions, 'the first answers');
+      await waitUntil(() => view.answered >= kFirstCalls, 'the answers to the first calls');
       await program.page.evaluate(() => new Promise((drawn) => setTimeout(drawn)));
     }
     return program;
   }
 
-  // An installation that goes away with what was opened.
+  // Makes an installation that is removed after the test.
   install(options) {
     const installation = makeInstallation(options);
     this.installations.push(installation);
     return installation;
   }
 
-  // One whose page asks nothing before it starts something.
+  // Makes one whose page shows no warning dialogs.
   installWithoutWarnings() {
     const installation = this.install();
     mkdirSync(installation.data);
@@ -160,8 +191,16 @@ class World {
     return installation;
   }
 
-  // A program whose file dialogs can be typed into. The observer comes first: it must not have the keyboard when a
-  // dialog opens.
+  // Starts the program beside another application whose window has the keyboard and the pointer; returns both.
+  async startBesideApplication(options) {
+    const program = await this.startProgram(options);
+    const observer = await this.openApplication();
+    await program.waitForInputThread(observer);
+    return { program, observer };
+  }
+
+  // Starts a program whose file dialogs the test types into. The observer opens first, since it must not take the
+  // keyboard from a dialog.
   async startProgramForDialogs(installation, args = []) {
     const observer = await this.openObserver('Another application');
     const program = await this.startProgram({ installation, args });
@@ -169,7 +208,7 @@ class World {
     return { program, observer };
   }
 
-  // Starts the program without waiting for a page: a second instance, a console mode.
+  // Starts the program without waiting for a page, for example a second instance.
   startBare(installation, args = [], options = {}) {
     useDataFolder(installation);
     return startNative(installation.program, args, {
@@ -197,18 +236,18 @@ class World {
       [title, place.x, place.y, place.width, place.height].map(String),
       { env: { ...this.desktop.env, ...this.wineEnvironment() }, stdio: ['pipe', 'pipe', 'inherit'] },
     );
-    const observer = new Observer(child, this.hand);
+    const observer = new Observer(child, this.input);
     this.opened.push(observer);
     await waitUntil(() => observer.place, 'the observer shows its window');
     await observer.takeFocus();
     return observer;
   }
 
-  // An application in front, the pointer over it, with nothing told yet.
+  // Opens an application in front, with the keyboard and the pointer, and clears its events.
   async openApplication() {
     const observer = await this.openObserver('Another application');
     await observer.pointAt();
-    // A program that is just starting may take the keyboard once more.
+    // A program that is starting may take the keyboard once more.
     do {
       await observer.takeFocus();
       await observer.settle();
@@ -217,7 +256,7 @@ class World {
     return observer;
   }
 
-  // Ends what was started; its installations stay for another start.
+  // Ends everything that was started; its installations stay for another start.
   async closePrograms() {
     let failure;
     for (const entry of this.opened.splice(0).reverse())
@@ -233,25 +272,27 @@ class World {
     }
   }
 
+  // Also closes a fixture that opened only partly.
   async close() {
     await this.closeOpened();
-    await this.server.close();
-    await this.browser.close();
-    await this.desktop.close();
-    rmSync(this.scratch, { recursive: true, force: true });
+    await this.server?.close();
+    await this.browser?.close();
+    this.input.close();
+    await this.desktop?.close();
+    if (this.scratch) rmSync(this.scratch, { recursive: true, force: true });
   }
 }
 
-// A window that tells what reaches it.
+// A window of another application that reports the input that reaches it.
 export class Observer {
   events = []; // keys, buttons, wheel, moves, in the order of their arrival
   focused = false;
   place = null;
 
-  constructor(child, hand) {
+  constructor(child, input) {
     this.child = child;
-    this.hand = hand;
-    this.windowReaders = [];
+    this.input = input;
+    this.answerReaders = []; // resolve the questions asked, in order
     createInterface({ input: child.stdout }).on('line', (line) => this.receive(JSON.parse(line)));
     child.stdin.on('error', () => {});
   }
@@ -259,19 +300,27 @@ export class Observer {
   receive(message) {
     if (message.type === 'place') this.place = message;
     else if (message.type === 'focus') this.focused = message.in;
-    else if (message.type === 'window') this.windowReaders.shift()?.(message);
+    else if (message.type === 'window' || message.type === 'grabbed') this.answerReaders.shift()?.(message);
     else this.events.push(message);
   }
 
-  say(line) {
+  send(line) {
     this.child.stdin.write(`${line}\n`);
   }
-  // Asked for again and again: a program that is just starting takes the keyboard for its own window.
+  // Sends a question; resolves with its answer.
+  ask(line) {
+    return new Promise((resolve, reject) => {
+      this.answerReaders.push(resolve);
+      this.child.ended.then(() => reject(new Error('the observer has ended')));
+      this.send(line);
+    });
+  }
+  // Asks several times: a program that is starting takes the keyboard for its own window.
   async takeFocus() {
     let asked = 0;
     await waitUntil(() => {
       if (!this.focused && Date.now() - asked > 500) {
-        this.say('focus');
+        this.send('focus');
         asked = Date.now();
       }
       return this.focused;
@@ -294,18 +343,26 @@ export class Observer {
   }
   async pointAt(dx = 0, dy = 0) {
     const { x, y } = this.center();
-    await this.hand.moveTo(Math.round(x + dx), Math.round(y + dy));
+    await this.input.moveTo(Math.round(x + dx), Math.round(y + dy));
   }
 
-  // About another program's window.
-  window(title) {
-    return new Promise((resolve, reject) => {
-      this.windowReaders.push(resolve);
-      this.child.ended.then(() => reject(new Error('the observer has ended')));
-      this.say(`window ${title}`);
-    });
+  // Whether another program has reserved this input: "keyboard" (all of it), "key CODE" or "button NUMBER". Windows has
+  // no reservations: its hooks see everything.
+  async isGrabbed(input) {
+    return (await this.ask(`grabbed ${input}`)).value;
   }
-  // The same, once it has not changed for a while.
+  waitUntilGrabbed(input, grabbed = true) {
+    return waitUntil(
+      async () => onWindows || (await this.isGrabbed(input)) === grabbed,
+      `${input} is reserved: ${grabbed}`,
+    );
+  }
+
+  // Describes another program's window.
+  window(title) {
+    return this.ask(`window ${title}`);
+  }
+  // Describes it once it has not changed for a while.
   async windowAtRest(title) {
     let window = await this.window(title);
     for (let since = Date.now(); !window.found || Date.now() - since < kQuietMilliseconds; ) {
@@ -316,36 +373,36 @@ export class Observer {
     }
     return window;
   }
-  // Waits until it rests at an outer place.
+  // Waits until the window stays at these outer bounds.
   async waitForPlace(title, outer) {
     let last;
     await waitUntil(async () => {
       last = (await this.windowAtRest(title)).outer;
       return isDeepStrictEqual(last, outer);
-    }, 'the window rests').catch((error) => {
+    }, 'the window stays still').catch((error) => {
       throw new Error(`${error.message} at ${JSON.stringify(outer)}; it is at ${JSON.stringify(last)}`);
     });
   }
   closeWindow(title) {
-    this.say(`close ${title}`);
+    this.send(`close ${title}`);
   }
   minimiseWindow(title) {
-    this.say(`minimise ${title}`);
+    this.send(`minimise ${title}`);
   }
   maximiseWindow(title, on = true) {
-    this.say(`${on ? 'maximise' : 'unmaximise'} ${title}`);
+    this.send(`${on ? 'maximise' : 'unmaximise'} ${title}`);
   }
 
-  // Waits until nothing has come for a while.
+  // Waits until no input has arrived for a while.
   async settle() {
     let count = -1;
     await waitUntil(async () => {
       if (count === this.events.length) return true;
       count = this.events.length;
       await pause(kQuietMilliseconds);
-      await this.window(''); // an answer comes behind everything that it had to tell
+      await this.window(''); // its answer follows all events so far
       return false;
-    }, 'nothing more comes');
+    }, 'no more input arrives');
   }
 
   async kill() {
@@ -354,17 +411,17 @@ export class Observer {
 }
 
 export class Program {
-  constructor(world, child, installation) {
-    this.world = world;
+  constructor(fixture, child, installation) {
+    this.fixture = fixture;
     this.child = child;
     this.installation = installation;
   }
 
-  // The mirror of the last poll, as other programs see it; null before there is one.
+  // Returns the mirror of the last poll, as other programs read it; null before the first poll.
   status() {
     return this.readMirror('status.txt');
   }
-  // While it is being written it is read again, for a time in which every writing ends.
+  // Reads the mirror again while the program writes it.
   readMirror(name) {
     const deadline = Date.now() + kPatienceMilliseconds / 10;
     for (;;) {
@@ -385,19 +442,24 @@ export class Program {
       throw new Error(`${error.message}; the status is ${status}; ${await this.situation()}`);
     });
   }
-  // Each of these says that keys or buttons are the program's from now on. The input thread takes hold of them a moment
-  // after it was asked to: no hand goes from the mouse to a key as fast as that.
-  async waitForCapture(condition = (s) => s.reassigning !== '') {
-    await this.waitForStatus(condition, 'the capture waits');
-    await pause(kHandMilliseconds);
+  // Waits until the input thread has reserved the hotkeys. F8 records in every session of these tests.
+  async waitForInputThread(observer) {
+    const { hotkeysEnabled } = await this.call('getAppSettings');
+    if (hotkeysEnabled) await observer.waitUntilGrabbed(`key ${Key.F8}`);
   }
-  async waitForPick() {
+  // Wait until the program takes the next key or button: the page shows it, and the input thread has reserved it.
+  async waitForCapture(observer, condition = (s) => s.reassigning !== '') {
+    await this.waitForStatus(condition, 'the capture waits for a key');
+    await observer.waitUntilGrabbed('keyboard');
+  }
+  async waitForPick(observer) {
     await this.waitForStateText(/Right-click cancels/);
-    await pause(kHandMilliseconds);
+    await observer.waitUntilGrabbed(`button ${Button.Left}`);
+    await observer.waitUntilGrabbed(`button ${Button.Right}`);
   }
-  async waitForUnlocked() {
+  async waitForUnlocked(observer) {
     await this.waitForStatus((s) => s.unlocked, 'unlocked');
-    await pause(kHandMilliseconds);
+    await observer.waitUntilGrabbed(`key ${Key.F6}`);
   }
   readData(name) {
     return readFileSync(join(this.installation.data, name), 'latin1').replaceAll('\r\n', '\n');
@@ -406,7 +468,7 @@ export class Program {
     return readdirSync(this.installation.data);
   }
 
-  // What the page knows, by the page's own commands.
+  // Calls a command of the program as the page does.
   call(name, ...args) {
     return this.page.evaluate(([command, list]) => window[command](...list), [name, args]);
   }
@@ -418,7 +480,7 @@ export class Program {
     return this.page.getByRole('listbox', { name: 'Events', exact: true }).getByRole('option');
   }
 
-  // Pressing the page, as a person would.
+  // Presses a control of the page as a user does.
   panel(name) {
     return this.page.getByRole('region', { name, exact: true });
   }
@@ -426,7 +488,7 @@ export class Program {
     await this.button(name, within).click();
   }
   async choose(group, option, within = this.page) {
-    // The label is what a person clicks; the radio button in it is what a reader finds.
+    // A user clicks the label; the accessible role is on the radio button inside.
     const radio = within.getByRole('radiogroup', { name: group, exact: true }).getByRole('radio', {
       name: option,
       exact: true,
@@ -445,14 +507,14 @@ export class Program {
     return this.page.getByRole('status', { name: 'State' }).innerText();
   }
   waitForStateText(pattern) {
-    return waitUntil(async () => pattern.test(await this.stateText()), `the page says ${pattern}`);
+    return waitUntil(async () => pattern.test(await this.stateText()), `the page shows ${pattern}`);
   }
-  // The settings have arrived in the program.
+  // Waits until the program has settings that meet the condition.
   waitForSettings(condition, what) {
     return waitUntil(async () => condition(await this.call('getSettings')), what);
   }
 
-  // For the report of a failure that nobody was there to see.
+  // Describes the program for the message of a failure.
   async situation() {
     const { messageCounts, pageErrors, failure } = this.view;
     const body = await this.page.evaluate(() => document.body?.innerText.slice(0, 200)).catch(String);
@@ -464,7 +526,7 @@ export class Program {
     });
   }
 
-  // Threads of the process; 0 when it is gone.
+  // Returns the number of the process's threads; 0 after its end.
   threadCount() {
     try {
       return readdirSync(`/proc/${this.child.pid}/task`).length;
@@ -473,7 +535,7 @@ export class Program {
     }
   }
 
-  // As a person closes a window; gives the exit code.
+  // Closes the window as a user does; returns the exit code.
   async closeWindow(observer) {
     observer.closeWindow(kMainTitle);
     const result = await waitUntil(() => this.child.result, 'the program ends with its window');

@@ -1,30 +1,19 @@
-// Hotkeys by a hand on the keyboard: hold mode, the lock, capture of a new binding.
+// Hotkeys pressed on a real keyboard: hold mode, the lock, capture of a new hotkey.
 import assert from 'node:assert/strict';
-import { after, afterEach, before, test } from 'node:test';
-import { onWindows, openWorld } from './harness.mjs';
+import { afterEach } from 'node:test';
+import { onWindows, test, useFixture } from './harness.mjs';
 import { kQuietMilliseconds, waitUntil } from './processes.mjs';
-import { Button, Key, pause } from './real_hand.mjs';
+import { Button, Key, pause } from './xtest_input.mjs';
 
-const limit = { timeout: 240000 };
-
-let world;
-let hand;
+const fixture = useFixture();
+const { input } = fixture;
 let program;
 let observer;
 
-before(async () => {
-  world = await openWorld();
-  hand = world.hand;
-}, limit);
-afterEach(async () => {
-  world.desktop.repeatKeys(false);
-  await world.closeOpened();
-}, limit);
-after(() => world?.close(), limit);
+afterEach(() => fixture.desktop.repeatKeys(false));
 
 async function begin() {
-  program = await world.startProgram();
-  observer = await world.openApplication();
+  ({ program, observer } = await fixture.startBesideApplication());
   await program.enter('Click interval: milliseconds', 20, program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.sms === 20, 'the interval');
 }
@@ -34,21 +23,21 @@ const clicking = (on) => program.waitForStatus((s) => s.autoClicking === on, `cl
 
 async function capture(what, press, done) {
   await program.press(`Change the ${what} hotkey`, hotkeys());
-  await program.waitForCapture();
+  await program.waitForCapture(observer);
   await press();
   await program.waitForStatus((s) => s.reassigning === '' && done(s), 'the capture is over');
 }
 
-test('in hold mode the tool runs while the hotkey is held', limit, async () => {
+test('in hold mode the tool runs while the hotkey is held', async () => {
   await begin();
   await program.choose('Autoclicker hotkey', 'Hold to run', program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
-  world.desktop.repeatKeys(true);
-  await hand.keyDown(Key.F6);
+  fixture.desktop.repeatKeys(true);
+  await input.keyDown(Key.F6);
   await clicking(true);
-  await waitUntil(() => observer.presses().length > 20, 'it clicks on while the key is held');
+  await waitUntil(() => observer.presses().length > 20, 'it clicks while the key is held');
   assert.equal(program.status().autoClicking, true);
-  await hand.keyUp(Key.F6);
+  await input.keyUp(Key.F6);
   await clicking(false);
   await observer.settle();
   const count = observer.presses().length;
@@ -57,51 +46,51 @@ test('in hold mode the tool runs while the hotkey is held', limit, async () => {
   assert.equal(observer.presses().length, count);
 });
 
-test('holding a toggle hotkey does not flip it again', limit, async () => {
+test('a held toggle hotkey toggles once', async () => {
   await begin();
-  world.desktop.repeatKeys(true);
-  await hand.keyDown(Key.F6);
+  fixture.desktop.repeatKeys(true);
+  await input.keyDown(Key.F6);
   await clicking(true);
-  // Longer than a keyboard takes to begin repeating.
-  await waitUntil(() => observer.presses().length > 80, 'it clicks on');
+  // Longer than the delay before a keyboard repeats.
+  await waitUntil(() => observer.presses().length > 80, 'it continues clicking');
   assert.equal(program.status().autoClicking, true);
-  await hand.keyUp(Key.F6);
+  await input.keyUp(Key.F6);
   await pause(kQuietMilliseconds);
   assert.equal(program.status().autoClicking, true);
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await clicking(false);
   assert.deepEqual(observer.keys(), []);
 });
 
-test('the lock stops the tools and lets the other hotkeys through as ordinary keys', limit, async () => {
+test('the lock stops the tools, and the other hotkeys become ordinary keys', async () => {
   await begin();
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await clicking(true);
-  await hand.tap(Key.F10);
+  await input.tap(Key.F10);
   await program.waitForStatus((s) => !s.unlocked && !s.autoClicking, 'locked, and it stops');
   await program.waitForStateText(/locked[\s\S]*F10/i);
   await observer.settle();
   assert.deepEqual(observer.keys(), [], 'the unlock key is consumed');
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await waitUntil(() => observer.keys().length === 2, 'F6 is an ordinary key now');
   assert.equal(program.status().autoClicking, false);
-  await hand.tap(Key.F10);
-  await program.waitForUnlocked();
+  await input.tap(Key.F10);
+  await program.waitForUnlocked(observer);
   observer.clear();
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await clicking(true);
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await clicking(false);
   await observer.settle();
   assert.deepEqual(observer.keys(), []);
 });
 
-test('a hotkey is captured from the keyboard, and the old key is free', limit, async () => {
+test('a captured key becomes the hotkey, and the old one an ordinary key', async () => {
   await begin();
   const before = program.status().hkAuto;
   await capture(
     'autoclicker',
-    () => hand.tap(Key.F11),
+    () => input.tap(Key.F11),
     (s) => s.hkAuto !== before,
   );
   if (!onWindows) assert.equal(program.status().hkAuto, 'F11');
@@ -109,42 +98,42 @@ test('a hotkey is captured from the keyboard, and the old key is free', limit, a
   assert.deepEqual(
     observer.keys().filter((key) => key.down),
     [],
-    'the captured press reaches nothing',
+    'the captured press does not reach the application',
   );
   observer.clear();
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await waitUntil(() => observer.keys().length === 2, 'F6 is an ordinary key now');
-  await hand.tap(Key.F11);
+  await input.tap(Key.F11);
   await clicking(true);
-  await hand.tap(Key.F11);
+  await input.tap(Key.F11);
   await clicking(false);
 });
 
-test('a mouse button can be a hotkey', limit, async () => {
+test('a mouse button can be a hotkey', async () => {
   await begin();
   await capture(
     'autoclicker',
-    () => hand.click(Button.Middle),
+    () => input.click(Button.Middle),
     (s) => s.hkAuto === 'Middle Mouse',
   );
   await observer.settle();
-  assert.deepEqual(observer.presses(), [], 'the captured press reaches nothing');
+  assert.deepEqual(observer.presses(), [], 'the captured press does not reach the application');
   observer.clear();
-  await hand.click(Button.Middle);
+  await input.click(Button.Middle);
   await clicking(true);
   await waitUntil(() => observer.presses().length > 3, 'it clicks');
-  await hand.click(Button.Middle);
+  await input.click(Button.Middle);
   await clicking(false);
   await observer.settle();
   assert.ok(observer.presses().every((press) => press.button === Button.Left));
 });
 
-test('Escape ends a capture and changes nothing', limit, async () => {
+test('Escape cancels a capture', async () => {
   await begin();
   const before = program.status();
   await capture(
     'play',
-    () => hand.tap(Key.Escape),
+    () => input.tap(Key.Escape),
     () => true,
   );
   for (const field of ['hkRec', 'hkPlay', 'hkAuto', 'hkKeySpam', 'hkUnlock']) {
@@ -154,53 +143,52 @@ test('Escape ends a capture and changes nothing', limit, async () => {
   assert.deepEqual(
     observer.keys().filter((key) => key.down),
     [],
-    'the Escape reaches nothing',
+    'the Escape does not reach the application',
   );
 });
 
-test(
-  'a click does not become a key to press: it reaches the application and the capture waits on',
-  limit,
-  async () => {
-    await begin();
-    const count = program.status().keySpamTargets.length;
-    await program.press('Add key', program.panel('Key spammer'));
-    await program.waitForCapture((s) => s.reassigning === 'keyspamtarget');
-    await hand.click(Button.Left);
-    await waitUntil(() => observer.buttons().length === 2, 'the click reaches the application');
-    assert.equal(program.status().reassigning, 'keyspamtarget');
-    await hand.tap(Key.G);
-    await program.waitForStatus(
-      (s) => s.keySpamTargets.length === count + 1 && s.reassigning === '',
-      'a key does',
-    );
-  },
-);
+test('a click during the capture of a key reaches the application, and the capture continues', async () => {
+  await begin();
+  const count = program.status().keySpamTargets.length;
+  await program.press('Add key', program.panel('Key spammer'));
+  await program.waitForCapture(observer, (s) => s.reassigning === 'keyspamtarget');
+  await input.click(Button.Left);
+  await waitUntil(() => observer.buttons().length === 2, 'the click reaches the application');
+  assert.equal(program.status().reassigning, 'keyspamtarget');
+  await input.tap(Key.G);
+  await program.waitForStatus(
+    (s) => s.keySpamTargets.length === count + 1 && s.reassigning === '',
+    'a key is captured',
+  );
+});
 
-test('resetting brings the hotkeys back', limit, async () => {
+test('a reset restores the default hotkeys, and Undo the captured one', async () => {
   await begin();
   const before = program.status();
   await capture(
     'autoclicker',
-    () => hand.tap(Key.F12),
+    () => input.tap(Key.F12),
     (s) => s.hkAuto !== before.hkAuto,
   );
   await program.press('Reset hotkeys', hotkeys());
   await program.press('Reset now', hotkeys());
   await program.waitForStatus((s) => s.hkAuto === before.hkAuto, 'back');
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await clicking(true);
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await clicking(false);
 
-  // And undone: the page asks for the key that the reset has taken.
+  // Undo captures again the key that the reset removed.
   await program.press('Undo the reset', hotkeys());
-  await program.waitForCapture();
-  await hand.tap(Key.F12);
-  await program.waitForStatus((s) => s.reassigning === '' && s.hkAuto !== before.hkAuto, 'the own key again');
+  await program.waitForCapture(observer);
+  await input.tap(Key.F12);
+  await program.waitForStatus(
+    (s) => s.reassigning === '' && s.hkAuto !== before.hkAuto,
+    'the captured key again',
+  );
   await program.button('Undo the reset').waitFor({ state: 'detached' });
-  await hand.tap(Key.F12);
+  await input.tap(Key.F12);
   await clicking(true);
-  await hand.tap(Key.F12);
+  await input.tap(Key.F12);
   await clicking(false);
 });

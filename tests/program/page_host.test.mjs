@@ -1,34 +1,27 @@
-// The page host on its own: what it says when something is missing, how it answers the page, how it ends.
+// The page host alone: messages about missing parts, calls from the page, the end of its loop.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
 import { copyFileSync, mkdirSync, mkdtempSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
-import { after, before, test } from 'node:test';
-import { buildFolder, onWindows, openWorld, startNative, testPrograms } from './harness.mjs';
+import { after, before } from 'node:test';
+import { buildFolder, onWindows, startNative, test, testPrograms, useFixture } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
 
 const exe = onWindows ? '.exe' : '';
 const libraryName = onWindows ? 'libwebview.dll' : 'libwebview.so';
 const testLibrary = join(buildFolder, 'tests/webview', libraryName);
 const realLibrary = join(buildFolder, 'dist', libraryName);
-const limit = { timeout: 240000 };
 
-let world;
+const fixture = useFixture();
 let folder;
 let probe;
 
-before(async () => {
-  world = await openWorld();
-  folder = mkdtempSync(join(tmpdir(), 'varnelle-probe-'));
-}, limit);
-after(async () => {
-  await world?.close();
-  rmSync(folder, { recursive: true, force: true });
-}, limit);
+before(() => (folder = mkdtempSync(join(tmpdir(), 'varnelle-probe-'))));
+after(() => rmSync(folder, { recursive: true, force: true }));
 
-// The probe with its own folder, and in it only what the test puts there.
+// Starts the probe in a folder of its own, with only the files that the test puts there.
 function startProbe(name, { library, env = {}, cwd } = {}) {
   const own = join(folder, name);
   mkdirSync(own);
@@ -38,9 +31,9 @@ function startProbe(name, { library, env = {}, cwd } = {}) {
     cwd: cwd ?? own,
     stdio: ['ignore', 'pipe', 'inherit'],
     env: {
-      ...world.desktop.env,
-      ...world.wineEnvironment(),
-      VARNELLE_TEST_WEBVIEW_PORT: String(world.server.port),
+      ...fixture.desktop.env,
+      ...fixture.wineEnvironment(),
+      VARNELLE_TEST_WEBVIEW_PORT: String(fixture.server.port),
       ...env,
     },
   });
@@ -49,7 +42,7 @@ function startProbe(name, { library, env = {}, cwd } = {}) {
   return probe;
 }
 
-// The failure message: one sentence that ends with what to do.
+// Returns the message for the user: one sentence that ends with what to do.
 async function failureOf(name, options) {
   const child = startProbe(name, options);
   try {
@@ -64,24 +57,24 @@ async function failureOf(name, options) {
   }
 }
 
-test('a missing library is named with its place', limit, async () => {
+test('a missing library is reported with its path', async () => {
   assert.match(await failureOf('missing'), /missing.libwebview\.(so|dll) is missing; put it back/);
 });
 
-test('a library in the current directory is not taken', limit, async () => {
+test('a library in the current directory is not loaded', async () => {
   const elsewhere = join(folder, 'elsewhere');
   mkdirSync(elsewhere);
   copyFileSync(testLibrary, join(elsewhere, libraryName));
   assert.match(await failureOf('planted', { cwd: elsewhere }), /is missing; put it back/);
 });
 
-test('a damaged library is reported as one', limit, async () => {
+test('a corrupt library is reported', async () => {
   const damaged = join(folder, 'damaged.bin');
   writeFileSync(damaged, 'not a library');
   assert.match(await failureOf('damaged', { library: damaged }), /does not load/);
 });
 
-test('a library without our functions is reported as a wrong one', limit, async () => {
+test('a library without our functions is reported as wrong', async () => {
   const other = onWindows
     ? join(process.env.WINEPREFIX, 'drive_c/windows/system32/version.dll')
     : spawnSync('sh', ['-c', "ldconfig -p | awk '/libXtst.so.6 .*x86-64/ { print $NF; exit }'"], {
@@ -90,7 +83,7 @@ test('a library without our functions is reported as a wrong one', limit, async 
   assert.match(await failureOf('other', { library: other }), /lacks webview_create; install Varnelle again/);
 });
 
-test('a library whose own libraries are missing says what to install', limit, async () => {
+test('a missing dependency is reported with what to install', async () => {
   if (onWindows) {
     const env = { WINEDLLOVERRIDES: 'mscoree=;mshtml=;msvcp140=;vcruntime140=;vcruntime140_1=' };
     assert.match(
@@ -108,7 +101,7 @@ test('a library whose own libraries are missing says what to install', limit, as
   );
 });
 
-test('no display', { ...limit, skip: onWindows && 'Windows always has one' }, async () => {
+test('a missing display is reported', { skip: onWindows && 'Windows always has one' }, async () => {
   assert.match(
     await failureOf('unset', { library: testLibrary, env: { DISPLAY: '' } }),
     /DISPLAY names no X11 display/,
@@ -119,7 +112,7 @@ test('no display', { ...limit, skip: onWindows && 'Windows always has one' }, as
   );
 });
 
-test('a view that does not start', limit, async () => {
+test('a web view that does not start is reported', async () => {
   const sentence = await failureOf('silent', {
     library: testLibrary,
     env: { VARNELLE_TEST_WEBVIEW_PORT: '1' },
@@ -128,8 +121,8 @@ test('a view that does not start', limit, async () => {
 });
 
 test(
-  'a registered browser runtime that is not there',
-  { ...limit, skip: !onWindows && 'a matter of the Windows registry' },
+  'a registered but missing browser runtime is reported',
+  { skip: !onWindows && 'a matter of the Windows registry' },
   async () => {
     const key =
       'HKLM\\Software\\WOW6432Node\\Microsoft\\EdgeUpdate\\ClientState\\{F3017226-FE2A-4295-8BDF-00C3A9A7E4C5}';
@@ -146,12 +139,15 @@ test(
   },
 );
 
-test('the page is answered, work keeps its order, and leaving from another thread works', limit, async () => {
+test('calls return, queued work keeps its order, and another thread can end the loop', async () => {
   const child = startProbe('working', { library: testLibrary });
   try {
-    const view = await world.server.next();
+    const view = await fixture.server.next();
     const page = await view.ready;
-    await waitUntil(() => child.lines.some((line) => line.includes('counted')), 'the page has told all');
+    await waitUntil(
+      () => child.lines.some((line) => line.includes('counted')),
+      'the page has reported everything',
+    );
     assert.deepEqual(child.lines, [
       'window 1',
       'page ["echo resolved [\\"a \\\\\\"quoted\\\\\\" é\\",5]"]',
@@ -171,11 +167,11 @@ test('the page is answered, work keeps its order, and leaving from another threa
   }
 });
 
-test('closing the window ends the loop, and what comes later is dropped', limit, async () => {
+test('closing the window ends the loop, and later work is dropped', async () => {
   const child = startProbe('closing', { library: testLibrary });
-  const observer = await world.openObserver('Beside the probe');
+  const observer = await fixture.openObserver('Beside the probe');
   try {
-    const view = await world.server.next();
+    const view = await fixture.server.next();
     await view.ready;
     await waitUntil(async () => (await observer.window('Page host probe')).found, 'the window is there');
     const place = await observer.window('Page host probe');
@@ -191,17 +187,13 @@ test('closing the window ends the loop, and what comes later is dropped', limit,
   }
 });
 
-test(
-  'the shipped library has no search path of its own',
-  { ...limit, skip: onWindows && 'an ELF matter' },
-  () => {
-    const dynamic = spawnSync('readelf', ['-d', realLibrary], { encoding: 'utf8' }).stdout;
-    assert.match(dynamic, /libwebkitgtk-6\.0\.so\.4/);
-    assert.doesNotMatch(dynamic, /RPATH|RUNPATH/);
-  },
-);
+test('the shipped library has no library search path', { skip: onWindows && 'an ELF matter' }, () => {
+  const dynamic = spawnSync('readelf', ['-d', realLibrary], { encoding: 'utf8' }).stdout;
+  assert.match(dynamic, /libwebkitgtk-6\.0\.so\.4/);
+  assert.doesNotMatch(dynamic, /RPATH|RUNPATH/);
+});
 
-test('the program folder has everything that is shipped', () => {
+test('the program folder is complete', () => {
   for (const file of ['ui/index.html', 'ui/vendor/Sortable.min.js', 'licenses/webview.txt', libraryName]) {
     assert.ok(spawnSync('test', ['-s', join(buildFolder, 'dist', file)]).status === 0, `${file} is missing`);
   }

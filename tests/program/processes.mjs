@@ -1,6 +1,6 @@
-// Starting and ending other programs, waiting for things. Whatever was started here ends with this process.
+// Starts and stops other programs, and waits for conditions. Every program started here ends with this process.
 import { spawn, spawnSync } from 'node:child_process';
-import { pause } from './real_hand.mjs';
+import { pause } from './xtest_input.mjs';
 
 const running = new Set();
 
@@ -30,29 +30,26 @@ export async function stop(child) {
   }
 }
 
-// A text in the registry of the Wine prefix, for the programs that start from now on.
+// Sets a string in the registry of the Wine prefix, for programs that start from now on.
 export function setWineRegistryValue(key, name, text) {
   const args = ['reg', 'add', key, '/v', name, '/d', text, '/f'];
   const { status, signal } = spawnSync('wine', args, { stdio: 'ignore', timeout: 60000 });
-  if (status !== 0) throw new Error(`wine ${args.join(' ')} gave ${status ?? signal}`);
+  if (status !== 0) throw new Error(`wine ${args.join(' ')} returned ${status ?? signal}`);
 }
 
-// Whatever is waited for comes long before, on a machine that builds and tests beside it too.
+// Every condition holds long before this, also on a machine that builds at the same time.
 export const kPatienceMilliseconds = 60000;
 
-// Looks again every few milliseconds until `condition` gives something; gives that.
+// Checks every few milliseconds until `condition` returns something truthy; returns that.
 export async function waitUntil(condition, what, limitMilliseconds = kPatienceMilliseconds) {
   const deadline = Date.now() + limitMilliseconds;
   for (;;) {
     const value = await condition();
     if (value) return value;
-    if (Date.now() > deadline) throw new Error(`waited ${limitMilliseconds} ms in vain: ${what}`);
+    if (Date.now() > deadline) throw new Error(`timed out after ${limitMilliseconds} ms: ${what}`);
     await pause(5);
   }
 }
 
-// What a hand needs from the mouse to a key, and longer than the input thread needs to take hold of it on a busy machine.
-export const kHandMilliseconds = 1000;
-
-// What must not happen has had this long to happen.
+// Something that must not happen has this long to happen.
 export const kQuietMilliseconds = 300;

@@ -1,52 +1,42 @@
-// Recording real input and playing it back, as another application feels it.
+// Recording real input and playing it back, as another application receives it.
 import assert from 'node:assert/strict';
-import { after, afterEach, before, test } from 'node:test';
 import { isDeepStrictEqual } from 'node:util';
-import { kMainTitle, onWindows, openWorld } from './harness.mjs';
+import { kMainTitle, onWindows, test, useFixture } from './harness.mjs';
 import { waitUntil } from './processes.mjs';
-import { Button, Key, pause } from './real_hand.mjs';
+import { Button, Key, pause } from './xtest_input.mjs';
 
-const limit = { timeout: 240000 };
 const kPlaceTolerance = onWindows ? 1 : 0;
-// How far apart two things may be that took the same path at different times. A busy machine may hold one of them back
-// for longer, but not in each of some playbacks. Order is exact in all of them.
+// The tolerance for events that took the same path at different times. A busy machine may delay one of them for longer,
+// but not in each of several playbacks. The order is exact in all of them.
 const kTimeTolerance = 0.25; // s
 const kPlaybacks = 5;
 const kVirtualKey = { A: 65, B: 66, F6: 117, F7: 118, F8: 119 };
 
-let world;
-let hand;
+const fixture = useFixture();
+const { input } = fixture;
 let program;
 let observer;
 
-before(async () => {
-  world = await openWorld();
-  hand = world.hand;
-}, limit);
-afterEach(() => world.closeOpened(), limit);
-after(() => world?.close(), limit);
-
 async function begin() {
-  program = await world.startProgram();
-  observer = await world.openApplication();
+  ({ program, observer } = await fixture.startBesideApplication());
 }
 
 const state = (name) => program.waitForStatus((s) => s.state === name, `the state is ${name}`);
 
 async function record(work, { continued = false } = {}) {
   if (continued) await program.press('Continue');
-  else await hand.tap(Key.F8);
+  else await input.tap(Key.F8);
   await state('Recording');
   await work();
-  await hand.tap(Key.F8);
+  await input.tap(Key.F8);
   await state('Idle');
   await observer.settle();
 }
 
-// Plays until `isOver` sees in what is felt that all was played. A short playback may pass between two polls.
+// Plays until `isOver` finds all events at the observer. A short playback may end between two polls.
 async function play(isOver) {
-  await hand.tap(Key.F7);
-  await waitUntil(isOver, 'all is played');
+  await input.tap(Key.F7);
+  await waitUntil(isOver, 'all events arrive');
   await waitUntil(
     async () => (await program.call('getTrackerStatus')).state === 'Idle',
     'the playback ends by itself',
@@ -58,7 +48,7 @@ const events = () => program.call('getMacroEvents');
 const ofKind = (list, start) => list.filter((event) => event.desc.startsWith(start));
 const keysOf = (list) => ofKind(list, 'Keyboard').map((event) => event.desc.replace('Keyboard VK: ', ''));
 
-// The event lines of the current profile in the session file, as numbers.
+// Returns the event lines of the session file as numbers.
 function savedEvents(session) {
   return session
     .split('\n')
@@ -66,35 +56,35 @@ function savedEvents(session) {
     .map((line) => line.split(',').map(Number));
 }
 
-test('what is recorded is in the list and in the file, and plays back in order and time', limit, async () => {
+test('a recording is listed, saved and played back in order and time', async () => {
   await begin();
   const center = observer.center();
   await record(async () => {
-    await hand.tap(Key.A);
+    await input.tap(Key.A);
     await pause(150);
-    await hand.moveTo(center.x + 50, center.y);
-    // A move that is not read yet becomes one with the next.
+    await input.moveTo(center.x + 50, center.y);
+    // Two moves that are read together become one.
     await program.waitForStatus((s) => s.count === 3, 'the first move is recorded');
     await pause(100);
-    await hand.moveTo(center.x + 50, center.y + 60);
+    await input.moveTo(center.x + 50, center.y + 60);
     await pause(120);
-    await hand.click(Button.Left);
+    await input.click(Button.Left);
     await pause(200);
-    await hand.click(Button.Right);
+    await input.click(Button.Right);
     await pause(150);
-    await hand.click(Button.WheelUp, 0);
+    await input.click(Button.WheelUp, 0);
     await pause(80);
-    await hand.click(Button.WheelDown, 0);
+    await input.click(Button.WheelDown, 0);
     await pause(100);
-    await hand.tap(Key.B);
+    await input.tap(Key.B);
     await pause(100);
   });
-  const felt = observer.events.filter((event) => event.type !== 'move');
+  const received = observer.events.filter((event) => event.type !== 'move');
   observer.clear();
 
   const list = await events();
   assert.deepEqual(keysOf(list), ['65 (DOWN)', '65 (UP)', '66 (DOWN)', '66 (UP)']);
-  assert.equal(list[0].time, 0, 'the silence before the first event is cut');
+  assert.equal(list[0].time, 0, 'the time before the first event is cut');
   assert.deepEqual(
     ofKind(list, 'Mouse Click').map((event) => event.desc),
     Array(4).fill(`Mouse Click at X:${center.x + 50} Y:${center.y + 60}`),
@@ -107,7 +97,7 @@ test('what is recorded is in the list and in the file, and plays back in order a
     ofKind(list, 'Abs Move').map((event) => event.desc),
     [`Abs Move to X:${center.x + 50} Y:${center.y}`, `Abs Move to X:${center.x + 50} Y:${center.y + 60}`],
   );
-  // Longer than the pauses that were made, and in order.
+  // In order, and not shorter than the pauses.
   list.reduce((previous, event) => {
     assert.ok(event.time >= previous.time, `${event.desc} comes after ${previous.desc}`);
     return event;
@@ -141,7 +131,7 @@ test('what is recorded is in the list and in the file, and plays back in order a
   const fixed = list.filter((event) => !event.desc.startsWith('Abs Move'));
   const shape = (event) => [event.type, event.code ?? event.button, event.down].join(' ');
   const replayed = () => observer.events.filter((event) => event.type !== 'move');
-  // Those that were not at their recorded distance from the first key.
+  // The events that are not at their recorded distance from the first key.
   const untimely = () =>
     replayed()
       .map((event) => ({ what: shape(event), played: (event.t - replayed()[0].t) / 1e6 }))
@@ -149,8 +139,8 @@ test('what is recorded is in the list and in the file, and plays back in order a
   for (let playback = 1; playback === 1 || untimely().length > 0; ++playback) {
     assert.ok(playback <= kPlaybacks, JSON.stringify(untimely()));
     observer.clear();
-    await play(() => replayed().length >= felt.length);
-    assert.deepEqual(replayed().map(shape), felt.map(shape));
+    await play(() => replayed().length >= received.length);
+    assert.deepEqual(replayed().map(shape), received.map(shape));
     for (const press of observer.presses()) {
       assert.ok(Math.abs(press.x - (center.x + 50)) <= kPlaceTolerance);
       assert.ok(Math.abs(press.y - (center.y + 60)) <= kPlaceTolerance);
@@ -158,18 +148,18 @@ test('what is recorded is in the list and in the file, and plays back in order a
     assert.deepEqual(
       replayed().filter((event) => [Key.F7, Key.F8].includes(event.code)),
       [],
-      'the hotkeys are not in it',
+      'the macro holds no hotkey',
     );
   }
 });
 
-test('clicks on the own window are not recorded, the wheel there is', limit, async () => {
+test('clicks on the program’s own window are not recorded, wheel steps are', async () => {
   await begin();
   const own = await observer.windowAtRest(kMainTitle);
-  // A key press in between tells, by being counted, that everything before it has been looked at.
+  // A recorded key shows that the recorder has handled everything before it.
   const mark = async () => {
     const { count } = await program.call('getTrackerStatus');
-    await hand.tap(Key.K, 0);
+    await input.tap(Key.K, 0);
     await waitUntil(
       async () => (await program.call('getTrackerStatus')).count >= count + 2,
       'the key is recorded',
@@ -180,22 +170,22 @@ test('clicks on the own window are not recorded, the wheel there is', limit, asy
     await mark();
   };
   const press = async (button) => {
-    await step(hand.buttonDown(button));
-    await step(hand.buttonUp(button));
+    await step(input.buttonDown(button));
+    await step(input.buttonUp(button));
   };
   await record(async () => {
-    await step(hand.moveTo(own.x + 100, own.y + 100));
+    await step(input.moveTo(own.x + 100, own.y + 100));
     await press(Button.Left);
-    await step(hand.click(Button.WheelUp, 0));
-    // The release of a press on the own window goes with its press, wherever it happens.
-    await step(hand.buttonDown(Button.Left));
+    await step(input.click(Button.WheelUp, 0));
+    // A press on the own window is left out with its release, wherever that happens.
+    await step(input.buttonDown(Button.Left));
     await step(observer.pointAt());
-    await step(hand.buttonUp(Button.Left));
+    await step(input.buttonUp(Button.Left));
     await press(Button.Left);
-    // And the other way round.
-    await step(hand.buttonDown(Button.Right));
-    await step(hand.moveTo(own.x + 100, own.y + 100));
-    await step(hand.buttonUp(Button.Right));
+    // A press elsewhere is recorded with its release on the own window.
+    await step(input.buttonDown(Button.Right));
+    await step(input.moveTo(own.x + 100, own.y + 100));
+    await step(input.buttonUp(Button.Right));
   });
   const list = await events();
   const { x, y } = observer.center();
@@ -211,46 +201,46 @@ test('clicks on the own window are not recorded, the wheel there is', limit, asy
   assert.equal(ofKind(list, 'Mouse Scroll').length, 1);
 });
 
-test('a playback is stopped in the middle by F7', limit, async () => {
+test('F7 stops a playback in the middle', async () => {
   await begin();
   await record(async () => {
     for (let i = 0; i < 4; ++i) {
-      await hand.tap(Key.A);
+      await input.tap(Key.A);
       await pause(500);
     }
-    await hand.tap(Key.B);
+    await input.tap(Key.B);
   });
-  // So late that no machine comes to it before the stop.
+  // No machine plays these before the stop.
   const times = (await events()).map(({ time }) => time);
   assert.equal(times.length, 10);
   for (const index of [9, 8]) await program.call('updateEventTime', `${index},${times[index] + 200}`);
   observer.clear();
-  await hand.tap(Key.F7);
+  await input.tap(Key.F7);
   await waitUntil(() => observer.keys().length >= 2, 'it plays');
   await program.waitForStateText(/Playing[\s\S]*F7[\s\S]*stops/);
-  await hand.tap(Key.F7);
+  await input.tap(Key.F7);
   await state('Idle');
   await observer.settle();
   const count = observer.keys().length;
   assert.ok(count < 10, `${count} of 10 key events`);
   assert.ok(!observer.keys().some((key) => key.code === Key.B));
   await observer.settle();
-  assert.equal(observer.keys().length, count, 'nothing more comes');
+  assert.equal(observer.keys().length, count, 'no more events arrive');
 });
 
-test('own clicks are not recorded, the tool is, and playback drives it', limit, async () => {
+test('a recording holds the autoclicker’s start and stop, not its clicks', async () => {
   await begin();
   await program.enter('Click interval: milliseconds', 25, program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.sms === 25, 'the interval');
   await record(async () => {
-    await hand.tap(Key.A);
+    await input.tap(Key.A);
     await pause(100);
-    await hand.tap(Key.F6);
+    await input.tap(Key.F6);
     await waitUntil(() => observer.presses().length >= 10, 'it clicks');
-    await hand.tap(Key.F6);
+    await input.tap(Key.F6);
     await program.waitForStatus((s) => !s.autoClicking, 'it stops');
-    await pause(1000); // so that the last click of the playback comes before the key
-    await hand.tap(Key.B);
+    await pause(1000); // so that the playback's last click is before the key
+    await input.tap(Key.B);
   });
   const list = await events();
   assert.deepEqual(
@@ -269,16 +259,16 @@ test('own clicks are not recorded, the tool is, and playback drives it', limit, 
   assert.ok(shape.filter((text) => text === 'click').length >= 3);
 });
 
-test('a continued recording joins a tenth of a second later, and undo takes it back', limit, async () => {
+test('a continued recording begins a tenth of a second later, and Undo removes it', async () => {
   await begin();
   await record(async () => {
-    await hand.tap(Key.A);
+    await input.tap(Key.A);
   });
   const before = await events();
   await record(
     async () => {
       await pause(300);
-      await hand.tap(Key.B);
+      await input.tap(Key.B);
     },
     { continued: true },
   );
@@ -293,43 +283,43 @@ test('a continued recording joins a tenth of a second later, and undo takes it b
   assert.deepEqual(await events(), before);
 });
 
-test('a continued recording keeps two clicks of one button apart', limit, async () => {
+test('a continued recording keeps two clicks of one button apart', async () => {
   await begin();
-  await record(() => hand.click(Button.Left));
+  await record(() => input.click(Button.Left));
   const before = await events();
-  await record(() => hand.click(Button.Left), { continued: true });
+  await record(() => input.click(Button.Left), { continued: true });
   const left = await events();
   const gap = left[2].time - before[0].time;
-  // The system's double-click time and 50 ms; 500 ms is what both homes have without a setting. A busy machine may have
-  // held the button for so long that the gap of every continuation asks for more.
+  // The system's double-click time and 50 ms; 500 ms is what both backends have by default. A busy machine may hold the
+  // button for longer, and then the gap of every continuation grows.
   const asked = Math.max(0.55, before[1].time - before[0].time + 0.1);
   assert.ok(Math.abs(gap - asked) < 2e-6, `${gap}, not ${asked}`);
 
   await program.press('Undo');
   await program.waitForStatus((s) => s.count === 2, 'it was undone');
-  await record(() => hand.click(Button.Right), { continued: true });
+  await record(() => input.click(Button.Right), { continued: true });
   const right = await events();
   assert.ok(Math.abs(right[2].time - (before[1].time + 0.1)) < 2e-6, 'another button needs no gap');
 });
 
-test('an edit ends the undo', limit, async () => {
+test('an edit discards the undo of a continued recording', async () => {
   await begin();
-  await record(() => hand.tap(Key.A));
-  await record(() => hand.tap(Key.B), { continued: true });
+  await record(() => input.tap(Key.A));
+  await record(() => input.tap(Key.B), { continued: true });
   await program.waitForStatus((s) => s.canUndoContinue && s.count === 4, 'it can be undone');
   await program.eventRows().nth(3).click();
   await program.press('Delete event');
   await program.waitForStatus((s) => s.count === 3 && !s.canUndoContinue, 'it can not be undone any more');
-  await waitUntil(() => program.button('Undo').isDisabled(), 'the page says so');
+  await waitUntil(() => program.button('Undo').isDisabled(), 'the page disables Undo');
 });
 
-test('raw movement is recorded in device counts and played as such', limit, async () => {
+test('raw moves are recorded and played in device counts', async () => {
   await begin();
   await program.toggle('Raw moves', true);
   await program.waitForSettings((s) => s.trel === true, 'raw moves');
   await observer.pointAt(-100, -100);
   await observer.settle();
-  const start = await hand.position();
+  const start = await input.position();
   await record(async () => {
     const steps = [
       [7, 0],
@@ -338,8 +328,8 @@ test('raw movement is recorded in device counts and played as such', limit, asyn
       [-3, 2],
     ];
     for (const [index, [dx, dy]] of steps.entries()) {
-      await hand.moveBy(dx, dy);
-      // A move that is not read yet becomes one with the next.
+      await input.moveBy(dx, dy);
+      // Two moves that are read together become one.
       await program.waitForStatus((s) => s.count > index, 'the move is recorded');
     }
   });
@@ -350,7 +340,7 @@ test('raw movement is recorded in device counts and played as such', limit, asyn
   assert.equal(ofKind(list, 'Abs Move').length, 0);
   const sum = counts.reduce(([x, y], [dx, dy]) => [x + dx, y + dy], [0, 0]);
   assert.ok(counts.length >= 4 && counts.every(([dx, dy]) => dx !== 0 || dy !== 0));
-  const end = await hand.position();
+  const end = await input.position();
   assert.deepEqual(sum, [end.x - start.x, end.y - start.y]);
 
   await observer.pointAt(-50, -50);
@@ -365,10 +355,10 @@ test('raw movement is recorded in device counts and played as such', limit, asyn
   assert.deepEqual(moved(), sum);
 });
 
-test('looping plays round after round until it is stopped', limit, async () => {
+test('a looped playback repeats until it is stopped', async () => {
   await begin();
-  // A wheel step has no end that a stop could come before: a key would stay down, and repeat.
-  await record(() => hand.click(Button.WheelUp, 0));
+  // A wheel step has no release, so that a stop leaves nothing down.
+  await record(() => input.click(Button.WheelUp, 0));
   await program.toggle('Loop', true);
   await program.enter('Pause between rounds', 50);
   await program.waitForSettings((s) => s.tloop === true && s.tloopMs === 50, 'the loop');

@@ -8,7 +8,7 @@ import { chromium } from 'playwright-core';
 import { kPatienceMilliseconds } from './processes.mjs';
 
 const kScreenOfPages = { width: 1024, height: 768, availWidth: 1024, availHeight: 768 }; // as the desktops have it
-const pageScript = readFileSync(join(dirname(fileURLToPath(import.meta.url)), 'page_script.js'), 'utf8');
+const pageScript = readFileSync(join(dirname(fileURLToPath(import.meta.url)), 'library_script.js'), 'utf8');
 
 export async function launchBrowser(options = {}) {
   return chromium.launch({

@@ -2,7 +2,7 @@
 // WebSocket.
 import { createHash, randomBytes } from 'node:crypto';
 import http from 'node:http';
-import { pause } from './real_hand.mjs';
+import { pause } from './xtest_input.mjs';
 
 const kAnswerMilliseconds = 5000;
 

@@ -10,5 +10,5 @@ StartXServer() {
     export DISPLAY=$display
 }
 StartWine "$build" desktop
-export VARNELLE_HOME=windows VARNELLE_BUILD=$build
+export VARNELLE_BACKEND=windows VARNELLE_BUILD=$build
 node tools/dev/run_windows.mjs 9>&-

@@ -7,9 +7,9 @@
 // the targets dist, observer and test_webview.
 import { mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
-import { makeInstallation, openWorld } from '../../tests/program/harness.mjs';
+import { makeInstallation, openFixture } from '../../tests/program/harness.mjs';
 import { waitUntil } from '../../tests/program/processes.mjs';
-import { Key, pause } from '../../tests/program/real_hand.mjs';
+import { Key, pause } from '../../tests/program/xtest_input.mjs';
 import { harmfulMacro, harmlessMacro, kNoWarnings, session } from './material.mjs';
 
 const kSharpness = 2; // pixels of a picture for one of the page
@@ -17,7 +17,7 @@ const kWidth = 420; // of the window at a first start
 const kGap = 10; // around what is shown
 
 let folder;
-let world;
+let fixture;
 let program;
 let installation;
 
@@ -27,13 +27,13 @@ async function startProgram({ warns = false, opened = '' } = {}) {
   mkdirSync(installation.data);
   writeFileSync(join(installation.data, 'session.dat'), session);
   if (!warns) writeFileSync(join(installation.data, 'appsettings.txt'), kNoWarnings);
-  program = await world.startProgram({ installation, args: opened ? [putMacro(opened)] : [] });
+  program = await fixture.startProgram({ installation, args: opened ? [putMacro(opened)] : [] });
   await program.waitForStateText(/Idle/);
   await program.page.evaluate(() => document.fonts.ready);
 }
 
 async function endProgram() {
-  await world.closeOpened();
+  await fixture.closeOpened();
   installation?.remove();
   installation = undefined;
 }
@@ -89,7 +89,7 @@ async function saveDialog(name, role) {
 }
 
 // The whole screen but its edge: what is played and clicked lands here.
-const openField = () => world.openObserver('The field', { x: 40, y: 40, width: 940, height: 680 });
+const openField = () => fixture.openObserver('The field', { x: 40, y: 40, width: 940, height: 680 });
 
 // In the folder in which file dialogs begin.
 function putMacro(text) {
@@ -159,7 +159,7 @@ const pictures = {
       await field.pointAt(-200 + i, Math.round(90 * Math.sin(i / 30)));
       await pause(4);
     }
-    await world.hand.click();
+    await fixture.input.click();
     await program.page
       .getByText(/^[12]\d\d events$/)
       .first()
@@ -186,7 +186,7 @@ const pictures = {
     await openField();
     await showMacroDrawn();
     await showUnderState(panel('Macro').getByText('Path and timing'), 445);
-    await world.hand.tap(Key.F7);
+    await fixture.input.tap(Key.F7);
     await program.waitForStateText(/Playing, clicking/);
     await pointAway();
     await save('looping');
@@ -233,7 +233,7 @@ const pictures = {
     await size(1200);
     await program.press('Change the key spammer hotkey');
     await program.waitForStateText(/Waiting for a key/);
-    await world.hand.tap(Key.F6);
+    await fixture.input.tap(Key.F6);
     await program.page.getByText(/Choose another key/).waitFor();
     await program.page.evaluate(() => document.activeElement.blur());
     await panel('Hotkeys').scrollIntoViewIfNeeded();
@@ -272,8 +272,8 @@ const pictures = {
     putMacro(harmlessMacro);
     await program.press('Import profile');
     await waitUntil(async () => (await field.window('Open')).active, 'the dialog has the keyboard');
-    await world.hand.type(join(installation.env.HOME, 'given.vrlmacro'));
-    await world.hand.tap(Key.Enter);
+    await fixture.input.type(join(installation.env.HOME, 'given.vrlmacro'));
+    await fixture.input.tap(Key.Enter);
     await program.page.getByText(/^Imported as/).waitFor();
     await pointAway();
     await save('imported');
@@ -288,7 +288,7 @@ async function main() {
   }
   folder = target;
   mkdirSync(folder, { recursive: true });
-  world = await openWorld({}, { deviceScaleFactor: kSharpness });
+  fixture = await openFixture({ page: { deviceScaleFactor: kSharpness } });
   try {
     for (const [name, take] of Object.entries(pictures)) {
       if (names.length > 0 && !names.includes(name)) continue;
@@ -298,7 +298,7 @@ async function main() {
     }
   } finally {
     await endProgram();
-    await world.close();
+    await fixture.close();
   }
 }
 

@@ -1,15 +1,17 @@
-// A window that tells what reaches it: observer TITLE X Y WIDTH HEIGHT. One JSON object a line on standard output, with
+// A window that reports the input that reaches it: observer TITLE X Y WIDTH HEIGHT. Prints one JSON object a line, with
 // `t` in microseconds of the monotonic clock; keys by the kernel's code. Lines on standard input:
 //   focus            ask for the keyboard
-//   window TITLE     tell about another program's window: found, place without and with its frame, whether it is
+//   window TITLE     describe another program's window: found, bounds without and with its frame, whether it is
 //                    minimised, maximised, has the keyboard, is on top
 //   close TITLE      ask it to close, as its frame's button does
 //   minimise TITLE, maximise TITLE, unmaximise TITLE
+//   grabbed INPUT    whether another program has reserved "keyboard" (all of it), "key CODE" or "button NUMBER"
 // The end of standard input ends it.
 #ifndef _WIN32
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/extensions/XInput2.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -134,14 +136,59 @@ void PrintWindow(Display* display, const std::string& title) {
            word(HasState(display, window, "_NET_WM_STATE_ABOVE")));
 }
 
+// Whether another program has reserved the input: tries the same grab. The server serves only us meanwhile, so that the
+// attempt cannot make the other program's own grab fail.
+bool IsGrabbed(Display* display, const std::string& input) {
+    const size_t space = input.find(' ');
+    const std::string kind = input.substr(0, space);
+    const int number = space == std::string::npos ? 0 : atoi(input.c_str() + space);
+    const Window root = DefaultRootWindow(display);
+    int pointer = 0;
+    XIGetClientPointer(display, None, &pointer);
+    int count = 0;
+    XIDeviceInfo* info = XIQueryDevice(display, pointer, &count);
+    const int keyboard = info->attachment;
+    XIFreeDeviceInfo(info);
+    unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
+    XIEventMask mask = {kind == "button" ? pointer : keyboard, sizeof bits, bits};
+    XIGrabModifiers any = {static_cast<int>(XIAnyModifier), 0};
+    bool grabbed = false;
+    XGrabServer(display);
+    if (kind == "keyboard") {
+        grabbed = XIGrabDevice(display, keyboard, root, CurrentTime, None, XIGrabModeAsync, XIGrabModeAsync,
+                               False, &mask) != XIGrabSuccess;
+        if (!grabbed) {
+            XIUngrabDevice(display, keyboard, CurrentTime);
+        }
+    } else if (kind == "key") {
+        const int keycode = number + 8;
+        grabbed = XIGrabKeycode(display, keyboard, keycode, root, XIGrabModeAsync, XIGrabModeAsync, False,
+                                &mask, 1, &any) != 0;
+        if (!grabbed) {
+            XIUngrabKeycode(display, keyboard, keycode, root, 1, &any);
+        }
+    } else {
+        grabbed = XIGrabButton(display, pointer, number, root, None, XIGrabModeAsync, XIGrabModeAsync, False,
+                               &mask, 1, &any) != 0;
+        if (!grabbed) {
+            XIUngrabButton(display, pointer, number, root, 1, &any);
+        }
+    }
+    XUngrabServer(display);
+    XFlush(display);
+    return grabbed;
+}
+
 void Obey(Display* display, Window own, const std::string& line) {
-    const size_t blank = line.find(' ');
-    const std::string verb = line.substr(0, blank);
-    const std::string title = blank == std::string::npos ? "" : line.substr(blank + 1);
+    const size_t space = line.find(' ');
+    const std::string verb = line.substr(0, space);
+    const std::string title = space == std::string::npos ? "" : line.substr(space + 1);
     if (verb == "focus") {
         AskForFocus(display, own);
     } else if (verb == "window") {
         PrintWindow(display, title);
+    } else if (verb == "grabbed") {
+        printf("{\"type\":\"grabbed\",\"value\":%s}\n", IsGrabbed(display, title) ? "true" : "false");
     } else if (const Window window = FindByTitle(display, title)) {
         if (verb == "close") {
             SendToRoot(display, window, "_NET_CLOSE_WINDOW", CurrentTime);
@@ -191,7 +238,7 @@ void PrintEvent(Display* display, const XEvent& event) {
         break;
     case FocusIn:
     case FocusOut:
-        // A grab of somebody takes the focus for a moment and is no change of the focused window.
+        // A grab takes the focus for a moment; the focused window does not change.
         if (event.xfocus.mode == NotifyNormal || event.xfocus.mode == NotifyWhileGrabbed) {
             printf("{\"type\":\"focus\",\"in\":%s}\n", event.type == FocusIn ? "true" : "false");
         }
@@ -213,8 +260,11 @@ int main(int argumentCount, char** arguments) {
         return 2;
     }
     setvbuf(stdout, nullptr, _IOLBF, 0);
-    // Other programs' windows come and go while we ask about them.
+    // Other programs' windows may close while we ask about them.
     XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
+    int majorVersion = 2;
+    int minorVersion = 0;
+    XIQueryVersion(display, &majorVersion, &minorVersion);
     XkbSetDetectableAutoRepeat(display, True, nullptr);
     const int x = atoi(arguments[2]);
     const int y = atoi(arguments[3]);

@@ -1,12 +1,10 @@
-// The themes that stand beside the program: both programs take them, they can be read by everyone, and a browser opens
-// what is in them.
+// The shipped themes: the program accepts them, text and controls have contrast, and a browser opens their contents.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
 import { existsSync, mkdtempSync, readFileSync, readdirSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
-import { test } from 'node:test';
-import { buildFolder, nativePath, onWindows, root, runNative } from './harness.mjs';
+import { buildFolder, nativePath, onlyOnLinux, onWindows, root, runNative, test } from './harness.mjs';
 import { launchBrowser } from './web_view_server.mjs';
 import { decodePng } from '../../tools/themes/png.mjs';
 
@@ -21,6 +19,9 @@ const kSkinned = 'quiet-ridges.vrltheme';
 
 const themePath = (file) => join(dist, 'themes', file);
 const readTheme = (file) => JSON.parse(readFileSync(themePath(file), 'utf8'));
+
+// Both programs ship the same files.
+const sameFiles = onlyOnLinux('the Windows program ships the same files');
 
 // ---- colours; a pixel is [r, g, b, a] from 0 to 255 ----
 
@@ -80,7 +81,7 @@ function extremes(pixels) {
   return [darkest, brightest];
 }
 
-test('the themes beside the program are these', () => {
+test('the program folder has these themes', () => {
   assert.deepEqual(readdirSync(join(dist, 'themes')).sort(), Object.keys(kShipped));
   assert.ok(existsSync(join(dist, 'licenses/inter.txt')), 'the licence of the font');
 });
@@ -92,7 +93,7 @@ for (const [file, line] of Object.entries(kShipped)) {
     assert.equal(result.code, 0);
   });
 
-  test(`${file} has text and accents that can be told from their ground`, () => {
+  test(`${file} has text and accents with enough contrast`, () => {
     const theme = readTheme(file);
     const strong = file === 'lighthouse.vrltheme';
     for (const ground of ['bgMain', 'bgPanel', 'bgHeader']) {
@@ -105,13 +106,13 @@ for (const [file, line] of Object.entries(kShipped)) {
   });
 }
 
-test('a file that is no theme is not taken for one', () => {
+test('a file that is not a theme is rejected', () => {
   const result = runNative(program, [`--validate-theme=${nativePath(join(dist, 'licenses/inter.txt'))}`]);
   assert.equal(result.output.trim(), 'REJECT invalid or missing name');
   assert.equal(result.code, 1);
 });
 
-test('the same sources give the same bytes', () => {
+test('the same sources produce the same bytes', sameFiles, () => {
   const again = mkdtempSync(join(tmpdir(), 'varnelle-themes-'));
   try {
     const built = spawnSync(process.execPath, [join(root, 'tools/themes/build.mjs'), again], {
@@ -126,7 +127,7 @@ test('the same sources give the same bytes', () => {
   }
 });
 
-test('text can be read on every piece that carries some', () => {
+test('text has contrast on every piece that carries text', () => {
   const theme = readTheme(kSkinned);
   const pieces = piecesOf(theme);
   const text = pixelOf(theme.text);
@@ -152,7 +153,7 @@ test('text can be read on every piece that carries some', () => {
       requireContrast(text, pixel, 4.5, `text on ${name}`);
     }
   }
-  // The ink of an accent's face is the better one of black and white.
+  // Text on an accent is black or white, whichever has more contrast.
   const inks = [pixelOf('#000000'), pixelOf('#ffffff')];
   const ink = contrast(inks[0], pixelOf(theme.accent)) > contrast(inks[1], pixelOf(theme.accent)) ? 0 : 1;
   for (const name of ['button-accent', 'button-accent.on']) {
@@ -160,7 +161,7 @@ test('text can be read on every piece that carries some', () => {
   }
 });
 
-test('controls can be told from the panel, and their states from each other', () => {
+test('controls contrast with the panel, and their states with each other', () => {
   const pieces = piecesOf(readTheme(kSkinned));
   const panel = over(pixelAt(pieces.panel, 128, 128), pixelAt(pieces.window, 512, 600));
   const middleTop = (name, y = 1) => pixelAt(pieces[name], pieces[name].width / 2, y);
@@ -168,7 +169,7 @@ test('controls can be told from the panel, and their states from each other', ()
   for (const name of ['button.on', 'field', 'field.on', 'switch', 'switch.on']) {
     requireContrast(middleTop(name), panel, 3, `edge of ${name}`);
   }
-  // A circle leaves a pixel free around it.
+  // A circle has one free pixel around it.
   for (const name of ['radio', 'radio.on']) requireContrast(middleTop(name, 2), panel, 3, `edge of ${name}`);
   requireContrast(centre('switch-knob'), centre('switch'), 3, 'knob on switch');
   requireContrast(centre('switch-knob.on'), centre('switch.on'), 3, 'knob on switch.on');
@@ -178,7 +179,7 @@ test('controls can be told from the panel, and their states from each other', ()
   }
 });
 
-test('a browser opens every piece and the font', async () => {
+test('a browser opens every piece and the font', sameFiles, async () => {
   const { skin } = readTheme(kSkinned);
   const browser = await launchBrowser();
   try {

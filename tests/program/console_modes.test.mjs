@@ -1,5 +1,5 @@
-// The console modes as the author of a script uses them: many files in a loop, output redirected and piped, odd names,
-// odd folders, output that goes nowhere. There is no display and no home here, and nothing may be left behind.
+// The console modes as a script uses them: many files in a loop, redirected and piped output, unusual names and folders,
+// lost output. They have no display here, and they must leave nothing behind.
 import assert from 'node:assert/strict';
 import { spawn, spawnSync } from 'node:child_process';
 import {
@@ -16,13 +16,21 @@ import {
   writeFileSync,
 } from 'node:fs';
 import { basename, join } from 'node:path';
-import { after, before, test } from 'node:test';
-import { makeInstallation, nativePath, onWindows, root, useDataFolder } from './harness.mjs';
+import { after, before } from 'node:test';
+import {
+  makeInstallation,
+  nativePath,
+  onlyOnLinux,
+  onlyOnWindows,
+  onWindows,
+  root,
+  test,
+  useDataFolder,
+} from './harness.mjs';
 
-const limit = { timeout: 300000 };
-const onLinux = { ...limit, skip: onWindows && 'a matter of Linux shells' };
-const underWine = { ...limit, skip: !onWindows && 'a matter of Windows paths' };
-const asRoot = { ...limit, skip: (onWindows || process.getuid() !== 0) && 'needs to become somebody else' };
+const onLinux = onlyOnLinux('a matter of Linux shells');
+const onWine = onlyOnWindows('a matter of Windows paths');
+const asRoot = { skip: (onWindows || process.getuid() !== 0) && 'needs to become another user' };
 
 const kNoMacro = "REJECT Couldn't open that macro file.\n";
 const kNoName = 'REJECT That macro file is missing its profile name.\n';
@@ -37,7 +45,7 @@ const kTheme = join(root, 'tests/fixtures/themes/colours.vrltheme');
 const macroOf = (count) => `Macro of ${count}\n${'0,0.5,10,10,0,0,0,0\n'.repeat(count)}`;
 
 let installation;
-let files; // a folder for what the modes read; all else of the installation must stay as it is
+let files; // a folder for the modes' input; the rest of the installation must not change
 let kept;
 
 before(() => {
@@ -45,13 +53,13 @@ before(() => {
   files = join(installation.folder, 'files');
   mkdirSync(files);
   useDataFolder(installation);
-  // Somebody else may come in as well.
+  // Another user may read it too.
   for (const folder of [installation.folder, files]) chmodSync(folder, 0o755);
   kept = everythingBut(files);
-}, limit);
+});
 after(() => installation?.remove());
 
-// What is in the installation, with sizes and times of change.
+// Lists the installation's files outside of `left` with sizes and times of change.
 function everythingBut(left, folder = installation.folder) {
   return readdirSync(folder, { withFileTypes: true }).flatMap((entry) => {
     const path = join(folder, entry.name);
@@ -68,7 +76,7 @@ function environment() {
   return { ...rest, ...installation.env, ...(onWindows ? { HOME: process.env.HOME } : {}) };
 }
 
-// Runs the program to its end; { code, printed, told } with plain line ends. Windows prints lines that end in CR LF.
+// Runs the program to its end; returns { code, printed, errors } with plain line ends. Windows prints CR LF.
 function run(args, options = {}) {
   const [command, list] = onWindows ? ['wine', [installation.program]] : [installation.program, []];
   const result = spawnSync(command, [...list, ...[args].flat()], {
@@ -81,8 +89,8 @@ function run(args, options = {}) {
     ...options,
   });
   assert.equal(result.error, undefined);
-  assert.equal(result.signal, null, 'it ends by itself');
-  return { code: result.status, printed: plain(result.stdout ?? ''), told: result.stderr ?? '' };
+  assert.equal(result.signal, null, 'it ends without a signal');
+  return { code: result.status, printed: plain(result.stdout ?? ''), errors: result.stderr ?? '' };
 }
 
 function plain(text) {
@@ -91,7 +99,7 @@ function plain(text) {
   return text.replaceAll('\r\n', '\n');
 }
 
-// The same through a shell, in which "$P" is the program and "$1", "$2"... are the arguments.
+// Runs a shell script in which "$P" is the program and "$1", "$2"... are the arguments; returns the same.
 function shell(script, args = [], options = {}) {
   const result = spawnSync('sh', ['-c', script, 'sh', ...args], {
     env: { ...environment(), P: installation.program, LC_ALL: 'C' },
@@ -102,7 +110,7 @@ function shell(script, args = [], options = {}) {
     ...options,
   });
   assert.equal(result.error, undefined);
-  return { code: result.status, printed: result.stdout, told: result.stderr };
+  return { code: result.status, printed: result.stdout, errors: result.stderr };
 }
 
 function put(name, content) {
@@ -112,10 +120,10 @@ function put(name, content) {
 }
 
 function expect(args, printed, code, options) {
-  assert.deepEqual(run(args, options), { code, printed, told: '' }, String(args));
+  assert.deepEqual(run(args, options), { code, printed, errors: '' }, String(args));
 }
 
-test('each mode answers with its lines and its code', limit, () => {
+test('each mode prints its lines and returns its exit code', () => {
   const risky = nativePath(put('risky.vrlmacro', kRisky));
   const harmless = nativePath(put('harmless.vrlmacro', macroOf(3)));
   const nameless = nativePath(put('nameless.vrlmacro', '\n0,0.5,10,10,0,0,0,0\n'));
@@ -142,7 +150,7 @@ test('each mode answers with its lines and its code', limit, () => {
   }
 });
 
-test('the import checks itself and leaves no sample behind', limit, () => {
+test('the import self-test passes and leaves no sample behind', () => {
   const temporary = join(files, 'temporary');
   mkdirSync(temporary);
   const here = { env: { ...environment(), TMPDIR: temporary } };
@@ -152,13 +160,13 @@ test('the import checks itself and leaves no sample behind', limit, () => {
   const places = onWindows ? join(process.env.WINEPREFIX, 'drive_c/users') : temporary;
   const found = spawnSync('find', [places, '-name', 'vrl-selftest-import*'], { encoding: 'utf8' });
   assert.deepEqual([found.status, found.stdout], [0, '']);
-  if (onWindows) return; // Wine names the folder by its registry
+  if (onWindows) return; // Wine takes the folder from its registry
   const nowhere = run('--selftest', { env: { ...environment(), TMPDIR: join(files, 'none') } });
   assert.match(nowhere.printed, /^((PASS|FAIL) import: [^\n]+\n){6}SELFTEST: FAILURES ABOVE\n$/);
   assert.equal(nowhere.code, 1);
 });
 
-test('of several modes one runs, and the last value of it counts', limit, () => {
+test('of several modes one runs, with the last value given for it', () => {
   const macro = nativePath(put('one of them.vrlmacro', macroOf(2)));
   const theme = nativePath(kTheme);
   expect([`--validate-macro=${macro}`, `--validate-theme=${theme}`], 'OK colours\n', 0);
@@ -171,7 +179,7 @@ test('of several modes one runs, and the last value of it counts', limit, () => 
   assert.equal(proof.printed.split('\n')[0], 'FAIL could not open vectors file: none');
 });
 
-test('a file is found from any folder and by any name', limit, () => {
+test('a file of any name is found from any folder', () => {
   mkdirSync(join(files, 'a folder/deeper'), { recursive: true });
   const names = [
     'with blanks  in it.vrlmacro',
@@ -199,15 +207,15 @@ test('a file is found from any folder and by any name', limit, () => {
   assert.equal(run('--selftest-update=a folder/my vectors \u00e9').code, 0);
 });
 
-// No code page is asked for a value: each character gives its low byte, and that text names the file.
-test('a character above 255 reaches the file name as its low byte', underWine, () => {
+// The program uses no code page: it keeps the low byte of each character.
+test('a character above 255 becomes its low byte in a file name', onWine, () => {
   put('AB.vrlmacro', macroOf(4));
   expect('--validate-macro=\u0141\u0142.vrlmacro', 'OK 4 events\n', 0);
   put('\u0141\u0142 2.vrlmacro', macroOf(5));
   expect('--validate-macro=\u0141\u0142 2.vrlmacro', kNoMacro, 1);
 });
 
-test('names of any bytes, links and a search path', onLinux, () => {
+test('names of any bytes, links and a search path work', onLinux, () => {
   put('linked.vrlmacro', macroOf(6));
   symlinkSync('linked.vrlmacro', join(files, 'a link'));
   symlinkSync('nowhere', join(files, 'a broken link'));
@@ -215,14 +223,14 @@ test('names of any bytes, links and a search path', onLinux, () => {
   expect('--validate-macro=a link', 'OK 6 events\n', 0);
   expect('--validate-macro=a broken link', kNoMacro, 1);
   const odd = String.raw`n=$(printf 'b\377\200 \001.vrlmacro'); printf 'N\n' >"$n"; "$P" --validate-macro="$n"`;
-  assert.deepEqual(shell(odd), { code: 0, printed: 'OK 0 events\n', told: '' });
+  assert.deepEqual(shell(odd), { code: 0, printed: 'OK 0 events\n', errors: '' });
   const linked = shell('PATH=.:$PATH; "program link" --validate-macro=linked.vrlmacro');
-  assert.deepEqual(linked, { code: 0, printed: 'OK 6 events\n', told: '' });
+  assert.deepEqual(linked, { code: 0, printed: 'OK 6 events\n', errors: '' });
   const piped = shell('cat linked.vrlmacro | "$P" --scan-macro=/dev/stdin; "$P" --validate-macro=/dev/null');
-  assert.deepEqual(piped, { code: 1, printed: kHarmlessReport + kNoName, told: '' });
+  assert.deepEqual(piped, { code: 1, printed: kHarmlessReport + kNoName, errors: '' });
 });
 
-test('a file that this person may not read is refused like a missing one', asRoot, () => {
+test('a file that the user may not read is rejected like a missing one', asRoot, () => {
   const macro = put('secret', macroOf(1));
   chmodSync(macro, 0);
   const nobody = { uid: 65534, gid: 65534, env: { ...environment(), HOME: '/nowhere', LOCALAPPDATA: '' } };
@@ -234,7 +242,7 @@ test('a file that this person may not read is refused like a missing one', asRoo
   expect(`--validate-macro=${macro}`, 'OK 1 events\n', 0, nobody);
 });
 
-test('a file and a pipe get the same bytes', limit, () => {
+test('a file and a pipe receive the same bytes', () => {
   put('same.vrlmacro', kRisky);
   copyFileSync(kVectors, join(files, 'same vectors'));
   for (const args of [
@@ -254,7 +262,7 @@ test('a file and a pipe get the same bytes', limit, () => {
   }
 });
 
-test('output that goes nowhere changes no code', onLinux, () => {
+test('lost output does not change the exit code', onLinux, () => {
   put('good', macroOf(1));
   copyFileSync(kVectors, join(files, 'good vectors'));
   for (const [args, code] of [
@@ -276,20 +284,20 @@ test('output that goes nowhere changes no code', onLinux, () => {
     ]) {
       const result = shell(`"$P" "$1" ${where}`, [args]);
       assert.equal(result.code, code, `${args} ${where}`);
-      assert.equal(result.told, '', `${args} ${where}`);
+      assert.equal(result.errors, '', `${args} ${where}`);
     }
-    // A file that may not grow.
+    // A file that must not grow.
     const limited = shell('ulimit -f 0; "$P" "$1" >limited', [args]);
-    assert.deepEqual([limited.code, limited.told], [code, ''], args);
-    // The reader has gone before the first byte.
+    assert.deepEqual([limited.code, limited.errors], [code, ''], args);
+    // The reader ends before the first byte.
     const gone = shell('{ sleep 0.05; "$P" "$1"; echo $? >&2; } | :', [args]);
-    assert.equal(gone.told, `${code}\n`, args);
+    assert.equal(gone.errors, `${code}\n`, args);
   }
   assert.equal(readFileSync(join(files, 'good'), 'latin1'), macroOf(1));
 });
 
-// What is said on a closed stream must not land in a file that was opened in its place.
-test('a file never takes the place of a closed stream', onLinux, () => {
+// Output to a closed stream must not go into a file that was opened instead.
+test('an opened file never replaces a closed stream', onLinux, () => {
   const script = String.raw`mkfifo fifo
     "$P" --validate-macro=fifo <&- >&- 2>&- &
     exec 3>fifo
@@ -297,11 +305,11 @@ test('a file never takes the place of a closed stream', onLinux, () => {
     printf 'Name
 ' >&3; exec 3>&-; wait $!; echo $?`;
   const printed = `${'/dev/null\n'.repeat(3)}${join(files, 'fifo')}\n0\n`;
-  assert.deepEqual(shell(script), { code: 0, printed, told: '' });
+  assert.deepEqual(shell(script), { code: 0, printed, errors: '' });
 });
 
-// A program that is started in a window of its own inherits no output.
-test('without an output the code stands', underWine, () => {
+// A program that starts in a window of its own inherits no output.
+test('without an output the exit code is right', onWine, () => {
   const good = nativePath(put('good', macroOf(1)));
   for (const [args, code] of [
     [`--validate-macro=${good}`, 0],
@@ -317,12 +325,12 @@ test('without an output the code stands', underWine, () => {
   assert.equal(shell('wine "$P" "$1" >/dev/full', [`--validate-macro=${good}.none`]).code, 1);
 });
 
-// Every file in turn by three modes, as a script does it, the answers appended to one file.
-test('thousands of files in a loop', onLinux, (context) => {
+// Three modes for each file, as in a script, with all answers appended to one file.
+test('a shell loop over hundreds of files prints every answer', onLinux, (context) => {
   const folder = join(files, 'many files');
   mkdirSync(folder);
   const expected = [];
-  for (let i = 0; i < 700; ++i) {
+  for (let i = 0; i < 250; ++i) {
     const name = `${String(i).padStart(4, '0')} ${['plain', 'gr\u00fcn', '\u65e5\u672c', "it's"][i % 4]}.vrlmacro`;
     const good = i % 7 !== 3;
     const risky = good && i % 5 === 0;
@@ -341,7 +349,7 @@ test('thousands of files in a loop', onLinux, (context) => {
       done
     done`;
   const answers = join(files, 'answers');
-  assert.deepEqual(shell(script, [folder, answers]), { code: 0, printed: '', told: '' });
+  assert.deepEqual(shell(script, [folder, answers]), { code: 0, printed: '', errors: '' });
   const runs = expected.length;
   context.diagnostic(`${runs} runs, ${((Date.now() - begin) / runs).toFixed(1)} ms each`);
   const printed = readFileSync(answers, 'latin1');
@@ -354,7 +362,7 @@ test('thousands of files in a loop', onLinux, (context) => {
   });
 });
 
-test('dozens of files in a loop', underWine, (context) => {
+test('a batch file over dozens of files prints every answer', onWine, (context) => {
   const folder = join(files, 'many files');
   mkdirSync(folder);
   const expected = [];
@@ -364,7 +372,7 @@ test('dozens of files in a loop', underWine, (context) => {
     expected.push(good ? `OK ${i} events\n0\n` : `${kNoName}1\n`);
     expected.push(good ? `${kHarmlessReport}0\n` : `${kNoName}1\n`);
   }
-  // As a batch file does it. Wine's cmd now and then says 9009, not found, of a program that is there: then again.
+  // Wine's cmd now and then reports 9009, not found, for a program that exists: then the batch file tries again.
   const batch = [
     '@echo off',
     'cd "many files"',
@@ -375,7 +383,7 @@ test('dozens of files in a loop', underWine, (context) => {
       `:${mode}`,
       `"${nativePath(installation.program)}" "--${mode}-macro=%~1" >>..\\answers`,
       `if %errorlevel%==9009 goto ${mode}`,
-      // In front: a digit right before the arrows would name a stream.
+      // The redirection comes first: a digit right before the arrows would name a stream.
       '>>..\\answers echo %errorlevel%',
     ]),
     'goto :eof',
@@ -395,7 +403,7 @@ test('dozens of files in a loop', underWine, (context) => {
   assert.equal(plain(readFileSync(join(files, 'answers'), 'latin1')), expected.join(''));
 });
 
-test('many at once, each with few open files', onLinux, async () => {
+test('many runs at once and few open files work', onLinux, async () => {
   put('shared', macroOf(9));
   const runs = Array.from({ length: 40 }, () => {
     const child = spawn(installation.program, ['--validate-macro=shared'], {
@@ -410,20 +418,20 @@ test('many at once, each with few open files', onLinux, async () => {
   for (const answer of await Promise.all(runs)) assert.equal(answer, '0 OK 9 events\n');
   // Standard input, output and error, and one file at a time.
   const few = shell('ulimit -n 4; exec "$P" --validate-macro=shared');
-  assert.deepEqual(few, { code: 0, printed: 'OK 9 events\n', told: '' });
+  assert.deepEqual(few, { code: 0, printed: 'OK 9 events\n', errors: '' });
   const none = shell('ulimit -v 400000; exec "$P" --validate-macro=/dev/zero');
-  assert.deepEqual(none, { code: 1, printed: kNoMacro, told: '' });
+  assert.deepEqual(none, { code: 1, printed: kNoMacro, errors: '' });
 });
 
-test('a large macro', limit, () => {
+test('a macro of 300000 events is accepted', () => {
   put('large', macroOf(300000));
   expect('--validate-macro=large', 'OK 300000 events\n', 0);
   expect('--scan-macro=large', kHarmlessReport, 0);
   expect('--validate-theme=large', 'REJECT invalid or missing name\n', 1);
 });
 
-// The last one: it looks at what all the others left.
-test('nothing is written and nothing goes on running', limit, () => {
+// The last test: it checks what all others left behind.
+test('no mode writes a file or leaves a process running', () => {
   assert.deepEqual(everythingBut(files), kept);
   const name = basename(installation.folder);
   const left = readdirSync('/proc').filter((entry) => {
@@ -434,7 +442,7 @@ test('nothing is written and nothing goes on running', limit, () => {
         readFileSync(`/proc/${entry}/cmdline`, 'latin1').includes(name)
       );
     } catch {
-      return false; // it has ended meanwhile
+      return false; // the process has ended
     }
   });
   assert.deepEqual(left, []);

@@ -1,29 +1,19 @@
-// The page's own controls in the whole program: preferences, panels, warnings, the macro's list, the state line.
+// The page's controls in the whole program: preferences, panels, warnings, the event list, the state line.
 import assert from 'node:assert/strict';
 import { existsSync, mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
-import { after, afterEach, before, test } from 'node:test';
-import { kMainTitle, openWorld } from './harness.mjs';
+import { kMainTitle, test, useFixture } from './harness.mjs';
 import { kQuietMilliseconds, waitUntil } from './processes.mjs';
-import { Key, pause } from './real_hand.mjs';
+import { Key, pause } from './xtest_input.mjs';
 
-const limit = { timeout: 240000 };
-
-let world;
-let hand;
+const fixture = useFixture();
+const { input } = fixture;
 let program;
 let observer;
 
-before(async () => {
-  world = await openWorld();
-  hand = world.hand;
-}, limit);
-afterEach(() => world.closeOpened(), limit);
-after(() => world?.close(), limit);
-
 // `macros` are the profiles of its session by name, each a list of event lines; the first is current.
 function install({ settings = {}, macros } = {}) {
-  const installation = world.install();
+  const installation = fixture.install();
   mkdirSync(installation.data);
   const lines = Object.entries(settings).map(([key, value]) => `${key}=${value}\n`);
   if (lines.length > 0) writeFileSync(join(installation.data, 'appsettings.txt'), lines.join(''));
@@ -41,8 +31,7 @@ const kSettings =
   'SETTINGS:0,0,0,200,0,0,1,1,0,0,0,1,1,1,1,0,1.0,0,0,119,118,0,117,0,0,0,200,1,1,120,65,65,0,0,0,121';
 
 async function begin(installation) {
-  program = await world.startProgram({ installation });
-  observer = await world.openApplication();
+  ({ program, observer } = await fixture.startBesideApplication({ installation }));
 }
 
 async function restart(installation) {
@@ -57,12 +46,12 @@ function settingsFile() {
   return Object.fromEntries(lines.map((line) => line.split(/=(.*)/s).slice(0, 2)));
 }
 const waitForSetting = (key, value) =>
-  waitUntil(() => settingsFile()[key] === value, `the file says ${key}=${value}`);
+  waitUntil(() => settingsFile()[key] === value, `the file has ${key}=${value}`);
 
 const clicking = (on) => program.waitForStatus((s) => s.autoClicking === on, `clicking: ${on}`);
 
 const isClicking = async () => (await program.call('getTrackerStatus')).autoClicking;
-// Some keys, each with its release.
+// At least one key, each with its release.
 const isWhole = (keys) => keys.length > 0 && keys.length % 2 === 0;
 
 async function prefer(label, on) {
@@ -73,7 +62,7 @@ async function prefer(label, on) {
   await sheet.waitFor({ state: 'detached' });
 }
 
-test('a preference is in the file and in force at once: hotkeys off and on again', limit, async () => {
+test('a changed preference is saved and takes effect at once', async () => {
   const installation = install();
   await begin(installation);
   await program.waitForStateText(/^Idle/);
@@ -82,7 +71,7 @@ test('a preference is in the file and in force at once: hotkeys off and on again
   await waitForSetting('hotkeysEnabled', '0');
   // The system lets go of the key a moment after.
   await waitUntil(async () => {
-    await hand.tap(Key.F6);
+    await input.tap(Key.F6);
     await observer.settle();
     if (await isClicking()) {
       await program.press('Stop everything');
@@ -92,7 +81,7 @@ test('a preference is in the file and in force at once: hotkeys off and on again
   }, 'F6 reaches the application');
   await observer.settle();
   observer.clear();
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await waitUntil(() => observer.keys().length === 2, 'F6 reaches the application again');
   await pause(kQuietMilliseconds);
   assert.equal(await isClicking(), false);
@@ -103,7 +92,7 @@ test('a preference is in the file and in force at once: hotkeys off and on again
   await waitForSetting('hotkeysEnabled', '1');
   await waitUntil(async () => {
     observer.clear();
-    await hand.tap(Key.F6);
+    await input.tap(Key.F6);
     await waitUntil(async () => (await isClicking()) || isWhole(observer.keys()), 'F6 does something');
     return isClicking();
   }, 'F6 starts the clicker');
@@ -126,7 +115,7 @@ const shownTitles = () => program.page.locator('#dashboard > .panel h2').allInne
 const isOpen = async (title) =>
   (await program.button(`${title}: show settings`).getAttribute('aria-expanded')) === 'true';
 
-// The window has the height of the page's content, as far as the screen allows; gives that height.
+// Waits until the window has the height of the page's content; returns that height.
 async function fits() {
   let seen;
   await waitUntil(async () => {
@@ -143,12 +132,12 @@ async function fits() {
   return seen.content;
 }
 
-test('panels collapse and move, the window fits, and all is as it was after a restart', limit, async () => {
+test('collapsed and moved panels resize the window and are restored after a restart', async () => {
   const installation = install();
   await begin(installation);
   const first = await shownTitles();
   assert.deepEqual([...first].sort(), [...kTitles].sort());
-  // The page has asked for the height of all of it, which no screen of these tests has.
+  // The page asks for its whole height, which is more than the screen has.
   await waitUntil(() => program.page.viewportSize().height > 600, 'the window has grown');
   for (const title of ['Macro', 'Autoclicker', 'Key spammer', 'Hotkeys']) {
     await program.press(`${title}: show settings`);
@@ -194,7 +183,7 @@ test('panels collapse and move, the window fits, and all is as it was after a re
   assert.equal(await fits(), few);
 });
 
-test('a warning is shown until it was gone on from, and never again', limit, async () => {
+test('a warning is shown until it is accepted once', async () => {
   const installation = install({ settings: { hotkeysEnabled: 0 }, macros: { Empty: [] } });
   await begin(installation);
   const warning = program.page.getByRole('alertdialog', { name: 'No key stops the autoclicker' });
@@ -239,7 +228,7 @@ const waitForRows = (count) =>
     `${count} rows`,
   );
 
-test('several events are deleted and shifted as the page says', limit, async () => {
+test('selected events are shifted and deleted as the page shows', async () => {
   await begin(install({ macros: { Typed: kTyped } }));
   await waitForRows(30);
   const before = await macro();
@@ -268,9 +257,9 @@ test('several events are deleted and shifted as the page says', limit, async () 
   await waitForRows(16);
   const left = shifted.filter((_, i) => ![1, 2, 4, 5].includes(i));
   assert.deepEqual(brief(await macro()), brief(left));
-  await program.waitForStatus((s) => s.count === 26, 'the status tells the new count');
+  await program.waitForStatus((s) => s.count === 26, 'the status has the new count');
 
-  // From ten on it is asked for.
+  // Deleting ten or more events needs a confirmation.
   await rows.first().click();
   await list().press('Control+a');
   await program.press('Delete 16 events');
@@ -284,10 +273,13 @@ test('several events are deleted and shifted as the page says', limit, async () 
   const moves = left.filter(({ desc }) => desc.startsWith('Abs Move'));
   assert.equal(moves.length, 10);
   assert.deepEqual(brief(await macro()), brief(moves));
-  await waitUntil(() => program.readMirror('macroevents.txt')?.length === 10, 'so does the mirror');
+  await waitUntil(
+    () => program.readMirror('macroevents.txt')?.length === 10,
+    'the mirror has the new count too',
+  );
 });
 
-// The same numbers on every run.
+// Returns the same random numbers on every run.
 function makeRandom(seed) {
   let value = seed;
   return (below) => {
@@ -296,7 +288,7 @@ function makeRandom(seed) {
   };
 }
 
-// A path as a hand makes it, step by step; what stands between its moves comes by chance.
+// Makes a path in random steps, with random other events between the moves; `between` is their share in percent.
 function walk(seed, count, largestStep, between) {
   const random = makeRandom(seed);
   let [x, y] = [400, 300];
@@ -325,9 +317,9 @@ const kPaths = {
   Short: ['0,0,5,5,0,0,0,0', '0,1,6,6,0,0,0,0'],
 };
 
-test('the page says beforehand how many moves optimising drops', limit, async () => {
+test('the page forecasts how many moves optimising drops', async () => {
   await begin(install({ macros: kPaths }));
-  const told = program.page.locator('#optimise-hint');
+  const forecast = program.page.locator('#optimise-hint');
   const button = program.button('Optimise');
   const counts = {};
   for (const [name, lines] of Object.entries(kPaths)) {
@@ -338,7 +330,7 @@ test('the page says beforehand how many moves optimising drops', limit, async ()
     const moves = before.filter(({ desc }) => /^(Abs|Rel) Move/.test(desc)).length;
     const pattern = /^Removes ([\d,]+) of ([\d,]+) moves?, within|^Nothing to optimise\.$/;
     const [, would = '0', of] = await waitUntil(
-      async () => pattern.exec(await told.innerText()),
+      async () => pattern.exec(await forecast.innerText()),
       'the forecast',
     );
     const expected = Number(would.replaceAll(',', ''));
@@ -351,16 +343,16 @@ test('the page says beforehand how many moves optimising drops', limit, async ()
     }
     assert.equal(Number(of.replaceAll(',', '')), moves, name);
     await button.click();
-    await told.getByText(`Removed ${would} ${expected === 1 ? 'move' : 'moves'}.`).waitFor();
+    await forecast.getByText(`Removed ${would} ${expected === 1 ? 'move' : 'moves'}.`).waitFor();
     assert.equal((await macro()).length, before.length - expected, name);
-    assert.match(await told.innerText(), / Nothing left to optimise\.$/);
+    assert.match(await forecast.innerText(), / Nothing left to optimise\.$/);
   }
   assert.ok(counts.Slow > 200 && counts.Hand > 100 && counts.Busy > 20, JSON.stringify(counts));
   assert.ok(counts.Far > 0 && counts.Fast < 60 && counts.Short === 0, JSON.stringify(counts));
 });
 
-// From now on, what the page shows once it has taken in each answer that `pick` gives something for: a list of
-// [what was picked, the state line, the text of the button that stops]. Only changes of what was picked are in it.
+// Watches the answers to the page. Returns a growing list of [value, state line, whether "Stop everything" is shown]: an
+// entry for each answer for which `pick` returns a new value.
 function watchAnswers(pick) {
   const seen = [];
   const carryOut = program.view.carryOut;
@@ -378,7 +370,7 @@ function watchAnswers(pick) {
   return seen;
 }
 
-test('the poll that tells of a start or a stop is the one that shows it', limit, async () => {
+test('the page shows a start or stop with the first poll that reports it', async () => {
   await begin(install({ settings: { showWarnings: 0 }, macros: { Typed: kTyped } }));
   await program.waitForStateText(/^Idle/);
   const seen = watchAnswers((result) => {
@@ -386,14 +378,15 @@ test('the poll that tells of a start or a stop is the one that shows it', limit,
     return answer.state && [answer.state, answer.autoClicking ? 'clicking' : ''].join(' ').trim();
   });
   await waitUntil(() => seen.length === 1, 'a first poll');
-  const next = async (picked) => waitUntil(() => seen.at(-1)[0] === picked, `the program tells "${picked}"`);
+  const next = async (picked) =>
+    waitUntil(() => seen.at(-1)[0] === picked, `the program reports "${picked}"`);
 
-  await hand.tap(Key.F8);
+  await input.tap(Key.F8);
   await next('Recording');
-  await hand.tap(Key.A);
-  await hand.tap(Key.F6);
+  await input.tap(Key.A);
+  await input.tap(Key.F6);
   await next('Recording clicking');
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await next('Recording');
   await program.press('Stop everything');
   await next('Idle');
@@ -401,12 +394,12 @@ test('the poll that tells of a start or a stop is the one that shows it', limit,
   await next('Idle clicking');
   await program.press('Stop everything');
   await next('Idle');
-  await hand.tap(Key.F8);
+  await input.tap(Key.F8);
   await next('Recording');
-  await hand.tap(Key.A);
-  await pause(4000); // so that a poll comes while it is played
-  await hand.tap(Key.B);
-  await hand.tap(Key.F8);
+  await input.tap(Key.A);
+  await pause(4000); // so that a poll happens during the playback
+  await input.tap(Key.B);
+  await input.tap(Key.F8);
   await next('Idle');
   await program.press('Play');
   await next('Playing');

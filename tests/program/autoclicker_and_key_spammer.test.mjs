@@ -1,29 +1,19 @@
-// The clicker and the key presser, started by hand and by the page, as another application feels them.
+// The autoclicker and the key spammer, started by hotkeys and by the page, as another application receives them.
 import assert from 'node:assert/strict';
-import { after, afterEach, before, test } from 'node:test';
-import { onWindows, openWorld } from './harness.mjs';
+import { onWindows, test, useFixture } from './harness.mjs';
 import { waitUntil } from './processes.mjs';
-import { Button, Key } from './real_hand.mjs';
+import { Button, Key } from './xtest_input.mjs';
 
-const limit = { timeout: 240000 };
 // Wine turns an absolute move into a pixel one too low on an axis whose size is no power of two.
 const kPlaceTolerance = onWindows ? 1 : 0;
 
-let world;
-let hand;
+const fixture = useFixture();
+const { input } = fixture;
 let program;
 let observer;
 
-before(async () => {
-  world = await openWorld();
-  hand = world.hand;
-}, limit);
-afterEach(() => world.closeOpened(), limit);
-after(() => world?.close(), limit);
-
 async function begin() {
-  program = await world.startProgram();
-  observer = await world.openApplication();
+  ({ program, observer } = await fixture.startBesideApplication());
 }
 
 const clicker = () => program.panel('Autoclicker');
@@ -42,7 +32,7 @@ async function setCount(panel, what, count) {
   await program.waitForSettings((s) => s[mode] === 0 && s[times] === count, 'the count');
 }
 
-// Presses and releases of one button take turns, beginning with a press and ending with a release.
+// Presses and releases of one button alternate, from a press to a release.
 function assertPairs(buttons, button = Button.Left) {
   assert.equal(buttons.length % 2, 0, 'every press has its release');
   buttons.forEach((event, index) => {
@@ -51,8 +41,8 @@ function assertPairs(buttons, button = Button.Left) {
   });
 }
 
-// The autoclicker's stop releases all three buttons, also those that are not down; the target of a press never sees
-// more than the pairs and at most one such release of each.
+// The autoclicker's stop releases all three buttons, also those that are not down. The application receives at most one
+// such release of each button.
 function withoutStopReleases(events) {
   const down = new Set();
   return events.filter((event) => {
@@ -64,14 +54,14 @@ function withoutStopReleases(events) {
   });
 }
 
-test('F6 starts and stops clicking, and never reaches the application', limit, async () => {
+test('F6 starts and stops the autoclicker and never reaches the application', async () => {
   await begin();
   await setInterval(clicker(), 'Click interval', 20);
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await waitUntil(() => observer.presses().length >= 10, 'clicks arrive');
   await program.waitForStatus((status) => status.autoClicking === true, 'status.txt says it clicks');
   await program.waitForStateText(/Clicking[\s\S]*F6[\s\S]*stops/);
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await program.waitForStatus((status) => status.autoClicking === false, 'status.txt says it stopped');
   await program.waitForStateText(/^Idle/);
   await observer.settle();
@@ -79,14 +69,14 @@ test('F6 starts and stops clicking, and never reaches the application', limit, a
   assert.deepEqual(observer.keys(), []);
   const count = observer.presses().length;
   await observer.settle();
-  assert.equal(observer.presses().length, count, 'nothing more comes');
+  assert.equal(observer.presses().length, count, 'no more clicks arrive');
 
-  // An ordinary key does reach it.
-  await hand.tap(Key.K);
-  await waitUntil(() => observer.keys().length === 2, 'an ordinary key passes');
+  // An ordinary key reaches the application.
+  await input.tap(Key.K);
+  await waitUntil(() => observer.keys().length === 2, 'an ordinary key arrives');
 });
 
-test('the page starts and stops clicking', limit, async () => {
+test('the page starts and stops the autoclicker', async () => {
   await begin();
   await setInterval(clicker(), 'Click interval', 20);
   await program.choose('Mouse button', 'Right', clicker());
@@ -99,21 +89,21 @@ test('the page starts and stops clicking', limit, async () => {
   assertPairs(withoutStopReleases(observer.buttons()), Button.Right);
 });
 
-test('a place is picked by a real click, which the application does not get, and kept', limit, async () => {
+test('a real click picks the location and does not reach the application', async () => {
   await begin();
   await setCount(clicker(), 'clicks', 3);
   await program.press('Pick location');
-  await program.waitForPick();
+  await program.waitForPick(observer);
   await observer.pointAt(-60, 40);
-  const place = await hand.position();
-  await hand.click(Button.Left);
+  const place = await input.position();
+  await input.click(Button.Left);
   const picked = await program.waitForSettings((s) => s.locMode === 1 && s, 'the place is picked');
   assert.deepEqual({ x: picked.fixedX, y: picked.fixedY }, place);
   await observer.settle();
   assert.deepEqual(observer.presses(), [], 'the pick does not reach the application');
 
   await observer.pointAt(90, -70);
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await waitUntil(() => observer.presses().length === 3, 'three clicks');
   await observer.settle();
   assert.equal(observer.presses().length, 3);
@@ -123,88 +113,88 @@ test('a place is picked by a real click, which the application does not get, and
   }
 });
 
-test('a right press cancels a pick', limit, async () => {
+test('a right click cancels a pick', async () => {
   await begin();
   const before = await program.call('getSettings');
   await program.press('Pick location');
-  await program.waitForPick();
-  await hand.click(Button.Right);
+  await program.waitForPick(observer);
+  await input.click(Button.Right);
   await observer.settle();
   assert.deepEqual(observer.presses(), [], 'the cancelling press does not reach the application');
-  await hand.click(Button.Left);
+  await input.click(Button.Left);
   await waitUntil(() => observer.presses().length === 1, 'the next press is an ordinary one');
   assert.deepEqual(await program.call('getSettings'), before);
 });
 
-test('a count of three gives exactly three clicks', limit, async () => {
+test('a count of three sends exactly three clicks', async () => {
   await begin();
   await setInterval(clicker(), 'Click interval', 5);
   await setCount(clicker(), 'clicks', 3);
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await waitUntil(() => observer.presses().length >= 3, 'three clicks');
-  await program.waitForStatus((status) => !status.autoClicking, 'it ends by itself');
+  await program.waitForStatus((status) => !status.autoClicking, 'the tool stops after its count');
   await observer.settle();
   assertPairs(observer.buttons());
   assert.equal(observer.presses().length, 3);
 });
 
-test('a count of three double clicks gives three pairs', limit, async () => {
+test('a count of three double clicks sends three pairs', async () => {
   await begin();
   await program.enter('Click interval: seconds', 3, clicker());
   await setInterval(clicker(), 'Click interval', 0);
   await program.choose('Click type', 'Double', clicker());
   await setCount(clicker(), 'clicks', 3);
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await waitUntil(() => observer.presses().length >= 6, 'six clicks');
-  await program.waitForStatus((status) => !status.autoClicking, 'it ends by itself');
+  await program.waitForStatus((status) => !status.autoClicking, 'the tool stops after its count');
   await observer.settle();
   assertPairs(observer.buttons());
   assert.equal(observer.presses().length, 6);
   const gaps = observer.presses().map((press, index, all) => (index ? press.t - all[index - 1].t : 0));
-  // 15 ms within a double click, the interval between two: no machine holds a click back for half of it.
+  // 15 ms within a double click, three seconds between two: no machine delays a click for half of that.
   for (const pair of [1, 3]) assert.ok(gaps[pair] < gaps[pair + 1], `gaps ${gaps}`);
 });
 
-// Targets A, B, C, each captured by a real key press that nothing else gets.
+// Chooses the target keys, each captured by a real key press that no application receives.
 async function chooseTargets(letters) {
   await program.press(/^Remove .*, key 1$/, presser());
   for (const [index, letter] of [...letters].entries()) {
     await program.press('Add key', presser());
-    await program.waitForCapture((s) => s.reassigning === 'keyspamtarget');
-    await hand.tap(Key[letter]);
+    await program.waitForCapture(observer, (s) => s.reassigning === 'keyspamtarget');
+    await input.tap(Key[letter]);
     await program.waitForStatus((s) => s.keySpamTargets.length === index + 1 && s.reassigning === '', letter);
   }
-  // Under X11 Wine names keys by what they type, some wrongly.
+  // On X11 Wine names keys by what they type, some of them wrongly.
   if (!onWindows) assert.deepEqual(program.status().keySpamTargets, [...letters]);
   await observer.settle();
   assert.deepEqual(
     observer.keys().filter((key) => key.down),
     [],
-    'captured presses reach nothing',
+    'captured presses do not reach the application',
   );
   observer.clear();
 }
 
 const keyTexts = () => observer.keys().map((key) => `${key.code}${key.down ? ' down' : ' up'}`);
 
-test('A, B, C in turn four times gives A, B, C, A', limit, async () => {
+test('four rounds of A, B, C in turn press A, B, C, A', async () => {
   await begin();
   await chooseTargets('ABC');
   await setInterval(presser(), 'Press interval', 20);
   await setCount(presser(), 'rounds', 4);
-  await hand.tap(Key.F9);
+  await input.tap(Key.F9);
   await waitUntil(() => observer.keys().length >= 8, 'four keys');
-  await program.waitForStatus((s) => !s.keySpamming, 'it ends by itself');
+  await program.waitForStatus((s) => !s.keySpamming, 'the tool stops after its count');
   await observer.settle();
   const expected = [Key.A, Key.B, Key.C, Key.A].flatMap((code) => [`${code} down`, `${code} up`]);
-  // Three releases of keys that are up already follow; X11 delivers none of them, Windows each.
+  // Three releases of keys that are already up follow. X11 delivers none of them, Windows all.
   const ups = [Key.A, Key.B, Key.C].map((code) => `${code} up`);
   const texts = keyTexts();
   assert.deepEqual(texts.slice(0, 8), expected);
   assert.deepEqual(texts.slice(8), texts.length > 8 ? ups : []);
 });
 
-test('together, all are pressed before any is released, in list order', limit, async () => {
+test('keys pressed together go down in list order before any is released', async () => {
   await begin();
   await chooseTargets('ABC');
   await program.choose('Key order', 'Together', presser());
@@ -212,7 +202,7 @@ test('together, all are pressed before any is released, in list order', limit, a
   await setCount(presser(), 'rounds', 1);
   await program.press('Start pressing');
   await waitUntil(() => observer.keys().length >= 6, 'one round');
-  await program.waitForStatus((s) => !s.keySpamming, 'it ends by itself');
+  await program.waitForStatus((s) => !s.keySpamming, 'the tool stops after its count');
   await observer.settle();
   assert.deepEqual(
     keyTexts().slice(0, 6),
@@ -226,12 +216,12 @@ test('together, all are pressed before any is released, in list order', limit, a
   );
 });
 
-test('both tools run beside each other and stop by the page', limit, async () => {
+test('autoclicker and key spammer run together, and the page stops both', async () => {
   await begin();
   await setInterval(clicker(), 'Click interval', 30);
   await setInterval(presser(), 'Press interval', 30);
-  await hand.tap(Key.F6);
-  await hand.tap(Key.F9);
+  await input.tap(Key.F6);
+  await input.tap(Key.F9);
   await waitUntil(() => observer.presses().length > 5 && observer.keys().length > 10, 'both work');
   await program.waitForStateText(/Clicking, pressing/);
   await program.press('Stop everything');

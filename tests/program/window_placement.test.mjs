@@ -1,19 +1,18 @@
-// The program's window: it comes back as it was left, fits its page, stays on the screen. On Linux under each of the
-// window managers that the tests know.
+// The placement of the program's window: restored after a restart, fitted to the page, kept on the screen. On Linux
+// under each window manager.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
 import { existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { dirname, join } from 'node:path';
-import { after, afterEach, before, describe, test } from 'node:test';
+import { describe } from 'node:test';
 import { isDeepStrictEqual } from 'node:util';
-import { home, kMainTitle, kScreenshots, makeInstallation, onWindows, openWorld } from './harness.mjs';
+import { backend, kMainTitle, kScreenshots, onlyOnLinux, onWindows, test, useFixture } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
-import { Button, pause } from './real_hand.mjs';
+import { Button, pause } from './xtest_input.mjs';
 
-const limit = { timeout: 240000 };
-const { windowManagers, kScreen } = await import(`./desktop_${home}.mjs`);
+const { windowManagers, kScreen } = await import(`./desktop_${backend}.mjs`);
 
-// A page that polls and otherwise leaves the window alone.
+// A page that polls and does nothing else.
 const kPage = '<!doctype html><title>page</title><script>setInterval(() => getTrackerStatus(), 100)</script>';
 const kDefault = { width: 420, height: 560 };
 
@@ -21,24 +20,13 @@ for (const windowManager of windowManagers)
   describe(`under ${windowManager}`, () => windowTests(windowManager));
 
 function windowTests(windowManager) {
-  let world;
-  let hand;
+  const fixture = useFixture({ desktop: { windowManager } });
+  const { input } = fixture;
   let installation;
 
-  before(async () => {
-    world = await openWorld({ windowManager });
-    hand = world.hand;
-  }, limit);
-  afterEach(async () => {
-    await world.closeOpened();
-    installation?.remove();
-    installation = undefined;
-  }, limit);
-  after(() => world?.close(), limit);
-
-  // The saved settings name what is given; everything else is as at a first start.
+  // Makes an installation with these saved settings and otherwise as at a first start.
   function install(saved = {}) {
-    installation = makeInstallation();
+    installation = fixture.install();
     writeFileSync(join(dirname(installation.program), 'ui/index.html'), kPage);
     mkdirSync(installation.data, { recursive: true });
     const lines = Object.entries(saved).map(([key, value]) => `${key}=${value}\n`);
@@ -46,12 +34,12 @@ function windowTests(windowManager) {
   }
 
   async function startWithObserver(place) {
-    const program = await world.startProgram({ installation });
-    const observer = await world.openObserver('Another application', place);
+    const program = await fixture.startProgram({ installation });
+    const observer = await fixture.openObserver('Another application', place);
     return { program, observer };
   }
 
-  // What the file says about the window; null while there is none.
+  // Returns the saved placement; null if there is none.
   function saved() {
     const file = join(installation.data, 'appsettings.txt');
     if (!existsSync(file)) return null;
@@ -85,21 +73,21 @@ function windowTests(windowManager) {
       throw new Error(`${error.message}; it is ${JSON.stringify(saved())}`);
     });
 
-  // By the real pointer, from a point of the window in small steps.
+  // Drags with the real pointer in small steps.
   async function drag(from, dx, dy) {
-    await hand.moveTo(from.x - 1, from.y);
-    await hand.moveTo(from.x, from.y);
+    await input.moveTo(from.x - 1, from.y);
+    await input.moveTo(from.x, from.y);
     await pause(50);
-    await hand.buttonDown(Button.Left);
+    await input.buttonDown(Button.Left);
     await pause(50);
     const steps = 8;
     for (let step = 1; step <= steps; ++step) {
-      await hand.moveTo(Math.round(from.x + (dx * step) / steps), Math.round(from.y + (dy * step) / steps));
+      await input.moveTo(Math.round(from.x + (dx * step) / steps), Math.round(from.y + (dy * step) / steps));
       await pause(15);
     }
     await pause(50);
-    await hand.buttonUp(Button.Left);
-    await hand.moveTo(kScreen.width - 5, 5);
+    await input.buttonUp(Button.Left);
+    await input.moveTo(kScreen.width - 5, 5);
   }
   const titleBar = (w) => ({
     x: w.outer.left + Math.round(w.outer.width / 2),
@@ -109,7 +97,7 @@ function windowTests(windowManager) {
     x: w.outer.left + w.outer.width - 2,
     y: w.outer.top + w.outer.height - 2,
   });
-  // Drags a window that was at rest; gives it at its new rest.
+  // Drags a window; returns it once it stays still again.
   async function dragFrom(observer, from, point, dx, dy) {
     await drag(point, dx, dy);
     await waitUntil(
@@ -118,13 +106,13 @@ function windowTests(windowManager) {
     );
     return atRest(observer);
   }
-  // Moves the window so that its outer corner ends there; gives it at rest.
+  // Moves the window until its outer corner is there; returns it once it stays still.
   async function dragTo(observer, left, top) {
     const from = await atRest(observer);
     return dragFrom(observer, from, titleBar(from), left - from.outer.left, top - from.outer.top);
   }
 
-  test('moved and resized, it comes back there, start after start', limit, async () => {
+  test('a moved and resized window is restored at every start', async () => {
     install();
     let { program, observer } = await startWithObserver();
     const first = await atRest(observer);
@@ -148,7 +136,7 @@ function windowTests(windowManager) {
     }
   });
 
-  test('maximised, it comes back so and knows where it was before', limit, async () => {
+  test('a maximised window is restored maximised and keeps its normal placement', async () => {
     install();
     let { program, observer } = await startWithObserver();
     const moved = await dragTo(observer, 120, 60);
@@ -175,7 +163,7 @@ function windowTests(windowManager) {
     await observer.waitForPlace(kMainTitle, moved.outer);
   });
 
-  test('killed after a move, it comes back where it was moved to', limit, async () => {
+  test('after a kill the moved window is restored where it was', async () => {
     install();
     let { program, observer } = await startWithObserver();
     const moved = await dragTo(observer, 200, 90);
@@ -187,7 +175,7 @@ function windowTests(windowManager) {
     await observer.waitForPlace(kMainTitle, moved.outer);
   });
 
-  test('a corner on a monitor that is gone is forgotten, and the size with it', limit, async () => {
+  test('a placement on a missing monitor is ignored', async () => {
     install({ windowX: 5000, windowY: 40, windowWidth: 600, windowHeight: 300, windowMaximized: 0 });
     const { observer } = await startWithObserver();
     const window = await atRest(observer);
@@ -195,14 +183,14 @@ function windowTests(windowManager) {
     assert.ok(window.outer.left >= 0 && window.outer.left < kScreen.width);
   });
 
-  test('a saved size is cut to the work area, the corner stays', limit, async () => {
+  test('a saved size larger than the work area is reduced, and the corner stays', async () => {
     install({ windowX: 40, windowY: 30, windowWidth: 3000, windowHeight: 2000, windowMaximized: 0 });
     const { observer } = await startWithObserver();
     const outer = { left: 40, top: 30, width: kScreen.width, height: kScreen.height };
     await observer.waitForPlace(kMainTitle, outer);
   });
 
-  test('a page that asks for more than the work area gets what fits', limit, async () => {
+  test('a page that asks for more than the work area receives what fits', async () => {
     install({ windowX: 100, windowY: 150, windowWidth: 400, windowHeight: 400 });
     const { program, observer } = await startWithObserver();
     const before = await waitUntil(async () => {
@@ -215,10 +203,10 @@ function windowTests(windowManager) {
       const now = await atRest(observer);
       const isOnScreen = now.outer.top + now.outer.height <= kScreen.height;
       return isOnScreen && program.view.sizes.at(-1) === `${now.width}x${now.height}` && now;
-    }, 'the last size that it was given');
+    }, 'the page has the last size');
     const expected = Math.trunc(((kScreen.height - 20) / (900 + frameHeight)) * 900);
     const asked = program.view.sizes.slice(program.view.sizes.indexOf('420x900'));
-    // Windows lets no window be much higher than the screen, so that it takes some more steps there.
+    // Windows limits a window's height to about the screen's, so that fitting takes more steps there.
     if (!onWindows) assert.deepEqual(asked, ['420x900', `420x${expected}`]);
     assert.ok(asked.length >= 2);
     assert.equal(asked.at(-1), `420x${window.height}`);
@@ -228,8 +216,8 @@ function windowTests(windowManager) {
     assert.ok(window.outer.top + window.outer.height <= kScreen.height);
     assert.equal(window.outer.left, before.outer.left);
     mkdirSync(kScreenshots, { recursive: true });
-    world.desktop.screenshot(join(kScreenshots, `window-fitted-${windowManager}.png`));
-    // As one text too, and not at all where it makes no sense.
+    fixture.desktop.screenshot(join(kScreenshots, `window-fitted-${windowManager}.png`));
+    // One string works too; a size that makes no sense changes nothing.
     await program.call('resizeWindow', '500,300');
     await waitUntil(async () => (await look(observer)).height === 300, 'the next size');
     const count = program.view.sizes.length;
@@ -240,7 +228,7 @@ function windowTests(windowManager) {
     assert.deepEqual([last.width, last.height], [500, 300]);
   });
 
-  test('dragged partly below the screen and then resized, it moves up', limit, async () => {
+  test('a window partly below the screen moves up when it is resized', async () => {
     install({ windowX: 100, windowY: 60, windowWidth: 400, windowHeight: 400 });
     const { program, observer } = await startWithObserver();
     const low = await dragTo(observer, 100, 500);
@@ -253,33 +241,29 @@ function windowTests(windowManager) {
     assert.equal(window.outer.left, low.outer.left);
   });
 
-  test(
-    'started minimised it is neither maximised nor in front; a second start raises it',
-    limit,
-    async () => {
-      const place = { windowX: 90, windowY: 80, windowWidth: 430, windowHeight: 410 };
-      install({ startMinimized: 1, ...place, windowMaximized: 1 });
-      const { observer } = await startWithObserver();
-      const window = await waitUntil(async () => {
-        const now = await look(observer);
-        return now.minimised && now;
-      }, 'it is minimised');
-      assert.equal(window.maximised, false);
-      assert.equal(window.active, false);
-      const second = world.startBare(installation);
-      try {
-        assert.equal((await waitUntil(() => second.result, 'the second one ends')).code, 0);
-      } finally {
-        await stop(second);
-      }
-      await waitUntil(async () => !(await look(observer)).minimised, 'it is restored');
-      await waitUntil(async () => (await look(observer)).active, 'and in front');
-      await observer.waitForPlace(kMainTitle, { left: 90, top: 80, width: 430, height: 410 });
-      assert.equal((await look(observer)).maximised, false);
-    },
-  );
+  test('a window started minimised is not in front, and a second start raises it', async () => {
+    const place = { windowX: 90, windowY: 80, windowWidth: 430, windowHeight: 410 };
+    install({ startMinimized: 1, ...place, windowMaximized: 1 });
+    const { observer } = await startWithObserver();
+    const window = await waitUntil(async () => {
+      const now = await look(observer);
+      return now.minimised && now;
+    }, 'it is minimised');
+    assert.equal(window.maximised, false);
+    assert.equal(window.active, false);
+    const second = fixture.startBare(installation);
+    try {
+      assert.equal((await waitUntil(() => second.result, 'the second one ends')).code, 0);
+    } finally {
+      await stop(second);
+    }
+    await waitUntil(async () => !(await look(observer)).minimised, 'it is restored');
+    await waitUntil(async () => (await look(observer)).active, 'and in front');
+    await observer.waitForPlace(kMainTitle, { left: 90, top: 80, width: 430, height: 410 });
+    assert.equal((await look(observer)).maximised, false);
+  });
 
-  test('always on top at the start, when it is set', limit, async () => {
+  test('always on top applies from the start', async () => {
     install({ alwaysOnTop: 1 });
     const { program, observer } = await startWithObserver();
     await waitUntil(async () => (await look(observer)).onTop, 'on top');
@@ -287,28 +271,32 @@ function windowTests(windowManager) {
     await waitUntil(async () => !(await look(observer)).onTop, 'no longer');
   });
 
-  const twoMonitors = { ...limit, skip: onWindows && 'Wine on this X server has one monitor' };
-  test('left on a second monitor, it comes back there only while there is one', twoMonitors, async () => {
-    const xrandr = (...args) => spawnSync('xrandr', args, { env: world.desktop.env }).status;
-    const half = kScreen.width / 2;
-    const monitor = (x) => `${half}/200x${kScreen.height}/200+${x}+0`;
-    assert.equal(xrandr('--setmonitor', 'left', monitor(0), 'default'), 0);
-    assert.equal(xrandr('--setmonitor', 'right', monitor(half), 'none'), 0);
-    try {
-      install({ windowX: half + 30, windowY: 40, windowWidth: 600, windowHeight: 300 });
-      let { program, observer } = await startWithObserver();
-      const outer = { left: half + 30, top: 40, width: half, height: 300 }; // its width is cut
-      await observer.waitForPlace(kMainTitle, outer);
-      assert.equal(await program.closeWindow(observer), 0);
-      await observer.kill();
-      await isSaved(outer);
-      xrandr('--delmonitor', 'right');
-      ({ program, observer } = await startWithObserver());
-      const window = await atRest(observer);
-      assert.deepEqual([window.width, window.height], [kDefault.width, kDefault.height]);
-    } finally {
-      xrandr('--delmonitor', 'right');
-      xrandr('--delmonitor', 'left');
-    }
-  });
+  const twoMonitors = onlyOnLinux('Wine on this X server has one monitor');
+  test(
+    'a window on a second monitor is restored there only if the monitor is present',
+    twoMonitors,
+    async () => {
+      const xrandr = (...args) => spawnSync('xrandr', args, { env: fixture.desktop.env }).status;
+      const half = kScreen.width / 2;
+      const monitor = (x) => `${half}/200x${kScreen.height}/200+${x}+0`;
+      assert.equal(xrandr('--setmonitor', 'left', monitor(0), 'default'), 0);
+      assert.equal(xrandr('--setmonitor', 'right', monitor(half), 'none'), 0);
+      try {
+        install({ windowX: half + 30, windowY: 40, windowWidth: 600, windowHeight: 300 });
+        let { program, observer } = await startWithObserver();
+        const outer = { left: half + 30, top: 40, width: half, height: 300 }; // its width is cut
+        await observer.waitForPlace(kMainTitle, outer);
+        assert.equal(await program.closeWindow(observer), 0);
+        await observer.kill();
+        await isSaved(outer);
+        xrandr('--delmonitor', 'right');
+        ({ program, observer } = await startWithObserver());
+        const window = await atRest(observer);
+        assert.deepEqual([window.width, window.height], [kDefault.width, kDefault.height]);
+      } finally {
+        xrandr('--delmonitor', 'right');
+        xrandr('--delmonitor', 'left');
+      }
+    },
+  );
 }

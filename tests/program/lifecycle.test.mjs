@@ -1,34 +1,23 @@
-// The life of the program: everything is back after a restart, also after being killed; a second start; the end.
+// Start, second start, end and kill of the program: what is saved is restored, and input is released.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
 import { existsSync, readFileSync, readdirSync } from 'node:fs';
 import { join } from 'node:path';
-import { after, afterEach, before, test } from 'node:test';
-import { kMainTitle, onWindows, openWorld, root } from './harness.mjs';
+import { kMainTitle, onWindows, root, test, useFixture } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
-import { Button, Key, pause } from './real_hand.mjs';
+import { Button, Key, pause } from './xtest_input.mjs';
 
-const limit = { timeout: 240000 };
-
-let world;
-let hand;
-
-before(async () => {
-  world = await openWorld();
-  hand = world.hand;
-}, limit);
-afterEach(() => world.closeOpened(), limit);
-after(() => world?.close(), limit);
+const fixture = useFixture();
+const { input } = fixture;
 
 const session = (installation) => {
   const file = join(installation.data, 'session.dat');
   return existsSync(file) ? readFileSync(file, 'latin1').replaceAll('\r\n', '\n') : '';
 };
 
-test('everything is back after closing and starting again', limit, async () => {
-  const installation = world.install();
-  let program = await world.startProgram({ installation });
-  let observer = await world.openApplication();
+test('everything is restored after closing and starting again', async () => {
+  const installation = fixture.install();
+  let { program, observer } = await fixture.startBesideApplication({ installation });
 
   await program.press('New profile');
   await program.enter('Profile name', 'Second one');
@@ -46,15 +35,15 @@ test('everything is back after closing and starting again', limit, async () => {
     'the settings',
   );
   await program.press('Change the autoclicker hotkey', program.panel('Hotkeys'));
-  await program.waitForCapture((s) => s.reassigning === 'auto');
-  await hand.click(Button.Middle);
+  await program.waitForCapture(observer, (s) => s.reassigning === 'auto');
+  await input.click(Button.Middle);
   await program.waitForStatus((s) => s.hkAuto === 'Middle Mouse', 'the hotkey');
-  await hand.tap(Key.F8);
+  await input.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Recording', 'recording');
-  await hand.tap(Key.A);
+  await input.tap(Key.A);
   await pause(50);
-  await hand.click(Button.Left);
-  await hand.tap(Key.F8);
+  await input.click(Button.Left);
+  await input.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Idle' && s.count === 4, 'recorded');
 
   const settings = await program.call('getSettings');
@@ -64,8 +53,7 @@ test('everything is back after closing and starting again', limit, async () => {
   assert.equal(await program.closeWindow(observer), 0);
   await observer.kill();
 
-  program = await world.startProgram({ installation });
-  observer = await world.openApplication();
+  ({ program, observer } = await fixture.startBesideApplication({ installation }));
   assert.deepEqual(await program.call('getSettings'), settings);
   assert.deepEqual(await program.call('getProfiles'), profiles);
   const back = await program.call('getMacroEvents');
@@ -74,24 +62,23 @@ test('everything is back after closing and starting again', limit, async () => {
     events.map((event) => event.desc),
   );
   back.forEach((event, index) => assert.ok(Math.abs(event.time - events[index].time) < 1e-5));
-  // The undo of a continued recording and a running state are no part of a session.
+  // The undo of a continued recording is not part of a session.
   assert.deepEqual({ ...program.status(), canUndoContinue: false }, { ...status, canUndoContinue: false });
-  await hand.click(Button.Middle);
+  await input.click(Button.Middle);
   await program.waitForStatus((s) => s.autoClicking, 'the new hotkey works');
-  await hand.click(Button.Middle);
-  await program.waitForStatus((s) => !s.autoClicking, 'and again');
+  await input.click(Button.Middle);
+  await program.waitForStatus((s) => !s.autoClicking, 'and stops it');
 });
 
-test('killed in the middle of everything, the last save is loaded', limit, async () => {
-  const installation = world.install();
-  let program = await world.startProgram({ installation });
-  let observer = await world.openApplication();
+test('after a kill during a recording the last save is loaded', async () => {
+  const installation = fixture.install();
+  let { program, observer } = await fixture.startBesideApplication({ installation });
   await program.enter('Click interval: milliseconds', 41, program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.sms === 41, 'the interval');
-  await hand.tap(Key.F8);
+  await input.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Recording', 'recording');
-  await hand.tap(Key.A);
-  await hand.tap(Key.F8);
+  await input.tap(Key.A);
+  await input.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Idle' && s.count === 2, 'recorded');
   await waitUntil(
     () => /^SETTINGS:0,0,0,41,/m.test(session(installation)) && /^3,/m.test(session(installation)),
@@ -100,16 +87,15 @@ test('killed in the middle of everything, the last save is loaded', limit, async
   const saved = (await program.call('getMacroEvents')).map((event) => event.desc);
 
   // Clicking and recording, with key presses coming in.
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await program.press('Continue');
   await program.waitForStatus((s) => s.state === 'Recording' && s.autoClicking, 'both run');
-  await hand.tap(Key.B);
+  await input.tap(Key.B);
   program.child.kill('SIGKILL');
   await program.child.ended;
   await observer.kill();
 
-  program = await world.startProgram({ installation });
-  observer = await world.openApplication();
+  ({ program, observer } = await fixture.startBesideApplication({ installation }));
   assert.equal((await program.call('getSettings')).sms, 41);
   const back = (await program.call('getMacroEvents')).map((event) => event.desc);
   assert.deepEqual(back.slice(0, 2), saved);
@@ -117,25 +103,24 @@ test('killed in the middle of everything, the last save is loaded', limit, async
     [program.status().state, program.status().autoClicking, program.status().keySpamming],
     ['Idle', false, false],
   );
-  // Nothing of the killed one holds the keyboard or the mouse.
-  await hand.tap(Key.K);
-  await hand.click(Button.Left);
+  // The killed program holds neither keyboard nor mouse.
+  await input.tap(Key.K);
+  await input.click(Button.Left);
   await waitUntil(
     () => observer.keys().length === 2 && observer.buttons().length === 2,
     'input reaches others',
   );
 });
 
-test('a second start brings the first window to the front and ends with code 0', limit, async () => {
-  const installation = world.install();
-  const program = await world.startProgram({ installation });
-  const observer = await world.openApplication();
+test('a second start brings the first window to the front and ends with code 0', async () => {
+  const installation = fixture.install();
+  const { program, observer } = await fixture.startBesideApplication({ installation });
   observer.minimiseWindow(kMainTitle);
   await waitUntil(async () => (await observer.window(kMainTitle)).minimised, 'minimised');
-  // While the file is being written it is empty.
+  // The file is empty while the program writes it.
   const savedSession = () => waitUntil(() => session(installation), 'a save');
   const before = await savedSession();
-  const second = world.startBare(installation);
+  const second = fixture.startBare(installation);
   try {
     const result = await waitUntil(() => second.result, 'the second one ends');
     assert.equal(result.code, 0);
@@ -152,21 +137,20 @@ test('a second start brings the first window to the front and ends with code 0',
   }
 });
 
-test('a window closed during playback ends everything', limit, async () => {
-  const installation = world.install();
-  const program = await world.startProgram({ installation });
-  const observer = await world.openApplication();
-  await hand.tap(Key.F8);
+test('closing the window during playback ends everything', async () => {
+  const installation = fixture.install();
+  const { program, observer } = await fixture.startBesideApplication({ installation });
+  await input.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Recording', 'recording');
-  await hand.tap(Key.A);
+  await input.tap(Key.A);
   await pause(1000);
-  await hand.tap(Key.B);
-  await hand.tap(Key.F8);
+  await input.tap(Key.B);
+  await input.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Idle', 'recorded');
   await program.toggle('Loop', true);
   await program.waitForSettings((s) => s.tloop === true, 'the loop');
-  await hand.tap(Key.F6);
-  await hand.tap(Key.F7);
+  await input.tap(Key.F6);
+  await input.tap(Key.F7);
   await program.waitForStatus((s) => s.state === 'Playing' && s.autoClicking, 'it plays and clicks');
   if (!onWindows) assert.ok(program.threadCount() >= 7, 'the engines have their threads');
   assert.equal(await program.closeWindow(observer), 0);
@@ -175,38 +159,37 @@ test('a window closed during playback ends everything', limit, async () => {
   assert.match(session(installation), /^3,[^\n]*,66,1,0$/m);
   await observer.settle();
   const count = observer.events.length;
-  await hand.tap(Key.F6);
+  await input.tap(Key.F6);
   await waitUntil(
     () => observer.keys().filter((key) => key.code === Key.F6).length === 2,
     'F6 is an ordinary key',
   );
-  assert.equal(observer.events.length, count + 2, 'nothing else comes');
+  assert.equal(observer.events.length, count + 2, 'no other input arrives');
 });
 
-test('killed while hotkeys are held, input is free again', limit, async () => {
-  const installation = world.install();
-  const program = await world.startProgram({ installation });
-  const observer = await world.openApplication();
+test('after a kill with a hotkey held, input reaches other applications', async () => {
+  const installation = fixture.install();
+  const { program, observer } = await fixture.startBesideApplication({ installation });
   await program.choose('Autoclicker hotkey', 'Hold to run', program.panel('Autoclicker'));
   await program.waitForSettings((s) => s.holdAuto === true, 'hold mode');
-  await hand.keyDown(Key.F6);
+  await input.keyDown(Key.F6);
   await program.waitForStatus((s) => s.autoClicking, 'it clicks');
   program.child.kill('SIGKILL');
   await program.child.ended;
-  await hand.keyUp(Key.F6);
+  await input.keyUp(Key.F6);
   await observer.settle();
   observer.clear();
-  await hand.tap(Key.F6);
-  await hand.tap(Key.K);
+  await input.tap(Key.F6);
+  await input.tap(Key.K);
   await waitUntil(
     () => observer.keys().filter((key) => key.code === Key.K).length === 2,
     'keys reach the application',
   );
   assert.equal(observer.keys().filter((key) => key.code === Key.F6).length, 2, 'F6 too');
-  await hand.click(Button.Left);
+  await input.click(Button.Left);
   await waitUntil(() => observer.buttons().length === 2, 'and buttons');
   if (!onWindows) {
-    // No process of the program is left: nothing else runs from its folder.
+    // No process runs from the program's folder.
     const left = readdirSync('/proc')
       .filter((name) => /^\d+$/.test(name))
       .filter((id) => {
@@ -220,9 +203,9 @@ test('killed while hotkeys are held, input is free again', limit, async () => {
   }
 });
 
-test('macro files are validated with the exact line and code', limit, async () => {
+test('macro files are validated with the exact line and code', async () => {
   const folder = join(root, 'tests/fixtures/macros');
-  const installation = world.install();
+  const installation = fixture.install();
   const expected = readFileSync(join(folder, 'expected.txt'), 'utf8').trim().split('\n');
   assert.ok(expected.length >= 20);
   for (const row of expected) {
@@ -245,9 +228,9 @@ function validate(installation, path) {
     timeout: 30000,
     // A console mode needs no display.
     env: {
-      ...world.desktop.env,
+      ...fixture.desktop.env,
       ...installation.env,
-      ...world.wineEnvironment(),
+      ...fixture.wineEnvironment(),
       ...(onWindows ? {} : { DISPLAY: '' }),
     },
   });

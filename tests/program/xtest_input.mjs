@@ -1,6 +1,5 @@
-// A hand on the real keyboard and mouse: speaks to the outer X server in its own protocol and presses through XTEST
-// there, which is real input for everything inside. One connection, no process a press, so that pauses are as short as
-// a test wants them.
+// A real keyboard and mouse for the tests: sends XTEST requests to the outer X server, whose input is real input for
+// every program on the inner one. One connection serves all requests, so that pauses are as short as a test wants.
 import net from 'node:net';
 
 const kQueryPointer = 38;
@@ -14,7 +13,7 @@ const kButtonPress = 4;
 const kButtonRelease = 5;
 const kMotion = 6;
 
-// Key codes of the kernel, which a server in a server takes over; an X key code is 8 more.
+// The kernel's key codes, which the inner server takes over; an X key code is 8 more.
 export const Key = {
   Escape: 1,
   ...Object.fromEntries([...'1234567890'].map((digit, index) => [digit, 2 + index])),
@@ -36,7 +35,7 @@ export const Key = {
   F12: 88,
 };
 
-// Characters beside letters and digits that `type` knows, on a US keyboard: key, and whether with Shift.
+// Further characters that `type` knows, on a US keyboard: key, and whether Shift is needed.
 const kCharacters = {
   '-': [Key.Minus, false],
   _: [Key.Minus, true],
@@ -52,23 +51,20 @@ export const Button = { Left: 1, Middle: 2, Right: 3, WheelUp: 4, WheelDown: 5, 
 
 export const pause = (milliseconds) => new Promise((resolve) => setTimeout(resolve, milliseconds));
 
-export async function openRealHand(display) {
-  const socket = net.connect(`/tmp/.X11-unix/X${display}`);
-  await new Promise((resolve, reject) => socket.once('connect', resolve).once('error', reject));
-  const hand = new RealHand(socket);
-  await hand.setUp();
-  return hand;
-}
+export class XtestInput {
+  buffer = Buffer.alloc(0);
+  replies = []; // waiting readers, in the order of their requests
+  setupReader = null;
 
-class RealHand {
-  constructor(socket) {
+  // Connects to the outer X server, ":DISPLAY".
+  async connect(display) {
+    const socket = net.connect(`/tmp/.X11-unix/X${display}`);
+    await new Promise((resolve, reject) => socket.once('connect', resolve).once('error', reject));
     this.socket = socket;
-    this.buffer = Buffer.alloc(0);
-    this.replies = []; // waiting readers, in the order of their requests
-    this.setupReader = null;
     socket.on('data', (data) => this.receive(data));
     socket.on('error', () => {});
     socket.on('close', () => this.replies.splice(0).forEach((reader) => reader(null)));
+    await this.setUp();
   }
 
   receive(data) {
@@ -126,7 +122,7 @@ class RealHand {
     const extension = await this.ask(query);
     if (extension[8] !== 1) throw new Error('the outer X server has no XTEST');
     this.xtest = extension[9];
-    // The outer server's key repeat would arrive inside as releases and presses of a hand.
+    // The outer server's key repeat would arrive inside as real releases and presses.
     const control = Buffer.alloc(12);
     control[0] = kChangeKeyboardControl;
     control.writeUInt16LE(3, 2);
@@ -149,7 +145,7 @@ class RealHand {
     return this.settle();
   }
 
-  // Resolves when the outer server has done everything asked so far.
+  // Resolves when the outer server has processed every request so far.
   async settle() {
     const request = Buffer.alloc(4);
     request[0] = kGetInputFocus;
@@ -205,6 +201,6 @@ class RealHand {
   }
 
   close() {
-    this.socket.destroy();
+    this.socket?.destroy();
   }
 }

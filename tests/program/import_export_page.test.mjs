@@ -1,43 +1,32 @@
-// Macros in and out as a person does it: the page's own buttons, the system's file dialogs, the decision on a macro
-// that is held.
+// Import and export as a user does it: the page's buttons, the system's file dialogs, the decision on a pending import.
 import assert from 'node:assert/strict';
 import { existsSync, readFileSync } from 'node:fs';
 import { join } from 'node:path';
-import { after, afterEach, before, test } from 'node:test';
 import { giveFile, kOpen, kSaveAs, tapUntil, waitForDialog, dialogIsOpen } from './file_dialogs.mjs';
-import { kScreenshots, nativePath, openWorld, putFile } from './harness.mjs';
+import { kScreenshots, nativePath, putFile, test, useFixture } from './harness.mjs';
 import { waitUntil } from './processes.mjs';
-import { Key, pause } from './real_hand.mjs';
-
-const limit = { timeout: 240000 };
+import { Key, pause } from './xtest_input.mjs';
 
 const kClean = 'Clean\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\n3,1.25,0,0,0,65,0,0\n';
-// Win+R is worth a look before it is let in.
-const kHeld =
-  'Held\nSETTINGS:\n0,0.25,10,10,0,0,0,0\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n' +
+// Win+R is a finding.
+const kRisky =
+  'Risky\nSETTINGS:\n0,0.25,10,10,0,0,0,0\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n' +
   '3,1.8,0,0,0,82,0,0\n';
 const kDefaultName = 'Default Tracking Profile';
 
-let world;
-let hand;
+const fixture = useFixture();
+const { input } = fixture;
 let program;
 let observer;
 
-before(async () => {
-  world = await openWorld();
-  hand = world.hand;
-}, limit);
-afterEach(() => world.closeOpened(), limit);
-after(() => world?.close(), limit);
-
 async function begin(installation, args = []) {
-  ({ program, observer } = await world.startProgramForDialogs(installation, args));
+  ({ program, observer } = await fixture.startProgramForDialogs(installation, args));
 }
 
 async function importFile(file) {
   await program.press('Import profile');
   await waitForDialog(observer, kOpen);
-  await giveFile(hand, observer, kOpen, file);
+  await giveFile(input, observer, kOpen, file);
 }
 
 const shownProfiles = () =>
@@ -52,7 +41,7 @@ const pressable = (button) => button.and(program.page.locator(':not([aria-disabl
 const shownEvents = () => program.eventRows().locator('.event__text').allInnerTexts();
 const waitForState = (state) => program.waitForStatus((s) => s.state === state, `the state is ${state}`);
 
-// The first moment of a button may be over before anybody has asked: the page keeps it in `disabledAtFirst`.
+// A button's first state may end before a test can read it: the page keeps it in `disabledAtFirst`.
 async function noteDisabledAtFirst(text) {
   await program.page.evaluate((wanted) => {
     new MutationObserver((_, watch) => {
@@ -65,7 +54,7 @@ async function noteDisabledAtFirst(text) {
 }
 
 async function assertDecisionTells(name) {
-  // What the macro is called and does comes a moment after what was found.
+  // The macro's name and contents appear a moment after the findings.
   await decision()
     .getByText(/^5 events, 0:01\.8 long\./)
     .waitFor();
@@ -75,7 +64,7 @@ async function assertDecisionTells(name) {
     (await findings.allInnerTexts()).map((text) => text.replace(/\s+/g, ' ').trim()),
     ['1 Caution at 0:01.5 Uses Windows system shortcuts.'],
   );
-  // The picture: one sign for the finding, and of the three lanes those that have something in them stand out.
+  // The picture: one mark for the finding, and only lanes with events have height.
   const picture = decision().locator('figure');
   assert.match(await picture.innerText(), /What it does over time, and where each finding begins\./);
   assert.equal(await picture.locator('.findings-timeline__number').count(), 1);
@@ -89,14 +78,14 @@ async function assertDecisionTells(name) {
   );
 }
 
-test('a held macro is shown with what was found; no leaves nothing, yes lets it in', limit, async () => {
-  const installation = world.install();
-  const file = putFile(installation, 'a.vrlmacro', kHeld);
+test('a pending import shows its findings, is discarded by No and imported by Yes', async () => {
+  const installation = fixture.install();
+  const file = putFile(installation, 'a.vrlmacro', kRisky);
   await begin(installation);
 
   await importFile(file);
-  await assertDecisionTells('Held \\(Imported\\)');
-  await program.page.screenshot({ path: join(kScreenshots, 'held-macro.png') });
+  await assertDecisionTells('Risky \\(Imported\\)');
+  await program.page.screenshot({ path: join(kScreenshots, 'pending-import.png') });
   await program.press('Don\u2019t import', decision());
   await decision().waitFor({ state: 'detached' });
   await notice('Not imported');
@@ -109,11 +98,15 @@ test('a held macro is shown with what was found; no leaves nothing, yes lets it 
   await noteDisabledAtFirst('Import anyway');
   await importFile(file);
   await pressable(anyway).click();
-  assert.equal(await program.page.evaluate(() => window.disabledAtFirst), 'true', 'not in the first moment');
+  assert.equal(
+    await program.page.evaluate(() => window.disabledAtFirst),
+    'true',
+    'disabled in the first moment',
+  );
   await decision().waitFor({ state: 'detached' });
-  await notice('Imported as Held (Imported)');
-  assert.equal(await chosenProfile(), 'Held (Imported)');
-  assert.deepEqual(await shownProfiles(), [kDefaultName, 'Held (Imported)']);
+  await notice('Imported as Risky (Imported)');
+  assert.equal(await chosenProfile(), 'Risky (Imported)');
+  assert.deepEqual(await shownProfiles(), [kDefaultName, 'Risky (Imported)']);
   await waitUntil(async () => (await program.eventRows().count()) === 5, 'the page lists its events');
   assert.deepEqual(await shownEvents(), [
     'Move to 10, 10',
@@ -125,8 +118,8 @@ test('a held macro is shown with what was found; no leaves nothing, yes lets it 
   assert.deepEqual(await program.call('getPendingMacroImport'), { outcome: 'none' });
 });
 
-test('a macro without findings is there at once, and goes out again as it is', limit, async () => {
-  const installation = world.install();
+test('a macro without findings is imported at once and exported unchanged', async () => {
+  const installation = fixture.install();
   const file = putFile(installation, 'a.vrlmacro', kClean);
   await begin(installation);
   await importFile(file);
@@ -139,7 +132,7 @@ test('a macro without findings is there at once, and goes out again as it is', l
   const target = join(installation.files, 'out.vrlmacro');
   await program.press('Export profile');
   await waitForDialog(observer, kSaveAs);
-  await giveFile(hand, observer, kSaveAs, target);
+  await giveFile(input, observer, kSaveAs, target);
   await waitUntil(() => existsSync(target), 'the file is there');
   await pressable(program.button('Import profile')).waitFor();
   assert.equal(readFileSync(target, 'latin1').split(/\r?\n/)[0], 'Clean (Imported)');
@@ -148,7 +141,7 @@ test('a macro without findings is there at once, and goes out again as it is', l
   await waitForProfile('Clean (Imported) (Imported)');
   assert.deepEqual(await program.call('getMacroEvents'), events);
 
-  // What cannot be read is said, and stays until it is dismissed.
+  // The message about an unreadable file stays until it is dismissed.
   await importFile(putFile(installation, 'OLD.MCR', kClean));
   await program.page
     .getByRole('alert')
@@ -158,8 +151,8 @@ test('a macro without findings is there at once, and goes out again as it is', l
   assert.equal((await shownProfiles()).length, 3);
 });
 
-test('a closed dialog leaves the page as it was', limit, async () => {
-  await begin(world.install());
+test('a cancelled dialog leaves the page as it was', async () => {
+  await begin(fixture.install());
   for (const [button, title] of [
     ['Import profile', kOpen],
     ['Export profile', kSaveAs],
@@ -167,7 +160,7 @@ test('a closed dialog leaves the page as it was', limit, async () => {
     await program.press(button);
     await waitForDialog(observer, title);
     await tapUntil(
-      hand,
+      input,
       Key.Escape,
       async () => !(await dialogIsOpen(observer, title)),
       'the dialog is gone',
@@ -178,92 +171,84 @@ test('a closed dialog leaves the page as it was', limit, async () => {
   assert.equal(await program.page.getByRole('alert').innerText(), '');
 });
 
-test(
-  'a held macro of the command line is decided on in the page, not beside a recording',
-  limit,
-  async () => {
-    const installation = world.install();
-    const file = putFile(installation, 'a.vrlmacro', kHeld);
-    await begin(installation, [nativePath(file)]);
-    await assertDecisionTells('Held');
-    const anyway = program.button('Import anyway', decision());
-    await pressable(anyway).waitFor();
+test('a pending import from the command line is decided on the page, not during a recording', async () => {
+  const installation = fixture.install();
+  const file = putFile(installation, 'a.vrlmacro', kRisky);
+  await begin(installation, [nativePath(file)]);
+  await assertDecisionTells('Risky');
+  const anyway = program.button('Import anyway', decision());
+  await pressable(anyway).waitFor();
 
-    await hand.tap(Key.F8);
-    await waitForState('Recording');
-    await decision().getByText('You can import it when the recording ends.').waitFor();
-    assert.equal(await anyway.getAttribute('aria-disabled'), 'true');
-    await anyway.click({ force: true });
-    await hand.tap(Key.F8);
-    await waitForState('Idle');
-    assert.deepEqual((await program.call('getProfiles')).names, [kDefaultName]);
+  await input.tap(Key.F8);
+  await waitForState('Recording');
+  await decision().getByText('You can import it when the recording ends.').waitFor();
+  assert.equal(await anyway.getAttribute('aria-disabled'), 'true');
+  await anyway.click({ force: true });
+  await input.tap(Key.F8);
+  await waitForState('Idle');
+  assert.deepEqual((await program.call('getProfiles')).names, [kDefaultName]);
 
-    await pressable(anyway).click();
-    await waitForProfile('Held');
-    await waitUntil(async () => (await program.eventRows().count()) === 5, 'the page lists its events');
-    assert.deepEqual(await shownProfiles(), [kDefaultName, 'Held']);
-  },
-);
+  await pressable(anyway).click();
+  await waitForProfile('Risky');
+  await waitUntil(async () => (await program.eventRows().count()) === 5, 'the page lists its events');
+  assert.deepEqual(await shownProfiles(), [kDefaultName, 'Risky']);
+});
 
 const keysOf = (events) =>
   events
     .filter(({ desc }) => desc.startsWith('Keyboard'))
     .map(({ desc }) => desc.replace('Keyboard VK: ', ''));
 
-test(
-  'while a recording runs nothing is imported; a dialog that was open before loses nothing',
-  limit,
-  async () => {
-    const installation = world.install();
-    const file = putFile(installation, 'a.vrlmacro', kClean);
-    await begin(installation);
-    await program.press('Import profile');
-    await waitForDialog(observer, kOpen);
-    await hand.tap(Key.F8);
-    // The keys of the file's name are recorded too; the dialog takes them all.
-    await waitUntil(() => recordsKeys(installation), 'the recording runs');
-    await giveFile(hand, observer, kOpen, file);
-    await waitForProfile('Clean (Imported)');
-    await program.page
-      .getByRole('alert')
-      .getByText(/^The import arrived during a recording\./)
-      .waitFor();
-    for (const button of [
-      'Import profile',
-      'Export profile',
-      'New profile',
-      'Clear profile',
-      'Delete profile',
-    ]) {
-      assert.ok(await program.button(button).isDisabled(), `${button} waits`);
-    }
-    await program.page.getByText('Profiles cannot be changed during a recording.').waitFor();
+test('during a recording a dialog that was open before still imports, and no other opens', async () => {
+  const installation = fixture.install();
+  const file = putFile(installation, 'a.vrlmacro', kClean);
+  await begin(installation);
+  await program.press('Import profile');
+  await waitForDialog(observer, kOpen);
+  await input.tap(Key.F8);
+  // The keys of the file's name are recorded too.
+  await waitUntil(() => recordsKeys(installation), 'the recording runs');
+  await giveFile(input, observer, kOpen, file);
+  await waitForProfile('Clean (Imported)');
+  await program.page
+    .getByRole('alert')
+    .getByText(/^The import arrived during a recording\./)
+    .waitFor();
+  for (const button of [
+    'Import profile',
+    'Export profile',
+    'New profile',
+    'Clear profile',
+    'Delete profile',
+  ]) {
+    assert.ok(await program.button(button).isDisabled(), `${button} is disabled`);
+  }
+  await program.page.getByText('Profiles cannot be changed during a recording.').waitFor();
 
-    // From here on the imported profile is the macro that grows.
-    await hand.tap(Key.Z);
-    await program.waitForStatus((s) => s.count >= 5, 'it is recorded');
-    await hand.tap(Key.F8);
-    await waitForState('Idle');
-    const imported = await program.call('getMacroEvents');
-    assert.deepEqual(
-      imported.slice(0, 3).map(({ desc }) => desc),
-      ['Abs Move to X:10 Y:10', 'Keyboard VK: 65 (DOWN)', 'Keyboard VK: 65 (UP)'],
-    );
-    const times = imported.slice(0, 3).map(({ time }) => time - imported[0].time);
-    times.forEach((time, i) => assert.ok(Math.abs(time - [0, 0.25, 0.75][i]) < 1e-6, `${times}`));
-    assert.deepEqual(keysOf(imported).slice(-2), ['90 (DOWN)', '90 (UP)']);
+  // From here on the recording goes into the imported profile.
+  await input.tap(Key.Z);
+  await program.waitForStatus((s) => s.count >= 5, 'it is recorded');
+  await input.tap(Key.F8);
+  await waitForState('Idle');
+  const imported = await program.call('getMacroEvents');
+  assert.deepEqual(
+    imported.slice(0, 3).map(({ desc }) => desc),
+    ['Abs Move to X:10 Y:10', 'Keyboard VK: 65 (DOWN)', 'Keyboard VK: 65 (UP)'],
+  );
+  const times = imported.slice(0, 3).map(({ time }) => time - imported[0].time);
+  times.forEach((time, i) => assert.ok(Math.abs(time - [0, 0.25, 0.75][i]) < 1e-6, `${times}`));
+  assert.deepEqual(keysOf(imported).slice(-2), ['90 (DOWN)', '90 (UP)']);
 
-    // What was recorded before is in the profile that was recorded into.
-    await program.page.getByRole('combobox', { name: 'Profile' }).selectOption({ label: kDefaultName });
-    await waitForProfile(kDefaultName);
-    const recorded = keysOf(await program.call('getMacroEvents'));
-    assert.ok(recorded.length >= 2 * nativePath(file).length - 2, `${recorded.length} keys of the name`);
-  },
-);
+  // The events before are in the profile that was current then.
+  await program.page.getByRole('combobox', { name: 'Profile' }).selectOption({ label: kDefaultName });
+  await waitForProfile(kDefaultName);
+  const recorded = keysOf(await program.call('getMacroEvents'));
+  assert.ok(recorded.length >= 2 * nativePath(file).length - 2, `${recorded.length} keys of the name`);
+});
 
-// Taps a key that no file name begins with until the saved session has a key of it.
+// Taps a key that types nothing; returns whether the saved session holds a key.
 async function recordsKeys(installation) {
-  await hand.tap(Key.LeftShift);
+  await input.tap(Key.LeftShift);
   await pause(100);
   const session = join(installation.data, 'session.dat');
   return existsSync(session) && /^3,\d/m.test(readFileSync(session, 'latin1'));
