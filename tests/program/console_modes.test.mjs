@@ -150,6 +150,16 @@ test('each mode prints its lines and returns its exit code', () => {
   }
 });
 
+test('each fixture is validated with its exact line and exit code', () => {
+  const folder = join(root, 'tests/fixtures/macros');
+  const rows = readFileSync(join(folder, 'expected.txt'), 'utf8').trim().split('\n');
+  assert.ok(rows.length >= 20);
+  for (const row of rows) {
+    const [, name, line] = /^(.*?): (.*)$/.exec(row);
+    expect(`--validate-macro=${nativePath(join(folder, name))}`, `${line}\n`, line.startsWith('OK') ? 0 : 1);
+  }
+});
+
 test('the import self-test passes and leaves no sample behind', () => {
   const temporary = join(files, 'temporary');
   mkdirSync(temporary);
@@ -182,7 +192,7 @@ test('of several modes one runs, with the last value given for it', () => {
 test('a file of any name is found from any folder', () => {
   mkdirSync(join(files, 'a folder/deeper'), { recursive: true });
   const names = [
-    'with blanks  in it.vrlmacro',
+    'with spaces  in it.vrlmacro',
     '-dash --child --selftest.vrlmacro',
     'a=b;c&d%PATH%$HOME(1)[2]!.vrlmacro',
     "it's.vrlmacro",

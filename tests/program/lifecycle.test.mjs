@@ -1,9 +1,8 @@
 // Start, second start, end and kill of the program: what is saved is restored, and input is released.
 import assert from 'node:assert/strict';
-import { spawnSync } from 'node:child_process';
 import { existsSync, readFileSync, readdirSync } from 'node:fs';
 import { join } from 'node:path';
-import { kMainTitle, onWindows, root, test, useFixture } from './harness.mjs';
+import { kMainTitle, onWindows, test, useFixture } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
 import { Button, Key, pause } from './xtest_input.mjs';
 
@@ -202,37 +201,3 @@ test('after a kill with a hotkey held, input reaches other applications', async 
     assert.deepEqual(left, []);
   }
 });
-
-test('macro files are validated with the exact line and code', async () => {
-  const folder = join(root, 'tests/fixtures/macros');
-  const installation = fixture.install();
-  const expected = readFileSync(join(folder, 'expected.txt'), 'utf8').trim().split('\n');
-  assert.ok(expected.length >= 20);
-  for (const row of expected) {
-    const [, name, line] = /^(.*?): (.*)$/.exec(row);
-    const { output, code } = validate(installation, join('tests/fixtures/macros', name));
-    assert.deepEqual([name, output, code], [name, `${line}\n`, line.startsWith('OK') ? 0 : 1]);
-  }
-  assert.deepEqual(validate(installation, 'nowhere.vrlmacro'), {
-    output: "REJECT Couldn't open that macro file.\n",
-    code: 1,
-  });
-  assert.equal(existsSync(join(installation.data, 'session.dat')), false, 'a console mode leaves no trace');
-});
-
-function validate(installation, path) {
-  const command = onWindows ? ['wine', installation.program] : [installation.program];
-  const result = spawnSync(command[0], [...command.slice(1), `--validate-macro=${path}`], {
-    cwd: root,
-    encoding: 'utf8',
-    timeout: 30000,
-    // A console mode needs no display.
-    env: {
-      ...fixture.desktop.env,
-      ...installation.env,
-      ...fixture.wineEnvironment(),
-      ...(onWindows ? {} : { DISPLAY: '' }),
-    },
-  });
-  return { output: result.stdout.replaceAll('\r\n', '\n'), code: result.status };
-}

@@ -70,7 +70,7 @@ function* inside(piece, margin) {
   }
 }
 
-// The darkest and the brightest of some pixels: what lies between them is told from text at least as well.
+// The darkest and the brightest of some pixels: text contrasts at least as well with what lies between.
 function extremes(pixels) {
   let darkest = null;
   let brightest = null;

@@ -1,5 +1,5 @@
-// The far end of the test web-view library: one connection a program, its page in a Chromium that the tests drive.
-// Everything the program says is done in the order in which it was said.
+// The server of the test web-view library: one connection for each program, whose page runs in a Chromium that the tests
+// drive. Messages of the program take effect in their order.
 import { readFileSync } from 'node:fs';
 import net from 'node:net';
 import { dirname, join } from 'node:path';

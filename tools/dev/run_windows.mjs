@@ -1,4 +1,4 @@
-// Varnelle.exe under Wine for a person to use: there is no WebView2 there, so its page is shown in a Chromium window.
+// Runs Varnelle.exe under Wine for a user. Wine has no WebView2, so that a Chromium window shows the page.
 // Started by run_windows.sh; ends with the program or its page's window.
 import { spawnSync } from 'node:child_process';
 import { mkdirSync } from 'node:fs';

@@ -5,7 +5,7 @@ build=$1
 . tests/windows/wine_env.sh
 
 display=$DISPLAY
-# The person's display, or the virtual one that was started for this run, in place of a test's own.
+# Uses the user's display, or the virtual one that was started for this run.
 StartXServer() {
     export DISPLAY=$display
 }

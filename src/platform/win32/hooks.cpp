@@ -105,6 +105,18 @@ static void RegisterRawMouse(HWND window) {
     RegisterRawInputDevices(&device, 1, sizeof device);
 }
 
+// NOTE: Wine takes a thread for hung that is awake and has asked for no message for five seconds, and then passes input by
+// its hooks. After a quiet time a button's own raw input report wakes this thread before Wine asks the mouse hook, so that
+// the press was lost.
+// HACK: a timer makes this thread ask for a message well within that time.
+static void KeepHooksCalled(HWND window) {
+    constexpr UINT kMilliseconds = 2000;
+    const HMODULE library = GetModuleHandleW(L"ntdll.dll");
+    if (library && GetProcAddress(library, "wine_get_version")) {
+        SetTimer(window, 1, kMilliseconds, nullptr);  // ends with its window
+    }
+}
+
 static void PumpMessages() {
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
@@ -128,6 +140,7 @@ void RunInputThread(const HookSinks& sinks) {
     WTSRegisterSessionNotification(window, NOTIFY_FOR_THIS_SESSION);
     HHOOK mouseHook = SetWindowsHookExW(WH_MOUSE_LL, MouseHookProcedure, nullptr, 0);
     HHOOK keyboardHook = SetWindowsHookExW(WH_KEYBOARD_LL, KeyboardHookProcedure, nullptr, 0);
+    KeepHooksCalled(window);
 
     PumpMessages();
 

@@ -1,8 +1,8 @@
-// A window that tells what reaches it: observer TITLE X Y WIDTH HEIGHT. One JSON object a line on standard output, with
-// `t` in microseconds of the performance counter; keys by the kernel's code, buttons by X11's numbers, so that a test
-// reads the same on every home. Lines on standard input:
+// A window that reports the input that reaches it: observer TITLE X Y WIDTH HEIGHT. Prints one JSON object a line, with
+// `t` in microseconds of the performance counter; keys by the kernel's code and buttons by X11's numbers, as on Linux.
+// Lines on standard input:
 //   focus            ask for the keyboard
-//   window TITLE     tell about another program's window: found, place, whether it is minimised, has the keyboard, is on top
+//   window TITLE     describe another program's window: found, bounds, whether it is minimised, has the keyboard, is on top
 //   close TITLE      ask it to close, as its frame's button does
 //   minimise TITLE
 // The end of standard input ends it.
@@ -175,9 +175,9 @@ DWORD WINAPI ReadCommands(void* context) {
     while (fgets(bytes, sizeof bytes, stdin)) {
         std::string line = bytes;
         line.erase(line.find_last_not_of("\r\n") + 1);
-        const size_t blank = line.find(' ');
-        const std::string verb = line.substr(0, blank);
-        const std::string title = blank == std::string::npos ? "" : line.substr(blank + 1);
+        const size_t space = line.find(' ');
+        const std::string verb = line.substr(0, space);
+        const std::string title = space == std::string::npos ? "" : line.substr(space + 1);
         if (verb == "focus") {
             PostMessageW(own, kFocusMessage, 0, 0);
             continue;
