@@ -87,24 +87,34 @@ SlowChecks() {
     CheckStep clang-tidy ClangTidy
 }
 
-# Static analysis of what changed is quick; of everything it takes minutes. The stamp of a file that passed with the
-# same content and the same headers is kept.
+# Static analysis takes seconds a file, so that a file is analysed again only when it, a header that it includes or the
+# settings change. The stamps of files that passed are beside the compiler's cache, where every clone finds them.
 ClangTidy() {
-    BuildPreset linux-asan build.ninja || cmake --preset linux-asan
-    mkdir -p build/check/tidy
-    local headers stamp file failed=0 list=()
-    headers=$(git ls-files -co --exclude-standard .clang-tidy 'src/*.h' | xargs cat | sha256sum | cut -c1-16)
-    for file in $(git ls-files -co --exclude-standard 'src/base/*.cpp' 'src/model/*.cpp' 'src/scan/*.cpp' \
-        'src/themes/*.cpp' 'src/storage/*.cpp' 'src/editing/*.cpp' 'src/engines/*.cpp' 'src/windows/*.cpp' \
-        'src/imports/*.cpp' 'src/update/*.cpp' 'src/app/*.cpp' 'src/platform/linux/*.cpp' 'src/platform/shared/*.cpp'); do
-        stamp=build/check/tidy/$(cat "$file" <(echo "$headers $file") | sha256sum | cut -c1-32)
-        [ -f "$stamp" ] || list+=("$file:$stamp")
-    done
+    # The analysis needs the compile commands only.
+    BuildPreset linux-asan build.ninja
+    local stamps=${XDG_CACHE_HOME:-$HOME/.cache}/varnelle/tidy
+    mkdir -p "$stamps"
+    find "$stamps" -type f -mtime +30 -delete
+    local version entry list=()
+    version=$(clang-tidy --version)
+    while read -r entry; do
+        if [ -f "$stamps/${entry#*:}" ]; then
+            touch "$stamps/${entry#*:}"
+        else
+            list+=("$entry")
+        fi
+    done < <(git ls-files -co --exclude-standard 'src/*.cpp' ':!src/platform/win32' ':!src/platform/simulated' |
+        xargs node tools/dev/tidy_stamps.mjs "$version")
+    echo "${#list[@]} files to analyse"
     # shellcheck disable=SC2016
-    printf '%s\n' "${list[@]}" | xargs -r -P 2 -I{} bash -c '
-        entry={}; file=${entry%%:*}; stamp=${entry#*:}
-        if clang-tidy --quiet -p build/linux-asan "$file" 2>/dev/null; then touch "$stamp"; else echo "tidy: $file"; exit 1; fi' || failed=1
-    return $failed
+    printf '%s\n' "${list[@]}" | stamps=$stamps xargs -r -P 2 -I{} bash -c '
+        entry={}; file=${entry%%:*}
+        if clang-tidy --quiet -p build/linux-asan "$file" 2>/dev/null; then
+            touch "$stamps/${entry#*:}"
+        else
+            echo "tidy: $file"
+            exit 1
+        fi'
 }
 
 Package() {

@@ -2,8 +2,9 @@
 # The test run: every kind with its count. Sourced by ./dev.
 
 # Kinds of one lane share a build folder and run one after the other. The lanes run side by side, since kinds with real
-# input mostly wait. A lane that begins with "nice" gives way to the kinds with real input.
-TestLanes=("nice check asan tsan fuzz" "unit simulated pages linux program" "unit-windows windows program-windows")
+# input mostly wait. A lane that begins with "nice" gives way to the kinds with real input; two of them keep both
+# processors busy to the end.
+TestLanes=("nice check fuzz" "nice asan tsan" "unit simulated pages linux program" "unit-windows windows program-windows")
 TestKinds="check unit simulated unit-windows linux windows pages program program-windows asan tsan fuzz"
 # What a change is checked with before it is shown to anyone: two minutes after a build.
 QuickLanes=("check-quick pages-quick" "unit simulated")
@@ -184,7 +185,11 @@ Test() {
     : >"$TestResults"
     case "${1:-}" in
         quick) RunLanes "${QuickLanes[@]}" ;;
-        "") RunLanes "${TestLanes[@]}" ;;
+        "")
+            # The lane of check reads this folder while the lane of asan builds in it.
+            BuildPreset linux-asan build.ninja
+            RunLanes "${TestLanes[@]}"
+            ;;
         *) RunKinds "${kinds[@]}" ;;
     esac
     ShowSummary "${kinds[@]}"
