@@ -80,8 +80,8 @@ test('after a kill during a recording the last save is loaded', async () => {
   await input.tap(Key.F8);
   await program.waitForStatus((s) => s.state === 'Idle' && s.count === 2, 'recorded');
   await waitUntil(
-    () => /^SETTINGS:0,0,0,41,/m.test(session(installation)) && /^3,/m.test(session(installation)),
-    'a save',
+    () => /^SETTINGS:0,0,0,41,/m.test(session(installation)) && /^3,.*\n3,/m.test(session(installation)),
+    'a save with both key events',
   );
   const saved = (await program.call('getMacroEvents')).map((event) => event.desc);
 
