@@ -16,8 +16,8 @@ constexpr size_t kUsualEventJson = 72;
 // Squared pixels within which a move adds nothing to the path: up to 10 pixels.
 constexpr int32_t kNearSquared = 101;
 
-// Writes the event list by hand in place of JsonWriter, which takes several times as long on a million events: the page
-// polls the list. The caller's buffer holds kLongestEventJson bytes.
+// Writes the event list by hand in place of JsonWriter: measured 7.5 times as fast on a million events (storage_bench,
+// "event list JSON, beside JsonWriter"). The page polls the list. The caller's buffer holds kLongestEventJson bytes.
 struct Writer {
     char* at;
 
