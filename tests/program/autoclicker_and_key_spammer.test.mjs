@@ -16,8 +16,8 @@ async function begin() {
   ({ program, observer } = await fixture.startBesideApplication());
 }
 
-const clicker = () => program.panel('Autoclicker');
-const presser = () => program.panel('Key spammer');
+const autoclicker = () => program.panel('Autoclicker');
+const keySpammer = () => program.panel('Key spammer');
 
 async function setInterval(panel, prefix, milliseconds) {
   await program.enter(`${prefix}: milliseconds`, milliseconds, panel);
@@ -56,7 +56,7 @@ function withoutStopReleases(events) {
 
 test('F6 starts and stops the autoclicker and never reaches the application', async () => {
   await begin();
-  await setInterval(clicker(), 'Click interval', 20);
+  await setInterval(autoclicker(), 'Click interval', 20);
   await input.tap(Key.F6);
   await waitUntil(() => observer.presses().length >= 10, 'clicks arrive');
   await program.waitForStatus((status) => status.autoClicking === true, 'status.txt says it clicks');
@@ -78,8 +78,8 @@ test('F6 starts and stops the autoclicker and never reaches the application', as
 
 test('the page starts and stops the autoclicker', async () => {
   await begin();
-  await setInterval(clicker(), 'Click interval', 20);
-  await program.choose('Mouse button', 'Right', clicker());
+  await setInterval(autoclicker(), 'Click interval', 20);
+  await program.choose('Mouse button', 'Right', autoclicker());
   await program.waitForSettings((s) => s.sbtn === 1, 'the button');
   await program.press('Start clicking');
   await waitUntil(() => observer.presses().length >= 3, 'clicks arrive');
@@ -91,7 +91,7 @@ test('the page starts and stops the autoclicker', async () => {
 
 test('a real click picks the location and does not reach the application', async () => {
   await begin();
-  await setCount(clicker(), 'clicks', 3);
+  await setCount(autoclicker(), 'clicks', 3);
   await program.press('Pick location');
   await program.waitForPick(observer);
   await observer.pointAt(-60, 40);
@@ -128,8 +128,8 @@ test('a right click cancels a pick', async () => {
 
 test('a count of three sends exactly three clicks', async () => {
   await begin();
-  await setInterval(clicker(), 'Click interval', 5);
-  await setCount(clicker(), 'clicks', 3);
+  await setInterval(autoclicker(), 'Click interval', 5);
+  await setCount(autoclicker(), 'clicks', 3);
   await input.tap(Key.F6);
   await waitUntil(() => observer.presses().length >= 3, 'three clicks');
   await program.waitForStatus((status) => !status.autoClicking, 'the tool stops after its count');
@@ -140,10 +140,10 @@ test('a count of three sends exactly three clicks', async () => {
 
 test('a count of three double clicks sends three pairs', async () => {
   await begin();
-  await program.enter('Click interval: seconds', 3, clicker());
-  await setInterval(clicker(), 'Click interval', 0);
-  await program.choose('Click type', 'Double', clicker());
-  await setCount(clicker(), 'clicks', 3);
+  await program.enter('Click interval: seconds', 3, autoclicker());
+  await setInterval(autoclicker(), 'Click interval', 0);
+  await program.choose('Click type', 'Double', autoclicker());
+  await setCount(autoclicker(), 'clicks', 3);
   await input.tap(Key.F6);
   await waitUntil(() => observer.presses().length >= 6, 'six clicks');
   await program.waitForStatus((status) => !status.autoClicking, 'the tool stops after its count');
@@ -157,9 +157,9 @@ test('a count of three double clicks sends three pairs', async () => {
 
 // Chooses the target keys, each captured by a real key press that no application receives.
 async function chooseTargets(letters) {
-  await program.press(/^Remove .*, key 1$/, presser());
+  await program.press(/^Remove .*, key 1$/, keySpammer());
   for (const [index, letter] of [...letters].entries()) {
-    await program.press('Add key', presser());
+    await program.press('Add key', keySpammer());
     await program.waitForCapture(observer, (s) => s.reassigning === 'keyspamtarget');
     await input.tap(Key[letter]);
     await program.waitForStatus((s) => s.keySpamTargets.length === index + 1 && s.reassigning === '', letter);
@@ -180,8 +180,8 @@ const keyTexts = () => observer.keys().map((key) => `${key.code}${key.down ? ' d
 test('four rounds of A, B, C in turn press A, B, C, A', async () => {
   await begin();
   await chooseTargets('ABC');
-  await setInterval(presser(), 'Press interval', 20);
-  await setCount(presser(), 'rounds', 4);
+  await setInterval(keySpammer(), 'Press interval', 20);
+  await setCount(keySpammer(), 'rounds', 4);
   await input.tap(Key.F9);
   await waitUntil(() => observer.keys().length >= 8, 'four keys');
   await program.waitForStatus((s) => !s.keySpamming, 'the tool stops after its count');
@@ -197,9 +197,9 @@ test('four rounds of A, B, C in turn press A, B, C, A', async () => {
 test('keys pressed together go down in list order before any is released', async () => {
   await begin();
   await chooseTargets('ABC');
-  await program.choose('Key order', 'Together', presser());
+  await program.choose('Key order', 'Together', keySpammer());
   await program.waitForStatus((s) => s.keySpamChord, 'the order');
-  await setCount(presser(), 'rounds', 1);
+  await setCount(keySpammer(), 'rounds', 1);
   await program.press('Start pressing');
   await waitUntil(() => observer.keys().length >= 6, 'one round');
   await program.waitForStatus((s) => !s.keySpamming, 'the tool stops after its count');
@@ -218,8 +218,8 @@ test('keys pressed together go down in list order before any is released', async
 
 test('autoclicker and key spammer run together, and the page stops both', async () => {
   await begin();
-  await setInterval(clicker(), 'Click interval', 30);
-  await setInterval(presser(), 'Press interval', 30);
+  await setInterval(autoclicker(), 'Click interval', 30);
+  await setInterval(keySpammer(), 'Press interval', 30);
   await input.tap(Key.F6);
   await input.tap(Key.F9);
   await waitUntil(() => observer.presses().length > 5 && observer.keys().length > 10, 'both work');
