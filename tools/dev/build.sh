@@ -71,6 +71,7 @@ Check() {
     }
     checks=0
     CheckStep layers node tools/check_layers.mjs
+    CheckStep language node tools/check_language.mjs
     CheckStep clang-format bash -c "$(declare -f OwnCppFiles); OwnCppFiles | xargs -r clang-format --dry-run -Werror"
     CheckStep prettier bash -c "$(declare -f OwnPageFiles); OwnPageFiles | xargs -r npx prettier --check"
     if [ "${1:-}" != quick ]; then
