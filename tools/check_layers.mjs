@@ -78,7 +78,8 @@ for (const path of filesBelow('src')) {
 // of its own. Each backend defines the seam's headers (platform/*.h, platform/shared/*.h).
 const isSeam = (file) => /^platform\/(shared\/)?[^/]+\.h$/.test(file);
 const namesIn = (text, pattern) => new Set([...text.matchAll(pattern)].map((match) => match[1]));
-const declaration = /^(?!using |typedef |return |friend )[A-Za-z_][\w:<>,&* ]* [&*]*(\w+)\([^;{}]*\)[^;{}()]*(?:\([^;{}()]*\))*;/gm;
+const declaration =
+  /^(?!using |typedef |return |friend )[A-Za-z_][\w:<>,&* ]* [&*]*(\w+)\([^;{}]*\)[^;{}()]*(?:\([^;{}()]*\))*;/gm;
 const definition = /^(?!using |return )[A-Za-z_][\w:<>,&* ]* [&*]*(\w+)\([^;{}]*\)[^;{}]*\{/gm;
 const defined = new Map(); // source -> names of the functions that it defines
 for (const [file, text] of texts) if (file.endsWith('.cpp')) defined.set(file, namesIn(text, definition));

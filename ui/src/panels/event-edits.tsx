@@ -139,8 +139,7 @@ function ShiftField({ edits, hintId, onError }: EditProps) {
   const earliest = earliestSelected();
   const isTooEarly = earliest + seconds < -1e-9;
   useEffect(
-    () =>
-      onError(isTooEarly ? `Enter -${groupedNumber(earliest)} or more: no time can be below 0.` : ''),
+    () => onError(isTooEarly ? `Enter -${groupedNumber(earliest)} or more: no time can be below 0.` : ''),
     [isTooEarly, earliest],
   );
   useEffect(() => () => onError(''), []);
