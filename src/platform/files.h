@@ -1,6 +1,8 @@
 // Files and folders by 8-bit path. No function throws. A failure returns false or an empty result. Any thread.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,7 +21,54 @@ bool CreateFolder(const std::string& path);
 bool RemoveFile(const std::string& path);
 // Moves a file, also across volumes. Fails if the target exists.
 bool MoveFileNoReplace(const std::string& from, const std::string& to);
-// Reads the whole file, byte for byte. Returns false if it cannot be opened.
+
+// The largest file that is read, in bytes. A macro of ten million events has about 400 MB.
+constexpr size_t kLargestFile = size_t{1} << 30;
+
+enum class FileResult {
+    Done,
+    Missing,   // no file at this path
+    TooLarge,  // more bytes than the caller allows
+    NotAFile,  // a folder, pipe, socket, device, or a link where links are not followed
+    DiskFull,
+    Failed,  // anything else, for example a missing permission
+};
+
+enum class FileLinks { Follow, Refuse };
+
+// Reads the whole file, byte for byte, if it is a regular file of at most `limit` bytes. Never waits for a pipe.
+// *bytes is undefined unless the result is Done.
+FileResult ReadFileLimited(const std::string& path, size_t limit, FileLinks links, std::string* bytes);
+// The same with kLargestFile and links followed. False unless the whole file was read.
 bool ReadFileBytes(const std::string& path, std::string* bytes);
 // Creates or truncates the file and writes all bytes. Returns false if it cannot be opened or a byte cannot be written.
 bool WriteFileBytes(const std::string& path, std::string_view bytes);
+
+// Files that only this program and its user may read: everything in the data folder.
+
+// Both refuse links and everything that is not a regular file, and leave a file that is readable and writable for the
+// user alone.
+
+// Creates or truncates the file and writes it.
+FileResult WriteStateFile(const std::string& path, std::string_view bytes);
+// Creates the file or overwrites it in place, and returns after the content has reached the disk. Asks for the disk
+// space before the old content changes, so DiskFull leaves the old content.
+FileResult WriteStateFileToDisk(const std::string& path, std::string_view bytes);
+// Overwrites `bytes` at `offset` of an existing state file. The file does not grow.
+FileResult PatchStateFile(const std::string& path, size_t offset, std::string_view bytes);
+// Puts `from` in the place of `to` in one step: a reader sees the old file or the new one. Both in one folder.
+FileResult ReplaceStateFile(const std::string& from, const std::string& to);
+// Creates the folder if it is missing, and takes the access of other users away from a folder of this user.
+void CreatePrivateFolder(const std::string& path);
+
+// What changes when another program replaces or rewrites a file.
+struct FileStamp {
+    uint64_t volume = 0;
+    uint64_t file = 0;
+    uint64_t size = 0;  // bytes
+    int64_t time = 0;   // of the last change, in units of the system
+
+    bool operator==(const FileStamp&) const = default;
+};
+// False if there is no file at this path.
+bool ReadFileStamp(const std::string& path, FileStamp* stamp);

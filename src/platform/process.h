@@ -35,8 +35,11 @@ uint32_t OwnProcessId();
 bool IsOwnImage(uint32_t processId);
 
 enum class InstanceResult { First, AlreadyRunning };
-// Claims the name for this process's life. A failure of the system counts as First.
+// Claims the name and the data folder for this process's life. AlreadyRunning if another process has either of them. A
+// failure of the system counts as First.
 InstanceResult ClaimSingleInstance(const char* name);
+// The process that holds the claim on the data folder, for a message to the user; 0 if it is not known.
+uint32_t RunningInstanceProcessId();
 void ReleaseSingleInstance();
 
 // `save` runs once when the process is about to die of an unhandled fault; the process then ends in the usual way.

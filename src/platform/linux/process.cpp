@@ -33,9 +33,12 @@ constexpr const char* kRedirectingVariables[] = {
     "WEBKIT_INSPECTOR_HTTP_SERVER",
 };
 
-// The claimed lock file, guarded by its mutex. The lock ends with the descriptor, also when the process is killed.
+// The claimed lock files: one in the folder of the log-on session, one in the data folder. The second keeps two
+// programs with different or unusable session folders from writing one session file. Guarded by instanceMutex; a lock
+// ends with its descriptor, also when the process is killed.
 std::mutex instanceMutex;
 int instanceLock = -1;
+int dataFolderLock = -1;
 
 // NOTE: a file opened while a standard stream is closed takes its descriptor and receives the output of that stream.
 // HACK: closed streams are opened on /dev/null.
@@ -49,17 +52,25 @@ void OpenStandardStreams() {
     }
 }
 
-// Returns the folder of the lock files: that of the log-on session, else the data folder.
-std::string LockFolder() {
+std::string ClaimedDataFolder() {
+    std::string folder = DataFolderRoot() + "/Varnelle";
+    CreatePrivateFolder(folder);
+    return folder;
+}
+
+std::string DataFolderLockPath() {
+    return ClaimedDataFolder() + "/instance.lock";
+}
+
+// The folder of the log-on session; empty if there is none that can be used.
+std::string SessionLockFolder() {
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     struct stat status {};
     if (runtime != nullptr && runtime[0] == '/' && stat(runtime, &status) == 0 && S_ISDIR(status.st_mode) &&
         access(runtime, W_OK | X_OK) == 0) {
         return runtime;
     }
-    std::string folder = DataFolderRoot() + "/Varnelle";
-    CreateFolder(folder);
-    return folder;
+    return {};
 }
 
 std::string LockFileName(const char* name) {
@@ -70,6 +81,41 @@ std::string LockFileName(const char* name) {
         file += plain ? *each : '_';
     }
     return file + ".lock";
+}
+
+// Locks the file at `path`, which is created if it is missing. False if another process holds the lock. *lock is the
+// descriptor, or -1 where the system fails. The file stays when the claim ends: removing it would let two processes lock
+// two files of one name.
+bool TakeLock(const std::string& path, int* lock) {
+    *lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+    if (*lock < 0) {
+        return true;
+    }
+    int result = 0;
+    do {
+        result = flock(*lock, LOCK_EX | LOCK_NB);
+    } while (result != 0 && errno == EINTR);
+    if (result == 0) {
+        return true;
+    }
+    const bool isHeld = errno == EWOULDBLOCK;
+    close(*lock);
+    *lock = -1;
+    return !isHeld;
+}
+
+void ReleaseLock(int* lock) {
+    if (*lock >= 0) {
+        close(*lock);
+        *lock = -1;
+    }
+}
+
+void WriteProcessId(int file) {
+    const std::string text = std::to_string(getpid()) + "\n";
+    if (file >= 0 && ftruncate(file, 0) == 0) {
+        [[maybe_unused]] const ssize_t written = pwrite(file, text.data(), text.size(), 0);
+    }
 }
 
 // The crash handler. Set once at the start, read by the signal handler.
@@ -141,33 +187,35 @@ bool IsOwnImage(uint32_t processId) {
 
 InstanceResult ClaimSingleInstance(const char* name) {
     const std::lock_guard lock(instanceMutex);
-    if (instanceLock >= 0) {
+    if (instanceLock >= 0 || dataFolderLock >= 0) {
         return InstanceResult::First;
     }
-    const std::string path = LockFolder() + "/" + LockFileName(name);
-    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (file < 0) {
-        return InstanceResult::First;
-    }
-    int result = 0;
-    do {
-        result = flock(file, LOCK_EX | LOCK_NB);
-    } while (result != 0 && errno == EINTR);
-    if (result != 0 && errno == EWOULDBLOCK) {
-        close(file);
+    const std::string session = SessionLockFolder();
+    const std::string folder = session.empty() ? ClaimedDataFolder() : session;
+    if (!TakeLock(folder + "/" + LockFileName(name), &instanceLock)) {
         return InstanceResult::AlreadyRunning;
     }
-    // The file stays when the claim ends. Without it, two processes could lock two files of the same name.
-    instanceLock = file;
+    if (!TakeLock(DataFolderLockPath(), &dataFolderLock)) {
+        ReleaseLock(&instanceLock);
+        return InstanceResult::AlreadyRunning;
+    }
+    WriteProcessId(dataFolderLock);
     return InstanceResult::First;
+}
+
+uint32_t RunningInstanceProcessId() {
+    constexpr size_t kLongestNumber = 32;
+    std::string text;
+    if (ReadFileLimited(DataFolderLockPath(), kLongestNumber, FileLinks::Refuse, &text) != FileResult::Done) {
+        return 0;
+    }
+    return static_cast<uint32_t>(std::strtoul(text.c_str(), nullptr, 10));
 }
 
 void ReleaseSingleInstance() {
     const std::lock_guard lock(instanceMutex);
-    if (instanceLock >= 0) {
-        close(instanceLock);
-        instanceLock = -1;
-    }
+    ReleaseLock(&instanceLock);
+    ReleaseLock(&dataFolderLock);
 }
 
 void SetCrashHandler(void (*save)()) {

@@ -47,6 +47,13 @@ bool Exists(const std::string& path) {
     return std::filesystem::exists(std::filesystem::symlink_status(path, error));
 }
 
+bool IsRegularFile(const std::string& path, FileLinks links) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(links == FileLinks::Refuse
+                                                ? std::filesystem::symlink_status(path, error)
+                                                : std::filesystem::status(path, error));
+}
+
 }  // namespace
 
 std::string_view TextLineEnd() {
@@ -95,27 +102,40 @@ bool MoveFileNoReplace(const std::string& from, const std::string& to) {
     return !error;
 }
 
-bool ReadFileBytes(const std::string& path, std::string* bytes) {
+FileResult ReadFileLimited(const std::string& path, size_t limit, FileLinks links, std::string* bytes) {
     const std::optional<SimFileFault> fault = NextFault(path);
     if (fault == SimFileFault::Refused) {
-        return false;
+        return FileResult::Failed;
+    }
+    if (!Exists(path)) {
+        return FileResult::Missing;
+    }
+    if (!IsRegularFile(path, links)) {
+        return FileResult::NotAFile;
     }
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) {
-        return false;
+        return FileResult::Failed;
     }
     bytes->clear();
     char buffer[65536];
     size_t count = 0;
-    while ((count = std::fread(buffer, 1, sizeof buffer, file)) != 0) {
+    while (bytes->size() <= limit && (count = std::fread(buffer, 1, sizeof buffer, file)) != 0) {
         bytes->append(buffer, count);
     }
-    const bool complete = std::ferror(file) == 0;  // a folder can be opened but not read
+    const bool complete = std::ferror(file) == 0;
     std::fclose(file);
     if (fault) {
         bytes->resize(bytes->size() / 2);
     }
-    return complete && !fault;
+    if (!complete || fault) {
+        return FileResult::Failed;
+    }
+    return bytes->size() > limit ? FileResult::TooLarge : FileResult::Done;
+}
+
+bool ReadFileBytes(const std::string& path, std::string* bytes) {
+    return ReadFileLimited(path, kLargestFile, FileLinks::Follow, bytes) == FileResult::Done;
 }
 
 bool WriteFileBytes(const std::string& path, std::string_view bytes) {
@@ -132,6 +152,67 @@ bool WriteFileBytes(const std::string& path, std::string_view bytes) {
     }
     const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
     return std::fclose(file) == 0 && written && !fault;
+}
+
+FileResult WriteStateFile(const std::string& path, std::string_view bytes) {
+    const std::optional<SimFileFault> fault = NextFault(path);
+    if (fault == SimFileFault::Refused) {
+        return FileResult::DiskFull;
+    }
+    if (Exists(path) && !IsRegularFile(path, FileLinks::Refuse)) {
+        return FileResult::NotAFile;
+    }
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) {
+        return FileResult::Failed;
+    }
+    if (fault) {
+        bytes = bytes.substr(0, bytes.size() / 2);
+    }
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    return std::fclose(file) == 0 && written && !fault ? FileResult::Done : FileResult::Failed;
+}
+
+FileResult WriteStateFileToDisk(const std::string& path, std::string_view bytes) {
+    return WriteStateFile(path, bytes);
+}
+
+FileResult PatchStateFile(const std::string& path, size_t offset, std::string_view bytes) {
+    if (Fails(path) || !IsRegularFile(path, FileLinks::Refuse)) {
+        return FileResult::Failed;
+    }
+    std::FILE* file = std::fopen(path.c_str(), "rb+");
+    if (file == nullptr) {
+        return FileResult::Failed;
+    }
+    std::error_code error;
+    const bool done = offset + bytes.size() <= std::filesystem::file_size(path, error) &&
+                      std::fseek(file, static_cast<long>(offset), SEEK_SET) == 0 &&
+                      std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    return std::fclose(file) == 0 && done ? FileResult::Done : FileResult::Failed;
+}
+
+FileResult ReplaceStateFile(const std::string& from, const std::string& to) {
+    if (Fails(from)) {
+        return FileResult::Failed;
+    }
+    std::error_code error;
+    std::filesystem::rename(from, to, error);
+    return error ? FileResult::Failed : FileResult::Done;
+}
+
+void CreatePrivateFolder(const std::string& path) {
+    CreateFolder(path);
+}
+
+bool ReadFileStamp(const std::string& path, FileStamp* stamp) {
+    std::error_code error;
+    if (Fails(path) || !Exists(path)) {
+        return false;
+    }
+    stamp->size = std::filesystem::file_size(path, error);
+    stamp->time = std::filesystem::last_write_time(path, error).time_since_epoch().count();
+    return !error;
 }
 
 void SimFailFileOperation(int number, SimFileFault fault, bool permanently) {

@@ -50,6 +50,10 @@ InstanceResult ClaimSingleInstance(const char* name) {
     return InstanceResult::First;
 }
 
+uint32_t RunningInstanceProcessId() {
+    return 0;
+}
+
 void ReleaseSingleInstance() {
     state.ownNames.clear();
 }

@@ -1,5 +1,7 @@
 #include "platform/process.h"
 
+#include "platform/files.h"
+
 #include <windows.h>
 
 #include <objbase.h>
@@ -8,11 +10,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <string>
 
-// Process-wide state. UI thread unless a line says otherwise.
-static HRESULT comResult = E_FAIL;                   // of the UI thread's CoInitializeEx
-static HANDLE instanceMutex = nullptr;               // held from ClaimSingleInstance on
-static std::atomic<void (*)()> crashSave = nullptr;  // taken by the first thread that crashes
+// Process-wide state, UI thread unless said otherwise.
+static HRESULT comResult = E_FAIL;                    // of the UI thread's CoInitializeEx
+static HANDLE instanceMutex = nullptr;                // held from ClaimSingleInstance on
+static HANDLE dataFolderLock = INVALID_HANDLE_VALUE;  // the same
+static std::atomic<void (*)()> crashSave = nullptr;   // taken by the first thread that crashes
 
 void PrepareProcess() {
     SetDefaultDllDirectories(0x1000);  // LOAD_LIBRARY_SEARCH_DEFAULT_DIRS
@@ -96,15 +100,50 @@ bool IsOwnImage(uint32_t processId) {
                                 static_cast<int>(other.length), TRUE) == CSTR_EQUAL;
 }
 
+// Opened for as long as the process lives, and shared for reading only: a second open for writing fails. The name of
+// the mutex holds for one log-on session; the file holds for the data folder.
+static HANDLE OpenDataFolderLock() {
+    const std::string folder = DataFolderRoot() + "\\Varnelle";
+    CreatePrivateFolder(folder);
+    return CreateFileA((folder + "\\instance.lock").c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                       OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+}
+
 InstanceResult ClaimSingleInstance(const char* name) {
     instanceMutex = CreateMutexA(nullptr, TRUE, name);
-    return GetLastError() == ERROR_ALREADY_EXISTS ? InstanceResult::AlreadyRunning : InstanceResult::First;
+    if (GetLastError() == ERROR_ALREADY_EXISTS) {
+        return InstanceResult::AlreadyRunning;
+    }
+    dataFolderLock = OpenDataFolderLock();
+    if (dataFolderLock == INVALID_HANDLE_VALUE) {
+        return GetLastError() == ERROR_SHARING_VIOLATION ? InstanceResult::AlreadyRunning
+                                                         : InstanceResult::First;
+    }
+    const std::string text = std::to_string(GetCurrentProcessId()) + "\r\n";
+    DWORD written = 0;
+    SetEndOfFile(dataFolderLock);
+    WriteFile(dataFolderLock, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+    return InstanceResult::First;
+}
+
+uint32_t RunningInstanceProcessId() {
+    constexpr size_t kLongestNumber = 32;
+    std::string text;
+    const std::string path = DataFolderRoot() + "\\Varnelle\\instance.lock";
+    if (ReadFileLimited(path, kLongestNumber, FileLinks::Refuse, &text) != FileResult::Done) {
+        return 0;
+    }
+    return static_cast<uint32_t>(std::strtoul(text.c_str(), nullptr, 10));
 }
 
 void ReleaseSingleInstance() {
     if (instanceMutex) {
         CloseHandle(instanceMutex);
         instanceMutex = nullptr;
+    }
+    if (dataFolderLock != INVALID_HANDLE_VALUE) {
+        CloseHandle(dataFolderLock);
+        dataFolderLock = INVALID_HANDLE_VALUE;
     }
 }
 
