@@ -254,11 +254,19 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
     Require(events.size() == count && (!withYardstick || events == plainEvents), "reading");
 
     SetStore(profile.events);
-    rows.push_back(Measure("session save", SaveSession, yardstick([&] { PlainSaveSession(plainSession); })));
+    // A save of an unchanged session writes nothing, so each run changes a setting.
+    const auto saveChanged = [] {
+        autoclickerSettings.fixedX = autoclickerSettings.fixedX + 1;
+        SaveSession();
+    };
+    rows.push_back(Measure("session save", saveChanged, yardstick([&] { PlainSaveSession(plainSession); })));
+    SaveSession();
+    rows.push_back(
+        Measure("session save, unchanged", SaveSession, yardstick([&] { PlainSaveSession(plainSession); })));
     requireSameFiles(SessionPath(), plainSession, "saving");
 
     rows.push_back(Measure(
-        "session load", [] { Require(LoadSession(), "loading"); },
+        "session load", [] { Require(LoadSession().loaded, "loading"); },
         yardstick([&] { plainEvents = PlainRead(SessionPath(), 4); })));
 
     std::string json;

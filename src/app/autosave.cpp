@@ -1,5 +1,6 @@
 #include "app/autosave.h"
 
+#include "app/session_notices.h"
 #include "model/engine_state.h"
 #include "platform/clock.h"
 #include "storage/session.h"
@@ -13,6 +14,7 @@ void AutosaveThreadMain() {
         }
         if (engineState.running) {
             SaveSession();
+            ShowSaveProblemOnPage();
         }
     }
 }

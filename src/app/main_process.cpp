@@ -2,6 +2,7 @@
 
 #include "app/autosave.h"
 #include "app/commands.h"
+#include "app/session_notices.h"
 #include "base/mutex.h"
 #include "editing/profiles.h"
 #include "engines/autoclicker.h"
@@ -108,9 +109,28 @@ void JoinThreads(MainProcessThreads* threads) {
 
 // ---- Start-up ---------------------------------------------------------------------------------------------------
 
-// Brings the window of the running instance to the front and returns the exit code of this one.
+// Returns the window of the running instance, or 0. Waits up to 5 seconds, because that instance may be starting.
+WindowRef WaitForMainWindow() {
+    constexpr int kRounds = 50;
+    constexpr uint32_t kRoundMilliseconds = 100;
+    WindowRef window = FindMainWindow();
+    for (int round = 0; window == 0 && round < kRounds; ++round) {
+        SleepMilliseconds(kRoundMilliseconds);
+        window = FindMainWindow();
+    }
+    return window;
+}
+
+// Brings the running instance to the front. This one has nothing else to do.
 int RunSecondInstance() {
-    if (const WindowRef window = FindMainWindow()) {
+    const WindowRef window = WaitForMainWindow();
+    if (window == 0) {
+        const uint32_t process = RunningInstanceProcessId();
+        ShowErrorMessage("Varnelle",
+                         "Varnelle is already running" +
+                             (process == 0 ? std::string() : " as process " + std::to_string(process)) +
+                             ", but it has no window. End that process, then start Varnelle again.");
+    } else {
         if (IsWindowMinimised(window)) {
             RestoreWindow(window);
         }
@@ -128,8 +148,9 @@ void LoadState(const LaunchOptions& options) {
     MigrateStateFile(DataFilePath("appsettings.txt"), "appsettings.txt");
     DeleteFromProgramFolder("status.txt");
     DeleteFromProgramFolder("macroevents.txt");
-    SetCrashHandler(SaveSession);
-    if (!LoadSession()) {
+    SetCrashHandler(SaveSessionAfterCrash);
+    const SessionLoad session = LoadSession();
+    if (!session.loaded) {
         MutexLock lock(macroMutex);
         macroState.profiles.push_back(Profile{DefaultProfileName, {}, {}});
         MarkMacroChanged();
@@ -141,6 +162,10 @@ void LoadState(const LaunchOptions& options) {
     SetLaunchAtStartup(appSettings.launchOnStartup);
     if (!options.openMacroPath.empty()) {
         ImportFromCommandLine(options.openMacroPath);
+    }
+    if (session.damaged) {
+        const std::string later = TakePendingThemeAlert();
+        SetPendingThemeAlert(DamagedSessionText(session) + (later.empty() ? "" : "\n" + later));
     }
 }
 
@@ -222,6 +247,9 @@ void Shutdown(MainProcessThreads* threads, PageHost* host) {
     SetMainPage(nullptr);
     if (host != nullptr) {
         DestroyPageHost(host);
+    }
+    if (const SaveProblem problem = LastSaveProblem(); problem != SaveProblem::None) {
+        ShowErrorMessage("Varnelle", SaveProblemText(problem));
     }
 }
 

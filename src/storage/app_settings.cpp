@@ -195,13 +195,15 @@ std::string BuildAppSettingsText() {
 
 void LoadAppSettings() {
     std::string text;
-    if (ReadFileBytes(DataFilePath(kSettingsFile), &text)) {
+    if (ReadFileLimited(DataFilePath(kSettingsFile), kLargestFile, FileLinks::Refuse, &text) ==
+        FileResult::Done) {
         ApplyAppSettingsText(text);
     }
 }
 
 void SaveAppSettings() {
-    WriteFileBytes(DataFilePath(kSettingsFile), BuildAppSettingsText());
+    CreateDataFolder();
+    WriteStateFile(DataFilePath(kSettingsFile), BuildAppSettingsText());
 }
 
 std::string AppSettingsReport() {

@@ -29,7 +29,8 @@ std::string ProgramFilePath(const char* name) {
 std::string ReadMirror(const char* name, const char* otherwise) {
     std::string bytes;
     std::string_view line;
-    if (!ReadFileBytes(DataFilePath(name), &bytes) || !TextLines(bytes).Next(&line) || line.empty()) {
+    if (ReadFileLimited(DataFilePath(name), kLargestFile, FileLinks::Refuse, &bytes) != FileResult::Done ||
+        !TextLines(bytes).Next(&line) || line.empty()) {
         return otherwise;
     }
     return std::string(line);
@@ -37,7 +38,7 @@ std::string ReadMirror(const char* name, const char* otherwise) {
 
 void WriteMirror(const char* name, std::string_view text) {
     CreateDataFolder();
-    WriteFileBytes(DataFilePath(name), text);
+    WriteStateFile(DataFilePath(name), text);
 }
 
 }  // namespace
@@ -51,12 +52,12 @@ std::string DataFilePath(std::string_view name) {
 }
 
 void CreateDataFolder() {
-    CreateFolder(DataFolderPath());
+    CreatePrivateFolder(DataFolderPath());
 }
 
 bool AtomicWriteFile(const std::string& path, std::string_view bytes) {
     const std::string temporary = path + ".tmp";
-    bool done = WriteFileBytes(temporary, bytes);
+    bool done = WriteStateFile(temporary, bytes) == FileResult::Done;
     if (done) {
         if (FileExists(path)) {
             RemoveFile(path);

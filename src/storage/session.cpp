@@ -3,9 +3,11 @@
 #include "base/numbers.h"
 #include "base/text.h"
 #include "model/engine_state.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "storage/data_folder.h"
 #include "storage/macro_file.h"
+#include "storage/session_file.h"
 #include "storage/settings_text.h"
 
 #include <atomic>
@@ -109,6 +111,34 @@ void AppendSession(std::string& text, const std::string& settingsLine, const Sav
     }
 }
 
+std::atomic<SaveProblem> saveProblem{SaveProblem::None};
+
+// The session file at the start was damaged and could not be moved: no save may overwrite it. Set before the threads
+// start, then belongs to the save under way.
+bool damagedFileInTheWay = false;
+
+// The thread runs a save. A crash inside a save must not wait for that save.
+thread_local bool isSaving = false;
+
+SaveProblem ProblemOfResult(FileResult result) {
+    switch (result) {
+    case FileResult::Done:
+        return SaveProblem::None;
+    case FileResult::DiskFull:
+        return SaveProblem::DiskFull;
+    default:
+        return SaveProblem::Failed;
+    }
+}
+
+FileResult WriteText(const std::string& text) {
+    if (damagedFileInTheWay && FileExists(SessionPath()) && KeepDamagedSession().empty()) {
+        return FileResult::Failed;
+    }
+    damagedFileInTheWay = false;
+    return WriteSessionFile(text);
+}
+
 void SaveOnce() {
     try {
         const std::string settingsLine = BuildSettingsLine();
@@ -116,12 +146,11 @@ void SaveOnce() {
             std::string& text = saveBuffers.text;
             text.clear();
             AppendSession(text, settingsLine, saveBuffers);
-            CreateDataFolder();
-            WriteFileBytes(SessionPath(), text);
+            saveProblem = ProblemOfResult(WriteText(text));
             FreeIfOversized(text, text.size());
         }
     } catch (const std::bad_alloc&) {
-        // The file keeps the last good state.
+        saveProblem = SaveProblem::Failed;  // the file keeps the last good state
     }
 }
 
@@ -136,26 +165,76 @@ size_t BytesToNextProfile(std::string_view text) {
     return text.size();
 }
 
-// Reads the lines after the second one.
-std::vector<Profile> ReadProfiles(TextLines& lines) {
+struct ParsedSession {
+    bool begins = false;  // the first line is the settings line
+    std::string_view settingsLine;
+    int32_t currentProfile = 0;  // as written; may be out of range
+    std::vector<Profile> profiles;
+    bool whole = false;  // every line was understood, and the last one is complete
+};
+
+// Reads what follows the second line. False if an event line was dropped.
+bool ReadProfiles(TextLines& lines, std::vector<Profile>* profiles) {
     // A usual line has 16 bytes or more. With shorter lines the list grows while they are read.
     constexpr size_t kUsualLineLength = 16;
-    std::vector<Profile> profiles;
+    bool complete = true;
     std::string_view line;
     while (lines.Next(&line)) {
         if (StartsWith(line, kProfilePrefix)) {
-            Profile& profile = profiles.emplace_back();
+            Profile& profile = profiles->emplace_back();
             profile.name = line.substr(kProfilePrefix.size());
             profile.events.reserve(BytesToNextProfile(lines.Rest()) / kUsualLineLength);
-        } else if (profiles.empty()) {
+        } else if (profiles->empty() || line.empty()) {
             continue;
         } else if (StartsWith(line, kProfileSettingsPrefix)) {
-            profiles.back().settings = line.substr(kProfileSettingsPrefix.size());
+            profiles->back().settings = line.substr(kProfileSettingsPrefix.size());
         } else if (UnifiedEvent event; ParseSessionEventLine(line, &event)) {
-            profiles.back().events.push_back(event);
+            profiles->back().events.push_back(event);
+        } else {
+            complete = false;
         }
     }
-    return profiles;
+    return complete;
+}
+
+ParsedSession ParseSession(std::string_view bytes) {
+    ParsedSession session;
+    TextLines lines(bytes);
+    std::string_view line;
+    if (!lines.Next(&line) || !StartsWith(line, kSettingsPrefix)) {
+        return session;
+    }
+    session.begins = true;
+    session.settingsLine = line.substr(kSettingsPrefix.size());
+    if (lines.Next(&line) && StartsWith(line, kCurrentPrefix)) {
+        ParseInt(line.substr(kCurrentPrefix.size()), &session.currentProfile);
+    }
+    const bool complete = ReadProfiles(lines, &session.profiles);
+    session.whole = complete && !session.profiles.empty() && bytes.back() == '\n';
+    return session;
+}
+
+// False: no profile, and the store is untouched. The settings of a session without profiles are applied all the same.
+bool ApplySession(ParsedSession session) {
+    if (!session.begins) {
+        return false;
+    }
+    ApplySettingsLine(session.settingsLine);
+    if (session.profiles.empty()) {
+        return false;
+    }
+    const std::string settings = BuildProfileSettings();
+    MutexLock lock(macroMutex);
+    macroState.profiles = std::move(session.profiles);
+    const int32_t wanted = session.currentProfile;
+    const bool inRange = wanted >= 0 && static_cast<size_t>(wanted) < macroState.profiles.size();
+    macroState.currentProfile = inRange ? wanted : 0;
+    Profile& current = macroState.profiles[static_cast<size_t>(macroState.currentProfile)];
+    if (current.settings.empty()) {
+        current.settings = settings;
+    }
+    MarkMacroChanged();
+    return true;
 }
 
 }  // namespace
@@ -169,42 +248,64 @@ void SaveSession() {
         return;
     }
     SaveStage stage = SaveStage::Saving;
+    isSaving = true;
     do {
         saveStage = SaveStage::Saving;
         SaveOnce();
         stage = SaveStage::Saving;
     } while (!saveStage.compare_exchange_strong(stage, SaveStage::Idle));
+    isSaving = false;
 }
 
-bool LoadSession() {
+void SaveSessionAfterCrash() {
+    constexpr int kRounds = 200;
+    constexpr uint32_t kRoundMilliseconds = 10;
+    if (isSaving) {
+        return;  // the recovery file or the session file is whole
+    }
+    for (int round = 0; round < kRounds && saveStage != SaveStage::Idle; ++round) {
+        SleepMilliseconds(kRoundMilliseconds);
+    }
+    SaveSession();
+}
+
+SaveProblem LastSaveProblem() {
+    return saveProblem;
+}
+
+SessionLoad LoadSession() {
+    SessionLoad load;
+    damagedFileInTheWay = false;
+    std::string recovered;
+    const RecoveryState recovery = ReadRecoveryFile(&recovered);
+    if (recovery == RecoveryState::Pending && LoadSessionText(recovered)) {
+        load.loaded = true;
+        return load;
+    }
     std::string bytes;
-    return ReadFileBytes(SessionPath(), &bytes) && LoadSessionText(bytes);
+    const FileResult result = ReadFileLimited(SessionPath(), kLargestFile, FileLinks::Refuse, &bytes);
+    if (result == FileResult::Missing) {
+        return load;
+    }
+    ParsedSession session;
+    if (result == FileResult::Done) {
+        session = ParseSession(bytes);
+    }
+    if (session.whole) {
+        load.loaded = ApplySession(std::move(session));
+        return load;
+    }
+    load.damaged = true;
+    if (result != FileResult::Failed) {
+        load.keptAs = KeepDamagedSession();
+    }
+    // A file that could not be read may be whole, and readable at the next start. The next save moves it.
+    damagedFileInTheWay = load.keptAs.empty();
+    load.loaded =
+        (recovery == RecoveryState::Done && LoadSessionText(recovered)) || ApplySession(std::move(session));
+    return load;
 }
 
 bool LoadSessionText(std::string_view bytes) {
-    TextLines lines(bytes);
-    std::string_view line;
-    if (!lines.Next(&line) || !StartsWith(line, kSettingsPrefix)) {
-        return false;
-    }
-    ApplySettingsLine(line.substr(kSettingsPrefix.size()));
-    int32_t wanted = 0;
-    if (lines.Next(&line) && StartsWith(line, kCurrentPrefix)) {
-        ParseInt(line.substr(kCurrentPrefix.size()), &wanted);
-    }
-    std::vector<Profile> profiles = ReadProfiles(lines);
-    if (profiles.empty()) {
-        return false;
-    }
-    const std::string settings = BuildProfileSettings();
-    MutexLock lock(macroMutex);
-    macroState.profiles = std::move(profiles);
-    const bool inRange = wanted >= 0 && static_cast<size_t>(wanted) < macroState.profiles.size();
-    macroState.currentProfile = inRange ? wanted : 0;
-    Profile& current = macroState.profiles[static_cast<size_t>(macroState.currentProfile)];
-    if (current.settings.empty()) {
-        current.settings = settings;
-    }
-    MarkMacroChanged();
-    return true;
+    return ApplySession(ParseSession(bytes));
 }

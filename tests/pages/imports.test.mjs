@@ -219,6 +219,18 @@ describe('after an import', () => {
     assert.equal(await page.getByRole('alert').innerText(), '');
   });
 
+  pageTest('shows why the work cannot be saved until it can', {}, async (page) => {
+    const problem = 'Your work cannot be saved: the disk is full.';
+    for (let save = 0; save < 2; save++) await page.evaluate((text) => window.onSaveProblem(text), problem);
+    await page.getByRole('alert').getByText(problem).waitFor();
+    assert.equal(await page.getByRole('alert').getByText(problem).count(), 1);
+    assert.equal(await button(page, 'Dismiss').count(), 0);
+    assert.deepEqual(await axeFinds(page), []);
+    await picture(page, 'save-problem');
+    await page.evaluate(() => window.onSaveProblem(''));
+    await page.getByText(problem).waitFor({ state: 'detached' });
+  });
+
   pageTest('shows an import that the program reports by itself', {}, async (page) => {
     await forgetCalls(page);
     await page.evaluate(() => {

@@ -6,6 +6,7 @@ import { App } from './app';
 import { fitFirstWindow, installFit } from './fit';
 import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
 import { fetchPendingNotices, listenForImports } from './imports';
+import { listenForSaveProblems } from './notices';
 import { startPolling } from './poll';
 import { appSettings, clicking, known, picking, playing } from './store';
 import './theme.css';
@@ -53,6 +54,7 @@ async function show(root: HTMLElement, reports: Promise<unknown>[]): Promise<voi
 
 installFit();
 listenForImports();
+listenForSaveProblems();
 const root = document.getElementById('app');
 if (root) {
   render(<App />, root);

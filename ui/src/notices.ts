@@ -5,6 +5,8 @@ import { signal } from '@preact/signals';
 export const doneNotice = signal<{ text: string } | null>(null);
 // The page shows the first.
 export const messages = signal<readonly string[]>([]);
+// Why the work cannot be saved; empty while it can. Stays until a save succeeds.
+export const saveProblem = signal('');
 
 export function showDone(text: string): void {
   doneNotice.value = { text };
@@ -16,4 +18,15 @@ export function showMessage(text: string): void {
 
 export function dismissMessage(): void {
   messages.value = messages.value.slice(1);
+}
+
+declare global {
+  interface Window {
+    onSaveProblem?: (text: string) => void;
+  }
+}
+
+// Defines the function by which the program reports failed saves.
+export function listenForSaveProblems(): void {
+  window.onSaveProblem = (text) => (saveProblem.value = text);
 }

@@ -1,5 +1,5 @@
 import { useEffect, useState } from 'preact/hooks';
-import { dismissMessage, doneNotice, messages } from '../notices';
+import { dismissMessage, doneNotice, messages, saveProblem } from '../notices';
 import { failure } from '../store';
 import { Button } from './button';
 import { Icon } from './icon';
@@ -14,6 +14,7 @@ export function Notices() {
   return (
     <div class="notices">
       <div class="notices__region" role="alert">
+        {saveProblem.value && <Notice text={saveProblem.value} />}
         {failure.value && <Notice text={failure.value} onDismiss={() => (failure.value = '')} />}
         {messages.value[0] !== undefined && (
           <Notice text={messages.value[0]} more={more} onDismiss={dismissMessage} />
@@ -26,7 +27,8 @@ export function Notices() {
   );
 }
 
-function Notice({ text, more = 0, onDismiss }: { text: string; more?: number; onDismiss: () => void }) {
+// A notice without `onDismiss` stays until its reason has gone.
+function Notice({ text, more = 0, onDismiss }: { text: string; more?: number; onDismiss?: () => void }) {
   return (
     <div class="notice">
       <span class="notice__icon">
@@ -36,9 +38,11 @@ function Notice({ text, more = 0, onDismiss }: { text: string; more?: number; on
         {text}
         {more > 0 && <span class="notice__more">{`${more} more after this.`}</span>}
       </span>
-      <Button kind="quiet" onPress={onDismiss}>
-        Dismiss
-      </Button>
+      {onDismiss && (
+        <Button kind="quiet" onPress={onDismiss}>
+          Dismiss
+        </Button>
+      )}
     </div>
   );
 }
