@@ -49,6 +49,9 @@ bool MoveFileNoReplace(const std::string& from, const std::string& to) {
     return MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_COPY_ALLOWED) != FALSE;
 }
 
+// ERROR_DISK_QUOTA_EXCEEDED of winerror.h, which the mingw headers lack.
+constexpr DWORD kDiskQuotaExceeded = 1295;
+
 static FileResult ResultOfError(DWORD error) {
     switch (error) {
     case ERROR_FILE_NOT_FOUND:
@@ -56,7 +59,7 @@ static FileResult ResultOfError(DWORD error) {
         return FileResult::Missing;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
-    case ERROR_DISK_QUOTA_EXCEEDED:
+    case kDiskQuotaExceeded:
         return FileResult::DiskFull;
     default:
         return FileResult::Failed;
