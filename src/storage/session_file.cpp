@@ -154,7 +154,7 @@ std::string KeepDamagedSession() {
     const std::string name = "session-damaged-" + UtcTimeText();
     for (int attempt = 1; attempt <= kAttempts; ++attempt) {
         const std::string suffix = attempt == 1 ? "" : "-" + std::to_string(attempt);
-        const std::string path = DataFilePath(name + suffix + ".dat");
+        std::string path = DataFilePath(name + suffix + ".dat");
         if (!FileExists(path) && MoveFileNoReplace(SessionPath(), path)) {
             return path;
         }

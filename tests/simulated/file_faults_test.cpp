@@ -186,7 +186,8 @@ TEST_F(FileFaults, SaveReportsAFullDiskUntilALaterSaveSucceeds) {
 }
 
 TEST_F(FileFaults, DamagedSessionIsNeverOverwritten) {
-    const std::string damaged = "SETTINGS:\nCURRENT:0\nPROFILE:Kept\n3,1,0,0,0,65,1,0\n" + std::string(3, '\0');
+    const std::string damaged =
+        "SETTINGS:\nCURRENT:0\nPROFILE:Kept\n3,1,0,0,0,65,1,0\n" + std::string(3, '\0');
     const auto prepare = [&] { WriteFile(Folder("Varnelle/session.dat"), damaged); };
     const auto attempt = [] {
         if (!LoadSession().loaded) {

@@ -142,6 +142,7 @@ TEST_F(LinuxPlatform, DataFolderRootFollowsTheEnvironment) {
 
 TEST_F(LinuxPlatform, OneInstance) {
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+    setenv("LOCALAPPDATA", folder.c_str(), 1);
     EXPECT_EQ(ClaimSingleInstance("Test\\Name/1"), InstanceResult::First);
     const auto other = [&] {
         return WEXITSTATUS(InChild([] {
@@ -151,12 +152,25 @@ TEST_F(LinuxPlatform, OneInstance) {
         }));
     };
     EXPECT_EQ(other(), 1);
+    EXPECT_EQ(RunningInstanceProcessId(), OwnProcessId());
+    // Another folder of the log-on session, or none, does not help: the data folder is the same.
+    ASSERT_TRUE(CreateFolder(File("other")));
+    for (const std::string& runtime : {File("other"), File("missing"), std::string()}) {
+        setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
+        EXPECT_EQ(other(), 1) << runtime;
+    }
+    setenv("XDG_RUNTIME_DIR", File("other").c_str(), 1);
+    setenv("LOCALAPPDATA", File("other").c_str(), 1);
+    EXPECT_EQ(other(), 0) << "another session folder and another data folder";
+    setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+    setenv("LOCALAPPDATA", folder.c_str(), 1);
     ReleaseSingleInstance();
     EXPECT_EQ(other(), 0);
 }
 
 TEST_F(LinuxPlatform, TheClaimEndsWithAKill) {
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+    setenv("LOCALAPPDATA", folder.c_str(), 1);
     int ready[2];
     ASSERT_EQ(pipe2(ready, O_CLOEXEC), 0);
     const pid_t child = fork();
@@ -184,6 +198,7 @@ TEST_F(LinuxPlatform, TheClaimEndsWithAKill) {
 
 TEST_F(LinuxPlatform, AFailingLockCountsAsFirst) {
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+    setenv("LOCALAPPDATA", folder.c_str(), 1);
     ASSERT_TRUE(CreateFolder(File("varnelle-Blocked.lock")));
     EXPECT_EQ(ClaimSingleInstance("Blocked"), InstanceResult::First);
     ReleaseSingleInstance();

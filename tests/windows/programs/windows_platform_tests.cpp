@@ -254,7 +254,19 @@ TEST(Process, TheNameIsClaimedOnce) {
     std::string output;
     ASSERT_EQ(ClaimSingleInstance("Local\\VarnelleTestInstance"), InstanceResult::First);
     EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleTestInstance"), &output), 11u);
-    EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleOtherInstance"), &output), 10u);
+    // Another name stands for another log-on session. The data folder is the same.
+    EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleOtherInstance"), &output), 11u);
+    EXPECT_EQ(RunningInstanceProcessId(), GetCurrentProcessId());
+    {
+        ScratchFolder other;
+        char root[260];
+        ASSERT_GT(GetEnvironmentVariableA("LOCALAPPDATA", root, sizeof root), 0u);
+        SetEnvironmentVariableA("LOCALAPPDATA", other.File(".").c_str());
+        EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleOtherInstance"), &output), 10u);
+        SetEnvironmentVariableA("LOCALAPPDATA", root);
+        DeleteFileA(other.File("Varnelle\\instance.lock").c_str());
+        RemoveDirectoryA(other.File("Varnelle").c_str());
+    }
     ReleaseSingleInstance();
     EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleTestInstance"), &output), 10u);
     ReleaseSingleInstance();
