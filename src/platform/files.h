@@ -34,10 +34,11 @@ enum class FileResult {
     Failed,  // anything else, for example a missing permission
 };
 
+// Refuse: only a regular file, not through a link and without waiting, for files in the data folder. Follow: whatever
+// the user names, a pipe included, but no folder.
 enum class FileLinks { Follow, Refuse };
 
-// Reads the whole file, byte for byte, if it is a regular file of at most `limit` bytes. Never waits for a pipe.
-// *bytes is undefined unless the result is Done.
+// Reads the whole file, byte for byte, if it has at most `limit` bytes. *bytes is undefined unless the result is Done.
 FileResult ReadFileLimited(const std::string& path, size_t limit, FileLinks links, std::string* bytes);
 // The same with kLargestFile and links followed. False unless the whole file was read.
 bool ReadFileBytes(const std::string& path, std::string* bytes);

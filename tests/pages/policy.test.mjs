@@ -78,8 +78,10 @@ const dragged = {
 };
 
 for (const [what, item] of Object.entries(dragged)) {
-  test(`the page takes no drop of ${what}`, async () => {
-    await page.evaluate(() => {
+  pageTest(`the page takes no drop of ${what}`, { ownContext: true }, async (fresh) => {
+    const drag = await fresh.context().newCDPSession(fresh);
+    await fresh.evaluate(() => {
+      window.own = true;
       window.drags = [];
       for (const type of ['dragenter', 'dragover', 'drop'])
         window.addEventListener(type, (event) =>
@@ -87,19 +89,19 @@ for (const [what, item] of Object.entries(dragged)) {
         );
     });
     // Over a field, which takes a text by itself.
-    const { x, y } = await page.locator('input[type=text]:visible').first().boundingBox();
+    const { x, y } = await fresh.locator('input[type=text]:visible').first().boundingBox();
     const data = { items: [item], files: [], dragOperationsMask: 1 };
     for (const type of ['dragEnter', 'dragOver', 'drop'])
-      await tools.send('Input.dispatchDragEvent', { type, x: x + 3, y: y + 3, data });
-    await page.waitForFunction(() => drags.some((drag) => drag.startsWith('dragover')));
-    await settled(page);
-    const drags = await page.evaluate(() => drags);
+      await drag.send('Input.dispatchDragEvent', { type, x: x + 3, y: y + 3, data });
+    await fresh.waitForFunction(() => drags.some((each) => each.startsWith('dragover')));
+    await settled(fresh);
+    const drags = await fresh.evaluate(() => drags);
     assert.ok(drags.includes('dragover true none'), drags.join());
     assert.ok(
-      drags.every((drag) => drag.includes(' true ')),
+      drags.every((each) => each.includes(' true ')),
       drags.join(),
     );
-    assert.equal(await page.evaluate(() => window.own && location.href), 'about:blank');
+    assert.equal(await fresh.evaluate(() => window.own && location.href), 'about:blank');
   });
 }
 

@@ -54,6 +54,7 @@ before(
     });
     await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
     address = `http://127.0.0.1:${server.address().port}`;
+    await fixture.ready();
     installation = makeRealInstallation(fixture);
     writeFileSync(join(dirname(installation.program), 'ui/index.html'), barePage());
     ({ inspector } = await openRealView(fixture, installation));

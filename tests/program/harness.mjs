@@ -120,7 +120,7 @@ export function useDataFolder(installation) {
 // unless `keepOpen` is set. `desktop` holds the options of openDesktop, `page` those of a browser context.
 export function useFixture({ desktop, page, keepOpen = false } = {}) {
   const fixture = new Fixture();
-  before(() => fixture.open(desktop, page), limit);
+  before(() => fixture.ready(desktop, page), limit);
   if (!keepOpen) afterEach(() => fixture.closeOpened(), limit);
   after(() => fixture.close(), limit);
   return fixture;
@@ -137,6 +137,11 @@ class Fixture {
   input = new XtestInput(); // the real keyboard and mouse
   opened = [];
   installations = [];
+
+  // Opens the fixture once. Hooks of one file may run side by side, so each that needs the fixture waits for it.
+  ready(desktopOptions, pageOptions) {
+    return (this.opening ??= this.open(desktopOptions, pageOptions));
+  }
 
   async open(desktopOptions = {}, pageOptions = {}) {
     const { openDesktop, kScreen } = await import(`./desktop_${backend}.mjs`);

@@ -66,7 +66,7 @@ async function assertDecisionTells(name) {
   );
   // The picture: one mark for the finding, and only lanes with events have height.
   const picture = decision().locator('figure');
-  assert.match(await picture.innerText(), /What it does over time, and where each finding begins\./);
+  assert.match(await picture.innerText(), /Activity over time, and the start of each finding\./);
   assert.equal(await picture.locator('.findings-timeline__number').count(), 1);
   const heights = await picture
     .locator('svg path')

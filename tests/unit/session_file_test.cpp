@@ -263,7 +263,8 @@ TEST_F(SessionFileTest, PipesAreRefusedWithoutWaiting) {
     EXPECT_NE(ReadStatusMirror(), "");
     WriteStatusMirror("{}");
     std::string bytes;
-    EXPECT_FALSE(ReadFileBytes(DataFilePath("status.txt"), &bytes));
+    EXPECT_EQ(ReadFileLimited(DataFilePath("status.txt"), kLargestFile, FileLinks::Refuse, &bytes),
+              FileResult::NotAFile);
 }
 
 // The limit stands for a disk that is full after so many bytes: a write beyond it is short or fails.

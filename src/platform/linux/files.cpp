@@ -251,8 +251,9 @@ bool MoveFileNoReplace(const std::string& from, const std::string& to) {
 }
 
 FileResult ReadFileLimited(const std::string& path, size_t limit, FileLinks links, std::string* bytes) {
-    const int noFollow = links == FileLinks::Refuse ? O_NOFOLLOW : 0;
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | noFollow);
+    // The user may name a pipe. A state file is never one.
+    const int refusing = links == FileLinks::Refuse ? O_NOFOLLOW | O_NONBLOCK : 0;
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | refusing);
     if (file < 0) {
         return ResultOfError(errno);
     }
@@ -260,7 +261,7 @@ FileResult ReadFileLimited(const std::string& path, size_t limit, FileLinks link
     struct stat status {};
     if (fstat(file, &status) != 0) {
         result = FileResult::Failed;
-    } else if (!S_ISREG(status.st_mode)) {
+    } else if (S_ISDIR(status.st_mode) || (links == FileLinks::Refuse && !S_ISREG(status.st_mode))) {
         result = FileResult::NotAFile;
     } else {
         result = ReadAll(file, static_cast<size_t>(status.st_size), limit, bytes);

@@ -87,7 +87,8 @@ std::string LockFileName(const char* name) {
 // descriptor, or -1 where the system fails. The file stays when the claim ends: removing it would let two processes lock
 // two files of one name.
 bool TakeLock(const std::string& path, int* lock) {
-    *lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+    // For reading: a file that is open for writing would keep its disk from becoming read-only.
+    *lock = open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
     if (*lock < 0) {
         return true;
     }
@@ -108,13 +109,6 @@ void ReleaseLock(int* lock) {
     if (*lock >= 0) {
         close(*lock);
         *lock = -1;
-    }
-}
-
-void WriteProcessId(int file) {
-    const std::string text = std::to_string(getpid()) + "\n";
-    if (file >= 0 && ftruncate(file, 0) == 0) {
-        [[maybe_unused]] const ssize_t written = pwrite(file, text.data(), text.size(), 0);
     }
 }
 
@@ -199,7 +193,9 @@ InstanceResult ClaimSingleInstance(const char* name) {
         ReleaseLock(&instanceLock);
         return InstanceResult::AlreadyRunning;
     }
-    WriteProcessId(dataFolderLock);
+    if (dataFolderLock >= 0) {
+        WriteStateFile(DataFolderLockPath(), std::to_string(getpid()) + "\n");
+    }
     return InstanceResult::First;
 }
 
