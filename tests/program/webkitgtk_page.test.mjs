@@ -28,6 +28,7 @@ const elementWith = (selector, text) =>
 
 before(async () => {
   if (onWindows) return;
+  await fixture.ready();
   installation = makeRealInstallation(fixture);
   const events = Array.from(
     { length: kLargeMacro },
