@@ -1,6 +1,6 @@
 // A session survives the death of the program at any moment: at random, aimed into saves, and by a crash during a save.
 //
-// SESSION_KILLS=N multiplies the rounds; ./dev fuzz kill sets it.
+// SESSION_KILLS=N in the environment multiplies the rounds.
 import assert from 'node:assert/strict';
 import { mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
