@@ -250,26 +250,34 @@ TEST(Process, OwnImageComparesWithoutCase) {
     EXPECT_NE(output.find("WINDOWS_platform_tests"), std::string::npos) << output;
 }
 
+// The data folder of this process and of those that it starts.
+static void UseDataFolderIn(const ScratchFolder& folder) {
+    SetEnvironmentVariableA("LOCALAPPDATA", folder.File(".").c_str());
+}
+
+static void RemoveDataFolderIn(const ScratchFolder& folder) {
+    DeleteFileA(folder.File("Varnelle\\instance.lock").c_str());
+    RemoveDirectoryA(folder.File("Varnelle").c_str());
+}
+
 TEST(Process, TheNameIsClaimedOnce) {
+    ScratchFolder own;
+    ScratchFolder other;
     std::string output;
-    ASSERT_EQ(ClaimSingleInstance("Local\\VarnelleTestInstance"), InstanceResult::First);
+    UseDataFolderIn(own);
+    EXPECT_EQ(ClaimSingleInstance("Local\\VarnelleTestInstance"), InstanceResult::First);
     EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleTestInstance"), &output), 11u);
     // Another name stands for another log-on session. The data folder is the same.
     EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleOtherInstance"), &output), 11u);
     EXPECT_EQ(RunningInstanceProcessId(), GetCurrentProcessId());
-    {
-        ScratchFolder other;
-        char root[260];
-        ASSERT_GT(GetEnvironmentVariableA("LOCALAPPDATA", root, sizeof root), 0u);
-        SetEnvironmentVariableA("LOCALAPPDATA", other.File(".").c_str());
-        EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleOtherInstance"), &output), 10u);
-        SetEnvironmentVariableA("LOCALAPPDATA", root);
-        DeleteFileA(other.File("Varnelle\\instance.lock").c_str());
-        RemoveDirectoryA(other.File("Varnelle").c_str());
-    }
+    UseDataFolderIn(other);
+    EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleOtherInstance"), &output), 10u);
+    UseDataFolderIn(own);
     ReleaseSingleInstance();
     EXPECT_EQ(RunToEnd(OwnRole(L"claim", L"Local\\VarnelleTestInstance"), &output), 10u);
     ReleaseSingleInstance();
+    RemoveDataFolderIn(own);
+    RemoveDataFolderIn(other);
 }
 
 TEST(Process, AFailedClaimCountsAsFirst) {
