@@ -281,11 +281,14 @@ TEST(Process, TheNameIsClaimedOnce) {
 }
 
 TEST(Process, AFailedClaimCountsAsFirst) {
+    ScratchFolder own;
+    UseDataFolderIn(own);
     HANDLE event =
         CreateEventA(nullptr, TRUE, FALSE, "Local\\VarnelleNoMutex");  // the name is of another kind
     EXPECT_EQ(ClaimSingleInstance("Local\\VarnelleNoMutex"), InstanceResult::First);
     ReleaseSingleInstance();
     CloseHandle(event);
+    RemoveDataFolderIn(own);
 }
 
 TEST(Process, ACrashSavesOnceAndStillEndsTheProcess) {
