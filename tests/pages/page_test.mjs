@@ -9,7 +9,7 @@ import { buildPage, kBrowserOptions, root } from './browser.mjs';
 
 export { assert, describe, root, test };
 const pictures = join(root, 'build/pages');
-const kDeadline = 120000; // ms that a condition is waited for
+const kDeadline = 120000; // ms until a wait for a condition fails
 const kViewport = { width: 420, height: 560 };
 const fakeHost = readFileSync(new URL('fake_host.js', import.meta.url), 'utf8');
 

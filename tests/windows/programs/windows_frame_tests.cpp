@@ -17,7 +17,7 @@
 namespace {
 
 std::vector<UINT> passedOn;  // messages that reached the window's own procedure
-std::vector<WindowPlacement> told;
+std::vector<WindowPlacement> placements;
 std::vector<std::string> dropped;
 
 LRESULT CALLBACK OwnProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -26,7 +26,7 @@ LRESULT CALLBACK OwnProcedure(HWND window, UINT message, WPARAM wParam, LPARAM l
 }
 
 void NotePlacement(const WindowPlacement& placement) {
-    told.push_back(placement);
+    placements.push_back(placement);
 }
 
 void NoteDrop(const std::vector<std::string>& paths) {
@@ -46,7 +46,7 @@ class WindowFrame : public ::testing::Test {
         shown = CreateWindowExW(0, L"WatchedWindow", L"Watched", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 60,
                                 400, 300, nullptr, nullptr, windowClass.hInstance, nullptr);
         host_.library.getWindow = [](WebView) -> void* { return shown; };
-        told.clear();
+        placements.clear();
         dropped.clear();
         passedOn.clear();
     }
@@ -73,14 +73,14 @@ class WindowFrame : public ::testing::Test {
 TEST_F(WindowFrame, TheEndOfAMoveIsReported) {
     WatchPageWindow(&host_, {.placementChanged = NotePlacement, .filesDropped = nullptr});
     PlaceWindow(Ref(), 120, 90, 500, 350);
-    EXPECT_TRUE(told.empty()) << "the program's own moves are not";
+    EXPECT_TRUE(placements.empty()) << "the program's own moves are not";
     SendMessageW(shown, WM_EXITSIZEMOVE, 0, 0);
-    ASSERT_EQ(told.size(), 1U);
-    EXPECT_EQ(told[0].normal.left, 120);
-    EXPECT_EQ(told[0].normal.top, 90);
-    EXPECT_EQ(told[0].normal.right, 620);
-    EXPECT_EQ(told[0].normal.bottom, 440);
-    EXPECT_FALSE(told[0].maximised);
+    ASSERT_EQ(placements.size(), 1U);
+    EXPECT_EQ(placements[0].normal.left, 120);
+    EXPECT_EQ(placements[0].normal.top, 90);
+    EXPECT_EQ(placements[0].normal.right, 620);
+    EXPECT_EQ(placements[0].normal.bottom, 440);
+    EXPECT_FALSE(placements[0].maximised);
     EXPECT_TRUE(GotThrough(WM_EXITSIZEMOVE));
 }
 
@@ -91,27 +91,27 @@ TEST_F(WindowFrame, AMaximisedOrMinimisedWindowKeepsItsNormalPlace) {
     SendMessageW(shown, WM_EXITSIZEMOVE, 0, 0);
     MinimiseWindow(Ref());
     DestroyWindow(shown);
-    ASSERT_EQ(told.size(), 2U);
-    EXPECT_TRUE(told[0].maximised);
-    EXPECT_FALSE(told[1].maximised) << "a minimised one is not maximised";
-    for (const WindowPlacement& placement : told) {
+    ASSERT_EQ(placements.size(), 2U);
+    EXPECT_TRUE(placements[0].maximised);
+    EXPECT_FALSE(placements[1].maximised) << "a minimised one is not maximised";
+    for (const WindowPlacement& placement : placements) {
         EXPECT_EQ(placement.normal.left, 120);
         EXPECT_EQ(placement.normal.bottom, 440);
     }
     EXPECT_TRUE(GotThrough(WM_DESTROY));
     EXPECT_TRUE(GotThrough(WM_NCDESTROY));
     EndWindowWatch(&host_);
-    EXPECT_EQ(told.size(), 2U) << "its end was reported";
+    EXPECT_EQ(placements.size(), 2U) << "its end was reported";
 }
 
 TEST_F(WindowFrame, AWindowThatOutlivesTheLoopIsReportedAtTheEnd) {
     WatchPageWindow(&host_, {.placementChanged = NotePlacement, .filesDropped = nullptr});
     PlaceWindow(Ref(), 20, 30, 300, 200);
     EndWindowWatch(&host_);
-    ASSERT_EQ(told.size(), 1U);
-    EXPECT_EQ(told[0].normal.left, 20);
+    ASSERT_EQ(placements.size(), 1U);
+    EXPECT_EQ(placements[0].normal.left, 20);
     SendMessageW(shown, WM_EXITSIZEMOVE, 0, 0);
-    EXPECT_EQ(told.size(), 1U) << "its own procedure is back";
+    EXPECT_EQ(placements.size(), 1U) << "its own procedure is back";
 }
 
 TEST_F(WindowFrame, AnExceptionOfTheHandlerIsCaught) {
