@@ -157,10 +157,14 @@ std::string ParseMacroText(std::string_view bytes, ParsedMacro* out) {
 
 std::string ReadMacroFile(const std::string& path, ParsedMacro* out) {
     std::string bytes;
-    if (!ReadFileBytes(path, &bytes)) {
+    switch (ReadFileLimited(path, kLargestFile, FileLinks::Follow, &bytes)) {
+    case FileResult::Done:
+        return ParseMacroText(bytes, out);
+    case FileResult::TooLarge:
+        return "That macro file is too large.";
+    default:
         return "Couldn't open that macro file.";
     }
-    return ParseMacroText(bytes, out);
 }
 
 void WriteMacroFile(const std::string& path, const Profile& profile) {

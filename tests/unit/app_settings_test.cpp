@@ -287,6 +287,11 @@ TEST_F(AppSettingsTest, SavingReplacesTheWholeFile) {
     EXPECT_EQ(Saved(), kDefaultLines);
 }
 
+TEST_F(AppSettingsTest, SavingCreatesAMissingDataFolder) {
+    fs::remove_all(DataFolderPath());
+    EXPECT_EQ(Saved(), kDefaultLines);
+}
+
 TEST_F(AppSettingsTest, AFailedSaveKeepsTheLiveValues) {
     fs::remove_all(DataFolderPath());
     WriteFile(DataFolderPath(), "a file where the folder should be");

@@ -5,6 +5,7 @@
 #include "unit/test_support.h"
 
 #include <cmath>
+#include <filesystem>
 #include <ios>
 #include <limits>
 #include <map>
@@ -246,6 +247,10 @@ TEST_F(MacroFileTest, ARejectedFileKeepsTheResult) {
     macro.name = "before";
     macro.events.resize(2);
     EXPECT_EQ(ReadMacroFile(folder_.File("missing.vrlmacro"), &macro), kCannotOpen);
+    const std::string large = folder_.File("large.vrlmacro");
+    WriteFile(large, "Large\n0,0.5,10,10,0,0,0\n");
+    std::filesystem::resize_file(large, kLargestFile + 1);
+    EXPECT_EQ(ReadMacroFile(large, &macro), "That macro file is too large.");
     EXPECT_EQ(ReadMacroFile(FixturePath("macros/empty-name.vrlmacro"), &macro), kNameMissing);
     EXPECT_EQ(ReadMacroFile(FixturePath("macros/empty.vrlmacro"), &macro), kNameMissing);
     EXPECT_EQ(ParseMacroText("", &macro), kNameMissing);
