@@ -44,7 +44,7 @@ bool ReadPointerPosition(int32_t* x, int32_t* y);
 // prefix sets a mark above the low 8 bits for prefixed keys that IsExtendedKey does not list.
 uint32_t ScanCodeOfKey(uint32_t virtualKey);
 
-// Returns the system's name of the key that ScanCodeOfKey and IsExtendedKey describe, empty if it has none.
+// Returns the system's name, in UTF-8, of the key that ScanCodeOfKey and IsExtendedKey describe, empty if it has none.
 std::string SystemKeyName(uint32_t scanCode, bool extended);
 
 // Returns the longest time between the presses of a double click, in milliseconds.

@@ -155,7 +155,8 @@ test('a profile name of any bytes reaches the page and the session unchanged', a
   writeFileSync(join(installation.data, 'session.dat'), session, 'latin1');
   let program = await fixture.startProgram({ installation });
   const { names } = await program.call('getProfiles');
-  assert.deepEqual(names, ['caf\ufffd <b>bold</b> \\n', 'Default Tracking Profile']);
+  // Windows reads the byte in its own code page.
+  assert.deepEqual(names, [`caf${onWindows ? 'é' : '\ufffd'} <b>bold</b> \\n`, 'Default Tracking Profile']);
   await waitUntil(
     async () =>
       (await program.page.getByRole('combobox', { name: 'Profile' }).innerText()).includes('<b>bold</b>'),

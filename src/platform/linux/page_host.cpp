@@ -6,6 +6,7 @@
 #include "platform/linux/frame_watch.h"
 #include "platform/process.h"
 #include "platform/shared/page_host_state.h"
+#include "platform/shared/valid_utf8.h"
 
 #include <X11/Xlib.h>
 #include <dlfcn.h>
@@ -126,4 +127,8 @@ bool ShowsOwnDocument(PageHost* host) {
 
 void PageWindowShown(PageHost* host) {
     StartFrameThread(host, static_cast<Window>(PageHostWindow(host)));
+}
+
+std::string PageText(std::string_view text) {
+    return ValidUtf8(text);
 }

@@ -2,7 +2,6 @@
 
 #include "base/json_writer.h"
 #include "platform/shared/page_host_state.h"
-#include "platform/shared/valid_utf8.h"
 #include "platform/window_frame.h"
 
 #include <exception>
@@ -67,7 +66,7 @@ void AnswerPageCall(const char* id, const char* request, void* context) noexcept
             return;
         }
         // NOTE: an answer that is no UTF-8 never arrives, and the page waits for ever.
-        host->library.answer(host->view, id, status, ValidUtf8(answer).c_str());
+        host->library.answer(host->view, id, status, PageText(answer).c_str());
     } catch (...) {
         host->library.answer(host->view, id, 1, "\"Out of memory.\"");
     }
@@ -106,7 +105,7 @@ void DocumentArrived(PageDocuments* documents) {
 
 void SetPageHtml(PageHost* host, const std::string& html) {
     ++host->documents.expected;
-    host->library.setHtml(host->view, ValidUtf8(html).c_str());
+    host->library.setHtml(host->view, PageText(html).c_str());
 }
 
 void BindPageFunction(PageHost* host, const char* name, PageFunction function) {
@@ -118,7 +117,7 @@ void EvalInPage(PageHost* host, const std::string& script) {
     if (!ShowsOwnDocument(host)) {
         return;
     }
-    host->library.eval(host->view, ValidUtf8(script).c_str());
+    host->library.eval(host->view, PageText(script).c_str());
 }
 
 void DispatchToPage(PageHost* host, std::function<void()> work) {

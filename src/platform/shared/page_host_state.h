@@ -8,6 +8,8 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <vector>
 
 struct PageBinding {
@@ -51,3 +53,6 @@ bool ShowsOwnDocument(PageHost* host);
 bool PageWindowIsOpen(PageHost* host);
 // Called when the page was given a size, which shows the window the first time.
 void PageWindowShown(PageHost* host);
+// Returns a text for the page in UTF-8. What is no UTF-8 in it is read in the system's own 8-bit encoding where there is
+// one, and is replaced by U+FFFD elsewhere. Any thread.
+std::string PageText(std::string_view text);

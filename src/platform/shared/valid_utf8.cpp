@@ -1,12 +1,11 @@
 #include "platform/shared/valid_utf8.h"
 
-#include <cstddef>
 #include <cstdint>
 
-namespace {
-
-// Returns the number of bytes of the sequence at the start of `text`, 0 if there is none.
-size_t SequenceLength(std::string_view text) {
+size_t Utf8SequenceLength(std::string_view text) {
+    if (text.empty()) {
+        return 0;
+    }
     const auto first = static_cast<uint8_t>(text[0]);
     if (first < 0x80) {
         return 1;
@@ -33,15 +32,13 @@ size_t SequenceLength(std::string_view text) {
     return length;
 }
 
-}  // namespace
-
 std::string ValidUtf8(std::string_view text) {
     std::string valid;
     valid.reserve(text.size());
     size_t kept = 0;  // everything before this index is in `valid`
     size_t at = 0;
     while (at < text.size()) {
-        const size_t length = SequenceLength(text.substr(at));
+        const size_t length = Utf8SequenceLength(text.substr(at));
         if (length == 0) {
             valid.append(text.substr(kept, at - kept)).append("\xEF\xBF\xBD");
             kept = at + 1;

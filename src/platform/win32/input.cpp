@@ -1,6 +1,7 @@
 #include "platform/input.h"
 
 #include "platform/win32/input_record.h"
+#include "platform/win32/text_encoding.h"
 
 #include <windows.h>
 
@@ -32,10 +33,10 @@ uint32_t ScanCodeOfKey(uint32_t virtualKey) {
 }
 
 std::string SystemKeyName(uint32_t scanCode, bool extended) {
-    char name[128];
+    constexpr int kLongestName = 128;
+    wchar_t name[kLongestName];
     const LONG parameter = static_cast<LONG>((scanCode << 16) | (extended ? 1U << 24 : 0U));
-    int length = GetKeyNameTextA(parameter, name, sizeof name);
-    return length > 0 ? std::string(name, static_cast<size_t>(length)) : std::string();
+    return GetKeyNameTextW(parameter, name, kLongestName) > 0 ? Utf8OfWide(name) : std::string();
 }
 
 uint32_t DoubleClickMilliseconds() {

@@ -4,6 +4,7 @@
 #include "platform/process.h"
 #include "platform/shared/page_host_state.h"
 #include "platform/win32/document_guard.h"
+#include "platform/win32/text_encoding.h"
 #include "platform/win32/web_view2.h"
 
 #include <windows.h>
@@ -137,4 +138,8 @@ bool ShowsOwnDocument(PageHost* host) {
 
 void PageWindowShown(PageHost* /*host*/) {
     // The window has been there since the web view was made.
+}
+
+std::string PageText(std::string_view text) {
+    return Utf8OfMixedText(text, GetACP());
 }

@@ -1,6 +1,7 @@
 #include "platform/shell.h"
 
 #include "platform/process.h"
+#include "platform/win32/text_encoding.h"
 
 #include <windows.h>
 
@@ -9,16 +10,8 @@
 constexpr const char* kRunKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Run";
 constexpr const char* kRunValue = "Varnelle";
 
-static std::wstring WideText(const std::string& text) {
-    std::wstring wide;
-    int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
-    wide.resize(static_cast<size_t>(length));
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), wide.data(), length);
-    return wide;
-}
-
 void OpenTarget(const std::string& target) {
-    ShellExecuteW(nullptr, L"open", WideText(target).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+    ShellExecuteW(nullptr, L"open", WideOfUtf8(target).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
 }
 
 void SetLaunchAtStartup(bool enabled) {
