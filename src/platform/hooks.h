@@ -36,8 +36,9 @@ enum class HookDecision { Pass, Consume };
 
 enum class SessionChange { ConsoleDisconnect, RemoteDisconnect, Lock };
 
-// What the sinks might consume now. A backend that must reserve a press with the system beforehand (X11 grabs) reads
-// it; others ignore it. The sink may still pass an event whose code is in the list.
+// What the sinks want now. A backend that must reserve a press with the system beforehand (X11 grabs) reads the codes and
+// buttons; others ignore them. The sink may still pass an event whose code is in the list. Raw mouse reports arrive only
+// while rawMotion is set.
 struct HookInterest {
     uint32_t codes[8] = {};  // virtual keys and button codes
     int codeCount = 0;

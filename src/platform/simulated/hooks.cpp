@@ -127,9 +127,11 @@ void DeliverEvent(const HookEvent& event) {
         Deliver(event.arrival);
         break;
     case HookEventKind::Raw:
-        state.inSink = true;
-        state.sinks->onRawMouse(event.raw);
-        state.inSink = false;
+        if (state.interest.rawMotion) {
+            state.inSink = true;
+            state.sinks->onRawMouse(event.raw);
+            state.inSink = false;
+        }
         break;
     case HookEventKind::Session:
         state.inSink = true;

@@ -80,9 +80,11 @@ void SetWindowOnTop(WindowRef window, bool onTop) {
                  SWP_NOSIZE | SWP_NOMOVE);
 }
 
+// The system loads a shared icon once for the process and frees it with it.
 static void SetIcon(HWND window, WORD resource, int widthMetric, int heightMetric, WPARAM kind) {
     HANDLE icon = LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(resource), IMAGE_ICON,
-                             GetSystemMetrics(widthMetric), GetSystemMetrics(heightMetric), LR_DEFAULTCOLOR);
+                             GetSystemMetrics(widthMetric), GetSystemMetrics(heightMetric),
+                             LR_DEFAULTCOLOR | LR_SHARED);
     if (icon) {
         SendMessageW(window, WM_SETICON, kind, reinterpret_cast<LPARAM>(icon));
     }

@@ -2,9 +2,12 @@
 
 #include "platform/clock.h"
 #include "platform/win32/hook_records.h"
+#include "platform/win32/system_library.h"
 
 #include <windows.h>
 
+// windows.h comes first.
+#include <hidusage.h>
 #include <wtsapi32.h>
 
 #include <atomic>
@@ -17,6 +20,11 @@ static std::atomic<DWORD> inputThreadId = 0;
 
 // Input thread only: the functions that its procedures call.
 static HookSinks activeSinks;
+
+// Whether readInterest may return something else than at its last call.
+static std::atomic<bool> interestChanged = true;
+// Input thread only, as of that call.
+static bool rawMotionWanted = false;
 
 // Returns the sink's decision. An exception must not reach the system that called us: the input then passes.
 template <typename Sink> static HookDecision CallSink(Sink sink) {
@@ -59,6 +67,20 @@ static LRESULT CALLBACK KeyboardHookProcedure(int code, WPARAM message, LPARAM d
     return CallNextHookEx(nullptr, code, message, data);
 }
 
+// Whether a report of the mouse is wanted now. A mouse sends up to eight thousand a second, and nothing else is done for
+// one that nobody wants. Without readInterest all are wanted.
+static bool WantsRawMotion() {
+    if (!activeSinks.onRawMouse || !activeSinks.readInterest) {
+        return activeSinks.onRawMouse != nullptr;
+    }
+    if (interestChanged && interestChanged.exchange(false)) {
+        HookInterest interest;
+        CallGuarded([&] { activeSinks.readInterest(&interest); });
+        rawMotionWanted = interest.rawMotion;
+    }
+    return rawMotionWanted;
+}
+
 static void ReportRawInput(HRAWINPUT report, int64_t counter) {
     RAWINPUT input;
     UINT size = sizeof input;
@@ -76,8 +98,10 @@ static void ReportRawInput(HRAWINPUT report, int64_t counter) {
 }
 
 static LRESULT CALLBACK HiddenWindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_INPUT && activeSinks.onRawMouse) {
-        ReportRawInput(reinterpret_cast<HRAWINPUT>(lParam), ReadPerformanceCounter());
+    if (message == WM_INPUT) {
+        if (WantsRawMotion()) {
+            ReportRawInput(reinterpret_cast<HRAWINPUT>(lParam), ReadPerformanceCounter());
+        }
     } else if (message == WM_WTSSESSION_CHANGE && activeSinks.onSessionChange) {
         if (const std::optional<SessionChange> change = SessionChangeOf(wParam)) {
             CallGuarded([&] { activeSinks.onSessionChange(*change); });
@@ -98,12 +122,18 @@ static void RegisterHiddenWindowClass(HINSTANCE module) {
 
 static void RegisterRawMouse(HWND window) {
     RAWINPUTDEVICE device = {};
-    device.usUsagePage = 1;  // generic desktop
-    device.usUsage = 2;      // mouse
+    device.usUsagePage = HID_USAGE_PAGE_GENERIC;
+    device.usUsage = HID_USAGE_GENERIC_MOUSE;
     device.dwFlags = RIDEV_INPUTSINK;
     device.hwndTarget = window;
     RegisterRawInputDevices(&device, 1, sizeof device);
 }
+
+struct SessionNotices {
+    SystemLibrary library{L"wtsapi32.dll"};
+    decltype(&WTSRegisterSessionNotification) begin = library.Find("WTSRegisterSessionNotification");
+    decltype(&WTSUnRegisterSessionNotification) end = library.Find("WTSUnRegisterSessionNotification");
+};
 
 // NOTE: Wine takes a thread for hung that is awake and has asked for no message for five seconds, and then passes input by
 // its hooks. After a quiet time a button's own raw input report wakes this thread before Wine asks the mouse hook, so that
@@ -127,6 +157,7 @@ static void PumpMessages() {
 
 void RunInputThread(const HookSinks& sinks) {
     activeSinks = sinks;
+    interestChanged = true;
     // A thread has no message queue before its first message call. WM_QUIT posted earlier is lost.
     MSG ignored;
     PeekMessageW(&ignored, nullptr, WM_USER, WM_USER, PM_NOREMOVE);
@@ -137,7 +168,10 @@ void RunInputThread(const HookSinks& sinks) {
     HWND window =
         CreateWindowExW(0, kWindowClass, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, module, nullptr);
     RegisterRawMouse(window);
-    WTSRegisterSessionNotification(window, NOTIFY_FOR_THIS_SESSION);
+    const SessionNotices sessionNotices;
+    if (sessionNotices.begin) {
+        sessionNotices.begin(window, NOTIFY_FOR_THIS_SESSION);
+    }
     HHOOK mouseHook = SetWindowsHookExW(WH_MOUSE_LL, MouseHookProcedure, nullptr, 0);
     HHOOK keyboardHook = SetWindowsHookExW(WH_KEYBOARD_LL, KeyboardHookProcedure, nullptr, 0);
     KeepHooksCalled(window);
@@ -147,7 +181,9 @@ void RunInputThread(const HookSinks& sinks) {
     inputThreadId = 0;
     UnhookWindowsHookEx(mouseHook);
     UnhookWindowsHookEx(keyboardHook);
-    WTSUnRegisterSessionNotification(window);
+    if (sessionNotices.end) {
+        sessionNotices.end(window);
+    }
     DestroyWindow(window);
     UnregisterClassW(kWindowClass, module);
     activeSinks = HookSinks();
@@ -159,5 +195,7 @@ void StopInputThread() {
     }
 }
 
-// The hooks receive everything, whatever the sinks want.
-void HookInterestChanged() {}
+// The hooks receive everything, whatever the sinks want. Only raw reports are left unread.
+void HookInterestChanged() {
+    interestChanged = true;
+}

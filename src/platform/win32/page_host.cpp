@@ -22,15 +22,15 @@ bool IsFile(const std::string& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-// Loads the library from the program's own folder and nowhere else. Empty on success.
+// Loads the library from the program's own folder and nowhere else, and what it needs from the system's folder. Other
+// files in the program's folder, perhaps a folder of downloads, are never loaded. Empty on success.
 std::string LoadLibraryOfPage(PageHost* host) {
     const std::string path = ProgramDirectory() + "\\libwebview.dll";
     if (!IsFile(path)) {
         return "Varnelle cannot show its window because " + path +
                " is missing; put it back beside the program, or install Varnelle again.";
     }
-    HMODULE module = LoadLibraryExA(path.c_str(), nullptr,
-                                    LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    HMODULE module = LoadLibraryExA(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     if (!module) {
         const DWORD error = GetLastError();
         if (error == ERROR_MOD_NOT_FOUND) {
@@ -79,6 +79,8 @@ std::string NoRuntimeMessage() {
 
 std::string CreatePageHost(PageHost** host) {
     *host = nullptr;
+    // The library looks for another one by its bare name when the view is created.
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     auto created = std::make_unique<PageHost>();
     const std::string failure = LoadLibraryOfPage(created.get());
     if (!failure.empty()) {

@@ -44,7 +44,8 @@ class ScratchFolder {
 class ChildProcess {
   public:
     // `output` becomes its standard output and error; with null it has no console and no standard handles.
-    ChildProcess(const std::wstring& commandLine, HANDLE output) {
+    // `program`: the file to run; null: the first word of the command line.
+    ChildProcess(const std::wstring& commandLine, HANDLE output, const wchar_t* program = nullptr) {
         STARTUPINFOW start = {};
         start.cb = sizeof start;
         start.dwFlags = STARTF_USESTDHANDLES;
@@ -52,7 +53,7 @@ class ChildProcess {
         start.hStdError = output;
         std::wstring line = commandLine;
         started_ =
-            CreateProcessW(nullptr, line.data(), nullptr, nullptr, output != nullptr,
+            CreateProcessW(program, line.data(), nullptr, nullptr, output != nullptr,
                            output ? 0 : DETACHED_PROCESS, nullptr, nullptr, &start, &process_) != FALSE;
     }
     ~ChildProcess() {
@@ -108,7 +109,8 @@ inline std::wstring Widen(const std::string& text) {
 }
 
 // Runs a command line to its end. Returns the exit code and the output.
-inline DWORD RunToEnd(const std::wstring& commandLine, std::string* output) {
+inline DWORD RunToEnd(const std::wstring& commandLine, std::string* output,
+                      const wchar_t* program = nullptr) {
     ScratchFolder scratch;
     const std::string path = scratch.File("output");
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
@@ -116,7 +118,7 @@ inline DWORD RunToEnd(const std::wstring& commandLine, std::string* output) {
                               CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD code = 0;
     {
-        ChildProcess child(commandLine, file);
+        ChildProcess child(commandLine, file, program);
         code = child.ExitCode();
     }
     CloseHandle(file);

@@ -23,6 +23,18 @@
 
 namespace {
 
+UINT WINAPI CountRawRead(HRAWINPUT report, UINT command, void* data, UINT* size, UINT headerSize);
+
+}  // namespace
+
+// In place of the entry that the linker would make.
+extern "C" {
+extern const decltype(&GetRawInputData) __imp_GetRawInputData;
+const decltype(&GetRawInputData) __imp_GetRawInputData = CountRawRead;
+}
+
+namespace {
+
 // ---- input and hooks ----
 
 // What the sinks of RunInputThread received. `mutex` guards the lists: the input thread writes, the test reads.
@@ -52,7 +64,28 @@ HookDecision ReceiveMouse(const MouseHookRecord& record) {
     return HookDecision::Pass;
 }
 
+// Raw reports that the backend has read from the system. The backend calls it through the import table, whose entry is
+// replaced below.
+std::atomic<int> rawReads = 0;
+
+UINT WINAPI CountRawRead(HRAWINPUT report, UINT command, void* data, UINT* size, UINT headerSize) {
+    static const auto read = reinterpret_cast<decltype(&GetRawInputData)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetRawInputData")));
+    ++rawReads;
+    return read(report, command, data, size, headerSize);
+}
+
+std::atomic<bool> rawMotionWanted = false;
+std::atomic<int> rawReports = 0;
+std::atomic<int> interestReads = 0;
+
+void ReadInterest(HookInterest* interest) {
+    ++interestReads;
+    interest->rawMotion = rawMotionWanted;
+}
+
 void ReceiveRawMouse(const RawMouseRecord&) {
+    ++rawReports;
     if (received.throwAlways) {
         throw std::runtime_error("on purpose");
     }
@@ -72,6 +105,14 @@ void HookBody() {
     sinks.onMouse = ReceiveMouse;
     sinks.onRawMouse = ReceiveRawMouse;
     sinks.onSessionChange = ReceiveSession;
+    RunInputThread(sinks);
+}
+
+void HookBodyWithInterest() {
+    HookSinks sinks;
+    sinks.onMouse = ReceiveMouse;
+    sinks.onRawMouse = ReceiveRawMouse;
+    sinks.readInterest = ReadInterest;
     RunInputThread(sinks);
 }
 
@@ -287,12 +328,59 @@ TEST(Input, SystemValuesAreUnchanged) {
     EXPECT_EQ(DoubleClickMilliseconds(), GetDoubleClickTime());
     EXPECT_EQ(ScanCodeOfKey('A'), MapVirtualKeyW('A', MAPVK_VK_TO_VSC));
     EXPECT_EQ(ScanCodeOfKey(255), 0u);
-    char name[128];
-    GetKeyNameTextA(0x42 << 16, name, sizeof name);
-    EXPECT_EQ(SystemKeyName(0x42, false), name);
-    GetKeyNameTextA((0x48 << 16) | (1 << 24), name, sizeof name);
-    EXPECT_EQ(SystemKeyName(0x48, true), name);
+    wchar_t name[128];
+    GetKeyNameTextW(0x42 << 16, name, 128);
+    EXPECT_EQ(Widen(SystemKeyName(0x42, false)), name);
+    GetKeyNameTextW((0x48 << 16) | (1 << 24), name, 128);
+    EXPECT_EQ(Widen(SystemKeyName(0x48, true)), name);
     EXPECT_EQ(SystemKeyName(0, false), "");
+}
+
+// ---- raw motion ----
+
+// Sends moves until the hook has seen `count` more. The raw report of a move arrives before the hook's or with it.
+void SendMovesUntilSeen(size_t count) {
+    const size_t before = MouseCount();
+    ASSERT_TRUE(Eventually([&] {
+        SendMoveBy(1, 0);
+        SendMoveBy(-1, 0);
+        return MouseCount() >= before + count;
+    }));
+}
+
+TEST(RawMotion, IsReadOnlyWhileItIsWanted) {
+    received.throwAlways = false;
+    rawMotionWanted = false;
+    rawReads = 0;
+    rawReports = 0;
+    interestReads = 0;
+    std::thread thread = StartThread("hooks", HookBodyWithInterest);
+    SendMovesUntilSeen(40);
+    EXPECT_EQ(rawReads, 0);
+    EXPECT_EQ(rawReports, 0);
+
+    rawMotionWanted = true;
+    HookInterestChanged();
+    EXPECT_TRUE(Eventually([] {
+        SendMoveBy(1, 0);
+        SendMoveBy(-1, 0);
+        return rawReports >= 20;
+    }));
+    EXPECT_GE(rawReads, rawReports);
+    // The sinks are asked once for each change, not for each report.
+    EXPECT_LE(interestReads, 2);
+
+    rawMotionWanted = false;
+    HookInterestChanged();
+    EXPECT_TRUE(Eventually([] {
+        SendMoveBy(1, 0);
+        return interestReads == 3;
+    }));
+    const int reads = rawReads;
+    SendMovesUntilSeen(40);
+    EXPECT_EQ(rawReads, reads);
+    StopInputThread();
+    JoinThread(thread);
 }
 
 // ---- desktop ----
@@ -362,6 +450,19 @@ TEST(Desktop, MinimiseAndRestore) {
     RestoreWindow(window.Ref());
     EXPECT_FALSE(IsWindowMinimised(window.Ref()));
     EXPECT_FALSE(IsWindowMinimised(0));
+}
+
+TEST(Desktop, IconsAreLoadedOnce) {
+    OwnWindow first("Varnelle icons 1", 10, 10);
+    OwnWindow second("Varnelle icons 2", 10, 10);
+    SetWindowIcons(first.Ref());
+    SetWindowIcons(second.Ref());
+    SetWindowIcons(second.Ref());
+    for (const WPARAM kind : {ICON_BIG, ICON_SMALL}) {
+        const LRESULT icon = SendMessageW(first.Handle(), WM_GETICON, kind, 0);
+        EXPECT_NE(icon, 0);
+        EXPECT_EQ(SendMessageW(second.Handle(), WM_GETICON, kind, 0), icon);
+    }
 }
 
 int IconWidth(HWND window, WPARAM kind) {
