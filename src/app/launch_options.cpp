@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace {
@@ -20,14 +21,20 @@ constexpr ValueOption kValueOptions[] = {
     {"--scan-macro=", &LaunchOptions::scanMacroPath, &LaunchOptions::scanMacro},
 };
 
+// Returns whether an argument begins with these ASCII characters. Compared as it came: an argument that only looks so
+// after it was narrowed is not an option.
+bool BeginsWith(std::u16string_view argument, std::string_view prefix) {
+    return argument.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), argument.begin());
+}
+
 void ReadValueOptions(const ProcessArguments& arguments, LaunchOptions* options) {
     if (!arguments.wideViewValid) {
         return;
     }
-    for (const std::string& argument : arguments.arguments) {
+    for (const std::u16string& argument : arguments.arguments) {
         for (const ValueOption& option : kValueOptions) {
-            if (StartsWith(argument, option.prefix)) {
-                options->*option.value = argument.substr(option.prefix.size());
+            if (BeginsWith(argument, option.prefix)) {
+                options->*option.value = NarrowToLowBytes(argument.substr(option.prefix.size()));
                 if (option.given != nullptr) {
                     options->*option.given = true;
                 }

@@ -53,6 +53,24 @@ std::string LowerAscii(std::string_view text) {
     return lower;
 }
 
+std::u16string WidenBytes(std::string_view bytes) {
+    std::u16string units;
+    units.reserve(bytes.size());
+    for (const char byte : bytes) {
+        units.push_back(static_cast<unsigned char>(byte));
+    }
+    return units;
+}
+
+std::string NarrowToLowBytes(std::u16string_view units) {
+    std::string bytes;
+    bytes.reserve(units.size());
+    for (const char16_t unit : units) {
+        bytes.push_back(static_cast<char>(unit & 0xFF));
+    }
+    return bytes;
+}
+
 int HexDigit(char digit) {
     if (digit >= '0' && digit <= '9') {
         return digit - '0';

@@ -31,5 +31,9 @@ bool StartsWith(std::string_view text, std::string_view prefix);
 bool EndsWithNoCase(std::string_view text, std::string_view suffix);
 // Returns `text` with the letters A to Z in lower case.
 std::string LowerAscii(std::string_view text);
+// Returns the bytes as UTF-16 code units of 0 to 255 each.
+std::u16string WidenBytes(std::string_view bytes);
+// Returns the low byte of each code unit. A unit above 255 is altered.
+std::string NarrowToLowBytes(std::u16string_view units);
 // Returns the value of a hexadecimal digit in either case, 0 to 15, or -1 for any other character.
 int HexDigit(char digit);

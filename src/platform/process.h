@@ -14,9 +14,10 @@ constexpr char kPathSeparator =
 
 // The command line in the two forms that the entry point examines.
 struct ProcessArguments {
-    bool wideViewValid = false;          // the line could be split into arguments
-    std::vector<std::string> arguments;  // from index 1 on, each narrowed to 8 bits a character
-    std::string line;                    // everything after the program's name, as one string
+    bool wideViewValid = false;  // the line could be split into arguments
+    // From index 1 on, in UTF-16 code units. Where the system has bytes, each byte is one unit.
+    std::vector<std::u16string> arguments;
+    std::string line;  // everything after the program's name, as one string of bytes
 };
 
 // Sets up the whole process before anything is read: library search, the web view's environment, the UI thread's COM

@@ -26,7 +26,7 @@ void RequireOneRole(const std::string& text) {
     arguments.line = text;
     arguments.wideViewValid = text.size() % 2 == 0;
     for (const std::string_view argument : SplitParts(text, '\n')) {
-        arguments.arguments.emplace_back(argument);
+        arguments.arguments.push_back(WidenBytes(argument));
     }
     const LaunchOptions options = ParseCommandLine(arguments);
     Require(options.openThemePath.empty() || options.openMacroPath.empty());

@@ -1,5 +1,7 @@
 #include "app/launch_options.h"
 
+#include "base/text.h"
+
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -15,7 +17,7 @@ ProcessArguments Line(std::initializer_list<const char*> words) {
             arguments.line += ' ';
         }
         arguments.line += word;
-        arguments.arguments.emplace_back(word);
+        arguments.arguments.push_back(WidenBytes(word));
     }
     return arguments;
 }
@@ -96,6 +98,17 @@ TEST(LaunchOptions, OptionsAreCaseSensitive) {
 TEST(LaunchOptions, IgnoresAValueOptionWithoutItsEqualsSign) {
     EXPECT_EQ(ModeOf({"--validate-macro", "a.txt"}), LaunchMode::MainProcess);
     EXPECT_EQ(ModeOf({"x--validate-macro=a"}), LaunchMode::MainProcess);
+}
+
+TEST(LaunchOptions, ComparesArgumentsBeforeTheyAreNarrowed) {
+    ProcessArguments arguments;
+    arguments.wideViewValid = true;
+    arguments.arguments = {u"\u012D\u012Dvalidate-macro=a"};  // the low bytes of U+012D are a hyphen's
+    EXPECT_EQ(ParseCommandLine(arguments).mode, LaunchMode::MainProcess);
+    arguments.arguments = {u"--validate-macro=\u0141\u20AC.vrlmacro"};
+    EXPECT_EQ(ParseCommandLine(arguments).validateMacroPath, "\x41\xAC.vrlmacro");
+    arguments.arguments = {u"--validate-macr\u016F=a"};
+    EXPECT_EQ(ParseCommandLine(arguments).mode, LaunchMode::MainProcess);
 }
 
 TEST(LaunchOptions, TheManifestOverrideSelectsNoMode) {

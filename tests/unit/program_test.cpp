@@ -1,5 +1,7 @@
 #include "platform/program.h"
 
+#include "base/text.h"
+
 #include "test_support.h"
 
 namespace {
@@ -12,7 +14,7 @@ struct Outcome {
 Outcome RunWith(const std::string& argument) {
     ProcessArguments arguments;
     arguments.wideViewValid = true;
-    arguments.arguments = {argument};
+    arguments.arguments = {WidenBytes(argument)};
     arguments.line = argument;
     ::testing::internal::CaptureStdout();
     const int exitCode = RunProgram(arguments);

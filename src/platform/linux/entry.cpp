@@ -1,4 +1,5 @@
 // The program's entry on X11.
+#include "base/text.h"
 #include "platform/process.h"
 #include "platform/program.h"
 
@@ -9,7 +10,7 @@ int main(int argc, char** argv) {
     ProcessArguments arguments;
     arguments.wideViewValid = true;
     for (int i = 1; i < argc; ++i) {
-        arguments.arguments.emplace_back(argv[i]);
+        arguments.arguments.push_back(WidenBytes(argv[i]));
         if (i > 1) {
             arguments.line += ' ';
         }

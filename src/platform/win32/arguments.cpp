@@ -1,21 +1,17 @@
 #include "platform/win32/arguments.h"
 
+#include "platform/shared/command_line.h"
+
 #include <windows.h>
 
 #include <shellapi.h>
 
-// Without a code page: a character above 255 is altered.
-static std::string NarrowByLowByte(const wchar_t* text) {
-    std::string narrow;
-    for (; *text; ++text) {
-        narrow.push_back(static_cast<char>(*text & 0xFF));
-    }
-    return narrow;
-}
-
-ProcessArguments ReadProcessArguments(const char* narrowLine) {
+ProcessArguments ReadProcessArguments() {
     ProcessArguments result;
-    result.line = narrowLine ? narrowLine : "";
+    // NOTE: the C start-up code compares signed bytes, so that it ends an unquoted program name at its first byte above
+    // 0x7F, and the rest of the name becomes the begin of WinMain's line.
+    // HACK: cut the line here.
+    result.line = SkipProgramName(GetCommandLineA());
     int count = 0;
     LPWSTR* arguments = CommandLineToArgvW(GetCommandLineW(), &count);
     if (!arguments) {
@@ -23,7 +19,8 @@ ProcessArguments ReadProcessArguments(const char* narrowLine) {
     }
     result.wideViewValid = true;
     for (int i = 1; i < count; ++i) {
-        result.arguments.push_back(NarrowByLowByte(arguments[i]));
+        const std::wstring_view argument = arguments[i];
+        result.arguments.emplace_back(argument.begin(), argument.end());
     }
     LocalFree(arguments);
     return result;

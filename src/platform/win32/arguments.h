@@ -1,8 +1,8 @@
-// The command line as the entry point receives it.
+// The command line of this process.
 #pragma once
 
 #include "platform/process.h"
 
-// `narrowLine` is WinMain's lpCmdLine, the string after the program's name, and is kept unchanged. The arguments come from
-// the wide command line of the process, each code unit reduced to its low byte.
-ProcessArguments ReadProcessArguments(const char* narrowLine);
+// `line` is the text of the system's code page after the program's name, unchanged. The arguments come from the wide
+// command line.
+ProcessArguments ReadProcessArguments();

@@ -5,9 +5,9 @@
 
 #include <windows.h>
 
-int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR narrowLine, int) {
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
     PrepareProcess();
-    const int exitCode = RunProgram(ReadProcessArguments(narrowLine));
+    const int exitCode = RunProgram(ReadProcessArguments());
     EndProcess();
     return exitCode;
 }

@@ -2,16 +2,19 @@
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/files.h"
+#include "platform/page_host.h"
 #include "platform/process.h"
 #include "platform/shell.h"
 #include "platform/threads.h"
 #include "platform/wake.h"
 #include "platform/win32/arguments.h"
+#include "platform/win32/system_library.h"
 #include "test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <objbase.h>
+#include <timeapi.h>
 
 #include <atomic>
 #include <cstdio>
@@ -336,11 +339,45 @@ TEST(Process, PreparationClearsTheWebViewVariables) {
     EXPECT_EQ(output, "WEBVIEW2_SOMETHING_ELSE=set\r\napartment 0\r\n");
 }
 
-TEST(Process, WideArgumentsAreReducedToTheirLowBytes) {
+// In the system's code page.
+std::string NarrowBySystem(const std::wstring& text) {
+    char bytes[256] = {};
+    WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, bytes, sizeof bytes - 1, nullptr, nullptr);
+    return bytes;
+}
+
+TEST(Process, ArgumentsComeFromTheWideLineAndTheRestFromTheNarrowOne) {
     std::string output;
-    RunToEnd(OwnRole(L"arguments", L"--x=\"C:\\two words\" \x0141\x20ACz \"\""), &output);
-    EXPECT_EQ(output, "valid 1\r\nline rest of the line\r\n[--role=arguments]\r\n[--x=C:\\two words]\r\n"
-                      "[\x41\xACz]\r\n[]\r\n");
+    const std::wstring rest = L"--x=\"C:\\two words\" \x0141\x20ACz \"\"";
+    RunToEnd(OwnRole(L"arguments", rest), &output);
+    EXPECT_EQ(output,
+              "valid 1\r\nline --role=arguments " + NarrowBySystem(rest) +
+                  "\r\n[45 45 114 111 108 101 61 97 114 103 117 109 101 110 116 115]\r\n"
+                  "[45 45 120 61 67 58 92 116 119 111 32 119 111 114 100 115]\r\n[321 8364 122]\r\n[]\r\n");
+}
+
+// The program is named by the first word, whatever file really runs.
+TEST(Process, AnUnquotedNameWithOtherLettersThanAsciiEndsAtItsSpace) {
+    for (const wchar_t* name : {L"C:\\J\u00FCrgen\\Varnelle.exe", L"C:\\\u0418\u0432\u0430\u043D\\x.exe",
+                                L"C:\\\u30BD\u30D5\u30C8\\x.exe", L"\"C:\\J\u00FCrgen und\\x.exe\""}) {
+        std::string output;
+        RunToEnd(std::wstring(name) + L" --role=arguments --timeline", &output, OwnProgram().c_str());
+        EXPECT_EQ(output.substr(0, output.find("\r\n[")), "valid 1\r\nline --role=arguments --timeline");
+    }
+}
+
+// ---- library search ----
+
+TEST(LibrarySearch, TheProgramFolderAnswersNoName) {
+    std::wstring folder = OwnProgram();
+    folder.resize(folder.find_last_of(L'\\') + 1);
+    // Any library that loads will do.
+    const std::wstring planted = folder + L"varnelle-planted.dll";
+    ASSERT_TRUE(CopyFileW((folder + L"webview\\libwebview.dll").c_str(), planted.c_str(), FALSE));
+    std::string output;
+    RunToEnd(OwnRole(L"library-search"), &output);
+    DeleteFileW(planted.c_str());
+    EXPECT_EQ(output, "system library 0\r\nbare name 1\r\nbare name beside the view 0\r\nsystem 1\r\n");
 }
 
 // ---- desktop ----
@@ -447,11 +484,35 @@ int RunPrepareRole() {
     return 0;
 }
 
+// Whether the planted library is found, by each way in which the program and the web view library load libraries.
+int RunLibrarySearchRole() {
+    const wchar_t name[] = L"varnelle-planted.dll";
+    PrepareProcess();
+    const SystemLibrary fromSystem(name);
+    void* found = fromSystem.Find("webview_create");
+    printf("system library %d\n", found != nullptr);
+    HMODULE module = LoadLibraryW(name);
+    printf("bare name %d\n", module != nullptr);
+    FreeLibrary(module);
+    PageHost* host = nullptr;
+    CreatePageHost(&host);  // fails, since there is no library beside this program
+    printf("bare name beside the view %d\n", LoadLibraryW(name) != nullptr);
+    const SystemLibrary system(L"winmm.dll");
+    decltype(&timeBeginPeriod) begin = system.Find("timeBeginPeriod");
+    printf("system %d\n", begin != nullptr);
+    EndProcess();
+    return 0;
+}
+
 int RunArgumentsRole() {
-    const ProcessArguments arguments = ReadProcessArguments("rest of the line");
+    const ProcessArguments arguments = ReadProcessArguments();
     printf("valid %d\nline %s\n", arguments.wideViewValid, arguments.line.c_str());
-    for (const std::string& argument : arguments.arguments) {
-        printf("[%s]\n", argument.c_str());
+    for (const std::u16string& argument : arguments.arguments) {
+        printf("[");
+        for (size_t i = 0; i < argument.size(); ++i) {
+            printf(i == 0 ? "%d" : " %d", argument[i]);
+        }
+        printf("]\n");
     }
     return 0;
 }
@@ -485,6 +546,9 @@ int RunRole(const std::string& role, const char* argument) {
     }
     if (role == "prepare") {
         return RunPrepareRole();
+    }
+    if (role == "library-search") {
+        return RunLibrarySearchRole();
     }
     if (role == "arguments") {
         return RunArgumentsRole();
