@@ -8,7 +8,8 @@
 
 namespace {
 
-constexpr DWORD kPathLength = 260;  // of the system's paths, including the closing zero
+constexpr DWORD kPathLength = MAX_PATH;  // including the closing zero
+static_assert(kPathLength == 260);
 
 std::atomic<bool> dialogsAllowed{true};
 bool dialogOpen = false;  // UI thread

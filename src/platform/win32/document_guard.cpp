@@ -104,7 +104,7 @@ bool AddHandler(void* view, int slot, const GUID& id, Decision decision, PageDoc
     if (!handler) {
         return false;
     }
-    EventToken token = 0;
+    EventToken token = {};
     const HRESULT result = CallSlot(view, slot, static_cast<IUnknown*>(handler), &token);
     handler->Release();
     return SUCCEEDED(result);

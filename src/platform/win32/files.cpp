@@ -13,7 +13,7 @@ std::string_view TextLineEnd() {
 }
 
 std::string DataFolderRoot() {
-    char value[260];
+    char value[MAX_PATH];
     // For a value that does not fit, the result is the size that it needs, including the closing zero.
     DWORD length = GetEnvironmentVariableA("LOCALAPPDATA", value, sizeof value);
     if (length == 0 || length >= sizeof value) {

@@ -19,7 +19,7 @@ static HANDLE dataFolderLock = INVALID_HANDLE_VALUE;  // the same
 static std::atomic<void (*)()> crashSave = nullptr;   // taken by the first thread that crashes
 
 void PrepareProcess() {
-    SetDefaultDllDirectories(0x1000);  // LOAD_LIBRARY_SEARCH_DEFAULT_DIRS
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     // These variables could redirect the web view.
     static const wchar_t* const kWebViewVariables[] = {
         L"WEBVIEW2_BROWSER_EXECUTABLE_FOLDER", L"WEBVIEW2_ADDITIONAL_BROWSER_ARGUMENTS",
@@ -29,7 +29,7 @@ void PrepareProcess() {
     for (const wchar_t* name : kWebViewVariables) {
         SetEnvironmentVariableW(name, nullptr);
     }
-    comResult = CoInitializeEx(nullptr, 6);  // COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE
+    comResult = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
     SetProcessDPIAware();
 }
 

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <windows.h>
+// windows.h comes first.
+#include <eventtoken.h>
 
 constexpr int kQueryInterface = 0;
 constexpr int kRelease = 2;
@@ -15,7 +17,8 @@ constexpr GUID kController4Id = {
 constexpr int kController4PutAllowExternalDrop = 37;
 
 // ICoreWebView2. An add_ takes a handler and the address of an EventToken.
-using EventToken = INT64;
+using EventToken = EventRegistrationToken;
+static_assert(sizeof(EventToken) == sizeof(INT64));
 constexpr int kWebViewGetSettings = 3;
 constexpr int kWebViewGetSource = 4;
 constexpr int kWebViewAddNavigationStarting = 7;
