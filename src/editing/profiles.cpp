@@ -5,6 +5,7 @@
 #include "model/engine_state.h"
 #include "storage/settings_text.h"
 
+#include <algorithm>
 #include <unordered_set>
 #include <utility>
 
@@ -36,6 +37,38 @@ void ApplyStoredSettings(const std::string& settings) {
     } else {
         ApplyProfileSettings(settings);
     }
+}
+
+bool IsProfileIndex(int32_t index) REQUIRES(macroMutex) {
+    return index >= 0 && static_cast<size_t>(index) < macroState.profiles.size();
+}
+
+// Returns the index that a profile has after the one at `from` has moved to `to`.
+int32_t IndexAfterMove(int32_t index, int32_t from, int32_t to) {
+    if (index == from) {
+        return to;
+    }
+    if (index > from && index <= to) {
+        return index - 1;
+    }
+    if (index < from && index >= to) {
+        return index + 1;
+    }
+    return index;
+}
+
+// Returns memory for a copy of a profile's events, allocated without the lock: a recording waits for it.
+std::vector<UnifiedEvent> MemoryForCopy(int32_t index) {
+    size_t needed = 0;
+    {
+        MutexLock lock(macroMutex);
+        if (IsProfileIndex(index)) {
+            needed = macroState.profiles[static_cast<size_t>(index)].events.size();
+        }
+    }
+    std::vector<UnifiedEvent> memory;
+    memory.reserve(needed);
+    return memory;
 }
 
 // Returns whether another profile is current now: *settings are the ones to apply.
@@ -118,6 +151,65 @@ void ClearProfile() {
         current->settings = std::move(settings);
         MarkMacroChanged();
     }
+}
+
+Refusal RenameProfile(int32_t index, std::string_view name) {
+    MutexLock lock(macroMutex);
+    if (!IsProfileIndex(index) || name.empty()) {
+        return Refusal::Argument;
+    }
+    Profile& profile = macroState.profiles[static_cast<size_t>(index)];
+    if (profile.name == DefaultProfileName || name == DefaultProfileName) {
+        return Refusal::Default;
+    }
+    profile.name = name;
+    return Refusal::None;
+}
+
+Refusal DuplicateProfile(int32_t index) {
+    Profile copy;
+    copy.events = MemoryForCopy(index);
+    std::string settings;
+    {
+        MutexLock lock(macroMutex);
+        if (engineState.recording) {
+            return Refusal::Recording;
+        }
+        if (!IsProfileIndex(index)) {
+            return Refusal::Argument;
+        }
+        const Profile& source = macroState.profiles[static_cast<size_t>(index)];
+        copy.name = FreeProfileName(source.name);
+        copy.settings = settings = source.settings;
+        copy.events.assign(source.events.begin(), source.events.end());
+        macroState.profiles.insert(macroState.profiles.begin() + index + 1, std::move(copy));
+        if (macroState.continueProfile > index) {
+            ++macroState.continueProfile;
+        }
+        macroState.currentProfile = index + 1;
+        MarkMacroChanged();
+    }
+    ApplyStoredSettings(settings);
+    return Refusal::None;
+}
+
+Refusal MoveProfile(int32_t from, int32_t to) {
+    MutexLock lock(macroMutex);
+    if (engineState.recording) {
+        return Refusal::Recording;
+    }
+    if (!IsProfileIndex(from) || !IsProfileIndex(to)) {
+        return Refusal::Argument;
+    }
+    const auto begin = macroState.profiles.begin();
+    if (from < to) {
+        std::rotate(begin + from, begin + from + 1, begin + to + 1);
+    } else {
+        std::rotate(begin + to, begin + from, begin + from + 1);
+    }
+    macroState.currentProfile = IndexAfterMove(macroState.currentProfile, from, to);
+    macroState.continueProfile = IndexAfterMove(macroState.continueProfile, from, to);
+    return Refusal::None;
 }
 
 void AppendProfile(ParsedMacro macro) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/mutex.h"
+#include "editing/refusal.h"
 #include "model/engine_state.h"
 #include "storage/macro_file.h"
 
@@ -18,6 +19,14 @@ void DeleteProfile();
 void SwitchProfile(std::string_view index);
 // Removes all events of the current profile and resets the tool settings.
 void ClearProfile();
+
+// Page commands. Indexes are positions in the list of profiles.
+// Renames a profile. Refuses an empty name, and to give or take the name of the default profile.
+Refusal RenameProfile(int32_t index, std::string_view name);
+// Puts a copy under a free name behind the profile and makes the copy current. Not while a recording runs.
+Refusal DuplicateProfile(int32_t index);
+// Moves a profile to another position. The same profile stays current. Not while a recording runs.
+Refusal MoveProfile(int32_t from, int32_t to);
 
 // Page command. Returns the list of profiles as JSON.
 std::string GetProfiles();

@@ -86,6 +86,22 @@ void RemoveKeySpammerTarget(int32_t index) {
     }
 }
 
+bool MoveKeySpammerTarget(int32_t from, int32_t to) {
+    const int32_t count = keySpammerSettings.targetCount;
+    if (from < 0 || from >= count || to < 0 || to >= count) {
+        return false;
+    }
+    const uint32_t moved = keySpammerSettings.targets[from];
+    const int32_t step = from < to ? 1 : -1;
+    for (int32_t i = from; i != to; i += step) {
+        keySpammerSettings.targets[i] = keySpammerSettings.targets[i + step].load();
+    }
+    keySpammerSettings.targets[to] = moved;
+    keySpammerSettings.singleKey = keySpammerSettings.targets[0].load();
+    SyncProfileSettings();
+    return true;
+}
+
 void AddKeySpammerTarget(uint32_t virtualKey) {
     const int32_t count = keySpammerSettings.targetCount;
     if (count >= kMaxKeySpammerTargets) {

@@ -18,5 +18,7 @@ void SetKeySpammerChord(std::string_view payload);
 // Any thread. Removes one target; an index out of range changes nothing. Without a target left, a running key spammer
 // stops.
 void RemoveKeySpammerTarget(int32_t index);
+// UI thread. Moves a target to another position. Returns false, with nothing changed, for an index out of range.
+bool MoveKeySpammerTarget(int32_t from, int32_t to);
 // Dispatcher thread. Adds a target at the end, unless the list is full.
 void AddKeySpammerTarget(uint32_t virtualKey);

@@ -1,5 +1,6 @@
 #include "engines/hotkeys.h"
 
+#include "base/json_writer.h"
 #include "editing/settings_updates.h"
 #include "engines/key_spammer.h"
 #include "model/engine_state.h"
@@ -87,6 +88,33 @@ HookDecision DecideRelease(bool& down, bool& swallowed, uint32_t code) {
     swallowed = false;
     HotkeyReleased(code);
     return HookDecision::Consume;
+}
+
+// Returns the binding of a capture, or null for none and for the key spammer's targets.
+std::atomic<uint32_t>* BindingOf(uint32_t target) {
+    switch (target) {
+    case kReassignRecord:
+        return &hotkeyTable.record;
+    case kReassignPlay:
+        return &hotkeyTable.play;
+    case kReassignAutoclicker:
+        return &hotkeyTable.autoclicker;
+    case kReassignKeySpammer:
+        return &hotkeyTable.keySpammer;
+    case kReassignUnlock:
+        return &hotkeyTable.unlock;
+    default:
+        return nullptr;
+    }
+}
+
+// Returns whether a capture for this binding can end with the code: any key except Esc, and the buttons it may have.
+bool IsCapturable(uint32_t target, uint32_t code) {
+    constexpr uint32_t kLastKey = 255;
+    if (code <= kSecondSideButton && code != 3) {
+        return code != kNoButton && CapturesButton(target, code);
+    }
+    return code <= kLastKey && code != kEscapeKey;
 }
 
 // Indexed by ReassignTarget.
@@ -222,32 +250,46 @@ const char* ReassignTargetText() {
 void ApplyCapturedKey() {
     const uint32_t key = engineState.capturedKey;
     if (key != kEscapeKey) {
-        switch (engineState.reassignTarget) {
-        case kReassignRecord:
-            hotkeyTable.record = key;
-            break;
-        case kReassignPlay:
-            hotkeyTable.play = key;
-            break;
-        case kReassignAutoclicker:
-            hotkeyTable.autoclicker = key;
-            break;
-        case kReassignKeySpammer:
-            hotkeyTable.keySpammer = key;
-            break;
-        case kReassignKeySpammerTarget:
+        const uint32_t target = engineState.reassignTarget;
+        if (std::atomic<uint32_t>* binding = BindingOf(target)) {
+            *binding = key;
+        } else if (target == kReassignKeySpammerTarget) {
             AddKeySpammerTarget(key);
-            break;
-        case kReassignUnlock:
-            hotkeyTable.unlock = key;
-            break;
-        default:
-            break;
         }
     }
     // Set the target first: a key that the hook captures in between must not wait for the next capture.
     engineState.reassignTarget = kReassignNone;
     engineState.capturedKey = 0;
+    HookInterestChanged();
+}
+
+bool SetHotkey(std::string_view target, uint32_t code) {
+    for (uint32_t index = kReassignRecord; index < std::size(kReassignTexts); ++index) {
+        std::atomic<uint32_t>* binding = BindingOf(index);
+        if (target == kReassignTexts[index] && binding != nullptr && IsCapturable(index, code)) {
+            *binding = code;
+            HookInterestChanged();
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string HotkeyCodesReport() {
+    std::string report;
+    JsonWriter json(report);
+    json.BeginObject();
+    for (uint32_t index = kReassignRecord; index < std::size(kReassignTexts); ++index) {
+        if (const std::atomic<uint32_t>* binding = BindingOf(index)) {
+            json.IntField(kReassignTexts[index], binding->load());
+        }
+    }
+    json.EndObject();
+    return report;
+}
+
+void CancelLocationPick() {
+    engineState.pickingLocation = false;
     HookInterestChanged();
 }
 

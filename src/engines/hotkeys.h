@@ -33,5 +33,12 @@ void ReassignKey(std::string_view target);
 const char* ReassignTargetText();
 // Dispatcher thread: applies a captured key and ends the capture.
 void ApplyCapturedKey();
+// Sets one of the five bindings, named as in ReassignKey. Returns false, with nothing changed, for another word and for a
+// code that a capture could not store.
+bool SetHotkey(std::string_view target, uint32_t code);
+// Returns the codes of the five bindings as JSON, by their words.
+std::string HotkeyCodesReport();
+// Cancels the wait for the place to click. Does nothing without one.
+void CancelLocationPick();
 // Sets the five bindings to F8, F7, F6, F9, F10.
 void ResetHotkeys();

@@ -443,3 +443,29 @@ TEST_F(HotkeysTest, CodesWithANameOfOurOwn) {
     EXPECT_EQ(KeyNameText(3000000000), "Key[3000000000]");
     EXPECT_FALSE(KeyNameText(kF8).empty());
 }
+
+TEST_F(HotkeysTest, SetHotkeyStoresWhatACaptureCould) {
+    const std::pair<const char*, std::atomic<uint32_t>*> bindings[] = {
+        {"rec", &hotkeyTable.record},       {"play", &hotkeyTable.play},
+        {"auto", &hotkeyTable.autoclicker}, {"keyspamhotkey", &hotkeyTable.keySpammer},
+        {"unlock", &hotkeyTable.unlock},
+    };
+    for (const auto& [word, binding] : bindings) {
+        for (uint32_t code = 0; code <= 300; ++code) {
+            *binding = 200;
+            const bool isButton = code == 1 || code == 2 || (code >= 4 && code <= 6);
+            const bool isKey = code != 0 && code <= 255 && code != kEscape && !isButton;
+            const bool leftUnlock = code == 1 && binding == &hotkeyTable.unlock;
+            const bool stored = SetHotkey(word, code);
+            EXPECT_EQ(stored, isKey || (isButton && !leftUnlock)) << word << " " << code;
+            EXPECT_EQ(*binding, stored ? code : 200) << word << " " << code;
+        }
+    }
+}
+
+TEST_F(HotkeysTest, SetHotkeyRefusesOtherWords) {
+    for (const char* word : {"", "keyspamtarget", "Rec", "record"}) {
+        EXPECT_FALSE(SetHotkey(word, kKeyA)) << word;
+    }
+    EXPECT_EQ(HotkeyCodesReport(), R"({"rec":119,"play":118,"auto":117,"keyspamhotkey":120,"unlock":121})");
+}

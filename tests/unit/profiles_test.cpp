@@ -227,4 +227,77 @@ TEST_F(ProfilesTest, SyncStoresTheLiveSettingsInTheCurrentProfile) {
     EXPECT_EQ(At(0).settings, "kept") << "an index out of range";
 }
 
+TEST_F(ProfilesTest, RenameKeepsTheProfileAtItsPlace) {
+    EXPECT_EQ(RenameProfile(1, "Farm, east"), Refusal::None);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Farm, east", "Slow"}));
+    EXPECT_EQ(At(1).settings, kFast);
+    EXPECT_EQ(At(1).events.size(), 2U);
+    EXPECT_EQ(RenameProfile(1, "Slow"), Refusal::None) << "two profiles may have the same name";
+}
+
+TEST_F(ProfilesTest, RenameRefusesTheDefaultProfileAndItsName) {
+    EXPECT_FALSE(Changes([] {
+        EXPECT_EQ(RenameProfile(0, "Other"), Refusal::Default);
+        EXPECT_EQ(RenameProfile(1, DefaultProfileName), Refusal::Default);
+        EXPECT_EQ(RenameProfile(1, ""), Refusal::Argument);
+        EXPECT_EQ(RenameProfile(3, "Other"), Refusal::Argument);
+        EXPECT_EQ(RenameProfile(-1, "Other"), Refusal::Argument);
+    }));
+}
+
+TEST_F(ProfilesTest, DuplicateIsCurrentBehindItsOriginal) {
+    EXPECT_EQ(DuplicateProfile(1), Refusal::None);
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName, "Fast", "Fast (2)", "Slow"}));
+    EXPECT_EQ(Current(), 2);
+    EXPECT_EQ(At(2).events, At(1).events);
+    EXPECT_EQ(At(2).settings, kFast);
+    EXPECT_EQ(BuildProfileSettings(), kFast);
+    EXPECT_EQ(DuplicateProfile(0), Refusal::None);
+    EXPECT_EQ(Names()[1], std::string(DefaultProfileName) + " (2)");
+    EXPECT_EQ(BuildProfileSettings(), kDefaults) << "the default profile never stored its settings";
+}
+
+TEST_F(ProfilesTest, DuplicateRefusesAnInvalidIndexAndARecording) {
+    EXPECT_FALSE(Changes([] {
+        EXPECT_EQ(DuplicateProfile(3), Refusal::Argument);
+        EXPECT_EQ(DuplicateProfile(-1), Refusal::Argument);
+        engineState.recording = true;
+        EXPECT_EQ(DuplicateProfile(1), Refusal::Recording);
+        EXPECT_EQ(MoveProfile(1, 2), Refusal::Recording);
+    }));
+}
+
+TEST_F(ProfilesTest, MoveKeepsTheSameProfileCurrent) {
+    const NameList names = {DefaultProfileName, "Fast", "Slow", "Third"};
+    for (int32_t current = 0; current < 4; ++current) {
+        for (int32_t from = 0; from < 4; ++from) {
+            for (int32_t to = 0; to < 4; ++to) {
+                SetStore({{names[0], "", {}}, {names[1], "", {}}, {names[2], "", {}}, {names[3], "", {}}},
+                         current);
+                {
+                    MutexLock lock(macroMutex);
+                    macroState.continueProfile = current;
+                }
+                EXPECT_EQ(MoveProfile(from, to), Refusal::None);
+                NameList expected = names;
+                expected.erase(expected.begin() + from);
+                expected.insert(expected.begin() + to, names[static_cast<size_t>(from)]);
+                EXPECT_EQ(Names(), expected) << from << " to " << to;
+                EXPECT_EQ(At(static_cast<size_t>(Current())).name, names[static_cast<size_t>(current)]);
+                MutexLock lock(macroMutex);
+                EXPECT_EQ(macroState.continueProfile, macroState.currentProfile);
+            }
+        }
+    }
+}
+
+TEST_F(ProfilesTest, MoveRefusesAnInvalidIndex) {
+    EXPECT_FALSE(Changes([] {
+        EXPECT_EQ(MoveProfile(0, 3), Refusal::Argument);
+        EXPECT_EQ(MoveProfile(3, 0), Refusal::Argument);
+        EXPECT_EQ(MoveProfile(-1, 0), Refusal::Argument);
+        EXPECT_EQ(MoveProfile(0, -1), Refusal::Argument);
+    }));
+}
+
 }  // namespace

@@ -128,3 +128,32 @@ TEST_F(SettingsUpdatesTest, ChordIsTrueForOneTextOnly) {
     }
     EXPECT_EQ(ProfileText(), BuildProfileSettings());
 }
+
+TEST_F(SettingsUpdatesTest, MovesATarget) {
+    const auto set = [] {
+        for (uint32_t i = 0; i < 4; ++i) {
+            keySpammerSettings.targets[i] = 'A' + i;
+        }
+        keySpammerSettings.targetCount = 4;
+    };
+    const auto text = [] {
+        std::string letters;
+        for (int32_t i = 0; i < keySpammerSettings.targetCount; ++i) {
+            letters += static_cast<char>(keySpammerSettings.targets[i].load());
+        }
+        return letters;
+    };
+    set();
+    EXPECT_TRUE(MoveKeySpammerTarget(0, 2));
+    EXPECT_EQ(text(), "BCAD");
+    EXPECT_EQ(keySpammerSettings.singleKey, 66U);
+    EXPECT_EQ(ProfileText(), BuildProfileSettings());
+    EXPECT_TRUE(MoveKeySpammerTarget(3, 0));
+    EXPECT_EQ(text(), "DBCA");
+    EXPECT_TRUE(MoveKeySpammerTarget(1, 1));
+    EXPECT_EQ(text(), "DBCA");
+    for (const auto& [from, to] : {std::pair{-1, 0}, {0, -1}, {4, 0}, {0, 4}}) {
+        EXPECT_FALSE(MoveKeySpammerTarget(from, to));
+    }
+    EXPECT_EQ(text(), "DBCA");
+}
