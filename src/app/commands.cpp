@@ -1,6 +1,7 @@
 #include "app/commands.h"
 
 #include "app/app_settings_commands.h"
+#include "app/progress_reports.h"
 #include "app/reports.h"
 #include "base/json_writer.h"
 #include "base/numbers.h"
@@ -46,6 +47,77 @@ template <std::string (*Function)()> std::string Report(const std::string&) {
     return Function();
 }
 
+// A report on its arguments.
+template <std::string (*Function)(std::string_view)> std::string Report(const std::string& request) {
+    return Function(ArgText(request));
+}
+
+// The results of the additional commands that do something.
+std::string ActionResult(Refusal refusal) {
+    // Indexed by Refusal.
+    constexpr const char* kReasons[] = {"",         "recording", "playing", "revision",
+                                        "argument", "default",   "unknown"};
+    std::string result;
+    JsonWriter json(result);
+    json.BeginObject();
+    json.BoolField("done", refusal == Refusal::None);
+    if (refusal != Refusal::None) {
+        json.PlainTextField("reason", kReasons[static_cast<size_t>(refusal)]);
+    }
+    json.EndObject();
+    return result;
+}
+
+std::string ActionResult(bool done) {
+    return ActionResult(done ? Refusal::None : Refusal::Argument);
+}
+
+// Splits "first,rest" at the first comma; without one, *rest is empty. Returns whether `first` is a number.
+bool SplitIndex(std::string_view text, int32_t* index, std::string_view* rest) {
+    const size_t comma = std::min(text.find(','), text.size());
+    *rest = text.substr(std::min(comma + 1, text.size()));
+    return IsWholeInt(text.substr(0, comma)) && ParseInt(text, index);
+}
+
+// A command on two positions, "from,to".
+template <auto Move> std::string MovePosition(const std::string& request) {
+    const std::string text = ArgText(request);
+    int32_t from = 0;
+    int32_t to = 0;
+    std::string_view rest;
+    const bool valid = SplitIndex(text, &from, &rest) && IsWholeInt(rest) && ParseInt(rest, &to);
+    return valid ? ActionResult(Move(from, to)) : ActionResult(Refusal::Argument);
+}
+
+std::string RenameProfileCommand(const std::string& request) {
+    const std::string text = ArgText(request);
+    int32_t index = 0;
+    std::string_view name;
+    return ActionResult(SplitIndex(text, &index, &name) ? RenameProfile(index, name) : Refusal::Argument);
+}
+
+std::string DuplicateProfileCommand(const std::string& request) {
+    const std::string text = ArgText(request);
+    int32_t index = 0;
+    const bool valid = IsWholeInt(text) && ParseInt(text, &index);
+    return ActionResult(valid ? DuplicateProfile(index) : Refusal::Argument);
+}
+
+std::string SetHotkeyCommand(const std::string& request) {
+    const std::string text = ArgText(request);
+    const size_t comma = text.find(',');
+    int32_t code = 0;
+    const bool valid = comma != std::string::npos && IsWholeInt(std::string_view(text).substr(comma + 1)) &&
+                       ParseInt(std::string_view(text).substr(comma + 1), &code) && code > 0;
+    return ActionResult(valid &&
+                        SetHotkey(std::string_view(text).substr(0, comma), static_cast<uint32_t>(code)));
+}
+
+std::string CancelPick(const std::string&) {
+    CancelLocationPick();
+    return ActionResult(Refusal::None);
+}
+
 void RemoveTarget(std::string_view indexText) {
     int32_t index = 0;
     if (ParseInt(indexText, &index)) {
@@ -62,7 +134,7 @@ std::string FetchPendingThemeAlert() {
     return JsonText(TakePendingThemeAlert());
 }
 
-// In binding order. Add a new command beside those of its subject; do not reorder the others.
+// In binding order. Do not reorder. A new command goes to the additional ones at the end.
 constexpr PageCommand kMainProcessCommands[] = {
     {"resizeWindow", "width,height", "fit the window to the page's content", Call<ResizeMainWindow>},
     {"updateSpammer", "9 comma fields", "store the autoclicker's settings", Call<UpdateAutoclickerSettings>},
@@ -111,11 +183,24 @@ constexpr PageCommand kMainProcessCommands[] = {
     {"confirmMacroImport", "id", "add the pending import", Call<ConfirmMacroImport>},
     {"cancelMacroImport", "id", "drop the pending import", Call<CancelMacroImport>},
     {"getPendingMacroImport", "", "return the pending import", Report<GetPendingMacroImport>},
-    {"getPendingMacroSummary", "", "return event counts of the pending import over its time",
-     Report<GetPendingMacroSummary>},
     {"getSettings", "", "return the settings report", Report<SettingsReport>},
     {"reassignKey", "rec, play, auto, keyspamhotkey, keyspamtarget or unlock",
      "make the next key or button this binding", Call<ReassignKey>},
+    {"getPendingMacroSummary", "", "return event counts of the pending import over its time",
+     Report<GetPendingMacroSummary>, true},
+    {"getProgress", "", "return what runs and how far it is", Report<ProgressReport>, true},
+    {"getMacroRows", "none, first or first,count", "return events of the macro as rows of eight numbers",
+     Report<MacroRowsReport>, true},
+    {"cancelPick", "", "stop waiting for the click location", CancelPick, true},
+    {"getHotkeys", "", "return the codes of the hotkeys", Report<HotkeyCodesReport>, true},
+    {"setHotkey", "rec, play, auto, keyspamhotkey or unlock,code", "set the hotkey, if a capture could",
+     SetHotkeyCommand, true},
+    {"moveKeySpamTarget", "from,to", "move the target to another position",
+     MovePosition<MoveKeySpammerTarget>, true},
+    {"renameProfile", "index,name", "rename the profile", RenameProfileCommand, true},
+    {"duplicateProfile", "index", "add a copy of the profile and make it current", DuplicateProfileCommand,
+     true},
+    {"moveProfile", "from,to", "move the profile to another position", MovePosition<MoveProfile>, true},
 };
 
 }  // namespace

@@ -14,6 +14,7 @@ struct PageCommand {
     const char* arguments;  // for docs/commands.md
     const char* action;     // one line for docs/commands.md
     PageFunction function;
+    bool additional = false;  // bound after the commands that every page of the program knows
 };
 
 // Returns the main page's commands in binding order, and their number in *count.

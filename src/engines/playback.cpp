@@ -57,6 +57,7 @@ void WaitForEvent(PlaybackRound& round, const UnifiedEvent& event, double target
 }
 
 void PlayEvents(PlaybackRound& round, const std::vector<UnifiedEvent>& events) {
+    int64_t played = 0;
     for (const UnifiedEvent& event : events) {
         if (!engineState.playing || !engineState.running) {
             return;
@@ -69,6 +70,7 @@ void PlayEvents(PlaybackRound& round, const std::vector<UnifiedEvent>& events) {
         }
         PerformEvent(round, event);
         round.lastTarget = target;
+        engineState.playedEvents = ++played;
     }
 }
 
@@ -157,6 +159,7 @@ void PlaybackThreadMain() {
     WakeEvent* const events[] = {engineState.playWakeEvent, engineState.quitEvent};
     while (engineState.running) {
         if (!engineState.playing) {
+            engineState.playRound = 0;
             WaitForAny(events, 2, kNoLimit);
             continue;
         }
@@ -169,6 +172,9 @@ void PlaybackThreadMain() {
         PlaybackRound round;
         PositionForRound(round, macro);
         round.roundStart = ReadPerformanceCounter();
+        engineState.playedEvents = 0;
+        engineState.playRoundCounter = round.roundStart;
+        engineState.playRound.fetch_add(1);
         PlayEvents(round, macro);
         if (macroSettings.loop && engineState.playing) {
             const double pause = std::ceil(macroSettings.loopPauseMilliseconds / 1000.0 * 1000.0);

@@ -171,6 +171,7 @@ void ForgetContinue() REQUIRES(macroMutex) {
 void OpenTake() REQUIRES(macroMutex) {
     macroState.takeOpen = true;
     engineState.recordingStartCounter = ReadPerformanceCounter();
+    engineState.recordedEvents = 0;
     engineState.recording = true;
 }
 
@@ -262,7 +263,8 @@ void AppendRecordedEvent(const UnifiedEvent& event) {
     if (Profile* profile = CurrentProfile()) {
         try {
             profile->events.push_back(event);
-            MarkMacroChanged();
+            MarkMacroExtended();
+            engineState.recordedEvents.fetch_add(1);
         } catch (const std::bad_alloc&) {
             return;
         }

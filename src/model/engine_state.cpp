@@ -22,7 +22,14 @@ Profile* CurrentProfile() {
 }
 
 void MarkMacroChanged() {
+    MarkMacroExtended();
+    macroState.rewrittenRevision = macroState.revision;
+    engineState.macroRewrittenRevision = macroState.revision;
+}
+
+void MarkMacroExtended() {
     ++macroState.revision;
+    engineState.macroRevision = macroState.revision;
 }
 
 void RaiseRequest(std::atomic<bool>& flag) {
@@ -55,5 +62,6 @@ void ResetEngineState() {
     MutexLock lock(macroMutex);
     const uint64_t revision = macroState.revision;
     macroState = MacroState{};
-    macroState.revision = revision + 1;  // a report of the old macro is out of date
+    macroState.revision = revision;
+    MarkMacroChanged();  // a report of the old macro is out of date
 }

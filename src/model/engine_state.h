@@ -58,8 +58,16 @@ struct EngineState {
     std::atomic<int64_t> recordingStartCounter{0};
     std::atomic<int32_t> autoclickerCount{0};  // clicks of this run
     std::atomic<int32_t> keySpammerCount{0};   // rounds of this run
-    std::atomic<uint32_t> reassignTarget{0};   // ReassignTarget: the binding that waits for a key
-    std::atomic<uint32_t> capturedKey{0};      // the key or button captured for it; 0: none yet
+    std::atomic<int64_t> recordedEvents{0};    // events of this recording
+    // Progress of the playback. Written by the playback thread.
+    std::atomic<int32_t> playRound{0};         // from 1; 0 while nothing plays
+    std::atomic<int64_t> playRoundCounter{0};  // counter at the start of the round
+    std::atomic<int64_t> playedEvents{0};      // events of the round that are performed
+    // Copies of MacroState::revision and ::rewrittenRevision, for readers without the lock.
+    std::atomic<uint64_t> macroRevision{0};
+    std::atomic<uint64_t> macroRewrittenRevision{0};
+    std::atomic<uint32_t> reassignTarget{0};  // ReassignTarget: the binding that waits for a key
+    std::atomic<uint32_t> capturedKey{0};     // the key or button captured for it; 0: none yet
 };
 
 enum ReassignTarget : uint32_t {
@@ -85,6 +93,9 @@ struct MacroState {
     // Every change of an event list or of currentProfile raises it (MarkMacroChanged). A report that was built from the
     // same revision is still right.
     uint64_t revision = 1;
+    // The revision of the last change other than an append at the end of the macro. A reader of the macro at this
+    // revision or later needs only the events that follow.
+    uint64_t rewrittenRevision = 1;
 
     // Continued recording and its one step of undo.
     std::vector<UnifiedEvent> continueBaseline;  // the macro before the continued recording
@@ -99,6 +110,8 @@ extern MacroState macroState GUARDED_BY(macroMutex);
 Profile* CurrentProfile() REQUIRES(macroMutex);
 // Raises the revision. Call it after each change of an event list or of currentProfile.
 void MarkMacroChanged() REQUIRES(macroMutex);
+// Raises the revision after an append at the end of the macro.
+void MarkMacroExtended() REQUIRES(macroMutex);
 
 // Any thread, the hook procedures included. Raises a request flag of engineState and wakes the dispatcher, without
 // waiting. Every command that starts or stops an engine calls it.

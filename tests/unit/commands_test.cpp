@@ -98,10 +98,20 @@ TEST_F(CommandsTest, AreBoundInTheirFixedOrder) {
         "confirmMacroImport",
         "cancelMacroImport",
         "getPendingMacroImport",
-        "getPendingMacroSummary",
         "getSettings",
         "reassignKey",
+        "getPendingMacroSummary",
+        "getProgress",
+        "getMacroRows",
+        "cancelPick",
+        "getHotkeys",
+        "setHotkey",
+        "moveKeySpamTarget",
+        "renameProfile",
+        "duplicateProfile",
+        "moveProfile",
     };
+    constexpr int kCommon = 42;  // additional ones follow
     int count = 0;
     const PageCommand* commands = MainProcessCommands(&count);
     ASSERT_EQ(count, static_cast<int>(std::size(expected)));
@@ -109,6 +119,7 @@ TEST_F(CommandsTest, AreBoundInTheirFixedOrder) {
         EXPECT_STREQ(commands[i].name, expected[i]) << i;
         EXPECT_NE(commands[i].function, nullptr) << expected[i];
         EXPECT_NE(commands[i].action[0], '\0') << expected[i];
+        EXPECT_EQ(commands[i].additional, i >= kCommon) << expected[i];
     }
 }
 
@@ -288,4 +299,29 @@ TEST_F(CommandsTest, ConfirmsAndCancelsAPendingImportByItsId) {
     EXPECT_EQ(Call("confirmMacroImport", "[\"" + second + "\"]"), "");
     EXPECT_NE(Call("getProfiles").find(R"("current":1,"names":["Default Tracking Profile","Held"])"),
               std::string::npos);
+}
+
+TEST_F(CommandsTest, AdditionalCommandsSayWhetherTheyWereDone) {
+    const std::string done = R"({"done":true})";
+    const std::string refused = R"({"done":false,"reason":"argument"})";
+    EXPECT_EQ(Call("addProfile", "[\"A\"]"), "");
+    EXPECT_EQ(Call("renameProfile", "[\"1,B, C\"]"), done);
+    EXPECT_EQ(Call("renameProfile", "[\"0,B\"]"), R"({"done":false,"reason":"default"})");
+    EXPECT_EQ(Call("duplicateProfile", "[\"1\"]"), done);
+    EXPECT_EQ(Call("moveProfile", "[\"2,0\"]"), done);
+    EXPECT_NE(Call("getProfiles").find(R"("current":0,"names":["B, C (2)","Default Tracking Profile","B, C"])"),
+              std::string::npos);
+    engineState.recording = true;
+    EXPECT_EQ(Call("moveProfile", "[\"2,0\"]"), R"({"done":false,"reason":"recording"})");
+    EXPECT_EQ(Call("setHotkey", "[\"rec,65\"]"), done);
+    EXPECT_EQ(Call("cancelPick"), done);
+    EXPECT_EQ(Call("moveKeySpamTarget", "[\"0,0\"]"), done);
+    for (const char* request : {"[]", "[\"x\"]", "[\"1\"]", "[\"1,\"]", "[\",1\"]", "[\"x,1\"]"}) {
+        EXPECT_EQ(Call("renameProfile", request), refused) << request;
+        EXPECT_EQ(Call("moveKeySpamTarget", request), refused) << request;
+        EXPECT_EQ(Call("setHotkey", request), refused) << request;
+    }
+    EXPECT_EQ(Call("setHotkey", "[\"rec,-1\"]"), refused);
+    EXPECT_EQ(Call("moveKeySpamTarget", "[\"0,0,0\"]"), refused);
+    EXPECT_EQ(Call("duplicateProfile", "[\"1,2\"]"), refused);
 }

@@ -19,6 +19,14 @@ constexpr std::string_view kIntroduction =
     "rest.\n"
     "A command without a result resolves with `undefined`.\n"
     "\n"
+    "An additional command is newer than the others: a page that finds no such function works without it. "
+    "If it does\n"
+    "something, it resolves with `{\"done\":true}`, or with `{\"done\":false,\"reason\":WORD}` and has "
+    "changed nothing. The\n"
+    "words: `recording` and `playing` (not while one runs), `revision` (the macro has changed since), "
+    "`argument`, `default`\n"
+    "(the default profile keeps its name) and `unknown` (no such id).\n"
+    "\n"
     "| Name | Arguments | Action |\n"
     "|---|---|---|\n";
 
@@ -45,6 +53,7 @@ std::string CommandsDocument() {
         AppendCell(document, commands[i].arguments[0] == '\0' ? "none" : commands[i].arguments);
         document += " | ";
         AppendCell(document, commands[i].action);
+        document += commands[i].additional ? " (additional)" : "";
         document += " |\n";
     }
     return document;
