@@ -2,12 +2,12 @@
 #ifdef _WIN32
 #include "platform/shared/page_host_state.h"
 #include "platform/win32/document_guard.h"
+#include "unit/fake_com_object.h"
 
 #include <gtest/gtest.h>
 #include <objbase.h>
 #include <windows.h>
 
-#include <array>
 #include <cstring>
 #include <cwchar>
 #include <map>
@@ -16,43 +16,20 @@
 
 namespace {
 
-constexpr size_t kSlots = 80;
-
-struct FakeObject {
-    void** table;
-    std::array<void*, kSlots> slots;
-};
-
-std::vector<std::string> calls;
-FakeObject controller;
-FakeObject controller4;
-FakeObject view;
-FakeObject view4;
-FakeObject arguments;
-std::string failing;                 // the call that fails
+FakeComObject controller;
+FakeComObject controller4;
+FakeComObject view;
+FakeComObject view4;
+FakeComObject arguments;
 std::map<std::string, void*> added;  // the handlers that the view holds
 const wchar_t* address = nullptr;    // of the navigation, or of the document in the view
-
-HRESULT Record(const std::string& call) {
-    calls.push_back(call);
-    return call == failing ? E_FAIL : S_OK;
-}
-
-template <typename Method> void Put(FakeObject& object, size_t slot, Method method) {
-    object.slots[slot] = reinterpret_cast<void*>(method);
-}
-
-HRESULT STDMETHODCALLTYPE Unexpected(void*) {
-    calls.push_back("unexpected");
-    return E_FAIL;
-}
 
 ULONG STDMETHODCALLTYPE ReleaseNothing(void*) {
     return 1;
 }
 
 HRESULT STDMETHODCALLTYPE GetView(void*, void** object) {
-    const HRESULT result = Record("view");
+    const HRESULT result = RecordComCall("view");
     *object = SUCCEEDED(result) ? &view : nullptr;
     return result;
 }
@@ -61,9 +38,9 @@ HRESULT STDMETHODCALLTYPE QueryInterface(void* from, const GUID* id, void** obje
     const GUID controller4Id = {0x97d418d5, 0xa426, 0x4e49, {0xa1, 0x51, 0xe1, 0xa1, 0x0f, 0x32, 0x7d, 0x9e}};
     const GUID view4Id = {0x20d02d59, 0x6df2, 0x42dc, {0xbd, 0x06, 0xf9, 0x8a, 0x69, 0x4b, 0x13, 0x02}};
     *object = nullptr;
-    if (from == &controller && IsEqualGUID(*id, controller4Id) && Record("controller 4") == S_OK) {
+    if (from == &controller && IsEqualGUID(*id, controller4Id) && RecordComCall("controller 4") == S_OK) {
         *object = &controller4;
-    } else if (from == &view && IsEqualGUID(*id, view4Id) && Record("view 4") == S_OK) {
+    } else if (from == &view && IsEqualGUID(*id, view4Id) && RecordComCall("view 4") == S_OK) {
         *object = &view4;
     }
     return *object ? S_OK : E_NOINTERFACE;
@@ -71,7 +48,7 @@ HRESULT STDMETHODCALLTYPE QueryInterface(void* from, const GUID* id, void** obje
 
 // Adds a handler as the runtime does: it asks for the handler's own interface.
 HRESULT AddHandler(const std::string& name, const GUID& id, void* handler, INT64* token) {
-    if (Record(name) != S_OK) {
+    if (RecordComCall(name) != S_OK) {
         return E_FAIL;
     }
     *token = 7;
@@ -105,7 +82,7 @@ HRESULT STDMETHODCALLTYPE AddDownload(void*, void* handler, INT64* token) {
     return AddHandler("download", kDownloadId, handler, token);
 }
 HRESULT STDMETHODCALLTYPE PutExternalDrop(void*, BOOL on) {
-    return Record(on ? "drops on" : "drops off");
+    return RecordComCall(on ? "drops on" : "drops off");
 }
 
 HRESULT STDMETHODCALLTYPE GetAddress(void*, wchar_t** text) {
@@ -119,32 +96,27 @@ HRESULT STDMETHODCALLTYPE GetAddress(void*, wchar_t** text) {
     return S_OK;
 }
 template <int slot> HRESULT STDMETHODCALLTYPE PutNumber(void*, int number) {
-    return Record("slot " + std::to_string(slot) + " = " + std::to_string(number));
+    return RecordComCall("slot " + std::to_string(slot) + " = " + std::to_string(number));
 }
 
 class DocumentGuardTest : public ::testing::Test {
   protected:
     DocumentGuardTest() {
-        calls.clear();
-        failing.clear();
+        ResetComObjects({&controller, &controller4, &view, &view4, &arguments});
         added.clear();
         address = L"about:blank";
-        for (FakeObject* object : {&controller, &controller4, &view, &view4, &arguments}) {
-            object->table = object->slots.data();
-            for (size_t slot = 0; slot < kSlots; ++slot) {
-                Put(*object, slot, Unexpected);
-            }
-            Put(*object, 0, QueryInterface);
-            Put(*object, 2, ReleaseNothing);
+        for (FakeComObject* object : {&controller, &controller4, &view, &view4, &arguments}) {
+            PutComMethod(*object, 0, QueryInterface);
+            PutComMethod(*object, 2, ReleaseNothing);
         }
-        Put(controller, 25, GetView);
-        Put(controller4, 37, PutExternalDrop);
-        Put(view, 4, GetAddress);
-        Put(view, 7, AddNavigation);
-        Put(view, 17, AddFrame);
-        Put(view, 23, AddPermission);
-        Put(view, 44, AddWindow);
-        Put(view4, 75, AddDownload);
+        PutComMethod(controller, 25, GetView);
+        PutComMethod(controller4, 37, PutExternalDrop);
+        PutComMethod(view, 4, GetAddress);
+        PutComMethod(view, 7, AddNavigation);
+        PutComMethod(view, 17, AddFrame);
+        PutComMethod(view, 23, AddPermission);
+        PutComMethod(view, 44, AddWindow);
+        PutComMethod(view4, 75, AddDownload);
         host_.library.getNativeHandle = [](WebView, int kind) -> void* {
             return kind == 2 ? &controller : nullptr;
         };
@@ -158,15 +130,15 @@ class DocumentGuardTest : public ::testing::Test {
 
     // What the handler does with an event; `slot` is that of its one answer.
     template <int slot> std::vector<std::string> Raise(const std::string& name) {
-        Put(arguments, slot, PutNumber<slot>);
-        calls.clear();
+        PutComMethod(arguments, slot, PutNumber<slot>);
+        comCalls.clear();
         using Invoke = HRESULT(STDMETHODCALLTYPE*)(void*, void*, void*);
         void* handler = added.at(name);
         reinterpret_cast<Invoke>((*static_cast<void***>(handler))[3])(handler, &view, &arguments);
-        return calls;
+        return comCalls;
     }
     std::vector<std::string> Navigate(const wchar_t* to) {
-        Put(arguments, 3, GetAddress);
+        PutComMethod(arguments, 3, GetAddress);
         address = to;
         return Raise<8>("navigation");
     }
@@ -178,13 +150,13 @@ class DocumentGuardTest : public ::testing::Test {
 
 TEST_F(DocumentGuardTest, AddsEveryHandlerAndTurnsDropsOff) {
     EXPECT_TRUE(GuardDocuments(&host_));
-    EXPECT_EQ(calls, (std::vector<std::string>{"view", "navigation", "frame", "window", "permission",
-                                               "view 4", "download", "controller 4", "drops off"}));
+    EXPECT_EQ(comCalls, (std::vector<std::string>{"view", "navigation", "frame", "window", "permission",
+                                                  "view 4", "download", "controller 4", "drops off"}));
 }
 
 TEST_F(DocumentGuardTest, FailsWithoutAHandlerThatEveryRuntimeTakes) {
     for (const char* step : {"view", "navigation", "frame", "window", "permission"}) {
-        failing = step;
+        failingComCall = step;
         EXPECT_FALSE(GuardDocuments(&host_)) << step;
         for (const auto& [name, handler] : added) {
             static_cast<IUnknown*>(handler)->Release();
@@ -194,17 +166,17 @@ TEST_F(DocumentGuardTest, FailsWithoutAHandlerThatEveryRuntimeTakes) {
 }
 
 TEST_F(DocumentGuardTest, AnOldRuntimeIsGuardedAgainstWhatItKnows) {
-    failing = "view 4";
+    failingComCall = "view 4";
     EXPECT_TRUE(GuardDocuments(&host_));
     EXPECT_EQ(added.count("download"), 0U);
-    EXPECT_EQ(calls.back(), "drops off");
+    EXPECT_EQ(comCalls.back(), "drops off");
 }
 
 TEST_F(DocumentGuardTest, WithoutAControllerThereIsNothingToGuard) {
     host_.library.getNativeHandle = [](WebView, int) -> void* { return nullptr; };
     EXPECT_TRUE(GuardDocuments(&host_));
     EXPECT_TRUE(ShowsOwnDocument(&host_));
-    EXPECT_TRUE(calls.empty());
+    EXPECT_TRUE(comCalls.empty());
 }
 
 TEST_F(DocumentGuardTest, AllowsOneNavigationForEachOwnDocument) {
@@ -241,7 +213,7 @@ TEST_F(DocumentGuardTest, RefusesFramesWindowsPermissionsAndDownloads) {
 TEST_F(DocumentGuardTest, ANavigationThatCannotBeRefusedMakesTheDocumentForeign) {
     GuardDocuments(&host_);
     EXPECT_TRUE(ShowsOwnDocument(&host_));
-    failing = "slot 8 = 1";
+    failingComCall = "slot 8 = 1";
     Navigate(L"about:blank");
     EXPECT_FALSE(ShowsOwnDocument(&host_));
     SetPageHtml(&host_, "<p>");

@@ -1,58 +1,38 @@
-// Turning off the browser's features goes through interfaces that are called by their place in a table: here are
-// objects of such tables that tell what was called.
+// The calls that turn off the browser's features, on objects with the runtime's function tables.
 #ifdef _WIN32
 #include "platform/page_host.h"
 #include "platform/shared/page_host_state.h"
+#include "unit/fake_com_object.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <array>
 #include <cstring>
 #include <string>
 #include <vector>
 
 namespace {
 
-constexpr size_t kSlots = 40;
-
-struct FakeObject {
-    void** table;
-    std::array<void*, kSlots> slots;
-};
-
-std::vector<std::string> calls;
-FakeObject controller;
-FakeObject webView;
-FakeObject settings;
-FakeObject settings3;
-std::string failing;  // the call that fails
-
-HRESULT Tell(const std::string& call) {
-    calls.push_back(call);
-    return call == failing ? E_FAIL : S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE Unexpected(void*) {
-    calls.push_back("unexpected");
-    return E_FAIL;
-}
+FakeComObject controller;
+FakeComObject webView;
+FakeComObject settings;
+FakeComObject settings3;
 
 template <int id> ULONG STDMETHODCALLTYPE Release(void*) {
     static constexpr const char* kNames[] = {"release controller", "release view", "release settings",
                                              "release settings3"};
-    calls.push_back(kNames[id]);
+    comCalls.push_back(kNames[id]);
     return 1;
 }
 
 HRESULT STDMETHODCALLTYPE GetCoreWebView2(void*, void** object) {
-    const HRESULT result = Tell("get view");
+    const HRESULT result = RecordComCall("get view");
     *object = SUCCEEDED(result) ? &webView : nullptr;
     return result;
 }
 
 HRESULT STDMETHODCALLTYPE GetSettings(void*, void** object) {
-    const HRESULT result = Tell("get settings");
+    const HRESULT result = RecordComCall("get settings");
     *object = SUCCEEDED(result) ? &settings : nullptr;
     return result;
 }
@@ -61,23 +41,19 @@ HRESULT STDMETHODCALLTYPE QueryInterface(void*, const GUID* id, void** object) {
     constexpr GUID kSettings3 = {
         0xfdb5ab74, 0xaf33, 0x4854, {0x84, 0xf0, 0x0a, 0x63, 0x1d, 0xeb, 0x5e, 0xba}};
     const HRESULT result =
-        Tell(std::memcmp(id, &kSettings3, sizeof *id) == 0 ? "query settings3" : "query another");
+        RecordComCall(std::memcmp(id, &kSettings3, sizeof *id) == 0 ? "query settings3" : "query another");
     *object = SUCCEEDED(result) ? &settings3 : nullptr;
     return result;
 }
 
 HRESULT STDMETHODCALLTYPE PutContextMenus(void*, BOOL on) {
-    return Tell(on ? "menus on" : "menus off");
+    return RecordComCall(on ? "menus on" : "menus off");
 }
 HRESULT STDMETHODCALLTYPE PutZoomControl(void*, BOOL on) {
-    return Tell(on ? "zoom on" : "zoom off");
+    return RecordComCall(on ? "zoom on" : "zoom off");
 }
 HRESULT STDMETHODCALLTYPE PutAcceleratorKeys(void*, BOOL on) {
-    return Tell(on ? "keys on" : "keys off");
-}
-
-template <typename Method> void Put(FakeObject& object, size_t slot, Method method) {
-    object.slots[slot] = reinterpret_cast<void*>(method);
+    return RecordComCall(on ? "keys on" : "keys off");
 }
 
 void* GiveController(WebView, int kind) {
@@ -87,24 +63,17 @@ void* GiveController(WebView, int kind) {
 class BrowserFeaturesTest : public ::testing::Test {
   protected:
     BrowserFeaturesTest() {
-        calls.clear();
-        failing.clear();
-        for (FakeObject* object : {&controller, &webView, &settings, &settings3}) {
-            object->table = object->slots.data();
-            for (size_t slot = 0; slot < kSlots; ++slot) {
-                Put(*object, slot, Unexpected);
-            }
-        }
-        Put(controller, 2, Release<0>);
-        Put(webView, 2, Release<1>);
-        Put(settings, 2, Release<2>);
-        Put(settings3, 2, Release<3>);
-        Put(controller, 25, GetCoreWebView2);
-        Put(webView, 3, GetSettings);
-        Put(settings, 0, QueryInterface);
-        Put(settings, 14, PutContextMenus);
-        Put(settings, 18, PutZoomControl);
-        Put(settings3, 24, PutAcceleratorKeys);
+        ResetComObjects({&controller, &webView, &settings, &settings3});
+        PutComMethod(controller, 2, Release<0>);
+        PutComMethod(webView, 2, Release<1>);
+        PutComMethod(settings, 2, Release<2>);
+        PutComMethod(settings3, 2, Release<3>);
+        PutComMethod(controller, 25, GetCoreWebView2);
+        PutComMethod(webView, 3, GetSettings);
+        PutComMethod(settings, 0, QueryInterface);
+        PutComMethod(settings, 14, PutContextMenus);
+        PutComMethod(settings, 18, PutZoomControl);
+        PutComMethod(settings3, 24, PutAcceleratorKeys);
         host_.library.getNativeHandle = GiveController;
     }
     PageHost host_;
@@ -112,9 +81,9 @@ class BrowserFeaturesTest : public ::testing::Test {
 
 TEST_F(BrowserFeaturesTest, AllThreeAreTurnedOffAndEverythingIsReleasedButTheController) {
     DisableBrowserFeatures(&host_);
-    EXPECT_EQ(calls, (std::vector<std::string>{"get view", "get settings", "menus off", "zoom off",
-                                               "query settings3", "keys off", "release settings3",
-                                               "release settings", "release view"}));
+    EXPECT_EQ(comCalls, (std::vector<std::string>{"get view", "get settings", "menus off", "zoom off",
+                                                  "query settings3", "keys off", "release settings3",
+                                                  "release settings", "release view"}));
 }
 
 TEST_F(BrowserFeaturesTest, AFailingStepEndsTheRest) {
@@ -129,17 +98,17 @@ TEST_F(BrowserFeaturesTest, AFailingStepEndsTheRest) {
           "release view"}},
     };
     for (const auto& [step, expected] : cases) {
-        calls.clear();
-        failing = step;
+        comCalls.clear();
+        failingComCall = step;
         DisableBrowserFeatures(&host_);
-        EXPECT_EQ(calls, expected) << step;
+        EXPECT_EQ(comCalls, expected) << step;
     }
 }
 
 TEST_F(BrowserFeaturesTest, WithoutAControllerNothingHappens) {
     host_.library.getNativeHandle = [](WebView, int) -> void* { return nullptr; };
     DisableBrowserFeatures(&host_);
-    EXPECT_TRUE(calls.empty());
+    EXPECT_TRUE(comCalls.empty());
 }
 
 }  // namespace
