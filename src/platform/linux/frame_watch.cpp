@@ -80,7 +80,10 @@ bool ReadWindow(Display* display, WindowState* state) {
     const bool maximised = IsMaximised(display, frame.window);
     state->minimised = IsIconic(display, frame.window);
     const ScreenArea screen = QueryPrimaryScreen(display);
-    const bool ordinary = !maximised && !state->minimised && !IsFullscreen(display, frame.window);
+    // NOTE: a closing window is hidden first. The window manager then takes its frame away in several steps, between
+    // which position and frame extents do not fit together. Asked last, this finds every window in that state.
+    const bool ordinary = !maximised && !state->minimised && !IsFullscreen(display, frame.window) &&
+                          IsMapped(display, frame.window);
     MutexLock lock(frame.mutex);
     if (frame.requested) {
         // The window is on its way there and may be maximised before it arrives.

@@ -151,6 +151,11 @@ bool IsIconic(Display* display, Window window) {
     return !state.empty() && state[0] == IconicState;
 }
 
+bool IsMapped(Display* display, Window window) {
+    XWindowAttributes attributes;
+    return XGetWindowAttributes(display, window, &attributes) != 0 && attributes.map_state != IsUnmapped;
+}
+
 bool IsManaged(Display* display, Window window) {
     const std::vector<int32_t> state = ReadNumbers(display, window, "WM_STATE");
     if (state.empty() || state[0] == WithdrawnState) {

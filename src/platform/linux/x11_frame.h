@@ -24,6 +24,8 @@ bool ReadOuterRectangle(Display* display, Window window, ScreenRectangle* rectan
 bool IsMaximised(Display* display, Window window);  // in both directions
 bool IsFullscreen(Display* display, Window window);
 bool IsIconic(Display* display, Window window);
+// False for a hidden window, minimised windows included, and if there is no such window.
+bool IsMapped(Display* display, Window window);
 // Returns whether the window manager manages the window and has put its frame around it.
 bool IsManaged(Display* display, Window window);
 

@@ -285,6 +285,24 @@ TEST(WindowFrame, AClosedWindowKeepsItsLastPlacement) {
     EndFrameThread();  // a second call does nothing
 }
 
+TEST(WindowFrame, AHiddenWindowKeepsItsLastPlacement) {
+    ManagedWindow hidden("Hidden", 300, 300, 1, false);
+    StartFrameThread(nullptr, hidden.Id());
+    SetPlacementCallback(StorePlacement);
+    hidden.Show();
+    PlaceWindow(hidden.Id(), 210, 160, 400, 300);
+    EXPECT_TRUE(Becomes("210,160 to 610,460", [&] { return OuterText(hidden); }));
+    XWithdrawWindow(hidden.Connection(), hidden.Id(), DefaultScreen(hidden.Connection()));
+    XSync(hidden.Connection(), False);
+    EXPECT_TRUE(WaitFor([&] { return !IsShown(hidden); }));
+    XMoveWindow(hidden.Connection(), hidden.Id(), 20, 30);
+    XSync(hidden.Connection(), False);
+    told.reset();
+    EndFrameThread();
+    ASSERT_TRUE(told.has_value());
+    EXPECT_EQ(Text(told->normal), "210,160 to 610,460");
+}
+
 TEST(WindowFrame, NoWindowIsIgnored) {
     PlaceWindow(0, 1, 1, 10, 10);
     MoveWindowTo(0, 1, 1);
