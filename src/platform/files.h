@@ -47,6 +47,10 @@ bool WriteFileBytes(const std::string& path, std::string_view bytes);
 
 // Files that only this program and its user may read: everything in the data folder.
 
+// Reads the first `count` bytes, or all if there are fewer. Refuses what FileLinks::Refuse refuses. *bytes is undefined
+// unless the result is Done.
+FileResult ReadStateFileStart(const std::string& path, size_t count, std::string* bytes);
+
 // Both refuse links and everything that is not a regular file, and leave a file that is readable and writable for the
 // user alone.
 

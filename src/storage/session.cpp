@@ -276,9 +276,10 @@ SaveProblem LastSaveProblem() {
 SessionLoad LoadSession() {
     SessionLoad load;
     damagedFileInTheWay = false;
-    std::string recovered;
-    const RecoveryState recovery = ReadRecoveryFile(&recovered);
-    if (recovery == RecoveryState::Pending && LoadSessionText(recovered)) {
+    // After a complete save the recovery file is as large as the session and not needed, so only its head is read.
+    if (std::string recovered; ReadRecoveryState() == RecoveryState::Pending &&
+                               ReadRecoveryFile(&recovered) == RecoveryState::Pending &&
+                               LoadSessionText(recovered)) {
         load.loaded = true;
         return load;
     }
@@ -301,8 +302,9 @@ SessionLoad LoadSession() {
     }
     // A file that could not be read may be whole, and readable at the next start. The next save moves it.
     damagedFileInTheWay = load.keptAs.empty();
-    load.loaded =
-        (recovery == RecoveryState::Done && LoadSessionText(recovered)) || ApplySession(std::move(session));
+    std::string recovered;
+    load.loaded = (ReadRecoveryFile(&recovered) == RecoveryState::Done && LoadSessionText(recovered)) ||
+                  ApplySession(std::move(session));
     return load;
 }
 

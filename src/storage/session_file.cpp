@@ -1,5 +1,6 @@
 #include "storage/session_file.h"
 
+#include "base/text.h"
 #include "platform/crypto.h"
 #include "storage/data_folder.h"
 
@@ -57,6 +58,17 @@ std::string RecoveryHead(size_t length, const Sha256Digest& checksum) {
     head += HexText(checksum);
     head += '\n';
     return head;
+}
+
+RecoveryState StateOfMark(char mark) {
+    switch (mark) {
+    case kPending:
+        return RecoveryState::Pending;
+    case kDone:
+        return RecoveryState::Done;
+    default:
+        return RecoveryState::None;
+    }
 }
 
 FileResult WriteRecoveryFile(const std::string& text, const Sha256Digest& checksum) {
@@ -118,6 +130,15 @@ FileResult WriteSessionFile(const std::string& text) {
     return FileResult::Done;
 }
 
+RecoveryState ReadRecoveryState() {
+    std::string head;
+    if (ReadStateFileStart(DataFilePath(kRecoveryFile), kHeadSize, &head) != FileResult::Done ||
+        head.size() != kHeadSize || !StartsWith(head, kHeadName)) {
+        return RecoveryState::None;
+    }
+    return StateOfMark(head[kStateOffset]);
+}
+
 RecoveryState ReadRecoveryFile(std::string* text) {
     std::string_view content;
     if (ReadFileLimited(DataFilePath(kRecoveryFile), kLargestFile, FileLinks::Refuse, text) !=
@@ -135,18 +156,18 @@ RecoveryState ParseRecovery(std::string_view bytes, std::string_view* text) {
     if (bytes.size() < kHeadSize) {
         return RecoveryState::None;
     }
-    const char state = bytes[kStateOffset];
+    const char mark = bytes[kStateOffset];
     *text = bytes.substr(kHeadSize);
     Sha256Digest checksum{};
-    if ((state != kPending && state != kDone) || !Checksum(*text, &checksum)) {
+    if (StateOfMark(mark) == RecoveryState::None || !Checksum(*text, &checksum)) {
         return RecoveryState::None;
     }
     std::string head = RecoveryHead(text->size(), checksum);
-    head[kStateOffset] = state;
+    head[kStateOffset] = mark;
     if (bytes.substr(0, kHeadSize) != head) {
         return RecoveryState::None;
     }
-    return state == kPending ? RecoveryState::Pending : RecoveryState::Done;
+    return StateOfMark(mark);
 }
 
 std::string KeepDamagedSession() {

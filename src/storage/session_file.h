@@ -19,7 +19,9 @@ enum class RecoveryState {
     Pending,  // its text is newer than the session file, which may be half written
     Done,     // the session file was written after it
 };
-// The text of the recovery file; *text is undefined for None.
+// Returns the state that the head of the recovery file names. Does not read the text, so it may be damaged.
+RecoveryState ReadRecoveryState();
+// Reads and validates the whole recovery file. *text is undefined for None.
 RecoveryState ReadRecoveryFile(std::string* text);
 // The same on bytes already in memory. *text points into `bytes`.
 RecoveryState ParseRecovery(std::string_view bytes, std::string_view* text);

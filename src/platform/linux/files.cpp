@@ -128,6 +128,28 @@ FileResult ReadAll(int file, size_t size, size_t limit, std::string* bytes) {
     }
 }
 
+// Opens a file and sets *size to its size in bytes. Returns -1 on failure, with the reason in *result.
+int OpenForReading(const std::string& path, FileLinks links, size_t* size, FileResult* result) {
+    // The user may name a pipe. A state file is never one.
+    const int refusing = links == FileLinks::Refuse ? O_NOFOLLOW | O_NONBLOCK : 0;
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | refusing);
+    if (file < 0) {
+        *result = ResultOfError(errno);
+        return -1;
+    }
+    struct stat status {};
+    *result = FileResult::Failed;
+    if (fstat(file, &status) == 0) {
+        if (!S_ISDIR(status.st_mode) && (links == FileLinks::Follow || S_ISREG(status.st_mode))) {
+            *size = static_cast<size_t>(status.st_size);
+            return file;
+        }
+        *result = FileResult::NotAFile;
+    }
+    close(file);
+    return -1;
+}
+
 // Opens a state file for writing: a regular file, not through a link, without waiting. Negative on failure, with the
 // reason in *result.
 int OpenStateFile(const std::string& path, int flags, FileResult* result) {
@@ -251,22 +273,13 @@ bool MoveFileNoReplace(const std::string& from, const std::string& to) {
 }
 
 FileResult ReadFileLimited(const std::string& path, size_t limit, FileLinks links, std::string* bytes) {
-    // The user may name a pipe. A state file is never one.
-    const int refusing = links == FileLinks::Refuse ? O_NOFOLLOW | O_NONBLOCK : 0;
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | refusing);
-    if (file < 0) {
-        return ResultOfError(errno);
-    }
     FileResult result = FileResult::Failed;
-    struct stat status {};
-    if (fstat(file, &status) != 0) {
-        result = FileResult::Failed;
-    } else if (S_ISDIR(status.st_mode) || (links == FileLinks::Refuse && !S_ISREG(status.st_mode))) {
-        result = FileResult::NotAFile;
-    } else {
-        result = ReadAll(file, static_cast<size_t>(status.st_size), limit, bytes);
+    size_t size = 0;
+    const int file = OpenForReading(path, links, &size, &result);
+    if (file >= 0) {
+        result = ReadAll(file, size, limit, bytes);
+        close(file);
     }
-    close(file);
     return result;
 }
 
@@ -281,6 +294,19 @@ bool WriteFileBytes(const std::string& path, std::string_view bytes) {
     }
     const bool written = WriteAll(file, bytes.data(), bytes.size());
     return close(file) == 0 && written;
+}
+
+FileResult ReadStateFileStart(const std::string& path, size_t count, std::string* bytes) {
+    FileResult result = FileResult::Failed;
+    size_t size = 0;
+    const int file = OpenForReading(path, FileLinks::Refuse, &size, &result);
+    if (file >= 0) {
+        bytes->resize(std::min(count, size));
+        const ssize_t got = pread(file, bytes->data(), bytes->size(), 0);
+        result = got == static_cast<ssize_t>(bytes->size()) ? FileResult::Done : FileResult::Failed;
+        close(file);
+    }
+    return result;
 }
 
 FileResult WriteStateFile(const std::string& path, std::string_view bytes) {

@@ -134,6 +134,12 @@ FileResult ReadFileLimited(const std::string& path, size_t limit, FileLinks link
     return bytes->size() > limit ? FileResult::TooLarge : FileResult::Done;
 }
 
+FileResult ReadStateFileStart(const std::string& path, size_t count, std::string* bytes) {
+    const FileResult result = ReadFileLimited(path, kLargestFile, FileLinks::Refuse, bytes);
+    bytes->resize(std::min(count, bytes->size()));
+    return result;
+}
+
 bool ReadFileBytes(const std::string& path, std::string* bytes) {
     return ReadFileLimited(path, kLargestFile, FileLinks::Follow, bytes) == FileResult::Done;
 }

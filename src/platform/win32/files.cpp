@@ -131,18 +131,36 @@ static HANDLE OpenFileOnDisk(const std::string& path, DWORD access, DWORD sharin
     return file;
 }
 
+// Shared with everything: another process may rewrite or replace the file at any moment.
+static HANDLE OpenForReading(const std::string& path, FileLinks links, FileResult* result) {
+    return OpenFileOnDisk(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                          OPEN_EXISTING, links, result);
+}
+
 FileResult ReadFileLimited(const std::string& path, size_t limit, FileLinks links, std::string* bytes) {
     bytes->clear();
     FileResult result = FileResult::Failed;
-    // Shared with everything: another process may rewrite or replace the file at any moment.
-    HANDLE file = OpenFileOnDisk(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                 OPEN_EXISTING, links, &result);
+    HANDLE file = OpenForReading(path, links, &result);
     if (file == INVALID_HANDLE_VALUE) {
         return result;
     }
     result = ReadWholeFile(file, limit, bytes);
     CloseHandle(file);
     return result;
+}
+
+FileResult ReadStateFileStart(const std::string& path, size_t count, std::string* bytes) {
+    FileResult result = FileResult::Failed;
+    HANDLE file = OpenForReading(path, FileLinks::Refuse, &result);
+    if (file == INVALID_HANDLE_VALUE) {
+        return result;
+    }
+    bytes->resize(count);
+    DWORD got = 0;
+    const bool isRead = ReadFile(file, bytes->data(), static_cast<DWORD>(count), &got, nullptr) != FALSE;
+    bytes->resize(isRead ? got : 0);
+    CloseHandle(file);
+    return isRead ? FileResult::Done : FileResult::Failed;
 }
 
 bool ReadFileBytes(const std::string& path, std::string* bytes) {
