@@ -203,10 +203,6 @@ bool IsWholeInt(std::string_view text) {
     return !text.empty() && ScanInt(text.data(), end, &ignored) == end;
 }
 
-char* WriteInt(char* out, int64_t value) {
-    return std::to_chars(out, out + kIntLength, value).ptr;
-}
-
 char* WriteStreamDouble(char* out, double value) {
     if (char* end = WriteShortStreamDouble(out, value)) {
         return end;

@@ -11,6 +11,7 @@
 // All functions may be called from any thread. Only the Append* functions allocate.
 #pragma once
 
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
@@ -46,7 +47,9 @@ bool IsWholeInt(std::string_view text);
 // Write `value` at `out`, without a closing zero, and return the end. The constant beside each is the longest result.
 
 constexpr size_t kIntLength = 20;
-char* WriteInt(char* out, int64_t value);
+template <typename Integer> char* WriteInt(char* out, Integer value) {
+    return std::to_chars(out, out + kIntLength, value).ptr;
+}
 
 // The default text form of an output stream: six significant digits, the shorter of plain and exponent form ("0.5",
 // "1234.57", "1.23457e+06", "inf", "nan").

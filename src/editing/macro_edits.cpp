@@ -25,7 +25,7 @@ struct Writer {
         std::memcpy(at, literal, Size - 1);
         at += Size - 1;
     }
-    void Int(int64_t value) { at = WriteInt(at, value); }
+    template <typename Integer> void Int(Integer value) { at = WriteInt(at, value); }
     void FixedDouble(double value) { at = WriteFixedDouble(at, value); }
 };
 
@@ -103,7 +103,7 @@ void BuildMacroEventsJson(const std::vector<UnifiedEvent>& events, std::string& 
     for (size_t i = 0; i < events.size(); ++i) {
         Writer out{buffer};
         i == 0 ? out.Text("{\"id\":") : out.Text(",{\"id\":");
-        out.Int(static_cast<int64_t>(i));
+        out.Int(i);
         out.Text(",\"time\":");
         out.FixedDouble(events[i].time);
         out.Text(",\"desc\":\"");
