@@ -191,6 +191,7 @@ constexpr PageCommand kMainProcessCommands[] = {
     {"getProgress", "", "return what runs and how far it is", Report<ProgressReport>, true},
     {"getMacroRows", "none, first or first,count", "return events of the macro as rows of eight numbers",
      Report<MacroRowsReport>, true},
+    {"getKeyNames", "", "return the names of the keys by virtual key", Report<KeyNamesReport>, true},
     {"cancelPick", "", "stop waiting for the click location", CancelPick, true},
     {"getHotkeys", "", "return the codes of the hotkeys", Report<HotkeyCodesReport>, true},
     {"setHotkey", "rec, play, auto, keyspamhotkey or unlock,code", "set the hotkey, if a capture could",

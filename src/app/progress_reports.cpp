@@ -3,6 +3,7 @@
 #include "base/json_writer.h"
 #include "base/numbers.h"
 #include "base/text.h"
+#include "engines/hotkeys.h"
 #include "engines/recorder.h"
 #include "model/engine_state.h"
 #include "platform/clock.h"
@@ -100,6 +101,21 @@ std::string ProgressReport() {
     json.RealField("recordSeconds", recording ? RecordingSeconds(ReadPerformanceCounter()) : 0.0);
     json.IntField("recordEvents", recording ? engineState.recordedEvents.load() : 0);
     json.BoolField("picking", engineState.pickingLocation);
+    json.EndObject();
+    return report;
+}
+
+std::string KeyNamesReport() {
+    constexpr uint32_t kLastVirtualKey = 255;
+    std::string report;
+    JsonWriter json(report);
+    json.BeginObject();
+    for (uint32_t virtualKey = 1; virtualKey <= kLastVirtualKey; ++virtualKey) {
+        const std::string name = EventKeyName(virtualKey);
+        if (!name.empty()) {
+            json.TextField(std::to_string(virtualKey), name);
+        }
+    }
     json.EndObject();
     return report;
 }

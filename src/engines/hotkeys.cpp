@@ -233,6 +233,24 @@ std::string KeyNameText(uint32_t code) {
     return name.empty() ? "Key[" + std::to_string(code) + "]" : name;
 }
 
+std::string EventKeyName(uint32_t virtualKey) {
+    constexpr uint32_t kNumLockKey = 144;
+    if (const char* name = FixedCodeName(virtualKey)) {
+        return name;
+    }
+    const KeyInfo* key = FindKeyByVirtualKey(virtualKey);
+    if (key == nullptr) {
+        return {};
+    }
+    if ((key->scanCode & kPrefixE1) != 0) {
+        return key->name;  // no system names a key with this prefix
+    }
+    // NOTE: Windows names Num Lock as an extended key, although it has no prefix. Without the mark its name is Pause.
+    const bool extended = (key->scanCode & kPrefixE0) != 0 || virtualKey == kNumLockKey;
+    const std::string name = SystemKeyName(key->scanCode & 0xFFU, extended);
+    return name.empty() ? key->name : name;
+}
+
 void ReassignKey(std::string_view target) {
     for (uint32_t code = kReassignRecord; code < std::size(kReassignTexts); ++code) {
         if (target == kReassignTexts[code]) {

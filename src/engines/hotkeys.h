@@ -26,6 +26,9 @@ void ReadHookInterest(HookInterest* interest);
 
 // Any thread. Returns the display name of a key or button code.
 std::string KeyNameText(uint32_t code);
+// Returns the name of a key by its virtual key, in the user's language, for lists of recorded events: it tells right from
+// left keys and the number pad from the main keys, which KeyNameText does not. Empty for a code that no key has.
+std::string EventKeyName(uint32_t virtualKey);
 
 // Begins a capture: "rec", "play", "auto", "keyspamhotkey", "keyspamtarget", "unlock"; ignores another word.
 void ReassignKey(std::string_view target);

@@ -103,6 +103,7 @@ TEST_F(CommandsTest, AreBoundInTheirFixedOrder) {
         "getPendingMacroSummary",
         "getProgress",
         "getMacroRows",
+        "getKeyNames",
         "cancelPick",
         "getHotkeys",
         "setHotkey",

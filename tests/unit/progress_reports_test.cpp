@@ -44,6 +44,22 @@ TEST_F(ProgressReportsTest, ATimeThatJsonCannotHoldIsNull) {
                       "[0,null,0,0,0,0,0,0]]}");
 }
 
+TEST_F(ProgressReportsTest, KeyNamesTellSidesAndTheNumberPad) {
+    const std::string report = KeyNamesReport();
+    // Windows has names of its own, and Wine takes them from the layout of the X server.
+    for (const uint32_t key : {8U, 13U, 65U, 112U, 144U, 163U}) {
+        EXPECT_NE(report.find("\"" + std::to_string(key) + "\":"), std::string::npos) << key;
+    }
+    EXPECT_EQ(report.find("\"255\":"), std::string::npos);
+    EXPECT_EQ(report.find("\"\""), std::string::npos) << "no empty name";
+#ifndef _WIN32
+    for (const char* name : {"\"1\":\"Left Mouse\"", "\"19\":\"Pause\"", "\"107\":\"Num +\"",
+                             "\"144\":\"Num Lock\"", "\"160\":\"Left Shift\"", "\"163\":\"Right Ctrl\""}) {
+        EXPECT_NE(report.find(name), std::string::npos) << name;
+    }
+#endif
+}
+
 TEST_F(ProgressReportsTest, RowsBeginAndEndWhereThePageAsks) {
     SetMacro({{.x = 0}, {.x = 1}, {.x = 2}});
     const auto row = [](int x) { return "[0,0.000000," + std::to_string(x) + ",0,0,0,0,0]"; };
