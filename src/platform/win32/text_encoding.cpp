@@ -14,7 +14,7 @@ bool IsAscii(char byte) {
     return static_cast<uint8_t>(byte) < 0x80;
 }
 
-// Returns the first index from `at` on that holds an ASCII byte, the size of the text if none does.
+// Returns the first index from `at` on that holds an ASCII byte, or the size of the text if none does.
 size_t EndOfRun(std::string_view text, size_t at) {
     while (at < text.size() && !IsAscii(text[at])) {
         ++at;
@@ -92,9 +92,13 @@ std::string Utf8OfMixedText(std::string_view text, unsigned codePage) {
     size_t kept = 0;  // everything before this index is in `utf8`
     size_t at = 0;
     while (at < text.size()) {
+        if (IsAscii(text[at])) {
+            ++at;
+            continue;
+        }
         const size_t end = EndOfRun(text, at);
         if (IsUtf8(text.substr(at, end - at))) {
-            at = end + 1;
+            at = end;
             continue;
         }
         utf8.append(text.substr(kept, at - kept));
