@@ -7,7 +7,7 @@ g++-mingw-w64-x86-64-posix wine wine64
 libx11-dev libxi-dev libxtst-dev libxrandr-dev libssl-dev librsvg2-bin icoutils imagemagick patchelf
 libwebkitgtk-6.0-4 libgtk-4-1 libvulkan1 fonts-dejavu-core fonts-inter-variable fonttools
 xvfb xserver-xephyr openbox xfwm4 wmctrl xdotool x11-utils x11-xserver-utils x11-apps chromium shellcheck procps dbus-daemon zenity
-  locales"
+locales"
 
 # Installed by the bench only, to compare our playback with.
 # shellcheck disable=SC2034
