@@ -21,6 +21,8 @@
 #include <cstring>
 #include <stdexcept>
 
+extern "C" uintptr_t __stack_chk_guard;
+
 namespace {
 
 // ---- clock ----
@@ -366,6 +368,27 @@ TEST(Process, AnUnquotedNameWithOtherLettersThanAsciiEndsAtItsSpace) {
     }
 }
 
+// ---- stack protector ----
+
+TEST(StackProtector, EndsTheProcessAtOnceWithoutASave) {
+    ScratchFolder scratch;
+    const std::string saved = scratch.File("saved");
+    std::string output;
+    EXPECT_EQ(RunToEnd(OwnRole(L"overflow", Widen(saved)), &output),
+              DWORD{0xC0000602});  // STATUS_FAIL_FAST_EXCEPTION
+    EXPECT_EQ(output, "overwritten\r\n");
+    EXPECT_FALSE(FileExists(saved));
+}
+
+TEST(StackProtector, EachProcessHasAnotherGuard) {
+    std::string first;
+    std::string second;
+    EXPECT_EQ(RunToEnd(OwnRole(L"guard"), &first), 0u);
+    EXPECT_EQ(RunToEnd(OwnRole(L"guard"), &second), 0u);
+    EXPECT_GT(first.size(), 8u);
+    EXPECT_NE(first, second);
+}
+
 // ---- library search ----
 
 TEST(LibrarySearch, TheProgramFolderAnswersNoName) {
@@ -460,6 +483,16 @@ void CountSave() {
     WriteFileBytes(savePath, before + "1");
 }
 
+__attribute__((noinline)) void OverflowStack(size_t count) {
+    char buffer[16];
+    volatile char* byte = buffer;
+    for (size_t written = 0; written < count; ++written) {
+        byte[written] = 'x';
+    }
+    printf("overwritten\n");
+    fflush(stdout);
+}
+
 [[noreturn]] void Crash() {
     volatile int* nowhere = nullptr;
     *nowhere = 1;
@@ -546,6 +579,16 @@ int RunRole(const std::string& role, const char* argument) {
     }
     if (role == "prepare") {
         return RunPrepareRole();
+    }
+    if (role == "overflow") {
+        savePath = argument;
+        SetCrashHandler(CountSave);
+        OverflowStack(200);
+        return 0;
+    }
+    if (role == "guard") {
+        printf("%llx\n", static_cast<unsigned long long>(__stack_chk_guard));
+        return 0;
     }
     if (role == "library-search") {
         return RunLibrarySearchRole();
