@@ -2,6 +2,7 @@
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "editing/macro_history.h"
 #include "model/engine_state.h"
 #include "storage/data_folder.h"
 
@@ -135,11 +136,15 @@ std::string EventDescription(const UnifiedEvent& event) {
 void DeleteEvent(std::string_view indexText) {
     const int32_t index = ReadInt(indexText);
     {
+        SingleEditHistory history;
         MutexLock lock(macroMutex);
         if (EventAt(index) != nullptr) {
+            history.KeepBefore();
+            const uint64_t before = macroState.revision;
             std::vector<UnifiedEvent>& events = CurrentProfile()->events;
             events.erase(events.begin() + index);
             MarkMacroChanged();
+            history.EndEdit(before);
         }
     }
     MirrorEvents();
@@ -150,10 +155,14 @@ void UpdateEventTime(std::string_view arguments) {
     if (fields.size() == 2) {
         const int32_t index = ReadInt(fields[0]);
         const double time = ReadDouble(fields[1]);
+        SingleEditHistory history;
         MutexLock lock(macroMutex);
         if (UnifiedEvent* event = EventAt(index)) {
+            history.KeepBefore();
+            const uint64_t before = macroState.revision;
             event->time = time;
             MarkMacroChanged();
+            history.EndEdit(before);
         }
     }
     MirrorEvents();
@@ -161,9 +170,15 @@ void UpdateEventTime(std::string_view arguments) {
 
 void OptimizeMacro() {
     {
+        std::vector<UnifiedEvent> events;  // in the end the old ones, if the history does not keep them
+        DroppedSteps dropped;
         MutexLock lock(macroMutex);
         if (Profile* profile = CurrentProfile()) {
-            profile->events = OptimizedEvents(profile->events);
+            events = OptimizedEvents(profile->events);
+            if (!engineState.recording && events.size() < profile->events.size()) {
+                KeepMacro(*profile, HistoryReason::Optimise, &dropped);
+            }
+            profile->events.swap(events);
             MarkMacroChanged();
         }
     }

@@ -2,6 +2,7 @@
 
 #include "base/json_writer.h"
 #include "base/numbers.h"
+#include "editing/macro_history.h"
 #include "model/engine_state.h"
 #include "storage/settings_text.h"
 
@@ -28,15 +29,6 @@ std::string FreeProfileName(std::string name) REQUIRES(macroMutex) {
         }
     }
     return name;
-}
-
-// A profile that never stored its settings has the defaults.
-void ApplyStoredSettings(const std::string& settings) {
-    if (settings.empty()) {
-        ResetToolSettings();
-    } else {
-        ApplyProfileSettings(settings);
-    }
 }
 
 bool IsProfileIndex(int32_t index) REQUIRES(macroMutex) {
@@ -73,6 +65,8 @@ std::vector<UnifiedEvent> MemoryForCopy(int32_t index) {
 
 // Returns whether another profile is current now: *settings are the ones to apply.
 bool RemoveCurrentProfile(std::string* settings) {
+    std::string before = BuildProfileSettings();
+    DroppedSteps dropped;
     MutexLock lock(macroMutex);
     Profile* current = CurrentProfile();
     if (current == nullptr) {
@@ -80,7 +74,7 @@ bool RemoveCurrentProfile(std::string* settings) {
     }
     if (current->name == DefaultProfileName) {
         ResetToolSettings();
-        current->events.clear();
+        KeepClearedProfile(*current, std::move(before), &dropped);
         current->settings = BuildProfileSettings();
         MarkMacroChanged();
         return false;
@@ -88,6 +82,7 @@ bool RemoveCurrentProfile(std::string* settings) {
     if (macroState.profiles.size() < 2) {
         return false;
     }
+    KeepDeletedProfile(std::move(before), &dropped);
     macroState.profiles.erase(macroState.profiles.begin() + macroState.currentProfile);
     const auto last = static_cast<int32_t>(macroState.profiles.size()) - 1;
     if (macroState.currentProfile > last) {
@@ -143,11 +138,13 @@ void ClearProfile() {
     if (engineState.recording) {
         return;
     }
+    std::string before = BuildProfileSettings();
     ResetToolSettings();
     std::string settings = BuildProfileSettings();
+    DroppedSteps dropped;
     MutexLock lock(macroMutex);
     if (Profile* current = CurrentProfile()) {
-        current->events.clear();
+        KeepClearedProfile(*current, std::move(before), &dropped);
         current->settings = std::move(settings);
         MarkMacroChanged();
     }

@@ -1,5 +1,6 @@
 #include "engines/recorder.h"
 
+#include "editing/macro_history.h"
 #include "editing/profiles.h"
 #include "model/button_flags.h"
 #include "platform/clock.h"
@@ -263,7 +264,7 @@ void AppendRecordedEvent(const UnifiedEvent& event) {
     if (Profile* profile = CurrentProfile()) {
         try {
             profile->events.push_back(event);
-            MarkMacroExtended();
+            MarkEventAppended();
             engineState.recordedEvents.fetch_add(1);
         } catch (const std::bad_alloc&) {
             return;
@@ -296,11 +297,12 @@ double ClickGapSeconds() {
 
 void BeginFreshRecording() {
     {
+        DroppedSteps dropped;
         MutexLock lock(macroMutex);
-        ForgetContinue();
         if (Profile* profile = CurrentProfile()) {
-            profile->events.clear();
+            KeepMacro(*profile, HistoryReason::Recording, &dropped);
         }
+        ForgetContinue();
         macroState.continueKeepCount = 0;
         MarkMacroChanged();
         OpenTake();
@@ -310,9 +312,11 @@ void BeginFreshRecording() {
 
 void BeginContinuedRecording() {
     {
+        DroppedSteps dropped;
         MutexLock lock(macroMutex);
         ForgetContinue();
-        if (const Profile* profile = CurrentProfile()) {
+        if (Profile* profile = CurrentProfile()) {
+            DropRedo(*profile, &dropped);
             macroState.continueBaseline = profile->events;
         }
         macroState.continueKeepCount = macroState.continueBaseline.size();
@@ -332,11 +336,14 @@ bool CanUndoContinue() {
 }
 
 void UndoContinuedRecording() {
+    DroppedSteps dropped;
     MutexLock lock(macroMutex);
     if (!CanUndoContinue()) {
         return;
     }
-    CurrentProfile()->events = std::move(macroState.continueBaseline);
+    Profile& profile = *CurrentProfile();
+    KeepMacro(profile, HistoryReason::UndoContinue, &dropped);
+    profile.events = std::move(macroState.continueBaseline);
     ForgetContinue();
     MarkMacroChanged();
 }

@@ -22,12 +22,12 @@ Profile* CurrentProfile() {
 }
 
 void MarkMacroChanged() {
-    MarkMacroExtended();
+    MarkEventAppended();
     macroState.rewrittenRevision = macroState.revision;
     engineState.macroRewrittenRevision = macroState.revision;
 }
 
-void MarkMacroExtended() {
+void MarkEventAppended() {
     ++macroState.revision;
     engineState.macroRevision = macroState.revision;
 }

@@ -4,6 +4,7 @@
 
 #include "base/mutex.h"
 #include "model/event.h"
+#include "model/macro_history.h"
 #include "model/profile.h"
 #include "model/settings.h"
 
@@ -97,6 +98,9 @@ struct MacroState {
     // revision or later needs only the events that follow.
     uint64_t rewrittenRevision = 1;
 
+    MacroHistory history;
+    uint64_t lastProfileId = 0;  // ids up to this one are taken
+
     // Continued recording and its one step of undo.
     std::vector<UnifiedEvent> continueBaseline;  // the macro before the continued recording
     std::vector<UnifiedEvent> continueResult;    // the macro when it ended
@@ -111,7 +115,7 @@ Profile* CurrentProfile() REQUIRES(macroMutex);
 // Raises the revision. Call it after each change of an event list or of currentProfile.
 void MarkMacroChanged() REQUIRES(macroMutex);
 // Raises the revision after an append at the end of the macro.
-void MarkMacroExtended() REQUIRES(macroMutex);
+void MarkEventAppended() REQUIRES(macroMutex);
 
 // Any thread, the hook procedures included. Raises a request flag of engineState and wakes the dispatcher, without
 // waiting. Every command that starts or stops an engine calls it.

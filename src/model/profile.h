@@ -3,6 +3,7 @@
 
 #include "model/event.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,4 +13,5 @@ struct Profile {
     std::string name;                  // bytes of any encoding; two profiles may have the same name
     std::string settings;              // profile settings text; empty: the defaults
     std::vector<UnifiedEvent> events;  // the macro, in list order
+    uint64_t id = 0;  // identifies the profile in this run, whatever its position; 0: none yet
 };

@@ -133,6 +133,14 @@ void ApplyProfileSettings(std::string_view text) {
     StoreSettingText(kSettingsFields[kChordField], fields[kProfileChord]);
 }
 
+void ApplyStoredSettings(std::string_view text) {
+    if (text.empty()) {
+        ResetToolSettings();
+    } else {
+        ApplyProfileSettings(text);
+    }
+}
+
 std::string ProfileSettingsFromLine(std::string_view line) {
     const Fields file = SplitParts(line, ',');
     const std::string live = BuildProfileSettings();

@@ -17,6 +17,9 @@ std::string BuildProfileSettings();
 // the earlier fields stored and targets and chord unchanged.
 void ApplyProfileSettings(std::string_view text);
 
+// Stores the tool settings of a profile that may never have stored them: then the text is empty and stands for the defaults.
+void ApplyStoredSettings(std::string_view text);
+
 // Returns the profile settings text of a macro file's settings line. Groups that the line lacks, or that hold a
 // malformed number, come from the live settings. Stores nothing.
 std::string ProfileSettingsFromLine(std::string_view line);

@@ -86,7 +86,7 @@ TEST_F(ProgressReportsTest, TheRevisionIsThatOfTheMacro) {
     MutexLock lock(macroMutex);
     EXPECT_EQ(engineState.macroRevision, macroState.revision);
     EXPECT_EQ(engineState.macroRewrittenRevision, macroState.revision);
-    MarkMacroExtended();
+    MarkEventAppended();
     EXPECT_EQ(engineState.macroRevision, macroState.revision);
     EXPECT_EQ(engineState.macroRewrittenRevision, macroState.revision - 1);
 }
