@@ -9,6 +9,9 @@
 // Writes the current profile, with the live settings, to the file that the user chooses. Throws what WriteMacroFile
 // throws. Shows an alert in the page if the system has no file dialog.
 void ExportProfile();
+// As ExportProfile, but proposes a file name made of the profile's, and returns what came of it, as JSON:
+// {"outcome":WORD,"file":NAME,"message":TEXT} with "written", "cancelled", "failed" or "unavailable". Shows no alert.
+std::string ExportMacro();
 // Imports the file that the user chooses. Returns an outcome document.
 std::string ImportProfile();
 

@@ -2,8 +2,10 @@
 
 #include "base/json_writer.h"
 #include "base/mutex.h"
+#include "editing/macro_history.h"
 #include "editing/profiles.h"
 #include "engines/recorder.h"
+#include "imports/last_import.h"
 #include "imports/page_notice.h"
 
 #include <algorithm>
@@ -126,27 +128,31 @@ bool IsPending(std::string_view id) REQUIRES(pendingMutex) {
 }
 
 // A running recording goes on in the new profile, after the imported events, which stay unchanged.
-void AddImported(ParsedMacro macro) {
+ImportedProfile AddImported(ParsedMacro macro) {
     const double clickGap = ClickGapSeconds();
     MutexLock lock(macroMutex);
     MoveRecording(macro.events.size(), clickGap);
     AppendProfile(std::move(macro));
+    Profile& added = *CurrentProfile();
+    return {added.name, ProfileId(added)};
 }
 
 }  // namespace
 
-OfferResult OfferMacro(ParsedMacro macro) {
+OfferResult OfferMacro(ParsedMacro macro, const std::string& path) {
     OfferResult result;
     MacroScan::ScanReport report = MacroScan::ScanMacro(macro.events);
     result.level = std::move(report.level);
     result.matches = std::move(report.matches);
     if (result.matches.empty()) {
-        AddImported(std::move(macro));
+        ImportFacts facts = FactsOfImport(path, macro);
+        NoteImportDone(std::move(facts), AddImported(std::move(macro)));
         result.committed = true;
         return result;
     }
     MutexLock lock(pendingMutex);
     result.pendingId = DrawPendingId();
+    NoteImportPending(FactsOfImport(path, macro), result.pendingId);
     pendingMacroImport = {true,
                           result.pendingId,
                           std::move(macro.name),
@@ -168,7 +174,8 @@ void ConfirmMacroImport(std::string_view id) {
         return;
     }
     PendingMacroImport confirmed = std::exchange(pendingMacroImport, {});
-    AddImported({std::move(confirmed.name), std::move(confirmed.settings), std::move(confirmed.events)});
+    NotePendingConfirmed(id, AddImported({std::move(confirmed.name), std::move(confirmed.settings),
+                                          std::move(confirmed.events)}));
     NotifyPageProfileImported();
 }
 
@@ -176,6 +183,7 @@ void CancelMacroImport(std::string_view id) {
     MutexLock lock(pendingMutex);
     if (IsPending(id)) {
         pendingMacroImport = {};
+        NotePendingDropped(id);
     }
 }
 

@@ -18,7 +18,8 @@ struct OfferResult {
 };
 
 // Scans the macro, without a lock, and adds it as a profile or makes it the pending import. The caller notifies the page.
-OfferResult OfferMacro(ParsedMacro macro);
+// `path` is the file that it comes from.
+OfferResult OfferMacro(ParsedMacro macro, const std::string& path = {});
 // Returns {"outcome":"imported"} or the pending document: {"outcome":"pending","pendingId":ID,"level":LEVEL,"matches":
 // [{"severity":...,"message":...,"atSec":...}]}.
 std::string OfferDocument(const OfferResult& offer);

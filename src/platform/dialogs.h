@@ -26,8 +26,10 @@ struct FileDialogResult {
 // Asks for an existing file. The first filter is selected at first.
 FileDialogResult AskForFileToOpen(std::span<const FileDialogFilter> filters);
 // Asks for a file to write. It may exist: then the user has agreed to replace it. A name typed without an extension
-// gets `defaultExtension` (without a dot).
-FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension);
+// gets `defaultExtension` (without a dot). `proposedName` is a file name in UTF-8 without a folder, which the dialog offers
+// at first; empty: none.
+FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension,
+                                  const std::string& proposedName = {});
 
 // Any thread. Dialogs are allowed at first. While they are not, an open one closes and none opens; each returns
 // Cancelled. For the end of the program, which does not wait for the user to close a dialog.

@@ -64,6 +64,28 @@ constexpr Number kNumbers[] = {
     {"windowHeight", &AppSettings::windowHeight},
 };
 
+// In the order of file and report, behind everything else in the file.
+struct AdditionalNumber {
+    std::string_view key;
+    int32_t AppSettings::*field;
+    int32_t least;
+    int32_t most;
+
+    // Stores a decimal number of the range, which must be the whole text.
+    bool Store(std::string_view text) const {
+        int32_t value = 0;
+        if (!IsWholeInt(text) || !ParseInt(text, &value) || value < least || value > most) {
+            return false;
+        }
+        appSettings.*field = value;
+        return true;
+    }
+};
+
+constexpr AdditionalNumber kAdditionalNumbers[] = {
+    {"countdownSeconds", &AppSettings::countdownSeconds, 0, 10},
+};
+
 constexpr std::string_view kMaximisedKey = "windowMaximized";
 
 void AppendLine(std::string& out, std::string_view key, std::string_view value) {
@@ -132,6 +154,12 @@ void ApplyLine(std::string_view key, std::string_view value) {
             return;
         }
     }
+    for (const AdditionalNumber& each : kAdditionalNumbers) {
+        if (key == each.key) {
+            each.Store(value);
+            return;
+        }
+    }
     if (key == "seenWarnings") {
         appSettings.seenWarnings = ReadSet(value, [](std::string_view piece) { return !piece.empty(); });
     } else if (key == "minimizedPanels") {
@@ -190,6 +218,14 @@ std::string BuildAppSettingsText() {
         AppendLine(text, each.fileKey, digits);
     }
     AppendLine(text, kMaximisedKey, FileBool(appSettings.windowMaximized));
+    const AppSettings defaults;
+    for (const AdditionalNumber& each : kAdditionalNumbers) {
+        if (appSettings.*each.field != defaults.*each.field) {
+            std::string digits;
+            AppendInt(digits, appSettings.*each.field);
+            AppendLine(text, each.key, digits);
+        }
+    }
     return text;
 }
 
@@ -218,6 +254,31 @@ std::string AppSettingsReport() {
     WriteIds(json, "panelOrder", appSettings.panelOrder);
     json.EndObject();
     return report;
+}
+
+std::string AdditionalSettingsReport() {
+    std::string report;
+    JsonWriter json(report);
+    json.BeginObject();
+    for (const AdditionalNumber& each : kAdditionalNumbers) {
+        json.IntField(each.key, appSettings.*each.field);
+    }
+    json.EndObject();
+    return report;
+}
+
+bool SetAdditionalSetting(std::string_view text) {
+    const size_t comma = text.find(',');
+    if (comma == std::string_view::npos) {
+        return false;
+    }
+    for (const AdditionalNumber& each : kAdditionalNumbers) {
+        if (text.substr(0, comma) == each.key && each.Store(text.substr(comma + 1))) {
+            SaveAppSettings();
+            return true;
+        }
+    }
+    return false;
 }
 
 void StoreAppSetting(std::string_view key, bool value) {

@@ -23,6 +23,8 @@ struct AppSettings {
     int32_t windowWidth = 420;
     int32_t windowHeight = 560;
     bool windowMaximized = false;
+    int32_t countdownSeconds =
+        3;  // for the page: before a tool starts that the page was asked to start; 0: none
     bool windowPositionKnown = false;  // not stored: windowX was read, or the window was placed
 };
 
@@ -47,6 +49,14 @@ void ApplyAppSettingsText(std::string_view text);
 
 // Returns the settings as JSON for the page, without the window's placement. Ids are not escaped.
 std::string AppSettingsReport();
+
+// The additional settings: whole numbers that the report above does not have, and that stand in the file only where they
+// differ from their default.
+// Returns them as JSON for the page.
+std::string AdditionalSettingsReport();
+// "key,value": stores one and saves. Returns false, with nothing changed, for an unknown key, another text, or a number out
+// of its range.
+bool SetAdditionalSetting(std::string_view text);
 
 // Stores the setting that the page calls `key`; "min:" with a panel id stores whether that panel is minimised. An
 // unknown key changes nothing. Does not save, and does not apply the setting.

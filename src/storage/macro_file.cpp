@@ -85,6 +85,17 @@ bool ReadSevenFields(FieldWalk& fields, UnifiedEvent* event) {
     return true;
 }
 
+std::string MacroFileText(const Profile& profile) {
+    const std::string_view lineEnd = TextLineEnd();
+    std::string text = profile.name;
+    text += lineEnd;
+    text += kSettingsPrefix;
+    text += BuildSettingsLine();
+    text += lineEnd;
+    AppendEventLines(text, profile.events);
+    return text;
+}
+
 }  // namespace
 
 void AppendEventLine(std::string& out, const UnifiedEvent& event) {
@@ -148,6 +159,8 @@ std::string ParseMacroText(std::string_view bytes, ParsedMacro* out) {
             macro.settings = ProfileSettingsFromLine(line.substr(kSettingsPrefix.size()));
         } else if (UnifiedEvent event; ParseEventLine(line, &event)) {
             macro.events.push_back(event);
+        } else if (!line.empty()) {
+            ++macro.skippedLines;
         }
         secondLine = false;
     }
@@ -161,20 +174,18 @@ std::string ReadMacroFile(const std::string& path, ParsedMacro* out) {
     case FileResult::Done:
         return ParseMacroText(bytes, out);
     case FileResult::TooLarge:
-        return "That macro file is too large.";
+        return std::string(kMacroFileTooLarge);
     default:
-        return "Couldn't open that macro file.";
+        return std::string(kMacroFileNotOpened);
     }
 }
 
+bool TryWriteMacroFile(const std::string& path, const Profile& profile) {
+    return WriteFileBytes(path, MacroFileText(profile));
+}
+
 void WriteMacroFile(const std::string& path, const Profile& profile) {
-    const std::string_view lineEnd = TextLineEnd();
-    std::string text = profile.name;
-    text += lineEnd;
-    text += kSettingsPrefix;
-    text += BuildSettingsLine();
-    text += lineEnd;
-    AppendEventLines(text, profile.events);
+    const std::string text = MacroFileText(profile);
     // Write nothing first: a file that cannot be opened is not reported, a full disk is.
     if (!WriteFileBytes(path, {})) {
         return;

@@ -4,6 +4,7 @@
 #include "model/event.h"
 #include "model/profile.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,7 +13,12 @@ struct ParsedMacro {
     std::string name;
     std::string settings;  // profile settings text; empty: the file has no settings line
     std::vector<UnifiedEvent> events;
+    size_t skippedLines = 0;  // lines with text that are no event
 };
+
+// The sentences for a file whose text cannot be read.
+inline constexpr std::string_view kMacroFileNotOpened = "Couldn't open that macro file.";
+inline constexpr std::string_view kMacroFileTooLarge = "That macro file is too large.";
 
 // Reads a macro file. Returns an empty string, or the sentence for the user with *out unchanged. Malformed event lines
 // are skipped.
@@ -22,6 +28,9 @@ std::string ParseMacroText(std::string_view bytes, ParsedMacro* out);
 // Writes name, live settings and events. A file that cannot be opened is not reported. Throws std::ios_base::failure if
 // the bytes cannot all be written.
 void WriteMacroFile(const std::string& path, const Profile& profile);
+
+// As WriteMacroFile, but returns whether the file was written.
+bool TryWriteMacroFile(const std::string& path, const Profile& profile);
 
 // Appends one event as its eight comma-separated fields, without a line end.
 void AppendEventLine(std::string& out, const UnifiedEvent& event);

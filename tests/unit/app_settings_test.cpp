@@ -389,3 +389,30 @@ TEST_F(AppSettingsTest, StoresAWholeOrderOrNone) {
     EXPECT_TRUE(appSettings.panelOrder.empty());
     EXPECT_NE(File().find("panelOrder=\n"), std::string::npos);
 }
+
+TEST_F(AppSettingsTest, AnAdditionalSettingStandsInTheFileOnlyIfItDiffers) {
+    const std::string before = BuildAppSettingsText();
+    EXPECT_EQ(AdditionalSettingsReport(), R"({"countdownSeconds":3})");
+    EXPECT_TRUE(SetAdditionalSetting("countdownSeconds,0"));
+    EXPECT_EQ(AdditionalSettingsReport(), R"({"countdownSeconds":0})");
+    EXPECT_EQ(BuildAppSettingsText(), before + "countdownSeconds=0" + std::string(TextLineEnd()));
+    appSettings = AppSettings();
+    LoadAppSettings();
+    EXPECT_EQ(appSettings.countdownSeconds, 0) << "it was saved";
+    EXPECT_TRUE(SetAdditionalSetting("countdownSeconds,3"));
+    EXPECT_EQ(BuildAppSettingsText(), before);
+    EXPECT_EQ(AppSettingsReport().find("countdown"), std::string::npos);
+}
+
+TEST_F(AppSettingsTest, AnInvalidAdditionalSettingChangesNothing) {
+    for (const char* text :
+         {"", "countdownSeconds", "countdownSeconds,", "countdownSeconds,11", "countdownSeconds,-1",
+          "countdownSeconds,x", "countdownSeconds,5x", "countdownSeconds,5,", "other,5", "windowX,5", ",5"}) {
+        EXPECT_FALSE(SetAdditionalSetting(text)) << text;
+    }
+    EXPECT_FALSE(FileExists(Path()));
+    Load("countdownSeconds=99\ncountdownSeconds=x\n");
+    EXPECT_EQ(appSettings.countdownSeconds, 3);
+    Load("countdownSeconds=10\n");
+    EXPECT_EQ(appSettings.countdownSeconds, 10);
+}

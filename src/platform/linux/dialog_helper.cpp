@@ -55,7 +55,8 @@ std::vector<std::string> HelperArguments(const DialogRequest& request) {
     if (request.save) {
         arguments.insert(arguments.end(), {"--save", "--confirm-overwrite"});
     }
-    const std::string first = request.proposed.empty() ? FirstFolder() : request.proposed;
+    const bool hasFolder = request.proposed.find('/') != std::string::npos;
+    const std::string first = hasFolder ? request.proposed : FirstFolder() + request.proposed;
     if (!first.empty()) {
         arguments.push_back("--filename=" + first);
     }

@@ -130,7 +130,7 @@ bool AppendFilters(const BusLibrary& library, sd_bus_message* message,
 bool AppendProposal(const BusLibrary& library, sd_bus_message* message, const std::string& path) {
     const size_t slash = path.rfind('/');
     if (slash == std::string::npos) {
-        return true;
+        return library.append(message, "{sv}", "current_name", "s", path.c_str()) >= 0;
     }
     const std::string folder = path.substr(0, std::max<size_t>(slash, 1));
     return library.openContainer(message, 'e', "sv") >= 0 &&

@@ -63,6 +63,9 @@ FileDialogResult AskForFileToOpen(std::span<const FileDialogFilter> filters) {
     return AskAlone([&] { return Ask({false, filters, "Open", {}}); });
 }
 
-FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension) {
-    return AskAlone([&] { return AskWhereToSave({true, filters, "Save As", {}}, defaultExtension); });
+FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension,
+                                  const std::string& proposedName) {
+    return AskAlone([&] {
+        return AskWhereToSave({true, filters, "Save As", proposedName}, defaultExtension);
+    });
 }

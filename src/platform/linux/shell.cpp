@@ -9,6 +9,8 @@
 #include "platform/process.h"
 
 #include <cerrno>
+#include <cstdlib>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -34,6 +36,18 @@ void StartDetached(const char* const* arguments) {
 void OpenTarget(const std::string& target) {
     const char* const arguments[] = {"xdg-open", target.c_str(), nullptr};
     StartDetached(arguments);
+}
+
+void OpenFolder(const std::string& path) {
+    OpenTarget(path);
+}
+
+SessionKind ReadSessionKind() {
+    const char* type = std::getenv("XDG_SESSION_TYPE");
+    const char* display = std::getenv("WAYLAND_DISPLAY");
+    const bool isWayland = (type != nullptr && std::string_view(type) == "wayland") ||
+                           (display != nullptr && display[0] != '\0');
+    return isWayland ? SessionKind::Wayland : SessionKind::X11;
 }
 
 void SetLaunchAtStartup(bool enabled) {

@@ -41,11 +41,14 @@ FileDialogResult Show(SimDialog dialog, std::span<const FileDialogFilter> filter
 }  // namespace
 
 FileDialogResult AskForFileToOpen(std::span<const FileDialogFilter> filters) {
-    return Show({.save = false, .defaultExtension = {}, .filters = {}}, filters);
+    return Show({}, filters);
 }
 
-FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension) {
-    return Show({.save = true, .defaultExtension = defaultExtension, .filters = {}}, filters);
+FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension,
+                                  const std::string& proposedName) {
+    return Show(
+        {.save = true, .defaultExtension = defaultExtension, .proposedName = proposedName, .filters = {}},
+        filters);
 }
 
 void AllowFileDialogs(bool allowed) {

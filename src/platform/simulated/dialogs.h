@@ -10,6 +10,7 @@
 struct SimDialog {
     bool save = false;
     std::string defaultExtension;
+    std::string proposedName;
     std::vector<std::string> filters;  // "name|pattern"
 };
 void SimAnswerDialog(FileDialogResult answer);

@@ -24,15 +24,27 @@ std::string FilterText(std::span<const FileDialogFilter> filters) {
     return text;
 }
 
+// Puts a UTF-8 name into the dialog's buffer, which takes the system's code page. A name that is too long is left out: the
+// dialog would not open with a part of it.
+void PutName(const std::string& name, char (&path)[kPathLength]) {
+    constexpr int kLength = kPathLength;
+    wchar_t wide[kLength] = {};
+    if (MultiByteToWideChar(CP_UTF8, 0, name.c_str(), -1, wide, kLength) == 0 ||
+        WideCharToMultiByte(CP_ACP, 0, wide, -1, path, kLength, "_", nullptr) == 0) {
+        path[0] = '\0';
+    }
+}
+
 // NOTE: the dialog runs its own message loop, so the page keeps calling, and the end of the main loop also ends the
 // dialog.
 FileDialogResult ShowDialog(BOOL(WINAPI* show)(LPOPENFILENAMEA), std::span<const FileDialogFilter> filters,
-                            const char* defaultExtension, DWORD flags) {
+                            const char* defaultExtension, DWORD flags, const std::string& proposedName) {
     if (dialogOpen || !dialogsAllowed) {
         return {};
     }
     const std::string filter = FilterText(filters);
     char path[kPathLength] = {};
+    PutName(proposedName, path);
     OPENFILENAMEA request = {};
     request.lStructSize = sizeof request;
     request.lpstrFilter = filter.c_str();
@@ -50,11 +62,13 @@ FileDialogResult ShowDialog(BOOL(WINAPI* show)(LPOPENFILENAMEA), std::span<const
 }  // namespace
 
 FileDialogResult AskForFileToOpen(std::span<const FileDialogFilter> filters) {
-    return ShowDialog(GetOpenFileNameA, filters, nullptr, OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST);
+    return ShowDialog(GetOpenFileNameA, filters, nullptr, OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST, {});
 }
 
-FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension) {
-    return ShowDialog(GetSaveFileNameA, filters, defaultExtension, OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST);
+FileDialogResult AskForFileToSave(std::span<const FileDialogFilter> filters, const char* defaultExtension,
+                                  const std::string& proposedName) {
+    return ShowDialog(GetSaveFileNameA, filters, defaultExtension, OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST,
+                      proposedName);
 }
 
 void AllowFileDialogs(bool allowed) {

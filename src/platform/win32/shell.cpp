@@ -14,6 +14,14 @@ void OpenTarget(const std::string& target) {
     ShellExecuteW(nullptr, L"open", WideOfUtf8(target).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
 }
 
+void OpenFolder(const std::string& path) {
+    ShellExecuteA(nullptr, "open", path.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+}
+
+SessionKind ReadSessionKind() {
+    return SessionKind::Windows;
+}
+
 void SetLaunchAtStartup(bool enabled) {
     HKEY key = nullptr;
     if (RegOpenKeyExA(HKEY_CURRENT_USER, kRunKey, 0, KEY_SET_VALUE, &key) != ERROR_SUCCESS) {

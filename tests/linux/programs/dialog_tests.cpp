@@ -250,6 +250,16 @@ TEST_F(Helper, AsksAgainBeforeReplacingAFileWithTheAddedExtension) {
     EXPECT_EQ(AskForFileToSave(kFilters, "vrlmacro").outcome, FileDialogOutcome::Cancelled);
 }
 
+TEST_F(Helper, ProposesANameInTheLastFolder) {
+    PutHelper("echo /some/where/a.vrlmacro");
+    AskForFileToOpen(kFilters);
+    PutHelper("exit 1");
+    AskForFileToSave(kFilters, "vrlmacro", "My farm.vrlmacro");
+    EXPECT_NE(Read("asked").find("--filename=/some/where/My farm.vrlmacro\n"), std::string::npos);
+    AskForFileToSave(kFilters, "vrlmacro");
+    EXPECT_NE(Read("asked").find("--filename=/some/where/\n"), std::string::npos);
+}
+
 TEST_F(Helper, IsNotSearchedInTheCurrentFolder) {
     PutHelper("echo /a.x");
     const std::filesystem::path before = std::filesystem::current_path();
@@ -522,6 +532,15 @@ TEST_F(Portal, AsksAgainBeforeReplacingAFileWithTheAddedExtension) {
     ASSERT_NE(again, std::string::npos);
     EXPECT_NE(asked.find("current_folder=" + folder + "\ncurrent_name=there.vrlmacro\n", again),
               std::string::npos);
+}
+
+TEST_F(Portal, ProposesANameWithoutAFolder) {
+    uris = {"file://" + folder + "/a.vrlmacro"};
+    Serve();
+    EXPECT_EQ(AskForFileToSave(kFilters, "vrlmacro", "My farm.vrlmacro").path, folder + "/a.vrlmacro");
+    StopServing();
+    EXPECT_NE(asked.find("current_name=My farm.vrlmacro\n"), std::string::npos) << asked;
+    EXPECT_EQ(asked.find("current_folder="), std::string::npos) << asked;
 }
 
 TEST_F(Portal, AnEndingProgramClosesThePortalDialog) {

@@ -207,6 +207,42 @@ TEST_F(Shell, AnAddressGoesToTheDesktopsOpenerAsOneArgument) {
     EXPECT_TRUE(text.ends_with("\n0\n1\n2\n3\n")) << "its standard files and the folder it lists: " << text;
 }
 
+TEST_F(Shell, AFolderGoesToTheDesktopsOpener) {
+    const std::string told = folder + "/told";
+    WriteScript(folder + "/xdg-open",
+                "printf '%s\\n' \"$1\" >'" + told + ".part'\nmv '" + told + ".part' '" + told + "'\n");
+    setenv("PATH", (folder + ":" + path).c_str(), 1);
+    OpenFolder("/some where/$HOME");
+    ASSERT_TRUE(WaitFor([&] { return FileExists(told); }));
+    EXPECT_EQ(Content(told), "/some where/$HOME\n");
+}
+
+TEST_F(Shell, TheSessionIsWaylandIfTheDesktopSaysSo) {
+    const struct {
+        const char* type;
+        const char* display;
+        SessionKind expected;
+    } rows[] = {
+        {nullptr, nullptr, SessionKind::X11},
+        {"x11", nullptr, SessionKind::X11},
+        {"x11", "", SessionKind::X11},
+        {"wayland", nullptr, SessionKind::Wayland},
+        {nullptr, "wayland-0", SessionKind::Wayland},
+        {"tty", "wayland-1", SessionKind::Wayland},
+    };
+    const auto put = [](const char* name, const char* value) {
+        value == nullptr ? unsetenv(name) : setenv(name, value, 1);
+    };
+    for (const auto& row : rows) {
+        put("XDG_SESSION_TYPE", row.type);
+        put("WAYLAND_DISPLAY", row.display);
+        EXPECT_EQ(ReadSessionKind(), row.expected)
+            << (row.type == nullptr ? "-" : row.type) << " " << (row.display == nullptr ? "-" : row.display);
+    }
+    unsetenv("XDG_SESSION_TYPE");
+    unsetenv("WAYLAND_DISPLAY");
+}
+
 TEST_F(Shell, WithoutAnOpenerNothingHappens) {
     setenv("PATH", folder.c_str(), 1);
     OpenTarget("https://docs.varnelle.example/");
