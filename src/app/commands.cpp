@@ -1,15 +1,19 @@
 #include "app/commands.h"
 
+#include "app/about.h"
 #include "app/app_settings_commands.h"
 #include "app/progress_reports.h"
 #include "app/reports.h"
 #include "base/json_writer.h"
 #include "base/numbers.h"
+#include "editing/macro_batch_edits.h"
 #include "editing/macro_edits.h"
+#include "editing/macro_history.h"
 #include "editing/profiles.h"
 #include "editing/settings_updates.h"
 #include "engines/hotkeys.h"
 #include "engines/key_spammer.h"
+#include "imports/last_import.h"
 #include "imports/macro_import.h"
 #include "imports/pending_import.h"
 #include "model/engine_state.h"
@@ -19,6 +23,7 @@
 #include "windows/main_window.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 
 namespace {
@@ -113,9 +118,41 @@ std::string SetHotkeyCommand(const std::string& request) {
                         SetHotkey(std::string_view(text).substr(0, comma), static_cast<uint32_t>(code)));
 }
 
-std::string CancelPick(const std::string&) {
-    CancelLocationPick();
+template <EditResult (*Edit)(std::string_view)> std::string EditMacro(const std::string& request) {
+    const EditResult edit = Edit(ArgText(request));
+    if (edit.refusal != Refusal::None) {
+        return ActionResult(edit.refusal);
+    }
+    std::string result;
+    JsonWriter json(result);
+    json.BeginObject();
+    json.BoolField("done", true);
+    json.IntField("revision", static_cast<int64_t>(edit.revision));
+    json.IntField("changed", static_cast<int64_t>(edit.changed));
+    json.EndObject();
+    return result;
+}
+
+std::string RestoreMacroCommand(const std::string& request) {
+    const std::string text = ArgText(request);
+    uint64_t id = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
+    const bool valid = error == std::errc() && end == text.data() + text.size();
+    return ActionResult(valid ? RestoreMacro(id) : Refusal::Argument);
+}
+
+// A command without arguments that always succeeds.
+template <void (*Function)()> std::string Do(const std::string&) {
+    Function();
     return ActionResult(Refusal::None);
+}
+
+std::string SetAdditionalSettingCommand(const std::string& request) {
+    return ActionResult(SetAdditionalSetting(ArgText(request)));
+}
+
+std::string UseImportedSettingsCommand(const std::string&) {
+    return ActionResult(UseImportedSettings() ? Refusal::None : Refusal::Unknown);
 }
 
 void RemoveTarget(std::string_view indexText) {
@@ -192,7 +229,7 @@ constexpr PageCommand kMainProcessCommands[] = {
     {"getMacroRows", "none, first or first,count", "return events of the macro as rows of eight numbers",
      Report<MacroRowsReport>, true},
     {"getKeyNames", "", "return the names of the keys by virtual key", Report<KeyNamesReport>, true},
-    {"cancelPick", "", "stop waiting for the click location", CancelPick, true},
+    {"cancelPick", "", "stop waiting for the click location", Do<CancelLocationPick>, true},
     {"getHotkeys", "", "return the codes of the hotkeys", Report<HotkeyCodesReport>, true},
     {"setHotkey", "rec, play, auto, keyspamhotkey or unlock,code", "set the hotkey, if a capture could",
      SetHotkeyCommand, true},
@@ -202,6 +239,25 @@ constexpr PageCommand kMainProcessCommands[] = {
     {"duplicateProfile", "index", "add a copy of the profile and make it current", DuplicateProfileCommand,
      true},
     {"moveProfile", "from,to", "move the profile to another position", MovePosition<MoveProfile>, true},
+    {"getMacroHistory", "", "return the changes that can be undone and redone", Report<MacroHistoryReport>,
+     true},
+    {"restoreMacro", "id", "undo or redo up to this change", RestoreMacroCommand, true},
+    {"deleteMacroEvents", "revision,first-last,...", "delete events", EditMacro<DeleteMacroEvents>, true},
+    {"shiftMacroEvents", "revision,seconds,first-last,...", "add seconds to the times of events",
+     EditMacro<ShiftMacroEvents>, true},
+    {"retimeMacroEvents", "revision,index,seconds,...", "set the times of events",
+     EditMacro<RetimeMacroEvents>, true},
+    {"addMissingReleases", "revision", "append the releases of what the macro leaves pressed",
+     EditMacro<AddMissingReleases>, true},
+    {"getAdditionalSettings", "", "return the additional settings", Report<AdditionalSettingsReport>, true},
+    {"setAdditionalSetting", "key,number", "store one additional setting", SetAdditionalSettingCommand, true},
+    {"getAbout", "", "return version, data folder, system and licences", Report<AboutReport>, true},
+    {"openDataFolder", "", "show the data folder in the file manager", Do<OpenDataFolder>, true},
+    {"getLastImport", "", "return what came of the last import", Report<LastImportReport>, true},
+    {"useImportedSettings", "", "apply the tool settings of the last imported file",
+     UseImportedSettingsCommand, true},
+    {"exportMacro", "", "ask for a file name, propose the profile's, and write the current profile",
+     Report<ExportMacro>, true},
 };
 
 }  // namespace

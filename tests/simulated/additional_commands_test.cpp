@@ -114,6 +114,60 @@ TEST_F(AdditionalCommands, ARecordingExtendsTheMacroAndItsEndRewritesIt) {
     EXPECT_NE(Progress("rewritten"), rewritten);
 }
 
+TEST_F(AdditionalCommands, SingleEditsWithinASecondAreOneStep) {
+    SetRigMacro({KeyEvent(0.1, 'A', true), KeyEvent(0.2, 'A', false), KeyEvent(0.3, 'B', true),
+                 KeyEvent(0.4, 'B', false)});
+    RigPage("deleteEvent", "0");
+    SimRunFor(999);
+    RigPage("updateEventTime", "0,5");
+    SimRunFor(999);
+    RigPage("deleteEvent", "0");
+    SimRunFor(1001);
+    RigPage("deleteEvent", "0");
+    EXPECT_EQ(
+        RigPage("getMacroHistory"),
+        R"({"undo":[{"id":2,"reason":"edit","profile":"Default Tracking Profile","current":true,"events":2},)"
+        R"({"id":1,"reason":"edit","profile":"Default Tracking Profile","current":true,"events":4}],)"
+        R"("redo":[]})");
+    EXPECT_EQ(RigPage("restoreMacro", "1"), R"({"done":true})");
+    EXPECT_EQ(RigMacro().size(), 4U);
+    EXPECT_EQ(RigPage("restoreMacro", "2"), R"({"done":true})");
+    EXPECT_EQ(RigMacro().size(), 1U);
+    EXPECT_EQ(RigPage("restoreMacro", "3"), R"({"done":false,"reason":"unknown"})");
+    EXPECT_EQ(RigPage("restoreMacro", "x"), R"({"done":false,"reason":"argument"})");
+}
+
+TEST_F(AdditionalCommands, ARecordingIsUndoneOnlyAfterItsEnd) {
+    SetRigMacro({KeyEvent(0.1, 'A', true)});
+    RigPage("startRecording");
+    SimSettle();
+    SimKey('B', true);
+    SimSettle();
+    EXPECT_EQ(RigPage("restoreMacro", "1"), R"({"done":false,"reason":"recording"})");
+    RigPage("stopRecording");
+    SimSettle();
+    macroSettings.loop = true;
+    RigPage("startPlayback");
+    SimSettle();
+    EXPECT_EQ(RigPage("restoreMacro", "1"), R"({"done":false,"reason":"playing"})");
+    RigPage("stopPlayback");
+    SimRunFor(10);
+    EXPECT_EQ(RigPage("restoreMacro", "1"), R"({"done":true})");
+    EXPECT_EQ(RigMacro(), std::vector<UnifiedEvent>{KeyEvent(0.1, 'A', true)});
+}
+
+TEST_F(AdditionalCommands, BatchEditsReportTheNewRevision) {
+    SetRigMacro({KeyEvent(0.1, 'A', true), KeyEvent(0.2, 'B', true)});
+    const std::string before = Progress("revision");
+    const std::string edit = RigPage("deleteMacroEvents", before + ",0");
+    EXPECT_EQ(edit, "{\"done\":true,\"revision\":" + Progress("revision") + ",\"changed\":1}");
+    EXPECT_NE(Progress("revision"), before);
+    EXPECT_EQ(RigPage("deleteMacroEvents", before + ",0"), R"({"done":false,"reason":"revision"})");
+    EXPECT_EQ(RigPage("addMissingReleases", Progress("revision")),
+              "{\"done\":true,\"revision\":" + Progress("revision") + ",\"changed\":1}");
+    EXPECT_EQ(RigMacro().back(), KeyEvent(0.2, 'B', false));
+}
+
 TEST_F(AdditionalCommands, ACancelledPickLeavesTheNextPressToTheApplications) {
     RigPage("pickLocation");
     SimSettle();

@@ -1,5 +1,6 @@
 // The import flow in a running main process: dialogs with scripted answers, notices to the page, files found at start.
 #include "app/main_process.h"
+#include "imports/last_import.h"
 #include "imports/macro_import.h"
 #include "windows/main_page.h"
 
@@ -22,6 +23,9 @@ constexpr uint32_t kF6 = 117;
 constexpr const char* kHeldText =
     "Held\nSETTINGS:\n3,1.25,0,0,0,91,1,0\n3,1.5,0,0,0,82,1,0\n3,1.75,0,0,0,91,0,0\n3,1.8,0,0,0,82,0,0\n";
 constexpr const char* kCleanText = "Clean\nSETTINGS:\n0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\n";
+constexpr const char* kToolSettingsText = "Fast\nSETTINGS:0,0,0,7,1,0,1,10,0,0,0,1,1,1,1,0,1,0,500,119,118,0,"
+                                          "117,0,0,0,9,1,10,120,65,65|66,0,0,0,121\n"
+                                          "0,0.5,10,10,0,0,0,0\n3,0.75,0,0,0,65,1,0\nbad line\n";
 constexpr const char* kToldImported = "if (window.onProfileImported) window.onProfileImported();";
 const std::string kUnreadable = JsonText(kUnreadableMacro);
 constexpr const char* kNothingHeld = R"({"outcome":"none"})";
@@ -392,4 +396,141 @@ TEST_F(ImportFlowTest, ABadMacroOfTheCommandLineIsThePagesFirstMessage) {
             EXPECT_TRUE(TakeScripts().empty());
         },
         options);
+}
+
+TEST_F(ImportFlowTest, TheLastImportSaysWhatCameIn) {
+    ResetLastImport();
+    const std::string clean = File("a.vrlmacro", kToolSettingsText);
+    const std::string held = File("held.vrlmacro", kHeldText);
+    const std::string empty = File("empty.vrlmacro", "Empty\nno event\n\n");
+    const std::string nameless = File("nameless.vrlmacro", "");
+    Run([&] {
+        const auto import = [](const std::string& path) {
+            SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+            return Call("importProfile");
+        };
+        EXPECT_EQ(
+            Call("getLastImport"),
+            R"({"id":0,"outcome":"none","problem":"","file":"","profile":"","events":0,"skippedLines":0,)"
+            R"("seconds":0,"fileSettings":false,"settingsUsable":false})");
+        import(clean);
+        EXPECT_EQ(Call("getLastImport"),
+                  R"({"id":1,"outcome":"imported","problem":"","file":"a.vrlmacro","profile":)"
+                  R"j("Fast (Imported)","events":2,"skippedLines":1,"seconds":0.75,"fileSettings":true,"settingsUsable":true})j");
+        import(empty);
+        EXPECT_EQ(Call("getLastImport"),
+                  R"({"id":2,"outcome":"imported","problem":"","file":"empty.vrlmacro",)"
+                  R"j("profile":"Empty (Imported)","events":0,"skippedLines":1,"seconds":0,"fileSettings":false,)j"
+                  R"("settingsUsable":false})");
+        const std::string pending = import(held);
+        EXPECT_NE(
+            Call("getLastImport").find(R"("id":3,"outcome":"pending","problem":"","file":"held.vrlmacro")"),
+            std::string::npos);
+        Call("confirmMacroImport", "[\"" + PendingIdIn(pending) + "\"]");
+        EXPECT_NE(Call("getLastImport").find(R"("id":3,"outcome":"imported")"), std::string::npos);
+        Call("cancelMacroImport", "[\"" + PendingIdIn(import(held)) + "\"]");
+        EXPECT_NE(Call("getLastImport").find(R"("id":4,"outcome":"none")"), std::string::npos);
+        import(nameless);
+        EXPECT_NE(Call("getLastImport").find(R"("id":5,"outcome":"failed","problem":"noName")"),
+                  std::string::npos);
+        import(folder_.File("missing.vrlmacro"));
+        EXPECT_NE(Call("getLastImport").find(R"("id":6,"outcome":"failed","problem":"notFound")"),
+                  std::string::npos);
+        import(folder_.File("old.MCR"));
+        EXPECT_NE(Call("getLastImport").find(R"("id":7,"outcome":"failed","problem":"oldFormat")"),
+                  std::string::npos);
+        Call("importProfile");  // a closed dialog
+        EXPECT_NE(Call("getLastImport").find(R"({"id":7,)"), std::string::npos);
+    });
+}
+
+TEST_F(ImportFlowTest, AMissingFileOfTheCommandLineIsNotCalledCorruptInTheLastImport) {
+    ResetLastImport();
+    Run(
+        [&] {
+            EXPECT_EQ(Call("getPendingThemeAlert"), kUnreadable);
+            EXPECT_NE(
+                Call("getLastImport").find(R"("outcome":"failed","problem":"notFound","file":"no.vrlmacro")"),
+                std::string::npos);
+        },
+        {.openMacroPath = folder_.File("no.vrlmacro")});
+}
+
+TEST_F(ImportFlowTest, ImportedSettingsCanBeUsedAfterOneHasChanged) {
+    ResetLastImport();
+    const std::string path = File("a.vrlmacro", kToolSettingsText);
+    Run([&] {
+        EXPECT_EQ(Call("useImportedSettings"), R"({"done":false,"reason":"unknown"})");
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        Call("importProfile");
+        EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 5) << "the tools keep their settings";
+        Call("updateSpammer", "[\"0,0,0,99,0,0,1,10,0\"]");
+        Call("renameProfile", "[\"1,Other\"]");
+        EXPECT_EQ(Call("useImportedSettings"), R"({"done":true})");
+        EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 7);
+        EXPECT_EQ(keySpammerSettings.targetCount, 2);
+        Call("switchProfile", "[\"0\"]");
+        EXPECT_EQ(Call("useImportedSettings"), R"({"done":false,"reason":"unknown"})");
+        Call("switchProfile", "[\"1\"]");
+        EXPECT_EQ(autoclickerSettings.intervalMilliseconds, 7) << "the profile has them too";
+    });
+}
+
+TEST_F(ImportFlowTest, AnExportProposesTheNameOfTheProfileAndReportsTheFile) {
+    const std::string path = folder_.File("written.vrlmacro");
+    Run([&] {
+        Call("addProfile", "[\"Farm: east/west?\"]");
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        EXPECT_EQ(Call("exportMacro"), R"({"outcome":"written","file":"written.vrlmacro","message":""})");
+        ASSERT_EQ(SimShownDialogs().size(), 1U);
+        EXPECT_TRUE(SimShownDialogs()[0].save);
+        EXPECT_EQ(SimShownDialogs()[0].proposedName, "Farm_ east_west_.vrlmacro");
+        const std::string exported = ReadFile(path);
+        EXPECT_EQ(exported.substr(0, exported.find('\n')), "Farm: east/west?");
+        EXPECT_EQ(Call("exportMacro"), R"({"outcome":"cancelled","file":"","message":""})");
+        SimAnswerDialog({FileDialogOutcome::Chosen, folder_.Path(), {}});  // a folder cannot be written
+        EXPECT_EQ(Call("exportMacro").find(R"({"outcome":"failed")"), 0U);
+        SimAnswerDialog({FileDialogOutcome::Unavailable, {}, "No dialog."});
+        EXPECT_EQ(Call("exportMacro"), R"({"outcome":"unavailable","file":"","message":"No dialog."})");
+        EXPECT_TRUE(TakeScripts().empty());
+        SimAnswerDialog({FileDialogOutcome::Chosen, path, {}});
+        EXPECT_EQ(Call("exportProfile"), "");
+        EXPECT_EQ(SimShownDialogs().back().proposedName, "");
+        EXPECT_EQ(ReadFile(path), exported);
+    });
+}
+
+TEST_F(ImportFlowTest, AProposedFileNameIsShortAndNeverEmpty) {
+    Run([&] {
+        std::string name;
+        for (int i = 0; i < 60; ++i) {
+            name += "\u00e9";
+        }
+        Call("addProfile", "[\"" + name + "\"]");
+        Call("exportMacro");
+        EXPECT_EQ(SimShownDialogs().back().proposedName, name.substr(0, 100) + ".vrlmacro");
+        Call("addProfile", "[\" . \"]");
+        Call("exportMacro");
+        EXPECT_EQ(SimShownDialogs().back().proposedName, "Macro.vrlmacro");
+    });
+}
+
+TEST_F(ImportFlowTest, AboutNamesTheSystemAndTheDataFolder) {
+    Run([&] {
+        const std::string about = Call("getAbout");
+        EXPECT_EQ(
+            about.find("{\"version\":\"1.0.1\",\"platform\":\"linux\",\"session\":\"x11\",\"dataFolder\":" +
+                       JsonText(DataFolderPath())),
+            0U)
+            << about;
+        EXPECT_EQ(about.find("mingw"), std::string::npos);
+        SimGetShell().session = SessionKind::Wayland;
+        EXPECT_NE(Call("getAbout").find(R"("session":"wayland")"), std::string::npos);
+        SimGetShell().session = SessionKind::Windows;
+        EXPECT_NE(Call("getAbout").find(R"("platform":"windows","session":"windows")"), std::string::npos);
+        EXPECT_NE(Call("getAbout").find("mingw"), std::string::npos);
+        SimGetShell().session = SessionKind::X11;
+        EXPECT_EQ(Call("openDataFolder"), R"({"done":true})");
+        EXPECT_EQ(SimGetShell().openedFolders, std::vector<std::string>{DataFolderPath()});
+    });
 }

@@ -5,6 +5,7 @@
 //
 // FUZZ_SEEDS: number of seeds (2000). FUZZ_STEPS: steps per seed (200). FUZZ_SECONDS: seeds for this long instead.
 // FUZZ_FIRST_SEED: the first seed.
+#include "editing/macro_history.h"
 #include "platform/key_table.h"
 #include "simulated/engine_rig.h"
 #include "simulated/random_steps.h"
@@ -43,13 +44,14 @@ EngineFlags ReadFlags() {
 struct Store {
     int32_t current = 0;
     std::vector<Profile> profiles;
+    MacroHistory history;
 
     const std::vector<UnifiedEvent>& Macro() const { return profiles[static_cast<size_t>(current)].events; }
 };
 
 Store ReadStore() {
     MutexLock lock(macroMutex);
-    return {macroState.currentProfile, macroState.profiles};
+    return {macroState.currentProfile, macroState.profiles, macroState.history};
 }
 
 // What holds at one moment, when all threads wait.
@@ -238,6 +240,56 @@ void CheckMacros(const Step& step, const Moment& before, const Moment& after) {
     }
 }
 
+// Returns whether the store still has these events: in a profile, at the start of one that grew, or in the history.
+bool HasEvents(const Store& store, const std::vector<UnifiedEvent>& events) {
+    const auto holds = [&events](const auto& holder) {
+        return holder.events.size() >= events.size() &&
+               std::equal(events.begin(), events.end(), holder.events.begin(), IsSameEvent);
+    };
+    return std::any_of(store.profiles.begin(), store.profiles.end(), holds) ||
+           std::any_of(store.history.undo.begin(), store.history.undo.end(), holds) ||
+           std::any_of(store.history.redo.begin(), store.history.redo.end(), holds);
+}
+
+bool IsStep(const Step& step, const char* command) {
+    return step.text.compare(0, std::string(command).size(), command) == 0;
+}
+
+// No command and no new recording loses events while the history has room. Single edits are kept once a batch, and the
+// end of a continued recording moves its events.
+void CheckHistory(const Step& step, const Moment& before, const Moment& after) {
+    const MacroHistory& history = after.store.history;
+    const size_t steps = history.undo.size() + history.redo.size();
+    Check(steps <= kMostHistorySteps, "the history has too many steps");
+    const bool singleEdit = IsStep(step, "page deleteEvent") || IsStep(step, "page updateEventTime");
+    const bool recorded = before.flags.recording || (after.flags.recording && step.requests != kStartRecord);
+    if (recorded || singleEdit || steps == kMostHistorySteps) {
+        return;
+    }
+    if (step.kind == StepKind::Edit || step.requests == kStartRecord) {
+        for (const Profile& profile : before.store.profiles) {
+            Check(HasEvents(after.store, profile.events), "events were lost");
+        }
+    }
+    const bool restored = IsStep(step, "page restoreMacro");
+    Check(!restored || !before.flags.playing || IsSameStore(before.store, after.store),
+          "a macro was restored during a playback");
+    // Undo and redo of the newest step change nothing.
+    if (step.kind == StepKind::Edit && !after.flags.playing && !history.undo.empty()) {
+        const std::string newest = std::to_string(history.undo.back().id);
+        RigPage("restoreMacro", newest);
+        RigPage("restoreMacro", newest);
+        const Store again = ReadStore();
+        Check(again.profiles.size() == after.store.profiles.size(), "undo and redo changed the profiles");
+        for (size_t i = 0; i < again.profiles.size() && i < after.store.profiles.size(); ++i) {
+            Check(IsSameMacro(again.profiles[i].events, after.store.profiles[i].events) &&
+                      again.profiles[i].name == after.store.profiles[i].name,
+                  "undo and redo changed a profile");
+        }
+        Check(again.history.undo.size() == history.undo.size(), "undo and redo changed the history");
+    }
+}
+
 std::string FlagText(const EngineFlags& flags) {
     return "# " + TimeText(SimTicks()) + (flags.recording ? " recording" : "") +
            (flags.playing ? " playing" : "") + (flags.autoClicking ? " autoClicking" : "") +
@@ -264,6 +316,7 @@ void TakeStep(const Step& step) {
     CheckStops(step, after, played);
     CheckWork(step, before, after, played);
     CheckMacros(step, before, after);
+    CheckHistory(step, before, after);
     Check(SimHookInterestIsCurrent(), "the hooks' interest changed without a notice");
     for (const std::string& complaint : SimHookComplaints()) {
         Check(false, complaint);

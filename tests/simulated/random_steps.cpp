@@ -99,7 +99,21 @@ std::string RandomSetting(Dice& dice) {
 
 std::string RandomEdit(Dice& dice) {
     static const char* const times[] = {"0", "0.01", "0.5", "-1", "nan", "x"};
-    switch (dice.Roll(8)) {
+    switch (dice.Roll(15)) {
+    case 7:
+        return "page addMissingReleases now";
+    case 8:
+        return "page deleteMacroEvents now," + Number(dice.Roll(3)) + "-" + Number(2 + dice.Roll(3));
+    case 9:
+        return "page shiftMacroEvents now,0.01," + Number(dice.Roll(4));
+    case 10:
+        return "page duplicateProfile " + Number(dice.Roll(3));
+    case 11:
+        return "page moveProfile " + Number(dice.Roll(3)) + "," + Number(dice.Roll(3));
+    case 12:
+    case 13:
+    case 14:
+        return "page restoreMacro " + Number(1 + dice.Roll(20));
     case 0:
         return "page deleteEvent " + Number(dice.Roll(10));
     case 1:

@@ -379,6 +379,9 @@ bool StepPage(const Words& words) {
     for (size_t index = 2; index < words.size(); ++index) {
         argument += (index > 2 ? " " : "") + words[index];
     }
+    if (constexpr std::string_view now = "now"; argument.compare(0, now.size(), now) == 0) {
+        argument.replace(0, now.size(), std::to_string(engineState.macroRevision.load()));
+    }
     const std::string answer = RigPage(At(words, 1), argument);
     if (!answer.empty()) {
         Show("answer: " + answer);
