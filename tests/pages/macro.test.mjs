@@ -425,6 +425,21 @@ describe('the panel', () => {
     await note.getByText('A, B, C and 3 more stay pressed after playback.').waitFor();
   });
 
+  pageTest('warns of a wheel event with very many notches', {}, async (page) => {
+    const note = page.getByRole('status', { name: 'After playback' });
+    await page.host.setEvents([{ time: 0, desc: 'Mouse Scroll Delta: 2147483647' }]);
+    await note
+      .getByText('One wheel event turns 17,895,697 notches. Playing it can take long.', { exact: true })
+      .waitFor();
+    await page.host.setEvents([
+      { time: 0, desc: 'Mouse Scroll Delta: -2147483648' },
+      { time: 1, desc: 'Keyboard VK: 65 (DOWN)' },
+    ]);
+    await note.getByText(/^One wheel event turns 17,895,697 notches\. .* A stays pressed/).waitFor();
+    await page.host.setEvents([{ time: 0, desc: 'Mouse Scroll Delta: 11999880' }]);
+    await note.getByText('No keys left pressed.').waitFor();
+  });
+
   pageTest(
     'says how many moves Optimise would remove and has removed',
     {

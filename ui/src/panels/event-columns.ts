@@ -14,6 +14,7 @@ export interface Columns {
   virtualKey: Int32Array;
   on: Uint8Array; // 0, 1
   tool: Uint8Array; // of Tool
+  wheel: Int32Array; // delta
 }
 
 // The kinds that the filter of the list distinguishes. Unknown events are with the tools.
@@ -45,6 +46,7 @@ export const makeColumns = (count = 0): Columns => ({
   virtualKey: new Int32Array(count),
   on: new Uint8Array(count),
   tool: new Uint8Array(count),
+  wheel: new Int32Array(count),
 });
 
 const timeOf = (event: MacroEvent) => (Number.isFinite(event.time) ? event.time : 0);
@@ -59,6 +61,7 @@ function setEvent(columns: Columns, i: number, event: MacroEvent): void {
   columns.virtualKey[i] = fields.virtualKey;
   columns.on[i] = fields.on ? 1 : 0;
   columns.tool[i] = fields.tool;
+  columns.wheel[i] = fields.wheel;
 }
 
 function copyEvent(from: Columns, i: number, to: Columns, j: number): void {
@@ -69,6 +72,7 @@ function copyEvent(from: Columns, i: number, to: Columns, j: number): void {
   to.virtualKey[j] = from.virtualKey[i] as number;
   to.on[j] = from.on[i] as number;
   to.tool[j] = from.tool[i] as number;
+  to.wheel[j] = from.wheel[i] as number;
 }
 
 export function* readColumns(list: readonly MacroEvent[]): Sliced<Columns> {

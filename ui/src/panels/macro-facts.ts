@@ -18,8 +18,11 @@ export interface Facts {
   heldKeys: { virtualKey: number; index: number }[]; // down at the end, with the event that pressed them
   hasUnpairedButtons: boolean; // the number of button events is odd: the program does not report press or release
   toolsOn: number[]; // of Tool: switched on and not off again
+  longestTurn: number; // notches of the wheel event that turns farthest
   droppedMoves: number; // by an optimisation
 }
+
+const kNotchDelta = 120;
 
 // Follows the position of the pointer through the events. Relative moves are added to the last known position, which is
 // 0, 0 at first.
@@ -46,7 +49,7 @@ export class Pointer {
 }
 
 export function* factsOf(columns: Columns): Sliced<Facts> {
-  const { count, kind, time, virtualKey, on, tool } = columns;
+  const { count, kind, time, virtualKey, on, tool, wheel } = columns;
   const counts = kGroups.map(() => 0);
   const box: Box = { left: Infinity, top: Infinity, right: -Infinity, bottom: -Infinity };
   const pointer = new Pointer();
@@ -54,6 +57,7 @@ export function* factsOf(columns: Columns): Sliced<Facts> {
   const tools = new Set<number>();
   let length = 0;
   let hasRawMoves = false;
+  let longestDelta = 0;
   for (let i = 0; i < count; i++) {
     const group = groupIndexOfKind(kind[i] as number);
     counts[group] = (counts[group] as number) + 1;
@@ -71,6 +75,8 @@ export function* factsOf(columns: Columns): Sliced<Facts> {
     } else if (kind[i] === EventKind.Tool) {
       if (on[i]) tools.add(tool[i] as number);
       else tools.delete(tool[i] as number);
+    } else if (kind[i] === EventKind.Wheel) {
+      longestDelta = Math.max(longestDelta, Math.abs(wheel[i] as number));
     }
     if ((i + 1) % (kSliceEvents * 2) === 0) yield;
   }
@@ -82,6 +88,7 @@ export function* factsOf(columns: Columns): Sliced<Facts> {
     hasRawMoves,
     heldKeys: [...keys].map(([key, index]) => ({ virtualKey: key, index })),
     hasUnpairedButtons: (counts[kGroups.indexOf('buttons')] as number) % 2 === 1,
+    longestTurn: Math.round(longestDelta / kNotchDelta),
     toolsOn: Object.values(Tool).filter((one) => tools.has(one)),
     droppedMoves: yield* countDropped(columns),
   };

@@ -1,4 +1,4 @@
-// Warnings about what the macro leaves held or on, and what optimising would drop.
+// Warnings about what the macro leaves held or on and about endless wheel events, and what optimising would drop.
 import { useEffect, useState } from 'preact/hooks';
 import { batch } from '../batch';
 import { optimiseMacro } from '../commands';
@@ -11,6 +11,8 @@ import type { Facts } from './macro-facts';
 import { macroData, revealEvents, setGroupShown, shownGroups } from './macro-model';
 
 const kMaxNames = 4;
+// Some systems send a turn of the wheel notch by notch. This many take seconds.
+const kManyNotches = 100000;
 const kToolNames: Record<number, string> = {
   [Tool.Autoclicker]: 'autoclicker',
   [Tool.KeySpammer]: 'key spammer',
@@ -24,8 +26,11 @@ function listed(names: readonly string[]): string {
 }
 
 // NOTE: playback releases nothing at its end, and a stop releases only the left and the right button.
-function leftText({ heldKeys, hasUnpairedButtons, toolsOn }: Facts): string {
+function noteText({ heldKeys, hasUnpairedButtons, toolsOn, longestTurn }: Facts): string {
   const parts = [];
+  if (longestTurn >= kManyNotches) {
+    parts.push(`One wheel event turns ${groupedNumber(longestTurn)} notches. Playing it can take long.`);
+  }
   if (heldKeys.length > 0) {
     const names = listed(heldKeys.map(({ virtualKey }) => keyName(virtualKey)));
     parts.push(`${names} ${heldKeys.length === 1 ? 'stays' : 'stay'} pressed after playback.`);
@@ -41,7 +46,7 @@ function leftText({ heldKeys, hasUnpairedButtons, toolsOn }: Facts): string {
 
 export function LeftAtEnd() {
   const shown = recording.value || eventCount.value === 0 ? null : macroData.value;
-  const text = shown ? leftText(shown.facts) : '';
+  const text = shown ? noteText(shown.facts) : '';
   const held = shown?.facts.heldKeys ?? [];
   const select = () => {
     if (!shownGroups.value.has('keys')) setGroupShown('keys', true);
