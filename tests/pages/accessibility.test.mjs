@@ -55,7 +55,7 @@ for (const [name, state] of Object.entries(states)) {
 pageTest('every control is at least 24 by 24 pixels', states.running, async (page) => {
   await settled(page);
   const small = await page.evaluate(() =>
-    [...document.querySelectorAll('button, input, select, [role=option]')]
+    [...document.querySelectorAll('button, input, [role=option]')]
       .filter((element) => element.checkVisibility())
       .map((element) => [element.ariaLabel ?? element.innerText, element.getBoundingClientRect()])
       .filter(([, box]) => box.width < 24 || box.height < 24)

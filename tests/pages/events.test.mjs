@@ -3,6 +3,7 @@ import {
   assert,
   button,
   callsOf,
+  chooseProfile,
   event,
   eventRow,
   expectCall,
@@ -477,7 +478,7 @@ pageTest(
     await holdAfterDeleting(page, 5);
     await startDeletingAll(page, '1,000');
     await held(page);
-    await page.getByRole('combobox').selectOption('Farm');
+    await chooseProfile(page, 'Farm');
     await page.host.releaseAnswers();
     await expectCall(page, 'switchProfile');
     await settled(page);

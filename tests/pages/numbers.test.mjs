@@ -3,6 +3,7 @@ import {
   allCalls,
   assert,
   button,
+  chooseProfile,
   describe,
   forgetCalls,
   importSource,
@@ -74,7 +75,7 @@ pageTest(
     await times.blur();
     assert.equal(await pause.inputValue(), 'abc', 'the entry stays, so that it can be corrected');
     await page.evaluate(() => host.setSettings({ autoclicker: { intervalMilliseconds: 40 } }));
-    await page.getByRole('combobox').selectOption('Farm');
+    await chooseProfile(page, 'Farm');
     await page.waitForFunction(
       () => document.querySelector('[aria-label="Click interval: milliseconds"]').value === '40',
     );

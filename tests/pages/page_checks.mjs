@@ -67,7 +67,7 @@ export const contrastOf = () => {
     if (!element.checkVisibility()) continue;
     const style = getComputedStyle(element);
     const ownText = [...element.childNodes].some((node) => node.nodeType === 3 && node.data.trim());
-    if (ownText || element.matches('input[type=text], select')) {
+    if (ownText || element.matches('input[type=text]')) {
       const what = `${element.className || element.tagName}: ${element.textContent.slice(0, 30)}`;
       check(what, style.color, behind(element), disabled(element) ? 3 : 4.5);
     }
@@ -75,7 +75,7 @@ export const contrastOf = () => {
     // A control stands out from its surroundings by its border or its own background.
     if (
       element.matches(
-        '.button:not(.button--quiet), .number, .segmented, .toggle__track, .list, .targets, select, .filter__chip, .pointer-path, .strip__lanes',
+        '.button:not(.button--quiet), .number, .segmented, .toggle__track, .list, .targets, .list-box__button, .list-box__list, .filter__chip, .pointer-path, .strip__lanes',
       )
     ) {
       const around = behind(element.parentElement);

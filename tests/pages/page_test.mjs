@@ -187,6 +187,23 @@ export async function stopClock(page) {
 
 export const button = (page, name) => page.getByRole('button', { name, exact: true });
 export const textBox = (page, name) => page.getByRole('textbox', { name, exact: true });
+// The list box with the profiles; its text is the chosen one.
+export const profileBox = (page) => page.getByRole('combobox', { name: 'Profile', exact: true });
+const profileOptions = (page) => page.getByRole('listbox', { name: 'Profile', exact: true }).getByRole('option');
+
+export async function chooseProfile(page, name) {
+  await profileBox(page).click();
+  await profileOptions(page).filter({ hasText: name }).click();
+}
+
+// Opens the list of the profiles, reads their names, and closes it again.
+export async function profileNames(page) {
+  await profileBox(page).click();
+  const names = await profileOptions(page).allInnerTexts();
+  await page.keyboard.press('Escape');
+  return names;
+}
+
 export const eventRow = (page, index) => page.locator(`#events-${index}`);
 
 // The name or text of the element with the focus.

@@ -505,6 +505,24 @@ export class Program {
     await field.fill(String(value));
     await field.press('Enter');
   }
+  // The list box with the profiles.
+  profileBox() {
+    return this.page.getByRole('combobox', { name: 'Profile', exact: true });
+  }
+  profileOptions() {
+    return this.page.getByRole('listbox', { name: 'Profile', exact: true }).getByRole('option');
+  }
+  async chooseProfile(name) {
+    await this.profileBox().click();
+    await this.profileOptions().getByText(name, { exact: true }).click();
+  }
+  // Opens the list, reads the names, and closes it again.
+  async profileNames() {
+    await this.profileBox().click();
+    const names = await this.profileOptions().allInnerTexts();
+    await this.profileBox().press('Escape');
+    return names;
+  }
   async toggle(label, on, within = this.page) {
     await within.getByRole('switch', { name: label, exact: true }).setChecked(on, { force: true });
   }

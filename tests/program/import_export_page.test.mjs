@@ -29,10 +29,8 @@ async function importFile(file) {
   await giveFile(input, observer, kOpen, file);
 }
 
-const shownProfiles = () =>
-  program.page.getByRole('combobox', { name: 'Profile' }).locator('option').allInnerTexts();
-const chosenProfile = () =>
-  program.page.getByRole('combobox', { name: 'Profile' }).locator('option:checked').innerText();
+const shownProfiles = () => program.profileNames();
+const chosenProfile = () => program.profileBox().innerText();
 const waitForProfile = (name) =>
   waitUntil(async () => (await chosenProfile()) === name, `"${name}" is chosen`);
 const decision = () => program.page.getByRole('alertdialog');
@@ -240,7 +238,7 @@ test('during a recording a dialog that was open before still imports, and no oth
   assert.deepEqual(keysOf(imported).slice(-2), ['90 (DOWN)', '90 (UP)']);
 
   // The events before are in the profile that was current then.
-  await program.page.getByRole('combobox', { name: 'Profile' }).selectOption({ label: kDefaultName });
+  await program.chooseProfile(kDefaultName);
   await waitForProfile(kDefaultName);
   const recorded = keysOf(await program.call('getMacroEvents'));
   assert.ok(recorded.length >= 2 * nativePath(file).length - 2, `${recorded.length} keys of the name`);

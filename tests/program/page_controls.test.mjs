@@ -307,7 +307,7 @@ test('the page forecasts how many moves optimising drops', async () => {
   const button = program.button('Optimise');
   const counts = {};
   for (const [name, lines] of Object.entries(kPaths)) {
-    await program.page.getByRole('combobox', { name: 'Profile' }).selectOption({ label: name });
+    await program.chooseProfile(name);
     await waitForRows(lines.length);
     const before = await macro();
     assert.equal(before.length, lines.length);

@@ -109,7 +109,7 @@ export const setChordMode = (chord: boolean) =>
   runCommand('change the key order', 'setKeySpamChordMode', flag(chord));
 
 export async function pickLocation(): Promise<void> {
-  picking.value = await runCommand('wait for a place', 'pickLocation');
+  picking.value = await runCommand('wait for a location', 'pickLocation');
 }
 
 // Settings. The page's copy changes at once.

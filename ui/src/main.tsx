@@ -32,6 +32,14 @@ document.addEventListener(
   { capture: true },
 );
 
+// A ring in a window without the keyboard would show a second focus on the screen.
+for (const [event, inactive] of [
+  ['blur', true],
+  ['focus', false],
+] as const) {
+  window.addEventListener(event, () => document.documentElement.classList.toggle('inactive', inactive));
+}
+
 effect(() => {
   document.documentElement.classList.toggle('still', appSettings.value.disableAnimations);
 });

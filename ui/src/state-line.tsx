@@ -7,8 +7,7 @@ import { KeyCap } from './components/key-cap';
 import { PreferencesButton } from './components/preferences';
 import { usePending } from './components/run-button';
 import { capitalised, counted } from './format';
-import { hotkeyInPlaceOf } from './hotkey-order';
-import type { Capture, HotkeyId } from './reports';
+import type { Capture } from './reports';
 import { type Running, runningWords, stopAll, whatRuns } from './running';
 import {
   answering,
@@ -21,10 +20,8 @@ import {
   status,
   unanswered,
 } from './store';
+import { actingKey } from './tips';
 import './state-line.css';
-
-// Returns the name of the key of a hotkey, or an empty string if another hotkey acts in its place.
-const keyOf = (id: HotkeyId) => (hotkeyInPlaceOf(id, status.value) ? '' : status.value.hotkeys[id]);
 
 interface Look {
   kind: Running['kind'] | 'idle' | 'waiting' | 'locked' | 'off';
@@ -73,6 +70,7 @@ export function StateLine() {
           large
           icon="stop"
           label="Stop everything"
+          tip="Stops everything that runs."
           pending={stopping}
           onPress={() => {
             setStopping(true);
@@ -83,7 +81,11 @@ export function StateLine() {
         </Button>
       )}
       {offers && (
-        <Button label="Turn on the hotkeys" onPress={() => void setAppSwitch('hotkeysEnabled', true)}>
+        <Button
+          label="Turn on the hotkeys"
+          tip="Turns the hotkeys on."
+          onPress={() => void setAppSwitch('hotkeysEnabled', true)}
+        >
           Turn on
         </Button>
       )}
@@ -122,7 +124,7 @@ function detail(running: Running[]): ComponentChildren {
 function startingKeys(): ComponentChildren {
   const words = { autoclicker: 'click', keySpammer: 'press', record: 'record', play: 'play' } as const;
   const ids = Object.keys(words) as (keyof typeof words)[];
-  const acting = ids.filter((id) => keyOf(id) !== '');
+  const acting = ids.filter((id) => actingKey(id) !== '');
   if (acting.length === 0 && status.value.hotkeys.unlock !== '') {
     return 'All hotkeys have the same key. Choose other keys.';
   }
@@ -130,7 +132,7 @@ function startingKeys(): ComponentChildren {
     <Fragment key={id}>
       {i > 0 && ' '}
       <span class="state-line__pair">
-        <KeyCap name={keyOf(id)} /> {words[id]}
+        <KeyCap name={actingKey(id)} /> {words[id]}
       </span>
     </Fragment>
   ));
@@ -138,14 +140,14 @@ function startingKeys(): ComponentChildren {
 
 function stoppingKeys(running: Running[]): ComponentChildren {
   const many = running.length > 1;
-  const withKeys = running.filter((entry) => keyOf(entry.hotkey) !== '');
+  const withKeys = running.filter((entry) => actingKey(entry.hotkey) !== '');
   if (withKeys.length === 0) return 'No key stops it. Use the Stop button.';
   return withKeys.map((entry, i) => (
     <Fragment key={entry.word}>
       {i > 0 && ', '}
       <span class="state-line__pair">
         {entry.held && (i > 0 ? 'releasing ' : 'Releasing ')}
-        <KeyCap name={keyOf(entry.hotkey)} /> {i === 0 && 'stops '}
+        <KeyCap name={actingKey(entry.hotkey)} /> {i === 0 && 'stops '}
         {many ? entry.word : 'it'}
       </span>
     </Fragment>

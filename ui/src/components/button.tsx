@@ -5,6 +5,7 @@ import './button.css';
 export interface ButtonProps {
   children: ComponentChildren;
   onPress: () => void;
+  tip: string; // a full sentence about what a press does
   icon?: IconName;
   kind?: 'plain' | 'primary' | 'stop' | 'quiet' | 'danger';
   label?: string | undefined; // the accessible name if the visible text is not enough; it must contain that text
@@ -32,6 +33,7 @@ export function Button(props: ButtonProps) {
         .filter(Boolean)
         .join(' ')}
       aria-label={props.label}
+      title={props.tip}
       aria-describedby={props.describedBy}
       disabled={props.disabled}
       aria-disabled={props.waiting || props.busy || undefined}

@@ -8,10 +8,11 @@ import './confirm.css';
 export function Confirm(props: {
   children: ComponentChildren; // the question and its consequences
   verb: string;
+  tip: string; // of the button with the verb
   onConfirm: () => void;
   onCancel: () => void; // Esc too
 }) {
-  const { children, verb, onConfirm, onCancel } = props;
+  const { children, verb, tip, onConfirm, onCancel } = props;
   const cancel = useRef<HTMLButtonElement>(null);
   const id = useId();
   const [confirmed, setConfirmed] = useState(false);
@@ -32,10 +33,10 @@ export function Confirm(props: {
         {children}
       </div>
       <div class="row">
-        <Button buttonRef={cancel} onPress={onCancel}>
+        <Button buttonRef={cancel} tip="Changes nothing." onPress={onCancel}>
           Cancel
         </Button>
-        <Button kind="stop" pending={confirmed} onPress={confirm}>
+        <Button kind="stop" tip={tip} pending={confirmed} onPress={confirm}>
           {verb}
         </Button>
       </div>

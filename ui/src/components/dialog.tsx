@@ -76,7 +76,7 @@ function RunningNote() {
   return (
     <div class="dialog__running">
       <span>{`Still ${runningWords(running)}.`}</span>
-      <Button kind="stop" icon="stop" onPress={() => stopAll(running)}>
+      <Button kind="stop" icon="stop" tip="Stops everything that runs." onPress={() => stopAll(running)}>
         Stop now
       </Button>
     </div>

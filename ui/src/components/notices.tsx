@@ -39,7 +39,7 @@ function Notice({ text, more = 0, onDismiss }: { text: string; more?: number; on
         {more > 0 && <span class="notice__more">{`${more} more after this.`}</span>}
       </span>
       {onDismiss && (
-        <Button kind="quiet" onPress={onDismiss}>
+        <Button kind="quiet" tip="Hides this message." onPress={onDismiss}>
           Dismiss
         </Button>
       )}
@@ -79,6 +79,7 @@ function DoneNotice({ notice }: { notice: { text: string } }) {
         type="button"
         class="notice__close"
         aria-label="Dismiss the notice"
+        title="Hides this notice."
         onClick={() => (doneNotice.value = null)}
       >
         <Icon name="cross" />

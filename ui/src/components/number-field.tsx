@@ -1,4 +1,4 @@
-import { useEffect, useRef, useState } from 'preact/hooks';
+import { useEffect, useId, useRef, useState } from 'preact/hooks';
 import { readNumber, stepped, type NumberRule } from './numbers';
 import { Stepper } from './stepper';
 import './number-field.css';
@@ -8,6 +8,7 @@ const kBigStep = 10; // steps that Shift and the page keys make at once
 
 export interface NumberFieldProps extends NumberRule {
   label: string; // accessible name
+  caption?: string; // visible above the field; the label contains its words
   unit: string; // shown beside the number
   value: number;
   step?: number;
@@ -20,6 +21,7 @@ export interface NumberFieldProps extends NumberRule {
 export function NumberField(props: NumberFieldProps) {
   const { label, unit, disabled = false, hintId } = props;
   const input = useRef<HTMLInputElement>(null);
+  const id = useId();
   const entry = useNumberEntry(props, input);
   const error = disabled ? '' : readNumber(entry.text, props).error;
   useEffect(() => props.onError(error), [error]);
@@ -36,15 +38,17 @@ export function NumberField(props: NumberFieldProps) {
     }
   };
   const stepper = (direction: 1 | -1) => ({
+    tip: `${direction > 0 ? 'Increases' : 'Decreases'} the number. Hold to repeat, Shift for steps of ten.`,
     disabled,
     onStep: (big: boolean) => entry.step(direction, big),
     onRepeat: (big: boolean) => entry.repeatStep(direction, big),
     onRelease: entry.finishRepeat,
   });
-  return (
+  const field = (
     <div class={`number${error ? ' number--bad' : ''}${disabled ? ' number--disabled' : ''}`}>
       <input
         ref={input}
+        id={id}
         class="number__input"
         type="text"
         inputMode={props.decimals > 0 ? 'decimal' : 'numeric'}
@@ -64,6 +68,15 @@ export function NumberField(props: NumberFieldProps) {
       </span>
       <Stepper label={`${label}: less`} icon="minus" {...stepper(-1)} />
       <Stepper label={`${label}: more`} icon="plus" {...stepper(1)} />
+    </div>
+  );
+  if (!props.caption) return field;
+  return (
+    <div class="captioned">
+      <label class="captioned__label" for={id}>
+        {props.caption}
+      </label>
+      {field}
     </div>
   );
 }

@@ -33,6 +33,7 @@ export function Panel({ id, title, summary, action, children }: PanelProps) {
           type="button"
           class="panel-btn panel__toggle"
           aria-label={`${title}: show settings`}
+          title={isOpen ? `Collapses the panel ${title}.` : `Expands the panel ${title}.`}
           aria-expanded={isOpen}
           aria-controls={`${id}-body`}
           onClick={toggle}
@@ -80,6 +81,7 @@ function Grip({ id, title, moving }: MoverProps & { moving: boolean }) {
       type="button"
       class="panel-btn panel__grip"
       aria-label={`Move ${title}`}
+      title="Moves the panel: drag it, or press the arrow keys."
       aria-expanded={moving}
       aria-describedby="grip-help"
       onKeyDown={onKeyDown}
@@ -101,6 +103,7 @@ function Movers({ id, title }: MoverProps) {
       type="button"
       class="panel__mover"
       aria-label={`Move ${title} ${icon}`}
+      title={`Moves the panel ${icon}.`}
       aria-disabled={position + by < 0 || position + by >= count}
       onClick={() => movePanel(id, title, position + by)}
     >
@@ -116,7 +119,13 @@ function Movers({ id, title }: MoverProps) {
     >
       {mover(-1, 'up')}
       {mover(1, 'down')}
-      <button type="button" class="panel__mover" aria-label={`Done moving ${title}`} onClick={done}>
+      <button
+        type="button"
+        class="panel__mover"
+        aria-label={`Done moving ${title}`}
+        title="Keeps the panel here."
+        onClick={done}
+      >
         <Icon name="done" />
       </button>
     </div>

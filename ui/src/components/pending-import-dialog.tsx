@@ -61,11 +61,17 @@ function Decision({ macro }: { macro: PendingImport }) {
           {recording.value && (
             <span class="pending-import__wait">You can import it when the recording ends.</span>
           )}
-          <Button kind="primary" waiting={deciding.value} onPress={() => void rejectPendingImport(pendingId)}>
+          <Button
+            kind="primary"
+            tip="Drops this macro."
+            waiting={deciding.value}
+            onPress={() => void rejectPendingImport(pendingId)}
+          >
             Don&rsquo;t import
           </Button>
           <Button
             kind="danger"
+            tip="Adds this macro as a new profile. Nothing plays until you start it."
             waiting={!canAccept || deciding.value || recording.value}
             onPress={() => void acceptPendingImport(pendingId)}
           >

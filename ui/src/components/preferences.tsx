@@ -18,7 +18,7 @@ export function PreferencesButton() {
       type="button"
       class="preferences-button"
       aria-label="Preferences"
-      title="Preferences"
+      title="Opens the preferences."
       aria-haspopup="dialog"
       onClick={() => (preferencesOpen.value = true)}
     >
@@ -36,7 +36,7 @@ export function Preferences() {
       title="Preferences"
       onClose={close}
       actions={
-        <Button kind="primary" onPress={close}>
+        <Button kind="primary" tip="Closes the preferences. Each change is in use already." onPress={close}>
           Close
         </Button>
       }
@@ -74,8 +74,12 @@ export function Preferences() {
       </Section>
       <Section title="Help">
         <div class="row preferences__links">
-          <Button onPress={() => void openLink('docs')}>Documentation</Button>
-          <Button onPress={() => void openLink('discord')}>Community</Button>
+          <Button tip="Opens the documentation in your browser." onPress={() => void openLink('docs')}>
+            Documentation
+          </Button>
+          <Button tip="Opens the community page in your browser." onPress={() => void openLink('discord')}>
+            Community
+          </Button>
         </div>
         <p class="preferences__hint">Both open in your browser.</p>
       </Section>

@@ -25,6 +25,7 @@ export function RunButton(props: {
   icon?: IconName;
   kind?: 'plain' | 'primary';
   disabled?: boolean;
+  tip: string;
   onStart: () => Promise<boolean>; // false: the user has cancelled or it failed
   onStop: () => Promise<boolean>;
 }) {
@@ -40,6 +41,7 @@ export function RunButton(props: {
       kind={running ? 'stop' : kind}
       icon={running ? 'stop' : icon}
       label={what && `${verb} ${what}`}
+      tip={props.tip}
       disabled={disabled && !running}
       pending={pending}
       onPress={() => (running || !pending) && void run()}

@@ -6,6 +6,7 @@ const kRepeatInterval = 60; // ms between two repeats
 
 export interface StepperProps {
   label: string;
+  tip: string;
   icon: 'plus' | 'minus';
   disabled: boolean;
   onStep: (big: boolean) => void; // with Shift
@@ -51,6 +52,7 @@ export function Stepper(props: StepperProps) {
       class="number__step"
       tabIndex={-1}
       aria-label={props.label}
+      title={props.tip}
       disabled={props.disabled}
       onPointerDown={press}
       onPointerUp={release}

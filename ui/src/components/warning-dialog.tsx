@@ -14,8 +14,10 @@ export function WarningDialog() {
       onClose={() => answer(false)}
       actions={
         <>
-          <Button onPress={() => answer(false)}>Cancel</Button>
-          <Button kind="primary" onPress={() => answer(true)}>
+          <Button tip="Starts nothing." onPress={() => answer(false)}>
+            Cancel
+          </Button>
+          <Button kind="primary" tip="Starts it, and does not explain it again." onPress={() => answer(true)}>
             {warning.verb}
           </Button>
         </>

@@ -14,6 +14,7 @@ import { counted } from '../format';
 import { type Action, rateText } from '../rate';
 import type { AutoclickerSettings } from '../reports';
 import { clicking, picking, settings, status } from '../store';
+import { actingKey, tipWithKey } from '../tips';
 import { HotkeyModeGroup, IntervalGroup, RepeatGroup } from './tool-groups';
 
 const kClick: Action = { one: 'click', many: 'clicks', length: 0 };
@@ -29,7 +30,13 @@ export function AutoclickerPanel() {
       title="Autoclicker"
       summary={rateText(autoclicker, action)}
       action={
-        <RunButton running={clicking.value} what="clicking" onStart={startClicking} onStop={stopClicking} />
+        <RunButton
+          running={clicking.value}
+          what="clicking"
+          tip={tipWithKey(clicking.value ? 'Stops clicking.' : 'Starts clicking.', 'autoclicker')}
+          onStart={startClicking}
+          onStop={stopClicking}
+        />
       }
     >
       <IntervalGroup
@@ -93,7 +100,8 @@ function locationHint({ locationMode, fixedX, fixedY }: AutoclickerSettings): st
   if (picking.value) return 'Click the location. Right-click cancels.';
   if (locationMode === 'fixed') return `Fixed location: X ${fixedX}, Y ${fixedY}`;
   // A start by the button puts Stop under the pointer.
-  return 'Clicks in this window too, so start it by hotkey.';
+  const key = actingKey('autoclicker');
+  return key ? `Clicks where the pointer is. Start it with ${key}.` : 'Clicks where the pointer is.';
 }
 
 function LocationGroup() {
@@ -116,7 +124,12 @@ function LocationGroup() {
           onChange={(locationMode) => void changeAutoclicker({ locationMode })}
         />
         {isMainWindow() && (
-          <Button icon="target" onPress={() => void pickLocation()} describedBy="click-location-hint">
+          <Button
+            icon="target"
+            tip="Takes the place of your next left click as the location."
+            describedBy="click-location-hint"
+            onPress={() => void pickLocation()}
+          >
             Pick location
           </Button>
         )}

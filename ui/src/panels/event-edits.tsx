@@ -101,6 +101,9 @@ export function EditRow({ edits, hintId, onError }: EditProps) {
       )}
       <Button
         label={count > 1 ? `Delete ${countedEvents(count)}` : 'Delete event'}
+        tip={
+          count > 1 ? 'Deletes the selected events. Key: Delete.' : 'Deletes the selected event. Key: Delete.'
+        }
         disabled={count === 0 || recording.value}
         waiting={!edits.allowed}
         onPress={edits.requestDelete}
@@ -118,6 +121,7 @@ function TimeField({ hintId, onError }: Omit<EditProps, 'edits'>) {
     <NumberField
       key={index}
       label="Event time"
+      caption="Event time"
       noun=""
       unit="s"
       value={event ? event.time : 0}
@@ -147,6 +151,7 @@ function ShiftField({ edits, hintId, onError }: EditProps) {
     <>
       <NumberField
         label="Shift times by"
+        caption="Shift times by"
         noun=""
         unit="s"
         value={seconds}
@@ -162,6 +167,7 @@ function ShiftField({ edits, hintId, onError }: EditProps) {
         onError={onError}
       />
       <Button
+        tip="Adds this number to the times of the selected events."
         disabled={isTooEarly || seconds === 0}
         waiting={!edits.allowed}
         onPress={() => edits.shift(latest.current)}
@@ -189,7 +195,7 @@ export function BatchProgress() {
     <div class="event__progress">
       <progress aria-label={`${doing} events`} value={done} max={of} />
       <span>{`${doing}: ${groupedNumber(done)} of ${groupedNumber(of)}`}</span>
-      <Button buttonRef={cancel} onPress={cancelBatch}>
+      <Button buttonRef={cancel} tip="Stops here. What is done stays done." onPress={cancelBatch}>
         Cancel
       </Button>
     </div>
@@ -205,8 +211,10 @@ export function DeleteDialog({ edits }: { edits: EventEdits }) {
       onClose={edits.cancelDelete}
       actions={
         <>
-          <Button onPress={edits.cancelDelete}>Cancel</Button>
-          <Button kind="stop" onPress={edits.confirmDelete}>
+          <Button tip="Deletes nothing." onPress={edits.cancelDelete}>
+            Cancel
+          </Button>
+          <Button kind="stop" tip="Deletes the selected events." onPress={edits.confirmDelete}>
             {`Delete ${events}`}
           </Button>
         </>

@@ -27,7 +27,7 @@ export function FilterChips() {
             key={group}
             type="button"
             class="filter__chip"
-            title={count !== undefined && count >= kShortFrom ? whole : undefined}
+            title={tipOf(kTitles[group], whole, shown)}
             aria-pressed={shown}
             disabled={!counts || view.value.list.length === 0}
             onClick={() => setGroupShown(group, !shown)}
@@ -43,6 +43,12 @@ export function FilterChips() {
       })}
     </div>
   );
+}
+
+// "Hides the 12 events of kind Moves."
+function tipOf(title: string, count: string, shown: boolean): string {
+  const verb = shown ? 'Hides' : 'Shows';
+  return `${verb} the events of the kind ${title}${count ? `: ${count}` : ''}.`;
 }
 
 // At most four characters, which fit the narrowest window. Screen readers get the whole number.

@@ -96,7 +96,9 @@ function NoRows() {
   return (
     <div class="event__none">
       <p>No events match the filter.</p>
-      <Button onPress={showAllGroups}>Show all</Button>
+      <Button tip="Shows the events of all kinds." onPress={showAllGroups}>
+        Show all
+      </Button>
     </div>
   );
 }

@@ -94,6 +94,7 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
       {waiting ? <CaptureNote what="Press a key..." /> : <KeyCap name={status.value.hotkeys[id]} />}
       <Button
         label={`Change the ${name} hotkey`}
+        tip={`Waits for the new key of the ${name} hotkey. Esc cancels.`}
         waiting={capture.value !== ''}
         describedBy={noticeId}
         onPress={() => void captureKey(id)}
@@ -178,6 +179,7 @@ function Reset() {
           <Button
             icon="undo"
             label="Undo the reset"
+            tip="Restores a key from before the reset."
             describedBy="hotkeys-reset-hint"
             waiting={capture.value !== ''}
             onPress={undo}
@@ -187,6 +189,7 @@ function Reset() {
         )}
         <Button
           buttonRef={opener}
+          tip="Restores the default keys of all hotkeys."
           {...(lost.length === 0 && { icon: 'undo' as const })}
           waiting={capture.value !== ''}
           onPress={() => (differs ? setAsking(true) : void reset())}
@@ -198,7 +201,12 @@ function Reset() {
   }
   return (
     <div class="panel__wide hotkeys__ask">
-      <Confirm verb="Reset now" onConfirm={() => void reset()} onCancel={() => setAsking(false)}>
+      <Confirm
+        verb="Reset now"
+        tip="Restores the default keys."
+        onConfirm={() => void reset()}
+        onCancel={() => setAsking(false)}
+      >
         <p class="group__hint group__hint--notable">{question}</p>
       </Confirm>
     </div>

@@ -18,6 +18,7 @@ import { counted } from '../format';
 import { type Action, rateText } from '../rate';
 import type { KeySpammerSettings } from '../reports';
 import { capture, pressing, settings, status } from '../store';
+import { tipWithKey } from '../tips';
 import { HotkeyModeGroup, IntervalGroup, RepeatGroup } from './tool-groups';
 import './key-spammer.css';
 
@@ -39,6 +40,7 @@ export function KeySpammerPanel() {
         <RunButton
           running={pressing.value}
           what="pressing"
+          tip={tipWithKey(pressing.value ? 'Stops pressing.' : 'Starts pressing the keys.', 'keySpammer')}
           disabled={isEmpty}
           onStart={startPressing}
           onStop={stopPressing}
@@ -111,6 +113,7 @@ function TargetsGroup() {
               type="button"
               class="targets__remove"
               aria-label={`Remove ${name}, key ${index + 1}`}
+              title={`Removes ${name} from the keys.`}
               onClick={() => remove(index)}
             >
               <Icon name="cross" />
@@ -122,6 +125,9 @@ function TargetsGroup() {
       <div class="pair">
         <Button
           icon="plus"
+          tip={
+            isFull ? `The list is full: ${kMaxTargets} keys.` : 'Waits for a key and adds it. Esc cancels.'
+          }
           disabled={isFull}
           waiting={capture.value !== ''}
           onPress={() => void captureKey('target')}

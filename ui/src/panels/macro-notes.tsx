@@ -56,7 +56,11 @@ export function LeftAtEnd() {
     <div class={`macro__note${text ? ' macro__note--alarm' : ''}`} role="status" aria-label="After playback">
       <p>{text || (shown ? 'No keys left pressed.' : 'Shows keys that stay pressed after playback.')}</p>
       {held.length > 0 && text && (
-        <Button label="Select the pressed keys in the list" onPress={select}>
+        <Button
+          label="Select the pressed keys in the list"
+          tip="Selects the events that press these keys."
+          onPress={select}
+        >
           Select
         </Button>
       )}
@@ -84,6 +88,7 @@ export function OptimiseRow() {
     <div class="macro__note macro__optimise">
       <Button
         icon="thin"
+        tip="Removes moves within 10 px of the last one kept."
         describedBy="optimise-hint"
         disabled={recording.value || eventCount.value === 0}
         waiting={droppable === 0 || batch.value !== null || optimising}

@@ -16,6 +16,7 @@ import { Toggle } from '../components/toggle';
 import { counted, groupedNumber, timeText } from '../format';
 import type { MacroSettings } from '../reports';
 import { eventCount, macroLength, playing, recording, settings, status } from '../store';
+import { tipWithKey } from '../tips';
 import { EventList } from './event-list';
 import { LeftAtEnd, OptimiseRow } from './macro-notes';
 import { PathAndTiming } from './path-and-timing';
@@ -29,11 +30,17 @@ export function MacroPanel() {
       <div class="macro__column">
         <div>
           <div class="macro__more">
-            <Button icon="plus" disabled={busy} onPress={() => void continueRecording()}>
+            <Button
+              icon="plus"
+              tip="Records more events at the end of the macro."
+              disabled={busy}
+              onPress={() => void continueRecording()}
+            >
               Continue
             </Button>
             <Button
               icon="undo"
+              tip="Removes the events that Continue has added last."
               disabled={busy || !status.value.canUndoContinue}
               onPress={() => void undoContinue()}
             >
@@ -77,6 +84,7 @@ function Transport() {
       <RunButton
         running={recording.value}
         start="Record"
+        tip={recordTip()}
         icon="record"
         kind="plain"
         disabled={playing.value}
@@ -86,12 +94,19 @@ function Transport() {
       <RunButton
         running={playing.value}
         start="Play"
+        tip={tipWithKey(playing.value ? 'Stops the playback.' : 'Plays the macro.', 'play')}
         disabled={recording.value || eventCount.value === 0}
         onStart={startPlayback}
         onStop={stopPlayback}
       />
     </div>
   );
+}
+
+function recordTip(): string {
+  if (recording.value) return tipWithKey('Stops the recording.', 'record');
+  const sentence = eventCount.value > 0 ? 'Replaces the macro by a new recording.' : 'Records what you do.';
+  return tipWithKey(sentence, 'record');
 }
 
 function PlaybackGroup() {
@@ -104,6 +119,7 @@ function PlaybackGroup() {
       <div class="macro__playback">
         <NumberField
           label="Playback speed"
+          caption="Speed"
           noun=""
           unit={'\u00d7'}
           value={playbackSpeed}
@@ -118,6 +134,7 @@ function PlaybackGroup() {
         <Toggle label="Loop" checked={loop} onChange={(on) => void changeMacroSettings({ loop: on })} />
         <NumberField
           label="Pause between rounds"
+          caption="Pause between rounds"
           noun="milliseconds"
           unit="ms"
           value={loopPauseMilliseconds}

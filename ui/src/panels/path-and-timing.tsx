@@ -5,6 +5,7 @@ import { Group } from '../components/panel';
 import { startRecording } from '../commands';
 import { groupedNumber } from '../format';
 import { eventCount, events, playing, recording } from '../store';
+import { tipWithKey } from '../tips';
 import { type Drawn, kDots } from './canvas';
 import type { Facts } from './macro-facts';
 import { macroData } from './macro-model';
@@ -62,7 +63,13 @@ function NoPath({ facts }: { facts: Facts | undefined }) {
   return (
     <div class="pointer-path__none">
       <p>The path, clicks and keys of a recording appear here.</p>
-      <Button kind="primary" icon="record" disabled={playing.value} onPress={() => void startRecording()}>
+      <Button
+        kind="primary"
+        icon="record"
+        tip={tipWithKey('Records what you do.', 'record')}
+        disabled={playing.value}
+        onPress={() => void startRecording()}
+      >
         Start a recording
       </Button>
     </div>

@@ -1,9 +1,8 @@
-import type { Ref } from 'preact';
 import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
 import { addProfile, clearProfile, deleteProfile, switchProfile } from '../commands';
 import { Button } from '../components/button';
 import { Confirm } from '../components/confirm';
-import { Icon } from '../components/icon';
+import { ListBox } from '../components/list-box';
 import { Panel } from '../components/panel';
 import { counted } from '../format';
 import { exportProfile, importNote, importProfile, useImportedSettings } from '../imports';
@@ -24,10 +23,14 @@ function nameError(name: string): string {
   return '';
 }
 
+interface FocusTarget {
+  focus: () => void;
+}
+
 type Step = 'choose' | 'add' | 'clear' | 'delete';
 
 // What the lower part of the panel shows, and how it ends.
-function useStep(select: { current: HTMLSelectElement | null }, lower: { current: HTMLElement | null }) {
+function useStep(box: { current: FocusTarget | null }, lower: { current: HTMLElement | null }) {
   const [step, setStep] = useState<Step>('choose');
   const { names, current } = profiles.value;
   // Close the step at the start of a recording, during which a profile cannot be changed.
@@ -36,7 +39,7 @@ function useStep(select: { current: HTMLSelectElement | null }, lower: { current
   }, [recording.value]);
   const finish = () => {
     setStep('choose');
-    select.current?.focus();
+    box.current?.focus();
   };
   // A question is about one profile. Close it when another one becomes current, for example by an import.
   useEffect(() => {
@@ -51,52 +54,34 @@ function useStep(select: { current: HTMLSelectElement | null }, lower: { current
 const isFixed = () => recording.value || fileDialog.value !== '';
 
 export function ProfilePanel() {
-  const select = useRef<HTMLSelectElement>(null);
+  const box = useRef<FocusTarget>(null);
   const lower = useRef<HTMLDivElement>(null);
-  const { step, setStep, finish } = useStep(select, lower);
+  const { step, setStep, finish } = useStep(box, lower);
   const { names, current } = profiles.value;
   return (
-    <Panel id="panel-profile" title="Profile" summary={names[current] ?? ''}>
-      <div class="profile__first">
-        <ProfileSelect select={select} />
-        <Button
-          icon="plus"
-          label="New profile"
-          disabled={isFixed() || step === 'add'}
-          onPress={() => setStep('add')}
-        >
-          New
-        </Button>
-      </div>
-      <div class="profile__step" ref={lower}>
+    <Panel
+      id="panel-profile"
+      title="Profile"
+      action={
+        <div class="profile__choice">
+          <ListBox
+            boxRef={box}
+            label="Profile"
+            tip="Switches to another macro with its settings."
+            options={names}
+            value={current}
+            disabled={isFixed()}
+            onChange={(index) => void switchProfile(index)}
+          />
+        </div>
+      }
+    >
+      <div class="panel__wide profile__step" ref={lower}>
         {step === 'choose' && <ProfileActions onStep={setStep} />}
         {step === 'add' && <AddProfile names={names} onDone={finish} />}
         {(step === 'clear' || step === 'delete') && <LossQuestion step={step} onDone={finish} />}
       </div>
     </Panel>
-  );
-}
-
-function ProfileSelect({ select }: { select: Ref<HTMLSelectElement> }) {
-  const { names, current } = profiles.value;
-  return (
-    <div class="profile__choice">
-      <select
-        ref={select}
-        class="profile__select"
-        aria-label="Profile"
-        value={String(current)}
-        disabled={isFixed()}
-        onChange={(event) => void switchProfile(Number(event.currentTarget.value))}
-      >
-        {names.map((name, index) => (
-          <option key={index} value={String(index)}>
-            {name}
-          </option>
-        ))}
-      </select>
-      <Icon name="open" />
-    </div>
   );
 }
 
@@ -106,16 +91,34 @@ function ProfileActions({ onStep }: { onStep: (step: Step) => void }) {
   return (
     <>
       <div class="profile__more">
+        <Button
+          label="New profile"
+          tip="Adds an empty profile with the current settings."
+          disabled={isFixed()}
+          onPress={() => onStep('add')}
+        >
+          New
+        </Button>
         <FileButton which="import" onPress={importProfile}>
           Import
         </FileButton>
         <FileButton which="export" onPress={exportProfile}>
           Export
         </FileButton>
-        <Button label="Clear profile" disabled={isFixed()} onPress={() => onStep('clear')}>
+        <Button
+          label="Clear profile"
+          tip="Removes the events of this profile and resets its settings. Asks first."
+          disabled={isFixed()}
+          onPress={() => onStep('clear')}
+        >
           Clear
         </Button>
-        <Button label="Delete profile" disabled={isFixed() || isDefault} onPress={() => onStep('delete')}>
+        <Button
+          label="Delete profile"
+          tip={isDefault ? 'The default profile cannot be deleted.' : 'Deletes this profile. Asks first.'}
+          disabled={isFixed() || isDefault}
+          onPress={() => onStep('delete')}
+        >
           Delete
         </Button>
       </div>
@@ -124,12 +127,18 @@ function ProfileActions({ onStep }: { onStep: (step: Step) => void }) {
   );
 }
 
+const kFileTips = {
+  import: 'Reads a macro file as a new profile.',
+  export: 'Writes this profile to a macro file.',
+};
+
 // Opens a file dialog of the program. The button keeps the focus until the dialog is closed.
 function FileButton(props: { which: 'import' | 'export'; children: string; onPress: () => Promise<void> }) {
   const { which, children, onPress } = props;
   return (
     <Button
       label={`${children} profile`}
+      tip={kFileTips[which]}
       describedBy={kHintId}
       busy={fileDialog.value === which}
       disabled={recording.value || (fileDialog.value !== '' && fileDialog.value !== which)}
@@ -158,15 +167,22 @@ function Hint({ isDefault }: { isDefault: boolean }) {
         {hintText(isDefault)}
       </p>
       {note && !note.reset && !isFixed() && (
-        <Button onPress={() => void useImportedSettings()}>Use them</Button>
+        <Button tip="Uses the settings of the file." onPress={() => void useImportedSettings()}>
+          Use them
+        </Button>
       )}
     </div>
   );
 }
 
+function lossQuestion(step: 'clear' | 'delete', count: number): string {
+  const events = counted(count, 'event');
+  if (step === 'clear') return count > 0 ? `Clear ${events} and all settings?` : 'Reset all settings?';
+  return count > 0 ? `Delete this profile with ${events}?` : 'Delete this empty profile?';
+}
+
 // Asks before the events of the profile are lost. The first time, it explains what Export is for.
 function LossQuestion({ step, onDone }: { step: 'clear' | 'delete'; onDone: () => void }) {
-  const events = counted(eventCount.value, 'event');
   const isExplained = eventCount.value > 0 && isDue(kWarnings.losingEvents);
   const isShown = useRef(true);
   useEffect(() => () => void (isShown.current = false), []);
@@ -179,12 +195,11 @@ function LossQuestion({ step, onDone }: { step: 'clear' | 'delete'; onDone: () =
   return (
     <Confirm
       verb={step === 'clear' ? 'Clear now' : 'Delete now'}
+      tip={step === 'clear' ? 'Removes the events and resets the settings.' : 'Deletes the profile.'}
       onConfirm={() => void confirm()}
       onCancel={onDone}
     >
-      <span>
-        {step === 'clear' ? `Clear ${events} and all settings?` : `Delete this profile with ${events}?`}
-      </span>
+      <span>{lossQuestion(step, eventCount.value)}</span>
       <p class="group__hint">{isExplained ? kWarnings.losingEvents.text : 'This cannot be undone.'}</p>
     </Confirm>
   );
@@ -227,8 +242,10 @@ function AddProfile({ names, onDone }: { names: string[]; onDone: () => void }) 
           value={name}
           onInput={(event) => setName(withoutControls(event.currentTarget.value))}
         />
-        <Button onPress={onDone}>Cancel</Button>
-        <Button kind="primary" pending={sent} onPress={add}>
+        <Button tip="Adds no profile." onPress={onDone}>
+          Cancel
+        </Button>
+        <Button kind="primary" tip="Adds the profile and switches to it." pending={sent} onPress={add}>
           Add profile
         </Button>
       </div>

@@ -88,13 +88,17 @@ export function paintStrip(canvas: HTMLCanvasElement, drawing: StripDrawing): vo
   const spans: Partial<Record<Group, Int32Array>> = { keys: heldKeys, tools: toolsOn };
   const height = canvas.clientHeight * kDots;
   canvas.width = columns * kDots;
+  canvas.style.width = `${columns}px`;
   canvas.height = height;
   const pen = canvas.getContext('2d');
   if (!pen) return;
   const laneHeight = height / kGroups.length;
   const markHeight = laneHeight - 3 * kDots;
   pen.fillStyle = colourOf(canvas, 'line');
-  for (let i = 1; i < kGroups.length; i++) pen.fillRect(0, Math.round(i * laneHeight), columns * kDots, 1);
+  // Whole pixels of the page: a part of one is smoothed into steps.
+  for (let i = 1; i < kGroups.length; i++) {
+    pen.fillRect(0, Math.round((i * laneHeight) / kDots) * kDots, columns * kDots, kDots);
+  }
   kGroups.forEach((group, i) => {
     const counts = marks[i] as Uint32Array;
     const span = spans[group];

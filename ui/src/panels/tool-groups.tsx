@@ -75,7 +75,7 @@ export function RepeatGroup(props: {
   const hintId = `${id}-hint`;
   return (
     <Group title="Repeat" hint={hint} hintId={hintId} error={error}>
-      <div class="pair pair--wide-left">
+      <div class="pair pair--wide-left repeat">
         <Segmented
           label="Repeat"
           value={mode}
@@ -87,6 +87,7 @@ export function RepeatGroup(props: {
         />
         <NumberField
           label={`Number of ${what}`}
+          caption={`Number of ${what}`}
           noun={what}
           unit={'\u00d7'}
           value={count}
