@@ -49,6 +49,13 @@
  * @property {string[]} minimizedPanels
  * @property {string[]} panelOrder
  *
+ * @typedef {object} HostAbout
+ * @property {string} version
+ * @property {'linux' | 'windows'} platform
+ * @property {'x11' | 'wayland' | 'windows'} session
+ * @property {string} dataFolder
+ * @property {string} licences
+ *
  * @typedef {{time: number, desc: string}} HostEvent
  *
  * @typedef {object} HostState what a test may set, each part by a setter of its name
@@ -57,6 +64,7 @@
  * @property {{[group in keyof HostSettings]?: Partial<HostSettings[group]>}} [settings]
  * @property {Partial<HostProfiles>} [profiles]
  * @property {Partial<HostPreferences>} [preferences]
+ * @property {Partial<HostAbout>} [about]
  * @property {HostEvent[]} [events]
  * @property {number} [manyEvents] so many moves, a millisecond apart, whose report is one prepared text
  * @property {object | null} [pendingImport] the document of the pending import
@@ -178,6 +186,15 @@
         hotkeys: { holdAuto: 'holdAutoclicker', holdKeySpam: 'holdKeySpammer' },
     };
 
+    /** @type {HostAbout} */
+    const about = {
+        version: '1.0.1',
+        platform: 'linux',
+        session: 'x11',
+        dataFolder: '/home/user/.local/share/Varnelle',
+        licences: 'Varnelle uses these parts.\n\nPreact: MIT\n',
+    };
+
     const promises = {}; // the library's own table, which it never empties
     let events = [];
     let eventsText = ''; // the prepared report of many events
@@ -207,7 +224,10 @@
 
     const setters = {
         /** @param {Partial<HostStatus>} values */
-        setStatus: (values) => assign(status, values, 'status'),
+        setStatus(values) {
+            assign(status, values, 'status');
+            if ('lockOn' in values) preferences.hotkeyLock = values.lockOn;
+        },
         /** @param {Partial<HostHotkeys>} values */
         setHotkeys: (values) => assign(hotkeys, values, 'hotkeys'),
         /** @param {NonNullable<HostState['settings']>} groups */
@@ -219,7 +239,12 @@
         /** @param {Partial<HostProfiles>} values */
         setProfiles: (values) => assign(profiles, values, 'profiles'),
         /** @param {Partial<HostPreferences>} values */
-        setPreferences: (values) => assign(preferences, values, 'preferences'),
+        setPreferences(values) {
+            assign(preferences, values, 'preferences');
+            if ('hotkeyLock' in values) status.lockOn = values.hotkeyLock;
+        },
+        /** @param {Partial<HostAbout>} values */
+        setAbout: (values) => assign(about, values, 'about'),
         /** @param {HostEvent[]} list */
         setEvents: (list) => void ((events = list), (eventsText = '')),
         /** @param {number} count */
@@ -320,6 +345,11 @@
             const [tool, on] = text.split(',');
             settings.hotkeys[tool === 'auto' ? 'holdAutoclicker' : 'holdKeySpammer'] = on === '1';
         },
+        lockHotkeys() {
+            Object.assign(status, { unlocked: false, autoclickerRunning: false, keySpammerRunning: false });
+            if (status.state === 'Playing') status.state = 'Idle';
+            return JSON.stringify({ done: true });
+        },
         resetHotkeys: () => void Object.assign(hotkeys, kDefaultHotkeys),
         updateTracker: (text) => update('macro', text),
         startRecording: () => void ((status.state = 'Recording'), (events = [])),
@@ -365,6 +395,8 @@
         },
         getPendingMacroImport: () => JSON.stringify(pendingImport ?? { outcome: 'none' }),
         getPendingMacroSummary: () => JSON.stringify(pendingSummary),
+        getAbout: () => JSON.stringify(about),
+        openDataFolder: () => JSON.stringify({ done: true }),
         getPendingThemeAlert: () => JSON.stringify(earlyAlert),
         getAppSettings: () => JSON.stringify(preferences),
         setAppSetting: (text) => {

@@ -79,7 +79,7 @@ pageTest(
 pageTest('turns the hotkeys and the lock on and off', {}, async (page) => {
   await settled(page);
   const on = page.getByRole('switch', { name: 'Hotkeys on' });
-  const lock = page.getByRole('switch', { name: 'Hotkey lock' });
+  const lock = page.getByRole('switch', { name: 'Let F10 lock the hotkeys' });
   await on.click();
   assert.deepEqual(await expectCall(page, 'setAppSetting'), ['hotkeysEnabled,0']);
   assert.equal(await stateText(page), 'Hotkeys off Start and stop with the buttons.');
@@ -96,9 +96,60 @@ pageTest('turns the hotkeys and the lock on and off', {}, async (page) => {
   await forgetCalls(page);
   await lock.click();
   assert.deepEqual(await expectCall(page, 'setAppSetting'), ['hotkeyLock,0']);
-  await page.getByText('The hotkey lock is off.').waitFor();
+  await page.getByText('F10 is an ordinary key.').waitFor();
   await lock.click();
-  await page.getByText('Unlocked. F10 locks the hotkeys and stops clicking, pressing and playing.').waitFor();
+  await page.getByText('Unlocked. Locking also stops clicking, pressing and playing.').waitFor();
+});
+
+pageTest('the switch of the lock and the state beside it change together', {}, async (page) => {
+  const lock = page.getByRole('switch', { name: 'Let F10 lock the hotkeys' });
+  const state = page.getByRole('status', { name: 'Hotkey lock' });
+  await page.host.holdAnswers();
+  await lock.click();
+  assert.equal(await lock.isChecked(), false);
+  assert.equal(await state.innerText(), 'F10 is an ordinary key.');
+  assert.ok(await button(page, 'Lock now').isDisabled());
+  await page.host.releaseAnswers();
+  await page.host.setFailing({ setAppSetting: 'read only' });
+  await lock.click();
+  await page.getByRole('alert').getByText('could not change the preference').waitFor();
+  assert.equal(await lock.isChecked(), false);
+  assert.equal(await state.innerText(), 'F10 is an ordinary key.');
+});
+
+pageTest(
+  'the lock is named by its key and stands in one place',
+  { hotkeys: { unlock: 'Pause' } },
+  async (page) => {
+    await page.getByRole('switch', { name: 'Let Pause lock the hotkeys' }).waitFor();
+    await button(page, 'Preferences').click();
+    await page.getByRole('dialog').waitFor();
+    assert.equal(
+      await page
+        .getByRole('dialog')
+        .getByRole('switch', { name: /lock|Hotkeys/i })
+        .count(),
+      0,
+    );
+  },
+);
+
+pageTest('Lock now locks once and says how to unlock', {}, async (page) => {
+  await page.host.setStatus({ autoclickerRunning: true });
+  await page.host.holdAnswers();
+  await button(page, 'Lock now').click();
+  assert.equal(await button(page, 'Lock now').getAttribute('aria-busy'), 'true');
+  await page.host.releaseAnswers();
+  assert.deepEqual(await expectCall(page, 'lockHotkeys'), ['']);
+  await page.getByText('Locked. Only F10 works as a hotkey.').waitFor();
+  assert.ok(await button(page, 'Lock now').isDisabled());
+  assert.match(await stateText(page), /^Hotkeys locked F10 unlocks them/);
+  await picture(page, 'hotkeys-locked');
+});
+
+pageTest('has no Lock now in an older program', { absentCommands: ['lockHotkeys'] }, async (page) => {
+  await page.getByRole('switch', { name: 'Let F10 lock the hotkeys' }).waitFor();
+  assert.equal(await button(page, 'Lock now').count(), 0);
 });
 
 pageTest(
@@ -114,7 +165,7 @@ pageTest(
       await page.host.setStatus(status);
       assert.equal(await summary.innerText(), text);
     }
-    await button(page, 'Preferences').click();
+    await button(page, 'Hotkeys: show settings').click();
     await page.getByRole('switch', { name: 'Hotkeys on' }).click();
     await summary.getByText('Off', { exact: true }).waitFor();
   },

@@ -29,8 +29,6 @@ const switches = [
   ['Always on top', 'alwaysOnTop', false, false],
   ['Start minimised', 'startMinimized', false, false],
   ['Start when I log in', 'launchOnStartup', false, false],
-  ['Hotkeys on', 'hotkeysEnabled', false, true],
-  ['Hotkey lock', 'hotkeyLock', false, true],
   ['Stop the tools with the macro', 'stopToolsWithMacro', false, true],
   ['Animations', 'disableAnimations', true, true],
   ['Warnings', 'showWarnings', false, true],
@@ -63,20 +61,16 @@ preferencesTest(
       alwaysOnTop: true,
       startMinimized: true,
       launchOnStartup: true,
-      hotkeysEnabled: false,
-      hotkeyLock: false,
       stopToolsWithMacro: false,
       disableAnimations: true,
       showWarnings: false,
     },
-    hotkeys: { unlock: 'Pause' },
   },
   async (page) => {
     for (const [name, , , first] of switches) {
       assert.equal(await dialog(page).getByRole('switch', { name, exact: true }).isChecked(), !first, name);
     }
     const text = await dialog(page).innerText();
-    assert.match(text.replace(/\s+/g, ' '), /Pause turns the other hotkeys off for typing, and on again\./);
     assert.match(text, /Stops the autoclicker and the key spammer when a recording or playback ends\./);
   },
 );
@@ -90,6 +84,130 @@ for (const [name, word] of [
     assert.deepEqual(await expectCall(page, 'openLink'), [word]);
   });
 }
+
+for (const [how, act] of [
+  ['Esc', (page) => page.keyboard.press('Escape')],
+  ['Close', (page) => button(page, 'Close').click()],
+  ['a press outside', (page) => page.mouse.click(4, 300)],
+]) {
+  preferencesTest(`closes by ${how}`, {}, async (page) => {
+    await act(page);
+    await dialog(page).waitFor({ state: 'detached' });
+    assert.equal(await focused(page), 'Preferences');
+  });
+}
+
+preferencesTest('stays open when a press inside ends outside', {}, async (page) => {
+  await dialog(page).getByText('Keeps this window above all others.').hover();
+  await page.mouse.down();
+  await page.mouse.move(4, 300);
+  await page.mouse.up();
+  await settled(page);
+  assert.ok(await dialog(page).isVisible());
+});
+
+pageTest(
+  'a question stays open after a press outside',
+  { preferences: { showWarnings: true }, settings: { autoclicker: { intervalMilliseconds: 0 } } },
+  async (page) => {
+    await button(page, 'Start clicking').click();
+    await page.getByRole('alertdialog').waitFor();
+    await page.mouse.click(4, 300);
+    await settled(page);
+    assert.ok(await page.getByRole('alertdialog').isVisible());
+  },
+);
+
+preferencesTest('the page behind does not scroll and keeps its width', {}, async (page) => {
+  const behind = () => page.evaluate(() => [scrollY, document.getElementById('dashboard').offsetWidth]);
+  await button(page, 'Close').click();
+  await dialog(page).waitFor({ state: 'detached' });
+  await page.mouse.move(200, 400);
+  await page.mouse.wheel(0, 200);
+  await page.waitForFunction(() => scrollY === 200);
+  const before = await behind();
+  await openDialog(page);
+  for (const [x, y] of [
+    [200, 300], // in the dialog
+    [4, 300], // beside it
+  ]) {
+    await page.mouse.move(x, y);
+    for (const step of [3000, -3000]) {
+      await page.mouse.wheel(0, step);
+      await page.evaluate(
+        () => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))),
+      );
+      assert.deepEqual(await behind(), before);
+    }
+  }
+  await button(page, 'Close').click();
+  await page.mouse.move(200, 400);
+  await page.mouse.wheel(0, 100);
+  await page.waitForFunction(() => scrollY === 300);
+});
+
+describe('About', () => {
+  preferencesTest('shows the version, the licences and the data folder', {}, async (page) => {
+    const about = dialog(page).getByRole('region', { name: 'About' });
+    await about.getByText('Varnelle 1.0.1 for Linux').waitFor();
+    assert.ok(await about.getByText('/home/user/.local/share/Varnelle').isVisible());
+    const licences = about.getByRole('group', { name: 'Licences' }).last();
+    assert.ok(!(await licences.isVisible()));
+    await about.getByText('Licences', { exact: true }).click();
+    assert.match(await licences.innerText(), /Preact: MIT/);
+    await picture(page, 'preferences-about');
+    assert.deepEqual(await axeFinds(page), []);
+  });
+
+  preferencesTest('opens the data folder', {}, async (page) => {
+    await button(page, 'Open the data folder').click();
+    assert.deepEqual(await expectCall(page, 'openDataFolder'), ['']);
+  });
+
+  preferencesTest('copies the path of the data folder', {}, async (page) => {
+    // The page reads what it has copied from its own event.
+    await page.evaluate(() => {
+      document.addEventListener('copy', () => (window.copied = String(getSelection())), { once: true });
+    });
+    await button(page, 'Copy path').click();
+    await page.getByRole('status', { name: 'Copy' }).getByText('Copied.').waitFor();
+    assert.equal(await page.evaluate('copied'), '/home/user/.local/share/Varnelle');
+  });
+
+  preferencesTest('says how to copy if the web view refuses', {}, async (page) => {
+    await page.evaluate(() => (document.execCommand = () => false));
+    await button(page, 'Copy path').click();
+    await page.getByRole('status', { name: 'Copy' }).getByText('Press Ctrl+C to copy the path.').waitFor();
+    assert.equal(await page.evaluate(() => String(getSelection())), '/home/user/.local/share/Varnelle');
+  });
+
+  preferencesTest(
+    'shows what an older program offers',
+    { absentCommands: ['getAbout', 'openDataFolder'] },
+    async (page) => {
+      await button(page, 'Documentation').waitFor();
+      await settled(page);
+      assert.equal(await button(page, 'Copy path').count(), 0);
+    },
+  );
+});
+
+pageTest(
+  'says at the start of a Wayland session what it can reach',
+  { about: { session: 'wayland' } },
+  async (page) => {
+    const notice = page.getByRole('alert').getByText('This is a Wayland session.');
+    await notice.waitFor();
+    assert.match(await notice.innerText(), /Varnelle sees and reaches X11 applications only\./);
+    await button(page, 'Dismiss').click();
+    await notice.waitFor({ state: 'detached' });
+  },
+);
+
+pageTest('says nothing of the session elsewhere', {}, async (page) => {
+  await settled(page);
+  assert.equal(await page.getByRole('alert').innerText(), '');
+});
 
 pageTest('opens by keyboard, holds the focus, and returns it after Esc and Close', {}, async (page) => {
   await button(page, 'Preferences').focus();

@@ -64,7 +64,7 @@ test('a changed preference is saved and takes effect at once', async () => {
   const installation = install();
   await begin(installation);
   await program.waitForStateText(/^Idle/);
-  await prefer('Hotkeys on', false);
+  await program.toggle('Hotkeys on', false);
   await program.waitForStateText(/^Hotkeys off\s+Start and stop with the buttons\.$/);
   await waitForSetting('hotkeysEnabled', '0');
   await observer.waitUntilGrabbed(`key ${Key.F6}`, false);

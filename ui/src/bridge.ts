@@ -56,15 +56,17 @@ export function plugPromiseLeak(): void {
   };
 }
 
-const isBound = (name: string) => typeof (window as unknown as Record<string, unknown>)[name] === 'function';
+// Returns whether the program offers a command. An older program lacks some.
+export const isOffered = (name: string) =>
+  typeof (window as unknown as Record<string, unknown>)[name] === 'function';
 
 // Returns whether this is the page of the main window. The page of a panel's own window has fewer commands: no
 // profiles, imports and preferences.
-export const isMainWindow = () => isBound('getAppSettings');
+export const isMainWindow = () => isOffered('getAppSettings');
 
 // Resolves to undefined if the program does not offer the command, as for a command that returns nothing.
 export async function call(name: string, ...args: string[]): Promise<unknown> {
-  if (!isBound(name)) return undefined;
+  if (!isOffered(name)) return undefined;
   const bound = (window as unknown as Record<string, (...params: string[]) => Promise<unknown>>)[name];
   return bound?.(...args);
 }

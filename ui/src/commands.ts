@@ -102,6 +102,7 @@ export const stopPlayback = () => runCommand('stop the playback', 'stopPlayback'
 
 export const captureKey = (capture: Exclude<Capture, ''>) =>
   runCommand('wait for a key', 'reassignKey', kCaptureWords[capture]);
+export const lockHotkeys = () => runCommand('lock the hotkeys', 'lockHotkeys');
 export const resetHotkeys = () => runCommand('reset the hotkeys', 'resetHotkeys');
 export const removeTarget = (index: number) =>
   runCommand('remove the key', 'removeKeySpamTarget', String(index));
@@ -331,4 +332,5 @@ export function setPanelMinimised(id: PanelId, minimised: boolean): Promise<void
 export const setPanelOrder = (order: PanelId[]) =>
   changeAppSettings({ panelOrder: order }, 'setPanelOrder', order.join(','));
 
+export const openDataFolder = () => runCommand('open the data folder', 'openDataFolder');
 export const openLink = (which: 'docs' | 'discord') => runCommand('open the page', 'openLink', which);

@@ -1,7 +1,15 @@
 // Fetches what the status poll does not carry: settings, preferences, profiles, events.
 import { call, isMainWindow } from './bridge';
-import { type MacroEvent, readAppSettings, readEvents, readProfiles, readSettings } from './reports';
 import {
+  type MacroEvent,
+  readAbout,
+  readAppSettings,
+  readEvents,
+  readProfiles,
+  readSettings,
+} from './reports';
+import {
+  about,
   appSettings,
   events,
   eventsFailedAt,
@@ -53,6 +61,14 @@ export async function fetchAppSettings(): Promise<void> {
     appSettings.value = readAppSettings(await call('getAppSettings'));
   } catch (reason) {
     showFailure('read the preferences', reason);
+  }
+}
+
+export async function fetchAbout(): Promise<void> {
+  try {
+    about.value = readAbout(await call('getAbout'));
+  } catch (reason) {
+    showFailure('read its version', reason);
   }
 }
 

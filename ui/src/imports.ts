@@ -2,11 +2,18 @@
 import { effect, signal } from '@preact/signals';
 import { call, isMainWindow } from './bridge';
 import { cancelImport, confirmImport, openFileDialog, switchProfile } from './commands';
-import { fetchEvents, fetchProfiles, fetchSettings, noteSettingsEdit, showFailure } from './fetch';
+import {
+  fetchAbout,
+  fetchEvents,
+  fetchProfiles,
+  fetchSettings,
+  noteSettingsEdit,
+  showFailure,
+} from './fetch';
 import { showDone, showMessage } from './notices';
 import { pollNow } from './poll';
 import { type PendingImport, readImportOutcome, readPendingImport, readPendingSummary } from './reports';
-import { profiles, recording, settings, status } from './store';
+import { about, profiles, recording, settings, status } from './store';
 
 // The macro to decide on.
 export const pendingImport = signal<PendingImport | null>(null);
@@ -22,6 +29,8 @@ export interface ImportNote {
   basis: string; // noteBasis() at the time of the import
 }
 export const importNote = signal<ImportNote | null>(null);
+
+const kWaylandText = 'This is a Wayland session. Varnelle sees and reaches X11 applications only.';
 
 // How many imports the program has reported by itself.
 let reportedImports = 0;
@@ -171,6 +180,8 @@ export async function fetchPendingNotices(): Promise<void> {
     showPendingImport(await fetchPendingImport());
     const text = await call('getPendingThemeAlert');
     if (typeof text === 'string') showMessage(text);
+    await fetchAbout();
+    if (about.value.session === 'wayland') showMessage(kWaylandText);
   } catch (reason) {
     showFailure('read the pending import', reason);
   }

@@ -229,6 +229,18 @@ export const readAppSettings = (report: unknown): AppSettings =>
     report,
   );
 
+// What the program is, and where it keeps its files. Every text is empty if an older program does not report it.
+export interface AboutProgram {
+  version: string;
+  platform: string; // linux, windows
+  session: string; // x11, wayland, windows
+  dataFolder: string;
+  licences: string;
+}
+
+export const readAbout = (report: unknown): AboutProgram =>
+  readRecord<AboutProgram>({ version: '', platform: '', session: '', dataFolder: '', licences: '' }, report);
+
 export const readEvents = (report: unknown): MacroEvent[] =>
   Array.isArray(report)
     ? (report as { time: number; desc: string }[]).map(({ time, desc }) => ({ time, description: desc }))

@@ -4,6 +4,7 @@ import { computed, signal } from '@preact/signals';
 import {
   type MacroEvent,
   type PanelId,
+  readAbout,
   readAppSettings,
   readProfiles,
   readSettings,
@@ -14,6 +15,7 @@ import {
 export const status = signal(readStatus({}));
 export const settings = signal(readSettings({}));
 export const appSettings = signal(readAppSettings({}));
+export const about = signal(readAbout({}));
 export const profiles = signal(readProfiles({}));
 export const events = signal<readonly MacroEvent[]>([]);
 export const eventsLoading = signal(false);

@@ -12,7 +12,7 @@ export interface DialogProps {
   alarming?: boolean; // an alertdialog: the user has to decide
   wide?: boolean;
   bodyLabel?: string; // name of the body, for a body that scrolls and has no focusable element
-  onClose: () => void; // Esc
+  onClose: () => void; // Esc, and a press outside unless the dialog is alarming
 }
 
 // A modal dialog. The browser keeps the focus inside and returns it at the end. The page behind cannot be used, so the
@@ -21,11 +21,15 @@ export function Dialog(props: DialogProps) {
   const { title, children, actions, alarming = false, wide = false, bodyLabel } = props;
   const element = useRef<HTMLDialogElement>(null);
   const id = useId();
+  const pressedOutside = useRef(false);
   const close = useRef<(() => void) | null>(props.onClose);
   if (close.current) close.current = props.onClose;
   useLayoutEffect(() => {
     const opener = document.activeElement;
     const dialog = element.current;
+    // The page gets no scrollbar while it cannot scroll, and keeps its width.
+    const { style, clientWidth } = document.documentElement;
+    style.setProperty('--scrollbar', `${window.innerWidth - clientWidth}px`);
     dialog?.showModal();
     dialog?.querySelector<HTMLElement>('.dialog__actions button')?.focus();
     return () => {
@@ -41,6 +45,11 @@ export function Dialog(props: DialogProps) {
       role={alarming ? 'alertdialog' : 'dialog'}
       aria-labelledby={`${id}-title`}
       aria-describedby={alarming ? `${id}-body` : undefined}
+      // The backdrop belongs to the element. A selection of text that ends there is no press outside.
+      onPointerDown={(event) => (pressedOutside.current = event.target === event.currentTarget)}
+      onClick={(event) => {
+        if (!alarming && pressedOutside.current && event.target === event.currentTarget) close.current?.();
+      }}
       onCancel={(event) => {
         event.preventDefault();
         close.current?.();

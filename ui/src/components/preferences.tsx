@@ -1,13 +1,14 @@
 import type { ComponentChildren } from 'preact';
 import { useId } from 'preact/hooks';
 import { isMainWindow } from '../bridge';
-import { openLink, setAppSwitch } from '../commands';
+import { setAppSwitch } from '../commands';
 import type { AppSwitch } from '../reports';
-import { appSettings, preferencesOpen, status } from '../store';
+import { appSettings, preferencesOpen } from '../store';
+import { About } from './about';
 import { Button } from './button';
 import { Dialog } from './dialog';
 import { Icon } from './icon';
-import { KeyCap } from './key-cap';
+import { Section } from './section';
 import { Toggle } from './toggle';
 import './preferences.css';
 
@@ -52,14 +53,7 @@ export function Preferences() {
           Starts Varnelle when you log in to this computer.
         </Switch>
       </Section>
-      <Section title="Hotkeys">
-        <Switch of="hotkeysEnabled" label="Hotkeys on">
-          When off, only the buttons of this window start and stop the tools.
-        </Switch>
-        <Switch of="hotkeyLock" label="Hotkey lock">
-          <KeyCap name={status.value.hotkeys.unlock} /> turns the other hotkeys off for typing, and on again.
-          Changing this switch unlocks them.
-        </Switch>
+      <Section title="Macro">
         <Switch of="stopToolsWithMacro" label="Stop the tools with the macro">
           Stops the autoclicker and the key spammer when a recording or playback ends.
         </Switch>
@@ -72,28 +66,8 @@ export function Preferences() {
           Explains a risky action the first time you press its button. Hotkeys never ask.
         </Switch>
       </Section>
-      <Section title="Help">
-        <div class="row preferences__links">
-          <Button tip="Opens the documentation in your browser." onPress={() => void openLink('docs')}>
-            Documentation
-          </Button>
-          <Button tip="Opens the community page in your browser." onPress={() => void openLink('discord')}>
-            Community
-          </Button>
-        </div>
-        <p class="preferences__hint">Both open in your browser.</p>
-      </Section>
+      <About />
     </Dialog>
-  );
-}
-
-function Section({ title, children }: { title: string; children: ComponentChildren }) {
-  const id = useId();
-  return (
-    <section class="preferences__section" aria-labelledby={id}>
-      <h3 id={id}>{title}</h3>
-      {children}
-    </section>
   );
 }
 

@@ -1,22 +1,25 @@
 import { signal } from '@preact/signals';
 import { useLayoutEffect, useRef, useState } from 'preact/hooks';
-import { isMainWindow } from '../bridge';
-import { captureKey, resetHotkeys, setAppSwitch } from '../commands';
+import { isMainWindow, isOffered } from '../bridge';
+import { captureKey, lockHotkeys, resetHotkeys, setAppSwitch } from '../commands';
 import { Button } from '../components/button';
 import { Confirm } from '../components/confirm';
 import { Icon } from '../components/icon';
 import { CaptureNote, KeyCap } from '../components/key-cap';
 import { Panel } from '../components/panel';
+import { usePending } from '../components/run-button';
 import { Toggle } from '../components/toggle';
 import { type Hotkey, hotkeyInPlaceOf, kHotkeys } from '../hotkey-order';
-import type { HotkeyId, Settings, Status } from '../reports';
+import type { HotkeyId, Settings } from '../reports';
 import { appSettings, capture, hotkeysOff, locked, settings, status } from '../store';
+import { tipWithKey } from '../tips';
 import './hotkeys.css';
 
-function lockText({ lockEnabled, hotkeys }: Status, isLocked: boolean): string {
-  if (!lockEnabled) return 'The hotkey lock is off.';
-  if (isLocked) return `Locked. Only ${hotkeys.unlock} works as a hotkey.`;
-  return `Unlocked. ${hotkeys.unlock} locks the hotkeys and stops clicking, pressing and playing.`;
+function lockText(key: string, isEnabled: boolean, unlocked: boolean): string {
+  if (hotkeysOff.value) return 'All hotkeys are off.';
+  if (!isEnabled) return `${key} is an ordinary key.`;
+  if (!unlocked) return `Locked. Only ${key} works as a hotkey.`;
+  return 'Unlocked. Locking also stops clicking, pressing and playing.';
 }
 
 const modeText: Record<HotkeyId, (hotkeys: Settings['hotkeys'], lockEnabled: boolean) => string> = {
@@ -51,27 +54,15 @@ export function HotkeysPanel() {
   const summary = hotkeysOff.value ? 'Off' : locked.value ? 'Locked' : 'Work in every window';
   return (
     <Panel id="panel-ui" title="Hotkeys" summary={summary}>
-      <div class="panel__wide">
-        {isMainWindow() && (
-          <div class="row hotkeys__row-of-switches">
-            <Toggle
-              label="Hotkeys on"
-              checked={appSettings.value.hotkeysEnabled}
-              onChange={(on) => void setAppSwitch('hotkeysEnabled', on)}
-            />
-            <Toggle
-              label="Hotkey lock"
-              checked={appSettings.value.hotkeyLock}
-              onChange={(on) => void setAppSwitch('hotkeyLock', on)}
-            />
-          </div>
-        )}
-        <p class="hotkeys__lock" role="status" aria-label="Hotkey lock">
-          {hotkeysOff.value
-            ? 'Hotkeys are off. Start and stop with the buttons.'
-            : lockText(status.value, locked.value)}
-        </p>
-      </div>
+      {isMainWindow() && (
+        <div class="panel__wide">
+          <Toggle
+            label="Hotkeys on"
+            checked={appSettings.value.hotkeysEnabled}
+            onChange={(on) => void setAppSwitch('hotkeysEnabled', on)}
+          />
+        </div>
+      )}
       <ul class="panel__wide hotkeys">
         {kHotkeys.map((entry) => (
           <HotkeyRow key={entry.id} hotkey={entry} />
@@ -89,7 +80,9 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
   const former = lostKeys().find((lost) => lost.hotkey === hotkey);
   const noticeId = `hotkey-${id}-notice`;
   return (
-    <li class={`hotkeys__row${waiting ? ' hotkeys__row--waiting' : ''}`}>
+    <li
+      class={`hotkeys__row${waiting ? ' hotkeys__row--waiting' : ''}${id === 'unlock' ? ' hotkeys__row--lock' : ''}`}
+    >
       <span class="hotkeys__name">{title}</span>
       {waiting ? <CaptureNote what="Press a key..." /> : <KeyCap name={status.value.hotkeys[id]} />}
       <Button
@@ -111,7 +104,45 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
               : 'Any key or mouse button, including a click.'
           : notice || modeText[id](settings.value.hotkeys, status.value.lockEnabled)}
       </span>
+      {id === 'unlock' && <Lock />}
     </li>
+  );
+}
+
+// Whether the hotkey locks, and whether it has: one switch and the state beside it.
+function Lock() {
+  const { unlocked, hotkeys } = status.value;
+  // The preference changes at the press, the report at the next poll. The switch and the text show the same one.
+  const isEnabled = isMainWindow() ? appSettings.value.hotkeyLock : status.value.lockEnabled;
+  const [pending, setPending] = usePending(unlocked);
+  const lock = async () => {
+    setPending(true);
+    if (!(await lockHotkeys())) setPending(false);
+  };
+  return (
+    <div class="hotkeys__lock">
+      {isMainWindow() && (
+        <Toggle
+          label={`Let ${hotkeys.unlock} lock the hotkeys`}
+          checked={isEnabled}
+          onChange={(on) => void setAppSwitch('hotkeyLock', on)}
+        />
+      )}
+      <p class="group__hint" role="status" aria-label="Hotkey lock">
+        {lockText(hotkeys.unlock, isEnabled, unlocked)}
+      </p>
+      {isOffered('lockHotkeys') && (
+        <Button
+          icon="lock"
+          tip={tipWithKey('Turns the other hotkeys off and stops clicking, pressing and playing.', 'unlock')}
+          disabled={!isEnabled || !unlocked || hotkeysOff.value}
+          pending={pending}
+          onPress={() => void lock()}
+        >
+          Lock now
+        </Button>
+      )}
+    </div>
   );
 }
 
