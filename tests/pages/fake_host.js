@@ -139,7 +139,7 @@
         stopToolsWithMacro: true,
         disableAnimations: false,
         showWarnings: false, // the tests of warnings turn them on
-        seenWarnings: [],
+        seenWarnings: ['first-layout'], // not the first start
         minimizedPanels: [],
         panelOrder: [],
     };

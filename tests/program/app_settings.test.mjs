@@ -19,7 +19,7 @@ const kDefaults = {
   stopToolsWithMacro: true,
   disableAnimations: false,
   showWarnings: true,
-  seenWarnings: [],
+  seenWarnings: ['first-layout'], // not the first start
   minimizedPanels: [],
   panelOrder: [],
 };
@@ -66,7 +66,7 @@ test('a changed setting is saved at once and restored after a restart', async ()
   assert.equal(settingsFile(program).panelOrder, 'panel-tracker,panel-ui');
   assert.equal(await program.call('markWarningSeen', 'zero-interval'), undefined);
   await program.call('markWarningSeen', 'loop');
-  assert.equal(settingsFile(program).seenWarnings, 'loop,zero-interval');
+  assert.equal(settingsFile(program).seenWarnings, 'first-layout,loop,zero-interval');
 
   const expected = {
     ...kDefaults,
@@ -76,7 +76,7 @@ test('a changed setting is saved at once and restored after a restart', async ()
     hotkeyLock: false,
     minimizedPanels: ['panel-tracker', 'panel-ui'],
     panelOrder: ['panel-tracker', 'panel-ui'],
-    seenWarnings: ['loop', 'zero-interval'],
+    seenWarnings: ['first-layout', 'loop', 'zero-interval'],
   };
   assert.deepEqual(await program.call('getAppSettings'), expected);
   assert.equal((await program.call('getTrackerStatus')).lockOn, false);

@@ -4,6 +4,7 @@
 // VARNELLE_BACKEND is linux or windows, VARNELLE_BUILD the build folder; tests/program/run.sh sets both.
 import { spawnSync } from 'node:child_process';
 import {
+  appendFileSync,
   copyFileSync,
   cpSync,
   existsSync,
@@ -61,6 +62,16 @@ export const onlyOnWindows = (reason) => ({ skip: !onWindows && reason });
 
 // Converts a path to the form that programs of this backend read.
 export const nativePath = (path) => (onWindows ? `Z:${path.replaceAll('/', '\\')}` : path);
+
+// The preference by which the page leaves all panels open.
+const kPanelsOpen = 'seenWarnings=first-layout\n';
+function keepPanelsOpen(installation) {
+  const file = join(installation.data, 'appsettings.txt');
+  const text = existsSync(file) ? readFileSync(file, 'latin1') : '';
+  if (/^seenWarnings=/m.test(text)) return;
+  mkdirSync(installation.data, { recursive: true, mode: 0o700 });
+  appendFileSync(file, `${text === '' || text.endsWith('\n') ? '' : '\n'}${kPanelsOpen}`);
+}
 
 // Returns when a file was last written; 0 if it does not exist.
 const timeOfChange = (file) => statSync(file, { throwIfNoEntry: false })?.mtimeMs ?? 0;
@@ -155,7 +166,9 @@ class Fixture {
   }
 
   // Starts the program; returns it once its page accepts clicks. A given `installation` keeps its data for a later start.
-  async startProgram({ installation = this.installWithoutWarnings(), args = [] } = {}) {
+  // All panels are open unless the installation is at its `firstStart`.
+  async startProgram({ installation = this.installWithoutWarnings(), args = [], firstStart = false } = {}) {
+    if (!firstStart) keepPanelsOpen(installation);
     const mirror = join(installation.data, 'status.txt');
     const leftBehind = timeOfChange(mirror);
     const child = this.startBare(installation, args);
@@ -192,7 +205,7 @@ class Fixture {
   installWithoutWarnings() {
     const installation = this.install();
     mkdirSync(installation.data);
-    writeFileSync(join(installation.data, 'appsettings.txt'), 'showWarnings=0\n');
+    writeFileSync(join(installation.data, 'appsettings.txt'), `showWarnings=0\n${kPanelsOpen}`);
     return installation;
   }
 

@@ -167,6 +167,18 @@ test('collapsed and moved panels resize the window and are restored after a rest
   assert.equal(await fits(), few);
 });
 
+test('the first start opens the autoclicker alone; a later start keeps what the user has opened', async () => {
+  const installation = fixture.install();
+  ({ program, observer } = await fixture.startBesideApplication({ installation, firstStart: true }));
+  for (const title of kTitles) assert.equal(await isOpen(title), title === 'Autoclicker', title);
+  await waitForSetting('minimizedPanels', 'panel-keyspam,panel-profile,panel-tracker,panel-ui');
+  await waitForSetting('seenWarnings', 'first-layout');
+  for (const title of kTitles) if (title !== 'Autoclicker') await program.press(`${title}: show settings`);
+  await waitForSetting('minimizedPanels', '');
+  await restart(installation);
+  for (const title of kTitles) assert.ok(await isOpen(title), title);
+});
+
 test('a warning is shown until it is accepted once', async () => {
   const installation = install({ settings: { hotkeysEnabled: 0 }, macros: { Empty: [] } });
   await begin(installation);
@@ -178,13 +190,13 @@ test('a warning is shown until it is accepted once', async () => {
   await pause(kQuietMilliseconds);
   assert.equal((await program.call('getTrackerStatus')).autoClicking, false);
   assert.equal(observer.buttons().length, 0);
-  assert.deepEqual((await program.call('getAppSettings')).seenWarnings, []);
+  assert.deepEqual((await program.call('getAppSettings')).seenWarnings, ['first-layout']);
 
   await program.press('Start clicking', program.panel('Autoclicker'));
   await program.press('Start clicking', warning);
   await clicking(true);
   await waitUntil(() => observer.presses().length > 0, 'it clicks');
-  await waitForSetting('seenWarnings', 'endless-clicking');
+  await waitForSetting('seenWarnings', 'endless-clicking,first-layout');
   await program.press('Stop everything');
   await clicking(false);
 

@@ -55,12 +55,15 @@ export async function fetchProfiles(): Promise<boolean> {
   }
 }
 
-export async function fetchAppSettings(): Promise<void> {
-  if (!isMainWindow()) return;
+// Resolves to whether it worked.
+export async function fetchAppSettings(): Promise<boolean> {
+  if (!isMainWindow()) return false;
   try {
     appSettings.value = readAppSettings(await call('getAppSettings'));
+    return true;
   } catch (reason) {
     showFailure('read the preferences', reason);
+    return false;
   }
 }
 

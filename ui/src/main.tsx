@@ -3,6 +3,7 @@ import { render } from 'preact';
 import { plugPromiseLeak } from './bridge';
 import { refuseDrops } from './drops';
 import { App } from './app';
+import { arrangeFirstStart } from './first-start';
 import { fitFirstWindow, installFit } from './fit';
 import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
 import { fetchPendingNotices, listenForImports } from './imports';
@@ -66,5 +67,6 @@ listenForSaveProblems();
 const root = document.getElementById('app');
 if (root) {
   render(<App />, root);
-  void show(root, [fetchAppSettings(), fetchSettings(), fetchProfiles(), startPolling()]);
+  const preferences = fetchAppSettings().then((worked) => worked && arrangeFirstStart());
+  void show(root, [preferences, fetchSettings(), fetchProfiles(), startPolling()]);
 }

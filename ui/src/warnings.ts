@@ -66,7 +66,7 @@ export function isDue({ id }: Warning): boolean {
   return isMainWindow() && showWarnings && !seenWarnings.includes(id);
 }
 
-export async function markSeen({ id }: Warning): Promise<void> {
+export async function markSeen({ id }: Pick<Warning, 'id'>): Promise<void> {
   const seen = appSettings.value.seenWarnings;
   if (seen.includes(id)) return;
   appSettings.value = { ...appSettings.value, seenWarnings: [...seen, id] };

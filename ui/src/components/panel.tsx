@@ -136,6 +136,7 @@ function Movers({ id, title }: MoverProps) {
 export function Group(props: {
   title: ComponentChildren;
   children: ComponentChildren;
+  class?: string;
   hint?: ComponentChildren;
   hintId?: string;
   error?: string;
@@ -146,7 +147,7 @@ export function Group(props: {
   const { title, children, hint, hintId, error, tall = false, notable = false, silent = false } = props;
   const kind = error ? ' group__hint--error' : notable ? ' group__hint--notable' : '';
   return (
-    <fieldset class="group">
+    <fieldset class={`group${props.class ? ` ${props.class}` : ''}`}>
       <legend>{title}</legend>
       {children}
       {(hint !== undefined || hintId !== undefined) && (

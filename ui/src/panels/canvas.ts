@@ -15,29 +15,30 @@ export interface Drawn<T> {
 export const colourOf = (element: Element, name: string) =>
   getComputedStyle(element).getPropertyValue(`--${name}`).trim();
 
-// Draws the macro on the canvas, once for each macro and width. `onDrawn` gets null when the canvas is empty.
+// Draws the macro on the canvas, once for each macro and size. `onDrawn` gets null when the canvas is empty.
 export function useDrawing<T>(options: {
   canvas: { current: HTMLCanvasElement | null };
   data: MacroData | null; // nothing is drawn without
   width: number;
-  draw: (data: MacroData, canvas: HTMLCanvasElement) => Sliced<T>;
+  height?: number; // if the drawing depends on it
+  draw: (data: MacroData) => Sliced<T>;
   paint: (canvas: HTMLCanvasElement, drawing: T) => void;
   onDrawn: (drawn: Drawn<T> | null) => void;
 }): void {
-  const { canvas, data, width, draw, paint, onDrawn } = options;
+  const { canvas, data, width, height = 1, draw, paint, onDrawn } = options;
   useEffect(() => {
     const element = canvas.current;
-    if (!element || width === 0) return;
+    if (!element || width === 0 || height === 0) return;
     if (!data) {
       element.width = 0;
       onDrawn(null);
       return;
     }
-    return runInSlices(draw(data, element), (drawing, slices) => {
+    return runInSlices(draw(data), (drawing, slices) => {
       paint(element, drawing);
       element.dataset.events = String(data.columns.count);
       element.dataset.slices = String(slices);
       onDrawn({ of: data, drawing });
     });
-  }, [data, width]);
+  }, [data, width, height]);
 }

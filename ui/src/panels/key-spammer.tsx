@@ -104,7 +104,7 @@ function TargetsGroup() {
     void removeTarget(index);
   };
   return (
-    <Group title="Keys">
+    <Group title="Keys" class="group--targets">
       <ul class="targets" aria-label="Keys to press">
         {targets.map((name, index) => (
           <li key={index} class="targets__item">

@@ -23,50 +23,54 @@ import { PathAndTiming } from './path-and-timing';
 import './macro.css';
 
 export function MacroPanel() {
-  const count = eventCount.value;
-  const busy = recording.value || playing.value;
   return (
     <Panel id="panel-tracker" title="Macro" summary={macroSummary()} action={<Transport />}>
       <div class="macro__column">
-        <div>
-          <div class="macro__more">
-            <Button
-              icon="plus"
-              tip="Records more events at the end of the macro."
-              disabled={busy}
-              onPress={() => void continueRecording()}
-            >
-              Continue
-            </Button>
-            <Button
-              icon="undo"
-              tip="Removes the events that Continue has added last."
-              disabled={busy || !status.value.canUndoContinue}
-              onPress={() => void undoContinue()}
-            >
-              Undo
-            </Button>
-          </div>
-          <p class="group__hint macro__hint">
-            {count === 0
-              ? 'Records what you do until you stop it.'
-              : 'Record starts over. Continue adds events.'}
-          </p>
-        </div>
-        <div class="macro__noted">
-          <PathAndTiming />
-          <LeftAtEnd />
-        </div>
+        <Extending />
+        <RecordGroup />
       </div>
       <div class="macro__column">
         <PlaybackGroup />
-        <RecordGroup />
+        <LeftAtEnd />
       </div>
+      <PathAndTiming />
       <div class="macro__noted macro__events">
         <EventList />
         <OptimiseRow />
       </div>
     </Panel>
+  );
+}
+
+// Adds to the macro, and undoes that.
+function Extending() {
+  const busy = recording.value || playing.value;
+  return (
+    <div class="macro__extending">
+      <div class="macro__more">
+        <Button
+          icon="plus"
+          tip="Records more events at the end of the macro."
+          disabled={busy}
+          onPress={() => void continueRecording()}
+        >
+          Continue
+        </Button>
+        <Button
+          icon="undo"
+          tip="Removes the events that Continue has added last."
+          disabled={busy || !status.value.canUndoContinue}
+          onPress={() => void undoContinue()}
+        >
+          Undo
+        </Button>
+      </div>
+      <p class="group__hint">
+        {eventCount.value === 0
+          ? 'Records what you do until you stop it.'
+          : 'Record starts over. Continue adds events.'}
+      </p>
+    </div>
   );
 }
 

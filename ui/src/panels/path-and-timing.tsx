@@ -23,14 +23,24 @@ export function PathAndTiming() {
   const facts = data?.facts;
   useEffect(() => setCursor(-1), [data]);
   return (
-    <Group title="Path and timing" hint={hintFor(data && strip, cursor)} hintId="picture-hint" silent>
-      <div class="pointer-path">
-        <PathCanvas data={data} onDrawn={setPath} />
-        <PointerMark path={path} strip={strip} cursor={cursor} />
-        {facts?.box ? <p class="pointer-path__caption">{boxText(facts)}</p> : <NoPath facts={facts} />}
-      </div>
-      <TimelineStrip data={data} drawn={strip} onDrawn={setStrip} cursor={cursor} onCursor={setCursor} />
-    </Group>
+    <>
+      <Group
+        title="Timing"
+        class="panel__wide"
+        hint={hintFor(data && strip, cursor)}
+        hintId="picture-hint"
+        silent
+      >
+        <TimelineStrip data={data} drawn={strip} onDrawn={setStrip} cursor={cursor} onCursor={setCursor} />
+      </Group>
+      <Group title="Path" class="path">
+        <div class="pointer-path">
+          <PathCanvas data={data} onDrawn={setPath} />
+          <PointerMark path={path} strip={strip} cursor={cursor} />
+          {facts?.box ? <p class="pointer-path__caption">{boxText(facts)}</p> : <NoPath facts={facts} />}
+        </div>
+      </Group>
+    </>
   );
 }
 

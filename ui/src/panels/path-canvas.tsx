@@ -15,16 +15,17 @@ export function PathCanvas(props: {
 }) {
   const { data, onDrawn } = props;
   const canvas = useRef<HTMLCanvasElement>(null);
-  const { width } = useClientSize(canvas);
+  const { width, height } = useClientSize(canvas);
   const box = data?.facts.box ?? null;
   useDrawing({
     canvas,
     data: box && data,
     width,
-    draw: ({ columns }, { clientHeight }) =>
+    height,
+    draw: ({ columns }) =>
       drawPath(columns, box as Box, {
         width: width * kDots,
-        height: clientHeight * kDots,
+        height: height * kDots,
         margin: kMargin * kDots,
       }),
     paint: paintPath,

@@ -89,7 +89,7 @@ function ProfileActions({ onStep }: { onStep: (step: Step) => void }) {
   const { names, current, defaultName } = profiles.value;
   const isDefault = (names[current] ?? '') === defaultName;
   return (
-    <>
+    <div class="profile__actions">
       <div class="profile__more">
         <Button
           label="New profile"
@@ -123,7 +123,7 @@ function ProfileActions({ onStep }: { onStep: (step: Step) => void }) {
         </Button>
       </div>
       <Hint isDefault={isDefault} />
-    </>
+    </div>
   );
 }
 

@@ -27,6 +27,7 @@ export function IntervalGroup(props: {
   return (
     <Group
       title={title}
+      class="group--interval"
       hint={limit.text || hint}
       notable={limit.limited}
       hintId={hintId}
