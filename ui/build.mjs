@@ -9,6 +9,7 @@ import { createRequire } from 'node:module';
 import { dirname, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { build } from 'esbuild';
+import { guidePlugin } from './guide.mjs';
 
 const kPageSizeLimit = 0x200000; // bytes; the most that the web view takes as one string
 const here = dirname(fileURLToPath(import.meta.url));
@@ -38,6 +39,7 @@ const bundle = await build({
   target: ['chrome109', 'safari16'],
   charset: 'ascii',
   legalComments: 'none',
+  plugins: [guidePlugin(join(here, '../docs/guide.md'))],
 });
 const textOf = (suffix) => bundle.outputFiles.find((file) => file.path.endsWith(suffix)).text.trim();
 

@@ -189,7 +189,8 @@ export const button = (page, name) => page.getByRole('button', { name, exact: tr
 export const textBox = (page, name) => page.getByRole('textbox', { name, exact: true });
 // The list box with the profiles; its text is the chosen one.
 export const profileBox = (page) => page.getByRole('combobox', { name: 'Profile', exact: true });
-const profileOptions = (page) => page.getByRole('listbox', { name: 'Profile', exact: true }).getByRole('option');
+const profileOptions = (page) =>
+  page.getByRole('listbox', { name: 'Profile', exact: true }).getByRole('option');
 
 export async function chooseProfile(page, name) {
   await profileBox(page).click();

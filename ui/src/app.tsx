@@ -1,4 +1,5 @@
 import { isMainWindow } from './bridge';
+import { Help } from './components/help';
 import { Notices } from './components/notices';
 import { PanelList } from './components/panel-list';
 import { PendingImportDialog } from './components/pending-import-dialog';
@@ -25,6 +26,7 @@ export function App() {
       <StateLine />
       <PanelList panels={panels} />
       <Preferences />
+      <Help />
       <WarningDialog />
       <PendingImportDialog />
       <Notices />

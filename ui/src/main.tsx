@@ -9,7 +9,7 @@ import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
 import { fetchPendingNotices, listenForImports } from './imports';
 import { listenForSaveProblems } from './notices';
 import { startPolling } from './poll';
-import { appSettings, clicking, known, picking, playing } from './store';
+import { appSettings, capture, clicking, helpOpen, known, picking, playing } from './store';
 import './theme.css';
 import './app.css';
 import './forced-colors.css';
@@ -32,6 +32,12 @@ document.addEventListener(
   },
   { capture: true },
 );
+
+document.addEventListener('keydown', (event) => {
+  if (event.key !== 'F1' || capture.value) return;
+  event.preventDefault();
+  if (!document.querySelector('dialog[open]')) helpOpen.value = true;
+});
 
 // A ring in a window without the keyboard would show a second focus on the screen.
 for (const [event, inactive] of [

@@ -2,6 +2,7 @@ import { Fragment, type ComponentChildren } from 'preact';
 import { isMainWindow } from './bridge';
 import { setAppSwitch } from './commands';
 import { Button } from './components/button';
+import { HelpButton } from './components/help';
 import { Icon, type IconName } from './components/icon';
 import { KeyCap } from './components/key-cap';
 import { PreferencesButton } from './components/preferences';
@@ -89,6 +90,7 @@ export function StateLine() {
           Turn on
         </Button>
       )}
+      <HelpButton />
       <PreferencesButton />
     </header>
   );

@@ -36,6 +36,7 @@ export const failure = signal('');
 // The file dialog of the program that is open; empty for none.
 export const fileDialog = signal<'' | 'import' | 'export'>('');
 export const preferencesOpen = signal(false);
+export const helpOpen = signal(false);
 // The text while the program does not answer. An open file dialog may keep it from answering, which is no fault.
 export const unanswered = computed(() =>
   fileDialog.value ? 'A file dialog is open' : 'Waiting for Varnelle to answer',

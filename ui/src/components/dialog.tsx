@@ -8,9 +8,10 @@ import './dialog.css';
 export interface DialogProps {
   title: string;
   children: ComponentChildren;
-  actions: ComponentChildren; // buttons; the first gets the focus
+  actions: ComponentChildren; // buttons; the first gets the focus, unless an element has `autofocus`
   alarming?: boolean; // an alertdialog: the user has to decide
   wide?: boolean;
+  class?: string;
   bodyLabel?: string; // name of the body, for a body that scrolls and has no focusable element
   onClose: () => void; // Esc, and a press outside unless the dialog is alarming
 }
@@ -31,7 +32,9 @@ export function Dialog(props: DialogProps) {
     const { style, clientWidth } = document.documentElement;
     style.setProperty('--scrollbar', `${window.innerWidth - clientWidth}px`);
     dialog?.showModal();
-    dialog?.querySelector<HTMLElement>('.dialog__actions button')?.focus();
+    const first =
+      dialog?.querySelector<HTMLElement>('[autofocus]') ?? dialog?.querySelector('.dialog__actions button');
+    if (first instanceof HTMLElement) first.focus();
     return () => {
       close.current = null;
       dialog?.close();
@@ -41,7 +44,7 @@ export function Dialog(props: DialogProps) {
   return (
     <dialog
       ref={element}
-      class={`dialog${wide ? ' dialog--wide' : ''}`}
+      class={`dialog${wide ? ' dialog--wide' : ''}${props.class ? ` ${props.class}` : ''}`}
       role={alarming ? 'alertdialog' : 'dialog'}
       aria-labelledby={`${id}-title`}
       aria-describedby={alarming ? `${id}-body` : undefined}
