@@ -414,14 +414,16 @@ TEST_F(ImportFlowTest, TheLastImportSaysWhatCameIn) {
             R"({"id":0,"outcome":"none","problem":"","file":"","profile":"","events":0,"skippedLines":0,)"
             R"("seconds":0,"fileSettings":false,"settingsUsable":false})");
         import(clean);
-        EXPECT_EQ(Call("getLastImport"),
-                  R"({"id":1,"outcome":"imported","problem":"","file":"a.vrlmacro","profile":)"
-                  R"j("Fast (Imported)","events":2,"skippedLines":1,"seconds":0.75,"fileSettings":true,"settingsUsable":true})j");
+        EXPECT_EQ(
+            Call("getLastImport"),
+            R"({"id":1,"outcome":"imported","problem":"","file":"a.vrlmacro","profile":)"
+            R"j("Fast (Imported)","events":2,"skippedLines":1,"seconds":0.75,"fileSettings":true,"settingsUsable":true})j");
         import(empty);
-        EXPECT_EQ(Call("getLastImport"),
-                  R"({"id":2,"outcome":"imported","problem":"","file":"empty.vrlmacro",)"
-                  R"j("profile":"Empty (Imported)","events":0,"skippedLines":1,"seconds":0,"fileSettings":false,)j"
-                  R"("settingsUsable":false})");
+        EXPECT_EQ(
+            Call("getLastImport"),
+            R"({"id":2,"outcome":"imported","problem":"","file":"empty.vrlmacro",)"
+            R"j("profile":"Empty (Imported)","events":0,"skippedLines":1,"seconds":0,"fileSettings":false,)j"
+            R"("settingsUsable":false})");
         const std::string pending = import(held);
         EXPECT_NE(
             Call("getLastImport").find(R"("id":3,"outcome":"pending","problem":"","file":"held.vrlmacro")"),
@@ -446,6 +448,8 @@ TEST_F(ImportFlowTest, TheLastImportSaysWhatCameIn) {
 
 TEST_F(ImportFlowTest, AMissingFileOfTheCommandLineIsNotCalledCorruptInTheLastImport) {
     ResetLastImport();
+    LaunchOptions options;
+    options.openMacroPath = folder_.File("no.vrlmacro");
     Run(
         [&] {
             EXPECT_EQ(Call("getPendingThemeAlert"), kUnreadable);
@@ -453,7 +457,7 @@ TEST_F(ImportFlowTest, AMissingFileOfTheCommandLineIsNotCalledCorruptInTheLastIm
                 Call("getLastImport").find(R"("outcome":"failed","problem":"notFound","file":"no.vrlmacro")"),
                 std::string::npos);
         },
-        {.openMacroPath = folder_.File("no.vrlmacro")});
+        options);
 }
 
 TEST_F(ImportFlowTest, ImportedSettingsCanBeUsedAfterOneHasChanged) {
