@@ -48,7 +48,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string written = BuildAppSettingsText();
     const std::string report = AppSettingsReport();
     const bool positionKnown = appSettings.windowPositionKnown;
-    Require(LineCount(written) == 16);
+    const bool hasCountdown = appSettings.countdownSeconds != AppSettings().countdownSeconds;
+    const int lines = hasCountdown ? 17 : 16;
+    Require(appSettings.countdownSeconds >= 0 && appSettings.countdownSeconds <= 10);
+    Require(LineCount(written) == lines);
     // A line that ends in several CRs loses one in each round.
     if (text.find('\r') == std::string_view::npos) {
         Reset();
@@ -60,7 +63,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     StoreAppSetting(text, true);
     StoreAppSetting(text, false);
-    Require(LineCount(BuildAppSettingsText()) == 16);
+    Require(LineCount(BuildAppSettingsText()) == lines);
     ParsePanelOrder(text, &appSettings.panelOrder);
     Require(appSettings.panelOrder.size() <= 5);
     return 0;
