@@ -144,15 +144,15 @@ OfferResult OfferMacro(ParsedMacro macro, const std::string& path) {
     MacroScan::ScanReport report = MacroScan::ScanMacro(macro.events);
     result.level = std::move(report.level);
     result.matches = std::move(report.matches);
+    ImportFacts facts = FactsOfImport(path, macro);
     if (result.matches.empty()) {
-        ImportFacts facts = FactsOfImport(path, macro);
         NoteImportDone(std::move(facts), AddImported(std::move(macro)));
         result.committed = true;
         return result;
     }
     MutexLock lock(pendingMutex);
     result.pendingId = DrawPendingId();
-    NoteImportPending(FactsOfImport(path, macro), result.pendingId);
+    NoteImportPending(std::move(facts), result.pendingId);
     pendingMacroImport = {true,
                           result.pendingId,
                           std::move(macro.name),
