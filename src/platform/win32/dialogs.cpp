@@ -1,5 +1,7 @@
 #include "platform/dialogs.h"
 
+#include "platform/win32/text_encoding.h"
+
 #include <windows.h>
 
 #include <commdlg.h>
@@ -27,10 +29,9 @@ std::string FilterText(std::span<const FileDialogFilter> filters) {
 // Puts a UTF-8 name into the dialog's buffer, which takes the system's code page. A name that is too long is left out: the
 // dialog would not open with a part of it.
 void PutName(const std::string& name, char (&path)[kPathLength]) {
-    constexpr int kLength = kPathLength;
-    wchar_t wide[kLength] = {};
-    if (MultiByteToWideChar(CP_UTF8, 0, name.c_str(), -1, wide, kLength) == 0 ||
-        WideCharToMultiByte(CP_ACP, 0, wide, -1, path, kLength, "_", nullptr) == 0) {
+    const std::wstring wide = WideOfUtf8(name);
+    if (WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, path, static_cast<int>(kPathLength), "_", nullptr) ==
+        0) {
         path[0] = '\0';
     }
 }
