@@ -54,7 +54,8 @@
  * @property {'linux' | 'windows'} platform
  * @property {'x11' | 'wayland' | 'windows'} session
  * @property {string} dataFolder
- * @property {string} licences
+ * @property {string} licenceFolder
+ * @property {{part: string, licence: string, file: string}[]} licences
  *
  * @typedef {{time: number, desc: string}} HostEvent
  *
@@ -192,7 +193,11 @@
         platform: 'linux',
         session: 'x11',
         dataFolder: '/home/user/.local/share/Varnelle',
-        licences: 'Varnelle uses these parts.\n\nPreact: MIT\n',
+        licenceFolder: '/opt/varnelle/licenses',
+        licences: [
+            { part: 'Preact', licence: 'MIT', file: 'preact.txt' },
+            { part: 'Inter', licence: 'OFL 1.1', file: 'inter.txt' },
+        ],
     };
 
     const promises = {}; // the library's own table, which it never empties

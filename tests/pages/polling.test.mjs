@@ -96,7 +96,8 @@ pageTest('shows no alert for a rejected poll, and recovers with the next one', {
   await page.getByText('Idle', { exact: true }).waitFor();
 });
 
-pageTest('accepts the shorter report of a panel without a program', { shortStatus: true }, async (page) => {
+const kPanelAlone = { shortStatus: true, absentCommands: mainWindowCommands };
+pageTest('accepts the shorter report of a panel without a program', kPanelAlone, async (page) => {
   await page.getByText('Idle', { exact: true }).waitFor();
   assert.ok(await page.getByText('The hotkey lock is off.').isVisible());
   assert.ok(await button(page, 'Undo').isDisabled());

@@ -151,10 +151,11 @@ describe('About', () => {
     const about = dialog(page).getByRole('region', { name: 'About' });
     await about.getByText('Varnelle 1.0.1 for Linux').waitFor();
     assert.ok(await about.getByText('/home/user/.local/share/Varnelle').isVisible());
-    const licences = about.getByRole('group', { name: 'Licences' }).last();
+    const licences = about.getByRole('table');
     assert.ok(!(await licences.isVisible()));
     await about.getByText('Licences', { exact: true }).click();
-    assert.match(await licences.innerText(), /Preact: MIT/);
+    assert.match(await licences.innerText(), /Preact\s+MIT\s+preact\.txt\s+Inter\s+OFL 1\.1\s+inter\.txt/);
+    assert.ok(await about.getByText('/opt/varnelle/licenses').isVisible());
     await picture(page, 'preferences-about');
     assert.deepEqual(await axeFinds(page), []);
   });

@@ -235,11 +235,15 @@ export interface AboutProgram {
   platform: string; // linux, windows
   session: string; // x11, wayland, windows
   dataFolder: string;
-  licences: string;
+  licenceFolder: string;
+  licences: { part: string; licence: string; file: string }[]; // each file is in the licence folder
 }
 
 export const readAbout = (report: unknown): AboutProgram =>
-  readRecord<AboutProgram>({ version: '', platform: '', session: '', dataFolder: '', licences: '' }, report);
+  readRecord<AboutProgram>(
+    { version: '', platform: '', session: '', dataFolder: '', licenceFolder: '', licences: [] },
+    report,
+  );
 
 export const readEvents = (report: unknown): MacroEvent[] =>
   Array.isArray(report)

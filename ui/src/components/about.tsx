@@ -27,15 +27,38 @@ export function About() {
         </Button>
       </div>
       {dataFolder && <DataFolder path={dataFolder} />}
-      {licences && (
-        <details class="about__licences">
-          <summary>Licences</summary>
-          <pre role="group" aria-label="Licences" tabIndex={0}>
-            {licences}
-          </pre>
-        </details>
-      )}
+      {licences.length > 0 && <Licences />}
     </Section>
+  );
+}
+
+function Licences() {
+  const { licences, licenceFolder } = about.value;
+  return (
+    <details class="about__licences">
+      <summary>Licences</summary>
+      <table>
+        <thead>
+          <tr>
+            <th>Part</th>
+            <th>Licence</th>
+            <th>Text</th>
+          </tr>
+        </thead>
+        <tbody>
+          {licences.map(({ part, licence, file }) => (
+            <tr key={part}>
+              <td>{part}</td>
+              <td>{licence}</td>
+              <td>{file}</td>
+            </tr>
+          ))}
+        </tbody>
+      </table>
+      <p class="preferences__hint">
+        The texts are in <code>{licenceFolder}</code>.
+      </p>
+    </details>
   );
 }
 

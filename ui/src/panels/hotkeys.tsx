@@ -17,7 +17,7 @@ import './hotkeys.css';
 
 function lockText(key: string, isEnabled: boolean, unlocked: boolean): string {
   if (hotkeysOff.value) return 'All hotkeys are off.';
-  if (!isEnabled) return `${key} is an ordinary key.`;
+  if (!isEnabled) return key ? `${key} is an ordinary key.` : 'The hotkey lock is off.';
   if (!unlocked) return `Locked. Only ${key} works as a hotkey.`;
   return 'Unlocked. Locking also stops clicking, pressing and playing.';
 }
