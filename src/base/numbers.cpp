@@ -193,10 +193,6 @@ double ReadDouble(std::string_view text) {
     return ParseOrThrow(ParseDouble, text, "not a number in range");
 }
 
-float ReadFloat(std::string_view text) {
-    return ParseOrThrow(ParseFloat, text, "not a number in range");
-}
-
 bool IsWholeInt(std::string_view text) {
     int32_t ignored = 0;
     const char* end = text.data() + text.size();

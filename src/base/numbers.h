@@ -39,7 +39,6 @@ bool ParseFloat(std::string_view text, float* value);  // stof
 // Return the number that leads `text`. Throw NumberError on failure.
 int32_t ReadInt(std::string_view text);
 double ReadDouble(std::string_view text);
-float ReadFloat(std::string_view text);
 
 // Returns whether the whole of `text` is a number that ParseInt reads.
 bool IsWholeInt(std::string_view text);
