@@ -59,7 +59,7 @@ FileResult WriteStateFile(const std::string& path, std::string_view bytes);
 // Creates the file or overwrites it in place, and returns after the content has reached the disk. Asks for the disk
 // space before the old content changes, so DiskFull leaves the old content.
 FileResult WriteStateFileToDisk(const std::string& path, std::string_view bytes);
-// Overwrites `bytes` at `offset` of an existing state file. The file does not grow.
+// Writes `bytes` at `offset` of an existing state file, which may grow by them. Fails for an offset behind its end.
 FileResult PatchStateFile(const std::string& path, size_t offset, std::string_view bytes);
 // Puts `from` in the place of `to` in one step: a reader sees the old file or the new one. Both in one folder.
 FileResult ReplaceStateFile(const std::string& from, const std::string& to);

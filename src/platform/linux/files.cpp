@@ -337,8 +337,7 @@ FileResult PatchStateFile(const std::string& path, size_t offset, std::string_vi
         return result;
     }
     struct stat status {};
-    const bool inside =
-        fstat(file, &status) == 0 && offset + bytes.size() <= static_cast<size_t>(status.st_size);
+    const bool inside = fstat(file, &status) == 0 && offset <= static_cast<size_t>(status.st_size);
     const bool done = inside && pwrite(file, bytes.data(), bytes.size(), static_cast<off_t>(offset)) ==
                                     static_cast<ssize_t>(bytes.size());
     return close(file) == 0 && done ? FileResult::Done : FileResult::Failed;

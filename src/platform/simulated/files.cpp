@@ -192,7 +192,7 @@ FileResult PatchStateFile(const std::string& path, size_t offset, std::string_vi
         return FileResult::Failed;
     }
     std::error_code error;
-    const bool done = offset + bytes.size() <= std::filesystem::file_size(path, error) &&
+    const bool done = offset <= std::filesystem::file_size(path, error) &&
                       std::fseek(file, static_cast<long>(offset), SEEK_SET) == 0 &&
                       std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
     return std::fclose(file) == 0 && done ? FileResult::Done : FileResult::Failed;

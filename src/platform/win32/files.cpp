@@ -248,8 +248,7 @@ FileResult PatchStateFile(const std::string& path, size_t offset, std::string_vi
     LARGE_INTEGER size;
     LARGE_INTEGER position;
     position.QuadPart = static_cast<LONGLONG>(offset);
-    const bool done = GetFileSizeEx(file, &size) &&
-                      offset + bytes.size() <= static_cast<uint64_t>(size.QuadPart) &&
+    const bool done = GetFileSizeEx(file, &size) && offset <= static_cast<uint64_t>(size.QuadPart) &&
                       SetFilePointerEx(file, position, nullptr, FILE_BEGIN) && WriteAll(file, bytes);
     return CloseHandle(file) && done ? FileResult::Done : FileResult::Failed;
 }
