@@ -1,6 +1,7 @@
 #include "app/autosave.h"
 
 #include "app/session_notices.h"
+#include "engines/recorder.h"
 #include "model/engine_state.h"
 #include "platform/clock.h"
 #include "storage/session.h"
@@ -11,6 +12,7 @@ void AutosaveThreadMain() {
     while (engineState.running) {
         for (int round = 0; round < kRounds && engineState.running; ++round) {
             SleepMilliseconds(kRoundMilliseconds);
+            GrowEventRoom();
         }
         if (engineState.running) {
             SaveSession();

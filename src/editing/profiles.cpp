@@ -212,6 +212,7 @@ Refusal MoveProfile(int32_t from, int32_t to) {
 void AppendProfile(ParsedMacro macro) {
     Profile profile{FreeProfileName(std::move(macro.name)), std::move(macro.settings),
                     std::move(macro.events)};
+    macroState.profiles.reserve(macroState.profiles.size() + 1);
     if (profile.settings.empty()) {
         ResetToolSettings();
         profile.settings = BuildProfileSettings();

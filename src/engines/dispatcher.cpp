@@ -30,8 +30,8 @@ void StopToolsWithMacro() {
 void EndRecording() {
     engineState.recording = false;
     HookInterestChanged();
-    FinishRecording();
     StopToolsWithMacro();
+    FinishRecording();
 }
 
 bool IsIdle() {
@@ -147,9 +147,7 @@ void RecordToolState(uint32_t toolCode, bool on) {
 void DispatchRequests() {
     const bool autoBefore = engineState.autoClicking;
     const bool keySpamBefore = engineState.keySpamming;
-    if (engineState.reassignTarget != kReassignNone && engineState.capturedKey != 0) {
-        ApplyCapturedKey();
-    }
+    ApplyCapturedKey();
     DispatchRecording();
     DispatchPlayback();
     DispatchAutoclicker();
@@ -170,8 +168,9 @@ void DispatcherThreadMain() {
         try {
             DispatchRequests();
         } catch (const std::bad_alloc&) {
-            // A copy of the macro did not fit into memory. That request is dropped; the ones after it stay pending until
-            // the next wake.
+            // A copy of the macro did not fit into memory. That request is dropped. The next pass serves the ones after it;
+            // each pass ends or drops one, so this ends.
+            continue;
         }
         WaitForAny(events, 2, kNoLimit);
     }

@@ -28,11 +28,6 @@ void WakeDispatcher() {
     SignalWake(engineState.dispatchEvent);
 }
 
-void Capture(uint32_t code) {
-    engineState.capturedKey = code;
-    WakeDispatcher();
-}
-
 // The left button stays free for the page while the unlock key is chosen. No button can be a key spammer target.
 bool CapturesButton(uint32_t target, uint32_t button) {
     switch (target) {
@@ -44,6 +39,23 @@ bool CapturesButton(uint32_t target, uint32_t button) {
     default:
         return true;
     }
+}
+
+bool CapturesKey(uint32_t target, uint32_t /*key*/) {
+    return target != kReassignNone;
+}
+
+// Stores `code` for the binding that waits for a key, if `captures` accepts it. Returns whether it was stored.
+bool CaptureCode(uint32_t code, bool (*captures)(uint32_t target, uint32_t code)) {
+    Capture waiting = engineState.capture;
+    do {
+        if (!captures(waiting.target, code)) {
+            return false;
+        }
+        // Fails if the capture has ended or another binding waits now: then this one decides.
+    } while (!engineState.capture.compare_exchange_weak(waiting, {waiting.target, code}));
+    WakeDispatcher();
+    return true;
 }
 
 void ToggleLock() {
@@ -128,8 +140,7 @@ HookDecision DecideKey(uint32_t virtualKey, bool down) {
     if (!down) {
         return DecideRelease(held.keyDown[key], held.keySwallowed[key], key);
     }
-    if (engineState.reassignTarget != kReassignNone) {
-        Capture(virtualKey);
+    if (CaptureCode(virtualKey, CapturesKey)) {
         return HookDecision::Consume;
     }
     if (held.keyDown[key]) {
@@ -145,8 +156,7 @@ HookDecision DecideButton(uint32_t button, bool press) {
     if (!press) {
         return DecideRelease(held.buttonDown[index], held.buttonSwallowed[index], button);
     }
-    if (CapturesButton(engineState.reassignTarget, button)) {
-        Capture(button);
+    if (CaptureCode(button, CapturesButton)) {
         return HookDecision::Consume;
     }
     if (held.buttonDown[index]) {
@@ -215,7 +225,7 @@ void ReadHookInterest(HookInterest* interest) {
             }
         }
     };
-    const uint32_t target = engineState.reassignTarget;
+    const uint32_t target = engineState.capture.load().target;
     interest->anyKey = target != kReassignNone;
     addButtons([target](uint32_t button) { return CapturesButton(target, button); });
     if (engineState.pickingLocation) {
@@ -254,31 +264,34 @@ std::string EventKeyName(uint32_t virtualKey) {
 void ReassignKey(std::string_view target) {
     for (uint32_t code = kReassignRecord; code < std::size(kReassignTexts); ++code) {
         if (target == kReassignTexts[code]) {
-            engineState.reassignTarget = code;
+            engineState.capture = {code, 0};
             HookInterestChanged();
         }
     }
 }
 
 const char* ReassignTargetText() {
-    const uint32_t target = engineState.reassignTarget;
+    const uint32_t target = engineState.capture.load().target;
     return target < std::size(kReassignTexts) ? kReassignTexts[target] : "";
 }
 
 void ApplyCapturedKey() {
-    const uint32_t key = engineState.capturedKey;
-    if (key != kEscapeKey) {
-        const uint32_t target = engineState.reassignTarget;
-        if (std::atomic<uint32_t>* binding = BindingOf(target)) {
-            *binding = key;
-        } else if (target == kReassignKeySpammerTarget) {
-            AddKeySpammerTarget(key);
+    Capture captured = engineState.capture;
+    do {
+        if (captured.target == kReassignNone || captured.key == 0) {
+            return;
         }
+        // Ended first: if storing a target fails, the capture does not run again and again.
+    } while (!engineState.capture.compare_exchange_weak(captured, {}));
+    const bool isCancelled = captured.key == kEscapeKey;
+    std::atomic<uint32_t>* const binding = BindingOf(captured.target);
+    if (!isCancelled && binding != nullptr) {
+        *binding = captured.key;
     }
-    // Set the target first: a key that the hook captures in between must not wait for the next capture.
-    engineState.reassignTarget = kReassignNone;
-    engineState.capturedKey = 0;
     HookInterestChanged();
+    if (!isCancelled && captured.target == kReassignKeySpammerTarget) {
+        AddKeySpammerTarget(captured.key);
+    }
 }
 
 bool SetHotkey(std::string_view target, uint32_t code) {

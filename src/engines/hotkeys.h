@@ -34,7 +34,8 @@ std::string EventKeyName(uint32_t virtualKey);
 void ReassignKey(std::string_view target);
 // Returns the word for the current capture, empty for none.
 const char* ReassignTargetText();
-// Dispatcher thread: applies a captured key and ends the capture.
+// Dispatcher thread: ends a capture that has its key, then applies the key. Throws std::bad_alloc if a key spammer
+// target cannot be stored in the profile.
 void ApplyCapturedKey();
 // Sets one of the five bindings, named as in ReassignKey. Returns false, with nothing changed, for another word and for a
 // code that a capture could not store.

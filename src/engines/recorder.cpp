@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <new>
 #include <optional>
 #include <span>
@@ -22,6 +23,10 @@ namespace {
 constexpr double kMinGapSeconds = 0.1;
 // Added to the double-click time, so that two clicks across the join never count as a double click.
 constexpr double kClickMarginSeconds = 0.05;
+// Events that a recording has room for at its start: more than a minute of an ordinary mouse.
+constexpr size_t kRecordingRoom = 65536;
+// A list with less free room than this grows: two seconds of the fastest mouse.
+constexpr size_t kLowRoom = 16384;
 
 // Input thread only.
 struct HookState {
@@ -163,10 +168,27 @@ const UnifiedEvent* FirstPress(std::span<const UnifiedEvent> events) {
     return first;
 }
 
-void ForgetContinue() REQUIRES(macroMutex) {
+// Event lists that are no longer used. Declared before the lock is taken, so that their memory, which may be tens of
+// megabytes, is freed after it is released.
+struct OldLists {
+    std::vector<UnifiedEvent> baseline;
+    std::vector<UnifiedEvent> result;
+    std::vector<UnifiedEvent> events;
+};
+
+void ForgetContinue(OldLists* old) REQUIRES(macroMutex) {
     macroState.continueProfile = -1;
-    macroState.continueBaseline = {};
-    macroState.continueResult = {};
+    old->baseline = std::exchange(macroState.continueBaseline, {});
+    old->result = std::exchange(macroState.continueResult, {});
+    MarkMacroExtended();  // a report of CanUndoContinue is out of date
+}
+
+// Returns an empty list for `count` events whose memory the system has already provided: a hook call that is the first to
+// touch a page waits for it.
+std::vector<UnifiedEvent> ListWithRoom(size_t count) {
+    std::vector<UnifiedEvent> list(count);
+    list.clear();
+    return list;
 }
 
 void OpenTake() REQUIRES(macroMutex) {
@@ -176,16 +198,22 @@ void OpenTake() REQUIRES(macroMutex) {
     engineState.recording = true;
 }
 
-// Joins the events that the recording has appended to the current macro.
-void JoinTake(double clickGap) REQUIRES(macroMutex) {
-    if (Profile* profile = CurrentProfile()) {
-        JoinContinuedRecording(profile->events, macroState.continueKeepCount, kMinGapSeconds, clickGap);
-        MarkMacroChanged();
-        if (macroState.continueProfile == macroState.currentProfile) {
-            macroState.continueResult = profile->events;
+// Joins the events that the recording has appended to the macro of profile `index`.
+void JoinTake(int32_t index, double clickGap, OldLists* old) REQUIRES(macroMutex) {
+    const size_t keepCount = std::exchange(macroState.continueKeepCount, 0);
+    if (index < 0 || static_cast<size_t>(index) >= macroState.profiles.size()) {
+        return;
+    }
+    std::vector<UnifiedEvent>& events = macroState.profiles[static_cast<size_t>(index)].events;
+    JoinContinuedRecording(events, keepCount, kMinGapSeconds, clickGap);
+    MarkMacroChanged();
+    if (macroState.continueProfile == index) {
+        try {
+            macroState.continueResult = events;
+        } catch (const std::bad_alloc&) {
+            ForgetContinue(old);
         }
     }
-    macroState.continueKeepCount = 0;
 }
 
 }  // namespace
@@ -277,16 +305,65 @@ double RecordingSeconds(int64_t counter) {
     return static_cast<double>(ticks) / static_cast<double>(engineState.counterFrequency.load());
 }
 
-void FinishRecording() {
-    const double clickGap = ClickGapSeconds();
-    MutexLock lock(macroMutex);
-    macroState.takeOpen = false;
-    JoinTake(clickGap);
+void GrowEventRoom() {
+    if (!engineState.recording) {
+        return;
+    }
+    std::vector<UnifiedEvent> larger;
+    size_t count = 0;
+    uint64_t edits = 0;
+    {
+        MutexLock lock(macroMutex);
+        const Profile* profile = CurrentProfile();
+        if (profile == nullptr || profile->events.capacity() - profile->events.size() >= kLowRoom) {
+            return;
+        }
+        count = profile->events.size();
+        edits = macroState.rewrittenRevision;
+    }
+    try {
+        larger = ListWithRoom(count + count / 2 + kRecordingRoom);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+    for (;;) {
+        {
+            MutexLock lock(macroMutex);
+            Profile* profile = CurrentProfile();
+            // An edit may have changed what is copied already. The next call begins again.
+            if (!engineState.recording || profile == nullptr || macroState.rewrittenRevision != edits) {
+                return;
+            }
+            std::vector<UnifiedEvent>& events = profile->events;
+            if (events.size() > larger.capacity()) {
+                return;
+            }
+            const auto from = events.begin() + static_cast<std::ptrdiff_t>(larger.size());
+            const size_t left = events.size() - larger.size();
+            larger.insert(larger.end(), from,
+                          from + static_cast<std::ptrdiff_t>(std::min(left, kEventsPerHold)));
+            if (left <= kEventsPerHold) {
+                events.swap(larger);
+                return;  // the old list is freed after the lock is released
+            }
+        }
+        // A thread that waits for the lock does not get it if it is taken again at once.
+        SleepMilliseconds(1);
+    }
 }
 
-void MoveRecording(size_t keepCount, double clickGap) {
+void FinishRecording() {
+    const double clickGap = ClickGapSeconds();
+    OldLists old;
+    MutexLock lock(macroMutex);
+    macroState.takeOpen = false;
+    JoinTake(macroState.currentProfile, clickGap, &old);
+}
+
+void MoveRecording(int32_t from, size_t keepCount, double clickGap) {
     if (macroState.takeOpen) {
-        JoinTake(clickGap);
+        OldLists old;
+        JoinTake(from, clickGap, &old);
         macroState.continueKeepCount = keepCount;
     }
 }
@@ -296,13 +373,20 @@ double ClickGapSeconds() {
 }
 
 void BeginFreshRecording() {
+    OldLists old;
+    try {
+        old.events = ListWithRoom(kRecordingRoom);
+    } catch (const std::bad_alloc&) {
+        // The recording starts all the same and keeps what fits.
+    }
     {
         DroppedSteps dropped;
         MutexLock lock(macroMutex);
         if (Profile* profile = CurrentProfile()) {
             KeepMacro(*profile, HistoryReason::Recording, &dropped);
+            profile->events.swap(old.events);
         }
-        ForgetContinue();
+        ForgetContinue(&old);
         macroState.continueKeepCount = 0;
         MarkMacroChanged();
         OpenTake();
@@ -311,14 +395,27 @@ void BeginFreshRecording() {
 }
 
 void BeginContinuedRecording() {
+    size_t count = 0;
     {
-        DroppedSteps dropped;
         MutexLock lock(macroMutex);
-        ForgetContinue();
-        if (Profile* profile = CurrentProfile()) {
-            DropRedo(*profile, &dropped);
-            macroState.continueBaseline = profile->events;
+        if (const Profile* profile = CurrentProfile()) {
+            count = profile->events.size();
         }
+    }
+    OldLists old;
+    DroppedSteps dropped;
+    std::vector<UnifiedEvent> events = ListWithRoom(count + kRecordingRoom);
+    {
+        MutexLock lock(macroMutex);
+        if (Profile* profile = CurrentProfile()) {
+            events = profile->events;  // an assignment keeps the room
+            DropRedo(*profile, &dropped);
+            events.swap(profile->events);
+        } else {
+            events = {};
+        }
+        ForgetContinue(&old);
+        macroState.continueBaseline = std::move(events);
         macroState.continueKeepCount = macroState.continueBaseline.size();
         macroState.continueProfile = macroState.currentProfile;
         OpenTake();
@@ -336,6 +433,7 @@ bool CanUndoContinue() {
 }
 
 void UndoContinuedRecording() {
+    OldLists old;
     DroppedSteps dropped;
     MutexLock lock(macroMutex);
     if (!CanUndoContinue()) {
@@ -344,7 +442,7 @@ void UndoContinuedRecording() {
     Profile& profile = *CurrentProfile();
     KeepMacro(profile, HistoryReason::UndoContinue, &dropped);
     profile.events = std::move(macroState.continueBaseline);
-    ForgetContinue();
+    ForgetContinue(&old);
     MarkMacroChanged();
 }
 

@@ -26,15 +26,21 @@ void AppendRecordedEvent(const UnifiedEvent& event) EXCLUDES(macroMutex);
 // Returns the seconds from the start of the recording to a counter value.
 double RecordingSeconds(int64_t counter);
 
-// Dispatcher thread, after `recording` was cleared. Locks macroMutex.
+// Autosave thread, ten times a second: gives a running recording more room before its list is full, so that the input
+// thread does not have to. Locks macroMutex, briefly each time. Without memory the list grows at the next full one.
+void GrowEventRoom() EXCLUDES(macroMutex);
+
+// Dispatcher thread, after `recording` was cleared. Locks macroMutex. Without memory for its undo the segment stays, and
+// the undo is lost.
 void FinishRecording() EXCLUDES(macroMutex);
-// Call before another profile becomes current, and hold macroMutex until it is. Joins the events that a running
-// recording has appended to their macro, as at the end of the recording. Later events go after the `keepCount` events
-// of the other profile. Does nothing without a recording. `clickGap` is that of ClickGapSeconds.
-void MoveRecording(size_t keepCount, double clickGap) REQUIRES(macroMutex);
+// Call when another profile has become current, before macroMutex is released. Joins the events that a running recording
+// has appended to the macro of profile `from`, as at the end of the recording. Later events go after the `keepCount`
+// events of the current profile. Does nothing without a recording. `clickGap` is that of ClickGapSeconds.
+void MoveRecording(int32_t from, size_t keepCount, double clickGap) REQUIRES(macroMutex);
 // Returns the shortest time between two presses of one button that is not a double click. Any thread; asks the system.
 double ClickGapSeconds();
-// Both lock macroMutex and set `recording`.
+// Both lock macroMutex and set `recording`. The second one throws std::bad_alloc, with nothing changed, if there is no
+// memory for a copy of the macro.
 void BeginFreshRecording() EXCLUDES(macroMutex);
 void BeginContinuedRecording() EXCLUDES(macroMutex);
 bool CanUndoContinue() REQUIRES(macroMutex);

@@ -130,9 +130,11 @@ bool IsPending(std::string_view id) REQUIRES(pendingMutex) {
 // A running recording goes on in the new profile, after the imported events, which stay unchanged.
 ImportedProfile AddImported(ParsedMacro macro) {
     const double clickGap = ClickGapSeconds();
+    const size_t imported = macro.events.size();
     MutexLock lock(macroMutex);
-    MoveRecording(macro.events.size(), clickGap);
-    AppendProfile(std::move(macro));
+    const int32_t before = macroState.currentProfile;
+    AppendProfile(std::move(macro));  // without memory for it the recording goes on where it is
+    MoveRecording(before, imported, clickGap);
     Profile& added = *CurrentProfile();
     return {added.name, ProfileId(added)};
 }

@@ -9,10 +9,17 @@
 #include "model/settings.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 struct WakeEvent;
+
+// A binding that waits for a key. One atomic value, so that a key counts only for the binding it was pressed for.
+struct Capture {
+    uint32_t target = 0;  // ReassignTarget
+    uint32_t key = 0;     // the key or button captured for it; 0: none yet
+};
 
 struct EngineState {
     // State flags. Only DispatchRequests starts and stops engines; a worker clears its own flag at its normal end.
@@ -67,8 +74,7 @@ struct EngineState {
     // Copies of MacroState::revision and ::rewrittenRevision, for readers without the lock.
     std::atomic<uint64_t> macroRevision{0};
     std::atomic<uint64_t> macroRewrittenRevision{0};
-    std::atomic<uint32_t> reassignTarget{0};  // ReassignTarget: the binding that waits for a key
-    std::atomic<uint32_t> capturedKey{0};     // the key or button captured for it; 0: none yet
+    std::atomic<Capture> capture{Capture{}};
 };
 
 enum ReassignTarget : uint32_t {
@@ -91,8 +97,8 @@ struct MacroState {
     std::vector<Profile> profiles;  // never empty once start-up is past the session
     int32_t currentProfile = 0;     // index into profiles; "the macro" is that profile's event list
 
-    // Every change of an event list or of currentProfile raises it (MarkMacroChanged). A report that was built from the
-    // same revision is still right.
+    // Every change of an event list, of currentProfile or of the undo raises it. A report that was built from the same
+    // revision is still right.
     uint64_t revision = 1;
     // The revision of the last change other than an append at the end of the macro. A reader of the macro at this
     // revision or later needs only the events that follow.
@@ -112,10 +118,14 @@ extern MacroState macroState GUARDED_BY(macroMutex);
 
 // Returns the current profile, or null if the index is out of range (before start-up has loaded a session).
 Profile* CurrentProfile() REQUIRES(macroMutex);
-// Raises the revision. Call it after each change of an event list or of currentProfile.
+// Raises both revisions. Call it after each change of an event list or of currentProfile.
 void MarkMacroChanged() REQUIRES(macroMutex);
 // Raises the revision after an append at the end of the macro.
 void MarkEventAppended() REQUIRES(macroMutex);
+
+// The largest number of events that is copied under one hold of macroMutex while a recording may be running: some tens of
+// microseconds. The input thread waits meanwhile.
+constexpr size_t kEventsPerHold = 4096;
 
 // Any thread, the hook procedures included. Raises a request flag of engineState and wakes the dispatcher, without
 // waiting. Every command that starts or stops an engine calls it.

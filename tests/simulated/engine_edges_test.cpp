@@ -71,7 +71,7 @@ TEST_F(Edges, AFullTargetListDropsTheKey) {
     SimSettle();
     EXPECT_EQ(keySpammerSettings.targetCount, 256);
     EXPECT_EQ(keySpammerSettings.targets[255], 65U);
-    EXPECT_EQ(engineState.reassignTarget, 0U);
+    EXPECT_EQ(engineState.capture.load().target, 0U);
     RigPage("removeKeySpamTarget", "0");
     RigPage("reassignKey", "keyspamtarget");
     SimKey('C', true);

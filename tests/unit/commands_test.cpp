@@ -221,10 +221,10 @@ TEST_F(CommandsTest, ReassignKeyAcceptsSixWords) {
     uint32_t target = 0;
     for (const char* word : words) {
         EXPECT_EQ(Call("reassignKey", "[\"" + std::string(word) + "\"]"), "");
-        EXPECT_EQ(engineState.reassignTarget, ++target) << word;
+        EXPECT_EQ(engineState.capture.load().target, ++target) << word;
     }
     EXPECT_EQ(Call("reassignKey", "[\"other\"]"), "");
-    EXPECT_EQ(engineState.reassignTarget, target);
+    EXPECT_EQ(engineState.capture.load().target, target);
 }
 
 TEST_F(CommandsTest, ResetHotkeysRestoresTheFiveBindings) {

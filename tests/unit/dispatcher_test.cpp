@@ -2,10 +2,12 @@
 // stops a running engine.
 #include "engines/dispatcher.h"
 
+#include "failing_memory.h"
 #include "model/engine_state.h"
 #include "platform/wake.h"
 #include "test_support.h"
 
+#include <new>
 #include <thread>
 
 namespace {
@@ -215,8 +217,7 @@ TEST_F(DispatcherTest, ToolStateEventsContainOnlyToolAndState) {
 }
 
 TEST_F(DispatcherTest, ACapturedKeyIsAppliedBeforeTheRequests) {
-    engineState.reassignTarget = kReassignKeySpammerTarget;
-    engineState.capturedKey = 65;
+    engineState.capture = Capture{kReassignKeySpammerTarget, 65};
     keySpammerSettings.targetCount = 0;
     engineState.requestStartKeySpammer = true;
     DispatchRequests();
@@ -227,23 +228,48 @@ TEST_F(DispatcherTest, ACapturedKeyIsAppliedBeforeTheRequests) {
 }
 
 TEST_F(DispatcherTest, ACaptureWithoutAKeyWaits) {
-    engineState.reassignTarget = kReassignRecord;
+    engineState.capture = Capture{kReassignRecord, 0};
     DispatchRequests();
-    EXPECT_EQ(engineState.reassignTarget, static_cast<uint32_t>(kReassignRecord));
-    engineState.reassignTarget = 0;
-    engineState.capturedKey = 65;
+    EXPECT_EQ(engineState.capture.load().target, static_cast<uint32_t>(kReassignRecord));
+    engineState.capture = Capture{kReassignNone, 65};
     DispatchRequests();
     EXPECT_EQ(hotkeyTable.record, 119U);
-    EXPECT_EQ(engineState.capturedKey, 65U);
+    EXPECT_EQ(engineState.capture.load().key, 65U);
 }
 
 TEST_F(DispatcherTest, AFullTargetListDropsTheKey) {
     keySpammerSettings.targetCount = kMaxKeySpammerTargets;
-    engineState.reassignTarget = kReassignKeySpammerTarget;
-    engineState.capturedKey = 65;
+    engineState.capture = Capture{kReassignKeySpammerTarget, 65};
     DispatchRequests();
     EXPECT_EQ(keySpammerSettings.targetCount, kMaxKeySpammerTargets);
-    EXPECT_EQ(engineState.reassignTarget, 0U);
+    EXPECT_EQ(engineState.capture.load().target, 0U);
+}
+
+// The first request needs more memory than there is. The one after it is not left until somebody presses another key.
+TEST_F(DispatcherTest, ARequestWithoutMemoryDoesNotDelayTheOthers) {
+    const FailingMemory failing(1000000);
+    engineState.requestContinueRecord = true;
+    engineState.requestStartAutoclicker = true;
+    std::thread dispatcher(DispatcherThreadMain);
+    EXPECT_TRUE(WaitUntil([] { return engineState.autoClicking.load(); }, 5));
+    EXPECT_FALSE(engineState.recording);
+    EXPECT_FALSE(AnyRequest());
+    engineState.running = false;
+    SignalWake(engineState.quitEvent);
+    dispatcher.join();
+}
+
+TEST_F(DispatcherTest, ACaptureEndsIfItsTargetCannotBeStored) {
+    keySpammerSettings.targetCount = 0;
+    engineState.capture = Capture{kReassignKeySpammerTarget, 65};
+    {
+        const FailingMemory failing(20);
+        EXPECT_THROW(DispatchRequests(), std::bad_alloc);
+    }
+    EXPECT_EQ(engineState.capture.load().target, 0U);
+    EXPECT_EQ(engineState.capture.load().key, 0U);
+    DispatchRequests();
+    EXPECT_LE(keySpammerSettings.targetCount, 1);  // not stored again and again
 }
 
 TEST_F(DispatcherTest, TheThreadRunsRequestsUntilQuit) {

@@ -7,8 +7,10 @@
 #include "test_support.h"
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <set>
+#include <thread>
 
 namespace {
 
@@ -245,16 +247,51 @@ TEST_F(HotkeysTest, CaptureTakesTheNextKeyWhateverItIsBoundTo) {
     ReassignKey("rec");
     TakeWake();
     EXPECT_TRUE(PressConsumed(kF6));
-    EXPECT_EQ(engineState.capturedKey, kF6);
+    EXPECT_EQ(engineState.capture.load().key, kF6);
     EXPECT_EQ(TakeRaised(), Names{});
     EXPECT_TRUE(TakeWake());
     EXPECT_FALSE(ReleaseConsumed(kF6));  // no swallow mark: the release passes
     ApplyCapturedKey();
     EXPECT_EQ(hotkeyTable.record, kF6);
-    EXPECT_EQ(engineState.reassignTarget, 0U);
-    EXPECT_EQ(engineState.capturedKey, 0U);
+    EXPECT_EQ(engineState.capture.load().target, 0U);
+    EXPECT_EQ(engineState.capture.load().key, 0U);
     EXPECT_TRUE(PressConsumed(kF6));
     EXPECT_EQ(TakeRaised(), Names{"toggleRecord"});
+}
+
+// The key was pressed for the first binding, which no longer waits.
+TEST_F(HotkeysTest, AKeyOfAnEarlierCaptureIsNotUsedForTheNext) {
+    ReassignKey("rec");
+    EXPECT_TRUE(PressConsumed(kKeyA));
+    ReassignKey("play");
+    ApplyCapturedKey();
+    EXPECT_EQ(hotkeyTable.record, kF8);
+    EXPECT_EQ(hotkeyTable.play, kF7);
+    EXPECT_STREQ(ReassignTargetText(), "play");
+    EXPECT_TRUE(PressConsumed(kF6));
+    ApplyCapturedKey();
+    EXPECT_EQ(hotkeyTable.play, kF6);
+}
+
+// The input thread captures while the dispatcher ends captures: no key is left for a later capture.
+TEST_F(HotkeysTest, NoKeyIsLeftBehindByACaptureThatEndsMeanwhile) {
+    std::atomic<bool> done{false};
+    std::thread input([&done] {
+        while (!done) {
+            KeyboardHook({.virtualKey = kKeyA, .down = true});
+            KeyboardHook({.virtualKey = kKeyA, .down = false});
+        }
+    });
+    for (int round = 0; round < 2000; ++round) {
+        ReassignKey("play");
+        EXPECT_TRUE(WaitUntil([] {
+            ApplyCapturedKey();
+            return engineState.capture.load().target == 0;
+        }));
+        EXPECT_EQ(engineState.capture.load().key, 0U);
+    }
+    done = true;
+    input.join();
 }
 
 TEST_F(HotkeysTest, CaptureByEachWord) {
@@ -262,14 +299,14 @@ TEST_F(HotkeysTest, CaptureByEachWord) {
                                                    {"keyspamhotkey", 4}, {"keyspamtarget", 5}, {"unlock", 6}};
     for (const auto& [word, code] : codes) {
         ReassignKey(word);
-        EXPECT_EQ(engineState.reassignTarget, code) << word;
+        EXPECT_EQ(engineState.capture.load().target, code) << word;
         EXPECT_EQ(ReassignTargetText(), word);
         for (const char* other : {"", "Rec", "rec ", "keyspam", "play2"}) {
             ReassignKey(other);
-            EXPECT_EQ(engineState.reassignTarget, code) << other;
+            EXPECT_EQ(engineState.capture.load().target, code) << other;
         }
         EXPECT_FALSE(TakeWake());
-        engineState.capturedKey = 200 + code;
+        engineState.capture = Capture{code, 200 + code};
         ApplyCapturedKey();
         EXPECT_STREQ(ReassignTargetText(), "");
     }
@@ -287,8 +324,8 @@ TEST_F(HotkeysTest, EscapeCancelsACapture) {
         ReassignKey(word);
         EXPECT_TRUE(PressConsumed(kEscape));
         ApplyCapturedKey();
-        EXPECT_EQ(engineState.reassignTarget, 0U);
-        EXPECT_EQ(engineState.capturedKey, 0U);
+        EXPECT_EQ(engineState.capture.load().target, 0U);
+        EXPECT_EQ(engineState.capture.load().key, 0U);
     }
     EXPECT_EQ(hotkeyTable.record, kF8);
     EXPECT_EQ(hotkeyTable.play, kF7);
@@ -317,12 +354,11 @@ TEST_F(HotkeysTest, ACaptureAcceptsTheseButtons) {
             const bool isUnlockByLeft = std::string(word) == "unlock" && button == kLeftButton;
             const bool captured = !isTarget && !isUnlockByLeft;
             EXPECT_EQ(ClickConsumed(button), captured) << word << " " << button;
-            EXPECT_EQ(engineState.capturedKey, captured ? button : 0) << word << " " << button;
+            EXPECT_EQ(engineState.capture.load().key, captured ? button : 0) << word << " " << button;
             EXPECT_EQ(TakeWake(), captured);
             EXPECT_FALSE(UnclickConsumed(button));
             EXPECT_STREQ(ReassignTargetText(), word);  // the capture ends in the dispatcher only
-            engineState.reassignTarget = 0;
-            engineState.capturedKey = 0;
+            engineState.capture = Capture{};
         }
     }
 }
@@ -332,7 +368,7 @@ TEST_F(HotkeysTest, AButtonThatACapturePassesIsStillAHotkey) {
     ReassignKey("unlock");
     EXPECT_TRUE(ClickConsumed(kLeftButton));
     EXPECT_EQ(TakeRaised(), Names{"toggleAuto"});
-    EXPECT_EQ(engineState.capturedKey, 0U);
+    EXPECT_EQ(engineState.capture.load().key, 0U);
     EXPECT_TRUE(UnclickConsumed(kLeftButton));
 }
 
@@ -408,7 +444,7 @@ TEST_F(HotkeysTest, InterestOfACapture) {
         EXPECT_TRUE(interest.anyKey);
         EXPECT_EQ(interest.buttons, buttons) << word;
     }
-    engineState.reassignTarget = 0;
+    engineState.capture = Capture{};
     HookInterest interest;
     ReadHookInterest(&interest);
     EXPECT_FALSE(interest.anyKey);

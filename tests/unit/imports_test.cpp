@@ -9,12 +9,14 @@
 #include "pending_import.h"
 #include "platform/files.h"
 #include "storage/settings_text.h"
+#include "unit/failing_memory.h"
 #include "unit/test_support.h"
 #include "windows/main_page.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <new>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -409,6 +411,26 @@ TEST_F(ImportsTest, ARecordingContinuesAfterTheImportedEvents) {
     EXPECT_FALSE(CanUndoContinue());
     macroState.currentProfile = 0;
     EXPECT_TRUE(CanUndoContinue());
+}
+
+TEST_F(ImportsTest, WithoutMemoryForTheImportTheRecordingGoesOnInItsOwnMacro) {
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events = {{.type = EvKey, .time = 4}};
+        macroState.profiles.shrink_to_fit();
+    }
+    ParsedMacro macro = Clean("Clean");
+    BeginContinuedRecording();
+    AppendRecordedEvent({.type = EvKey, .time = 9});
+    {
+        const FailingMemory failing(2 * sizeof(Profile));
+        EXPECT_THROW(OfferMacro(std::move(macro)), std::bad_alloc);
+    }
+    AppendRecordedEvent({.type = EvKey, .time = 9.5});
+    EXPECT_EQ(Names(), (NameList{DefaultProfileName}));
+    engineState.recording = false;
+    FinishRecording();
+    EXPECT_EQ(EventTimes(0), (std::vector<double>{4, 4.1, 4.6}));  // joined once
 }
 
 TEST_F(ImportsTest, TheNumberOfANameIsChosenAtConfirmation) {

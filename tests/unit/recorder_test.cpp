@@ -1,9 +1,13 @@
 #include "engines/recorder.h"
 
+#include "app/reports.h"
+#include "failing_memory.h"
 #include "platform/key_table.h"
 #include "storage/settings_text.h"
 #include "test_support.h"
 
+#include <atomic>
+#include <new>
 #include <thread>
 
 namespace {
@@ -11,7 +15,7 @@ namespace {
 constexpr int64_t kFrequency = 1000;  // so that counter values read as milliseconds
 constexpr int64_t kStart = 50000;
 
-class RecorderTest : public EngineStateTest {
+class RecorderTest : public DataFolderTest {
   protected:
     RecorderTest() {
         ResetInputState();
@@ -33,6 +37,10 @@ class RecorderTest : public EngineStateTest {
     static bool UndoPossible() {
         MutexLock lock(macroMutex);
         return CanUndoContinue();
+    }
+    static size_t Capacity() {
+        MutexLock lock(macroMutex);
+        return macroState.profiles[0].events.capacity();
     }
     static void StartAt(int64_t counter) {
         engineState.recordingStartCounter = counter;
@@ -234,7 +242,7 @@ TEST_F(RecorderTest, ALeftPressPicksTheLocationAndReachesNothing) {
     EXPECT_EQ(autoclickerSettings.fixedY, -45);
     EXPECT_EQ(autoclickerSettings.locationMode, 1);
     EXPECT_FALSE(engineState.pickingLocation);
-    EXPECT_EQ(engineState.capturedKey, 0U);  // the pick comes before a capture
+    EXPECT_EQ(engineState.capture.load().key, 0U);  // the pick comes before a capture
     EXPECT_EQ(Macro(), Events{});
     {
         MutexLock lock(macroMutex);
@@ -438,4 +446,108 @@ TEST_F(RecorderTest, AppendingRaisesTheRevision) {
     KeyboardHook(KeyDown(65));
     MutexLock lock(macroMutex);
     EXPECT_GT(macroState.revision, before);
+}
+
+TEST_F(RecorderTest, ARecordingStartsWithRoomForItsEvents) {
+    constexpr size_t kMinuteOfAMouse = 60000;
+    BeginFreshRecording();
+    EXPECT_GE(Capacity(), kMinuteOfAMouse);
+    engineState.recording = false;
+    FinishRecording();
+    SetMacro(Events(1000));
+    BeginContinuedRecording();
+    EXPECT_EQ(Macro(), Events(1000));
+    EXPECT_GE(Capacity(), 1000 + kMinuteOfAMouse);
+}
+
+TEST_F(RecorderTest, ARunningRecordingGetsMoreRoom) {
+    Events before(20000);
+    for (size_t i = 0; i < before.size(); ++i) {
+        before[i].x = static_cast<int32_t>(i);
+    }
+    SetMacro(before);
+    GrowEventRoom();
+    EXPECT_EQ(Capacity(), before.size());  // no recording, no room
+    StartAt(kStart);
+    GrowEventRoom();
+    const size_t grown = Capacity();
+    EXPECT_GE(grown, before.size() + 60000);
+    EXPECT_EQ(Macro(), before);
+    GrowEventRoom();
+    EXPECT_EQ(Capacity(), grown);  // there is still room
+}
+
+TEST_F(RecorderTest, EventsAndEditsWhileTheListGrowsAreKept) {
+    constexpr int32_t kEvents = 60000;
+    SetMacro({{.type = EvKey}});
+    StartAt(kStart);
+    std::atomic<bool> done{false};
+    std::thread input([&done] {
+        for (int32_t i = 0; i < kEvents; ++i) {
+            AppendRecordedEvent({.type = EvAbsMove, .x = i});
+        }
+        done = true;
+    });
+    while (!done) {
+        GrowEventRoom();
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events[0].x += 1;
+        macroState.profiles[0].events.shrink_to_fit();
+        MarkMacroChanged();
+    }
+    input.join();
+    const Events macro = Macro();
+    ASSERT_EQ(macro.size(), 1U + kEvents);
+    EXPECT_GT(macro[0].x, 0);
+    for (int32_t i = 0; i < kEvents; ++i) {
+        ASSERT_EQ(macro[static_cast<size_t>(i) + 1].x, i);
+    }
+}
+
+TEST_F(RecorderTest, WithoutMemoryARecordingStartsAllTheSame) {
+    SetMacro({{.type = EvKey}});
+    const FailingMemory failing(1000000);
+    BeginFreshRecording();
+    EXPECT_TRUE(engineState.recording);
+    GrowEventRoom();
+    KeyboardHook(KeyDown(65));
+    EXPECT_EQ(Macro().size(), 1U);
+}
+
+TEST_F(RecorderTest, AContinuedRecordingWithoutMemoryChangesNothing) {
+    SetMacro({{.type = EvKey, .time = 1}});
+    BeginContinuedRecording();
+    KeyboardHook(KeyDown(66));
+    engineState.recording = false;
+    FinishRecording();
+    const auto reportsUndo = [] {
+        return PollStatus().find("\"canUndoContinue\":true") != std::string::npos;
+    };
+    EXPECT_TRUE(reportsUndo());
+    {
+        const FailingMemory failing(1000000);
+        EXPECT_THROW(BeginContinuedRecording(), std::bad_alloc);
+    }
+    EXPECT_FALSE(engineState.recording);
+    EXPECT_EQ(Macro().size(), 2U);
+    EXPECT_TRUE(reportsUndo());
+    UndoContinuedRecording();
+    EXPECT_EQ(Macro().size(), 1U);  // what the report says is possible
+}
+
+TEST_F(RecorderTest, WithoutMemoryForItsUndoASegmentIsJoinedAllTheSame) {
+    SetMacro(Events(50000, {.type = EvKey, .time = 1}));
+    BeginContinuedRecording();
+    engineState.recordingStartCounter = kStart;
+    KeyboardHook(KeyDown(66));
+    engineState.recording = false;
+    {
+        const FailingMemory failing(1000000);
+        FinishRecording();
+    }
+    EXPECT_EQ(Macro().size(), 50001U);
+    EXPECT_DOUBLE_EQ(Macro().back().time, 1.1);
+    EXPECT_FALSE(UndoPossible());
+    UndoContinuedRecording();
+    EXPECT_EQ(Macro().size(), 50001U);
 }

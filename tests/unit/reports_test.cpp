@@ -53,7 +53,7 @@ TEST_F(ReportsTest, StatusOfABusyProgram) {
     engineState.playing = true;
     engineState.unlocked = false;
     engineState.lockOn = false;
-    engineState.reassignTarget = kReassignKeySpammerTarget;
+    engineState.capture = Capture{kReassignKeySpammerTarget, 0};
     keySpammerSettings.targets[0] = 65;
     keySpammerSettings.targets[1] = 66;
     keySpammerSettings.targetCount = 2;
