@@ -30,6 +30,9 @@ echo
 echo "== One hook call while recording, a million events in the macro"
 "$build/bench/hook_cost_simulated"
 echo
+echo "== Hook calls beside polls, a million events in the macro"
+"$build/bench/poll_wait"
+echo
 echo "== The running program with its window open, idle"
 openbox --sm-disable >/dev/null 2>&1 &
 manager=$!

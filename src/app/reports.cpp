@@ -1,34 +1,16 @@
-// The page polls about eight times a second, and an idle poll must be cheap even with a huge macro. So the text of the
-// event list is kept and built again only when the macro has changed.
 #include "app/reports.h"
 
 #include "base/json_writer.h"
-#include "editing/macro_edits.h"
+#include "editing/event_list.h"
 #include "engines/hotkeys.h"
 #include "engines/recorder.h"
 #include "model/engine_state.h"
-#include "platform/files.h"
 #include "storage/data_folder.h"
 #include "storage/settings_table.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace {
-
-// Up to this size the event mirror is written at every poll. A longer one is written only if it has changed or its file
-// is missing: tens of megabytes eight times a second would wear out the disk.
-constexpr size_t kAlwaysMirroredSize = 0x20000;
-
-// UI thread only.
-struct EventListReport {
-    uint64_t revision = 0;  // of the macro that `text` was built from; 0: none, macros start at 1
-    // Copy of the macro from which the text is built. Its memory is kept: a recording waits while the next copy is made.
-    std::vector<UnifiedEvent> events;
-    std::string text;
-    bool mirrored = false;  // this text was written to macroevents.txt
-};
-EventListReport eventList;
 
 // CanUndoContinue compares two whole macros, so its result is kept for a revision too. It changes only with the revision,
 // or while a recording or playback runs, when it is false. UI thread only.
@@ -46,33 +28,6 @@ bool CanUndoNow() REQUIRES(macroMutex) {
         undoReport = {macroState.revision, CanUndoContinue()};
     }
     return undoReport.canUndo;
-}
-
-// Builds the text again if the macro has changed.
-void RefreshEventList() {
-    {
-        MutexLock lock(macroMutex);
-        if (macroState.revision == eventList.revision) {
-            return;
-        }
-        eventList.revision = macroState.revision;
-        if (const Profile* profile = CurrentProfile()) {
-            eventList.events = profile->events;
-        } else {
-            eventList.events.clear();
-        }
-    }
-    BuildMacroEventsJson(eventList.events, eventList.text);
-    eventList.mirrored = false;
-}
-
-void MirrorEventList() {
-    if (eventList.mirrored && eventList.text.size() > kAlwaysMirroredSize &&
-        FileExists(DataFilePath("macroevents.txt"))) {
-        return;
-    }
-    WriteEventsMirror(eventList.text);
-    eventList.mirrored = true;
 }
 
 // Targets and hotkeys are reported by their names, everything else by its value.
@@ -137,8 +92,7 @@ std::string StatusReport() {
 std::string PollStatus() {
     std::string report = StatusReport();
     WriteStatusMirror(report);
-    RefreshEventList();
-    MirrorEventList();
+    UpdateEventMirror();
     return report;
 }
 
@@ -156,8 +110,5 @@ std::string SettingsReport() {
 }
 
 std::string ReportMacroEvents() {
-    RefreshEventList();
-    WriteEventsMirror(eventList.text);
-    eventList.mirrored = true;
-    return eventList.text;
+    return ReportEventList();
 }

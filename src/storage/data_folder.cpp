@@ -36,9 +36,9 @@ std::string ReadMirror(const char* name, const char* otherwise) {
     return std::string(line);
 }
 
-void WriteMirror(const char* name, std::string_view text) {
+bool WriteMirror(const char* name, std::string_view text) {
     CreateDataFolder();
-    WriteStateFile(DataFilePath(name), text);
+    return WriteStateFile(DataFilePath(name), text) == FileResult::Done;
 }
 
 }  // namespace
@@ -114,22 +114,22 @@ std::string ReadStatusMirror() {
     return ReadMirror(kStatusMirror, kIdleStatus);
 }
 
-void WriteStatusMirror(std::string_view text) {
-    WriteMirror(kStatusMirror, text);
+bool WriteStatusMirror(std::string_view text) {
+    return WriteMirror(kStatusMirror, text);
 }
 
 std::string ReadEventsMirror() {
     return ReadMirror(kEventsMirror, "[]");
 }
 
-void WriteEventsMirror(std::string_view text) {
-    WriteMirror(kEventsMirror, text);
+bool WriteEventsMirror(std::string_view text) {
+    return WriteMirror(kEventsMirror, text);
 }
 
 std::string ReadPanelSettings() {
     return ReadMirror(kPanelSettingsMirror, "{}");
 }
 
-void WritePanelSettings(std::string_view text) {
-    WriteMirror(kPanelSettingsMirror, text);
+bool WritePanelSettings(std::string_view text) {
+    return WriteMirror(kPanelSettingsMirror, text);
 }

@@ -27,10 +27,11 @@ std::string SessionPath();
 void SetSessionPath(const std::string& path);
 
 // The mirror files. Each Read function returns the first line of its file; without one, it returns the text of an idle
-// program ("[]" for the events, "{}" for the panel settings).
+// program ("[]" for the events, "{}" for the panel settings). Each Write function returns whether the whole text is in its
+// file.
 std::string ReadStatusMirror();
-void WriteStatusMirror(std::string_view text);
+bool WriteStatusMirror(std::string_view text);
 std::string ReadEventsMirror();
-void WriteEventsMirror(std::string_view text);
+bool WriteEventsMirror(std::string_view text);
 std::string ReadPanelSettings();
-void WritePanelSettings(std::string_view text);
+bool WritePanelSettings(std::string_view text);

@@ -3,7 +3,11 @@
 // again everything is as if nothing had been. The tests themselves look at the disk past the double, so that looking
 // is never the operation that fails.
 #include "app/main_process.h"
+#include "app/reports.h"
+#include "editing/event_list.h"
+#include "editing/macro_edits.h"
 #include "editing/profiles.h"
+#include "engines/recorder.h"
 #include "imports/macro_import.h"
 #include "imports/self_check.h"
 #include "model/engine_state.h"
@@ -360,7 +364,7 @@ TEST_F(FileFaults, AMirrorThatCannotBeReadGivesItsConstant) {
     std::string answer;
     const struct {
         std::string (*read)();
-        void (*write)(std::string_view);
+        bool (*write)(std::string_view);
     } mirrors[] = {
         {ReadStatusMirror, WriteStatusMirror},
         {ReadEventsMirror, WriteEventsMirror},
@@ -380,6 +384,58 @@ TEST_F(FileFaults, AMirrorThatCannotBeReadGivesItsConstant) {
                                  }),
                   2);
     }
+}
+
+TEST_F(FileFaults, AMirrorThatCannotBeWrittenIsWrittenByTheNextPoll) {
+    std::string list;
+    std::string report;
+    // Longer than what each poll writes without need.
+    const auto prepare = [&] {
+        SetState("Large", 61);
+        PollStatus();
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events.resize(20000);
+        MarkMacroChanged();
+        list = MacroEventsJson(macroState.profiles[0].events);
+    };
+    const auto check = [&](const Failure&) {
+        EXPECT_NE(report.find("\"count\":20000,"), std::string::npos);
+        EXPECT_EQ(PollStatus(), report);
+        EXPECT_EQ(ReadFile(Folder("Varnelle/status.txt")), report);
+        EXPECT_EQ(ReadFile(Folder("Varnelle/macroevents.txt")), list);
+    };
+    EXPECT_GE(ForEachFailure(
+                  prepare, [&] { report = PollStatus(); }, check),
+              5);
+    // The same after an edit and after a report of the list.
+    EXPECT_GE(ForEachFailure(
+                  prepare,
+                  [&] {
+                      DeleteEvent("20000");
+                      ReportMacroEvents();
+                      report = PollStatus();
+                  },
+                  check),
+              9);
+    // The same for a recording whose list grows in the file.
+    const auto prepareRecording = [&] {
+        prepare();
+        {
+            MutexLock lock(macroMutex);
+            macroState.profiles[0].events.pop_back();
+            MarkMacroChanged();
+        }
+        PollStatus();
+        engineState.recording = true;
+    };
+    EXPECT_GE(ForEachFailure(
+                  prepareRecording,
+                  [&] {
+                      AppendRecordedEvent({});
+                      report = PollStatus();
+                  },
+                  check),
+              5);
 }
 
 namespace {

@@ -1,6 +1,7 @@
 #include "editing/macro_edits.h"
 
 #include "base/numbers.h"
+#include "editing/event_list.h"
 #include "model/engine_state.h"
 #include "platform/files.h"
 #include "test_support.h"
@@ -158,9 +159,9 @@ TEST(MacroEventsJsonTest, WritesRandomTimesAsPrintfDoes) {
 }
 
 TEST_F(MacroEditsTest, ListsTheCurrentMacroOrNothing) {
-    EXPECT_EQ(CurrentMacroEventsJson(), "[]");  // no profile yet
+    EXPECT_EQ(ReportEventList(), "[]");  // no profile yet
     SetMacro({Key(2.0)});
-    EXPECT_EQ(CurrentMacroEventsJson(), "[{\"id\":0,\"time\":2.000000,\"desc\":\"Keyboard VK: 65 (DOWN)\"}]");
+    EXPECT_EQ(ReportEventList(), "[{\"id\":0,\"time\":2.000000,\"desc\":\"Keyboard VK: 65 (DOWN)\"}]");
 }
 
 TEST_F(MacroEditsTest, DeleteRemovesOneEventAndKeepsTheTimesOfTheOthers) {
@@ -169,7 +170,7 @@ TEST_F(MacroEditsTest, DeleteRemovesOneEventAndKeepsTheTimesOfTheOthers) {
     DeleteEvent("1");
     EXPECT_EQ(Macro(), (Points{Key(1.0), Key(3.0)}));
     EXPECT_NE(Revision(), before);
-    EXPECT_EQ(Mirror(), CurrentMacroEventsJson());
+    EXPECT_EQ(Mirror(), ReportEventList());
     DeleteEvent("0");
     DeleteEvent("0");
     EXPECT_TRUE(Macro().empty());
@@ -182,7 +183,7 @@ TEST_F(MacroEditsTest, DeleteOutOfRangeOnlyWritesTheMirror) {
         RemoveFile(DataFilePath("macroevents.txt"));
         DeleteEvent(index);
         EXPECT_EQ(Macro(), Points{Key(1.0)}) << index;
-        EXPECT_EQ(Mirror(), CurrentMacroEventsJson()) << index;
+        EXPECT_EQ(Mirror(), ReportEventList()) << index;
     }
 }
 
@@ -210,7 +211,7 @@ TEST_F(MacroEditsTest, UpdateTimeKeepsTheOrder) {
     EXPECT_EQ(Macro(), (Points{Key(1.0), Key(2.0), Key(0.25)}));
     UpdateEventTime("0,-4.5xyz");
     EXPECT_EQ(Macro()[0].time, -4.5);
-    EXPECT_EQ(Mirror(), CurrentMacroEventsJson());
+    EXPECT_EQ(Mirror(), ReportEventList());
     EXPECT_NE(Mirror().find("\"id\":0,\"time\":-4.500000"), std::string::npos);
 }
 
@@ -220,7 +221,7 @@ TEST_F(MacroEditsTest, UpdateTimeNeedsExactlyTwoFields) {
     for (const char* text : {"", "3", "3,", "3,1.5,9", "x", "x,1,2"}) {
         RemoveFile(DataFilePath("macroevents.txt"));
         UpdateEventTime(text);
-        EXPECT_EQ(Mirror(), CurrentMacroEventsJson()) << text;
+        EXPECT_EQ(Mirror(), ReportEventList()) << text;
     }
     EXPECT_EQ(Revision(), before);
     UpdateEventTime("4,1.5");
@@ -243,7 +244,7 @@ TEST_F(MacroEditsTest, OptimizeThinsTheMacroAndWritesTheMirror) {
     SetMacro({Move(0, 0), Move(3, 4), Move(6, 8), Move(100, 100), Click(100, 100)});
     OptimizeMacro();
     EXPECT_EQ(Macro(), (Points{Move(0, 0), Move(100, 100), Click(100, 100)}));
-    EXPECT_EQ(Mirror(), CurrentMacroEventsJson());
+    EXPECT_EQ(Mirror(), ReportEventList());
 }
 
 TEST(OptimizedEventsTest, TenPixelsAreNearAndElevenAreNot) {

@@ -1,0 +1,154 @@
+#include "editing/event_list.h"
+
+#include "editing/macro_edits.h"
+#include "engines/recorder.h"
+#include "failing_memory.h"
+#include "model/engine_state.h"
+#include "test_support.h"
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <new>
+#include <thread>
+
+namespace {
+
+constexpr size_t kSomeParts = 3 * kEventsPerHold + 17;
+
+class EventListTest : public DataFolderTest {
+  protected:
+    EventListTest() { SetMacro({}); }
+
+    static void SetMacro(std::vector<UnifiedEvent> events) {
+        MutexLock lock(macroMutex);
+        macroState.profiles = {Profile{DefaultProfileName, {}, std::move(events)}};
+        MarkMacroChanged();
+    }
+    static std::string ExpectedList() {
+        MutexLock lock(macroMutex);
+        return MacroEventsJson(macroState.profiles[0].events);
+    }
+    static UnifiedEvent MoveTo(int32_t x) { return {.type = EvAbsMove, .x = x, .y = 2}; }
+    static std::string EventsFile() { return ReadFile(DataFilePath("macroevents.txt")); }
+};
+
+bool Contains(const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+}
+
+}  // namespace
+
+TEST_F(EventListTest, IsTheSameInOnePartAndInSeveral) {
+    for (const size_t count : {size_t{0}, size_t{1}, kEventsPerHold - 1, kEventsPerHold, kEventsPerHold + 1,
+                               2 * kEventsPerHold, kSomeParts}) {
+        SetMacro(std::vector<UnifiedEvent>(count, MoveTo(1)));
+        EXPECT_EQ(ReportEventList(), ExpectedList()) << count;
+    }
+}
+
+TEST_F(EventListTest, GrowsWithTheRecording) {
+    for (const size_t before : {size_t{0}, size_t{5}, kEventsPerHold, kSomeParts}) {
+        SetMacro(std::vector<UnifiedEvent>(before, MoveTo(1)));
+        engineState.recording = true;
+        for (int32_t x = 0; x < 3; ++x) {
+            UpdateEventMirror();
+            EXPECT_EQ(EventsFile(), ExpectedList()) << before;
+            AppendRecordedEvent(MoveTo(x));
+        }
+        EXPECT_EQ(ReportEventList(), ExpectedList()) << before;
+        engineState.recording = false;
+    }
+}
+
+TEST_F(EventListTest, CopiesOnlyTheNewEventsOfARecording) {
+    SetMacro({MoveTo(1)});
+    ReportEventList();
+    {
+        MutexLock lock(macroMutex);
+        macroState.profiles[0].events[0].x = 7;  // not marked as a change, so nobody may look at it
+    }
+    engineState.recording = true;
+    AppendRecordedEvent(MoveTo(2));
+    const std::string list = ReportEventList();
+    EXPECT_TRUE(Contains(list, "X:1 Y:2")) << list;
+    EXPECT_TRUE(Contains(list, "X:2 Y:2")) << list;
+}
+
+// A byte that another program has changed in the middle shows what is written: with the old time of the file the program
+// cannot know of it, and writes only the end.
+TEST_F(EventListTest, WritesOnlyTheNewEndOfALongMirror) {
+    const std::string path = DataFilePath("macroevents.txt");
+    SetMacro(std::vector<UnifiedEvent>(kSomeParts, MoveTo(1)));
+    engineState.recording = true;
+    UpdateEventMirror();
+    const auto scribble = [&](bool keepTime) {
+        std::string text = ReadFile(path);
+        text[100] = '#';
+        const auto time = std::filesystem::last_write_time(path);
+        WriteFile(path, text);
+        std::filesystem::last_write_time(path, keepTime ? time : time + std::chrono::seconds(1));
+    };
+    scribble(true);
+    AppendRecordedEvent(MoveTo(2));
+    UpdateEventMirror();
+    std::string expected = ExpectedList();
+    expected[100] = '#';
+    EXPECT_EQ(EventsFile(), expected);
+    scribble(false);
+    AppendRecordedEvent(MoveTo(3));
+    UpdateEventMirror();
+    EXPECT_EQ(EventsFile(), ExpectedList());
+    WriteFile(path, "short");
+    AppendRecordedEvent(MoveTo(4));
+    UpdateEventMirror();
+    EXPECT_EQ(EventsFile(), ExpectedList());
+}
+
+TEST_F(EventListTest, BeginsAgainAfterAnEditOfARunningRecording) {
+    SetMacro(std::vector<UnifiedEvent>(kSomeParts, MoveTo(1)));
+    engineState.recording = true;
+    UpdateEventMirror();
+    AppendRecordedEvent(MoveTo(2));
+    DeleteEvent("0");
+    EXPECT_EQ(EventsFile(), ExpectedList());
+    UpdateEventTime("1,5");
+    EXPECT_EQ(EventsFile(), ExpectedList());
+    AppendRecordedEvent(MoveTo(3));
+    OptimizeMacro();
+    EXPECT_EQ(EventsFile(), ExpectedList());
+}
+
+TEST_F(EventListTest, FollowsARecordingAndEditsOfOtherThreads) {
+    constexpr int kEvents = 20000;
+    engineState.recording = true;
+    std::atomic<bool> done{false};
+    std::thread input([&done] {
+        for (int32_t x = 0; x < kEvents; ++x) {
+            AppendRecordedEvent(MoveTo(x));
+        }
+        done = true;
+    });
+    std::thread editor([&done] {
+        while (!done) {
+            UpdateEventTime("0,1.5");
+        }
+    });
+    while (!done) {
+        UpdateEventMirror();
+    }
+    input.join();
+    editor.join();
+    EXPECT_EQ(ReportEventList(), ExpectedList());
+    EXPECT_EQ(EventsFile(), ExpectedList());
+}
+
+TEST_F(EventListTest, IsCompleteAgainAfterMemoryRanOut) {
+    SetMacro(std::vector<UnifiedEvent>(100000, MoveTo(1)));
+    {
+        const FailingMemory failing(1000000);
+        EXPECT_THROW(ReportEventList(), std::bad_alloc);
+        EXPECT_THROW(UpdateEventMirror(), std::bad_alloc);
+    }
+    EXPECT_EQ(ReportEventList(), ExpectedList());
+}
