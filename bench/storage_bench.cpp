@@ -3,7 +3,7 @@
 // Usage: storage_bench
 #include "base/json_writer.h"
 #include "base/numbers.h"
-#include "editing/macro_edits.h"
+#include "editing/event_list.h"
 #include "model/engine_state.h"
 #include "platform/files.h"
 #include "storage/data_folder.h"
@@ -260,6 +260,12 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
         SaveSession();
     };
     rows.push_back(Measure("session save", saveChanged, yardstick([&] { PlainSaveSession(plainSession); })));
+    std::string text;
+    Require(ReadFileBytes(SessionPath(), &text), "saving");
+    rows.push_back(
+        Measure("session save, beside one write of its text to the disk", saveChanged, yardstick([&] {
+                    Require(WriteStateFileToDisk(plainSession, text) == FileResult::Done, "a write");
+                })));
     SaveSession();
     rows.push_back(
         Measure("session save, unchanged", SaveSession, yardstick([&] { PlainSaveSession(plainSession); })));
@@ -272,12 +278,12 @@ std::vector<Row> MeasureSize(const fs::path& folder, size_t count, bool withYard
     std::string json;
     std::string plainJson;
     rows.push_back(Measure(
-        "event list JSON", [&] { BuildMacroEventsJson(profile.events, json); },
+        "event list JSON", [&] { AppendMacroEventsJson(profile.events, 0, json); },
         yardstick([&] { plainJson = PlainEventsJson(profile.events); })));
     Require(!withYardstick || json == plainJson, "listing");
 
     rows.push_back(Measure(
-        "event list JSON, beside JsonWriter", [&] { BuildMacroEventsJson(profile.events, json); },
+        "event list JSON, beside JsonWriter", [&] { AppendMacroEventsJson(profile.events, 0, json); },
         yardstick([&] { plainJson = WriterEventsJson(profile.events); })));
     Require(!withYardstick || json == plainJson, "listing by the writer");
     return rows;
@@ -368,6 +374,25 @@ double MeasureLockHeld() {
     return shortest;
 }
 
+// How long the refusal of a huge session and of a huge macro takes. Both are sparse files.
+void PrintRefusals(const fs::path& folder) {
+    constexpr uintmax_t kTwoGibibytes = uintmax_t{1} << 31;
+    const std::string macro = (folder / "huge.vrlmacro").string();
+    for (const std::string& path : {SessionPath(), macro}) {
+        fs::remove(path);
+        WriteFileBytes(path, "Huge\n");
+        fs::resize_file(path, kTwoGibibytes);
+    }
+    fs::remove(DataFilePath("session-recovery.dat"));
+    ParsedMacro parsed;
+    const double ofMacro =
+        Milliseconds([&] { Require(!ReadMacroFile(macro, &parsed).empty(), "a refusal"); });
+    SessionLoad load;
+    const double ofSession = Milliseconds([&] { load = LoadSession(); });
+    Require(!load.loaded && load.damaged && !load.keptAs.empty(), "a refusal");
+    std::printf("\nA file of 2 GiB is refused | session %.1f ms | macro %.1f ms\n", ofSession, ofMacro);
+}
+
 }  // namespace
 
 int main() {
@@ -397,6 +422,7 @@ int main() {
     }
     PrintNumberCosts();
     std::printf("\nLock held during a session save | %.1f ms | of %.1f ms | %.2f\n", held, save, held / save);
+    PrintRefusals(folder);
     fs::remove_all(folder);
     return 0;
 }

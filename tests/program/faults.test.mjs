@@ -1,15 +1,26 @@
 // Missing parts and bad arguments are reported in one sentence, nothing hangs, and the user's work is kept.
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
-import { existsSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import {
+  existsSync,
+  mkdirSync,
+  readFileSync,
+  readdirSync,
+  rmSync,
+  statSync,
+  truncateSync,
+  writeFileSync,
+} from 'node:fs';
 import { join } from 'node:path';
-import { buildFolder, kMainTitle, onWindows, test, useFixture } from './harness.mjs';
+import { buildFolder, kMainTitle, nativePath, onWindows, putFile, test, useFixture } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
 import { Key, pause } from './xtest_input.mjs';
 
 const kSession =
   'SETTINGS:0,0,0,77,0,0,1,10,0,0,0,1,1,1,1,0,1,0,500,119,118,0,117,0,0,0,5,1,10,120,32,32,0,0,0,121\n' +
   'CURRENT:0\nPROFILE:Default Tracking Profile\n3,0,0,0,0,65,1,0\n3,0.5,0,0,0,65,0,0\n';
+
+const kTwoGibibytes = 2 ** 31;
 
 const fixture = useFixture();
 const { input } = fixture;
@@ -175,6 +186,48 @@ test('SIGTERM ends the program as closing its window does', { skip: onWindows &&
   assert.deepEqual(result, { code: 0, signal: null });
   assertSessionKept(installation);
   assert.ok(existsSync(join(installation.data, 'status.txt')));
+});
+
+// The one file in the data folder under which a damaged session is kept.
+function keptSession(installation) {
+  const names = readdirSync(installation.data).filter((name) => name.startsWith('session-damaged-'));
+  assert.equal(names.length, 1, names.join());
+  return names[0];
+}
+
+test('a damaged session is kept, and the page says under which name', async () => {
+  const installation = install();
+  const damaged = kSession + '3,0.75,0,0,0,66,1';
+  writeFileSync(join(installation.data, 'session.dat'), damaged);
+  const program = await fixture.startProgram({ installation });
+  const kept = keptSession(installation);
+  const message = program.page.getByText('The last session could not be read completely.');
+  await message.waitFor();
+  const text = await message.innerText();
+  assert.ok(text.includes('Everything that could be read is here.'), text);
+  assert.ok(text.includes(kept), text);
+  assert.equal(readFileSync(join(installation.data, kept), 'latin1'), damaged);
+  assert.equal((await program.call('getTrackerStatus')).count, 2);
+  const observer = await fixture.openObserver('Another application');
+  assert.equal(await program.closeWindow(observer), 0);
+  assertSessionKept(installation);
+  assert.equal(readFileSync(join(installation.data, kept), 'latin1'), damaged);
+});
+
+test('a session and a macro of 2 GiB are refused with a sentence each', async () => {
+  const installation = install();
+  const session = join(installation.data, 'session.dat');
+  truncateSync(session, kTwoGibibytes);
+  const macro = putFile(installation, 'huge.vrlmacro', 'Huge\n');
+  truncateSync(macro, kTwoGibibytes);
+  const program = await fixture.startProgram({ installation, args: [nativePath(macro)] });
+  const message = program.page.getByText('The last session could not be read completely.');
+  await message.waitFor();
+  const text = await message.innerText();
+  assert.ok(text.includes('Nothing could be read.'), text);
+  assert.ok(text.includes("Couldn't open that macro file."), text);
+  assert.equal(statSync(join(installation.data, keptSession(installation))).size, kTwoGibibytes);
+  assert.deepEqual((await program.call('getProfiles')).names, ['Default Tracking Profile']);
 });
 
 // The data folder is a disk of 64 KiB. The program saves every five seconds.

@@ -1,6 +1,7 @@
-// A session survives the death of the program at any moment: at random, aimed into saves, and by a crash during a save.
+// A session survives the death of the program at any moment: at random, aimed into saves, by a crash during a save, and
+// a disk that is full at any byte.
 //
-// SESSION_KILLS=N in the environment multiplies the rounds.
+// SESSION_KILLS=N in the environment multiplies the rounds; ./dev fuzz kill does.
 import assert from 'node:assert/strict';
 import { mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
@@ -17,8 +18,8 @@ let folder;
 before(() => (folder = mkdtempSync(join(tmpdir(), 'varnelle-kills-'))));
 after(() => rmSync(folder, { recursive: true, force: true }));
 
-function start(args) {
-  const env = { ...process.env, LOCALAPPDATA: nativePath(folder) };
+function start(args, moreEnv = {}) {
+  const env = { ...process.env, ...moreEnv, LOCALAPPDATA: nativePath(folder) };
   const child = startNative(writer, args, { env, stdio: ['ignore', 'pipe', 'ignore'] });
   child.lines = [];
   child.waiting = [];
@@ -80,6 +81,30 @@ async function killAndCheck(aim, signal) {
 
 const onLinux = { ...limit, skip: onWindows && 'a signal does not end a program of Wine' };
 
+// One run on a disk that is full at a random byte of a random save. The first failed save ends the run in half of the
+// rounds; in the others the program goes on trying.
+async function fillDiskAndCheck() {
+  const bytes = Math.floor(Math.random() * 1500000);
+  const child = start(['save', String(kEvents)], {
+    LD_PRELOAD: join(testPrograms, 'libfull_disk.so'),
+    FULL_DISK_BYTES: String(bytes),
+  });
+  const attempts = Math.random() < 0.5 ? 1 : 5;
+  while (failedSaves(child) < attempts) await line(child, 'saving');
+  child.kill('SIGKILL');
+  await child.ended;
+  const saved = lastSaved(child);
+  const loaded = await loadedNumber();
+  assert.ok(loaded >= saved, `disk of ${bytes} bytes: saved ${saved}, loaded ${loaded}`);
+}
+
+// The saves that have failed so far: each that another one follows.
+function failedSaves(child) {
+  const begun = child.lines.filter((each) => each.startsWith('saving ')).length;
+  const done = child.lines.filter((each) => each.startsWith('saved ')).length;
+  return Math.max(0, begun - done - 1);
+}
+
 test('keeps everything saved when killed at random', onLinux, async () => {
   for (let round = 0; round < 25 * rounds; ++round) await killAndCheck(false, 'SIGKILL');
 });
@@ -90,4 +115,8 @@ test('keeps everything saved when killed inside a save', onLinux, async () => {
 
 test('keeps everything saved when it crashes during a save', onLinux, async () => {
   for (let round = 0; round < 10 * rounds; ++round) await killAndCheck(true, 'SIGSEGV');
+});
+
+test('keeps everything saved when the disk is full at any byte', onLinux, async () => {
+  for (let round = 0; round < 5 * rounds; ++round) await fillDiskAndCheck();
 });

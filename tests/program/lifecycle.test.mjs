@@ -1,6 +1,6 @@
 // Start, second start, end and kill of the program: what is saved is restored, and input is released.
 import assert from 'node:assert/strict';
-import { existsSync, readFileSync, readdirSync } from 'node:fs';
+import { existsSync, mkdirSync, readFileSync, readdirSync } from 'node:fs';
 import { join } from 'node:path';
 import { kMainTitle, onWindows, test, useFixture } from './harness.mjs';
 import { stop, waitUntil } from './processes.mjs';
@@ -135,6 +135,36 @@ test('a second start brings the first window to the front and ends with code 0',
     await stop(second);
   }
 });
+
+test(
+  'another runtime folder starts no second program over the same data',
+  { skip: onWindows && 'the log-on session has no folder there' },
+  async () => {
+    const installation = fixture.install();
+    const { program } = await fixture.startBesideApplication({ installation });
+    const before = await waitUntil(() => session(installation), 'a save');
+    const run = join(installation.folder, 'other run');
+    mkdirSync(run, { mode: 0o700 });
+    // On its own display, or without one, the second start finds no window that it could bring to the front.
+    const env = { ...installation.env, XDG_RUNTIME_DIR: run, DISPLAY: '' };
+    const second = fixture.startBare({ ...installation, env }, [], { stdio: ['ignore', 'ignore', 'pipe'] });
+    let message = '';
+    second.stderr.on('data', (data) => (message += data));
+    try {
+      assert.equal((await waitUntil(() => second.result, 'the second one ends')).code, 0);
+      await waitUntil(() => message.endsWith('\n'), 'its message');
+      assert.equal(
+        message,
+        `Varnelle: Varnelle is already running as process ${program.child.pid}, but it has no window. ` +
+          'End that process, then start Varnelle again.\n',
+      );
+      assert.equal(session(installation), before, 'the second one saves nothing');
+      assert.equal(program.child.result, undefined);
+    } finally {
+      await stop(second);
+    }
+  },
+);
 
 test('closing the window during playback ends everything', async () => {
   const installation = fixture.install();

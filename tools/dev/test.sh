@@ -195,14 +195,27 @@ Test() {
     ShowSummary "${kinds[@]}"
 }
 
+# Twenty times what the test run does: 500 kills at random, 200 inside a save, 200 crashes during one, 100 full disks.
+# Then every file operation of loading and saving fails in turn.
+FuzzKill() {
+    BuildPreset linux session_writer full_disk simulated_tests
+    SESSION_KILLS=${SESSION_KILLS:-20} VARNELLE_BACKEND=linux VARNELLE_BUILD=build/linux \
+        node --test --test-reporter=spec tests/program/kills.test.mjs
+    build/linux/simulated_tests --gtest_brief=1 --gtest_filter='FileFaults.*'
+}
+
 Fuzz() {
     local name=${1:-} seconds=${2:-60}
     if [ "$name" = engines ]; then
         BuildPreset linux simulated_tests
         FUZZ_SECONDS=$seconds exec build/linux/simulated_tests --gtest_filter='RandomScripts*'
     fi
+    if [ "$name" = kill ]; then
+        FuzzKill
+        return
+    fi
     if [ -z "$name" ] || [ ! -f "tests/fuzz/$name.cpp" ]; then
-        echo "targets: engines $(basename -s .cpp -a tests/fuzz/*.cpp | tr '\n' ' ')" >&2
+        echo "targets: engines kill $(basename -s .cpp -a tests/fuzz/*.cpp | tr '\n' ' ')" >&2
         return 2
     fi
     BuildPreset linux-fuzz "$name"
