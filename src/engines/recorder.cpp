@@ -180,7 +180,7 @@ void ForgetContinue(OldLists* old) REQUIRES(macroMutex) {
     macroState.continueProfile = -1;
     old->baseline = std::exchange(macroState.continueBaseline, {});
     old->result = std::exchange(macroState.continueResult, {});
-    MarkMacroExtended();  // a report of CanUndoContinue is out of date
+    MarkEventAppended();  // a report of CanUndoContinue is out of date
 }
 
 // Returns an empty list for `count` events whose memory the system has already provided: a hook call that is the first to
