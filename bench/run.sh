@@ -27,6 +27,9 @@ echo
 echo "== Input"
 "$build/bench/input_bench"
 echo
+echo "== Stop"
+tests/linux/start_servers.sh "$build/bench/stop_bench"
+echo
 echo "== One hook call while recording, a million events in the macro"
 "$build/bench/hook_cost_simulated"
 echo

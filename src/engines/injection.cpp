@@ -50,8 +50,8 @@ void SendMouseFlags(uint32_t flags) {
     SendInputAction(MouseFlagsAction(flags));
 }
 
-void SendWheel(int32_t delta) {
-    SendInputAction({.kind = InputKind::Wheel, .wheelDelta = delta});
+void SendWheel(int32_t delta, StopCondition stop) {
+    SendInputAction({.kind = InputKind::Wheel, .wheelDelta = delta}, stop);
 }
 
 void SendKey(uint32_t virtualKey, bool down) {

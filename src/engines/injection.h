@@ -18,5 +18,6 @@ void MoveMouseRelative(int32_t dx, int32_t dy);
 void SendButton(uint32_t button, bool down);
 // Performs the button action that a macro event stores.
 void SendMouseFlags(uint32_t flags);
-void SendWheel(int32_t delta);
+// Ends in the middle of a long turn when `stop` returns true, where the system can (platform/input.h).
+void SendWheel(int32_t delta, StopCondition stop = nullptr);
 void SendKey(uint32_t virtualKey, bool down);

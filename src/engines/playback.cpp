@@ -29,6 +29,10 @@ std::vector<UnifiedEvent> CopyOfMacro() {
     }
 }
 
+bool MustStop() {
+    return !engineState.playing || !engineState.running;
+}
+
 double SecondsInto(const PlaybackRound& round) {
     const int64_t ticks = ReadPerformanceCounter() - round.roundStart;
     return static_cast<double>(ticks) / static_cast<double>(engineState.counterFrequency.load());
@@ -40,7 +44,7 @@ int32_t PointBetween(int32_t from, int32_t to, double fraction) {
 }
 
 void WaitForEvent(PlaybackRound& round, const UnifiedEvent& event, double target) {
-    while (engineState.playing && engineState.running) {
+    while (!MustStop()) {
         const double elapsed = SecondsInto(round);
         if (elapsed >= target) {
             return;
@@ -59,13 +63,13 @@ void WaitForEvent(PlaybackRound& round, const UnifiedEvent& event, double target
 void PlayEvents(PlaybackRound& round, const std::vector<UnifiedEvent>& events) {
     int64_t played = 0;
     for (const UnifiedEvent& event : events) {
-        if (!engineState.playing || !engineState.running) {
+        if (MustStop()) {
             return;
         }
         // The speed is read for every event and applies to the whole time since the start of the round.
         const double target = event.time / static_cast<double>(macroSettings.playbackSpeed.Get());
         WaitForEvent(round, event, target);
-        if (!engineState.playing || !engineState.running) {
+        if (MustStop()) {
             return;
         }
         PerformEvent(round, event);
@@ -145,7 +149,7 @@ void PerformEvent(PlaybackRound& round, const UnifiedEvent& event) {
         SendKey(event.virtualKey, event.down);
         break;
     case EvScroll:
-        SendWheel(event.wheel);
+        SendWheel(event.wheel, MustStop);
         break;
     case EvToolState:
         PerformToolEvent(event);

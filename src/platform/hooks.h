@@ -42,10 +42,11 @@ enum class SessionChange { ConsoleDisconnect, RemoteDisconnect, Lock };
 struct HookInterest {
     uint32_t codes[8] = {};  // virtual keys and button codes
     int codeCount = 0;
-    bool anyKey = false;      // the next key press is captured, whatever it is
-    uint32_t buttons = 0;     // further buttons, one bit per button code (1 << code)
-    bool rawMotion = false;   // raw mouse reports are wanted
-    bool everyEvent = false;  // passed events matter too (a recording runs)
+    bool anyKey = false;         // the next key press is captured, whatever it is
+    uint32_t buttons = 0;        // further buttons, one bit per button code (1 << code)
+    bool rawMotion = false;      // raw mouse reports are wanted
+    bool everyEvent = false;     // passed events matter too (a recording runs)
+    bool injectedCodes = false;  // key, button and wheel events of programs matter too
 
     bool operator==(const HookInterest&) const = default;
 };

@@ -30,8 +30,12 @@ struct InputAction {
     bool operator==(const InputAction&) const = default;
 };
 
-// Queues one action, as one record of the system. Does not report whether the system accepted it.
-void SendInputAction(const InputAction& action);
+// Returns true once the sender should stop. Called on the sending thread; must not throw.
+using StopCondition = bool (*)();
+
+// Queues one action, as one record of the system. Does not report whether the system accepted it. Where the system knows
+// whole notches only, a wheel action is sent notch by notch and ends early when `stop` returns true; null: never.
+void SendInputAction(const InputAction& action, StopCondition stop = nullptr);
 
 // The primary screen in physical pixels, read at each call.
 int32_t PrimaryScreenWidth();

@@ -436,7 +436,7 @@ describe('the panel', () => {
       { time: 1, desc: 'Keyboard VK: 65 (DOWN)' },
     ]);
     await note.getByText(/^One wheel event turns 17,895,697 notches\. .* A stays pressed/).waitFor();
-    await page.host.setEvents([{ time: 0, desc: 'Mouse Scroll Delta: 11999880' }]);
+    await page.host.setEvents([{ time: 0, desc: 'Mouse Scroll Delta: 1199880' }]);
     await note.getByText('No keys left pressed.').waitFor();
   });
 

@@ -64,6 +64,21 @@ TEST_F(Edges, ScreenSizeIsReadAtEachMove) {
     EXPECT_EQ(Sent()[1].y, 32768);
 }
 
+TEST_F(Edges, PlaybackStopsInTheMiddleOfALongTurnOfTheWheel) {
+    EndRig();
+    BeginRig({.sendsNotches = true});
+    SetRigMacro({{.type = EvScroll, .wheel = std::numeric_limits<int32_t>::max()}, KeyEvent(0, 'A', true)});
+    RigPage("startPlayback");
+    SimRunFor(100);
+    EXPECT_GT(SimSentCount(), 1000U);
+    const int64_t pressed = SimTicks();
+    SimKey(118, true);
+    SimRunFor(100);
+    EXPECT_FALSE(engineState.playing);
+    EXPECT_LE(SimLastSentTicks() - pressed, kSimTicksPerMillisecond);
+    EXPECT_EQ(SimSentKeys(true), 0U);
+}
+
 TEST_F(Edges, AFullTargetListDropsTheKey) {
     SetRigTargets(std::vector<uint32_t>(256, 'A'));
     RigPage("reassignKey", "keyspamtarget");

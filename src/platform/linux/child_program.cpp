@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <initializer_list>
 #include <unistd.h>
 
 void BecomeProgram(const char* file, char* const* arguments, int output) {
@@ -9,8 +10,9 @@ void BecomeProgram(const char* file, char* const* arguments, int output) {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    signal(SIGPIPE, SIG_DFL);
-    signal(SIGXFSZ, SIG_DFL);
+    for (const int each : {SIGPIPE, SIGXFSZ, SIGTSTP, SIGTTIN, SIGTTOU}) {
+        signal(each, SIG_DFL);
+    }
     const int nothing = open("/dev/null", O_RDWR);
     if (nothing >= 0 && dup2(nothing, STDIN_FILENO) >= 0 &&
         dup2(output >= 0 ? output : nothing, STDOUT_FILENO) >= 0 && dup2(nothing, STDERR_FILENO) >= 0) {

@@ -1,9 +1,13 @@
 // The program's entry on X11.
 #include "base/text.h"
+#include "platform/linux/grab_watch.h"
 #include "platform/process.h"
 #include "platform/program.h"
 
 int main(int argc, char** argv) {
+    if (RunAsGrabWatch(argc, argv)) {
+        return 0;
+    }
     PrepareProcess();
 
     // The shell has split the line already. Joins it again with single spaces.

@@ -25,6 +25,12 @@ bool QueryPointer(InputThread& thread, int* x, int* y) {
            0;
 }
 
+// NOTE: playback sends tens of thousands of events a second, and the real key that stops it waits behind their reports.
+// HACK: reports that no sink wants are dropped before anything is asked from the server. Their decision is Pass.
+bool IsUnwanted(const InputThread& thread, bool injected) {
+    return injected && !thread.interest.injectedCodes;
+}
+
 bool NumLockIsOn(InputThread& thread) {
     XkbStateRec state{};
     XkbGetState(thread.display, XkbUseCoreKbd, &state);
@@ -88,8 +94,11 @@ void OnRawKey(InputThread& thread, const XIRawEvent& event, bool press) {
     if (key == nullptr) {
         return;
     }
-    ReportMove(thread);
     const bool injected = IsInjected(thread, event.sourceid);
+    if (IsUnwanted(thread, injected)) {
+        return;
+    }
+    ReportMove(thread);
     // Num Lock may have changed meanwhile: the release belongs to the key that was pressed.
     uint32_t virtualKey = thread.pressedAs[keycode];
     if (press || virtualKey == 0) {
@@ -132,13 +141,16 @@ void OnRawButton(InputThread& thread, const XIRawEvent& event, bool press) {
     if (meaning == nullptr || (!press && meaning->kind != PointerEvent::Press)) {
         return;
     }
+    const bool injected = IsInjected(thread, event.sourceid);
+    if (IsUnwanted(thread, injected)) {
+        return;
+    }
     ReportMove(thread);
     int x = 0;
     int y = 0;
     if (!QueryPointer(thread, &x, &y)) {
         return;
     }
-    const bool injected = IsInjected(thread, event.sourceid);
     MouseHookRecord record;
     record.kind = press ? meaning->kind : PointerEvent::Release;
     record.button = meaning->button;

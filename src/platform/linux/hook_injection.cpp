@@ -1,5 +1,6 @@
 #include "platform/linux/hook_injection.h"
 
+#include "platform/clock.h"
 #include "platform/linux/hook_gate.h"
 #include "platform/linux/input_thread_wake.h"
 
@@ -36,6 +37,15 @@ constexpr auto kHandOverLimit = std::chrono::milliseconds(50);
 std::atomic<bool> keyboardHeld{false};
 std::atomic<bool> pointerHeld{false};
 
+// NOTE: a server queues sent input without limit where it is slow: in the socket of the input thread, and while a window
+// manager holds the pointer for each click. After a stop the queue would go on for seconds.
+// HACK: the reports to the input thread show how far the server is. A sender that is too far ahead waits for them.
+constexpr uint64_t kMostAhead = 128;
+constexpr int kMostWaitMilliseconds = 20;  // then the reports count as lost
+std::atomic<bool> reporting{false};
+std::atomic<uint64_t> sentCount{0};
+std::atomic<uint64_t> reportedCount{0};  // more than were sent if other programs send too
+
 std::mutex handOverMutex;
 std::condition_variable handOverDone;
 std::vector<FakeInput*> handedOver;  // guarded by handOverMutex; each lives on its sender's stack
@@ -46,7 +56,36 @@ int ShortNumber(int32_t value) {
     return std::clamp<int32_t>(value, INT16_MIN, INT16_MAX);
 }
 
+bool IsReported(FakeKind kind) {
+    return kind == FakeKind::Key || kind == FakeKind::Button;
+}
+
+bool IsFarAhead() {
+    return reporting.load() && sentCount.load() > reportedCount.load() + kMostAhead;
+}
+
+void AwaitReports() {
+    for (int waited = 0; IsFarAhead(); ++waited) {
+        if (waited == kMostWaitMilliseconds) {
+            sentCount.store(reportedCount.load());
+            return;
+        }
+        SleepMilliseconds(1);
+    }
+}
+
+void CountSent() {
+    const uint64_t reported = reportedCount.load();
+    if (sentCount.load() < reported) {
+        sentCount.store(reported);
+    }
+    sentCount.fetch_add(1);
+}
+
 void SendNow(Display* display, const FakeInput& input) {
+    if (IsReported(input.kind)) {
+        CountSent();
+    }
     switch (input.kind) {
     case FakeKind::Key:
         XTestFakeKeyEvent(display, input.code, input.press ? True : False, CurrentTime);
@@ -81,6 +120,9 @@ void Send(Display* display, FakeInput& input) {
     }
     SendNow(display, input);
     XFlush(display);
+    if (!isInputThread) {
+        AwaitReports();
+    }
 }
 
 }  // namespace
@@ -115,6 +157,16 @@ void SendFakeMotion(Display* display, int32_t dx, int32_t dy) {
     input.x = dx;
     input.y = dy;
     Send(display, input);
+}
+
+void CountReport() {
+    reportedCount.fetch_add(1);
+}
+
+void SetReporting(bool serving) {
+    sentCount.store(0);
+    reportedCount.store(0);
+    reporting.store(serving);
 }
 
 void PublishHolds(const InputThread& thread) {

@@ -1,6 +1,7 @@
 #include "platform/hooks.h"
 
 #include "platform/clock.h"
+#include "platform/linux/grab_watch.h"
 #include "platform/linux/hook_devices.h"
 #include "platform/linux/hook_events.h"
 #include "platform/linux/hook_gate.h"
@@ -12,6 +13,8 @@
 #include <X11/extensions/Xrandr.h>
 #include <algorithm>
 #include <atomic>
+#include <csignal>
+#include <iterator>
 #include <memory>
 #include <poll.h>
 
@@ -90,16 +93,28 @@ void RefreshInterest(InputThread& thread) {
     ApplyInterest(thread);
 }
 
+void CountIfInjected(const InputThread& thread, const XIRawEvent& event) {
+    if (IsInjected(thread, event.sourceid)) {
+        CountReport();
+    }
+}
+
 void OnInputEvent(InputThread& thread, const XGenericEventCookie& cookie) {
     switch (cookie.evtype) {
     case XI_RawKeyPress:
-    case XI_RawKeyRelease:
-        OnRawKey(thread, *static_cast<XIRawEvent*>(cookie.data), cookie.evtype == XI_RawKeyPress);
+    case XI_RawKeyRelease: {
+        const auto& event = *static_cast<XIRawEvent*>(cookie.data);
+        CountIfInjected(thread, event);
+        OnRawKey(thread, event, cookie.evtype == XI_RawKeyPress);
         break;
+    }
     case XI_RawButtonPress:
-    case XI_RawButtonRelease:
-        OnRawButton(thread, *static_cast<XIRawEvent*>(cookie.data), cookie.evtype == XI_RawButtonPress);
+    case XI_RawButtonRelease: {
+        const auto& event = *static_cast<XIRawEvent*>(cookie.data);
+        CountIfInjected(thread, event);
+        OnRawButton(thread, event, cookie.evtype == XI_RawButtonPress);
         break;
+    }
     case XI_RawMotion:
         OnRawMotion(thread, *static_cast<XIRawEvent*>(cookie.data));
         break;
@@ -130,9 +145,15 @@ void OnEvent(InputThread& thread, XEvent& event) {
     }
 }
 
-// Handles everything that the server has sent so far.
+// Handles everything that the server has sent so far. Another program may send faster than that, so a stop ends it too,
+// and the watch is answered in between.
 void HandleEvents(InputThread& thread) {
-    while (!thread.displayLost && XPending(thread.display) > 0) {
+    constexpr unsigned kEventsPerAnswer = 256;
+    for (unsigned count = 1; !hookStopWanted.load() && !thread.displayLost && XPending(thread.display) > 0;
+         ++count) {
+        if (count % kEventsPerAnswer == 0) {
+            AnswerGrabWatch(&thread.watch, thread.display);
+        }
         XEvent event;
         XNextEvent(thread.display, &event);
         OnEvent(thread, event);
@@ -164,12 +185,16 @@ void WaitForWork(InputThread& thread, SessionWatch* session) {
     if (XEventsQueued(thread.display, QueuedAlready) > 0) {
         timeout = 0;
     }
-    pollfd files[3] = {{ConnectionNumber(thread.display), POLLIN, 0},
+    pollfd files[4] = {{ConnectionNumber(thread.display), POLLIN, 0},
                        {InputThreadWakeFile(), POLLIN, 0},
-                       {SessionWatchFile(session), SessionWatchEvents(session), 0}};
-    poll(files, 3, timeout);
+                       {SessionWatchFile(session), SessionWatchEvents(session), 0},
+                       {thread.watch.socket, POLLIN, 0}};
+    poll(files, 4, timeout);
     if ((files[1].revents & POLLIN) != 0) {
         ClearInputThreadWake();
+    }
+    if (files[3].revents != 0) {
+        AnswerGrabWatch(&thread.watch, thread.display);
     }
 }
 
@@ -197,19 +222,18 @@ void ServeEvents(InputThread& thread) {
     CloseSessionWatch(session);
 }
 
-}  // namespace
-
-void RunInputThread(const HookSinks& sinks) {
+// Serves one connection. Returns whether it was lost while it was in use.
+bool ServeConnection(const HookSinks& sinks) {
     auto thread = std::make_unique<InputThread>();
     thread->sinks = sinks;
     thread->display = OpenDisplay(&thread->displayLost);
     if (thread->display == nullptr) {
-        return;
+        return false;
     }
-    hookStopWanted.store(false);
-    hookRunning.store(true);
     thread->root = DefaultRootWindow(thread->display);
+    bool served = false;
     if (PrepareInputExtension(*thread) && FindMasters(*thread)) {
+        served = true;
         int firstError = 0;
         if (XRRQueryExtension(thread->display, &thread->randrEvents, &firstError) != 0) {
             XRRSelectInput(thread->display, thread->root, RRScreenChangeNotifyMask | RRCrtcChangeNotifyMask);
@@ -219,12 +243,64 @@ void RunInputThread(const HookSinks& sinks) {
         thread->screen = QueryPrimaryScreen(thread->display);
         ReadDevices(*thread);
         SelectEvents(*thread);
+        StartGrabWatch(&thread->watch, thread->display);
+        SetReporting(true);
         ServeEvents(*thread);
+        SetReporting(false);
+        StopGrabWatch(&thread->watch);
         ReleaseGrabs(*thread);
         PublishHolds(*thread);
     }
-    hookRunning.store(false);
+    const bool lost = served && thread->displayLost;
     CloseDisplay(thread->display);
+    return lost;
+}
+
+// While there are grabs, a stop from the terminal (Ctrl+Z) would freeze the keyboard of the whole desktop.
+class IgnoreTerminalStops {
+  public:
+    IgnoreTerminalStops() {
+        struct sigaction ignore {};
+        ignore.sa_handler = SIG_IGN;
+        sigemptyset(&ignore.sa_mask);
+        for (size_t index = 0; index < std::size(kSignals); ++index) {
+            sigaction(kSignals[index], &ignore, &before_[index]);
+        }
+    }
+    ~IgnoreTerminalStops() {
+        for (size_t index = 0; index < std::size(kSignals); ++index) {
+            sigaction(kSignals[index], &before_[index], nullptr);
+        }
+    }
+    IgnoreTerminalStops(const IgnoreTerminalStops&) = delete;
+    IgnoreTerminalStops& operator=(const IgnoreTerminalStops&) = delete;
+
+  private:
+    static constexpr int kSignals[] = {SIGTSTP, SIGTTIN, SIGTTOU};
+    struct sigaction before_[std::size(kSignals)] = {};
+};
+
+// A connection that lasted for less is not opened again: whatever closes it would do so at once.
+constexpr int64_t kShortestServiceSeconds = 1;
+
+}  // namespace
+
+void RunInputThread(const HookSinks& sinks) {
+    const IgnoreTerminalStops ignored;
+    hookStopWanted.store(false);
+    hookRunning.store(true);
+    for (;;) {
+        const int64_t begin = ReadPerformanceCounter();
+        const bool lost = ServeConnection(sinks);
+        const int64_t service = ReadPerformanceCounter() - begin;
+        if (!lost || hookStopWanted.load() ||
+            service < kShortestServiceSeconds * ReadPerformanceFrequency()) {
+            break;
+        }
+        // The watch has closed the connection, or the server is gone. Releases since then were lost, as during a lock.
+        sinks.onSessionChange(SessionChange::Lock);
+    }
+    hookRunning.store(false);
 }
 
 void StopInputThread() {

@@ -1,5 +1,6 @@
 #include "platform/input.h"
 
+#include "platform/clock.h"
 #include "platform/key_table.h"
 #include "platform/linux/hook_injection.h"
 #include "platform/linux/x11_buttons.h"
@@ -14,6 +15,11 @@ namespace {
 
 constexpr uint32_t kDefaultDoubleClick = 500;
 
+// A turn of more notches than this goes on at a rate that applications and the window manager can follow. Otherwise they
+// would be busy with it for minutes after its end, and nobody could close the program's window meanwhile.
+constexpr int64_t kNotchesAtOnce = 200;
+constexpr int64_t kNotchesPerMillisecond = 2;
+
 // Pixel of an absolute coordinate: the least one whose coordinate is not below it, so that every pixel that was scaled
 // with (x << 16) / size comes back exactly. Values outside 0..65535 lie outside the screen and stay outside.
 int32_t PixelOfAbsolute(int32_t coordinate, int32_t size) {
@@ -22,12 +28,18 @@ int32_t PixelOfAbsolute(int32_t coordinate, int32_t size) {
     return static_cast<int32_t>(coordinate < 0 ? -pixel : pixel);
 }
 
-void SendWheel(Display* display, int32_t delta) {
+void SendWheel(Display* display, int32_t delta, StopCondition stop) {
     const uint32_t button = delta > 0 ? kXWheelUp : kXWheelDown;
     // X11 knows whole notches only. A smaller turn is one notch, so that it is not lost.
     const int64_t size = std::abs(static_cast<int64_t>(delta));
-    int64_t notches = delta == 0 ? 0 : (size + kWheelNotch - 1) / kWheelNotch;
-    for (; notches > 0; --notches) {
+    const int64_t notches = (size + kWheelNotch - 1) / kWheelNotch;
+    for (int64_t sent = 0; sent < notches; ++sent) {
+        if (sent > 0 && stop != nullptr && stop()) {
+            return;
+        }
+        if (sent >= kNotchesAtOnce && sent % kNotchesPerMillisecond == 0) {
+            SleepMilliseconds(1);
+        }
         SendFakeButton(display, button, true);
         SendFakeButton(display, button, false);
     }
@@ -100,7 +112,7 @@ bool ReadDesktopSetting(Display* display, const char* name, uint32_t* value) {
 
 }  // namespace
 
-void SendInputAction(const InputAction& action) {
+void SendInputAction(const InputAction& action, StopCondition stop) {
     Display* display = ThreadDisplay();
     if (display == nullptr) {
         return;
@@ -124,7 +136,7 @@ void SendInputAction(const InputAction& action) {
     case InputKind::ButtonFlags:
         break;
     case InputKind::Wheel:
-        SendWheel(display, action.wheelDelta);
+        SendWheel(display, action.wheelDelta, stop);
         break;
     case InputKind::Key:
         SendKey(display, action);

@@ -7,12 +7,14 @@
 //   hook_devices.cpp       the pointer devices, and which of them programs send through
 //   raw_motion.cpp         device counts from the raw reports of a mouse
 //   session_watch.cpp      lock and disconnect of the log-on session
+//   grab_watch.cpp         a process that releases the grabs if this thread does not answer
 //   input_thread_wake.cpp  wakes the thread from its poll
 //
 // Each file calls only files below it in this list.
 #pragma once
 
 #include "platform/hooks.h"
+#include "platform/linux/grab_watch.h"
 #include "platform/linux/raw_motion.h"
 #include "platform/linux/x11_display.h"
 
@@ -67,6 +69,7 @@ struct InputThread {
 
     Display* display = nullptr;
     bool displayLost = false;
+    GrabWatch watch;
     Window root = None;
     int inputOpcode = 0;   // of the X Input extension
     int randrEvents = -1;  // first event of the RandR extension, -1 without it

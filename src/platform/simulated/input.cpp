@@ -1,5 +1,6 @@
 #include "platform/simulated/input.h"
 
+#include "platform/clock.h"
 #include "platform/key_table.h"
 #include "platform/simulated/hooks.h"
 #include "platform/simulated/keys.h"
@@ -7,9 +8,12 @@
 #include "platform/simulated/session.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace {
+
+constexpr int32_t kWheelNotch = 120;
 
 struct InputState {
     std::vector<SimSent> sent;
@@ -100,9 +104,7 @@ void Count(const InputAction& action) {
     }
 }
 
-}  // namespace
-
-void SendInputAction(const InputAction& action) {
+void SendRecord(const InputAction& action) {
     SimSpend(SimCurrentOptions().sendTicks);
     const SimSent sent{SimTicks(), action};
     Count(action);
@@ -115,6 +117,28 @@ void SendInputAction(const InputAction& action) {
     }
     HandOverAction(action);
     SimMaybePreempt();
+}
+
+void SendNotches(int32_t delta, StopCondition stop) {
+    const int32_t notch = delta > 0 ? kWheelNotch : -kWheelNotch;
+    int64_t count = std::abs(int64_t{delta}) / kWheelNotch;
+    for (; count > 0; --count) {
+        SendRecord({.kind = InputKind::Wheel, .wheelDelta = notch});
+        if (stop != nullptr && stop()) {
+            return;
+        }
+        SpinOnce();
+    }
+}
+
+}  // namespace
+
+void SendInputAction(const InputAction& action, StopCondition stop) {
+    if (action.kind == InputKind::Wheel && SimCurrentOptions().sendsNotches) {
+        SendNotches(action.wheelDelta, stop);
+    } else {
+        SendRecord(action);
+    }
 }
 
 const std::vector<SimSent>& SimSentLog() {

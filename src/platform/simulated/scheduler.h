@@ -13,6 +13,8 @@ struct SimOptions {
     uint64_t seed = 1;
     int64_t spinTicks = 100;  // duration of one SpinOnce, and of a wait with limit 0 that finds no event set
     int64_t sendTicks = 0;    // duration of one SendInputAction
+    bool sendsNotches =
+        false;  // a turn of the wheel is sent notch by notch, each as long as one spin, as on X11
     int64_t overshootTicks = 0;  // sleeps and limited waits end late by a random amount up to this
     uint32_t preemptPercent =
         0;  // chance that SignalWake and SendInputAction let another runnable thread go first

@@ -5,7 +5,8 @@
 
 #include <windows.h>
 
-void SendInputAction(const InputAction& action) {
+// One record holds a whole turn of the wheel, so there is nothing to stop in the middle.
+void SendInputAction(const InputAction& action, StopCondition /*stop*/) {
     INPUT input = InputRecordOf(action);
     SendInput(1, &input, sizeof input);
 }

@@ -4,6 +4,7 @@
 #include "platform/desktop.h"
 #include "platform/input.h"
 #include "platform/key_table.h"
+#include "platform/linux/grab_watch.h"
 #include "platform/process.h"
 
 #include <algorithm>
@@ -258,6 +259,33 @@ TEST_F(Hooks, InjectedInputIsMarkedAndNeverHeldBack) {
     EXPECT_EQ(target.Text(), "k72 K72 k72 K72 b2 B2 b2 B2");
     ExpectKeys("!d117 !u117 !d117 !u117");
     ExpectButtons("!d4 !u4 !d4 !u4");
+}
+
+// Reports that no sink wants are dropped at once. Real input is reported as before, and sent input is never held back.
+TEST_F(Hooks, InjectedInputThatNobodyWantsIsNotReported) {
+    OtherProgram other;
+    {
+        const std::lock_guard lock(TheSinks().mutex);
+        TheSinks().wantsInjected = false;
+    }
+    hooks.Swallow({kCodeF6, 4});
+    target.Clear();
+    hooks.Clear();
+    SendKey(0x40, true);
+    SendKey(0x40, false);
+    other.Tap(kKeyA);
+    SendButton(kMiddleButton, true);
+    SendButton(kMiddleButton, false);
+    other.Click(4);
+    ASSERT_TRUE(WaitFor([&] { return target.Count('B', 4) == 1; }));
+    EXPECT_EQ(target.Text(), "k72 K72 k38 K38 b2 B2 b4 B4");
+    user.Tap(kKeyF6);
+    user.Click(2);
+    ButtonFence();
+    ExpectKeys("d117 u117");
+    ExpectButtons("d4 u4 d1 u1");
+    EXPECT_EQ(target.Count('k', kKeyF6), 1);
+    EXPECT_EQ(target.Count('b', 2), 1);
 }
 
 // The server repeats a held key to its application. The sinks receive one press.
@@ -658,6 +686,57 @@ TEST_F(Hooks, NothingStaysGrabbedAfterAKill) {
     }
 }
 
+// A stopped process leaves a press of its hotkey undecided, which freezes the keyboard of the whole server.
+TEST_F(Hooks, AStoppedProcessLosesItsGrabs) {
+    hooks.Stop();
+    int output[2];
+    ASSERT_EQ(pipe2(output, O_CLOEXEC), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(output[1], STDOUT_FILENO);
+        execl("/proc/self/exe", "hooks_tests", "--hold", "swallow", nullptr);
+        _exit(127);
+    }
+    close(output[1]);
+    FILE* lines = fdopen(output[0], "r");
+    char line[100] = {};
+    ASSERT_NE(fgets(line, sizeof(line), lines), nullptr);
+    ASSERT_STREQ(line, "ready\n");
+    kill(child, SIGSTOP);
+    target.Clear();
+    user.Tap(kKeyF6);
+    user.Tap(kKeyA);
+    EXPECT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == 1; }));
+    kill(child, SIGKILL);
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    fclose(lines);
+}
+
+// A sink that does not return has the same effect. The hooks come back with their grabs when it does.
+TEST_F(Hooks, AnInputThreadThatHangsLosesItsGrabsUntilItReturns) {
+    hooks.Swallow({kCodeF6});
+    target.Clear();
+    {
+        const std::lock_guard lock(TheSinks().mutex);
+        TheSinks().changes.clear();
+        user.Tap(kKeyF6);
+        user.Tap(kKeyA);
+        EXPECT_TRUE(WaitFor([&] { return target.Count('K', kKeyA) == 1; }));
+    }
+    ASSERT_TRUE(WaitFor([] {
+        const std::lock_guard lock(TheSinks().mutex);
+        return !TheSinks().changes.empty();
+    }));
+    hooks.AwaitInterest();
+    target.Clear();
+    hooks.Clear();
+    user.Tap(kKeyF6);
+    Fence();
+    EXPECT_EQ(target.Text(), "k52 K52");
+    ExpectKeys("d117 u117 d90 u90");
+}
+
 // A lost server ends the hooks and not the process.
 TEST_F(Hooks, TheLossOfTheServerEndsTheHooksOnly) {
     int number[2];
@@ -751,6 +830,9 @@ void HoldUntilKilled(const std::string& mode) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (RunAsGrabWatch(argc, argv)) {
+        return 0;
+    }
     if (argc == 3 && std::string(argv[1]) == "--hold") {
         HoldUntilKilled(argv[2]);
     }

@@ -120,6 +120,21 @@ TEST_F(Input, WheelInNotches) {
     EXPECT_EQ(target.Text(), "b4 B4 b5 B5 b5 B5 b4 B4 b3 B3");
 }
 
+int stopChecks = 0;
+bool StopAtTheThirdCheck() {
+    return ++stopChecks == 3;
+}
+
+TEST_F(Input, ALongTurnOfTheWheelEndsWhenItsSenderMustStop) {
+    MoveInside();
+    for (const int32_t delta : {INT32_MAX, INT32_MIN}) {
+        stopChecks = 0;
+        SendInputAction({.kind = InputKind::Wheel, .wheelDelta = delta}, StopAtTheThirdCheck);
+    }
+    Fence();
+    EXPECT_EQ(target.Text(), "b4 B4 b4 B4 b4 B4 b5 B5 b5 B5 b5 B5 b3 B3");
+}
+
 TEST_F(Input, EveryKeyArrivesWithItsKeycode) {
     for (uint32_t keycode = 8; keycode < 256; ++keycode) {
         const KeyInfo* key = FindKeyByKeycode(keycode);

@@ -258,6 +258,7 @@ struct Sinks {
     std::set<uint32_t> swallowedDown;
     bool captureKey = false;
     bool pick = false;
+    bool wantsInjected = true;
     std::vector<KeyHookRecord> keys;
     std::vector<MouseHookRecord> mouse;
     std::vector<RawMouseRecord> raw;
@@ -332,6 +333,7 @@ inline void ReadInterest(HookInterest* interest) {
     *interest = sinks.interest;
     // As in the program: a finished capture or pick is no longer of interest.
     interest->anyKey = interest->anyKey && sinks.captureKey;
+    interest->injectedCodes = sinks.wantsInjected;
     ++sinks.interestReads;
 }
 
@@ -352,6 +354,7 @@ class HookedThread {
             sinks.swallowedDown.clear();
             sinks.captureKey = false;
             sinks.pick = false;
+            sinks.wantsInjected = true;
         }
         Clear();
         thread_ = StartThread("hooks", RunNotingHooks);

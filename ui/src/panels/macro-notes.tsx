@@ -11,8 +11,8 @@ import type { Facts } from './macro-facts';
 import { macroData, revealEvents, setGroupShown, shownGroups } from './macro-model';
 
 const kMaxNames = 4;
-// Some systems send a turn of the wheel notch by notch. This many take seconds.
-const kManyNotches = 100000;
+// X11 sends a turn of the wheel notch by notch. This many take seconds.
+const kManyNotches = 10000;
 const kToolNames: Record<number, string> = {
   [Tool.Autoclicker]: 'autoclicker',
   [Tool.KeySpammer]: 'key spammer',
