@@ -39,6 +39,16 @@ namespace {
 constexpr int kWindowWidth = 420;
 constexpr int kWindowHeight = 560;
 
+// ---- The end of input -------------------------------------------------------------------------------------------
+
+// Any thread, any number of times. From here on nothing is sent or held back: the workers end their rounds, and the input
+// thread releases its grabs. It comes before every step of the shutdown that may wait for a disk or for the window.
+void EndInput() {
+    engineState.running = false;
+    StopInputThread();
+    SignalWake(engineState.quitEvent);
+}
+
 // ---- Requests from outside to end -------------------------------------------------------------------------------
 
 std::atomic<bool> endRequested{false};  // the system or another process asked this one to end
@@ -46,7 +56,15 @@ std::atomic<bool> endRequested{false};  // the system or another process asked t
 // Ends like closing the window. Before the page exists, ServePage sees the request and does not run the page.
 void EndMainProcess() {
     endRequested = true;
+    EndInput();
     TerminateMainPage();
+}
+
+// UI thread. The system may end the process as soon as this returns.
+void EndWithSession() {
+    EndInput();
+    SaveSessionAfterCrash();  // waits for a save of another thread
+    EndMainProcess();
 }
 
 void ListenForEndRequests() {
@@ -56,14 +74,14 @@ void ListenForEndRequests() {
 
 // ---- Threads ----------------------------------------------------------------------------------------------------
 
-std::atomic<bool> inputThreadEnded{false};
-
-void RunInputThreadToItsEnd() {
-    InputThreadMain();
-    inputThreadEnded = true;
-}
-
 enum ThreadIndex { kAutoclicker, kKeySpammer, kInput, kPlayback, kAutosave, kDispatcher, kThreadCount };
+
+std::array<std::atomic<bool>, kThreadCount> threadEnded;  // by ThreadIndex
+
+template <ThreadIndex index, void (*body)()> void RunToItsEnd() {
+    body();
+    threadEnded[index] = true;
+}
 
 struct ThreadRow {
     const char* name;
@@ -72,12 +90,12 @@ struct ThreadRow {
 
 // In the order of start, by ThreadIndex. Debuggers show the names.
 constexpr std::array<ThreadRow, kThreadCount> kThreads = {{
-    {"autoclicker", AutoclickerThreadMain},
-    {"key spammer", KeySpammerThreadMain},
-    {"input", RunInputThreadToItsEnd},
-    {"playback", PlaybackThreadMain},
-    {"autosave", AutosaveThreadMain},
-    {"dispatcher", DispatcherThreadMain},
+    {"autoclicker", RunToItsEnd<kAutoclicker, AutoclickerThreadMain>},
+    {"key spammer", RunToItsEnd<kKeySpammer, KeySpammerThreadMain>},
+    {"input", RunToItsEnd<kInput, InputThreadMain>},
+    {"playback", RunToItsEnd<kPlayback, PlaybackThreadMain>},
+    {"autosave", RunToItsEnd<kAutosave, AutosaveThreadMain>},
+    {"dispatcher", RunToItsEnd<kDispatcher, DispatcherThreadMain>},
 }};
 
 constexpr std::array<ThreadIndex, kThreadCount> kJoinOrder = {
@@ -87,24 +105,36 @@ constexpr std::array<ThreadIndex, kThreadCount> kJoinOrder = {
 using MainProcessThreads = std::array<std::thread, kThreadCount>;
 
 void StartThreads(MainProcessThreads* threads) {
-    inputThreadEnded = false;
     for (size_t i = 0; i < kThreads.size(); ++i) {
+        threadEnded[i] = false;
         (*threads)[i] = StartThread(kThreads[i].name, kThreads[i].body);
     }
 }
 
-void JoinThreads(MainProcessThreads* threads) {
+constexpr uint32_t kMostJoinMilliseconds = 5000;  // for all threads together
+
+// Joins the threads that end in time and gives up the others. Returns whether all of them are joined.
+bool JoinThreads(MainProcessThreads* threads) {
+    const int64_t ticks = ReadPerformanceFrequency() / 1000 * kMostJoinMilliseconds;
+    const int64_t deadline = ReadPerformanceCounter() + ticks;
+    bool allJoined = true;
     for (const ThreadIndex index : kJoinOrder) {
         std::thread& thread = (*threads)[index];
-        if (index == kInput && thread.joinable()) {
-            // A stop has no effect before the thread has its wake-up channel: repeat it until the thread has ended.
-            while (!inputThreadEnded) {
+        while (thread.joinable() && !threadEnded[index] && ReadPerformanceCounter() < deadline) {
+            if (index == kInput) {
+                // A stop has no effect before the thread has its wake-up channel.
                 StopInputThread();
-                SleepMilliseconds(1);
             }
+            SleepMilliseconds(1);
         }
-        JoinThread(thread);
+        if (!thread.joinable() || threadEnded[index]) {
+            JoinThread(thread);
+        } else {
+            thread.detach();
+            allJoined = false;
+        }
     }
+    return allJoined;
 }
 
 // ---- Start-up ---------------------------------------------------------------------------------------------------
@@ -212,10 +242,11 @@ std::string ServePage(PageHost** host) {
     LoadMainPage(*host);
     // Again: some backends create the window only when it is shown.
     SetWindowIcons(PageHostWindow(*host));
-    SetUpMainWindow(*host);
+    SetUpMainWindow(*host, EndWithSession);
     if (!endRequested) {
         RunPage(*host);
     }
+    EndInput();
     EndWindowWatch(*host);
     return {};
 }
@@ -235,22 +266,32 @@ void CloseEvents() {
     CloseEvent(engineState.playWakeEvent);
 }
 
-void Shutdown(MainProcessThreads* threads, PageHost* host) {
+void ReportSaveProblem() {
+    if (const SaveProblem problem = LastSaveProblem(); problem != SaveProblem::None) {
+        ShowErrorMessage("Varnelle", SaveProblemText(problem));
+    }
+}
+
+// Returns false if a thread has not ended, because a disk or a server does not answer it. The thread goes on until the
+// process ends, so everything that it may use stays.
+bool Shutdown(MainProcessThreads* threads, PageHost* host) {
+    EndInput();
     SaveSession();
-    engineState.running = false;
-    StopInputThread();
-    SignalWake(engineState.quitEvent);
-    JoinThreads(threads);
+    const bool allJoined = JoinThreads(threads);
+    // Before the events close: a request to end signals one of them.
+    SetEndRequestHandler(nullptr);
+    if (!allJoined) {
+        ReportSaveProblem();
+        return false;
+    }
     CloseEvents();
     EndTimerPeriod();
-    SetEndRequestHandler(nullptr);
     SetMainPage(nullptr);
     if (host != nullptr) {
         DestroyPageHost(host);
     }
-    if (const SaveProblem problem = LastSaveProblem(); problem != SaveProblem::None) {
-        ShowErrorMessage("Varnelle", SaveProblemText(problem));
-    }
+    ReportSaveProblem();
+    return true;
 }
 
 }  // namespace
@@ -278,6 +319,9 @@ int RunMainProcess(const LaunchOptions& options) {
     if (!failure.empty()) {
         ShowErrorMessage("Varnelle", failure);
     }
-    Shutdown(&threads, host);
-    return failure.empty() ? 0 : 1;
+    const int exitCode = failure.empty() ? 0 : 1;
+    if (!Shutdown(&threads, host)) {
+        EndProcessAtOnce(exitCode);
+    }
+    return exitCode;
 }

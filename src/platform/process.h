@@ -25,6 +25,9 @@ struct ProcessArguments {
 void PrepareProcess();
 void EndProcess();
 
+// Ends the process without waiting for any thread and without any clean-up. Returns only in the simulated backend.
+void EndProcessAtOnce(int exitCode);
+
 // Lets printed lines reach the console that started us, if standard output leads nowhere.
 void EnsureConsole();
 
@@ -43,5 +46,6 @@ InstanceResult ClaimSingleInstance(const char* name);
 uint32_t RunningInstanceProcessId();
 void ReleaseSingleInstance();
 
-// `save` runs once when the process is about to die of an unhandled fault; the process then ends in the usual way.
+// `save` runs when the process is about to die of an unhandled fault, or because its window has lost the X server. The
+// process then ends in the usual way.
 void SetCrashHandler(void (*save)());

@@ -48,6 +48,9 @@ struct WindowHandlers {
     void (*placementChanged)(const WindowPlacement& placement) = nullptr;
     // Files were dropped on the window, in the order of the drop. Null: the window accepts no drop.
     void (*filesDropped)(const std::vector<std::string>& paths) = nullptr;
+    // The session of the user ends, and the system may end the process as soon as this returns. Not called where such an
+    // end is a request from outside (end_request.h).
+    void (*sessionEnding)() = nullptr;
 };
 
 // Watches the page's window until EndWindowWatch. One window per process.

@@ -103,10 +103,12 @@ void RestoreMainWindowPlacement(PageHost* host) {
                 std::min(area.bottom - area.top, appSettings.windowHeight));
 }
 
-void SetUpMainWindow(PageHost* host) {
+void SetUpMainWindow(PageHost* host, void (*sessionEnding)()) {
     const WindowRef window = PageHostWindow(host);
     RestoreMainWindowPlacement(host);
-    WatchPageWindow(host, WindowHandlers{.placementChanged = StorePlacement, .filesDropped = nullptr});
+    WatchPageWindow(host, WindowHandlers{.placementChanged = StorePlacement,
+                                         .filesDropped = nullptr,
+                                         .sessionEnding = sessionEnding});
     if (appSettings.windowMaximized && !appSettings.startMinimized) {
         MaximiseWindow(window);
     }

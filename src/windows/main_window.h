@@ -25,5 +25,5 @@ void ResizeMainWindow(std::string_view sizeText);
 // no monitor contains its corner any more.
 void RestoreMainWindowPlacement(PageHost* host);
 // Does the last steps before the main loop: restores the placement, starts watching the window, maximises it, keeps it on
-// top, and minimises it or brings it to the front, all as appSettings say.
-void SetUpMainWindow(PageHost* host);
+// top, and minimises it or brings it to the front, all as appSettings say. `sessionEnding`: as in WindowHandlers.
+void SetUpMainWindow(PageHost* host, void (*sessionEnding)());

@@ -5,7 +5,9 @@
 #include "app/commands.h"
 #include "model/engine_state.h"
 #include "platform/key_table.h"
+#include "platform/page_host.h"
 #include "platform/simulated/simulation.h"
+#include "platform/wake.h"
 #include "storage/app_settings.h"
 #include "storage/data_folder.h"
 #include "temp_folder.h"
@@ -309,6 +311,103 @@ TEST_F(MainProcessTest, ARequestToEndFromOutsideIsAClosedWindow) {
     ExpectNothingIsLeft();
     EXPECT_NE(ReadFile(DataFile("session.dat")).find("88"), std::string::npos);
     SimRequestEnd();  // nobody listens any more
+}
+
+namespace {
+
+// Starts the autoclicker and a looped macro that presses keys without a pause.
+void StartSending() {
+    {
+        MutexLock lock(macroMutex);
+        CurrentProfile()->events = {{.type = EvKey, .virtualKey = 'A', .down = true},
+                                    {.type = EvKey, .time = 0.001, .virtualKey = 'A'}};
+        MarkMacroChanged();
+    }
+    SimPageCall("updateTracker", "[true,true,true,true,false,1,true,0]");
+    SimPageCall("updateSpammer", "[0,0,0,1,0,0,1,10,0]");
+    SimPageCall("startSpammer", "[]");
+    SimPageCall("startPlayback", "[]");
+    SimRunFor(100);
+    ASSERT_TRUE(engineState.playing);
+    ASSERT_TRUE(engineState.autoClicking);
+    ASSERT_GT(SimSentCount(), 100U);
+}
+
+constexpr int64_t kOneRound = 50 * kSimTicksPerMillisecond;
+
+}  // namespace
+
+TEST_F(MainProcessTest, NothingIsSentWhileTheLastSaveWaitsForTheDisk) {
+    int64_t closed = 0;
+    SimOnPageRun([&] {
+        StartSending();
+        closed = SimTicks();
+        SimDelayFileOperation(3000);
+    });
+    EXPECT_EQ(RunMainProcess({}), 0);
+    EXPECT_GE(SimTicks() - closed, 3000 * kSimTicksPerMillisecond);
+    EXPECT_LE(SimLastSentTicks() - closed, kOneRound);
+    EXPECT_FALSE(SimProcessEndedAtOnce());
+    ExpectNothingIsLeft();
+}
+
+TEST_F(MainProcessTest, ARequestToEndStopsInputEvenIfTheWindowHangs) {
+    SimOnPageRun([&] {
+        StartSending();
+        const int64_t asked = SimTicks();
+        SimRequestEnd();
+        SimRunFor(2000);
+        EXPECT_LE(SimLastSentTicks() - asked, kOneRound);
+        EXPECT_FALSE(SimHooksInstalled());
+    });
+    EXPECT_EQ(RunMainProcess({}), 0);
+    ExpectNothingIsLeft();
+}
+
+TEST_F(MainProcessTest, TheEndOfTheSessionSavesBeforeItReturns) {
+    bool returned = false;
+    SimOnPageRun([&] {
+        StartSending();
+        SimPageCall("addProfile", "[\"Before the end\"]");
+        const int64_t asked = SimTicks();
+        SimEndSession();
+        EXPECT_NE(ReadFile(DataFile("session.dat")).find("PROFILE:Before the end\n"), std::string::npos);
+        SimRunFor(1000);
+        EXPECT_LE(SimLastSentTicks() - asked, kOneRound);
+        EXPECT_FALSE(SimHooksInstalled());
+        returned = true;
+    });
+    EXPECT_EQ(RunMainProcess({}), 0);
+    EXPECT_TRUE(returned);
+    ExpectNothingIsLeft();
+}
+
+TEST_F(MainProcessTest, AThreadThatHangsInAFileOperationIsLeftBehindAfterFiveSeconds) {
+    double closed = 0;
+    SimOnPageRun([&] {
+        SimPageCall("addProfile", "[\"Kept\"]");
+        SimRunFor(4900);
+        SimDelayFileOperation(60000);
+        SimRunFor(200);  // the autosave hangs
+        closed = SimMilliseconds();
+    });
+    EXPECT_EQ(RunMainProcess({}), 0);
+    EXPECT_TRUE(SimProcessEndedAtOnce());
+    EXPECT_GE(SimMilliseconds() - closed, 5000);
+    EXPECT_LE(SimMilliseconds() - closed, 5100);
+    EXPECT_EQ(SimLiveThreads(), 1);
+    EXPECT_FALSE(SimHooksInstalled());
+    // What the end of the process would release. The thread may use it until then.
+    EXPECT_NE(engineState.quitEvent.load(), nullptr);
+    EXPECT_EQ(SimEnd(), "");
+    EXPECT_NE(ReadFile(DataFile("session.dat")).find("PROFILE:Kept\n"), std::string::npos);
+    for (std::atomic<WakeEvent*>* event :
+         {&engineState.quitEvent, &engineState.dispatchEvent, &engineState.autoclickerWakeEvent,
+          &engineState.keySpammerWakeEvent, &engineState.playWakeEvent, &engineState.timelineAckEvent}) {
+        CloseWakeEvent(event->exchange(nullptr));
+    }
+    DestroyPageHost(MainPage());
+    SetMainPage(nullptr);
 }
 
 TEST_F(MainProcessTest, ARequestToEndBeforeTheMainLoopIsNotLost) {

@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
 #include "platform/files.h"
+#include "platform/linux/last_save.h"
 #include "platform/linux/threads.h"
 
 #include <X11/Xlib.h>
@@ -112,8 +113,6 @@ void ReleaseLock(int* lock) {
     }
 }
 
-// The crash handler. Set once at the start, read by the signal handler.
-std::atomic<void (*)()> crashSave{nullptr};
 std::atomic<pid_t> crashingThread{0};
 
 constexpr unsigned kSaveSeconds = 5;  // a save that waits for a lock of the crashed thread must end
@@ -124,9 +123,7 @@ void OnFatalSignal(int signalNumber) {
     if (crashingThread.compare_exchange_strong(nobody, self)) {
         std::signal(SIGALRM, SIG_DFL);
         alarm(kSaveSeconds);
-        if (void (*save)() = crashSave.load()) {
-            save();
-        }
+        RunLastSave();
     } else if (nobody != self) {
         // Another thread is saving. The process ends when it has finished.
         for (;;) {
@@ -152,6 +149,10 @@ void PrepareProcess() {
 }
 
 void EndProcess() {}
+
+void EndProcessAtOnce(int exitCode) {
+    _exit(exitCode);
+}
 
 void EnsureConsole() {}
 
@@ -215,7 +216,7 @@ void ReleaseSingleInstance() {
 }
 
 void SetCrashHandler(void (*save)()) {
-    crashSave.store(save);
+    SetLastSave(save);
     SetUpThread();
     struct sigaction action {};
     action.sa_handler = OnFatalSignal;

@@ -1,6 +1,7 @@
 #include "platform/linux/x11_display.h"
 
 #include "platform/clock.h"
+#include "platform/linux/last_save.h"
 
 #include <X11/Xresource.h>
 #include <X11/Xutil.h>
@@ -29,10 +30,15 @@ int OnProtocolError(Display* display, XErrorEvent* event) {
     return IsOwn(display) || older == nullptr ? 0 : older(display, event);
 }
 
-// The default handler of Xlib ends the process. Returning calls the connection's own handler, below.
+// For our connections, returning calls the connection's own handler, below. The handler of any other connection, which
+// is that of the window, ends the process at once.
 int OnLoss(Display* display) {
+    if (IsOwn(display)) {
+        return 0;
+    }
+    RunLastSave();
     const XIOErrorHandler older = olderLossHandler.load();
-    return IsOwn(display) || older == nullptr ? 0 : older(display);
+    return older == nullptr ? 0 : older(display);
 }
 
 // Another library may have set its handlers since. Ours call them for connections that are not ours.

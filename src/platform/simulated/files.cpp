@@ -1,6 +1,7 @@
 // Real files, with failures on demand.
 #include "platform/simulated/files.h"
 
+#include "platform/clock.h"
 #include "platform/files.h"
 
 #include <atomic>
@@ -24,10 +25,14 @@ std::atomic<int> operations{0};
 std::atomic<int> failingOperation{0};
 std::atomic<SimFileFault> failingFault{SimFileFault::Refused};
 std::atomic<bool> failsPermanently{false};
+std::atomic<uint32_t> nextDelay{0};
 
 // Counts the operation that begins here. Returns its fault, if any.
 std::optional<SimFileFault> NextFault(const std::string& path) {
     const int number = ++operations;
+    if (const uint32_t delay = nextDelay.exchange(0)) {
+        SleepMilliseconds(delay);
+    }
     const int failing = failingOperation;
     if (failing != 0 && (number == failing || (failsPermanently && number > failing))) {
         return failingFault;
@@ -227,6 +232,10 @@ void SimFailFileOperation(int number, SimFileFault fault, bool permanently) {
     failingOperation = number == 0 ? 0 : operations + number;
 }
 
+void SimDelayFileOperation(uint32_t milliseconds) {
+    nextDelay = milliseconds;
+}
+
 void SimFailPath(const std::string& path) {
     if (path.empty()) {
         state.failingPaths.clear();
@@ -248,6 +257,7 @@ void SimSetTextLineEnd(std::string_view lineEnd) {
 }
 
 void SimResetFiles() {
+    nextDelay = 0;
     state = FileState();
     operations = 0;
     failingOperation = 0;

@@ -14,6 +14,7 @@ struct ProcessState {
     std::set<std::string> namesOfOthers;
     std::set<std::string> ownNames;
     void (*crashHandler)() = nullptr;
+    bool endedAtOnce = false;
 };
 
 ProcessState state;
@@ -23,6 +24,10 @@ ProcessState state;
 void PrepareProcess() {}
 
 void EndProcess() {}
+
+void EndProcessAtOnce(int /*exitCode*/) {
+    state.endedAtOnce = true;
+}
 
 void EnsureConsole() {}
 
@@ -76,6 +81,10 @@ void SimTakeInstanceName(const std::string& name) {
 
 bool SimOwnsInstanceName(const std::string& name) {
     return state.ownNames.count(name) != 0;
+}
+
+bool SimProcessEndedAtOnce() {
+    return state.endedAtOnce;
 }
 
 void SimCrash() {

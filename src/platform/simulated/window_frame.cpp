@@ -138,3 +138,9 @@ void SimDropFiles(const std::vector<std::string>& paths) {
         SimGetDesktop().handlers.filesDropped(paths);
     }
 }
+
+void SimEndSession() {
+    if (SimGetDesktop().handlers.sessionEnding != nullptr) {
+        SimGetDesktop().handlers.sessionEnding();
+    }
+}

@@ -8,4 +8,5 @@
 
 void SimMovePageWindow(const ScreenRectangle& outer);
 void SimMaximisePageWindow(bool maximised);
+void SimEndSession();  // the user logs off
 void SimDropFiles(const std::vector<std::string>& paths);

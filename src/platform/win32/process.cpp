@@ -40,6 +40,11 @@ void EndProcess() {
     CoUninitialize();
 }
 
+// Not ExitProcess: it ends the other threads first and then waits for locks that they may hold.
+void EndProcessAtOnce(int exitCode) {
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
+}
+
 void EnsureConsole() {
     HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     if (output != nullptr && output != INVALID_HANDLE_VALUE) {

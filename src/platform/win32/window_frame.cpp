@@ -57,8 +57,12 @@ void ReportDrop(HDROP drop) {
 
 LRESULT CALLBACK MainFrameWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     try {
-        if (message == WM_EXITSIZEMOVE || message == WM_DESTROY) {
+        const bool sessionEnds = message == WM_ENDSESSION && wParam != FALSE;
+        if (message == WM_EXITSIZEMOVE || message == WM_DESTROY || sessionEnds) {
             ReportPlacement(window);
+        }
+        if (sessionEnds && watchHandlers.sessionEnding) {
+            watchHandlers.sessionEnding();
         }
         if (message == WM_DROPFILES) {
             ReportDrop(reinterpret_cast<HDROP>(wParam));
