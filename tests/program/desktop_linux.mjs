@@ -100,6 +100,7 @@ export async function openDesktop(folder, { windowManager = 'openbox' } = {}) {
       env,
       inputDisplay: outer.display,
       repeatKeys, // as desktops do by default
+      killServer: () => stop(inner),
       screenshot: (file) => spawnSync('import', ['-window', 'root', file], { env, timeout: 10000 }),
       close: async () => {
         for (const child of children.reverse()) await stop(child);

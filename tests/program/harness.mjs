@@ -404,6 +404,15 @@ export class Observer {
   closeWindow(title) {
     this.send(`close ${title}`);
   }
+  // From now on it reads its input as fast as it can and reports none of it.
+  async mute() {
+    this.send('mute');
+    await this.window('');
+  }
+  // Windows: what the system does when the user logs off.
+  endSession(title) {
+    this.send(`endsession ${title}`);
+  }
   minimiseWindow(title) {
     this.send(`minimise ${title}`);
   }

@@ -4,6 +4,7 @@
 //   window TITLE     describe another program's window: found, bounds without and with its frame, whether it is
 //                    minimised, maximised, has the keyboard, is on top
 //   close TITLE      ask it to close, as its frame's button does
+//   mute             from now on read input without a report
 //   minimise TITLE, maximise TITLE, unmaximise TITLE
 //   grabbed INPUT    whether another program has reserved "keyboard" (all of it), "key CODE" or "button NUMBER"
 // The end of standard input ends it.
@@ -26,6 +27,8 @@
 #include <vector>
 
 namespace {
+
+bool muted = false;
 
 int64_t Microseconds() {
     timespec now = {};
@@ -183,7 +186,9 @@ void Obey(Display* display, Window own, const std::string& line) {
     const size_t space = line.find(' ');
     const std::string verb = line.substr(0, space);
     const std::string title = space == std::string::npos ? "" : line.substr(space + 1);
-    if (verb == "focus") {
+    if (verb == "mute") {
+        muted = true;
+    } else if (verb == "focus") {
         AskForFocus(display, own);
     } else if (verb == "window") {
         PrintWindow(display, title);
@@ -213,6 +218,9 @@ void PrintPlace(Display* display, Window window) {
 }
 
 void PrintEvent(Display* display, const XEvent& event) {
+    if (muted) {
+        return;
+    }
     const int64_t now = Microseconds();
     switch (event.type) {
     case KeyPress:

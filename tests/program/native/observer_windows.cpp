@@ -4,12 +4,15 @@
 //   focus            ask for the keyboard
 //   window TITLE     describe another program's window: found, bounds, whether it is minimised, has the keyboard, is on top
 //   close TITLE      ask it to close, as its frame's button does
+//   mute             from now on read input without a report
+//   endsession TITLE tell it that the user's session ends
 //   minimise TITLE
 // The end of standard input ends it.
 #ifdef _WIN32
 #include <windows.h>
 #include <windowsx.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -82,7 +85,17 @@ void PrintPlace(HWND window) {
     PrintLine(line);
 }
 
+std::atomic<bool> muted{false};
+
+bool IsInput(UINT message) {
+    return (message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
+           (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST);
+}
+
 LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (muted && IsInput(message)) {
+        return 0;
+    }
     char line[160];
     switch (message) {
     case WM_KEYDOWN:
@@ -182,11 +195,20 @@ DWORD WINAPI ReadCommands(void* context) {
             PostMessageW(own, kFocusMessage, 0, 0);
             continue;
         }
+        if (verb == "mute") {
+            muted = true;
+            continue;
+        }
         HWND window = FindWindowA(nullptr, title.c_str());
         if (verb == "window") {
             PrintOtherWindow(window);
         } else if (window && verb == "close") {
             PostMessageW(window, WM_CLOSE, 0, 0);
+        } else if (window && verb == "endsession") {
+            // As the system sends it when the user logs off.
+            if (SendMessageW(window, WM_QUERYENDSESSION, 0, 0)) {
+                SendMessageW(window, WM_ENDSESSION, TRUE, 0);
+            }
         } else if (window && verb == "minimise") {
             PostMessageW(window, WM_SYSCOMMAND, SC_MINIMIZE, 0);
         } else if (window && verb == "maximise") {
