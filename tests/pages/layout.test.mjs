@@ -130,7 +130,7 @@ for (const width of [720, 1000, 1280, 1600]) {
         const box = (selector) => document.querySelector(selector).getBoundingClientRect();
         return [
           [box('.state-line__icon').left, box('.panel').left],
-          [box('.preferences-button').right, box('.panel').right],
+          [box('.preferences-button:last-child').right, box('.panel').right],
         ];
       });
       for (const [one, other] of edges) assert.ok(Math.abs(one - other) <= 2, `${one} and ${other}`);
