@@ -163,8 +163,8 @@ TEST_F(AdditionalCommands, BatchEditsReportTheNewRevision) {
     EXPECT_EQ(edit, "{\"done\":true,\"revision\":" + Progress("revision") + ",\"changed\":1}");
     EXPECT_NE(Progress("revision"), before);
     EXPECT_EQ(RigPage("deleteMacroEvents", before + ",0"), R"({"done":false,"reason":"revision"})");
-    EXPECT_EQ(RigPage("addMissingReleases", Progress("revision")),
-              "{\"done\":true,\"revision\":" + Progress("revision") + ",\"changed\":1}");
+    const std::string releases = RigPage("addMissingReleases", Progress("revision"));
+    EXPECT_EQ(releases, "{\"done\":true,\"revision\":" + Progress("revision") + ",\"changed\":1}");
     EXPECT_EQ(RigMacro().back(), KeyEvent(0.2, 'B', false));
 }
 
