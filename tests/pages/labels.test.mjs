@@ -146,6 +146,26 @@ pageTest('a number with the focus has one ring', {}, async (page) => {
   assert.deepEqual(outlines, ['none', 'solid']);
 });
 
+pageTest(
+  'the list of events has one ring: at its cursor, else around it',
+  { events: kKeyMacro },
+  async (page) => {
+    const outlines = () =>
+      page.evaluate(() =>
+        ['#events', '#events .list__row--active']
+          .map((selector) => document.querySelector(selector))
+          .filter((element) => element && getComputedStyle(element).outlineStyle !== 'none')
+          .map((element) => element.id),
+      );
+    await textBox(page, 'Event time').focus();
+    await page.locator('#events').focus();
+    await page.keyboard.press('Shift');
+    assert.deepEqual(await outlines(), ['events']);
+    await page.keyboard.press('ArrowDown');
+    assert.deepEqual(await outlines(), ['events-0']);
+  },
+);
+
 pageTest('no ring stays while another window has the keyboard', {}, async (page) => {
   const ring = () =>
     page.evaluate(() => getComputedStyle(document.activeElement.closest('.number, .button')).outlineColor);

@@ -25,7 +25,7 @@ export function HelpButton() {
   return (
     <button
       type="button"
-      class="preferences-button"
+      class="preferences-button help-button"
       aria-label="Help"
       title="Opens the guide and the list of all keys. Key: F1."
       aria-haspopup="dialog"
