@@ -121,6 +121,7 @@ struct SinkNotes {
     bool consumeButtons = false;
     int interestReads = 0;
     uint32_t interestCode = 0;
+    bool wantsRawMotion = false;
 };
 SinkNotes notes;
 
@@ -144,6 +145,7 @@ void NoteSession(SessionChange change) {
 void NoteInterest(HookInterest* interest) {
     ++notes.interestReads;
     interest->codes[0] = notes.interestCode;
+    interest->rawMotion = notes.wantsRawMotion;
     interest->codeCount = 1;
 }
 
@@ -229,6 +231,11 @@ TEST_F(SimulatedHooks, MouseEventsCarryPointButtonWheelAndTime) {
 }
 
 TEST_F(SimulatedHooks, RawReportsAndSessionChangesArrive) {
+    SimRawMove(1, 1);
+    SimSettle();
+    EXPECT_EQ(notes.raw.size(), 0U);  // nobody wants it
+    notes.wantsRawMotion = true;
+    HookInterestChanged();
     SimRawMove(4, -2);
     SimSessionChange(SessionChange::Lock);
     SimSettle();
