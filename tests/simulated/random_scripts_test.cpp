@@ -327,6 +327,8 @@ void TakeStep(const Step& step) {
 void CheckReleases() {
     RunScriptStep("request requestStopPlay requestStopRecord requestStopAutoclicker requestStopKeySpammer");
     RunScriptStep("wait 100");
+    // With no repeats left the autoclicker would end by itself, which releases nothing.
+    RunScriptStep("page updateSpammer 0,0,0,5,0,0,1,10,0");
     RunScriptStep("request requestStartAutoclicker requestStartKeySpammer");
     RunScriptStep("wait 5");
     RunScriptStep("request requestStopAutoclicker requestStopKeySpammer");
