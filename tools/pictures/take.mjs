@@ -71,7 +71,7 @@ const showMacroDrawn = () =>
   waitUntil(
     () =>
       program.page.evaluate(() =>
-        ['.picture__canvas', '.strip__canvas'].every(
+        ['.pointer-path__canvas', '.strip__canvas'].every(
           (name) => Number(document.querySelector(name)?.dataset.events) > 100,
         ),
       ),
@@ -178,14 +178,15 @@ const pictures = {
     const time = program.page.getByRole('slider', { name: 'Time in the macro' });
     const lanes = await boxOf(time);
     await program.page.mouse.move(lanes.x + lanes.width * 0.52, lanes.y + lanes.height / 2);
-    await saveBetween('macro', panel('Macro'), program.page.getByLabel('After playback'));
+    const title = panel('Macro').getByText('Timing', { exact: true });
+    await saveBetween('macro', title, program.page.locator('.pointer-path'));
   },
 
   async looping() {
     await startProgram();
     await openField();
     await showMacroDrawn();
-    await showUnderState(panel('Macro').getByText('Path and timing'), 445);
+    await showUnderState(panel('Macro').getByText('Playback', { exact: true }), 520);
     await fixture.input.tap(Key.F7);
     await program.waitForStateText(/Playing, clicking/);
     await pointAway();
@@ -245,6 +246,9 @@ const pictures = {
     await startProgram({ warns: true });
     await size(880);
     await program.press('Preferences');
+    // The folder of this run would be another one in each picture.
+    const folderOfRun = program.page.locator('.about__path');
+    await folderOfRun.evaluate((element) => (element.textContent = '/home/me/.local/share/Varnelle'));
     await saveDialog('preferences', 'dialog');
   },
 
