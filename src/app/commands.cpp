@@ -108,6 +108,10 @@ std::string DuplicateProfileCommand(const std::string& request) {
     return ActionResult(valid ? DuplicateProfile(index) : Refusal::Argument);
 }
 
+std::string LockHotkeysCommand(const std::string&) {
+    return ActionResult(LockHotkeys() ? Refusal::None : Refusal::Unknown);
+}
+
 std::string SetHotkeyCommand(const std::string& request) {
     const std::string text = ArgText(request);
     const size_t comma = text.find(',');
@@ -258,6 +262,7 @@ constexpr PageCommand kMainProcessCommands[] = {
      UseImportedSettingsCommand, true},
     {"exportMacro", "", "ask for a file name, propose the profile's, and write the current profile",
      Report<ExportMacro>, true},
+    {"lockHotkeys", "", "lock the hotkeys as the unlock hotkey does", LockHotkeysCommand, true},
 };
 
 }  // namespace

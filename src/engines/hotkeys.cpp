@@ -58,10 +58,10 @@ bool CaptureCode(uint32_t code, bool (*captures)(uint32_t target, uint32_t code)
     return true;
 }
 
-void ToggleLock() {
-    const bool unlockedNow = !engineState.unlocked;
-    engineState.unlocked = unlockedNow;
-    if (!unlockedNow) {
+// The caller wakes the dispatcher.
+void SetUnlocked(bool unlocked) {
+    engineState.unlocked = unlocked;
+    if (!unlocked) {
         engineState.requestStopAutoclicker = true;
         engineState.requestStopKeySpammer = true;
         engineState.requestStopPlay = true;
@@ -169,7 +169,7 @@ HookDecision DecideButton(uint32_t button, bool press) {
 
 bool HotkeyPressed(uint32_t code) {
     if (code == hotkeyTable.unlock && engineState.lockOn) {
-        ToggleLock();
+        SetUnlocked(!engineState.unlocked);
     } else if ((engineState.lockOn && !engineState.unlocked) || !RaiseForBinding(code)) {
         return false;
     }
@@ -322,6 +322,17 @@ std::string HotkeyCodesReport() {
 void CancelLocationPick() {
     engineState.pickingLocation = false;
     HookInterestChanged();
+}
+
+bool LockHotkeys() {
+    if (!engineState.lockOn || !engineState.hotkeysEnabled) {
+        return false;
+    }
+    if (engineState.unlocked) {
+        SetUnlocked(false);
+        WakeDispatcher();
+    }
+    return true;
 }
 
 void ResetHotkeys() {

@@ -44,5 +44,8 @@ bool SetHotkey(std::string_view target, uint32_t code);
 std::string HotkeyCodesReport();
 // Cancels the wait for the place to click. Does nothing without one.
 void CancelLocationPick();
+// Any thread. Locks the hotkeys and stops what a press of the unlock hotkey stops; nothing if they are locked. Returns
+// false if no key could unlock them: the lock or all hotkeys are off.
+bool LockHotkeys();
 // Sets the five bindings to F8, F7, F6, F9, F10.
 void ResetHotkeys();

@@ -85,6 +85,24 @@ test('the lock stops the tools, and the other hotkeys become ordinary keys', asy
   assert.deepEqual(observer.keys(), []);
 });
 
+test('Lock now does what the unlock hotkey does, and that key unlocks', async () => {
+  await begin();
+  await input.tap(Key.F6);
+  await clicking(true);
+  await program.press('Lock now');
+  await program.waitForStatus((s) => !s.unlocked && !s.autoClicking, 'locked, and it stops');
+  await program.waitForStateText(/locked[\s\S]*F10/i);
+  await observer.waitUntilGrabbed(`key ${Key.F6}`, false);
+  await observer.takeFocus();
+  await observer.settle();
+  observer.clear();
+  await input.tap(Key.F6);
+  await waitUntil(() => observer.keys().length === 2, 'F6 is an ordinary key now');
+  assert.equal(program.status().autoClicking, false);
+  await input.tap(Key.F10);
+  await program.waitForUnlocked(observer);
+});
+
 test('a captured key becomes the hotkey, and the old one an ordinary key', async () => {
   await begin();
   const before = program.status().hkAuto;

@@ -43,6 +43,20 @@ TEST_F(AdditionalCommands, ProgressCountsTheClicksAndPressesOfThisRun) {
     EXPECT_EQ(Progress("clicks"), "2");
 }
 
+TEST_F(AdditionalCommands, LockHotkeysStopsWhatRunsExceptARecording) {
+    RigPage("startSpammer");
+    RigPage("startRecording");
+    SimRunFor(20);
+    EXPECT_TRUE(engineState.autoClicking);
+    EXPECT_EQ(RigPage("lockHotkeys"), R"({"done":true})");
+    SimSettle();
+    EXPECT_FALSE(engineState.autoClicking);
+    EXPECT_TRUE(engineState.recording);
+    EXPECT_FALSE(engineState.unlocked);
+    engineState.lockOn = false;
+    EXPECT_EQ(RigPage("lockHotkeys"), R"({"done":false,"reason":"unknown"})");
+}
+
 TEST_F(AdditionalCommands, ProgressFollowsTheRoundsOfAPlayback) {
     SetRigMacro({KeyEvent(0.1, 'A', true), KeyEvent(0.2, 'A', false), KeyEvent(0.4, 'B', true)});
     macroSettings.loop = true;

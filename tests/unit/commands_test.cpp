@@ -124,6 +124,7 @@ TEST_F(CommandsTest, AreBoundInTheirFixedOrder) {
         "getLastImport",
         "useImportedSettings",
         "exportMacro",
+        "lockHotkeys",
     };
     constexpr int kCommon = 42;  // additional ones follow
     int count = 0;
@@ -323,8 +324,9 @@ TEST_F(CommandsTest, AdditionalCommandsSayWhetherTheyWereDone) {
     EXPECT_EQ(Call("renameProfile", "[\"0,B\"]"), R"({"done":false,"reason":"default"})");
     EXPECT_EQ(Call("duplicateProfile", "[\"1\"]"), done);
     EXPECT_EQ(Call("moveProfile", "[\"2,0\"]"), done);
-    EXPECT_NE(Call("getProfiles").find(R"j("current":0,"names":["B, C (2)","Default Tracking Profile","B, C"])j"),
-              std::string::npos);
+    EXPECT_NE(
+        Call("getProfiles").find(R"j("current":0,"names":["B, C (2)","Default Tracking Profile","B, C"])j"),
+        std::string::npos);
     engineState.recording = true;
     EXPECT_EQ(Call("moveProfile", "[\"2,0\"]"), R"({"done":false,"reason":"recording"})");
     EXPECT_EQ(Call("setHotkey", "[\"rec,65\"]"), done);

@@ -480,6 +480,34 @@ TEST_F(HotkeysTest, CodesWithANameOfOurOwn) {
     EXPECT_FALSE(KeyNameText(kF8).empty());
 }
 
+TEST_F(HotkeysTest, LockHotkeysLocksAndStopsAsTheUnlockHotkeyDoes) {
+    std::atomic<bool>* const stops[] = {&engineState.requestStopAutoclicker,
+                                        &engineState.requestStopKeySpammer, &engineState.requestStopPlay};
+    EXPECT_TRUE(LockHotkeys());
+    EXPECT_FALSE(engineState.unlocked);
+    EXPECT_FALSE(engineState.requestStopRecord);
+    for (std::atomic<bool>* stop : stops) {
+        EXPECT_TRUE(stop->exchange(false));
+    }
+    EXPECT_TRUE(LockHotkeys());  // locked already
+    for (std::atomic<bool>* stop : stops) {
+        EXPECT_FALSE(*stop);
+    }
+    EXPECT_EQ(DecideKey(kF6, true), HookDecision::Pass);
+    EXPECT_EQ(DecideKey(hotkeyTable.unlock, true), HookDecision::Consume);
+    EXPECT_TRUE(engineState.unlocked);
+}
+
+TEST_F(HotkeysTest, LockHotkeysRefusesIfNoKeyCouldUnlock) {
+    engineState.lockOn = false;
+    EXPECT_FALSE(LockHotkeys());
+    engineState.lockOn = true;
+    engineState.hotkeysEnabled = false;
+    EXPECT_FALSE(LockHotkeys());
+    EXPECT_TRUE(engineState.unlocked);
+    EXPECT_FALSE(engineState.requestStopAutoclicker);
+}
+
 TEST_F(HotkeysTest, SetHotkeyStoresWhatACaptureCould) {
     const std::pair<const char*, std::atomic<uint32_t>*> bindings[] = {
         {"rec", &hotkeyTable.record},       {"play", &hotkeyTable.play},
