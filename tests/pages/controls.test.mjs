@@ -5,16 +5,18 @@ import {
   callsOf,
   chooseProfile,
   describe,
-  event,
   expectCall,
   focused,
   forgetCalls,
   kKeyMacro,
+  moveTo,
   namesOfCalls,
   pageTest,
+  picture,
   profileBox,
   profileNames,
   settled,
+  stateText,
   stopClock,
   textBox,
 } from './page_test.mjs';
@@ -77,7 +79,7 @@ const rows = [
   ['undo', (p) => button(p, 'Undo').click(), 'undoContinueRecording', '', { status: { canUndoContinue: true } }],
   ['play', (p) => button(p, 'Play').click(), 'startPlayback', '', kMacro],
   ['stop playing', (p) => button(p, 'Stop').click(), 'stopPlayback', '', { status: { state: 'Playing' } }],
-  ['optimise', (p) => button(p, 'Optimise').click(), 'optimizeMacro', '', { events: Array(3).fill(event(0, 'Abs Move to X:1 Y:1')) }],
+  ['optimise', (p) => button(p, 'Optimise').click(), 'optimizeMacro', '', { events: Array(3).fill(moveTo(0, 1, 1)) }],
   ['moves', (p) => p.getByLabel('Moves', { exact: true }).click(), 'updateTracker', 'false,true,true,true,false,1,false,500'],
   ['buttons', (p) => p.getByLabel('Buttons').click(), 'updateTracker', 'true,false,true,true,false,1,false,500'],
   ['wheel', (p) => p.getByLabel('Wheel').click(), 'updateTracker', 'true,true,false,true,false,1,false,500'],
@@ -94,7 +96,6 @@ const rows = [
   ['change record hotkey', (p) => button(p, 'Change the record hotkey').click(), 'reassignKey', 'rec'],
   ['change play hotkey', (p) => button(p, 'Change the play hotkey').click(), 'reassignKey', 'play'],
   ['change unlock hotkey', (p) => button(p, 'Change the unlock hotkey').click(), 'reassignKey', 'unlock'],
-  ['reset hotkeys', (p) => button(p, 'Reset hotkeys').click(), 'resetHotkeys', ''],
 ]; // prettier-ignore
 
 describe('a control sends one command', { concurrency: 6 }, () => {
@@ -439,19 +440,132 @@ pageTest(
   },
 );
 
-pageTest('a pick ends with a new location or with a press on the page', {}, async (page) => {
-  const waiting = page.getByText('Click the location. Right-click cancels.');
-  await button(page, 'Pick location').click();
-  await waiting.waitFor();
-  await page.evaluate(() => host.setSettings({ autoclicker: { locationMode: 1, fixedX: 640, fixedY: 360 } }));
+const kPickHint = 'Click the location. Esc or a right click cancels.';
+pageTest('a pick ends with a new location, by Esc, by Cancel or elsewhere', {}, async (page) => {
+  const waiting = page.getByText(kPickHint);
+  const begin = async () => {
+    await button(page, 'Pick location').click();
+    await waiting.waitFor();
+  };
+  const picking = () => page.evaluate(() => JSON.parse(host.commands.getProgress()).picking);
+  await begin();
+  await page.host.set({
+    progress: { picking: false },
+    settings: { autoclicker: { locationMode: 1, fixedX: 640, fixedY: 360 } },
+  });
   await page.getByText('Fixed location: X 640, Y 360').waitFor();
   assert.ok(await page.getByLabel('Fixed', { exact: true }).isChecked());
 
-  await button(page, 'Pick location').click();
-  await waiting.waitFor();
-  await page.locator('#panel-spammer h2').click();
+  await begin();
+  await picture(page, 'picking-cancel');
+  await page.keyboard.press('Escape');
   await waiting.waitFor({ state: 'detached' });
-  const asked = (await callsOf(page, 'getSettings')).length;
+  assert.equal(await picking(), false);
+  for (const name of ['Cancel picking', 'Cancel the pick']) {
+    await begin();
+    await button(page, name).click();
+    await waiting.waitFor({ state: 'detached' });
+    assert.equal(await picking(), false, name);
+  }
+  assert.equal((await callsOf(page, 'cancelPick')).length, 3);
+
+  // A right click outside ends it in the program.
+  await begin();
+  await page.host.set({ progress: { picking: false } });
+  assert.equal(await waiting.count(), 0);
+  assert.match(await stateText(page), /^Idle/);
+});
+
+pageTest('choosing Fixed without a location picks one', {}, async (page) => {
+  await page.getByLabel('Fixed', { exact: true }).click();
+  await page.getByText(kPickHint).waitFor();
+  assert.equal((await callsOf(page, 'pickLocation')).length, 1);
+  await page.keyboard.press('Escape');
+  await page.getByText('No location yet. Pick one.').waitFor();
+
+  // With a location, Fixed takes it.
+  await page.getByLabel('At pointer', { exact: true }).click();
+  await page.host.setSettings({ autoclicker: { fixedX: 5 } });
+  await button(page, 'Pick location').click();
+  await page.keyboard.press('Escape');
+  await page.getByText(kPickHint).waitFor({ state: 'detached' });
   await settled(page);
-  assert.equal((await callsOf(page, 'getSettings')).length, asked, 'the page stops reading the settings');
+  await forgetCalls(page);
+  await page.getByLabel('Fixed', { exact: true }).click();
+  await page.getByText('Fixed location: X 5, Y 0').waitFor();
+  await settled(page);
+  assert.deepEqual(await callsOf(page, 'pickLocation'), []);
+});
+
+describe('the countdown before a start', () => {
+  const kCounted = { ownContext: true, countdownSeconds: 3 };
+  const starts = (page) => callsOf(page, 'startSpammer');
+
+  pageTest('counts down and starts, without the focus on the button', kCounted, async (page) => {
+    await stopClock(page);
+    await button(page, 'Start clicking').click();
+    await page.getByText('Starting in 3').waitFor();
+    assert.equal(await stateText(page), 'Starting in 3 Move to your target. Esc cancels.');
+    assert.equal(await page.evaluate(() => document.activeElement === document.body), true);
+    await picture(page, 'countdown');
+    await page.clock.runFor(1000);
+    await page.getByText('Starting in 2').waitFor();
+    await page.keyboard.press('Space');
+    await page.clock.runFor(1000);
+    await page.getByText('Starting in 1').waitFor();
+    assert.deepEqual(await starts(page), []);
+    await page.clock.runFor(1000);
+    await page.getByText('Clicking, 0 clicks').waitFor();
+    assert.deepEqual(await starts(page), ['']);
+  });
+
+  pageTest('ends by Esc, by Cancel, by Stop and when the hotkey starts the tool', kCounted, async (page) => {
+    await stopClock(page);
+    const over = page.getByText('Starting in 3');
+    const ends = [
+      () => page.keyboard.press('Escape'),
+      () => button(page, 'Cancel the start').click(),
+      () => button(page, 'Stop pressing').click(),
+    ];
+    for (const end of ends) {
+      await button(page, 'Start pressing').click();
+      await over.waitFor();
+      await end();
+      await over.waitFor({ state: 'detached' });
+      await page.clock.runFor(5000);
+      await button(page, 'Start pressing').waitFor();
+      assert.deepEqual(await callsOf(page, 'startKeySpam'), []);
+    }
+    await button(page, 'Start pressing').click();
+    await over.waitFor();
+    await page.host.setStatus({ keySpammerRunning: true });
+    await over.waitFor({ state: 'detached' });
+    await page.clock.runFor(5000);
+    assert.deepEqual(await callsOf(page, 'startKeySpam'), [], 'not started twice');
+  });
+
+  pageTest('is left out for a fixed location', { countdownSeconds: 3 }, async (page) => {
+    await page.host.setSettings({ autoclicker: { locationMode: 1, fixedX: 9, fixedY: 9 } });
+    await page.evaluate(() => host.setProgress({ picking: true }));
+    await settled(page);
+    await page.host.set({ progress: { picking: false } });
+    await page.getByText('Fixed location: X 9, Y 9').waitFor();
+    await button(page, 'Start clicking').click();
+    assert.deepEqual(await expectCall(page, 'startSpammer'), ['']);
+  });
+
+  pageTest('has its length in the preferences', { countdownSeconds: 3 }, async (page) => {
+    await button(page, 'Preferences').click();
+    const field = textBox(page, 'Countdown before a start');
+    assert.equal(await field.inputValue(), '3');
+    await field.fill('11');
+    await page.getByText('Enter 0 to 10').first().waitFor();
+    await field.fill('0');
+    await field.press('Enter');
+    assert.deepEqual(await expectCall(page, 'setAdditionalSetting'), ['countdownSeconds,0']);
+    await picture(page, 'preferences-countdown');
+    await button(page, 'Close').click();
+    await button(page, 'Start clicking').click();
+    assert.deepEqual(await expectCall(page, 'startSpammer'), ['']);
+  });
 });

@@ -57,7 +57,26 @@
  * @property {string} licenceFolder
  * @property {{part: string, licence: string, file: string}[]} licences
  *
- * @typedef {{time: number, desc: string}} HostEvent
+ * @typedef {object} HostEvent
+ * @property {number} time seconds
+ * @property {'move' | 'rawMove' | 'button' | 'key' | 'wheel' | 'tool' | 'unknown'} type
+ * @property {number} [x]
+ * @property {number} [y]
+ * @property {'left' | 'right' | 'middle' | 'side' | 'other'} [button]
+ * @property {boolean} [down] of a button, key or tool
+ * @property {number} [virtualKey]
+ * @property {number} [wheel] delta
+ * @property {'autoclicker' | 'keySpammer'} [tool]
+ *
+ * @typedef {object} HostProgress counts of what runs; the host adds the revisions
+ * @property {number} clicks
+ * @property {number} presses
+ * @property {number} playRound
+ * @property {number} playSeconds
+ * @property {number} playEvent
+ * @property {number} recordSeconds
+ * @property {number} recordEvents
+ * @property {boolean} picking
  *
  * @typedef {object} HostState what a test may set, each part by a setter of its name
  * @property {Partial<HostStatus>} [status]
@@ -67,11 +86,17 @@
  * @property {Partial<HostPreferences>} [preferences]
  * @property {Partial<HostAbout>} [about]
  * @property {HostEvent[]} [events]
- * @property {number} [manyEvents] so many moves, a millisecond apart, whose report is one prepared text
+ * @property {number} [manyEvents] so many moves, a millisecond apart
+ * @property {Partial<HostProgress>} [progress]
  * @property {object | null} [pendingImport] the document of the pending import
  * @property {object} [pendingSummary]
  * @property {object} [importOutcome] what the import dialog returns
- * @property {{name?: string, hasSettings?: boolean}} [importedProfile] what an import adds
+ * @property {{name?: string, hasSettings?: boolean, events?: number, skippedLines?: number}} [importedProfile] what an
+ *   import adds
+ * @property {object} [lastImport] what getLastImport returns
+ * @property {Record<string, number>} [hotkeyCodes]
+ * @property {number} [countdownSeconds] 0 at first
+ * @property {{outcome: string, file?: string, message?: string}} [exportOutcome]
  * @property {string} [earlyAlert] a message from before the page
  * @property {Record<string, string>} [failing] commands that are rejected, with the text
  * @property {string[]} [silent] commands that are never answered
@@ -151,6 +176,29 @@
         defaultName: 'Default Tracking Profile',
     };
 
+    /** @type {HostProgress} */
+    const progress = {
+        clicks: 0,
+        presses: 0,
+        playRound: 0,
+        playSeconds: 0,
+        playEvent: 0,
+        recordSeconds: 0,
+        recordEvents: 0,
+        picking: false,
+    };
+    const kKeyNames = {
+        ...Object.fromEntries(
+            [...'ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789'].map((one) => [one.charCodeAt(0), one]),
+        ),
+        ...Object.fromEntries(Array.from({ length: 12 }, (_, i) => [112 + i, `F${i + 1}`])),
+        8: 'Backspace',
+        32: 'Space',
+        100: 'Num 4',
+        160: 'Left Shift',
+        163: 'Right Ctrl',
+    };
+
     // The wire names, in the order of the settings report and of the update commands.
     const kSettingsWire = {
         autoclicker: {
@@ -202,11 +250,29 @@
 
     const promises = {}; // the library's own table, which it never empties
     let events = [];
-    let eventsText = ''; // the prepared report of many events
+    // The program raises these itself. Here a report compares the rows with those of the report before, so that a test
+    // may change the events in any way.
+    let revision = 1;
+    let rewritten = 1;
+    let reportedRows = { list: events, text: '' };
+    // What the program keeps of former macros. `state` is what the other direction brings back.
+    let lastStep = 0;
+    const history = { undo: [], redo: [] };
     let pendingImport = null;
     let pendingSummary = {};
     let importOutcome = { outcome: 'cancelled' };
-    const importedProfile = { name: 'Farm (Imported)', hasSettings: true };
+    const importedProfile = { name: 'Farm (Imported)', hasSettings: true, events: 1, skippedLines: 0 };
+    let lastImport = { id: 0, outcome: 'none' };
+    let exportOutcome = { outcome: 'cancelled' };
+    const additional = { countdownSeconds: 0 }; // the tests of the countdown set it
+    const hotkeyCodes = { record: 119, play: 118, autoclicker: 117, keySpammer: 120, unlock: 121 };
+    const kBindings = {
+        rec: 'record',
+        play: 'play',
+        auto: 'autoclicker',
+        keyspamhotkey: 'keySpammer',
+        unlock: 'unlock',
+    };
     let earlyAlert = '';
     let answerDelay = 0;
     let shortStatus = false;
@@ -251,18 +317,18 @@
         /** @param {Partial<HostAbout>} values */
         setAbout: (values) => assign(about, values, 'about'),
         /** @param {HostEvent[]} list */
-        setEvents: (list) => void ((events = list), (eventsText = '')),
+        setEvents: (list) => void (events = list),
         /** @param {number} count */
         setManyEvents(count) {
-            const rows = [];
-            for (let i = 0; i < count; i++) {
-                rows.push(
-                    `{"id":${i},"time":${(i / 1000).toFixed(6)},"desc":"Abs Move to X:${i % 1920} Y:5"}`,
-                );
-            }
-            eventsText = `[${rows.join(',')}]`;
-            events.length = count;
+            events = Array.from({ length: count }, (_, i) => ({
+                time: i / 1000,
+                type: 'move',
+                x: i % 1920,
+                y: 5,
+            }));
         },
+        /** @param {Partial<HostProgress>} values */
+        setProgress: (values) => assign(progress, values, 'progress'),
         /** @param {object | null} document */
         setPendingImport: (document) => void (pendingImport = document),
         /** @param {object} summary */
@@ -271,6 +337,14 @@
         setImportOutcome: (outcome) => void (importOutcome = outcome),
         /** @param {{name?: string, hasSettings?: boolean}} values */
         setImportedProfile: (values) => assign(importedProfile, values, 'importedProfile'),
+        /** @param {object} values a new import */
+        setLastImport: (values) => void (lastImport = { ...values, id: lastImport.id + 1 }),
+        /** @param {{outcome: string}} outcome */
+        setExportOutcome: (outcome) => void (exportOutcome = outcome),
+        /** @param {Record<string, number>} codes */
+        setHotkeyCodes: (codes) => assign(hotkeyCodes, codes, 'hotkeyCodes'),
+        /** @param {number} seconds */
+        setCountdownSeconds: (seconds) => void (additional.countdownSeconds = seconds),
         /** @param {string} text */
         setEarlyAlert: (text) => void (earlyAlert = text),
         /** @param {Record<string, string>} texts an empty record lets every command succeed again */
@@ -336,6 +410,66 @@
         });
     }
 
+    const kTypes = ['move', 'rawMove', 'button', 'key', 'wheel', 'tool'];
+    const kButtonFlags = { left: [4, 2], right: [16, 8], middle: [64, 32], side: [128, 128], other: [0, 0] };
+    function rowOf({ time, type, x = 0, y = 0, button, down = false, virtualKey = 0, wheel = 0, tool }) {
+        const typeNumber = kTypes.includes(type) ? kTypes.indexOf(type) : 77;
+        const flags = button ? kButtonFlags[button][Number(down)] : 0;
+        const key = tool ? 1 + ['autoclicker', 'keySpammer'].indexOf(tool) : virtualKey;
+        return [typeNumber, time, x, y, flags, key, Number(down), wheel];
+    }
+
+    // Raises the revision if the events differ from the last report's. A change of the last events counts as a change of
+    // all, and of a long macro only the number of events is compared.
+    function noteRevision() {
+        const isLong = events.length > 5000;
+        const text = isLong ? String(events.length) : JSON.stringify(events.map(rowOf)).slice(0, -1);
+        if (events === reportedRows.list && text === reportedRows.text) return;
+        revision++;
+        if (isLong || !text.startsWith(reportedRows.text)) rewritten = revision;
+        reportedRows = { list: events, text };
+    }
+
+    const isBusy = () => (status.state === 'Idle' ? '' : status.state.toLowerCase());
+
+    // Runs an edit of the macro as the program does: refused while something runs or if the macro has changed since.
+    function edit(text, reason, change) {
+        const [asked, ...rest] = text.split(',');
+        noteRevision();
+        const refusal = isBusy() || (Number(asked) === revision ? '' : 'revision');
+        if (refusal) return JSON.stringify({ done: false, reason: refusal });
+        const before = events.map((event) => ({ ...event }));
+        const changed = change(rest);
+        if (changed > 0) keepStep(reason, before);
+        noteRevision();
+        return JSON.stringify({ done: true, revision, changed });
+    }
+
+    function keepStep(reason, before, undo) {
+        const profile = profiles.names[profiles.current];
+        const step = { id: ++lastStep, reason, profile, current: true, events: before.length };
+        history.undo.unshift({ step, before, after: undefined, undo });
+        history.redo = [];
+    }
+
+    function indexesOf(ranges) {
+        return ranges.flatMap((range) => {
+            const [first, last = first] = range.split('-').map(Number);
+            return Array.from({ length: last - first + 1 }, (_, i) => first + i);
+        });
+    }
+
+    // Moves entries from one direction to the other until the step with the id has been moved.
+    function restore(from, to, id, isUndo) {
+        const end = from.findIndex((entry) => entry.step.id === id);
+        for (const entry of from.splice(0, end + 1)) {
+            if (isUndo) entry.after = events;
+            events = (isUndo ? entry.before : entry.after).map((event) => ({ ...event }));
+            if (isUndo) entry.undo?.();
+            to.unshift(entry);
+        }
+    }
+
     const commands = {
         updateSpammer: (text) => update('autoclicker', text),
         startSpammer: () => void (status.autoclickerRunning = true),
@@ -345,7 +479,11 @@
         stopKeySpam: () => void (status.keySpammerRunning = false),
         removeKeySpamTarget: (text) => void status.targets.splice(Number(text), 1),
         setKeySpamChordMode: (text) => void (status.chord = text === '1'),
-        pickLocation: () => {},
+        pickLocation: () => void (progress.picking = true),
+        cancelPick: () => {
+            progress.picking = false;
+            return '{"done":true}';
+        },
         setHoldMode: (text) => {
             const [tool, on] = text.split(',');
             settings.hotkeys[tool === 'auto' ? 'holdAutoclicker' : 'holdKeySpammer'] = on === '1';
@@ -356,34 +494,131 @@
             return JSON.stringify({ done: true });
         },
         resetHotkeys: () => void Object.assign(hotkeys, kDefaultHotkeys),
+        getHotkeys: () =>
+            JSON.stringify(
+                Object.fromEntries(
+                    Object.entries(kBindings).map(([wire, name]) => [wire, hotkeyCodes[name]]),
+                ),
+            ),
+        setHotkey: (text) => {
+            const [wire, code] = text.split(',');
+            hotkeyCodes[kBindings[wire]] = Number(code);
+            hotkeys[kBindings[wire]] = kKeyNames[code] ?? `Key ${code}`;
+            return '{"done":true}';
+        },
+        getAdditionalSettings: () => JSON.stringify(additional),
+        setAdditionalSetting: (text) => {
+            const [key, value] = text.split(',');
+            additional[key] = Number(value);
+            return '{"done":true}';
+        },
         updateTracker: (text) => update('macro', text),
-        startRecording: () => void ((status.state = 'Recording'), (events = [])),
+        startRecording: () => {
+            if (events.length > 0) keepStep('recording', events);
+            status.state = 'Recording';
+            events = [];
+        },
         stopRecording: () => void (status.state = 'Idle'),
         continueRecording: () => void (status.state = 'Recording'),
         undoContinueRecording: () => void (status.canUndoContinue = false),
         startPlayback: () => void (status.state = 'Playing'),
         stopPlayback: () => void (status.state = 'Idle'),
-        optimizeMacro: () => {},
-        getTrackerStatus: statusReport,
-        getMacroEvents: () => eventsText || JSON.stringify(events.map((event, id) => ({ id, ...event }))),
-        deleteEvent: (text) => void events.splice(Number(text), 1),
-        updateEventTime: (text) => {
-            const [index, time] = text.split(',').map(Number);
-            events[index].time = time;
+        optimizeMacro: () => {
+            const [first, last] = [events[0], events.at(-1)];
+            if (events.length < 3) return;
+            keepStep('optimise', events);
+            events = [first, last];
         },
-        clearProfile: () => void (events = []),
+        getTrackerStatus: statusReport,
+        getProgress: () => {
+            noteRevision();
+            return JSON.stringify({ revision, rewritten, ...progress });
+        },
+        getMacroRows: (text) => {
+            noteRevision();
+            const [first = 0, count = Infinity] = text.split(',').filter(Boolean).map(Number);
+            const rows = events.slice(first, first + count).map(rowOf);
+            return JSON.stringify({ revision, rewritten, first, total: events.length, rows });
+        },
+        getKeyNames: () => JSON.stringify(kKeyNames),
+        deleteMacroEvents: (text) =>
+            edit(text, 'edit', (ranges) => {
+                const removed = new Set(indexesOf(ranges));
+                events = events.filter((_, i) => !removed.has(i));
+                return removed.size;
+            }),
+        shiftMacroEvents: (text) =>
+            edit(text, 'edit', ([seconds, ...ranges]) => {
+                const indexes = indexesOf(ranges);
+                for (const i of indexes) events[i].time = Math.max(0, events[i].time + Number(seconds));
+                return indexes.length;
+            }),
+        retimeMacroEvents: (text) =>
+            edit(text, 'edit', (pairs) => {
+                for (let i = 0; i < pairs.length; i += 2)
+                    events[Number(pairs[i])].time = Number(pairs[i + 1]);
+                return pairs.length / 2;
+            }),
+        addMissingReleases: (text) =>
+            edit(text, 'addReleases', () => {
+                const held = new Map();
+                for (const event of events) {
+                    const what = event.type === 'key' ? event.virtualKey : event.button;
+                    if (event.type !== 'key' && event.type !== 'button') continue;
+                    if (event.down) held.set(what, event);
+                    else held.delete(what);
+                }
+                const time = Math.max(0, ...events.map((event) => event.time));
+                events = [...events, ...[...held.values()].map((event) => ({ ...event, time, down: false }))];
+                return held.size;
+            }),
+        getMacroHistory: () =>
+            JSON.stringify({
+                undo: history.undo.map(({ step }) => step),
+                redo: history.redo.map(({ step }) => step),
+            }),
+        restoreMacro: (text) => {
+            const id = Number(text);
+            const refusal = isBusy();
+            if (refusal) return JSON.stringify({ done: false, reason: refusal });
+            if (history.undo.some(({ step }) => step.id === id))
+                restore(history.undo, history.redo, id, true);
+            else if (history.redo.some(({ step }) => step.id === id))
+                restore(history.redo, history.undo, id, false);
+            else return JSON.stringify({ done: false, reason: 'unknown' });
+            noteRevision();
+            return JSON.stringify({ done: true, revision });
+        },
+        clearProfile: () => {
+            keepStep('clear', events);
+            events = [];
+        },
         addProfile: (name) => {
             profiles.names.push(name);
             profiles.current = profiles.names.length - 1;
             events = [];
         },
         deleteProfile: () => {
-            profiles.names.splice(profiles.current, 1);
+            const index = profiles.current;
+            const [name] = profiles.names.splice(index, 1);
+            keepStep('deleteProfile', events, () => {
+                profiles.names.splice(index, 0, name);
+                profiles.current = index;
+            });
+            Object.assign(history.undo[0].step, { profile: name, current: false });
+            events = [];
             profiles.current = Math.min(profiles.current, profiles.names.length - 1);
         },
         switchProfile: (text) => void (profiles.current = Number(text)),
         getProfiles: () => JSON.stringify(profiles),
-        exportProfile: () => {},
+        exportMacro: () => JSON.stringify(exportOutcome),
+        getLastImport: () => JSON.stringify(lastImport),
+        useImportedSettings: () => {
+            if (!lastImport.settingsUsable) return '{"done":false,"reason":"unknown"}';
+            lastImport = { ...lastImport, settingsUsable: false };
+            settings.autoclicker.intervalMilliseconds = 33;
+            return '{"done":true}';
+        },
         importProfile: () => {
             if (importOutcome.outcome === 'pending') pendingImport = importOutcome;
             if (importOutcome.outcome === 'imported') host.addImportedProfile();
@@ -473,7 +708,23 @@
         // Adds a profile as the program does from a file. Without settings in the file, the tools return to their defaults.
         addImportedProfile() {
             commands.addProfile(importedProfile.name);
-            events = [{ time: 0, desc: 'Keyboard VK: 65 (DOWN)' }];
+            events = Array.from({ length: importedProfile.events }, (_, i) => ({
+                time: i / 10,
+                type: 'key',
+                virtualKey: 65,
+                down: i % 2 === 0,
+            }));
+            setters.setLastImport({
+                outcome: 'imported',
+                problem: '',
+                file: 'Farm.vrlmacro',
+                profile: importedProfile.name,
+                events: events.length,
+                skippedLines: importedProfile.skippedLines,
+                seconds: events.at(-1)?.time ?? 0,
+                fileSettings: importedProfile.hasSettings,
+                settingsUsable: importedProfile.hasSettings,
+            });
             if (importedProfile.hasSettings) return;
             Object.assign(settings.autoclicker, { intervalMilliseconds: 5, repeatMode: 1 });
             settings.keySpammer.intervalMilliseconds = 5;
@@ -488,7 +739,7 @@
         if (isPoll) {
             host.polls++;
             host.mostPollsInFlight = Math.max(host.mostPollsInFlight, ++host.pollsInFlight);
-        } else {
+        } else if (method !== 'getProgress') {
             host.calls.push([method, argText]);
         }
         if (silent.has(method)) return;

@@ -13,7 +13,9 @@ import {
   stateText,
   stopClock,
   test,
+  tool,
 } from './page_test.mjs';
+import { axeFinds } from './page_checks.mjs';
 
 const rowOf = (page, what) =>
   page.locator('.hotkeys__row').filter({ has: page.getByText(what, { exact: true }) });
@@ -54,9 +56,9 @@ pageTest(
     assert.equal(await stateText(page), 'Idle F9 press F8 record');
     await picture(page, 'hotkeys-shared', { fullPage: true });
     await page.host.setStatus({ autoclickerRunning: true });
-    assert.equal(await stateText(page), 'Clicking No key stops it. Use the Stop button.');
+    assert.equal(await stateText(page), 'Clicking, 0 clicks No key stops it. Use the Stop button.');
     await page.host.setStatus({ lockOn: false });
-    assert.equal(await stateText(page), 'Clicking F10 stops it');
+    assert.equal(await stateText(page), 'Clicking, 0 clicks F10 stops it');
     assert.match(await rowOf(page, 'Autoclicker').innerText(), /Press to start and stop/);
     assert.match(await rowOf(page, 'Lock and unlock').innerText(), /Unused while the lock is off/);
   },
@@ -86,7 +88,7 @@ pageTest('turns the hotkeys and the lock on and off', {}, async (page) => {
   await picture(page, 'hotkeys-off');
   await button(page, 'Start clicking').click();
   await button(page, 'Stop everything').waitFor();
-  assert.equal(await stateText(page), 'Clicking Hotkeys are off. Use the Stop button.');
+  assert.equal(await stateText(page), 'Clicking, 0 clicks Hotkeys are off. Use the Stop button.');
   await picture(page, 'clicking-hotkeys-off');
   await button(page, 'Stop everything').click();
   await forgetCalls(page);
@@ -171,83 +173,101 @@ pageTest(
   },
 );
 
-pageTest(
-  'Reset asks first only when it would change a key',
-  { hotkeys: { autoclicker: 'Num 5' } },
-  async (page) => {
-    await settled(page);
-    const height = () => page.evaluate(() => document.documentElement.scrollHeight);
-    const before = await height();
-    await button(page, 'Reset hotkeys').click();
-    await page.getByText('Reset to F6, F9, F8, F7 and F10? Undo asks for your own keys again.').waitFor();
-    assert.equal(await height(), before, 'the question takes no extra space');
-    assert.equal(await focused(page), 'Cancel', 'Cancel has the focus');
-    await picture(page, 'hotkeys-reset');
-    await page.keyboard.press('Escape');
-    await button(page, 'Reset hotkeys').waitFor();
-    assert.equal(await focused(page), 'Reset hotkeys');
-    assert.deepEqual(await callsOf(page, 'resetHotkeys'), []);
-    await button(page, 'Reset hotkeys').click();
-    await button(page, 'Reset now').click();
-    assert.deepEqual(await expectCall(page, 'resetHotkeys'), ['']);
-    await button(page, 'Undo the reset').waitFor();
-    await button(page, 'Reset hotkeys').click();
-    await expectCall(page, 'resetHotkeys', 2);
-  },
-);
-
-pageTest(
-  'undoes a reset key by key, each by a press of the old key',
-  {
-    hotkeys: { autoclicker: 'Num 5', play: 'Mouse 4 (Side)' },
-  },
-  async (page) => {
-    await settled(page);
-    const undo = button(page, 'Undo the reset');
-    assert.equal(await undo.count(), 0, 'nothing to undo before');
-    const height = () => page.evaluate(() => document.documentElement.scrollHeight);
-    const before = await height();
-    await button(page, 'Reset hotkeys').click();
-    await button(page, 'Reset now').click();
-    await page
-      .getByText('The autoclicker hotkey was Num 5. Undo asks you to press it, then 1 more.')
-      .waitFor();
-    assert.equal(await height(), before, 'the offer takes no extra space');
-    await picture(page, 'hotkeys-undo', { fullPage: true });
-
-    await undo.press('Enter');
-    assert.deepEqual(await expectCall(page, 'reassignKey'), ['auto']);
-    const note = rowOf(page, 'Autoclicker').getByText('Press Num 5 to restore it.');
-    await note.waitFor();
-    await page.host.setStatus({ capture: '' }); // by Esc
-    await undo.press('Enter');
-    await note.waitFor();
-    await page.host.set({ hotkeys: { autoclicker: 'Num 5' }, status: { capture: '' } });
-    await page.getByText('The play hotkey was Mouse 4 (Side). Undo asks you to press it.').waitFor();
-    assert.deepEqual(await callsOf(page, 'reassignKey'), ['auto', 'auto'], 'no key is asked for twice');
-
-    await undo.press('Enter');
-    await rowOf(page, 'Play').getByText('Press Mouse 4 (Side) to restore it.').waitFor();
-    assert.deepEqual((await callsOf(page, 'reassignKey')).slice(2), ['play']);
-    await page.host.set({ hotkeys: { play: 'Mouse 4 (Side)' }, status: { capture: '' } });
-    await page.getByText('You have changed some keys.').waitFor();
-    assert.equal(await undo.count(), 0);
-    assert.equal(await focused(page), 'Reset hotkeys');
-  },
-);
+const kOwnKeys = {
+  hotkeys: { autoclicker: 'Num 5', play: 'Mouse 4 (Side)' },
+  hotkeyCodes: { autoclicker: 101, play: 5 },
+};
+pageTest('resets the hotkeys at once and undoes it at once', kOwnKeys, async (page) => {
+  await page.getByText('You have changed some keys.').waitFor();
+  await button(page, 'Reset hotkeys').click();
+  await page.getByText('All hotkeys have their default keys again.').waitFor();
+  assert.deepEqual(await callsOf(page, 'setHotkey'), ['auto,117', 'play,118'], 'only changed keys');
+  await page.getByText('Default keys.').waitFor();
+  assert.ok(await button(page, 'Reset hotkeys').isDisabled());
+  await picture(page, 'hotkeys-reset', { fullPage: true });
+  await forgetCalls(page);
+  await button(page, 'Undo: All hotkeys have their default keys again.').click();
+  await expectCall(page, 'setHotkey', 2);
+  assert.deepEqual(await callsOf(page, 'setHotkey'), ['auto,101', 'play,5']);
+  assert.deepEqual(await callsOf(page, 'reassignKey'), []);
+});
 
 pageTest(
   'offers no undo after a failed reset',
-  { failing: { resetHotkeys: 'no' }, hotkeys: { autoclicker: 'Num 5' } },
+  { ...kOwnKeys, failing: { setHotkey: 'no' } },
   async (page) => {
+    await button(page, 'Reset hotkeys').and(page.locator(':enabled')).click();
+    await page.getByText('Varnelle could not change the hotkey (no)').waitFor();
     await settled(page);
-    await button(page, 'Reset hotkeys').click();
-    await button(page, 'Reset now').click();
-    await page.getByText('Varnelle could not reset the hotkeys').waitFor();
-    await settled(page);
-    assert.equal(await button(page, 'Undo the reset').count(), 0);
+    assert.equal(await page.getByRole('status', { name: 'Done' }).innerText(), '');
   },
 );
+
+// Captures a key for the autoclicker, as the program does it.
+async function captureAutoclicker(page, code, name) {
+  await button(page, 'Change the autoclicker hotkey').click();
+  await expectCall(page, 'reassignKey');
+  await settled(page);
+  await page.host.set({
+    hotkeyCodes: { autoclicker: code },
+    hotkeys: { autoclicker: name },
+    status: { capture: '' },
+  });
+}
+const keepDialog = (page) => page.getByRole('alertdialog', { name: 'Keep the left button?' });
+
+pageTest('asks whether a captured mouse button stays, and restores the key', {}, async (page) => {
+  await captureAutoclicker(page, 1, 'Left Mouse');
+  await keepDialog(page).waitFor();
+  await page
+    .getByText('Left button is now the hotkey for Autoclicker: left clicks no longer reach applications.')
+    .waitFor();
+  assert.equal(await focused(page), 'Restore F6', 'the safe choice has the focus');
+  assert.deepEqual(await axeFinds(page), []);
+  await picture(page, 'hotkey-left-button');
+  await page.keyboard.press('Enter');
+  assert.deepEqual(await expectCall(page, 'setHotkey'), ['auto,117']);
+  await keepDialog(page).waitFor({ state: 'detached' });
+});
+
+pageTest('restores the key without an answer, and not after Keep', { ownContext: true }, async (page) => {
+  await captureAutoclicker(page, 1, 'Left Mouse');
+  await keepDialog(page).waitFor();
+  await stopClock(page);
+  await page.clock.runFor(8000);
+  assert.deepEqual(await callsOf(page, 'setHotkey'), []);
+  await page.clock.runFor(3000);
+  await page.clock.resume();
+  assert.deepEqual(await expectCall(page, 'setHotkey'), ['auto,117']);
+  await keepDialog(page).waitFor({ state: 'detached' });
+
+  await forgetCalls(page);
+  await captureAutoclicker(page, 1, 'Left Mouse');
+  await page.getByRole('button', { name: 'Keep', exact: true }).click();
+  await keepDialog(page).waitFor({ state: 'detached' });
+  await stopClock(page);
+  await page.clock.runFor(12_000);
+  assert.deepEqual(await callsOf(page, 'setHotkey'), []);
+});
+
+pageTest('warns of a modifier as hotkey, with Undo', {}, async (page) => {
+  await captureAutoclicker(page, 163, 'Right Ctrl');
+  const text =
+    'Right Ctrl alone is now the hotkey for Autoclicker. It also acts when you type with Right Ctrl.';
+  await page.getByText(text).waitFor();
+  await picture(page, 'hotkey-modifier');
+  await button(page, `Undo: ${text}`).click();
+  assert.deepEqual(await expectCall(page, 'setHotkey'), ['auto,117']);
+});
+
+pageTest('asks nothing about a key or a cancelled capture', {}, async (page) => {
+  await captureAutoclicker(page, 65, 'A');
+  await button(page, 'Change the autoclicker hotkey').click();
+  await settled(page);
+  await page.host.set({ status: { capture: '' } });
+  assert.equal(await page.getByRole('alertdialog').count(), 0);
+  assert.equal(await page.getByRole('status', { name: 'Done' }).innerText(), '');
+});
 
 pageTest('a capture says which keys and buttons count', {}, async (page) => {
   for (const [name, what, text] of [
@@ -257,7 +277,7 @@ pageTest('a capture says which keys and buttons count', {}, async (page) => {
     await button(page, `Change the ${name} hotkey`).click();
     await rowOf(page, what).getByText('Esc cancels').waitFor();
     assert.match(await rowOf(page, what).innerText(), text);
-    assert.match(await stateText(page), /^Waiting for a key Press the new .* hotkey\. Esc cancels\.$/);
+    assert.match(await stateText(page), /^Waiting for a key Press a key or a mouse button\. Esc cancels\.$/);
     await page.host.setStatus({ capture: '' });
     assert.match(await stateText(page), /^Idle/);
   }
@@ -277,7 +297,7 @@ pageTest(
     await page.clock.resume();
     await button(page, 'Stop clicking').and(page.locator(':not([aria-busy])')).waitFor();
     assert.equal((await callsOf(page, 'startSpammer')).length, 1, 'two presses start it once');
-    await page.host.setEvents([{ time: 0, desc: 'Autoclicker ON' }]);
+    await page.host.setEvents([tool(0, 'autoclicker', true)]);
     const play = button(page, 'Play').and(page.locator(':enabled'));
     await play.waitFor();
     await stopClock(page);

@@ -5,9 +5,9 @@ import {
   assert,
   button,
   callsOf,
+  chooseProfile,
   closePage,
   describe,
-  event,
   expectCall,
   focused,
   forgetCalls,
@@ -22,6 +22,7 @@ import {
   stopClock,
   test,
   textBox,
+  tool,
 } from './page_test.mjs';
 
 const kRun =
@@ -60,8 +61,8 @@ const showPending = (page, pending) =>
 const done = (page) => page.getByRole('status', { name: 'Done' });
 
 describe('the file dialogs', () => {
-  test('export sends one command, waits, and claims nothing about the file', async () => {
-    const page = await openPage({ silent: ['exportProfile'] });
+  test('export sends one command, waits, and names the file', async () => {
+    const page = await openPage({ silent: ['exportMacro'] });
     await button(page, 'Export profile').click();
     await page.getByText('Choose a name and a folder in the file dialog.').waitFor();
     const pressed = button(page, 'Export profile');
@@ -69,7 +70,7 @@ describe('the file dialogs', () => {
     assert.equal(await focused(page), 'Export profile', 'the focus stays');
     await page.keyboard.press('Enter');
     await pressed.click({ force: true });
-    assert.deepEqual(await callsOf(page, 'exportProfile'), ['']);
+    assert.deepEqual(await callsOf(page, 'exportMacro'), ['']);
     for (const name of ['Import profile', 'New profile', 'Clear profile', 'Delete profile']) {
       assert.ok(await button(page, name).isDisabled(), name);
     }
@@ -79,11 +80,17 @@ describe('the file dialogs', () => {
 
     const again = await openPage();
     await button(again, 'Export profile').click();
-    assert.deepEqual(await expectCall(again, 'exportProfile'), ['']);
+    assert.deepEqual(await expectCall(again, 'exportMacro'), ['']);
     await settled(again);
-    assert.equal(await done(again).innerText(), '');
+    assert.equal(await done(again).innerText(), '', 'a cancelled dialog shows nothing');
     assert.equal(await again.getByRole('alert').innerText(), '');
     assert.equal(await button(again, 'Export profile').getAttribute('aria-busy'), null);
+    await again.host.set({ exportOutcome: { outcome: 'written', file: 'Farm.vrlmacro' } });
+    await button(again, 'Export profile').click();
+    await done(again).getByText('Exported as Farm.vrlmacro').waitFor();
+    await again.host.set({ exportOutcome: { outcome: 'failed', message: 'The disk is full.' } });
+    await button(again, 'Export profile').click();
+    await again.getByRole('alert').getByText('The disk is full.').waitFor();
     await closePage(again);
   });
 
@@ -157,33 +164,85 @@ describe('after an import', () => {
     },
     async (page) => {
       await button(page, 'Import profile').click();
-      await done(page).getByText('Imported as Farm (Imported)').waitFor();
+      await done(page).getByText('Imported as Farm (Imported): 1 event, 0:00.').waitFor();
       assert.equal(await profileBox(page).innerText(), 'Farm (Imported)');
       await page.locator('#events').getByRole('option').first().waitFor();
       assert.ok(await page.getByText('Settings in the file are not in use yet.').isVisible());
       await picture(page, 'imported');
       await forgetCalls(page);
       await button(page, 'Use them').click();
-      assert.deepEqual(await expectCall(page, 'switchProfile'), ['1']);
+      assert.deepEqual(await expectCall(page, 'useImportedSettings'), ['']);
+      await done(page).getByText('The tool settings of the file are in use.').waitFor();
       await button(page, 'Use them').waitFor({ state: 'detached' });
     },
   );
 
   pageTest(
-    'withdraws the offer of settings after a change of settings',
+    'keeps the offer of settings after a change of settings, until another profile is current',
     { importOutcome: { outcome: 'imported' } },
     async (page) => {
       await button(page, 'Import profile').click();
       await button(page, 'Use them').waitFor();
       await page.getByLabel('Right', { exact: true }).click();
-      await button(page, 'Use them').waitFor({ state: 'detached' });
-
+      await page.host.setStatus({ targets: ['A'] });
+      await button(
+        page,
+        'Use the file\u2019s tool settings: Imported as Farm (Imported): 1 event, 0:00.',
+      ).click();
+      await expectCall(page, 'useImportedSettings');
+      await page.waitForFunction(
+        () => document.querySelector('[aria-label="Click interval: milliseconds"]').value === '33',
+      );
       await button(page, 'Import profile').click();
       await button(page, 'Use them').waitFor();
-      await page.evaluate(() => host.status.targets.push('A'));
+      await chooseProfile(page, 'Default Tracking Profile');
       await button(page, 'Use them').waitFor({ state: 'detached' });
     },
   );
+
+  pageTest(
+    'says what came in, and what did not',
+    { importOutcome: { outcome: 'imported' }, importedProfile: { events: 340, skippedLines: 2 } },
+    async (page) => {
+      await button(page, 'Import profile').click();
+      await done(page)
+        .getByText('Imported as Farm (Imported): 340 events, 0:33. 2 lines could not be read.')
+        .waitFor();
+      await picture(page, 'imported-skipped');
+    },
+  );
+
+  pageTest(
+    'says that a file had no events',
+    { importOutcome: { outcome: 'imported' }, importedProfile: { events: 0 } },
+    async (page) => {
+      await button(page, 'Import profile').click();
+      await page
+        .getByRole('alert')
+        .getByText('Imported \u201cFarm (Imported)\u201d: no events could be read from this file.')
+        .waitFor();
+    },
+  );
+
+  pageTest('says that a file was not found, not that it is corrupt', {}, async (page) => {
+    const corrupt = 'The file is corrupted.';
+    await page.evaluate((text) => {
+      host.commands.importProfile = () => {
+        host.setLastImport({ outcome: 'failed', problem: 'notFound', file: 'farm.vrlmacro' });
+        return JSON.stringify({ outcome: 'error', message: text });
+      };
+    }, corrupt);
+    await button(page, 'Import profile').click();
+    await page.getByRole('alert').getByText('The file \u201cfarm.vrlmacro\u201d was not found.').waitFor();
+    await button(page, 'Dismiss').click();
+    // The same by the program itself, and for another reason.
+    await page.evaluate((text) => {
+      host.setLastImport({ outcome: 'failed', problem: 'unreadable', file: 'farm.vrlmacro' });
+      window.alert(text);
+    }, corrupt);
+    await page.getByRole('alert').getByText(corrupt).waitFor();
+    assert.equal(await page.getByText('was not found').count(), 0);
+  });
 
   pageTest(
     'says that a file without settings sets the tools to their defaults',
@@ -240,18 +299,17 @@ describe('after an import', () => {
     });
     await done(page).getByText('Imported as Farm (Imported)').waitFor();
     const asked = (await allCalls(page)).map(([name]) => name);
-    for (const name of ['getProfiles', 'getSettings', 'getMacroEvents'])
-      assert.ok(asked.includes(name), name);
+    for (const name of ['getProfiles', 'getSettings', 'getMacroRows']) assert.ok(asked.includes(name), name);
     assert.equal(await profileBox(page).innerText(), 'Farm (Imported)');
   });
 
-  pageTest('names no profile when the list cannot be read', {}, async (page) => {
+  pageTest('names the profile also when the list cannot be read', {}, async (page) => {
     await page.evaluate(() => {
       host.addImportedProfile();
       host.setFailing({ getProfiles: 'no' });
       window.onProfileImported();
     });
-    await done(page).getByText('Imported', { exact: true }).waitFor();
+    await done(page).getByText('Imported as Farm (Imported): 1 event, 0:00.').waitFor();
   });
 });
 
@@ -260,7 +318,7 @@ test('moves nothing while a profile is imported, exported, cleared or deleted', 
     const page = await openPage({
       preferences: { showWarnings: true },
       profiles: { names: ['Default Tracking Profile', 'Farm'], current: 1 },
-      events: [event(1, 'Autoclicker ON')],
+      events: [tool(1, 'autoclicker', true)],
       viewport: { width, height: 560 },
     });
     const positions = () =>

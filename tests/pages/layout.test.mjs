@@ -1,5 +1,14 @@
 // The layout: the first start, and how the panels use the width and the height of the window.
-import { allCalls, assert, button, describe, event, pageTest, picture, settled } from './page_test.mjs';
+import {
+  allCalls,
+  assert,
+  button,
+  describe,
+  moveTo,
+  pageTest,
+  picture,
+  settled,
+} from './page_test.mjs';
 import { axeFinds } from './page_checks.mjs';
 
 const kPanels = ['panel-profile', 'panel-spammer', 'panel-keyspam', 'panel-tracker', 'panel-ui'];
@@ -7,7 +16,7 @@ const kFirstStart = { preferences: { seenWarnings: [] } };
 // A screen wider than the window, so that the window does not count as maximised.
 const kDesktop = { before: () => Object.defineProperty(screen, 'availWidth', { value: 1920 }) };
 const kMacro = {
-  events: Array.from({ length: 200 }, (_, i) => event(i / 10, `Abs Move to X:${i * 7} Y:${(i * i) % 500}`)),
+  events: Array.from({ length: 200 }, (_, i) => moveTo(i / 10, i * 7, (i * i) % 500)),
 };
 const openPanels = (page) =>
   page.evaluate(() =>

@@ -223,11 +223,14 @@ export async function picture(page, name, options = {}) {
   await page.screenshot({ path: join(pictures, `${name}.png`), ...options });
 }
 
-// Events for tests: seconds and the description of the wire.
-export const event = (time, desc) => ({ time, desc });
-export const kOneEvent = [event(0, 'Autoclicker ON')];
-export const kKeyMacro = [
-  event(0, 'Abs Move to X:1 Y:2'),
-  event(1.5, 'Keyboard VK: 65 (DOWN)'),
-  event(2, 'Keyboard VK: 65 (UP)'),
-];
+// Events for tests, each with its time in seconds first.
+export const moveTo = (time, x, y) => ({ time, type: 'move', x, y });
+export const moveBy = (time, x, y) => ({ time, type: 'rawMove', x, y });
+export const press = (time, button, x = 0, y = 0) => ({ time, type: 'button', button, down: true, x, y });
+export const release = (time, button, x = 0, y = 0) => ({ time, type: 'button', button, down: false, x, y });
+export const keyDown = (time, virtualKey) => ({ time, type: 'key', virtualKey, down: true });
+export const keyUp = (time, virtualKey) => ({ time, type: 'key', virtualKey, down: false });
+export const wheel = (time, delta) => ({ time, type: 'wheel', wheel: delta });
+export const tool = (time, name, on) => ({ time, type: 'tool', tool: name, down: on });
+export const kOneEvent = [tool(0, 'autoclicker', true)];
+export const kKeyMacro = [moveTo(0, 1, 2), keyDown(1.5, 65), keyUp(2, 65)];

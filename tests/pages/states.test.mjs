@@ -3,9 +3,11 @@ import {
   assert,
   button,
   describe,
-  event,
   eventRow,
+  keyDown,
+  keyUp,
   loadPage,
+  moveTo,
   pageTest,
   picture,
   settled,
@@ -16,50 +18,57 @@ import { cutOffTexts } from './page_checks.mjs';
 
 const kMacro = {
   events: Array.from({ length: 240 }, (_, i) =>
-    event(
-      i * 0.0137,
-      i % 9 ? `Abs Move to X:${400 + i} Y:${300 + i}` : `Keyboard VK: 65 (${i % 2 ? 'UP' : 'DOWN'})`,
-    ),
+    i % 9 ? moveTo(i * 0.0137, 400 + i, 300 + i) : (i % 2 ? keyUp : keyDown)(i * 0.0137, 65),
   ),
   profiles: { names: ['Default Tracking Profile', 'Farm run, east side'] },
 };
-const withMacro = (status) => ({ ...kMacro, status });
+const kProgress = {
+  clicks: 1204,
+  presses: 1,
+  playRound: 3,
+  playSeconds: 2.5,
+  playEvent: 180,
+  recordSeconds: 12.9,
+  recordEvents: 340,
+};
+const withMacro = (status) => ({ ...kMacro, status, progress: kProgress });
 const kIdleText = 'Idle F6 click F9 press F8 record F7 play';
 
 const states = [
   ['idle-empty', {}, kIdleText],
   ['idle', kMacro, kIdleText],
-  ['clicking', withMacro({ autoclickerRunning: true }), 'Clicking F6 stops it'],
+  ['clicking', withMacro({ autoclickerRunning: true }), 'Clicking, 1,204 clicks F6 stops it'],
   [
     'clicking-held',
     { ...withMacro({ autoclickerRunning: true }), settings: { hotkeys: { holdAutoclicker: true } } },
-    'Clicking Releasing F6 stops it',
+    'Clicking, 1,204 clicks Releasing F6 stops it',
   ],
-  ['pressing', withMacro({ keySpammerRunning: true }), 'Pressing F9 stops it'],
-  ['recording', withMacro({ state: 'Recording' }), 'Recording F8 stops it'],
-  ['playing', withMacro({ state: 'Playing' }), 'Playing F7 stops it'],
+  ['pressing', withMacro({ keySpammerRunning: true }), 'Pressing, 1 press F9 stops it'],
+  ['recording', withMacro({ state: 'Recording' }), 'Recording, 0:12, 340 events F8 stops it'],
+  ['playing', withMacro({ state: 'Playing' }), 'Playing, 0:02 of 0:03 F7 stops it'],
+  [
+    'playing-loop',
+    { ...withMacro({ state: 'Playing' }), settings: { macro: { loop: true } } },
+    'Playing, round 3, 0:02 of 0:03 F7 stops it',
+  ],
   [
     'recording-with-tools',
     withMacro({ state: 'Recording', autoclickerRunning: true, keySpammerRunning: true }),
-    'Recording, clicking, pressing F8 stops recording, F6 clicking, F9 pressing',
+    'Recording, clicking, pressing, 0:12, 340 events, 1,204 clicks, 1 press F8 stops recording, F6 clicking, F9 pressing',
   ],
   ['locked', withMacro({ unlocked: false }), 'Hotkeys locked F10 unlocks them'],
   [
     'clicking-locked',
     withMacro({ unlocked: false, autoclickerRunning: true }),
-    'Clicking Hotkeys are locked: F10 unlocks them',
+    'Clicking, 1,204 clicks Hotkeys are locked: F10 unlocks them',
   ],
   ['lock-off', withMacro({ lockOn: false, unlocked: false }), kIdleText],
   [
     'capture-hotkey',
     withMacro({ capture: 'rec' }),
-    'Waiting for a key Press the new record hotkey. Esc cancels.',
+    'Waiting for a key Press a key or a mouse button. Esc cancels.',
   ],
-  [
-    'capture-key',
-    withMacro({ capture: 'keyspamtarget' }),
-    'Waiting for a key Press the key to add. Esc cancels.',
-  ],
+  ['capture-key', withMacro({ capture: 'keyspamtarget' }), 'Waiting for a key Press a key. Esc cancels.'],
   ['many-keys', { status: { targets: Array.from({ length: 256 }, (_, i) => `Num ${i % 10}`) } }, kIdleText],
   ['no-keys', { status: { targets: [] } }, kIdleText],
   [
@@ -132,10 +141,10 @@ pageTest('shows the questions of the profile panel, and a failure', kMacro, asyn
 
 pageTest('shows that it waits for the picked location', {}, async (page) => {
   await button(page, 'Pick location').click();
-  await page.getByText('Click the location. Right-click cancels.').waitFor();
+  await page.getByText('Click the location. Esc or a right click cancels.').waitFor();
   assert.equal(
     await stateText(page),
-    'Picking a location Click a location on the screen. Right-click cancels.',
+    'Picking a location Click a location on the screen. Esc or a right click cancels.',
   );
   await picture(page, 'picking', { fullPage: true });
 });
@@ -298,7 +307,7 @@ pageTest('moves no element when the state changes', kMacro, async (page) => {
     await field.press('Escape');
   }
   await button(page, 'Pick location').click();
-  await page.getByText('Click the location. Right-click cancels.').waitFor();
+  await page.getByText('Click the location. Esc or a right click cancels.').waitFor();
   assert.deepEqual(await positions(), before, 'picking');
   await button(page, 'New profile').click();
   assert.deepEqual(await positions(), before, 'new profile');

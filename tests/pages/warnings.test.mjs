@@ -5,18 +5,18 @@ import {
   callsOf,
   combine,
   describe,
-  event,
   expectCall,
   focused,
   mainWindowCommands,
   pageTest,
   picture,
   settled,
+  tool,
 } from './page_test.mjs';
 import { axeFinds, contrastOf } from './page_checks.mjs';
 
 const kOn = { preferences: { showWarnings: true } };
-const kMacro = { events: [event(0, 'Autoclicker ON'), event(1, 'Autoclicker OFF')] };
+const kMacro = { events: [tool(0, 'autoclicker', true), tool(1, 'autoclicker', false)] };
 const autoclicker = (values) => ({ settings: { autoclicker: values } });
 const keySpammer = (values) => ({ settings: { keySpammer: values } });
 const macro = (values) => ({ settings: { macro: values } });
@@ -108,7 +108,7 @@ for (const { state, press, command, id, title, verb, not } of rows) {
       await dialog(page).waitFor({ state: 'detached' });
       await page.host.set({
         status: { state: 'Idle', autoclickerRunning: false, keySpammerRunning: false },
-        events: [event(0, '')],
+        events: [tool(0, 'autoclicker', true)],
       });
       await button(page, press).click();
       await expectCall(page, command, 2);
@@ -169,7 +169,7 @@ pageTest(
 
 describe('clearing and deleting a profile with events', () => {
   const kFarm = { ...kMacro, profiles: { names: ['Default Tracking Profile', 'Farm'], current: 1 } };
-  const kExplained = 'This cannot be undone. Export first to keep a copy.';
+  const kExplained = 'Undo works until you quit. Export keeps a copy.';
   for (const [press, now, command] of [
     ['Clear profile', 'Clear now', 'clearProfile'],
     ['Delete profile', 'Delete now', 'deleteProfile'],
@@ -194,7 +194,7 @@ describe('clearing and deleting a profile with events', () => {
         await page.evaluate(() => window.onProfileImported());
         await settled(page);
         await button(page, press).click();
-        await page.getByText('This cannot be undone.', { exact: true }).waitFor();
+        await page.getByText('Undo works until you quit.', { exact: true }).waitFor();
       },
     );
   }
@@ -206,7 +206,7 @@ describe('clearing and deleting a profile with events', () => {
     pageTest(`asks without the explanation: ${what}`, combine(kOn, kFarm, change), async (page) => {
       await settled(page);
       await button(page, 'Clear profile').click();
-      await page.getByText('This cannot be undone.', { exact: true }).waitFor();
+      await page.getByText('Undo works until you quit.', { exact: true }).waitFor();
       await button(page, 'Clear now').click();
       await expectCall(page, 'clearProfile');
       assert.deepEqual(await callsOf(page, 'markWarningSeen'), []);

@@ -480,7 +480,7 @@ export class Program {
     await observer.waitUntilGrabbed('keyboard');
   }
   async waitForPick(observer) {
-    await this.waitForStateText(/Right-click cancels/);
+    await this.waitForStateText(/right click cancels/);
     await observer.waitUntilGrabbed(`button ${Button.Left}`);
     await observer.waitUntilGrabbed(`button ${Button.Right}`);
   }

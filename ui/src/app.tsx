@@ -1,4 +1,5 @@
 import { isMainWindow } from './bridge';
+import { ButtonQuestionDialog } from './components/button-question';
 import { Help } from './components/help';
 import { Notices } from './components/notices';
 import { PanelList } from './components/panel-list';
@@ -28,6 +29,7 @@ export function App() {
       <Preferences />
       <Help />
       <WarningDialog />
+      <ButtonQuestionDialog />
       <PendingImportDialog />
       <Notices />
     </>

@@ -1,8 +1,10 @@
 // The commands of the program, with the exact argument texts that it expects. Each resolves to whether it worked; a
 // failure is shown as a sentence and never thrown.
-import { type BatchEnd, type BatchWork, endBatch, sendBatch } from './batch';
-import { call } from './bridge';
+import { call, isMainWindow } from './bridge';
+import { cancelCountdown, countDown, countdown } from './countdown';
+import { type Columns, withoutEvents, withTimes } from './event-columns';
 import {
+  fetchAdditionalSettings,
   fetchAppSettings,
   fetchEvents,
   fetchProfiles,
@@ -19,36 +21,33 @@ import {
   type Capture,
   kCaptureWords,
   type KeySpammerSettings,
-  type MacroEvent,
   type MacroSettings,
   type PanelId,
+  type Done,
+  type HotkeyCodes,
+  type HotkeyId,
+  readHotkeyCodes,
+  readResult,
+  type Refusal,
   type RepeatMode,
   type Settings,
 } from './reports';
 import {
+  additionalSettings,
   appSettings,
   events,
-  eventsLoading,
   failure,
   fileDialog,
-  picking,
-  recording,
+  lacksLocation,
   settings,
   status,
+  storeChangedEvents,
 } from './store';
 import { confirmWarning, kWarnings } from './warnings';
-
-// Commands that change or replace the macro. A batch of edits ends before one of them is sent.
-const kMacroCommands = new Set([
-  ...['startRecording', 'continueRecording', 'undoContinueRecording', 'optimizeMacro'],
-  ...['deleteEvent', 'updateEventTime', 'confirmMacroImport'],
-  ...['addProfile', 'switchProfile', 'clearProfile', 'deleteProfile'],
-]);
 
 // `what` completes "Varnelle could not ..." if the command fails.
 async function runCommand(what: string, name: string, ...args: string[]): Promise<boolean> {
   try {
-    if (kMacroCommands.has(name)) await endBatch();
     await call(name, ...args);
     failure.value = '';
     return true;
@@ -62,6 +61,30 @@ async function runCommand(what: string, name: string, ...args: string[]): Promis
   }
 }
 
+const kRefusals: Record<Refusal, string> = {
+  recording: 'Stop the recording first.',
+  playing: 'Stop the playback first.',
+  revision: 'The macro has changed. Please try again.',
+  argument: 'Please try again.',
+  default: 'The default profile keeps its name.',
+  unknown: 'It is no longer possible.',
+};
+
+// Sends a command that the program may refuse. Resolves to its result, or to null if it was refused or failed, which
+// the page shows.
+async function runRefusable(what: string, name: string, argument: string): Promise<Done | null> {
+  try {
+    const result = readResult(await call(name, argument));
+    failure.value = result.done ? '' : `Varnelle could not ${what}. ${kRefusals[result.reason]}`;
+    return result.done ? result : null;
+  } catch (reason) {
+    showFailure(what, reason);
+    return null;
+  } finally {
+    pollSoon();
+  }
+}
+
 const flag = (on: boolean) => (on ? '1' : '0');
 
 // Engines. A start that may surprise the user shows its warning first and resolves to false if the user cancels it.
@@ -70,18 +93,28 @@ export async function startClicking(): Promise<boolean> {
   const endless = autoclicker.repeatMode !== 'count' && !appSettings.value.hotkeysEnabled;
   if (endless && !(await confirmWarning(kWarnings.endlessClicking))) return false;
   if (intervalLength(autoclicker) === 0 && !(await confirmWarning(kWarnings.fastestClicking))) return false;
+  // A fixed location is not under the pointer, unless it is in this window.
+  if (autoclicker.locationMode === 'pointer' && !(await countDown('clicking'))) return false;
   return runCommand('start clicking', 'startSpammer');
 }
 
-export const stopClicking = () => runCommand('stop clicking', 'stopSpammer');
+// Stops it also before it has started.
+export function stopClicking(): Promise<boolean> {
+  if (countdown.peek()?.tool === 'clicking') cancelCountdown();
+  return runCommand('stop clicking', 'stopSpammer');
+}
 
 export async function startPressing(): Promise<boolean> {
   const fastest = intervalLength(settings.value.keySpammer) === 0;
   if (fastest && !(await confirmWarning(kWarnings.fastestPressing))) return false;
+  if (!(await countDown('pressing'))) return false;
   return runCommand('start pressing', 'startKeySpam');
 }
 
-export const stopPressing = () => runCommand('stop pressing', 'stopKeySpam');
+export function stopPressing(): Promise<boolean> {
+  if (countdown.peek()?.tool === 'pressing') cancelCountdown();
+  return runCommand('stop pressing', 'stopKeySpam');
+}
 
 export async function startRecording(): Promise<boolean> {
   if (status.value.eventCount > 0 && !(await confirmWarning(kWarnings.replacing))) return false;
@@ -90,7 +123,6 @@ export async function startRecording(): Promise<boolean> {
 
 export const stopRecording = () => runCommand('stop the recording', 'stopRecording');
 export const continueRecording = () => runCommand('continue the recording', 'continueRecording');
-// The next poll shows that the undo is used up, and fetches the list.
 export const undoContinue = () => runCommand('undo the recording', 'undoContinueRecording');
 
 export async function startPlayback(): Promise<boolean> {
@@ -103,15 +135,27 @@ export const stopPlayback = () => runCommand('stop the playback', 'stopPlayback'
 export const captureKey = (capture: Exclude<Capture, ''>) =>
   runCommand('wait for a key', 'reassignKey', kCaptureWords[capture]);
 export const lockHotkeys = () => runCommand('lock the hotkeys', 'lockHotkeys');
-export const resetHotkeys = () => runCommand('reset the hotkeys', 'resetHotkeys');
+
+// Resolves to undefined if it failed, which is shown.
+export async function readHotkeys(): Promise<HotkeyCodes | undefined> {
+  try {
+    return readHotkeyCodes(await call('getHotkeys'));
+  } catch (reason) {
+    showFailure('read the hotkeys', reason);
+    return undefined;
+  }
+}
+
+export async function setHotkey(id: HotkeyId, code: number): Promise<boolean> {
+  return (await runRefusable('change the hotkey', 'setHotkey', `${kCaptureWords[id]},${code}`)) !== null;
+}
 export const removeTarget = (index: number) =>
   runCommand('remove the key', 'removeKeySpamTarget', String(index));
 export const setChordMode = (chord: boolean) =>
   runCommand('change the key order', 'setKeySpamChordMode', flag(chord));
 
-export async function pickLocation(): Promise<void> {
-  picking.value = await runCommand('wait for a location', 'pickLocation');
-}
+export const cancelPick = () => runCommand('end the pick', 'cancelPick');
+export const pickLocation = () => runCommand('wait for a location', 'pickLocation');
 
 // Settings. The page's copy changes at once.
 async function changeSettings(changed: Partial<Settings>, name: string, argument: string): Promise<void> {
@@ -167,6 +211,12 @@ export function changeMacroSettings(changes: Partial<MacroSettings>): Promise<vo
   return changeSettings({ macro }, 'updateTracker', fields.join(','));
 }
 
+// A fixed location that has not been picked yet is picked at once.
+export async function chooseLocationMode(locationMode: AutoclickerSettings['locationMode']): Promise<void> {
+  await changeAutoclicker({ locationMode });
+  if (lacksLocation.peek() && isMainWindow()) await pickLocation();
+}
+
 export function changeHoldAutoclicker(holdAutoclicker: boolean): Promise<void> {
   const hotkeys = { ...settings.value.hotkeys, holdAutoclicker };
   return changeSettings({ hotkeys }, 'setHoldMode', `auto,${flag(holdAutoclicker)}`);
@@ -177,108 +227,98 @@ export function changeHoldKeySpammer(holdKeySpammer: boolean): Promise<void> {
   return changeSettings({ hotkeys }, 'setHoldMode', `keyspam,${flag(holdKeySpammer)}`);
 }
 
-// Returns whether the page's list differs from the program's, as far as the last poll shows. Indexes are meaningless
-// then.
-const listIsStale = () => recording.value || status.value.eventCount !== events.value.length;
-
-// Stores the list after an edit of the page's own, and its count, which the next poll reports as well.
-function storeEdited(list: MacroEvent[]): void {
-  events.value = list;
-  if (status.value.eventCount !== list.length) status.value = { ...status.value, eventCount: list.length };
+// Edits of the macro. Each is one command, made at the revision that the page shows. The page makes the same edit in
+// its own list: a macro may have a million events, which are not fetched again for each.
+function storeEdited(list: Columns, edited: Columns, removed?: Uint32Array): void {
+  if (events.peek() !== list) return; // a newer list has arrived meanwhile
+  storeChangedEvents(edited, removed);
+  if (status.value.eventCount !== edited.count) status.value = { ...status.value, eventCount: edited.count };
 }
 
-// Edits of the macro. The page makes a small edit in its own copy as well: a macro may hold a million events, which are
-// not fetched again for each.
-export async function deleteEvent(index: number): Promise<void> {
-  if (listIsStale()) return fetchEvents();
-  if (!(await runCommand('delete the event', 'deleteEvent', String(index))) || eventsLoading.value)
-    return fetchEvents();
-  const left = events.value.slice();
-  left.splice(index, 1);
-  storeEdited(left);
+// "1,3-5,9" for the ascending indexes 1, 3, 4, 5 and 9.
+function rangesText(indexes: Uint32Array): string {
+  const ranges: string[] = [];
+  for (let i = 0; i < indexes.length; ) {
+    const first = indexes[i] as number;
+    let last = first;
+    while (++i < indexes.length && indexes[i] === last + 1) last++;
+    ranges.push(last > first ? `${first}-${last}` : String(first));
+  }
+  return ranges.join(',');
 }
 
-export async function retimeEvent(index: number, seconds: number): Promise<void> {
-  if (listIsStale()) return fetchEvents();
+// `indexes` ascending, as in the other edits. Each edit resolves to whether it worked.
+export async function deleteEvents(indexes: Uint32Array): Promise<boolean> {
+  const list = events.peek();
+  const what = indexes.length > 1 ? 'delete the events' : 'delete the event';
+  const result = await runRefusable(what, 'deleteMacroEvents', `${list.revision},${rangesText(indexes)}`);
+  if (result) storeEdited(list, withoutEvents(list, indexes, result.revision), indexes);
+  return result !== null;
+}
+
+export async function shiftEvents(indexes: Uint32Array, seconds: number): Promise<boolean> {
+  const list = events.peek();
+  const shift = seconds.toFixed(6);
+  const argument = `${list.revision},${shift},${rangesText(indexes)}`;
+  const result = await runRefusable('shift the events', 'shiftMacroEvents', argument);
+  const shifted = (index: number) =>
+    Math.max(0, Number(((list.time[index] as number) + Number(shift)).toFixed(6)));
+  if (result) storeEdited(list, withTimes(list, indexes, shifted, result.revision));
+  return result !== null;
+}
+
+export async function retimeEvent(index: number, seconds: number): Promise<boolean> {
+  const list = events.peek();
   const time = seconds.toFixed(6);
-  const worked = await runCommand('change the time', 'updateEventTime', `${index},${time}`);
-  const event = events.value[index];
-  if (!worked || !event || eventsLoading.value) return fetchEvents();
-  const list = events.value.slice();
-  list[index] = { ...event, time: Number(time) };
-  storeEdited(list);
+  const result = await runRefusable(
+    'change the time',
+    'retimeMacroEvents',
+    `${list.revision},${index},${time}`,
+  );
+  if (result)
+    storeEdited(
+      list,
+      withTimes(list, Uint32Array.of(index), () => Number(time), result.revision),
+    );
+  return result !== null;
+}
+
+// Resolves to how many releases were added, or to undefined if it failed.
+export async function addMissingReleases(): Promise<number | undefined> {
+  const result = await runRefusable('add the releases', 'addMissingReleases', String(events.peek().revision));
+  if (result) await fetchCurrentEvents();
+  return result?.changed;
 }
 
 // Resolves to how many events it dropped, by comparing the two lists, or to undefined if it failed.
 export async function optimiseMacro(): Promise<number | undefined> {
-  const before = events.value.length;
+  const before = events.peek().count;
   const worked = await runCommand('optimise the macro', 'optimizeMacro');
-  await fetchEvents();
-  return worked ? before - events.value.length : undefined;
+  await fetchCurrentEvents();
+  return worked ? before - events.peek().count : undefined;
 }
 
-// Sends many edits in a row. They go by indexes, so the program's list must be the page's at the start.
-async function runBatch(what: string, work: BatchWork): Promise<{ end: BatchEnd; done: number }> {
-  await endBatch();
+// Resolves when the page has the macro as it is now.
+async function fetchCurrentEvents(): Promise<void> {
   await pollNow();
-  if (listIsStale() || eventsLoading.value) return { end: 'changed', done: 0 };
-  const result = await sendBatch(work);
-  if (result.end === 'failed') showFailure(what, result.reason);
-  else failure.value = '';
-  return result;
+  await fetchEvents();
 }
 
-// After a batch: makes the same edits in the page's copy, or fetches the list if the macro has changed otherwise.
-function finishBatch(end: BatchEnd, edited: () => MacroEvent[]): void {
-  if (end === 'done' || end === 'cancelled') storeEdited(edited());
-  else if (!recording.value) void fetchEvents();
-  pollSoon();
-}
-
-// `indexes` ascending. The last event is deleted first, so that no index changes before its turn.
-export async function deleteEvents(indexes: Uint32Array): Promise<{ end: BatchEnd; done: number }> {
-  const result = await runBatch('delete the events', {
-    doing: 'Deleting',
-    command: 'deleteEvent',
-    count: indexes.length,
-    argument: (step) => String(indexes[indexes.length - 1 - step]),
-    removes: true,
-  });
-  finishBatch(result.end, () => {
-    const deleted = new Set(indexes.subarray(indexes.length - result.done));
-    return events.value.filter((_, index) => !deleted.has(index));
-  });
-  return result;
-}
-
-export async function shiftEvents(
-  indexes: Uint32Array,
-  seconds: number,
-): Promise<{ end: BatchEnd; done: number }> {
-  const list = events.value;
-  const shifted = (index: number) => ((list[index]?.time ?? 0) + seconds).toFixed(6);
-  const result = await runBatch('shift the events', {
-    doing: 'Shifting',
-    command: 'updateEventTime',
-    count: indexes.length,
-    argument: (step) => `${indexes[step]},${shifted(indexes[step] as number)}`,
-    removes: false,
-  });
-  finishBatch(result.end, () => {
-    const changed = list.slice();
-    for (const index of indexes.subarray(0, result.done)) {
-      changed[index] = { ...(list[index] as MacroEvent), time: Number(shifted(index)) };
-    }
-    return changed;
-  });
-  return result;
+// Brings the macro back as it was before a step of the history, or forwards again. The profile of the step becomes the
+// current one.
+export async function restoreMacro(id: number): Promise<boolean> {
+  noteSettingsEdit();
+  const result = await runRefusable('restore the macro', 'restoreMacro', String(id));
+  await Promise.all([fetchProfiles(), fetchSettings(), fetchCurrentEvents()]);
+  return result !== null;
 }
 
 // Profiles. Each of these commands changes the settings, the macro and the list together.
-async function runProfileCommand(what: string, name: string, ...args: string[]): Promise<void> {
+async function runProfileCommand(what: string, name: string, ...args: string[]): Promise<boolean> {
   noteSettingsEdit();
-  await runCommand(what, name, ...args);
-  await Promise.all([fetchProfiles(), fetchSettings(), fetchEvents()]);
+  const worked = await runCommand(what, name, ...args);
+  await Promise.all([fetchProfiles(), fetchSettings(), fetchCurrentEvents()]);
+  return worked;
 }
 
 export const addProfile = (name: string) => runProfileCommand('add the profile', 'addProfile', name);
@@ -293,14 +333,21 @@ export const confirmImport = (pendingId: string) =>
 export const cancelImport = (pendingId: string) =>
   runCommand('reject the macro', 'cancelMacroImport', pendingId);
 
+// Puts the tool settings to use that the file of the last import had.
+export async function useImportedSettings(): Promise<boolean> {
+  noteSettingsEdit();
+  const result = await runRefusable('use the settings of the file', 'useImportedSettings', '');
+  await fetchSettings();
+  return result !== null;
+}
+
 // Opens a file dialog of the program. Resolves to the program's report when the dialog is closed, or to undefined if it
 // failed or another dialog is open.
 export async function openFileDialog(which: 'import' | 'export'): Promise<unknown> {
   if (fileDialog.value) return undefined;
   fileDialog.value = which;
   try {
-    if (which === 'import') await endBatch();
-    return await call(which === 'import' ? 'importProfile' : 'exportProfile');
+    return await call(which === 'import' ? 'importProfile' : 'exportMacro');
   } catch (reason) {
     showFailure(which === 'import' ? 'import the macro' : 'export the profile', reason);
     return undefined;
@@ -322,6 +369,13 @@ async function changeAppSettings(
 
 export const setAppSwitch = (key: AppSwitch, on: boolean) =>
   changeAppSettings({ [key]: on }, 'setAppSetting', `${key},${flag(on)}`);
+
+export async function setCountdown(countdownSeconds: number): Promise<void> {
+  additionalSettings.value = { countdownSeconds };
+  const argument = `countdownSeconds,${countdownSeconds}`;
+  if (!(await runRefusable('change the preference', 'setAdditionalSetting', argument)))
+    await fetchAdditionalSettings();
+}
 
 export function setPanelMinimised(id: PanelId, minimised: boolean): Promise<void> {
   const others = appSettings.value.minimizedPanels.filter((other) => other !== id);

@@ -1,23 +1,28 @@
 // Fetches what the status poll does not carry: settings, preferences, profiles, events.
 import { call, isMainWindow } from './bridge';
+import { type Columns, equalPrefix, resized } from './event-columns';
 import {
-  type MacroEvent,
   readAbout,
+  readAdditionalSettings,
   readAppSettings,
-  readEvents,
+  readKeyNames,
+  readMacroRows,
   readProfiles,
+  readRow,
   readSettings,
 } from './reports';
 import {
   about,
+  additionalSettings,
   appSettings,
   events,
-  eventsFailedAt,
   eventsLoading,
   failure,
+  keyNames,
   profiles,
+  progress,
   settings,
-  status,
+  storeChangedEvents,
 } from './store';
 
 // `what` completes "Varnelle could not ...".
@@ -75,34 +80,72 @@ export async function fetchAbout(): Promise<void> {
   }
 }
 
-// An unchanged list keeps its records, so that the selection in it stays.
-const isSameMacro = (a: readonly MacroEvent[], b: readonly MacroEvent[]) =>
-  a.length === b.length &&
-  a.every((event, i) => event.time === b[i]?.time && event.description === b[i]?.description);
-
-// Only the reply to the last request counts.
-let eventRequests = 0;
-let lastRequest = Promise.resolve();
-
-// Resolves when the last request is answered, which may be a later one.
-export function fetchEvents(): Promise<void> {
-  lastRequest = requestEvents();
-  return lastRequest;
+export async function fetchAdditionalSettings(): Promise<void> {
+  try {
+    additionalSettings.value = readAdditionalSettings(await call('getAdditionalSettings'));
+  } catch (reason) {
+    showFailure('read the preferences', reason);
+  }
 }
 
-async function requestEvents(): Promise<void> {
-  const request = ++eventRequests;
-  eventsLoading.value = true;
+const kRowsAtOnce = 50_000; // so that neither the program nor the page is busy for long
+
+let fetching: Promise<void> | null = null;
+// The revision at which the last fetch failed, so that not every poll tries again.
+let failedRevision = -1;
+
+// Fetches the events that the page does not have yet. Resolves when the page has the macro of the last poll, or if
+// fetching fails.
+export function fetchEvents(): Promise<void> {
+  fetching ??= fetchNewEvents().finally(() => (fetching = null));
+  return fetching;
+}
+
+// Fetches the events if the last poll has shown a newer macro.
+export function fetchChangedEvents(): void {
+  if (eventsLoading.peek() && progress.peek().revision !== failedRevision) void fetchEvents();
+}
+
+async function fetchNewEvents(): Promise<void> {
+  const before = events.peek();
   try {
-    const list = readEvents(await call('getMacroEvents'));
-    if (request !== eventRequests) return await lastRequest;
-    if (!isSameMacro(list, events.value)) events.value = list;
-    eventsFailedAt.value = -1;
+    const list = await fetchRows(before);
+    failedRevision = -1;
+    // An edit of the page's own may have stored a newer list meanwhile.
+    if (list.revision <= events.peek().revision) return;
+    if (events.peek() === before && equalPrefix(before, list) === before.count) storeChangedEvents(list);
+    else events.value = list;
   } catch (reason) {
-    if (request !== eventRequests) return await lastRequest;
-    eventsFailedAt.value = status.value.eventCount;
+    failedRevision = progress.peek().revision;
     showFailure('read the events', reason);
-  } finally {
-    if (request === eventRequests) eventsLoading.value = false;
+  }
+}
+
+// An append keeps the events that the page has.
+async function fetchRows(before: Columns): Promise<Columns> {
+  let kept = before.revision >= progress.peek().rewritten ? before.count : 0;
+  let list = before;
+  for (;;) {
+    const part = readMacroRows(await call('getMacroRows', `${kept},${kRowsAtOnce}`));
+    if (kept > 0 && part.rewritten > list.revision) {
+      kept = 0;
+      continue;
+    }
+    const end = Math.min(part.total, kept + part.rows.length);
+    // The columns that the store has must not change.
+    if (list === before || list.count < part.total) list = resized(list, kept, part.total);
+    for (let i = kept; i < end; i++) readRow(part.rows[i - kept], list, i);
+    list.revision = part.revision;
+    kept = end;
+    if (end === part.total || part.rows.length === 0)
+      return end === list.count ? list : resized(list, end, end);
+  }
+}
+
+export async function fetchKeyNames(): Promise<void> {
+  try {
+    keyNames.value = readKeyNames(await call('getKeyNames'));
+  } catch (reason) {
+    showFailure('read the names of the keys', reason);
   }
 }

@@ -23,6 +23,15 @@ export function timeText(milliseconds: number): string {
   return parts.filter(Boolean).join(' ');
 }
 
+// Hours, minutes and whole seconds: "0:04", "1:00:09"
+export function shortClock(seconds: number): string {
+  const whole = Math.floor(Math.max(0, seconds));
+  const twoDigits = (value: number) => String(value).padStart(2, '0');
+  const minutes = Math.floor(whole / 60);
+  const inHour = `${minutes % 60}:${twoDigits(whole % 60)}`;
+  return minutes < 60 ? inHour : `${Math.floor(minutes / 60)}:${inHour.padStart(5, '0')}`;
+}
+
 // Minutes, seconds and tenths: "1:05.2"
 export function clockTime(seconds: number): string {
   const tenths = Math.round(Math.abs(seconds) * 10);

@@ -7,15 +7,16 @@ export interface Hotkey {
   title: string;
   name: string; // inside a sentence
   defaultKey: string; // name of its key after a reset
+  defaultCode: number; // virtual key code of that
 }
 
 // In the order of the page.
 export const kHotkeys: readonly Hotkey[] = [
-  { id: 'autoclicker', title: 'Autoclicker', name: 'autoclicker', defaultKey: 'F6' },
-  { id: 'keySpammer', title: 'Key spammer', name: 'key spammer', defaultKey: 'F9' },
-  { id: 'record', title: 'Record', name: 'record', defaultKey: 'F8' },
-  { id: 'play', title: 'Play', name: 'play', defaultKey: 'F7' },
-  { id: 'unlock', title: 'Lock and unlock', name: 'unlock', defaultKey: 'F10' },
+  { id: 'autoclicker', title: 'Autoclicker', name: 'autoclicker', defaultKey: 'F6', defaultCode: 117 },
+  { id: 'keySpammer', title: 'Key spammer', name: 'key spammer', defaultKey: 'F9', defaultCode: 120 },
+  { id: 'record', title: 'Record', name: 'record', defaultKey: 'F8', defaultCode: 119 },
+  { id: 'play', title: 'Play', name: 'play', defaultKey: 'F7', defaultCode: 118 },
+  { id: 'unlock', title: 'Lock and unlock', name: 'unlock', defaultKey: 'F10', defaultCode: 121 },
 ];
 
 // The order in which the program compares a press with them.

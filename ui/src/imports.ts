@@ -1,19 +1,21 @@
 // Imports and exports of macros: the file dialogs, the pending import and what the program reports by itself.
 import { effect, signal } from '@preact/signals';
 import { call, isMainWindow } from './bridge';
-import { cancelImport, confirmImport, openFileDialog, switchProfile } from './commands';
-import {
-  fetchAbout,
-  fetchEvents,
-  fetchProfiles,
-  fetchSettings,
-  noteSettingsEdit,
-  showFailure,
-} from './fetch';
-import { showDone, showMessage } from './notices';
+import { cancelImport, confirmImport, openFileDialog, useImportedSettings } from './commands';
+import { fetchAbout, fetchProfiles, fetchSettings, noteSettingsEdit, showFailure } from './fetch';
+import { counted, shortClock } from './format';
+import { type NoticeAction, showDone, showMessage } from './notices';
 import { pollNow } from './poll';
-import { type PendingImport, readImportOutcome, readPendingImport, readPendingSummary } from './reports';
-import { about, profiles, recording, settings, status } from './store';
+import {
+  type LastImport,
+  type PendingImport,
+  readExportOutcome,
+  readImportOutcome,
+  readLastImport,
+  readPendingImport,
+  readPendingSummary,
+} from './reports';
+import { about, profiles, recording } from './store';
 
 // The macro to decide on.
 export const pendingImport = signal<PendingImport | null>(null);
@@ -22,39 +24,60 @@ export const pendingReplaced = signal(false);
 // True until the program has answered the decision.
 export const deciding = signal(false);
 
-// What is left to show after an import, while it holds. An import with tool settings leaves the tools as they are; one
-// without resets them to their defaults.
-export interface ImportNote {
-  reset: boolean; // the import has changed the settings of the tools
-  basis: string; // noteBasis() at the time of the import
-}
-export const importNote = signal<ImportNote | null>(null);
+// The last import that made a profile, while that profile is the current one.
+export const importNote = signal<LastImport | null>(null);
 
 const kWaylandText = 'This is a Wayland session. Varnelle sees and reaches X11 applications only.';
 
 // How many imports the program has reported by itself.
 let reportedImports = 0;
+// The newest import that the page has shown.
+let shownImport = 0;
 
-const toolSettings = () => JSON.stringify([settings.value.autoclicker, settings.value.keySpammer]);
-
-// The note holds while this stays the same. A change of a tool's settings replaces those that came with the profile.
-function noteBasis(reset: boolean): string {
-  const { current, names } = profiles.value;
-  const profile = [current, names[current]];
-  return JSON.stringify(reset ? profile : [profile, toolSettings(), status.value.keySpammer]);
+// Resolves to the last import if the page has not shown it yet.
+async function fetchNewImport(): Promise<LastImport | undefined> {
+  try {
+    const last = readLastImport(await call('getLastImport'));
+    if (last.id <= shownImport) return undefined;
+    shownImport = last.id;
+    return last;
+  } catch (reason) {
+    showFailure('read what was imported', reason);
+    return undefined;
+  }
 }
+
+const noteStillHolds = ({ profile }: LastImport) => profiles.value.names[profiles.value.current] === profile;
+
+// "340 events, 0:12. 2 lines could not be read."
+function importedText({ events, seconds, skippedLines }: LastImport): string {
+  const skipped = skippedLines > 0 ? ` ${counted(skippedLines, 'line')} could not be read.` : '';
+  return `${counted(events, 'event')}, ${shortClock(seconds)}.${skipped}`;
+}
+
+const kUseSettings: NoticeAction = {
+  label: 'Use the file\u2019s tool settings',
+  tip: 'Sets both tools as the file says.',
+  press: () => void useFileSettings(),
+  isPossible: () => importNote.value?.settingsUsable === true,
+};
 
 // The imported profile is the current one.
 async function announceImport(): Promise<void> {
-  const before = toolSettings();
   noteSettingsEdit();
-  const [fetched] = await Promise.all([fetchProfiles(), fetchSettings(), fetchEvents()]);
-  const { names, current } = profiles.value;
-  const name = names[current];
-  showDone(fetched && name ? `Imported as ${name}` : 'Imported');
-  const reset = toolSettings() !== before;
-  importNote.value = { reset, basis: noteBasis(reset) };
-  await pollNow();
+  const last = await fetchNewImport();
+  await Promise.all([fetchProfiles(), fetchSettings(), pollNow()]);
+  if (last?.outcome === 'imported') {
+    importNote.value = last;
+    if (last.events === 0) {
+      showMessage(`Imported \u201c${last.profile}\u201d: no events could be read from this file.`);
+    } else {
+      const text = `Imported as ${last.profile}: ${importedText(last)}`;
+      showDone(text, last.settingsUsable ? [kUseSettings] : []);
+    }
+  } else {
+    showDone('Imported');
+  }
   if (recording.value) {
     showMessage(
       'The import arrived during a recording. The events until then are in the previous profile. ' +
@@ -63,21 +86,30 @@ async function announceImport(): Promise<void> {
   }
 }
 
-export async function useImportedSettings(): Promise<void> {
-  importNote.value = null;
-  await switchProfile(profiles.value.current);
+export async function useFileSettings(): Promise<void> {
+  if (!(await useImportedSettings())) return;
+  if (importNote.peek()) importNote.value = { ...(importNote.peek() as LastImport), settingsUsable: false };
+  showDone('The tool settings of the file are in use.');
 }
 
-// The program does not report whether it wrote a file.
 export async function exportProfile(): Promise<void> {
-  await openFileDialog('export');
+  const { outcome, file, message } = readExportOutcome(await openFileDialog('export'));
+  if (outcome === 'written') showDone(`Exported as ${file}`);
+  else if (outcome !== 'cancelled') showMessage(message);
 }
 
 export async function importProfile(): Promise<void> {
   const result = readImportOutcome(await openFileDialog('import'));
   if (result.outcome === 'imported') await announceImport();
   else if (result.outcome === 'pending') showPendingImport(result.pendingImport);
-  else if (result.outcome === 'error') showMessage(result.message);
+  else if (result.outcome === 'error') await showImportProblem(result.message);
+}
+
+// Shows a message of the program. The program calls a missing file corrupt as well, so the page says which it is.
+async function showImportProblem(message: string): Promise<void> {
+  const last = await fetchNewImport();
+  const isMissing = last?.outcome === 'failed' && last.problem === 'notFound';
+  showMessage(isMissing ? `The file \u201c${last.file}\u201d was not found.` : message);
 }
 
 function showPendingImport(macro: PendingImport | null, replaced = pendingImport.value !== null): void {
@@ -166,10 +198,10 @@ export function listenForImports(): void {
     void announceImport();
   };
   window.onPendingMacroImport = (document) => showPendingImport(readPendingImport(document));
-  window.alert = (text?: unknown) => showMessage(String(text ?? ''));
+  window.alert = (text?: unknown) => void showImportProblem(String(text ?? ''));
   effect(() => {
     const note = importNote.value;
-    if (note && note.basis !== noteBasis(note.reset)) importNote.value = null;
+    if (note && !noteStillHolds(note)) importNote.value = null;
   });
 }
 
@@ -179,7 +211,7 @@ export async function fetchPendingNotices(): Promise<void> {
   try {
     showPendingImport(await fetchPendingImport());
     const text = await call('getPendingThemeAlert');
-    if (typeof text === 'string') showMessage(text);
+    if (typeof text === 'string' && text !== '') await showImportProblem(text);
     await fetchAbout();
     if (about.value.session === 'wayland') showMessage(kWaylandText);
   } catch (reason) {

@@ -1,15 +1,25 @@
 import { effect } from '@preact/signals';
 import { render } from 'preact';
 import { plugPromiseLeak } from './bridge';
+import { cancelPick } from './commands';
+import { cancelCountdown, watchCountdown } from './countdown';
 import { refuseDrops } from './drops';
 import { App } from './app';
 import { arrangeFirstStart } from './first-start';
 import { fitFirstWindow, installFit } from './fit';
-import { fetchAppSettings, fetchProfiles, fetchSettings } from './fetch';
+import {
+  fetchAdditionalSettings,
+  fetchAppSettings,
+  fetchKeyNames,
+  fetchProfiles,
+  fetchSettings,
+} from './fetch';
+import { followHistory } from './history';
+import { watchHotkeys } from './hotkey-changes';
 import { fetchPendingNotices, listenForImports } from './imports';
 import { listenForSaveProblems } from './notices';
 import { startPolling } from './poll';
-import { appSettings, capture, clicking, helpOpen, known, picking, playing } from './store';
+import { appSettings, capture, helpOpen, known, picking } from './store';
 import './theme.css';
 import './app.css';
 import './forced-colors.css';
@@ -23,15 +33,12 @@ document.addEventListener('contextmenu', (event) => {
   if (!edited) event.preventDefault();
 });
 
-// The program swallows the press that ends a pick. So a press that reaches the page shows that the pick is over, unless
-// the autoclicker or the playback may have made it.
-document.addEventListener(
-  'pointerdown',
-  () => {
-    if (!clicking.value && !playing.value) picking.value = false;
-  },
-  { capture: true },
-);
+// Esc ends what waits for the user, also where no control has the focus.
+document.addEventListener('keydown', (event) => {
+  if (event.key !== 'Escape') return;
+  cancelCountdown();
+  if (picking.value) void cancelPick();
+});
 
 document.addEventListener('keydown', (event) => {
   if (event.key !== 'F1' || capture.value) return;
@@ -70,9 +77,13 @@ async function show(root: HTMLElement, reports: Promise<unknown>[]): Promise<voi
 installFit();
 listenForImports();
 listenForSaveProblems();
+followHistory();
+watchCountdown();
+watchHotkeys();
 const root = document.getElementById('app');
 if (root) {
   render(<App />, root);
   const preferences = fetchAppSettings().then((worked) => worked && arrangeFirstStart());
-  void show(root, [preferences, fetchSettings(), fetchProfiles(), startPolling()]);
+  const others = [fetchSettings(), fetchProfiles(), fetchKeyNames(), fetchAdditionalSettings()];
+  void show(root, [preferences, ...others, startPolling()]);
 }

@@ -1,10 +1,8 @@
 // The status poll and what follows from it. At most one poll is in flight.
-import { effect } from '@preact/signals';
-import { batch } from './batch';
 import { call } from './bridge';
-import { fetchEvents, fetchSettings } from './fetch';
-import { readStatus, type Status } from './reports';
-import { answering, events, eventsFailedAt, eventsLoading, picking, settings, status } from './store';
+import { fetchChangedEvents, fetchSettings } from './fetch';
+import { readProgress, readStatus } from './reports';
+import { answering, picking, progress, recording, status } from './store';
 
 const kInterval = 125; // ms between the starts of two polls
 const kHiddenInterval = 1000; // ms, while the page is hidden
@@ -13,8 +11,8 @@ const kReplyTimeout = 3000; // ms without a reply after which the page shows tha
 let timer = 0;
 let inFlight = false;
 let pollAgain = false;
-let lastReport = '';
-let eventsFetchDue = true;
+let lastStatus = '';
+let lastProgress = '';
 let waiters: (() => void)[] = [];
 
 // Polls now, or right after the poll in flight, whose reply may be older than the command just sent.
@@ -40,8 +38,8 @@ async function poll(): Promise<void> {
   const started = performance.now();
   const timeout = window.setInterval(() => (answering.value = false), kReplyTimeout);
   try {
-    accept(await call('getTrackerStatus'));
-    if (picking.value) await followPick();
+    const reports = await Promise.all([call('getTrackerStatus'), call('getProgress')]);
+    accept(...reports);
     answering.value = true;
   } catch {
     answering.value = false;
@@ -56,49 +54,25 @@ async function poll(): Promise<void> {
   timer = window.setTimeout(() => void poll(), pollAgain ? 0 : pause);
 }
 
-function accept(report: unknown): void {
-  const text = JSON.stringify(report);
-  const before = status.value;
-  const now = readStatus(report);
-  if (text !== lastReport || now.eventCount !== before.eventCount) {
-    lastReport = text;
-    status.value = now;
-  }
-  if (eventsAreStale(before, status.value)) void fetchEvents();
-}
-
-// The program does not report a pick. The pick is over when the fixed location has changed.
-async function followPick(): Promise<void> {
-  const { locationMode, fixedX, fixedY } = settings.value.autoclicker;
-  await fetchSettings();
-  const now = settings.value.autoclicker;
-  if (now.locationMode !== locationMode || now.fixedX !== fixedX || now.fixedY !== fixedY)
-    picking.value = false;
-}
-
-// A recording changes the list at every poll, so the page fetches it at the end of the recording. It waits one poll
-// more: the state turns idle a moment before the program adjusts the times of the new events.
-function eventsAreStale(before: Status, now: Status): boolean {
-  if (now.state === 'Recording' || before.state === 'Recording') {
-    eventsFetchDue = true;
-    return false;
-  }
-  if (batch.value) return false; // the page makes the same edits in its own copy
-  const due = eventsFetchDue;
-  eventsFetchDue = false;
-  if (due || before.canUndoContinue !== now.canUndoContinue) return true;
-  return (
-    now.eventCount !== events.value.length && now.eventCount !== eventsFailedAt.value && !eventsLoading.value
-  );
+function accept(statusReport: unknown, progressReport: unknown): void {
+  const wasPicking = picking.peek();
+  const statusText = JSON.stringify(statusReport);
+  const progressText = JSON.stringify(progressReport);
+  const now = readStatus(statusReport);
+  if (statusText !== lastStatus || now.eventCount !== status.peek().eventCount) status.value = now;
+  if (progressText !== lastProgress) progress.value = readProgress(progressReport);
+  lastStatus = statusText;
+  lastProgress = progressText;
+  // The macro changes at every poll of a recording, so the page fetches it at the end.
+  if (!recording.peek()) fetchChangedEvents();
+  // The end of a pick may have changed the location.
+  if (wasPicking && !picking.peek()) void fetchSettings();
 }
 
 // Resolves after the first poll.
 export function startPolling(): Promise<void> {
   document.addEventListener('visibilitychange', () => {
     if (!document.hidden) pollSoon();
-  });
-  effect(() => {
-    if (picking.value) pollSoon();
   });
   return poll();
 }

@@ -1,6 +1,7 @@
 // Decodes everything the program reports into records with spelled-out names. No other file reads the keys of a report.
 // Readers accept any value: a missing or ill-typed key gets its default, because a panel without a running program gets
 // a shorter status report.
+import { type Columns, EventType } from './event-columns';
 
 export type MacroState = 'Idle' | 'Recording' | 'Playing';
 
@@ -70,9 +71,26 @@ export interface ProfileList {
   defaultName: string;
 }
 
-export interface MacroEvent {
-  time: number; // seconds from the start of the macro
-  description: string; // event-description.ts reads it
+// What the program counts while something runs. Zero while it does not run.
+export interface Progress {
+  revision: number; // grows with every change of the macro and with every other macro; -1 if it is unknown
+  rewritten: number; // the newest revision with a change other than an append at the end
+  clicks: number; // of this run; a double click is one
+  presses: number; // of this run; all keys together are one
+  playRound: number; // from 1
+  playSeconds: number; // position in the macro's own time; passes the end in the pause between two rounds
+  playEvent: number; // events of this round already played
+  recordSeconds: number;
+  recordEvents: number;
+  picking: boolean; // the program waits for a location
+}
+
+// A part of the macro's events.
+export interface MacroRows {
+  revision: number;
+  rewritten: number; // as in Progress
+  total: number; // events of the whole macro
+  rows: readonly unknown[]; // readRow reads them
 }
 
 // The preferences of the program, as opposed to those of a macro or a tool.
@@ -88,6 +106,11 @@ export interface AppSettings {
   seenWarnings: string[];
   minimizedPanels: string[];
   panelOrder: string[];
+}
+
+// The preferences that the program keeps beside those of AppSettings.
+export interface AdditionalSettings {
+  countdownSeconds: number; // before a tool starts from the page; 0 for none
 }
 
 // The preferences that are switches, by the names that setAppSetting takes.
@@ -245,10 +268,113 @@ export const readAbout = (report: unknown): AboutProgram =>
     report,
   );
 
-export const readEvents = (report: unknown): MacroEvent[] =>
-  Array.isArray(report)
-    ? (report as { time: number; desc: string }[]).map(({ time, desc }) => ({ time, description: desc }))
+export const readAdditionalSettings = (report: unknown): AdditionalSettings =>
+  readRecord<AdditionalSettings>({ countdownSeconds: 3 }, report);
+
+export const readProgress = (report: unknown): Progress =>
+  readRecord<Progress>(
+    {
+      revision: -1,
+      rewritten: -1,
+      clicks: 0,
+      presses: 0,
+      playRound: 0,
+      playSeconds: 0,
+      playEvent: 0,
+      recordSeconds: 0,
+      recordEvents: 0,
+      picking: false,
+    },
+    report,
+  );
+
+export function readMacroRows(report: unknown): MacroRows {
+  const { revision, rewritten, total, rows } = fieldsOf(report);
+  return {
+    revision: numberOr(revision, 0),
+    rewritten: numberOr(rewritten, 0),
+    total: numberOr(total, 0),
+    rows: Array.isArray(rows) ? rows : [],
+  };
+}
+
+// Reads one of the rows into the columns. A time that is not a number in the macro's file arrives as null.
+export function readRow(row: unknown, columns: Columns, i: number): void {
+  const [type, time, x, y, flags, virtualKey, down, wheel] = Array.isArray(row) ? (row as number[]) : [];
+  columns.time[i] = time ?? 0;
+  columns.type[i] =
+    type !== undefined && type >= EventType.AbsoluteMove && type < EventType.Other ? type : EventType.Other;
+  columns.x[i] = x ?? 0;
+  columns.y[i] = y ?? 0;
+  columns.flags[i] = flags ?? 0;
+  columns.virtualKey[i] = virtualKey ?? 0;
+  columns.down[i] = down ?? 0;
+  columns.wheel[i] = wheel ?? 0;
+}
+
+// Why the program refused a command.
+export type Refusal = 'recording' | 'playing' | 'revision' | 'argument' | 'default' | 'unknown';
+const kRefusals: readonly Refusal[] = ['recording', 'playing', 'revision', 'argument', 'default', 'unknown'];
+
+// What came of a command that the program may refuse.
+export interface Done {
+  done: true;
+  revision: number; // of the macro after a change of it
+  changed: number; // events
+}
+
+export function readResult(report: unknown): Done | { done: false; reason: Refusal } {
+  const { done, reason, revision, changed } = fieldsOf(report);
+  if (done === true) return { done, revision: numberOr(revision, 0), changed: numberOr(changed, 0) };
+  return { done: false, reason: kRefusals.find((word) => word === reason) ?? 'argument' };
+}
+
+// A change of a macro that the program can undo or redo.
+export interface HistoryStep {
+  id: number;
+  reason: 'recording' | 'undoContinue' | 'clear' | 'deleteProfile' | 'optimise' | 'edit' | 'addReleases';
+  profile: string;
+  current: boolean; // it belongs to the current profile
+  events: number; // that come back
+}
+
+export interface MacroHistory {
+  undo: HistoryStep[]; // newest first
+  redo: HistoryStep[]; // the next one first
+}
+
+const readSteps = (value: unknown): HistoryStep[] =>
+  Array.isArray(value)
+    ? value.map((step) =>
+        readRecord<HistoryStep>({ id: 0, reason: 'edit', profile: '', current: false, events: 0 }, step),
+      )
     : [];
+
+export function readMacroHistory(report: unknown): MacroHistory {
+  const { undo, redo } = fieldsOf(report);
+  return { undo: readSteps(undo), redo: readSteps(redo) };
+}
+
+// The key codes of the hotkeys. A hotkey without a key, or one that the report does not have, is missing.
+export type HotkeyCodes = Partial<Record<HotkeyId, number>>;
+
+export function readHotkeyCodes(report: unknown): HotkeyCodes {
+  const fields = fieldsOf(report);
+  const codes: HotkeyCodes = {};
+  for (const id of ['autoclicker', 'keySpammer', 'record', 'play', 'unlock'] as const) {
+    const code = numberOr(fields[kCaptureWords[id]], 0);
+    if (code > 0) codes[id] = code;
+  }
+  return codes;
+}
+
+// The names of the keys by their virtual key code.
+export function readKeyNames(report: unknown): Record<number, string> {
+  const names: Record<number, string> = {};
+  for (const [code, name] of Object.entries(fieldsOf(report)))
+    if (typeof name === 'string') names[Number(code)] = name;
+  return names;
+}
 
 export interface Finding {
   danger: boolean; // else a caution
@@ -350,3 +476,44 @@ export function readImportOutcome(report: unknown): ImportOutcome {
   if (outcome === 'error') return { outcome, message: stringOr(message, 'The file was not imported.') };
   return { outcome: 'none' };
 }
+
+// The last import of this session, from the dialog, the command line or a second instance.
+export interface LastImport {
+  id: number; // grows with every import
+  outcome: 'none' | 'imported' | 'pending' | 'failed';
+  problem: '' | 'notFound' | 'unreadable' | 'oldFormat' | 'noName' | 'tooLarge';
+  file: string; // name without its folder
+  profile: string;
+  events: number;
+  skippedLines: number; // that could not be read
+  seconds: number;
+  fileSettings: boolean; // the file had tool settings
+  settingsUsable: boolean; // these can be put to use
+}
+
+export const readLastImport = (report: unknown): LastImport =>
+  readRecord<LastImport>(
+    {
+      id: 0,
+      outcome: 'none',
+      problem: '',
+      file: '',
+      profile: '',
+      events: 0,
+      skippedLines: 0,
+      seconds: 0,
+      fileSettings: false,
+      settingsUsable: false,
+    },
+    report,
+  );
+
+// What came of the export dialog.
+export interface ExportOutcome {
+  outcome: 'written' | 'cancelled' | 'failed' | 'unavailable';
+  file: string;
+  message: string;
+}
+
+export const readExportOutcome = (report: unknown): ExportOutcome =>
+  readRecord<ExportOutcome>({ outcome: 'cancelled', file: '', message: '' }, report);

@@ -1,8 +1,9 @@
-// What runs, and how it is stopped.
+// What runs, how far it is, and how it is stopped.
 import { stopClicking, stopPlayback, stopPressing, stopRecording } from './commands';
 import type { IconName } from './components/icon';
+import { counted, groupedNumber, shortClock } from './format';
 import type { HotkeyId } from './reports';
-import { clicking, playing, pressing, recording, settings } from './store';
+import { clicking, macroLength, playing, pressing, progress, recording, settings } from './store';
 
 export interface Running {
   word: string; // inside a sentence
@@ -53,6 +54,24 @@ export function whatRuns(): Running[] {
     ...(clicking.value ? [autoclicker] : []),
     ...(pressing.value ? [keySpammer] : []),
   ];
+}
+
+// Returns how far it is: "1,204 clicks", "round 3, 0:04 of 0:09".
+export function countText({ hotkey }: Running): string {
+  const now = progress.value;
+  switch (hotkey) {
+    case 'record':
+      return `${shortClock(now.recordSeconds)}, ${counted(now.recordEvents, 'event')}`;
+    case 'play': {
+      const length = macroLength.value;
+      const round = settings.value.macro.loop ? `round ${groupedNumber(now.playRound)}, ` : '';
+      return `${round}${shortClock(Math.min(now.playSeconds, length))} of ${shortClock(length)}`;
+    }
+    case 'autoclicker':
+      return counted(now.clicks, 'click', 'clicks');
+    default:
+      return counted(now.presses, 'press', 'presses');
+  }
 }
 
 export const runningWords = (running: Running[]) => running.map((entry) => entry.word).join(', ');

@@ -1,26 +1,16 @@
 import { Fragment, type ComponentChildren } from 'preact';
 import { isMainWindow } from './bridge';
-import { setAppSwitch } from './commands';
+import { cancelPick, setAppSwitch } from './commands';
 import { Button } from './components/button';
 import { HelpButton } from './components/help';
 import { Icon, type IconName } from './components/icon';
 import { KeyCap } from './components/key-cap';
 import { PreferencesButton } from './components/preferences';
 import { usePending } from './components/run-button';
-import { capitalised, counted } from './format';
-import type { Capture } from './reports';
-import { type Running, runningWords, stopAll, whatRuns } from './running';
-import {
-  answering,
-  capture,
-  eventCount,
-  hotkeysOff,
-  locked,
-  picking,
-  recording,
-  status,
-  unanswered,
-} from './store';
+import { cancelCountdown, countdown } from './countdown';
+import { capitalised } from './format';
+import { countText, type Running, runningWords, stopAll, whatRuns } from './running';
+import { answering, capture, hotkeysOff, locked, picking, status, unanswered } from './store';
 import { actingKey } from './tips';
 import './state-line.css';
 
@@ -33,6 +23,7 @@ interface Look {
 function look(running: Running[]): Look {
   const first = running[0];
   if (!answering.value) return { kind: 'off', icon: '', title: unanswered.value };
+  if (countdown.value) return { kind: 'waiting', icon: '', title: `Starting in ${countdown.value.seconds}` };
   if (first) {
     return { kind: first.kind, icon: first.icon, title: capitalised(runningWords(running)) };
   }
@@ -47,8 +38,10 @@ function look(running: Running[]): Look {
 export function StateLine() {
   const running = whatRuns();
   const { kind, icon, title } = look(running);
+  const counts = answering.value && !countdown.value ? running.map(countText).join(', ') : '';
   const [stopping, setStopping] = usePending(running.length);
-  const offers = running.length === 0 && hotkeysOff.value && !capture.value && isMainWindow();
+  const isWaiting = countdown.value !== null || picking.value || capture.value !== '';
+  const offers = running.length === 0 && hotkeysOff.value && !isWaiting && isMainWindow();
   return (
     <header class={`state-line state-line--${kind}`}>
       <h1 class="unseen">Varnelle</h1>
@@ -57,14 +50,29 @@ export function StateLine() {
       </span>
       <div class="state-line__text">
         <div role="status" aria-label="State">
-          <div class="state-line__title">{title}</div>
+          <div class={`state-line__title${running.length > 1 ? ' state-line__title--several' : ''}`}>
+            {title}
+            {/* Hidden, because screen readers read the status aloud at each change. */}
+            {counts && (
+              <span aria-hidden="true">
+                {', '}
+                <span class="state-line__count">{counts}</span>
+              </span>
+            )}
+          </div>
           <div class="state-line__detail">{detail(running)}</div>
         </div>
-        {/* Outside the status, which screen readers read aloud at each change. */}
-        {recording.value && running.length === 1 && (
-          <div class="state-line__count">{counted(eventCount.value, 'event')}</div>
-        )}
+        {counts && <p class="unseen">{counts}</p>}
       </div>
+      {(countdown.value || picking.value) && (
+        <Button
+          label={countdown.value ? 'Cancel the start' : 'Cancel picking'}
+          tip={countdown.value ? 'Starts nothing.' : 'Keeps the location as it was.'}
+          onPress={() => (countdown.value ? cancelCountdown() : void cancelPick())}
+        >
+          Cancel
+        </Button>
+      )}
       {running.length > 0 && (
         <Button
           kind="stop"
@@ -96,19 +104,11 @@ export function StateLine() {
   );
 }
 
-const kCaptureTexts: Record<Capture, string> = {
-  '': '',
-  autoclicker: 'the new autoclicker hotkey',
-  keySpammer: 'the new key spammer hotkey',
-  record: 'the new record hotkey',
-  play: 'the new play hotkey',
-  unlock: 'the new unlock hotkey',
-  target: 'the key to add',
-};
-
 function detail(running: Running[]): ComponentChildren {
-  if (capture.value) return `Press ${kCaptureTexts[capture.value]}. Esc cancels.`;
-  if (picking.value) return 'Click a location on the screen. Right-click cancels.';
+  if (capture.value === 'target') return 'Press a key. Esc cancels.';
+  if (capture.value) return 'Press a key or a mouse button. Esc cancels.';
+  if (countdown.value) return 'Move to your target. Esc cancels.';
+  if (picking.value) return 'Click a location on the screen. Esc or a right click cancels.';
   if (hotkeysOff.value) {
     return running.length > 0 ? 'Hotkeys are off. Use the Stop button.' : 'Start and stop with the buttons.';
   }

@@ -1,12 +1,15 @@
 // The state of the page: what the program has reported, and what the page shows. The panels are a view of these
 // signals.
 import { computed, signal } from '@preact/signals';
+import { type Columns, makeColumns } from './event-columns';
 import {
-  type MacroEvent,
   type PanelId,
   readAbout,
+  readAdditionalSettings,
   readAppSettings,
+  readKeyNames,
   readProfiles,
+  readProgress,
   readSettings,
   readStatus,
 } from './reports';
@@ -16,17 +19,29 @@ export const status = signal(readStatus({}));
 export const settings = signal(readSettings({}));
 export const appSettings = signal(readAppSettings({}));
 export const about = signal(readAbout({}));
+export const additionalSettings = signal(readAdditionalSettings({}));
 export const profiles = signal(readProfiles({}));
-export const events = signal<readonly MacroEvent[]>([]);
-export const eventsLoading = signal(false);
-// The event count at which fetching the list failed, so that not every poll tries again; -1 if it did not fail.
-export const eventsFailedAt = signal(-1);
+export const progress = signal(readProgress({}));
+export const keyNames = signal(readKeyNames({}));
+export const events = signal<Columns>(makeColumns(-1));
+
+// How the last change of `events` relates the two lists.
+export interface ListChange {
+  before: Columns;
+  after: Columns;
+  removed: Uint32Array; // indexes in `before`, ascending; the others keep their order
+}
+export let listChange: ListChange | null = null;
+
+// Stores a list that differs from the one before only by removed, retimed and appended events.
+export function storeChangedEvents(after: Columns, removed: Uint32Array = new Uint32Array(0)): void {
+  listChange = { before: events.peek(), after, removed };
+  events.value = after;
+}
 
 // True once the first reports have arrived or timed out. The page is invisible before, so nothing jumps.
 export const known = signal(false);
 
-// True while a location pick runs, as far as the page can know: the program does not report it.
-export const picking = signal(false);
 // The panel that shows its Move buttons; empty for none.
 export const arranging = signal<PanelId | ''>('');
 // The text for screen readers after a panel has moved.
@@ -52,10 +67,19 @@ export const locked = computed(() => status.value.lockEnabled && !status.value.u
 export const hotkeysOff = computed(() => !appSettings.value.hotkeysEnabled);
 // What the program waits for a key for.
 export const capture = computed(() => status.value.capture);
+export const picking = computed(() => progress.value.picking);
+// Whether the click location is fixed but has not been picked yet: the defaults of the position stand for none.
+export const lacksLocation = computed(() => {
+  const { locationMode, fixedX, fixedY } = settings.value.autoclicker;
+  return locationMode === 'fixed' && fixedX === 0 && fixedY === 0;
+});
 export const eventCount = computed(() => status.value.eventCount);
+// True while the program has a newer macro than the page.
+export const eventsLoading = computed(() => progress.value.revision > events.value.revision);
 // The time of the latest event, in seconds. A retimed event keeps its index, so the list may be out of order.
 export const macroLength = computed(() => {
   let longest = 0;
-  for (const event of events.value) if (event.time > longest) longest = event.time;
+  const { time } = events.value;
+  for (const seconds of time) if (seconds > longest) longest = seconds;
   return longest;
 });

@@ -40,14 +40,14 @@ export const kWarnings = {
   replacing: {
     id: 'replacing-recording',
     title: 'Replace this recording?',
-    text: 'A new recording deletes the events of this profile. This cannot be undone. Continue adds to the events, and a new profile keeps both. The record hotkey replaces them without asking.',
+    text: 'A new recording replaces the events of this profile. Undo brings them back until you quit. Continue adds to the events, and a new profile keeps both. The record hotkey replaces them without asking.',
     verb: 'Replace recording',
   },
   // Shown in the question that is asked each time, not in a dialog of its own.
   losingEvents: {
     id: 'losing-events',
     title: '',
-    text: 'This cannot be undone. Export first to keep a copy.',
+    text: 'Undo works until you quit. Export keeps a copy.',
     verb: '',
   },
 } as const satisfies Record<string, Warning>;

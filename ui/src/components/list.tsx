@@ -17,6 +17,9 @@ const kRowHeight = 28; // px; list.css has the same
 // nothing: only the keyboard cursor moves.
 export type Pick = 'only' | 'toggle' | 'range' | 'move';
 
+// A key that the list passes on. Undo is Ctrl+Z, Redo Ctrl+Shift+Z or Ctrl+Y.
+export type ListKey = 'Enter' | 'Delete' | 'Escape' | 'Undo' | 'Redo';
+
 export interface ListHandle {
   // Returns the row at the top of the view, and how many pixels of it are above.
   top: () => { row: number; above: number };
@@ -30,10 +33,12 @@ export interface ListProps {
   label: string;
   rows: number;
   active: number; // row at the keyboard cursor, -1 none
+  marked?: number; // row with a mark at its side, -1 none
   isSelected: (row: number) => boolean;
   onPick: (row: number, how: Pick) => void;
   onPickAll: () => void;
-  onKey?: (key: string) => void; // Enter, Delete and Escape
+  onKey?: (key: ListKey) => void;
+  onUserScroll?: () => void; // before the wheel, the scroll bar, a press or a key may scroll
   renderRow: (row: number) => ComponentChildren;
   children?: ComponentChildren; // shown while there are no rows
   handle?: Ref<ListHandle>;
@@ -66,16 +71,19 @@ export function List(props: ListProps) {
   }));
 
   const onKeyDown = (event: KeyboardEvent) => {
-    if (rows === 0) return;
+    const passedOn = passedKey(event);
+    // An empty list can still be undone to a full one.
+    if (rows === 0 && passedOn !== 'Undo' && passedOn !== 'Redo') return;
     const pageRows = Math.max(1, Math.floor(viewHeight / kRowHeight) - 1);
     const pick = pickOfKey(event, active, rows, pageRows);
     if (pick) {
+      props.onUserScroll?.();
       onPick(pick.row, pick.how);
       reveal(pick.row);
     } else if (isSelectAll(event)) {
       props.onPickAll();
-    } else if (['Enter', 'Delete', 'Escape'].includes(event.key)) {
-      props.onKey?.(event.key);
+    } else if (passedOn) {
+      props.onKey?.(passedOn);
     } else if (event.key !== ' ') {
       return;
     }
@@ -93,6 +101,8 @@ export function List(props: ListProps) {
       aria-activedescendant={activeIsShown ? `${id}-${active}` : undefined}
       tabIndex={rows > 0 ? 0 : -1}
       onKeyDown={onKeyDown}
+      onWheel={props.onUserScroll}
+      onPointerDown={props.onUserScroll}
       onScroll={(event) => setScrollTop(event.currentTarget.scrollTop)}
     >
       {rows === 0 ? (
@@ -111,7 +121,7 @@ export function List(props: ListProps) {
 }
 
 function visibleRows(
-  { id, rows, active, isSelected, onPick, renderRow }: ListProps,
+  { id, rows, active, marked = -1, isSelected, onPick, renderRow }: ListProps,
   first: number,
   end: number,
 ) {
@@ -122,7 +132,14 @@ function visibleRows(
       <div
         key={row}
         id={`${id}-${row}`}
-        class={`list__row${selected ? ' list__row--selected' : ''}${row === active ? ' list__row--active' : ''}`}
+        class={[
+          'list__row',
+          selected && 'list__row--selected',
+          row === active && 'list__row--active',
+          row === marked && 'list__row--marked',
+        ]
+          .filter(Boolean)
+          .join(' ')}
         role="option"
         aria-selected={selected}
         aria-setsize={rows}
@@ -137,6 +154,15 @@ function visibleRows(
 }
 
 const hasCommandKey = (event: KeyboardEvent | MouseEvent) => event.ctrlKey || event.metaKey;
+
+function passedKey(event: KeyboardEvent): ListKey | undefined {
+  const { key, shiftKey } = event;
+  if (key === 'Enter' || key === 'Delete' || key === 'Escape') return key;
+  const letter = hasCommandKey(event) ? key.toLowerCase() : '';
+  if (letter === 'z') return shiftKey ? 'Redo' : 'Undo';
+  return letter === 'y' ? 'Redo' : undefined;
+}
+
 const isSelectAll = (event: KeyboardEvent) => hasCommandKey(event) && event.key.toLowerCase() === 'a';
 
 // Returns the row that a key picks and how, or null for any other key.

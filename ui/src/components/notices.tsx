@@ -1,11 +1,12 @@
 import { useEffect, useState } from 'preact/hooks';
-import { dismissMessage, doneNotice, messages, saveProblem } from '../notices';
+import { dismissMessage, doneNotice, messages, type NoticeAction, saveProblem } from '../notices';
 import { failure } from '../store';
 import { Button } from './button';
 import { Icon } from './icon';
 import './notices.css';
 
 const kDoneTimeout = 7000; // ms
+const kActionTimeout = 20_000; // ms, of a notice with a button
 
 // The notices at the bottom of the window. Both regions exist while they are empty, so that screen readers watch them.
 export function Notices() {
@@ -48,7 +49,7 @@ function Notice({ text, more = 0, onDismiss }: { text: string; more?: number; on
 }
 
 // Disappears by itself, except while the pointer is over it, it has the focus or the page is hidden.
-function DoneNotice({ notice }: { notice: { text: string } }) {
+function DoneNotice({ notice }: { notice: { text: string; actions: NoticeAction[] } }) {
   const [hovered, setHovered] = useState(false);
   const [focused, setFocused] = useState(false);
   const [hidden, setHidden] = useState(document.hidden);
@@ -60,7 +61,8 @@ function DoneNotice({ notice }: { notice: { text: string } }) {
   const stays = hovered || focused || hidden;
   useEffect(() => {
     if (stays) return;
-    const timer = window.setTimeout(() => (doneNotice.value = null), kDoneTimeout);
+    const timeout = notice.actions.length > 0 ? kActionTimeout : kDoneTimeout;
+    const timer = window.setTimeout(() => (doneNotice.value = null), timeout);
     return () => window.clearTimeout(timer);
   }, [stays, notice]);
   return (
@@ -75,6 +77,19 @@ function DoneNotice({ notice }: { notice: { text: string } }) {
         <Icon name="done" />
       </span>
       <span class="notice__text">{notice.text}</span>
+      {notice.actions.map(({ label, tip, press }) => (
+        <Button
+          key={label}
+          label={`${label}: ${notice.text}`}
+          tip={tip}
+          onPress={() => {
+            doneNotice.value = null;
+            press();
+          }}
+        >
+          {label}
+        </Button>
+      ))}
       <button
         type="button"
         class="notice__close"

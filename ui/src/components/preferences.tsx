@@ -6,6 +6,7 @@ import type { AppSwitch } from '../reports';
 import { appSettings, preferencesOpen } from '../store';
 import { About } from './about';
 import { Button } from './button';
+import { CountdownPreference } from './countdown-preference';
 import { Dialog } from './dialog';
 import { Icon } from './icon';
 import { Section } from './section';
@@ -57,6 +58,7 @@ export function Preferences() {
         <Switch of="stopToolsWithMacro" label="Stop the tools with the macro">
           Stops the autoclicker and the key spammer when a recording or playback ends.
         </Switch>
+        <CountdownPreference />
       </Section>
       <Section title="Appearance">
         <Switch of="disableAnimations" inverted label="Animations">

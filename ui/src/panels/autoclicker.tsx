@@ -1,7 +1,9 @@
 import { isMainWindow } from '../bridge';
 import {
   changeAutoclicker,
+  cancelPick,
   changeHoldAutoclicker,
+  chooseLocationMode,
   pickLocation,
   startClicking,
   stopClicking,
@@ -10,10 +12,11 @@ import { Button } from '../components/button';
 import { Group, Panel } from '../components/panel';
 import { RunButton } from '../components/run-button';
 import { Segmented } from '../components/segmented';
+import { countdown } from '../countdown';
 import { counted } from '../format';
 import { type Action, rateText } from '../rate';
 import type { AutoclickerSettings } from '../reports';
-import { clicking, picking, settings, status } from '../store';
+import { clicking, lacksLocation, picking, settings, status } from '../store';
 import { actingKey, tipWithKey } from '../tips';
 import { HotkeyModeGroup, IntervalGroup, RepeatGroup } from './tool-groups';
 
@@ -31,7 +34,7 @@ export function AutoclickerPanel() {
       summary={rateText(autoclicker, action)}
       action={
         <RunButton
-          running={clicking.value}
+          running={clicking.value || countdown.value?.tool === 'clicking'}
           what="clicking"
           tip={tipWithKey(clicking.value ? 'Stops clicking.' : 'Starts clicking.', 'autoclicker')}
           onStart={startClicking}
@@ -97,7 +100,8 @@ function repeatHint({ repeatMode, repeatCount, doubleClick }: AutoclickerSetting
 }
 
 function locationHint({ locationMode, fixedX, fixedY }: AutoclickerSettings): string {
-  if (picking.value) return 'Click the location. Right-click cancels.';
+  if (picking.value) return 'Click the location. Esc or a right click cancels.';
+  if (lacksLocation.value) return 'No location yet. Pick one.';
   if (locationMode === 'fixed') return `Fixed location: X ${fixedX}, Y ${fixedY}`;
   // A start by the button puts Stop under the pointer.
   const key = actingKey('autoclicker');
@@ -111,7 +115,7 @@ function LocationGroup() {
       title="Location"
       hintId="click-location-hint"
       hint={locationHint(autoclicker)}
-      notable={picking.value}
+      notable={picking.value || lacksLocation.value}
     >
       <div class="pair">
         <Segmented
@@ -121,16 +125,20 @@ function LocationGroup() {
             { value: 'pointer', label: 'At pointer' },
             { value: 'fixed', label: 'Fixed' },
           ]}
-          onChange={(locationMode) => void changeAutoclicker({ locationMode })}
+          onChange={(locationMode) => void chooseLocationMode(locationMode)}
         />
         {isMainWindow() && (
           <Button
-            icon="target"
-            tip="Takes the place of your next left click as the location."
+            icon={picking.value ? 'cross' : 'target'}
+            tip={
+              picking.value
+                ? 'Keeps the location as it was.'
+                : 'Takes the place of your next left click as the location.'
+            }
             describedBy="click-location-hint"
-            onPress={() => void pickLocation()}
+            onPress={() => void (picking.value ? cancelPick() : pickLocation())}
           >
-            Pick location
+            {picking.value ? 'Cancel the pick' : 'Pick location'}
           </Button>
         )}
       </div>

@@ -1,85 +1,112 @@
-// Edits of the selected events: the time of one, a shift of several, and deleting them.
-import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
-import { batch, type BatchEnd, cancelBatch } from '../batch';
-import { deleteEvent, deleteEvents, retimeEvent, shiftEvents } from '../commands';
+// Edits of the selected events: the time of one, a shift of several, and deleting them. All can be undone.
+import { useEffect, useRef, useState } from 'preact/hooks';
+import { deleteEvents, retimeEvent, shiftEvents } from '../commands';
 import { Button } from '../components/button';
-import { Dialog } from '../components/dialog';
 import { NumberField } from '../components/number-field';
+import { countBelow } from '../event-columns';
 import { counted, groupedNumber } from '../format';
-import { recording } from '../store';
-import { rowOfIndex, selectedIndexes, selection, selectOnly, view, viewIsCurrent } from './macro-model';
+import { changeWithUndo } from '../history';
+import type { NoticeAction } from '../notices';
+import { events, playing, recording } from '../store';
+import {
+  macroData,
+  rowOfIndex,
+  selectedIndexes,
+  selection,
+  selectOnly,
+  view,
+  viewIsCurrent,
+} from './macro-model';
 
 const kMaxTime = 1_000_000; // seconds
-const kAskFrom = 10; // events deleted at once, which cannot be undone
 
 const countedEvents = (count: number) => counted(count, 'event');
 
 export interface EventEdits {
-  allowed: boolean; // the indexes of the selection are those of the program's list
-  result: string; // sentence about the last edit of several events, until it is cleared
-  clearResult: () => void;
-  asking: boolean; // the question before a deletion is open
-  requestDelete: () => void; // deletes the selected events, or asks first
-  confirmDelete: () => void;
-  cancelDelete: () => void;
+  allowed: boolean; // the indexes of the selection are those of the program's list, which may be edited
+  deleteSelected: () => void;
   shift: (seconds: number) => void;
 }
 
 export function useEventEdits(): EventEdits {
-  const [result, setResult] = useState('');
-  const [asking, setAsking] = useState(false);
   const isEditing = useRef(false);
-  const { count } = selection.value;
-  const allowed = viewIsCurrent() && !recording.value && !batch.value;
-  // Close the question if another macro replaces this one meanwhile.
-  useEffect(() => {
-    if (count === 0) setAsking(false);
-  }, [count]);
-
-  // Afterwards the next event is selected, so that the user can go on from there.
-  const remove = async (indexes: Uint32Array) => {
-    setAsking(false);
-    const first = indexes[0];
-    if (first === undefined) return;
+  const allowed = viewIsCurrent() && !recording.value && !playing.value;
+  // Ignore a key that is held or pressed twice: it would edit the events that have moved to these indexes.
+  const edit = async (work: (indexes: Uint32Array) => Promise<unknown>) => {
+    if (!allowed || selection.peek().count === 0 || isEditing.current) return;
     isEditing.current = true;
-    const end = indexes.length > 1 ? await deleteEvents(indexes) : await deleteEvent(first);
+    await work(selectedIndexes());
     isEditing.current = false;
-    if (viewIsCurrent() && (!end || end.end === 'done')) {
-      const row = rowOfIndex(first);
-      if (row >= 0) selectOnly(row);
-    }
-    if (end) setResult(resultText('Deleted', end, indexes.length));
-  };
-  const shift = async (seconds: number) => {
-    if (isEditing.current) return;
-    const indexes = selectedIndexes();
-    isEditing.current = true;
-    const end = await shiftEvents(indexes, seconds);
-    isEditing.current = false;
-    setResult(resultText('Shifted', end, indexes.length));
   };
   return {
     allowed,
-    result,
-    clearResult: () => setResult(''),
-    asking,
-    requestDelete: () => {
-      // Ignore a key that is held or pressed twice: it would delete the events that have moved to these indexes.
-      if (!allowed || count === 0 || isEditing.current) return;
-      if (count < kAskFrom) void remove(selectedIndexes());
-      else setAsking(true);
-    },
-    confirmDelete: () => void remove(selectedIndexes()),
-    cancelDelete: () => setAsking(false),
-    shift: (seconds) => void shift(seconds),
+    deleteSelected: () => void edit(deleteWithUndo),
+    shift: (seconds) =>
+      void edit((indexes) =>
+        changeWithUndo(
+          () => shiftEvents(indexes, seconds),
+          () => `Shifted ${countedEvents(indexes.length)}.`,
+        ),
+      ),
   };
 }
 
-function resultText(verb: string, { end, done }: { end: BatchEnd; done: number }, all: number): string {
-  if (end === 'done') return `${verb} ${countedEvents(done)}.`;
-  const part = `${verb} ${groupedNumber(done)} of ${countedEvents(all)}`;
-  if (end === 'cancelled') return `Cancelled. ${part}.`;
-  return end === 'changed' ? `The macro has changed. ${part}.` : `${part}.`;
+// Afterwards the next event is selected, so that the user can go on from there.
+async function deleteWithUndo(indexes: Uint32Array): Promise<void> {
+  const halves = otherHalves(indexes);
+  const remove = async () => {
+    if (!(await deleteEvents(indexes))) return false;
+    const row = viewIsCurrent() ? rowOfIndex(indexes[0] as number) : -1;
+    if (row >= 0) selectOnly(row);
+    return true;
+  };
+  await changeWithUndo(
+    remove,
+    () => `Deleted ${countedEvents(indexes.length)}${halves ? `, but not ${halves.name}` : ''}.`,
+    () => (halves ? [deleteHalves(halves)] : []),
+  );
+}
+
+interface Halves {
+  indexes: Uint32Array; // after the deletion, ascending
+  name: string; // "its release", "3 presses"
+}
+
+// Returns the releases and presses of the given events that are not among these, or undefined if there are none.
+function otherHalves(deleted: Uint32Array): Halves | undefined {
+  const data = macroData.peek();
+  if (data?.columns !== events.peek()) return undefined;
+  const isDeleted = (index: number) => deleted[countBelow(deleted, index)] === index;
+  const left: number[] = [];
+  let releases = 0;
+  for (const index of deleted) {
+    const partner = data.facts.partners[index] as number;
+    if (partner < 0 || isDeleted(partner)) continue;
+    left.push(partner - countBelow(deleted, partner));
+    if (partner > index) releases++;
+  }
+  if (left.length === 0) return undefined;
+  const kind = releases === left.length ? 'release' : releases === 0 ? 'press' : 'other half';
+  const kinds = { release: 'releases', press: 'presses', 'other half': 'other halves' };
+  return {
+    indexes: Uint32Array.from(left).sort(),
+    name: deleted.length === 1 ? `its ${kind}` : counted(left.length, kind, kinds[kind]),
+  };
+}
+
+// Possible until the macro changes.
+function deleteHalves({ indexes }: Halves): NoticeAction {
+  const list = events.peek();
+  return {
+    label: indexes.length > 1 ? 'Delete them too' : 'Delete it too',
+    tip: 'Deletes the other halves as well.',
+    isPossible: () => events.value === list && !recording.value && !playing.value,
+    press: () =>
+      void changeWithUndo(
+        () => deleteEvents(indexes),
+        () => `Deleted ${countedEvents(indexes.length)}.`,
+      ),
+  };
 }
 
 interface EditProps {
@@ -104,9 +131,9 @@ export function EditRow({ edits, hintId, onError }: EditProps) {
         tip={
           count > 1 ? 'Deletes the selected events. Key: Delete.' : 'Deletes the selected event. Key: Delete.'
         }
-        disabled={count === 0 || recording.value}
+        disabled={count === 0 || recording.value || playing.value}
         waiting={!edits.allowed}
-        onPress={edits.requestDelete}
+        onPress={edits.deleteSelected}
       >
         {deleteText}
       </Button>
@@ -116,7 +143,7 @@ export function EditRow({ edits, hintId, onError }: EditProps) {
 
 function TimeField({ hintId, onError }: Omit<EditProps, 'edits'>) {
   const index = selection.value.count === 1 ? (selectedIndexes()[0] ?? -1) : -1;
-  const event = view.value.list[index];
+  const time = view.value.list.time[index];
   return (
     <NumberField
       key={index}
@@ -124,12 +151,12 @@ function TimeField({ hintId, onError }: Omit<EditProps, 'edits'>) {
       caption="Event time"
       noun=""
       unit="s"
-      value={event ? event.time : 0}
+      value={time ?? 0}
       min={0}
       max={kMaxTime}
       decimals={6}
       step={0.1}
-      disabled={!event || recording.value}
+      disabled={time === undefined || recording.value || playing.value}
       hintId={hintId}
       onChange={(seconds) => void retimeEvent(index, seconds)}
       onError={onError}
@@ -179,48 +206,8 @@ function ShiftField({ edits, hintId, onError }: EditProps) {
 }
 
 function earliestSelected(): number {
-  const { list } = view.value;
+  const { time } = view.value.list;
   let earliest = Infinity;
-  for (const index of selectedIndexes()) earliest = Math.min(earliest, list[index]?.time ?? Infinity);
+  for (const index of selectedIndexes()) earliest = Math.min(earliest, time[index] ?? Infinity);
   return Number.isFinite(earliest) ? earliest : 0;
-}
-
-export function BatchProgress() {
-  const cancel = useRef<HTMLButtonElement>(null);
-  useLayoutEffect(() => {
-    if (document.activeElement === document.body) cancel.current?.focus();
-  }, []);
-  const { doing, done, of } = batch.value ?? { doing: '', done: 0, of: 1 };
-  return (
-    <div class="event__progress">
-      <progress aria-label={`${doing} events`} value={done} max={of} />
-      <span>{`${doing}: ${groupedNumber(done)} of ${groupedNumber(of)}`}</span>
-      <Button buttonRef={cancel} tip="Stops here. What is done stays done." onPress={cancelBatch}>
-        Cancel
-      </Button>
-    </div>
-  );
-}
-
-export function DeleteDialog({ edits }: { edits: EventEdits }) {
-  const events = countedEvents(selection.value.count);
-  return (
-    <Dialog
-      title={`Delete ${events}?`}
-      alarming
-      onClose={edits.cancelDelete}
-      actions={
-        <>
-          <Button tip="Deletes nothing." onPress={edits.cancelDelete}>
-            Cancel
-          </Button>
-          <Button kind="stop" tip="Deletes the selected events." onPress={edits.confirmDelete}>
-            {`Delete ${events}`}
-          </Button>
-        </>
-      }
-    >
-      <p>This cannot be undone. The other events keep their times.</p>
-    </Dialog>
-  );
 }

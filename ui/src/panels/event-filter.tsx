@@ -1,7 +1,7 @@
 // The kinds of events that the list shows, with their counts.
+import { type Group, kGroups } from '../event-columns';
 import { groupedNumber } from '../format';
 import { recording } from '../store';
-import { type Group, kGroups } from './event-columns';
 import { macroData, setGroupShown, shownGroups, view } from './macro-model';
 
 const kShortFrom = 10_000; // events from which on a count is rounded
@@ -29,7 +29,7 @@ export function FilterChips() {
             class="filter__chip"
             title={tipOf(kTitles[group], whole, shown)}
             aria-pressed={shown}
-            disabled={!counts || view.value.list.length === 0}
+            disabled={!counts || view.value.list.count === 0}
             onClick={() => setGroupShown(group, !shown)}
           >
             <span class="filter__title">{kTitles[group]}</span>{' '}

@@ -1,12 +1,12 @@
 // The list of the macro's events, with its filter and the edits of the selected events.
 import { useEffect, useLayoutEffect, useRef, useState } from 'preact/hooks';
-import { batch } from '../batch';
 import { Button } from '../components/button';
-import { List, type ListHandle, type Pick } from '../components/list';
+import { List, type ListHandle, type ListKey, type Pick } from '../components/list';
 import { Group } from '../components/panel';
 import { counted, groupedNumber } from '../format';
-import { eventsLoading, playing, recording } from '../store';
-import { BatchProgress, DeleteDialog, EditRow, useEventEdits } from './event-edits';
+import { redoNext, undoNewest } from '../history';
+import { eventsLoading, playing, progress, recording } from '../store';
+import { EditRow, useEventEdits } from './event-edits';
 import { FilterChips } from './event-filter';
 import { eventText } from './event-text';
 import {
@@ -43,20 +43,18 @@ export function EventList() {
   const { mask, count, active } = selection.value;
   const rows = recording.value ? 0 : rowCount();
   useScrollAnchor(handle);
-  useRevealedEvents(handle, edits.clearResult);
-  useFocusAfterBatch(handle, edits.result !== '');
+  useRevealedEvents(handle);
+  const { played, onUserScroll } = useFollowedPlayback(handle);
 
-  const onPick = (row: number, how: Pick) => {
-    edits.clearResult();
-    kPicks[how](row);
-  };
-  const onKey = (key: string) => {
-    if (key === 'Delete') edits.requestDelete();
+  const onKey = (key: ListKey) => {
+    if (key === 'Delete') edits.deleteSelected();
     else if (key === 'Escape') selectNone();
+    else if (key === 'Undo') undoNewest();
+    else if (key === 'Redo') redoNext();
     else document.querySelector<HTMLInputElement>('#event-edit input')?.select();
   };
   return (
-    <Group title="Events" hint={edits.result || hintFor(count, rows)} hintId={kHintId} error={error}>
+    <Group title="Events" hint={hintFor(count, rows)} hintId={kHintId} error={error}>
       <FilterChips />
       <List
         id="events"
@@ -65,34 +63,34 @@ export function EventList() {
         rows={rows}
         active={active < 0 ? -1 : rowIfShown(active)}
         isSelected={(row) => mask[indexOfRow(row)] === 1}
-        onPick={onPick}
+        marked={played < 0 ? -1 : rowIfShown(played)}
+        onUserScroll={onUserScroll}
+        onPick={(row, how) => kPicks[how](row)}
         onPickAll={selectAll}
         onKey={onKey}
         renderRow={(row) => <EventRow index={indexOfRow(row)} />}
       >
         <NoRows />
       </List>
-      {batch.value?.shown ? <BatchProgress /> : <EditRow edits={edits} hintId={kHintId} onError={setError} />}
-      {edits.asking && <DeleteDialog edits={edits} />}
+      <EditRow edits={edits} hintId={kHintId} onError={setError} />
     </Group>
   );
 }
 
 function EventRow({ index }: { index: number }) {
-  const event = view.value.list[index];
-  if (!event) return null;
+  const { list } = view.value;
   return (
-    <div class="event" data-event={event.description}>
+    <div class="event">
       <span class="event__number">{index + 1}</span>
-      <span class="event__time">{event.time.toFixed(3)}</span>
-      <span class="event__text">{eventText(event.description)}</span>
+      <span class="event__time">{(list.time[index] ?? 0).toFixed(3)}</span>
+      <span class="event__text">{eventText(list, index)}</span>
     </div>
   );
 }
 
 function NoRows() {
   if (recording.value) return <p class="event__none">Events appear when the recording ends.</p>;
-  if (view.value.list.length === 0) return <p class="event__none">Recorded events appear here.</p>;
+  if (view.value.list.count === 0) return <p class="event__none">Recorded events appear here.</p>;
   return (
     <div class="event__none">
       <p>No events match the filter.</p>
@@ -106,7 +104,7 @@ function NoRows() {
 function hintFor(selected: number, rows: number): string {
   if (eventsLoading.value || !viewIsCurrent()) return 'Loading events...';
   if (recording.value || rows === 0) return 'Filter, select, retime and delete events.';
-  if (playing.value && selected > 0) return 'Playback uses your changes from the next round.';
+  if (playing.value && selected > 0) return 'Stop the playback to edit events.';
   if (selected > 1) return `${groupedNumber(selected)} of ${counted(rows, 'event')} selected.`;
   if (selected === 1) return 'A new time does not change the order of the list.';
   return 'Shift or Ctrl selects several, Ctrl+A all.';
@@ -137,7 +135,7 @@ function useScrollAnchor(handle: { current: ListHandle | null }): void {
 }
 
 // Selects the events that another part of the panel reveals, and scrolls so that the first is visible.
-function useRevealedEvents(handle: { current: ListHandle | null }, onReveal: () => void): void {
+function useRevealedEvents(handle: { current: ListHandle | null }): void {
   useEffect(() => {
     const [first] = revealed.value;
     if (first === undefined) return;
@@ -145,15 +143,21 @@ function useRevealedEvents(handle: { current: ListHandle | null }, onReveal: () 
     if (row < 0) return;
     if (revealed.value.length > 1) selectIndexes(revealed.value);
     else selectOnly(row);
-    onReveal();
     handle.current?.reveal(rowOfIndex(revealed.value.at(-1) ?? first));
     handle.current?.reveal(row);
   }, [revealed.value]);
 }
 
-// Moves the focus to the list when the progress and its Cancel button disappear.
-function useFocusAfterBatch(handle: { current: ListHandle | null }, hasResult: boolean): void {
+// Keeps the event that is being played in view, until the user scrolls. The next playback is followed again.
+function useFollowedPlayback(handle: { current: ListHandle | null }): {
+  played: number; // index of the last event played, -1 none
+  onUserScroll: () => void;
+} {
+  const isFollowing = useRef(true);
+  const played = playing.value && viewIsCurrent() ? progress.value.playEvent - 1 : -1;
+  useEffect(() => void (isFollowing.current = true), [playing.value]);
   useEffect(() => {
-    if (!batch.value?.shown && document.activeElement === document.body && hasResult) handle.current?.focus();
-  }, [batch.value?.shown]);
+    if (played >= 0 && isFollowing.current) handle.current?.reveal(rowOfIndex(played));
+  }, [played]);
+  return { played, onUserScroll: () => (isFollowing.current = false) };
 }

@@ -1,14 +1,13 @@
-import { signal } from '@preact/signals';
-import { useLayoutEffect, useRef, useState } from 'preact/hooks';
+import { useState } from 'preact/hooks';
 import { isMainWindow, isOffered } from '../bridge';
-import { captureKey, lockHotkeys, resetHotkeys, setAppSwitch } from '../commands';
+import { lockHotkeys, setAppSwitch } from '../commands';
 import { Button } from '../components/button';
-import { Confirm } from '../components/confirm';
 import { Icon } from '../components/icon';
 import { CaptureNote, KeyCap } from '../components/key-cap';
 import { Panel } from '../components/panel';
 import { usePending } from '../components/run-button';
 import { Toggle } from '../components/toggle';
+import { captureHotkey, resetHotkeys } from '../hotkey-changes';
 import { type Hotkey, hotkeyInPlaceOf, kHotkeys } from '../hotkey-order';
 import type { HotkeyId, Settings } from '../reports';
 import { appSettings, capture, hotkeysOff, locked, settings, status } from '../store';
@@ -77,7 +76,6 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
   const { id, title, name } = hotkey;
   const waiting = capture.value === id;
   const notice = noticeOf(hotkey);
-  const former = lostKeys().find((lost) => lost.hotkey === hotkey);
   const noticeId = `hotkey-${id}-notice`;
   return (
     <li
@@ -90,18 +88,16 @@ function HotkeyRow({ hotkey }: { hotkey: Hotkey }) {
         tip={`Waits for the new key of the ${name} hotkey. Esc cancels.`}
         waiting={capture.value !== ''}
         describedBy={noticeId}
-        onPress={() => void captureKey(id)}
+        onPress={() => void captureHotkey(id)}
       >
         Change
       </Button>
       <span class={`hotkeys__mode${notice && !waiting ? ' hotkeys__mode--notice' : ''}`} id={noticeId}>
         {notice && !waiting && <Icon name="caution" />}
         {waiting
-          ? former
-            ? `Press ${former.key} to restore it.`
-            : id === 'unlock'
-              ? 'Any key, or any mouse button except the left.'
-              : 'Any key or mouse button, including a click.'
+          ? id === 'unlock'
+            ? 'Any key, or any mouse button except the left.'
+            : 'Any key or mouse button, including a click.'
           : notice || modeText[id](settings.value.hotkeys, status.value.lockEnabled)}
       </span>
       {id === 'unlock' && <Lock />}
@@ -146,100 +142,29 @@ function Lock() {
   );
 }
 
-// The user's own keys before a reset, by name.
-const formerKeys = signal<Partial<Record<HotkeyId, string>>>({});
-
-// Returns the keys that a reset has removed and that the user has not replaced since.
-function lostKeys(): { hotkey: Hotkey; key: string }[] {
-  return kHotkeys.flatMap((hotkey) => {
-    const key = formerKeys.value[hotkey.id];
-    return key !== undefined && status.value.hotkeys[hotkey.id] === hotkey.defaultKey
-      ? [{ hotkey, key }]
-      : [];
-  });
-}
-
-function resetHint(lost: ReturnType<typeof lostKeys>, differs: boolean): string {
-  const [first] = lost;
-  if (first) {
-    const more = lost.length > 1 ? `, then ${lost.length - 1} more` : '';
-    return `The ${first.hotkey.name} hotkey was ${first.key}. Undo asks you to press it${more}.`;
-  }
-  return differs ? 'You have changed some keys.' : 'Default keys.';
-}
-
-// The program takes a binding only from a key press. So the page keeps the names of the keys that a reset has removed,
-// and Undo asks for one of them at a time: a key that is still held would be captured for the next hotkey too.
+// It acts at once: the notice of it offers Undo.
 function Reset() {
-  const [asking, setAsking] = useState(false);
-  const opener = useRef<HTMLButtonElement>(null);
-  const returns = useRef(false);
-  const undid = useRef(false);
-  const lost = lostKeys();
-  useLayoutEffect(() => {
-    if (!asking && returns.current) opener.current?.focus();
-    returns.current = asking;
-  }, [asking]);
-  // Move the focus from an Undo button that has disappeared.
-  useLayoutEffect(() => {
-    if (lost.length === 0 && undid.current && document.activeElement === document.body)
-      opener.current?.focus();
-    undid.current = false;
-  }, [lost.length === 0]);
+  const [resetting, setResetting] = useState(false);
   const differs = kHotkeys.some(({ id, defaultKey }) => status.value.hotkeys[id] !== defaultKey);
-  const keys = kHotkeys.map(({ defaultKey }) => defaultKey);
-  const question = `Reset to ${keys.slice(0, -1).join(', ')} and ${keys.at(-1)}? Undo asks for your own keys again.`;
   const reset = async () => {
-    setAsking(false);
-    const own = kHotkeys
-      .map(({ id, defaultKey }) => [id, status.value.hotkeys[id], defaultKey] as const)
-      .filter(([, key, defaultKey]) => key !== '' && key !== defaultKey);
-    if (await resetHotkeys()) formerKeys.value = { ...formerKeys.value, ...Object.fromEntries(own) };
+    setResetting(true);
+    await resetHotkeys();
+    setResetting(false);
   };
-  const undo = () => {
-    undid.current = true;
-    if (lost[0]) void captureKey(lost[0].hotkey.id);
-  };
-  if (!asking) {
-    return (
-      <div class="panel__wide hotkeys__reset">
-        <p class="group__hint" id="hotkeys-reset-hint" aria-live="polite">
-          {resetHint(lost, differs)}
-        </p>
-        {lost.length > 0 && (
-          <Button
-            icon="undo"
-            label="Undo the reset"
-            tip="Restores a key from before the reset."
-            describedBy="hotkeys-reset-hint"
-            waiting={capture.value !== ''}
-            onPress={undo}
-          >
-            Undo
-          </Button>
-        )}
-        <Button
-          buttonRef={opener}
-          tip="Restores the default keys of all hotkeys."
-          {...(lost.length === 0 && { icon: 'undo' as const })}
-          waiting={capture.value !== ''}
-          onPress={() => (differs ? setAsking(true) : void reset())}
-        >
-          Reset hotkeys
-        </Button>
-      </div>
-    );
-  }
   return (
-    <div class="panel__wide hotkeys__ask">
-      <Confirm
-        verb="Reset now"
-        tip="Restores the default keys."
-        onConfirm={() => void reset()}
-        onCancel={() => setAsking(false)}
+    <div class="panel__wide hotkeys__reset">
+      <p class="group__hint" id="hotkeys-reset-hint">
+        {differs ? 'You have changed some keys.' : 'Default keys.'}
+      </p>
+      <Button
+        icon="undo"
+        tip="Restores the default keys of all hotkeys."
+        describedBy="hotkeys-reset-hint"
+        waiting={!differs || capture.value !== '' || resetting}
+        onPress={() => void reset()}
       >
-        <p class="group__hint group__hint--notable">{question}</p>
-      </Confirm>
+        Reset hotkeys
+      </Button>
     </div>
   );
 }

@@ -14,6 +14,7 @@ import { CaptureNote, KeyCap } from '../components/key-cap';
 import { Group, Panel } from '../components/panel';
 import { RunButton, usePending } from '../components/run-button';
 import { Segmented } from '../components/segmented';
+import { countdown } from '../countdown';
 import { counted } from '../format';
 import { type Action, rateText } from '../rate';
 import type { KeySpammerSettings } from '../reports';
@@ -38,7 +39,7 @@ export function KeySpammerPanel() {
       summary={isEmpty ? 'Add a key first' : rateText(keySpammer, action)}
       action={
         <RunButton
-          running={pressing.value}
+          running={pressing.value || countdown.value?.tool === 'pressing'}
           what="pressing"
           tip={tipWithKey(pressing.value ? 'Stops pressing.' : 'Starts pressing the keys.', 'keySpammer')}
           disabled={isEmpty}

@@ -1,32 +1,28 @@
-// What the macro panel shows of the macro: its columns and facts, the rows that the filter shows, and the selection.
-// All follow the store's list, in slices if the work is linear in it. After an edit of the page's own they are updated,
-// not read again.
+// What the macro panel shows of the macro: its facts, the rows that the filter shows, and the selection. All follow the
+// store's list, in slices if the work is linear in it.
 import { effect, signal } from '@preact/signals';
-import type { MacroEvent } from '../reports';
-import { runInSlices, type Sliced } from '../slices';
-import { events } from '../store';
 import {
   type Columns,
   countBelow,
-  editedColumns,
   type Group,
   indexesOfGroups,
+  isSameEvent,
   kGroups,
   makeColumns,
-  readColumns,
-} from './event-columns';
+} from '../event-columns';
+import { runInSlices, type Sliced } from '../slices';
+import { events, listChange } from '../store';
 import { type Facts, factsOf } from './macro-facts';
 
 // The list as it is shown.
 export interface View {
-  list: readonly MacroEvent[];
+  list: Columns;
   rows: Uint32Array | null; // indexes in the list, ascending; null if every event has a row
   moved: (index: number) => number; // from an index in the view before to the same event, or the next one that is left
 }
 
-// A macro that has been read.
+// A macro and its facts.
 export interface MacroData {
-  list: readonly MacroEvent[];
   columns: Columns;
   facts: Facts;
 }
@@ -47,7 +43,7 @@ const nothingSelected = (length: number): Selection => ({
 });
 const unmoved = (index: number) => index;
 
-export const view = signal<View>({ list: [], rows: null, moved: unmoved });
+export const view = signal<View>({ list: makeColumns(-1), rows: null, moved: unmoved });
 export const macroData = signal<MacroData | null>(null);
 export const shownGroups = signal<ReadonlySet<Group>>(new Set(kGroups));
 export const selection = signal<Selection>(nothingSelected(0));
@@ -58,10 +54,6 @@ export function revealEvents(indexes: number[]): void {
   revealed.value = indexes;
 }
 
-// The columns of the list `columnsOf`: the store's list, unless that is still being read.
-let columns: Columns = makeColumns();
-let columnsOf: readonly MacroEvent[] = view.value.list;
-let stopReading = () => {};
 let stopFacts = () => {};
 let stopFilter = () => {};
 
@@ -70,27 +62,20 @@ const allShown = () => shownGroups.peek().size === kGroups.length;
 // Returns whether indexes in the view are indexes in the store's list.
 export const viewIsCurrent = () => view.value.list === events.value;
 
-// Returns the index of an event in another list of the same macro: the one with the same time and description that is
-// nearest to its old index.
-function findEvent(list: readonly MacroEvent[], event: MacroEvent | undefined, near: number): number {
-  if (!event) return 0;
-  const last = list.length - 1;
-  const same = (i: number) => list[i]?.time === event.time && list[i]?.description === event.description;
+// Returns the index of an event in another list of the same macro: the equal one that is nearest to its old index.
+function findEvent(list: Columns, before: Columns, index: number): number {
+  const last = list.count - 1;
+  const same = (i: number) => i >= 0 && i <= last && isSameEvent(list, i, before, index);
   for (let distance = 0; distance <= last; distance++) {
-    if (same(near - distance)) return near - distance;
-    if (same(near + distance)) return near + distance;
-    if (near - distance < 0 && near + distance > last) break;
+    if (same(index - distance)) return index - distance;
+    if (same(index + distance)) return index + distance;
+    if (index - distance < 0 && index + distance > last) break;
   }
-  return Math.max(0, Math.min(near, last));
-}
-
-function readFacts(list: readonly MacroEvent[]): void {
-  stopFacts();
-  stopFacts = runInSlices(factsOf(columns), (facts) => (macroData.value = { list, columns, facts }));
+  return Math.max(0, Math.min(index, last));
 }
 
 // Shows the list through the filter, with the given selection.
-function showList(list: readonly MacroEvent[], moved: View['moved'], selected: Selection): void {
+function showList(list: Columns, moved: View['moved'], selected: Selection): void {
   stopFilter();
   const update = (rows: Uint32Array | null) => {
     selection.value = selected;
@@ -100,42 +85,30 @@ function showList(list: readonly MacroEvent[], moved: View['moved'], selected: S
     update(null);
     return;
   }
-  stopFilter = runInSlices(indexesOfGroups(columns, shownGroups.peek()), update);
+  stopFilter = runInSlices(indexesOfGroups(list, shownGroups.peek()), update);
 }
 
-function followList(list: readonly MacroEvent[]): void {
+function followList(list: Columns): void {
   const before = view.peek().list;
   if (list === before) return;
-  stopReading();
-  const edit = before === columnsOf ? editedColumns(columns, before, list) : null;
-  if (edit) {
-    columns = edit.columns;
-    columnsOf = list;
-    const { removed } = edit;
+  if (listChange?.before === before && listChange.after === list) {
+    const { removed } = listChange;
     const moved = (index: number) => index - countBelow(removed, index);
-    showList(list, moved, withoutRemoved(selection.peek(), removed, list.length));
-    readFacts(list);
-    return;
+    showList(list, moved, movedSelection(selection.peek(), removed, list.count));
+  } else {
+    const moved = (index: number) => findEvent(list, before, index);
+    showList(list, moved, nothingSelected(list.count));
   }
   stopFacts();
-  const moved = (index: number) => findEvent(list, before[index], index);
-  if (allShown()) showList(list, moved, nothingSelected(list.length));
-  stopReading = runInSlices(readColumns(list), (newColumns) => {
-    columns = newColumns;
-    columnsOf = list;
-    if (view.peek().list !== list) showList(list, moved, nothingSelected(list.length));
-    else if (!allShown()) setShownGroups(shownGroups.peek());
-    readFacts(list);
-  });
+  stopFacts = runInSlices(factsOf(list), (facts) => (macroData.value = { columns: list, facts }));
 }
 
 // Returns the selection in the list without the removed events.
-function withoutRemoved(
+function movedSelection(
   { mask, active, anchor }: Selection,
   removed: Uint32Array,
   length: number,
 ): Selection {
-  if (removed.length === 0) return { ...selection.peek() };
   const left = nothingSelected(length);
   let removedCount = 0;
   for (let i = 0; i < mask.length; i++) {
@@ -167,13 +140,16 @@ export const showAllGroups = () => setShownGroups(new Set(kGroups));
 function setShownGroups(groups: ReadonlySet<Group>): void {
   shownGroups.value = groups;
   const { list } = view.peek();
-  if (columnsOf !== list) return; // followList applies the filter when the list has been read
+  if (list !== events.peek()) {
+    followList(events.peek()); // it was still reading the list for the former filter
+    return;
+  }
   stopFilter();
-  stopFilter = runInSlices(filtered(groups), (rows) => {
+  stopFilter = runInSlices(filtered(list, groups), (rows) => {
     const before = selection.peek();
-    const left = nothingSelected(list.length);
+    const left = nothingSelected(list.count);
     const isVisible = (index: number) => index >= 0 && (!rows || rows[countBelow(rows, index)] === index);
-    const count = rows ? rows.length : list.length;
+    const count = rows ? rows.length : list.count;
     for (let row = 0; row < count; row++) {
       const index = rows ? (rows[row] as number) : row;
       if (before.mask[index]) {
@@ -188,24 +164,24 @@ function setShownGroups(groups: ReadonlySet<Group>): void {
   });
 }
 
-function* filtered(groups: ReadonlySet<Group>): Sliced<Uint32Array | null> {
-  return groups.size === kGroups.length ? null : yield* indexesOfGroups(columns, groups);
+function* filtered(list: Columns, groups: ReadonlySet<Group>): Sliced<Uint32Array | null> {
+  return groups.size === kGroups.length ? null : yield* indexesOfGroups(list, groups);
 }
 
 // Rows of the view and indexes in its list.
-export const rowCount = () => view.value.rows?.length ?? view.value.list.length;
+export const rowCount = () => view.value.rows?.length ?? view.value.list.count;
 export const indexOfRow = (row: number) => view.value.rows?.[row] ?? row;
 // Returns the row of an event, or of the next one that the filter shows.
 export function rowOfIndex(index: number): number {
   const { rows, list } = view.value;
-  const last = (rows?.length ?? list.length) - 1;
+  const last = (rows?.length ?? list.count) - 1;
   return Math.min(last, rows ? countBelow(rows, index) : index);
 }
 
 // Selection, by rows of the view.
 export function selectOnly(row: number): void {
   const index = indexOfRow(row);
-  const only = nothingSelected(view.peek().list.length);
+  const only = nothingSelected(view.peek().list.count);
   only.mask[index] = 1;
   selection.value = { ...only, count: 1, active: index, anchor: index };
 }
@@ -223,7 +199,7 @@ export function selectTo(row: number): void {
   const { anchor } = selection.peek();
   const index = indexOfRow(row);
   const from = anchor < 0 ? row : rowOfIndex(anchor);
-  const range = nothingSelected(view.peek().list.length);
+  const range = nothingSelected(view.peek().list.count);
   for (let at = Math.min(from, row); at <= Math.max(from, row); at++) range.mask[indexOfRow(at)] = 1;
   selection.value = {
     mask: range.mask,
@@ -239,7 +215,7 @@ export function moveActive(row: number): void {
 
 export function selectAll(): void {
   const rows = rowCount();
-  const all = nothingSelected(view.peek().list.length);
+  const all = nothingSelected(view.peek().list.count);
   for (let row = 0; row < rows; row++) all.mask[indexOfRow(row)] = 1;
   const active = Math.max(0, selection.peek().active);
   selection.value = { mask: all.mask, count: rows, active, anchor: active };
@@ -247,15 +223,15 @@ export function selectAll(): void {
 
 export function selectIndexes(indexes: readonly number[]): void {
   const { list } = view.peek();
-  const some = nothingSelected(list.length);
-  for (const index of indexes) if (index < list.length) some.mask[index] = 1;
+  const some = nothingSelected(list.count);
+  for (const index of indexes) if (index < list.count) some.mask[index] = 1;
   const active = indexes[0] ?? -1;
   selection.value = { mask: some.mask, count: indexes.length, active, anchor: active };
 }
 
 export function selectNone(): void {
   const { active } = selection.peek();
-  selection.value = { ...nothingSelected(view.peek().list.length), active, anchor: active };
+  selection.value = { ...nothingSelected(view.peek().list.count), active, anchor: active };
 }
 
 // Returns the indexes of the selected events, ascending.

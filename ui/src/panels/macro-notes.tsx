@@ -1,11 +1,11 @@
-// Warnings about what the macro leaves held or on and about endless wheel events, and what optimising would drop.
-import { useEffect, useState } from 'preact/hooks';
-import { batch } from '../batch';
-import { optimiseMacro } from '../commands';
+// What the macro leaves held or on, endless wheel events, what optimising would drop, and which change can be undone.
+import { useState } from 'preact/hooks';
+import { addMissingReleases, optimiseMacro } from '../commands';
 import { Button } from '../components/button';
-import { counted, groupedNumber } from '../format';
-import { Tool } from '../event-description';
-import { appSettings, eventCount, events, recording } from '../store';
+import { capitalised, counted, groupedNumber } from '../format';
+import { Tool } from '../event-columns';
+import { changeWithUndo, nextRedo, nextUndo, redoNext, stepWords, undoNewest } from '../history';
+import { appSettings, eventCount, events, playing, recording } from '../store';
 import { keyName } from './event-text';
 import type { Facts } from './macro-facts';
 import { macroData, revealEvents, setGroupShown, shownGroups } from './macro-model';
@@ -26,16 +26,19 @@ function listed(names: readonly string[]): string {
 }
 
 // NOTE: playback releases nothing at its end, and a stop releases only the left and the right button.
-function noteText({ heldKeys, hasUnpairedButtons, toolsOn, longestTurn }: Facts): string {
+function noteText({ heldKeys, heldButtons, toolsOn, longestTurn }: Facts): string {
   const parts = [];
   if (longestTurn >= kManyNotches) {
     parts.push(`One wheel event turns ${groupedNumber(longestTurn)} notches. Playing it can take long.`);
   }
-  if (heldKeys.length > 0) {
-    const names = listed(heldKeys.map(({ virtualKey }) => keyName(virtualKey)));
-    parts.push(`${names} ${heldKeys.length === 1 ? 'stays' : 'stay'} pressed after playback.`);
+  const held = [
+    ...heldKeys.map(({ virtualKey }) => keyName(virtualKey)),
+    ...heldButtons.map(({ button }) => `the ${button} button`),
+  ];
+  if (held.length > 0) {
+    const names = capitalised(listed(held));
+    parts.push(`${names} ${held.length === 1 ? 'stays' : 'stay'} pressed after playback.`);
   }
-  if (hasUnpairedButtons) parts.push('A mouse button may stay pressed after playback.');
   if (toolsOn.length > 0) {
     const tools = listed(toolsOn.map((tool) => kToolNames[tool] ?? 'tool'));
     const end = appSettings.value.stopToolsWithMacro ? 'Stopped after playback' : 'Still on after playback';
@@ -44,44 +47,114 @@ function noteText({ heldKeys, hasUnpairedButtons, toolsOn, longestTurn }: Facts)
   return parts.join(' ');
 }
 
+async function addReleases(): Promise<void> {
+  let added: number | undefined;
+  await changeWithUndo(
+    async () => {
+      added = await addMissingReleases();
+      return added !== undefined;
+    },
+    () => `Added ${counted(added ?? 0, 'release')}.`,
+  );
+}
+
 export function LeftAtEnd() {
+  const [adding, setAdding] = useState(false);
   const shown = recording.value || eventCount.value === 0 ? null : macroData.value;
   const text = shown ? noteText(shown.facts) : '';
-  const held = shown?.facts.heldKeys ?? [];
+  const { heldKeys = [], heldButtons = [] } = shown?.facts ?? {};
+  const held = [...heldKeys, ...heldButtons].map(({ index }) => index).sort((a, b) => a - b);
   const select = () => {
-    if (!shownGroups.value.has('keys')) setGroupShown('keys', true);
-    revealEvents(held.map(({ index }) => index));
+    if (heldKeys.length > 0 && !shownGroups.value.has('keys')) setGroupShown('keys', true);
+    if (heldButtons.length > 0 && !shownGroups.value.has('buttons')) setGroupShown('buttons', true);
+    revealEvents(held);
+  };
+  const add = async () => {
+    setAdding(true);
+    await addReleases();
+    setAdding(false);
   };
   return (
     <div class={`macro__note${text ? ' macro__note--alarm' : ''}`} role="status" aria-label="After playback">
       <p>{text || (shown ? 'No keys left pressed.' : 'Shows keys that stay pressed after playback.')}</p>
-      {held.length > 0 && text && (
-        <Button
-          label="Select the pressed keys in the list"
-          tip="Selects the events that press these keys."
-          onPress={select}
-        >
-          Select
-        </Button>
+      {held.length > 0 && (
+        <>
+          <Button
+            label="Select the presses in the list"
+            tip="Selects the events that press these keys and buttons."
+            onPress={select}
+          >
+            Select
+          </Button>
+          <Button
+            tip="Adds what is missing at the end of the macro."
+            disabled={playing.value}
+            waiting={adding}
+            onPress={() => void add()}
+          >
+            {held.length > 1 ? 'Add releases' : 'Add release'}
+          </Button>
+        </>
       )}
     </div>
   );
 }
 
+// The newest change of the macro that can be undone, and the one that can be done again.
+export function HistoryRow() {
+  const undo = nextUndo();
+  const redo = nextRedo();
+  const isRunning = recording.value || playing.value;
+  return (
+    <div class="macro__note macro__history">
+      <p id="history-hint">
+        {undo
+          ? stepWords(undo)
+          : redo
+            ? `Undone: ${stepWords(redo)}`
+            : 'Changes of the events can be undone here.'}
+      </p>
+      <Button
+        icon="undo"
+        label="Undo the last change"
+        tip="Undoes the last change of the macro. Key in the list: Ctrl+Z."
+        describedBy="history-hint"
+        disabled={!undo}
+        waiting={isRunning}
+        onPress={undoNewest}
+      >
+        Undo
+      </Button>
+      <Button
+        label="Redo the last change"
+        tip="Makes the change again. Key in the list: Ctrl+Shift+Z."
+        describedBy="history-hint"
+        disabled={!redo}
+        waiting={isRunning}
+        onPress={redoNext}
+      >
+        Redo
+      </Button>
+    </div>
+  );
+}
+
 export function OptimiseRow() {
-  const [dropped, setDropped] = useState<{ of: unknown; count: number } | null>(null);
   const [optimising, setOptimising] = useState(false);
-  useEffect(() => {
-    if (dropped && dropped.of !== events.value) setDropped(null);
-  }, [events.value]);
-  const current = macroData.value?.list === events.value ? macroData.value : null;
+  const current = macroData.value?.columns === events.value ? macroData.value : null;
   const facts = recording.value || eventCount.value === 0 ? undefined : current?.facts;
   const optimise = async () => {
     // Ignore a second press until the command returns: it would drop moves that no hint has announced.
     setOptimising(true);
-    const count = await optimiseMacro();
+    let dropped: number | undefined;
+    await changeWithUndo(
+      async () => {
+        dropped = await optimiseMacro();
+        return dropped !== undefined;
+      },
+      () => `Removed ${counted(dropped ?? 0, 'move')}.`,
+    );
     setOptimising(false);
-    if (count !== undefined) setDropped({ of: events.value, count });
   };
   const droppable = facts?.droppedMoves ?? 0;
   return (
@@ -91,23 +164,20 @@ export function OptimiseRow() {
         tip="Removes moves within 10 px of the last one kept."
         describedBy="optimise-hint"
         disabled={recording.value || eventCount.value === 0}
-        waiting={droppable === 0 || batch.value !== null || optimising}
+        waiting={droppable === 0 || optimising}
         onPress={() => void optimise()}
       >
         Optimise
       </Button>
       <p id="optimise-hint" aria-live="polite">
-        {dropped ? `Removed ${counted(dropped.count, 'move')}. ` : ''}
-        {facts ? droppableText(facts, dropped !== null) : 'Removes moves within 10 px of the last one kept.'}
+        {facts ? droppableText(facts) : 'Removes moves within 10 px of the last one kept.'}
       </p>
     </div>
   );
 }
 
-function droppableText({ droppedMoves, counts }: Facts, again: boolean): string {
-  const all = counts[0] ?? 0;
-  if (droppedMoves > 0) {
-    return `${again ? 'Again: removes' : 'Removes'} ${groupedNumber(droppedMoves)} of ${counted(all, 'move')}, within 10 px of the last one kept.`;
-  }
-  return again ? 'Nothing left to optimise.' : 'Nothing to optimise.';
+function droppableText({ droppedMoves, counts }: Facts): string {
+  if (droppedMoves === 0) return 'Nothing to optimise.';
+  const all = counted(counts[0] ?? 0, 'move');
+  return `Removes ${groupedNumber(droppedMoves)} of ${all}, within 10 px of the last one kept.`;
 }

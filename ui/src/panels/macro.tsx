@@ -18,7 +18,7 @@ import type { MacroSettings } from '../reports';
 import { eventCount, macroLength, playing, recording, settings, status } from '../store';
 import { tipWithKey } from '../tips';
 import { EventList } from './event-list';
-import { LeftAtEnd, OptimiseRow } from './macro-notes';
+import { HistoryRow, LeftAtEnd, OptimiseRow } from './macro-notes';
 import { PathAndTiming } from './path-and-timing';
 import './macro.css';
 
@@ -37,6 +37,7 @@ export function MacroPanel() {
       <div class="macro__noted macro__events">
         <EventList />
         <OptimiseRow />
+        <HistoryRow />
       </div>
     </Panel>
   );

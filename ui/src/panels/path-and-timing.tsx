@@ -4,7 +4,7 @@ import { Button } from '../components/button';
 import { Group } from '../components/panel';
 import { startRecording } from '../commands';
 import { groupedNumber } from '../format';
-import { eventCount, events, playing, recording } from '../store';
+import { eventCount, events, playing, progress, recording } from '../store';
 import { tipWithKey } from '../tips';
 import { type Drawn, kDots } from './canvas';
 import type { Facts } from './macro-facts';
@@ -12,16 +12,21 @@ import { macroData } from './macro-model';
 import { PathCanvas } from './path-canvas';
 import { dotOf, type PathDrawing } from './path-drawing';
 import type { StripDrawing } from './strip-drawing';
-import { cursorText, TimelineStrip } from './timeline-strip';
+import { columnOf, cursorText, TimelineStrip } from './timeline-strip';
 import './path-and-timing.css';
 
 export function PathAndTiming() {
   const [path, setPath] = useState<Drawn<PathDrawing> | null>(null);
   const [strip, setStrip] = useState<Drawn<StripDrawing> | null>(null);
   const [cursor, setCursor] = useState(-1); // column of the strip, -1 none
-  const data = recording.value || events.value.length === 0 ? null : macroData.value;
+  const data = recording.value || events.value.count === 0 ? null : macroData.value;
   const facts = data?.facts;
   useEffect(() => setCursor(-1), [data]);
+  // In the pause between two rounds the playhead stays at the end.
+  const playhead = facts && playing.value ? Math.min(progress.value.playSeconds, facts.length) : -1;
+  const playedColumn =
+    strip && strip.of === data && playhead >= 0 ? Math.round(columnOf(strip, playhead)) : -1;
+  const marked = cursor < 0 ? playedColumn : cursor;
   return (
     <>
       <Group
@@ -31,12 +36,19 @@ export function PathAndTiming() {
         hintId="picture-hint"
         silent
       >
-        <TimelineStrip data={data} drawn={strip} onDrawn={setStrip} cursor={cursor} onCursor={setCursor} />
+        <TimelineStrip
+          data={data}
+          drawn={strip}
+          onDrawn={setStrip}
+          cursor={cursor}
+          playhead={playhead}
+          onCursor={setCursor}
+        />
       </Group>
       <Group title="Path" class="path">
         <div class="pointer-path">
           <PathCanvas data={data} onDrawn={setPath} />
-          <PointerMark path={path} strip={strip} cursor={cursor} />
+          <PointerMark path={path} strip={strip} cursor={marked} />
           {facts?.box ? <p class="pointer-path__caption">{boxText(facts)}</p> : <NoPath facts={facts} />}
         </div>
       </Group>

@@ -1,9 +1,8 @@
 // The path of the pointer: computed as a grid of dots, then painted on its canvas. Computing is linear in the events;
 // painting depends only on the size of the drawing.
-import { EventKind } from '../event-description';
+import { type Columns, EventType } from '../event-columns';
 import { kSliceEvents, type Sliced } from '../slices';
 import { colourOf, kDots } from './canvas';
-import type { Columns } from './event-columns';
 import { type Box, Pointer } from './macro-facts';
 
 export interface PathSize {
@@ -79,7 +78,7 @@ export function* drawPath(columns: Columns, box: Box, size: PathSize): Sliced<Pa
       }
       dots += steps;
       [x, y] = [toX, toY];
-      if (columns.kind[i] === EventKind.Button) {
+      if (columns.type[i] === EventType.Button) {
         const cell = Math.floor(x / kClickGrid) * height + Math.floor(y / kClickGrid);
         if (!clicked.has(cell)) {
           clicked.add(cell);

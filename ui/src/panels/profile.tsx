@@ -5,7 +5,9 @@ import { Confirm } from '../components/confirm';
 import { ListBox } from '../components/list-box';
 import { Panel } from '../components/panel';
 import { counted } from '../format';
-import { exportProfile, importNote, importProfile, useImportedSettings } from '../imports';
+import { changeWithUndo, history, stepWords, undoStep } from '../history';
+import { exportProfile, importNote, importProfile, useFileSettings } from '../imports';
+import type { HistoryStep } from '../reports';
 import { eventCount, fileDialog, profiles, recording } from '../store';
 import { isDue, kWarnings, markSeen } from '../warnings';
 import './profile.css';
@@ -154,22 +156,42 @@ function hintText(isDefault: boolean): string {
   if (recording.value) return 'Profiles cannot be changed during a recording.';
   if (fileDialog.value === 'import') return 'Choose a macro file in the file dialog.';
   if (fileDialog.value === 'export') return 'Choose a name and a folder in the file dialog.';
-  if (note?.reset) return 'The file has no settings. Both tools use their defaults.';
-  if (note) return 'Settings in the file are not in use yet.';
+  const deleted = deletedProfile();
+  if (deleted) return stepWords(deleted);
+  if (note?.settingsUsable) return 'Settings in the file are not in use yet.';
+  if (note && !note.fileSettings) return 'The file has no settings. Both tools use their defaults.';
   return isDefault ? 'The default profile cannot be deleted.' : 'A macro and its settings.';
+}
+
+// The step that deleted a profile, while it is the newest of all.
+function deletedProfile(): HistoryStep | undefined {
+  const [step] = history.value.undo;
+  return step?.reason === 'deleteProfile' ? step : undefined;
 }
 
 function Hint({ isDefault }: { isDefault: boolean }) {
   const note = importNote.value;
+  const deleted = deletedProfile();
   return (
     <div class="profile__hint">
       <p class="group__hint" id={kHintId} aria-live="polite">
         {hintText(isDefault)}
       </p>
-      {note && !note.reset && !isFixed() && (
-        <Button tip="Uses the settings of the file." onPress={() => void useImportedSettings()}>
-          Use them
+      {deleted && !isFixed() ? (
+        <Button
+          label="Undo the deletion"
+          tip="Brings the profile back."
+          onPress={() => void undoStep(deleted)}
+        >
+          Undo
         </Button>
+      ) : (
+        note?.settingsUsable &&
+        !isFixed() && (
+          <Button tip="Uses the settings of the file." onPress={() => void useFileSettings()}>
+            Use them
+          </Button>
+        )
       )}
     </div>
   );
@@ -188,7 +210,11 @@ function LossQuestion({ step, onDone }: { step: 'clear' | 'delete'; onDone: () =
   useEffect(() => () => void (isShown.current = false), []);
   const confirm = async () => {
     if (isExplained) void markSeen(kWarnings.losingEvents);
-    await (step === 'clear' ? clearProfile() : deleteProfile());
+    const name = profiles.peek().names[profiles.peek().current] ?? '';
+    const events = counted(eventCount.peek(), 'event');
+    await (step === 'clear'
+      ? changeWithUndo(clearProfile, () => `Cleared ${events} and all settings.`)
+      : changeWithUndo(deleteProfile, () => `Deleted \u201c${name}\u201d with ${events}.`));
     // The new list may have closed the question already, and the user may be at another step.
     if (isShown.current) onDone();
   };
@@ -200,7 +226,7 @@ function LossQuestion({ step, onDone }: { step: 'clear' | 'delete'; onDone: () =
       onCancel={onDone}
     >
       <span>{lossQuestion(step, eventCount.value)}</span>
-      <p class="group__hint">{isExplained ? kWarnings.losingEvents.text : 'This cannot be undone.'}</p>
+      <p class="group__hint">{isExplained ? kWarnings.losingEvents.text : 'Undo works until you quit.'}</p>
     </Confirm>
   );
 }

@@ -1,31 +1,38 @@
 // The timeline strip: what happens when, computed in columns of time and painted as lanes on its canvas. Computing is
 // linear in the events; painting depends only on the size of the drawing.
-import { EventKind } from '../event-description';
+import {
+  buttonOfFlags,
+  type Columns,
+  EventType,
+  type Group,
+  groupIndexOfType,
+  kGroups,
+} from '../event-columns';
 import { kSliceEvents, type Sliced } from '../slices';
 import { colourOf, kDots } from './canvas';
-import { type Columns, type Group, groupIndexOfKind, kGroups } from './event-columns';
 import { type Facts, Pointer } from './macro-facts';
 
 export interface StripDrawing {
   columns: number;
   marks: Uint32Array[]; // for each of kGroups the number of events in each column
   heldKeys: Int32Array; // keys held in each column
+  heldButtons: Int32Array; // mouse buttons held in each column
   toolsOn: Int32Array; // tools that the macro has switched on, in each column
   first: Int32Array; // the first event at or after each column, or -1
   x: Float64Array; // the pointer's position at the end of each column; NaN until it is known
   y: Float64Array;
 }
 
-// Counts the keys that are down, or the tools that are on, in each column.
-class Spans {
+// Counts the keys or buttons that are down, or the tools that are on, in each column.
+class Spans<T> {
   private readonly edges: Int32Array; // starts minus ends
-  private readonly starts = new Map<number, number>(); // what is on -> the column of its start
+  private readonly starts = new Map<T, number>(); // what is on -> the column of its start
 
   constructor(private readonly width: number) {
     this.edges = new Int32Array(width + 1);
   }
 
-  set(what: number, on: boolean, at: number): void {
+  set(what: T, on: boolean, at: number): void {
     const start = this.starts.get(what);
     if (on) {
       if (start === undefined) this.starts.set(what, at);
@@ -49,8 +56,9 @@ class Spans {
 
 export function* drawStrip(columns: Columns, facts: Facts, width: number): Sliced<StripDrawing> {
   const marks = kGroups.map(() => new Uint32Array(width));
-  const keys = new Spans(width);
-  const tools = new Spans(width);
+  const keys = new Spans<number>(width);
+  const buttons = new Spans<string>(width);
+  const tools = new Spans<number>(width);
   const first = new Int32Array(width).fill(-1);
   const x = new Float64Array(width).fill(NaN);
   const y = new Float64Array(width).fill(NaN);
@@ -58,16 +66,20 @@ export function* drawStrip(columns: Columns, facts: Facts, width: number): Slice
   const perSecond = facts.length > 0 ? width / facts.length : 0;
   for (let i = 0; i < columns.count; i++) {
     const at = Math.min(width - 1, Math.max(0, Math.floor((columns.time[i] as number) * perSecond)));
-    const lane = marks[groupIndexOfKind(columns.kind[i] as number)] as Uint32Array;
+    const type = columns.type[i] as number;
+    const lane = marks[groupIndexOfType(type)] as Uint32Array;
     lane[at] = (lane[at] as number) + 1;
     if (first[at] === -1) first[at] = i;
     if (pointer.follow(columns, i)) {
       x[at] = pointer.x;
       y[at] = pointer.y;
-    } else if (columns.kind[i] === EventKind.Key || columns.kind[i] === EventKind.Tool) {
-      if (columns.kind[i] === EventKind.Key)
-        keys.set(columns.virtualKey[i] as number, columns.on[i] === 1, at);
-      else tools.set(columns.tool[i] as number, columns.on[i] === 1, at);
+    }
+    const down = columns.down[i] === 1;
+    if (type === EventType.Key) keys.set(columns.virtualKey[i] as number, down, at);
+    else if (type === EventType.Tool) tools.set(columns.virtualKey[i] as number, down, at);
+    else if (type === EventType.Button) {
+      const press = buttonOfFlags(columns.flags[i] as number);
+      if (press && press.button !== 'side') buttons.set(press.button, press.down, at);
     }
     if ((i + 1) % kSliceEvents === 0) yield;
   }
@@ -80,12 +92,21 @@ export function* drawStrip(columns: Columns, facts: Facts, width: number): Slice
   for (let at = width - 2; at >= 0; at--) {
     if (first[at] === -1) first[at] = first[at + 1] as number;
   }
-  return { columns: width, marks, heldKeys: keys.counts(), toolsOn: tools.counts(), first, x, y };
+  return {
+    columns: width,
+    marks,
+    heldKeys: keys.counts(),
+    heldButtons: buttons.counts(),
+    toolsOn: tools.counts(),
+    first,
+    x,
+    y,
+  };
 }
 
 export function paintStrip(canvas: HTMLCanvasElement, drawing: StripDrawing): void {
-  const { columns, marks, heldKeys, toolsOn } = drawing;
-  const spans: Partial<Record<Group, Int32Array>> = { keys: heldKeys, tools: toolsOn };
+  const { columns, marks, heldKeys, heldButtons, toolsOn } = drawing;
+  const spans: Partial<Record<Group, Int32Array>> = { buttons: heldButtons, keys: heldKeys, tools: toolsOn };
   const height = canvas.clientHeight * kDots;
   canvas.width = columns * kDots;
   canvas.style.width = `${columns}px`;

@@ -13,6 +13,7 @@ interface StripProps {
   drawn: Drawn<StripDrawing> | null;
   onDrawn: (drawn: Drawn<StripDrawing> | null) => void;
   cursor: number; // column, -1 none
+  playhead: number; // seconds in the macro, -1 none
   onCursor: (column: number) => void;
 }
 
@@ -35,7 +36,7 @@ export function TimelineStrip(props: StripProps) {
   );
 }
 
-function Lanes({ data, drawn, onDrawn, cursor, onCursor }: StripProps) {
+function Lanes({ data, drawn, onDrawn, cursor, playhead, onCursor }: StripProps) {
   const lanes = useRef<HTMLDivElement>(null);
   const canvas = useRef<HTMLCanvasElement>(null);
   const { width } = useClientSize(lanes);
@@ -99,6 +100,9 @@ function Lanes({ data, drawn, onDrawn, cursor, onCursor }: StripProps) {
       }}
     >
       <canvas class="strip__canvas" ref={canvas} aria-hidden="true" />
+      {current && playhead >= 0 && (
+        <span class="strip__playhead" style={{ transform: `translateX(${columnOf(current, playhead)}px)` }} />
+      )}
       {current && cursor >= 0 && <span class="strip__cursor" style={{ left: `${cursor}px` }} />}
     </div>
   );
@@ -122,11 +126,14 @@ function keyTarget(key: string, from: number, columns: number): number | undefin
 const timeOf = ({ of, drawing }: Drawn<StripDrawing>, column: number) =>
   (column * of.facts.length) / Math.max(1, drawing.columns - 1);
 
+// Returns the column of a time, not rounded.
+export const columnOf = ({ of, drawing }: Drawn<StripDrawing>, seconds: number) =>
+  of.facts.length > 0 ? (seconds / of.facts.length) * (drawing.columns - 1) : 0;
+
 // Returns the time of a column and the first event at or after it.
 export function cursorText(drawn: Drawn<StripDrawing>, column: number): string {
   const { of, drawing } = drawn;
   const index = drawing.first[column] ?? -1;
-  const event = of.list[index];
   const time = `${timeOf(drawn, column).toFixed(3)} s`;
-  return event ? `${time}: event ${groupedNumber(index + 1)}, ${eventText(event.description)}` : time;
+  return index >= 0 ? `${time}: event ${groupedNumber(index + 1)}, ${eventText(of.columns, index)}` : time;
 }
