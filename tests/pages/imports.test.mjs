@@ -675,7 +675,7 @@ describe('the notice of an import', () => {
 
   pageTest(
     'stays 5 seconds, longer under the pointer or with the focus, and then closes',
-    { ownContext: true },
+    { ownContext: true, importedProfile: { hasSettings: false } }, // one with a button stays longer
     async (page) => {
       await stopClock(page);
       await announce(page);
