@@ -223,7 +223,8 @@ pageTest('opens by keyboard, holds the focus, and returns it after Esc and Close
       if (element === document.body) return '';
       const ring = (node) => node && getComputedStyle(node).outlineStyle !== 'none';
       if (!element.closest('dialog')) return 'outside';
-      return ring(element) || ring(element.nextElementSibling)
+      // The ring of a number field is around the whole field.
+      return ring(element) || ring(element.nextElementSibling) || ring(element.closest('.number'))
         ? (element.closest('label')?.innerText ?? element.innerText)
         : 'no ring';
     });
