@@ -1,14 +1,5 @@
 // The layout: the first start, and how the panels use the width and the height of the window.
-import {
-  allCalls,
-  assert,
-  button,
-  describe,
-  moveTo,
-  pageTest,
-  picture,
-  settled,
-} from './page_test.mjs';
+import { allCalls, assert, button, describe, moveTo, pageTest, picture, settled } from './page_test.mjs';
 import { axeFinds } from './page_checks.mjs';
 
 const kPanels = ['panel-profile', 'panel-spammer', 'panel-keyspam', 'panel-tracker', 'panel-ui'];

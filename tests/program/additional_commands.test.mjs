@@ -89,10 +89,7 @@ test('the releases that a macro lacks are added and reach the application', asyn
   );
   observer.clear();
   await input.tap(Key.F7);
-  await waitUntil(
-    () => observer.keys().some((key) => !key.down),
-    'A comes up',
-  );
+  await waitUntil(() => observer.keys().some((key) => !key.down), 'A comes up');
 });
 
 test('a set hotkey acts, a cancelled pick leaves the click to the application', async () => {
@@ -149,7 +146,7 @@ test('profiles are renamed, copied and moved, and kept', async () => {
 
 test('an additional setting is in the file only if it differs', async () => {
   const installation = fixture.install();
-  let { program, observer } = await fixture.startBesideApplication({ installation });
+  let { program, observer } = await fixture.startBesideApplication({ installation, firstStart: true });
   assert.deepEqual(await program.call('getAdditionalSettings'), { countdownSeconds: 3 });
   await program.call('setAppSetting', 'showWarnings,1');
   assert.doesNotMatch(program.readData('appsettings.txt'), /countdown/);

@@ -63,14 +63,15 @@ export const onlyOnWindows = (reason) => ({ skip: !onWindows && reason });
 // Converts a path to the form that programs of this backend read.
 export const nativePath = (path) => (onWindows ? `Z:${path.replaceAll('/', '\\')}` : path);
 
-// The preference by which the page leaves all panels open.
-const kPanelsOpen = 'seenWarnings=first-layout\n';
-function keepPanelsOpen(installation) {
+// The preferences by which the page leaves all panels open and starts the tools at once.
+const kPlainPage = ['seenWarnings=first-layout', 'countdownSeconds=0'];
+function makePagePlain(installation) {
   const file = join(installation.data, 'appsettings.txt');
   const text = existsSync(file) ? readFileSync(file, 'latin1') : '';
-  if (/^seenWarnings=/m.test(text)) return;
+  const added = kPlainPage.filter((line) => !new RegExp(`^${line.replace(/=.*/, '=')}`, 'm').test(text));
+  if (added.length === 0) return;
   mkdirSync(installation.data, { recursive: true, mode: 0o700 });
-  appendFileSync(file, `${text === '' || text.endsWith('\n') ? '' : '\n'}${kPanelsOpen}`);
+  appendFileSync(file, `${text === '' || text.endsWith('\n') ? '' : '\n'}${added.join('\n')}\n`);
 }
 
 // Returns when a file was last written; 0 if it does not exist.
@@ -166,9 +167,9 @@ class Fixture {
   }
 
   // Starts the program; returns it once its page accepts clicks. A given `installation` keeps its data for a later start.
-  // All panels are open unless the installation is at its `firstStart`.
+  // All panels are open and no countdown runs, unless the installation is at its `firstStart`.
   async startProgram({ installation = this.installWithoutWarnings(), args = [], firstStart = false } = {}) {
-    if (!firstStart) keepPanelsOpen(installation);
+    if (!firstStart) makePagePlain(installation);
     const mirror = join(installation.data, 'status.txt');
     const leftBehind = timeOfChange(mirror);
     const child = this.startBare(installation, args);
@@ -205,7 +206,7 @@ class Fixture {
   installWithoutWarnings() {
     const installation = this.install();
     mkdirSync(installation.data);
-    writeFileSync(join(installation.data, 'appsettings.txt'), `showWarnings=0\n${kPanelsOpen}`);
+    writeFileSync(join(installation.data, 'appsettings.txt'), `showWarnings=0\n${kPlainPage.join('\n')}\n`);
     return installation;
   }
 

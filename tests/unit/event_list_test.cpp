@@ -11,6 +11,9 @@
 #include <filesystem>
 #include <new>
 #include <thread>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace {
 
@@ -75,6 +78,47 @@ TEST_F(EventListTest, CopiesOnlyTheNewEventsOfARecording) {
     EXPECT_TRUE(Contains(list, "X:2 Y:2")) << list;
 }
 
+// Remembers when a file was last written.
+class FileTime {
+  public:
+    explicit FileTime(const std::string& path) : path_(path) {
+#ifdef _WIN32
+        HANDLE file = Open();
+        GetFileTime(file, nullptr, nullptr, &time_);
+        CloseHandle(file);
+#else
+        time_ = std::filesystem::last_write_time(path_);
+#endif
+    }
+    // Sets the time to that moment, or to so many seconds after it.
+    void Restore(int secondsLater) {
+#ifdef _WIN32
+        // The library's own function drops the part below a second.
+        constexpr uint64_t kUnitsPerSecond = 10'000'000;
+        const uint64_t units = ((uint64_t{time_.dwHighDateTime} << 32) | time_.dwLowDateTime) +
+                               kUnitsPerSecond * static_cast<uint64_t>(secondsLater);
+        const FILETIME time{static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
+        HANDLE file = Open();
+        EXPECT_TRUE(SetFileTime(file, nullptr, nullptr, &time));
+        CloseHandle(file);
+#else
+        std::filesystem::last_write_time(path_, time_ + std::chrono::seconds(secondsLater));
+#endif
+    }
+
+  private:
+#ifdef _WIN32
+    HANDLE Open() {
+        return CreateFileA(path_.c_str(), FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES,
+                           FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    }
+    FILETIME time_{};
+#else
+    std::filesystem::file_time_type time_;
+#endif
+    std::string path_;
+};
+
 // A byte that another program has changed in the middle shows what is written: with the old time of the file the program
 // cannot know of it, and writes only the end.
 TEST_F(EventListTest, WritesOnlyTheNewEndOfALongMirror) {
@@ -85,9 +129,9 @@ TEST_F(EventListTest, WritesOnlyTheNewEndOfALongMirror) {
     const auto scribble = [&](bool keepTime) {
         std::string text = ReadFile(path);
         text[100] = '#';
-        const auto time = std::filesystem::last_write_time(path);
+        FileTime time(path);
         WriteFile(path, text);
-        std::filesystem::last_write_time(path, keepTime ? time : time + std::chrono::seconds(1));
+        time.Restore(keepTime ? 0 : 1);
     };
     scribble(true);
     AppendRecordedEvent(MoveTo(2));

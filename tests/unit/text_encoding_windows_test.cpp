@@ -28,7 +28,10 @@ std::string InCodePage(const wchar_t* text, unsigned codePage) {
 void ExpectRead(const wchar_t* text, unsigned codePage) {
     const std::string bytes = InCodePage(text, codePage);
     EXPECT_NE(bytes, Utf8OfWide(text));
-    EXPECT_EQ(Utf8OfMixedText(bytes, codePage), Utf8OfWide(text)) << codePage;
+    // Outside of JSON a backslash could be the second byte of a letter or stand for itself.
+    if (bytes.find('\\') == std::string::npos) {
+        EXPECT_EQ(Utf8OfMixedText(bytes, codePage), Utf8OfWide(text)) << codePage;
+    }
     // As the page gets it: in JSON, where each backslash is doubled, beside a text in UTF-8.
     EXPECT_EQ(Utf8OfMixedText(JsonText(bytes) + JsonText("\xC3\xA9"), codePage),
               JsonText(Utf8OfWide(text)) + JsonText("\xC3\xA9"))
