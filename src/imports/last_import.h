@@ -14,8 +14,8 @@ enum class ImportProblem {
     NotFound,    // there is no such file
     Unreadable,  // there is one, but it cannot be read
     TooLarge,
-    OldFormat,   // a format that is not supported any more
-    NoName,      // the file lacks its first line
+    OldFormat,  // a format that is not supported any more
+    NoName,     // the file lacks its first line
 };
 
 // The profile that an import has added.

@@ -173,7 +173,7 @@ pageTest(
     assert.deepEqual(chosen, [
       ...['Middle', 'Double', 'Count', 'Fixed', 'Hold to run'],
       ...['Together', 'Count', 'Hold to run'],
-      ...['Loop', 'Raw moves'],
+      ...['Raw moves', 'Loop'],
       ...['Hotkeys on', 'Let F10 lock the hotkeys'],
     ]);
     assert.ok(await page.getByText('Fixed location: X -640, Y 360').isVisible());

@@ -30,8 +30,16 @@ export async function tapUntil(input, key, condition, what, limitMilliseconds = 
   );
 }
 
-// Types the name of `file` as a user does. On Linux a save dialog is in the right folder already.
+async function selectAll(input) {
+  await input.keyDown(Key.LeftCtrl);
+  await input.tap(Key.A);
+  await input.keyUp(Key.LeftCtrl);
+}
+
+// Types the name of `file` as a user does, in place of a proposed one. On Linux a save dialog is in the right folder
+// already.
 export async function typeFileName(input, title, file) {
+  await selectAll(input);
   await input.type(title === kSaveAs && !onWindows ? basename(file) : nativePath(file));
 }
 
@@ -43,9 +51,6 @@ export async function giveFile(input, observer, title, file) {
   try {
     await tapUntil(input, Key.Enter, isTaken, 'the dialog has accepted the name', 6000);
   } catch {
-    await input.keyDown(Key.LeftCtrl);
-    await input.tap(Key.A);
-    await input.keyUp(Key.LeftCtrl);
     await typeFileName(input, title, file);
     await tapUntil(input, Key.Enter, isTaken, 'the dialog has accepted the name');
   }

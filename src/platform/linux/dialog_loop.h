@@ -12,7 +12,8 @@ struct DialogRequest {
     bool save = false;
     std::span<const FileDialogFilter> filters;
     std::string title;
-    std::string proposed;  // the name offered at first, possibly with its full path (saving only); empty: none
+    std::string
+        proposed;  // the name offered at first, possibly with its full path (saving only); empty: none
 };
 
 // Returns a filter's pattern for GTK, which is case-sensitive: "*.[vV][rR]...".
