@@ -15,8 +15,9 @@
 
 struct WakeEvent;
 
-// A binding that waits for a key. One atomic value, so that a key counts only for the binding it was pressed for.
-struct Capture {
+// A binding that waits for a key. One atomic value, so that a key counts only for the binding it was pressed for. Aligned as
+// one number: without that, clang calls a library function that the program does not link.
+struct alignas(uint64_t) Capture {
     uint32_t target = 0;  // ReassignTarget
     uint32_t key = 0;     // the key or button captured for it; 0: none yet
 };
