@@ -156,6 +156,7 @@ Events MissingReleases(const Events& events) {
     }
     const double time = LastTime(events);
     std::vector<std::pair<size_t, UnifiedEvent>> found;
+    found.reserve(heldKeys.size() + heldButtons.size());
     for (const auto& [key, index] : heldKeys) {
         found.push_back({index, {.type = EvKey, .time = time, .virtualKey = key}});
     }

@@ -60,7 +60,7 @@ ImportProblem ProblemOfError(const std::string& path, const std::string& error) 
 
 // Reads a macro file, and remembers a failure. Returns an empty string, or the sentence for the user.
 std::string ReadImportedFile(const std::string& path, ParsedMacro* macro) {
-    const std::string error = ReadMacroFile(path, macro);
+    std::string error = ReadMacroFile(path, macro);
     if (!error.empty()) {
         NoteImportFailed(path, ProblemOfError(path, error));
     }
