@@ -11,9 +11,14 @@ std::atomic<size_t> failsFrom{SIZE_MAX};
 
 }  // namespace
 
-// Replaces the allocation of the whole program. The other forms of new and delete call these.
+// Replaces the allocation of the whole program. The sanitizers have forms of their own for arrays and aligned memory, which
+// fit together.
+void* operator new(size_t bytes, const std::nothrow_t&) noexcept {
+    return bytes < failsFrom ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+}
+
 void* operator new(size_t bytes) {
-    void* const memory = bytes < failsFrom ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+    void* const memory = operator new(bytes, std::nothrow);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
@@ -21,6 +26,10 @@ void* operator new(size_t bytes) {
 }
 
 void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
 
