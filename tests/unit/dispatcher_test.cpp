@@ -247,6 +247,7 @@ TEST_F(DispatcherTest, AFullTargetListDropsTheKey) {
 
 // The first request needs more memory than there is. The one after it is not left until somebody presses another key.
 TEST_F(DispatcherTest, ARequestWithoutMemoryDoesNotDelayTheOthers) {
+    REQUIRE_FAILING_MEMORY();
     const FailingMemory failing(1000000);
     engineState.requestContinueRecord = true;
     engineState.requestStartAutoclicker = true;
@@ -260,6 +261,7 @@ TEST_F(DispatcherTest, ARequestWithoutMemoryDoesNotDelayTheOthers) {
 }
 
 TEST_F(DispatcherTest, ACaptureEndsIfItsTargetCannotBeStored) {
+    REQUIRE_FAILING_MEMORY();
     keySpammerSettings.targetCount = 0;
     engineState.capture = Capture{kReassignKeySpammerTarget, 65};
     {

@@ -188,6 +188,7 @@ TEST_F(EventListTest, FollowsARecordingAndEditsOfOtherThreads) {
 }
 
 TEST_F(EventListTest, IsCompleteAgainAfterMemoryRanOut) {
+    REQUIRE_FAILING_MEMORY();
     SetMacro(std::vector<UnifiedEvent>(100000, MoveTo(1)));
     {
         const FailingMemory failing(1000000);

@@ -414,6 +414,7 @@ TEST_F(ImportsTest, ARecordingContinuesAfterTheImportedEvents) {
 }
 
 TEST_F(ImportsTest, WithoutMemoryForTheImportTheRecordingGoesOnInItsOwnMacro) {
+    REQUIRE_FAILING_MEMORY();
     {
         MutexLock lock(macroMutex);
         macroState.profiles[0].events = {{.type = EvKey, .time = 4}};

@@ -505,6 +505,7 @@ TEST_F(RecorderTest, EventsAndEditsWhileTheListGrowsAreKept) {
 }
 
 TEST_F(RecorderTest, WithoutMemoryARecordingStartsAllTheSame) {
+    REQUIRE_FAILING_MEMORY();
     SetMacro({{.type = EvKey}});
     const FailingMemory failing(1000000);
     BeginFreshRecording();
@@ -515,6 +516,7 @@ TEST_F(RecorderTest, WithoutMemoryARecordingStartsAllTheSame) {
 }
 
 TEST_F(RecorderTest, AContinuedRecordingWithoutMemoryChangesNothing) {
+    REQUIRE_FAILING_MEMORY();
     SetMacro({{.type = EvKey, .time = 1}});
     BeginContinuedRecording();
     KeyboardHook(KeyDown(66));
@@ -536,6 +538,7 @@ TEST_F(RecorderTest, AContinuedRecordingWithoutMemoryChangesNothing) {
 }
 
 TEST_F(RecorderTest, WithoutMemoryForItsUndoASegmentIsJoinedAllTheSame) {
+    REQUIRE_FAILING_MEMORY();
     SetMacro(Events(50000, {.type = EvKey, .time = 1}));
     BeginContinuedRecording();
     engineState.recordingStartCounter = kStart;
