@@ -80,7 +80,7 @@ export function EventList() {
 function EventRow({ index }: { index: number }) {
   const { list } = view.value;
   return (
-    <div class="event">
+    <div class="event" style={{ '--digits': String(list.count).length }}>
       <span class="event__number">{index + 1}</span>
       <span class="event__time">{(list.time[index] ?? 0).toFixed(3)}</span>
       <span class="event__text">{eventText(list, index)}</span>
