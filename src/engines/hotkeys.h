@@ -26,8 +26,9 @@ void ReadHookInterest(HookInterest* interest);
 
 // Any thread. Returns the display name of a key or button code.
 std::string KeyNameText(uint32_t code);
-// Returns the name of a key by its virtual key, in the user's language, for lists of recorded events: it tells right from
-// left keys and the number pad from the main keys, which KeyNameText does not. Empty for a code that no key has.
+// Returns the name of a key by its virtual key, in the user's language, for lists of recorded events. Returns an empty
+// string for a code that no key has. Unlike KeyNameText it distinguishes right from left keys, and the number pad from
+// the main keys.
 std::string EventKeyName(uint32_t virtualKey);
 
 // Begins a capture: "rec", "play", "auto", "keyspamhotkey", "keyspamtarget", "unlock"; ignores another word.
@@ -37,8 +38,8 @@ const char* ReassignTargetText();
 // Dispatcher thread: ends a capture that has its key, then applies the key. Throws std::bad_alloc if a key spammer
 // target cannot be stored in the profile.
 void ApplyCapturedKey();
-// Sets one of the five bindings, named as in ReassignKey. Returns false, with nothing changed, for another word and for a
-// code that a capture could not store.
+// Sets one of the five bindings, named as in ReassignKey. Returns false, with nothing changed, for another word and for
+// a code that a capture could not store.
 bool SetHotkey(std::string_view target, uint32_t code);
 // Returns the codes of the five bindings as JSON, by their words.
 std::string HotkeyCodesReport();

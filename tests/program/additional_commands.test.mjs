@@ -164,9 +164,9 @@ test('an additional setting is in the file only if it differs', async () => {
 test('the program says what it is and shows its data folder', async () => {
   const installation = fixture.install();
   // Wine opens folders with a program of its own.
-  const told = join(installation.folder, 'opened');
+  const opened = join(installation.folder, 'opened');
   const opener = join(installation.folder, 'xdg-open');
-  writeFileSync(opener, `#!/bin/sh\nprintf '%s\\n' "$*" >>'${told}'\n`);
+  writeFileSync(opener, `#!/bin/sh\nprintf '%s\\n' "$*" >>'${opened}'\n`);
   chmodSync(opener, 0o755);
   installation.env.PATH = `${installation.folder}${delimiter}${process.env.PATH}`;
   const program = await fixture.startProgram({ installation });
@@ -181,8 +181,8 @@ test('the program says what it is and shows its data folder', async () => {
   );
   assert.deepEqual(await program.call('openDataFolder'), kDone);
   if (!onWindows) {
-    await waitUntil(() => existsSync(told), 'the file manager opens');
-    assert.equal(readFileSync(told, 'utf8').trim(), about.dataFolder);
+    await waitUntil(() => existsSync(opened), 'the file manager opens');
+    assert.equal(readFileSync(opened, 'utf8').trim(), about.dataFolder);
   }
 });
 

@@ -181,10 +181,10 @@ TEST_F(Shell, ADesktopStartsTheProgramFromItsEntry) {
 }
 
 TEST_F(Shell, AnAddressGoesToTheDesktopsOpenerAsOneArgument) {
-    const std::string told = folder + "/told";
+    const std::string opened = folder + "/opened";
     WriteScript(folder + "/xdg-open", "{ echo $#; printf '%s\\n' \"$1\"; grep -E '^Sig(Blk|Ign)' "
                                       "/proc/self/status; ls /proc/self/fd; } >'" +
-                                          told + ".part'\nmv '" + told + ".part' '" + told + "'\n");
+                                          opened + ".part'\nmv '" + opened + ".part' '" + opened + "'\n");
     setenv("PATH", (folder + ":" + path).c_str(), 1);
     const std::string target = "https://docs.varnelle.example/?a=1&b=$HOME;`id` \"x\" 'y'";
     const int kept = dup(0);  // an open file that the other program must not inherit
@@ -194,12 +194,12 @@ TEST_F(Shell, AnAddressGoesToTheDesktopsOpenerAsOneArgument) {
     OpenTarget(target);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "nothing is left to wait for";
     EXPECT_EQ(errno, ECHILD);
-    ASSERT_TRUE(WaitFor([&] { return FileExists(told); }));
+    ASSERT_TRUE(WaitFor([&] { return FileExists(opened); }));
     for (const int ours : {SIGPIPE, SIGXFSZ}) {
         std::signal(ours, SIG_DFL);
     }
     close(kept);
-    const std::string text = Content(told);
+    const std::string text = Content(opened);
     EXPECT_EQ(text.substr(0, text.find("Sig")), "1\n" + target + "\n");
     EXPECT_NE(text.find("SigBlk:\t0000000000000000\n"), std::string::npos) << text;
     // The program ignores the signals of a broken pipe and a full file. The browser must not inherit that.
@@ -208,13 +208,13 @@ TEST_F(Shell, AnAddressGoesToTheDesktopsOpenerAsOneArgument) {
 }
 
 TEST_F(Shell, AFolderGoesToTheDesktopsOpener) {
-    const std::string told = folder + "/told";
+    const std::string opened = folder + "/opened";
     WriteScript(folder + "/xdg-open",
-                "printf '%s\\n' \"$1\" >'" + told + ".part'\nmv '" + told + ".part' '" + told + "'\n");
+                "printf '%s\\n' \"$1\" >'" + opened + ".part'\nmv '" + opened + ".part' '" + opened + "'\n");
     setenv("PATH", (folder + ":" + path).c_str(), 1);
     OpenFolder("/some where/$HOME");
-    ASSERT_TRUE(WaitFor([&] { return FileExists(told); }));
-    EXPECT_EQ(Content(told), "/some where/$HOME\n");
+    ASSERT_TRUE(WaitFor([&] { return FileExists(opened); }));
+    EXPECT_EQ(Content(opened), "/some where/$HOME\n");
 }
 
 TEST_F(Shell, TheSessionIsWaylandIfTheDesktopSaysSo) {

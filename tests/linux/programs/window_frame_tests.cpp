@@ -224,9 +224,9 @@ TEST(WindowFrame, TheNearestMonitorOfARectangle) {
     EXPECT_EQ(NearestMonitor(monitors, {-50, -50, -40, -40}), 0U);
 }
 
-std::optional<WindowPlacement> told;
+std::optional<WindowPlacement> reported;
 void StorePlacement(const WindowPlacement& placement) {
-    told = placement;
+    reported = placement;
 }
 
 TEST(WindowFrame, RequestsBeforeTheWindowIsShownAreKept) {
@@ -242,11 +242,11 @@ TEST(WindowFrame, RequestsBeforeTheWindowIsShownAreKept) {
     EXPECT_TRUE(Becomes("200,150 to 620,460", [&] { return OuterText(late); }));
     EXPECT_TRUE(WaitFor([&] { return late.IsOnTop(); }));
     EXPECT_TRUE(WaitFor([&] { return late.HasFocus(); }));
-    told.reset();
+    reported.reset();
     EndFrameThread();
-    ASSERT_TRUE(told.has_value());
-    EXPECT_EQ(Text(told->normal), "200,150 to 620,460");
-    EXPECT_FALSE(told->maximised);
+    ASSERT_TRUE(reported.has_value());
+    EXPECT_EQ(Text(reported->normal), "200,150 to 620,460");
+    EXPECT_FALSE(reported->maximised);
 }
 
 TEST(WindowFrame, MaximisedAtOnceItKeepsItsRequestedRectangle) {
@@ -257,11 +257,11 @@ TEST(WindowFrame, MaximisedAtOnceItKeepsItsRequestedRectangle) {
     MaximiseWindow(late.Id());
     late.Show();
     EXPECT_TRUE(WaitFor([&] { return IsMaximised(ThreadDisplay(), late.Id()); }));
-    told.reset();
+    reported.reset();
     EndFrameThread();
-    ASSERT_TRUE(told.has_value());
-    EXPECT_EQ(Text(told->normal), "200,150 to 620,460");
-    EXPECT_TRUE(told->maximised);
+    ASSERT_TRUE(reported.has_value());
+    EXPECT_EQ(Text(reported->normal), "200,150 to 620,460");
+    EXPECT_TRUE(reported->maximised);
 }
 
 TEST(WindowFrame, AClosedWindowKeepsItsLastPlacement) {
@@ -277,11 +277,11 @@ TEST(WindowFrame, AClosedWindowKeepsItsLastPlacement) {
     gone.reset();
     ScreenRectangle ignored;
     EXPECT_TRUE(WaitFor([&] { return !ReadOuterRectangle(ThreadDisplay(), id, &ignored); }));
-    told.reset();
+    reported.reset();
     EndFrameThread();
-    ASSERT_TRUE(told.has_value());
-    EXPECT_EQ(Text(told->normal), "210,160 to 610,460");
-    EXPECT_FALSE(told->maximised);
+    ASSERT_TRUE(reported.has_value());
+    EXPECT_EQ(Text(reported->normal), "210,160 to 610,460");
+    EXPECT_FALSE(reported->maximised);
     EndFrameThread();  // a second call does nothing
 }
 
@@ -297,10 +297,10 @@ TEST(WindowFrame, AHiddenWindowKeepsItsLastPlacement) {
     EXPECT_TRUE(WaitFor([&] { return !IsShown(hidden); }));
     XMoveWindow(hidden.Connection(), hidden.Id(), 20, 30);
     XSync(hidden.Connection(), False);
-    told.reset();
+    reported.reset();
     EndFrameThread();
-    ASSERT_TRUE(told.has_value());
-    EXPECT_EQ(Text(told->normal), "210,160 to 610,460");
+    ASSERT_TRUE(reported.has_value());
+    EXPECT_EQ(Text(reported->normal), "210,160 to 610,460");
 }
 
 TEST(WindowFrame, NoWindowIsIgnored) {
